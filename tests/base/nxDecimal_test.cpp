@@ -1,0 +1,417 @@
+#include "base/values/nxDecimal.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <map>
+#include <random>
+
+#include "base/values/nxInt128.h"
+#include "base/values/nxPriceManipulator.h"
+
+namespace {
+
+constexpr int rounds = 20000;
+constexpr long long maxMantissa = std::numeric_limits<long long>::max();
+const nxRoundingMethodEnum nearest(nxRoundingMethod_Nearest);
+
+nxDecimal Parse(const std::string& text)
+{
+    nxDecimal value;
+    EXPECT_EQ(value.SetFromString(text).GetValue(), 0u) << text;
+    return value;
+}
+
+nxInt128 PowerOfTen(int exponent)
+{
+    nxInt128 power = 1;
+    while (exponent-- > 0)
+        power *= 10;
+    return power;
+}
+
+// The decimal as a whole number of 10^-18, which a mantissa and any places always fit.
+nxInt128 Scaled(const nxDecimal& value)
+{
+    return value.GetMantissa() * PowerOfTen(18 - value.GetDecimalPlaces());
+}
+
+nxInt128 DivideHalfAway(nxInt128 numerator, nxInt128 denominator)
+{
+    const bool negative = (numerator < 0) != (denominator < 0);
+    numerator = numerator < 0 ? -numerator : numerator;
+    denominator = denominator < 0 ? -denominator : denominator;
+    const nxInt128 quotient = numerator / denominator;
+    const nxInt128 rounded = quotient + (numerator % denominator * 2 >= denominator ? 1 : 0);
+    return negative ? -rounded : rounded;
+}
+
+// Random decimals of every size and count of places, with many that lie close to each other.
+class Source
+{
+public:
+    nxDecimal Next() { return nxDecimal::FromMantissa(Mantissa(), static_cast<unsigned char>(Below(19))); }
+    long long Mantissa()
+    {
+        const auto bits = static_cast<long long>(_random() >> (1 + Below(63)));
+        return Below(2) != 0 ? bits : -bits;
+    }
+    unsigned Below(unsigned limit) { return static_cast<unsigned>(_random() % limit); }
+    std::uint64_t Bits() { return _random(); }
+
+private:
+    std::mt19937_64 _random{20240808};
+};
+
+TEST(nxDecimal, TheThreeArgumentsAreNumeratorDenominatorAndPlaces)
+{
+    const struct
+    {
+        long long numerator, denominator;
+        unsigned char places;
+        const char* text;
+    } rows[] = {{1, 1, 0, "1"},
+                {0, 1, 0, "0"},
+                {1, 3, 4, "0.3333"},
+                {2, 3, 4, "0.6667"},
+                {-2, 3, 4, "-0.6667"},
+                {2, -3, 4, "-0.6667"},
+                {1, 2, 0, "1"},
+                {-1, 2, 0, "-1"},
+                {1, 0, 2, ""},
+                {1, 1, 19, ""},
+                {100, 1, 18, ""},
+                {9, 1, 18, "9.000000000000000000"},
+                {maxMantissa, 1, 0, "9223372036854775807"}};
+    for (const auto& row : rows)
+        EXPECT_EQ(nxDecimal(row.numerator, row.denominator, row.places).GetAsString(), row.text)
+            << row.numerator << "/" << row.denominator;
+}
+
+TEST(nxDecimal, ReadsAndWritesText)
+{
+    const struct
+    {
+        const char *in, *out;
+    } rows[] = {{"0", "0"},
+                {"-0.05", "-0.05"},
+                {"+12.50", "12.50"},
+                {"100.00", "100.00"},
+                {"000000000000000000000000000007", "7"},
+                {"9223372036854775807", "9223372036854775807"},
+                {"-9223372036854775807", "-9223372036854775807"},
+                {"0.000000000000000001", "0.000000000000000001"},
+                {"1.00000000000000000000000", "1.000000000000000000"},
+                {"12345678901.0000000000", "12345678901.00000000"},
+                {"99999999999999999999.0", nullptr},
+                {"9223372036854775808", nullptr},
+                {"-9223372036854775808", nullptr},
+                {"0.0000000000000000001", nullptr},
+                {"18446744073709551617", nullptr}};
+    for (const auto& row : rows) {
+        nxDecimal value = nxDecimalOne;
+        const nxErrorEnum error = value.SetFromString(row.in);
+        EXPECT_EQ(error, row.out == nullptr ? nxError_NumberOutOfRange : nxEnum_Undefined) << row.in;
+        EXPECT_EQ(value.GetAsString(), row.out == nullptr ? "" : row.out) << row.in;
+    }
+    EXPECT_EQ(nxDecimal::FromMantissa(-1234, 2).GetAsString(','), "-12,34");
+}
+
+TEST(nxDecimal, RefusesOtherTextAndBecomesNull)
+{
+    for (const char* text : {"",
+                             "-",
+                             "+",
+                             ".",
+                             ".5",
+                             "5.",
+                             "-.5",
+                             " 1",
+                             "1 ",
+                             "1e5",
+                             "1.2.3",
+                             "1,5",
+                             "--1",
+                             "+-1",
+                             "0x10",
+                             "nan",
+                             "inf",
+                             "1.a",
+                             "a",
+                             "1234567890123456789012x",
+                             "12345678901234567890.",
+                             "12345678901234567890.1.1"})
+    {
+        nxDecimal value = nxDecimalOne;
+        EXPECT_EQ(value.SetFromString(text), nxError_NotANumber) << text;
+        EXPECT_TRUE(value.IsNull()) << text;
+    }
+}
+
+TEST(nxDecimal, TextGoesThereAndBack)
+{
+    Source source;
+    for (int i = 0; i < rounds; ++i) {
+        const nxDecimal value = source.Next();
+        const nxDecimal read = Parse(value.GetAsString());
+        ASSERT_EQ(read.GetMantissa(), value.GetMantissa()) << value.GetAsString();
+        ASSERT_EQ(read.GetDecimalPlaces(), value.GetDecimalPlaces()) << value.GetAsString();
+    }
+}
+
+TEST(nxDecimal, ComparesExactlyAcrossPlaces)
+{
+    EXPECT_EQ(Parse("1.0"), Parse("1.00"));
+    Source source;
+    for (int i = 0; i < rounds; ++i) {
+        const nxDecimal a = source.Next();
+        nxDecimal b = source.Next();
+        if (source.Below(2) != 0) {
+            b = a;  // a near neighbour, written with more places where they fit
+            b.Normalise(static_cast<unsigned char>(source.Below(19)));
+            if (source.Below(2) != 0) b = nxDecimal::FromMantissa(b.GetMantissa() - 1, b.GetDecimalPlaces());
+        }
+        ASSERT_EQ(a < b, Scaled(a) < Scaled(b)) << a.GetAsString() << " " << b.GetAsString();
+        ASSERT_EQ(a == b, Scaled(a) == Scaled(b)) << a.GetAsString() << " " << b.GetAsString();
+    }
+}
+
+TEST(nxDecimal, MarksOrderBelowNumbersAndSpoilArithmetic)
+{
+    const nxDecimal null;
+    const nxDecimal noChange{nxNoChangeInitalizer()};
+    const nxDecimal least = nxDecimal::FromMantissa(-maxMantissa, 0);
+    EXPECT_LT(null, noChange);
+    EXPECT_LT(noChange, least);
+    EXPECT_FALSE(null == nxDecimalZero);
+    EXPECT_EQ(null.GetStatus(), nxValueStatus_Null);
+    EXPECT_EQ(noChange.GetStatus(), nxValueStatus_NoChange);
+    EXPECT_EQ(null.GetAsString() + null.GetAsLogString(), "NULL");
+    EXPECT_EQ(noChange.GetAsString() + noChange.GetAsLogString(), "NO_CHANGE");
+    EXPECT_TRUE(std::isnan(null.GetAsDouble()));
+    for (const nxDecimal& mark : {null, noChange}) {
+        EXPECT_TRUE((mark - nxDecimalOne).IsNull());
+        EXPECT_TRUE((nxDecimalOne + mark).IsNull());
+        EXPECT_TRUE((-mark).IsNull());
+    }
+    const std::map<nxDecimal, int> ordered = {{nxDecimalOne, 3}, {null, 0}, {least, 2}, {noChange, 1}};
+    int expected = 0;
+    for (const auto& [key, value] : ordered)
+        EXPECT_EQ(value, expected++);
+}
+
+TEST(nxDecimal, AddsAndSubtractsExactlyOrGivesNull)
+{
+    Source source;
+    int nulls = 0;
+    for (int i = 0; i < rounds; ++i) {
+        const nxDecimal a = source.Next();
+        const nxDecimal b = source.Next();
+        const int places = std::max(a.GetDecimalPlaces(), b.GetDecimalPlaces());
+        for (const int sign : {1, -1}) {
+            const nxDecimal result = sign > 0 ? a + b : a - b;
+            const nxInt128 exact = Scaled(a) + sign * Scaled(b);
+            const nxInt128 mantissa = exact / PowerOfTen(18 - places);
+            const bool fits = mantissa <= maxMantissa && mantissa >= -maxMantissa;
+            nulls += result.IsNull() ? 1 : 0;
+            ASSERT_TRUE(result.IsValid() || !fits) << a.GetAsString() << " " << b.GetAsString();
+            ASSERT_TRUE(result.IsNull() || Scaled(result) == exact)
+                << a.GetAsString() << " " << b.GetAsString();
+            ASSERT_TRUE(!fits || result.GetDecimalPlaces() == places)
+                << a.GetAsString() << " " << b.GetAsString();
+        }
+    }
+    EXPECT_GT(nulls, 100);
+    EXPECT_EQ((Parse("10.5") - Parse("0.25")).GetAsString(), "10.25");
+    EXPECT_EQ((nxDecimal::FromMantissa(maxMantissa, 0) - Parse("7.00")).GetAsString(), "9223372036854775800");
+}
+
+// Doubles in full by long division of decimal digits, with no 128-bit arithmetic shared with the code under
+// test.
+std::string RoundedDigits(double value, unsigned places)
+{
+    char digits[1200];
+    // 1074 is the most digits behind the point that a double has.
+    std::snprintf(digits, sizeof digits, "%.1074f", std::abs(value));
+    std::string text = digits;
+    const std::size_t point = text.find('.');
+    const bool roundsUp = text[point + 1 + places] >= '5';
+    text.erase(point + 1 + places);
+    text.erase(point, 1);
+    if (roundsUp) {
+        std::size_t i = text.size();
+        while (i > 0 && text[i - 1] == '9')
+            text[--i] = '0';
+        if (i > 0)
+            ++text[i - 1];
+        else
+            text.insert(0, "1");
+    }
+    if (places > 0) text.insert(text.size() - places, ".");
+    const bool zero = text.find_first_not_of("0.") == std::string::npos;
+    return (std::signbit(value) && !zero ? "-" : "") + text;
+}
+
+TEST(nxDecimal, RoundsTheExactBinaryValueOfADouble)
+{
+    Source source;
+    int tested = 0;
+    for (int i = 0; i < rounds / 4; ++i) {
+        double value = 0;
+        switch (source.Below(4)) {
+            case 0:
+                value = std::bit_cast<double>(source.Bits());
+                break;
+            case 1:
+                value = static_cast<double>(source.Mantissa()) / 1e4;
+                break;
+            case 2:
+                value = std::ldexp(static_cast<double>(source.Below(4001)) - 2000, -3);
+                break;  // many halves
+            default:
+                value =
+                    std::ldexp(static_cast<double>(source.Mantissa()), -static_cast<int>(source.Below(200)));
+        }
+        if (!std::isfinite(value) || std::abs(value) > 1e30) continue;
+        const auto places = static_cast<unsigned char>(source.Below(19));
+        const std::string expected = RoundedDigits(value, places);
+        nxDecimal fits;
+        const bool representable =
+            fits.SetFromString(expected).IsSuccess() && fits.GetDecimalPlaces() == places;
+        nxDecimal result = nxDecimalOne;
+        result.SetFromDouble(value, places);
+        ASSERT_EQ(result.GetAsString(), representable ? expected : "") << value << " to " << int{places};
+        tested += representable ? 1 : 0;
+    }
+    EXPECT_GT(tested, rounds / 16);
+}
+
+TEST(nxDecimal, DoublesAtTheEdges)
+{
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const struct
+    {
+        double value;
+        unsigned char places;
+        const char* text;
+    } rows[] = {{0.5, 0, "1"},
+                {-0.5, 0, "-1"},
+                {2.5, 0, "3"},
+                {0.125, 2, "0.13"},
+                {1.005, 2, "1.00"},  // the double lies below 1.005
+                {-0.0, 1, "0.0"},
+                {5e-324, 18, "0.000000000000000000"},
+                {9223372036854774784.0, 0, "9223372036854774784"},
+                {9223372036854775808.0, 0, ""},
+                {1e300, 0, ""},
+                {1, 19, ""},
+                {infinity, 0, ""},
+                {-infinity, 0, ""},
+                {std::nan(""), 0, ""}};
+    for (const auto& row : rows) {
+        nxDecimal value = nxDecimalOne;
+        value.SetFromDouble(row.value, row.places);
+        EXPECT_EQ(value.GetAsString(), row.text) << row.value;
+    }
+}
+
+TEST(nxDecimal, GivesTheNearestDouble)
+{
+    Source source;
+    for (int i = 0; i < rounds; ++i) {
+        const nxDecimal value = source.Next();
+        ASSERT_EQ(value.GetAsDouble(), std::strtod(value.GetAsString().c_str(), nullptr))
+            << value.GetAsString();
+    }
+}
+
+TEST(nxDecimal, RoundsToTheNearestTick)
+{
+    const struct
+    {
+        const char *value, *tick, *expected;
+    } rows[] = {{"100.004", "0.01", "100.00"},
+                {"100.005", "0.01", "100.01"},
+                {"-100.005", "0.01", "-100.01"},
+                {"7", "0.25", "7.00"},
+                {"7.3", "0.25", "7.25"},
+                {"7.375", "0.25", "7.50"},
+                {"17", "5", "15"},
+                {"17.5", "5", "20"},
+                {"0.02", "0.05", "0.00"},
+                {"1.23", "0", "1.23"},
+                {"1.23", "-1", "1.23"}};
+    for (const auto& row : rows) {
+        nxDecimal value = Parse(row.value);
+        value.Round(Parse(row.tick), nearest);
+        EXPECT_EQ(value.GetAsString(), row.expected) << row.value << " to " << row.tick;
+    }
+    nxDecimal value = Parse("1.23");
+    value.Round(nxDecimal(), nearest);
+    value.Round(nxDecimalOne, nxRoundingMethodEnum());
+    EXPECT_EQ(value.GetAsString(), "1.23");
+
+    Source source;
+    for (int i = 0; i < rounds; ++i) {
+        const nxDecimal before = source.Next();
+        nxDecimal tick = source.Next();
+        if (tick < nxDecimalZero) tick = -tick;
+        if (tick == nxDecimalZero) continue;
+        nxDecimal after = before;
+        after.Round(tick, nearest);
+        const nxInt128 expected = DivideHalfAway(Scaled(before), Scaled(tick)) * tick.GetMantissa();
+        const bool fits = expected <= maxMantissa && expected >= -maxMantissa;
+        ASSERT_EQ(after.IsValid(), fits) << before.GetAsString() << " to " << tick.GetAsString();
+        if (!fits) continue;
+        ASSERT_EQ(after.GetMantissa(), static_cast<long long>(expected));
+        ASSERT_EQ(after.GetDecimalPlaces(), tick.GetDecimalPlaces());
+    }
+}
+
+TEST(nxDecimal, NormalisesWithoutLosingADigit)
+{
+    const struct
+    {
+        const char* value;
+        unsigned char places;
+        const char* expected;
+    } rows[] = {{"100.0040000000", 0, "100.004"},
+                {"100.0000000000", 0, "100"},
+                {"100.5000", 2, "100.50"},
+                {"0.0000", 0, "0"},
+                {"1.5", 4, "1.5000"},
+                {"-1.50", 0, "-1.5"},
+                {"9000000000000000000", 3, "9000000000000000000"},
+                {"1", 99, "1.000000000000000000"}};
+    for (const auto& row : rows) {
+        nxDecimal value = Parse(row.value);
+        value.Normalise(row.places);
+        EXPECT_EQ(value.GetAsString(), row.expected) << row.value;
+    }
+}
+
+TEST(nxPriceManipulator, TurnsANumberIntoAPrice)
+{
+    const struct
+    {
+        const char* tick;  // empty: none
+        double number;
+        const char* price;
+    } rows[] = {{"", 100.12345, "100.1235"},
+                {"0.25", 100.12345, "100.00"},
+                {"0.25", 100.13, "100.25"},
+                {"0.00000001", 0.123456789, "0.12345679"}};
+    for (const auto& row : rows) {
+        const nxPriceManipulator manipulator =
+            *row.tick == '\0' ? nxPriceManipulator() : nxPriceManipulator(Parse(row.tick));
+        nxDecimal price;
+        price.SetFromDouble(row.number, 4);
+        price.SetFromDouble(row.number, manipulator.NumberOfDecimalPlaces(price));
+        manipulator.RoundToValidPrice(nearest, price);
+        EXPECT_EQ(price.GetAsString(), row.price) << row.tick;
+    }
+}
+
+}  // namespace

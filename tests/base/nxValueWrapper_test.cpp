@@ -1,0 +1,132 @@
+#include "base/values/nxValueWrapper.h"
+
+#include <gtest/gtest.h>
+
+#include "base/values/nxDoubleValueWrapper.h"
+#include "base/values/nxMoney.h"
+#include "base/values/nxStringValue.h"
+
+namespace {
+
+TEST(nxValueWrapper, MarksAreReservedValues)
+{
+    EXPECT_EQ(nxVolume().GetValue(), 0xFFFFFFFFu);
+    EXPECT_EQ(nxVolume(nxNoChangeInitalizer()).GetValue(), 0xFFFFFFFEu);
+    EXPECT_TRUE(nxVolume(0xFFFFFFFDu).IsValid());
+    EXPECT_TRUE(nxIntValue().IsNull());
+    EXPECT_TRUE(nxIntValue(2147483646).IsNoChange());
+    EXPECT_TRUE(nxIntValue(-1).IsValid());
+    EXPECT_EQ(nxVolume().GetAsString() + nxVolume().GetAsLogString(), "NULL");
+    EXPECT_EQ(nxIntValue(2147483646).GetAsString() + nxIntValue(2147483646).GetAsLogString(), "NO_CHANGE");
+}
+
+TEST(nxValueWrapper, ReadsItsValueFromText)
+{
+    const struct
+    {
+        const char* text;
+        unsigned error, value;
+    } rows[] = {{"0", 0, 0},
+                {"4294967293", 0, 4294967293u},
+                {"4294967294", nxError_NumberOutOfRange, 0xFFFFFFFF},  // would read as a mark
+                {"4294967296", nxError_NumberOutOfRange, 0xFFFFFFFF},
+                {"-1", nxError_NotANumber, 0xFFFFFFFF},
+                {"", nxError_NotANumber, 0xFFFFFFFF}};
+    for (const auto& row : rows) {
+        nxVolume volume = 7;
+        EXPECT_EQ(volume.SetFromString(row.text), row.error) << row.text;
+        EXPECT_EQ(volume, row.value) << row.text;
+    }
+}
+
+TEST(nxDoubleValueWrapper, TagConstructorsAreCrossedAndSettersAreNot)
+{
+    nxDoubleValueWrapper value;
+    EXPECT_TRUE(value.IsNull());
+    EXPECT_EQ(std::bit_cast<unsigned long long>(value.GetValue()), 0x432FFFFFFFFFFFFEull);
+    EXPECT_TRUE(nxDoubleValueWrapper(nxNullInitalizer()).IsNoChange());
+    EXPECT_TRUE(nxDoubleValueWrapper(nxNoChangeInitalizer()).IsNull());
+    value.SetNoChange();
+    EXPECT_EQ(std::bit_cast<unsigned long long>(value.GetValue()), 0x432FFFFFFFFFFFFCull);
+    EXPECT_EQ(value.GetStatus(), nxValueStatus_NoChange);
+    EXPECT_EQ(value.GetAsString() + value.GetAsLogString(), "NO_CHANGE");
+    value.SetNull();
+    EXPECT_EQ(value.GetStatus(), nxValueStatus_Null);
+    EXPECT_EQ(value.GetAsString() + value.GetAsLogString(), "NULL");
+}
+
+TEST(nxDoubleValueWrapper, ComparesWithATolerance)
+{
+    const struct
+    {
+        double a, b;
+        int order;  // -1 less, 0 equal, 1 greater
+    } rows[] = {{5.000000001, 5.0, 0},
+                {5.0, 5.000000001, 0},
+                {5.00000002, 5.0, 1},
+                {5.0, 5.00000002, -1},
+                {1, 2, -1}};
+    for (const auto& row : rows) {
+        const nxDoubleValueWrapper a = row.a;
+        EXPECT_EQ(a == row.b, row.order == 0) << row.a;
+        EXPECT_EQ(a != row.b, row.order != 0) << row.a;
+        EXPECT_EQ(a < row.b, row.order < 0) << row.a;
+        EXPECT_EQ(a > row.b, row.order > 0) << row.a;
+        EXPECT_EQ(a <= row.b, row.order <= 0) << row.a;
+        EXPECT_EQ(a >= row.b, row.order >= 0) << row.a;
+    }
+}
+
+TEST(nxDoubleValueWrapper, ArithmeticLooksAtNoMark)
+{
+    const nxDoubleValueWrapper null;
+    EXPECT_EQ((null + 1.0).GetValue(), 4503599627370496.0);
+    nxDoubleValueWrapper value = 6.0;
+    value /= 4.0;
+    value -= 0.5;
+    value *= 3.0;
+    value += 1.0;
+    EXPECT_EQ(value.GetValue(), 4.0);
+}
+
+TEST(nxDoubleValueWrapper, GreaterAndLesserPassOverMarks)
+{
+    const nxDoubleValueWrapper null;
+    EXPECT_EQ(nxDoubleValueWrapper::GetMax(null, 5.0).GetValue(), 5.0);
+    EXPECT_EQ(nxDoubleValueWrapper::GetMin(5.0, null).GetValue(), 5.0);
+    EXPECT_EQ(nxDoubleValueWrapper::GetMax(5.0, 5.000000001).GetValue(), 5.0);
+    EXPECT_EQ(nxDoubleValueWrapper::GetMin(5.000000001, 5.0).GetValue(), 5.000000001);
+    EXPECT_EQ(nxDoubleValueWrapper::GetMin(5.0, 6.0).GetValue(), 5.0);
+    EXPECT_EQ(nxDoubleValueWrapper::GetMax(5.0, 6.0).GetValue(), 6.0);
+}
+
+TEST(nxDoubleValueWrapper, BadTextLeavesNull)
+{
+    nxDoubleValueWrapper value = 5.0;
+    EXPECT_EQ(value.SetFromString("5,0"), nxError_NotANumber);
+    EXPECT_TRUE(value.IsNull());
+    EXPECT_TRUE(value.SetFromString("-2.5e1").IsSuccess());
+    EXPECT_EQ(value.GetAsString(), "-25");
+}
+
+TEST(nxStringValue, AnEmptyTextIsNotANullOne)
+{
+    nxStringValue value;
+    EXPECT_TRUE(value.IsNull());
+    value.SetValue("");
+    EXPECT_TRUE(value.IsValid());
+    EXPECT_NE(value, nxStringValue());
+    value.SetNoChange();
+    EXPECT_TRUE(value.IsNoChange() && !value.IsNull() && !value.IsValid());
+}
+
+TEST(nxMoney, NullLosesNumberAndCurrency)
+{
+    nxMoney money(nxDecimalOne, nxCurrencyEnum(nxCurrency_EUR));
+    EXPECT_TRUE(money.IsValid());
+    money.SetNull();
+    EXPECT_EQ(money, nxMoney());
+    EXPECT_TRUE(money.GetCurrency().IsUndefined());
+}
+
+}  // namespace
