@@ -1,0 +1,76 @@
+# The two commands of a newcomer are `make demo` and `make test`. Each installs the Debian packages of
+# packages.txt that are missing (with sudo when not root), builds, and runs.
+
+PREFIX ?= /usr/local
+JOBS ?= $(shell nproc)
+SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
+SOURCES = git ls-files '*.h' '*.cpp'
+
+.PHONY: help demo test build asan tsan luajit bench format check-format install packages clean
+
+help:
+	@echo "make demo     install what is missing, build, run an algorithm over a recorded day"
+	@echo "make test     install what is missing, build, run all tests"
+	@echo "make asan     the tests under AddressSanitizer and UBSan"
+	@echo "make tsan     the tests with threads under ThreadSanitizer"
+	@echo "make luajit   the tests on LuaJIT"
+	@echo "make bench    the benchmarks"
+	@echo "make format   format the sources; make check-format only looks"
+	@echo "make install  install the library and algoserver below PREFIX ($(PREFIX))"
+
+packages:
+	@missing=$$(for package in $$(grep -v '^#' packages.txt); do \
+	    dpkg-query -W -f '$${Status}' $$package 2>/dev/null | grep -q 'install ok installed' || echo $$package; done); \
+	if [ -n "$$missing" ]; then \
+	    echo "Installing Debian packages:" $$missing; \
+	    $(SUDO) apt-get update -qq && \
+	    $(SUDO) env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $$missing >/dev/null; \
+	fi
+
+build: packages
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target algoserver
+
+demo: build
+	@echo
+	@echo '$$ algoserver run examples/spread_watch.lua --data examples/data/demo_quotes.csv.gz'
+	@build/release/apps/algoserver/algoserver run examples/spread_watch.lua --data examples/data/demo_quotes.csv.gz
+
+test: packages
+	cmake --preset dev
+	cmake --build --preset dev -j $(JOBS)
+	ctest --preset dev
+
+asan: packages
+	cmake --preset asan
+	cmake --build --preset asan -j $(JOBS)
+	ctest --preset asan
+
+# Where threads are: the others run on one.
+tsan: packages
+	cmake --preset tsan
+	cmake --build --preset tsan -j $(JOBS)
+	ctest --preset tsan -R Thread
+
+luajit: packages
+	cmake --preset luajit
+	cmake --build --preset luajit -j $(JOBS)
+	ctest --preset luajit
+
+bench: packages
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS)
+	tools/run_benchmarks build/release
+
+format: packages
+	$(SOURCES) | xargs clang-format-14 -i
+
+check-format: packages
+	$(SOURCES) | xargs clang-format-14 --dry-run --Werror
+
+install: build
+	cmake --build --preset release -j $(JOBS)
+	$(SUDO) cmake --install build/release --prefix $(PREFIX)
+
+clean:
+	rm -rf build

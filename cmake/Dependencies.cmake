@@ -1,0 +1,10 @@
+# Everything that is not ours, found once. packages.txt lists the Debian packages behind it.
+include(${CMAKE_CURRENT_LIST_DIR}/FindLua51.cmake)
+find_package(fmt REQUIRED)
+find_package(spdlog REQUIRED)
+find_package(Threads REQUIRED)
+find_package(ZLIB REQUIRED)
+find_package(toml11 REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET GLOBAL libzstd)

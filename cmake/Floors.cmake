@@ -1,0 +1,36 @@
+# A floor is one library target made of every source in its folders. What a floor may include is
+# checked by tools/check_includes.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
+
+add_library(nx_options INTERFACE)
+# Fused multiply-add would round differently from machine to machine, and a run repeats to the byte.
+target_compile_options(nx_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # Reports overlaps inside std::string's own operator+ that cannot be.
+    target_compile_options(nx_options INTERFACE -Wno-restrict)
+endif()
+if(SCRIPTFRAMEWORK_WARNINGS_AS_ERRORS)
+    target_compile_options(nx_options INTERFACE -Werror)
+endif()
+if(SCRIPTFRAMEWORK_SANITIZE)
+    add_compile_options(-fsanitize=${SCRIPTFRAMEWORK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${SCRIPTFRAMEWORK_SANITIZE})
+endif()
+
+# nx_floor(<target> <public libraries...>): the sources are those below the calling folder.
+function(nx_floor target)
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+    add_library(${target} STATIC ${sources})
+    target_include_directories(${target} PUBLIC
+        $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+        $<INSTALL_INTERFACE:include/scriptFramework>)
+    target_link_libraries(${target} PUBLIC ${ARGN} PRIVATE $<BUILD_INTERFACE:nx_options>)
+    set_property(GLOBAL APPEND PROPERTY NX_FLOORS ${target})
+endfunction()

@@ -1,0 +1,26 @@
+# The installed package: libraries, headers below include/scriptFramework (so that the quoted includes resolve),
+# algoserver, and find_package(scriptFramework) with scriptFramework::scriptFramework and scriptFramework::host.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set_target_properties(nx_script PROPERTIES EXPORT_NAME scriptFramework)
+set_target_properties(nx_host PROPERTIES EXPORT_NAME host)
+add_library(scriptFramework::scriptFramework ALIAS nx_script)
+add_library(scriptFramework::host ALIAS nx_host)
+
+get_property(floors GLOBAL PROPERTY NX_FLOORS)
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/scriptFramework)
+install(TARGETS ${floors} EXPORT scriptFrameworkTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS algoserver RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+foreach(folder base api scriptFramework host)
+    install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scriptFramework FILES_MATCHING PATTERN "*.h")
+endforeach()
+install(EXPORT scriptFrameworkTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/scriptFrameworkConfig.cmake.in scriptFrameworkConfig.cmake
+    INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(scriptFrameworkConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/scriptFrameworkConfig.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/scriptFrameworkConfigVersion.cmake
+    cmake/FindLua51.cmake
+    DESTINATION ${package_dir})

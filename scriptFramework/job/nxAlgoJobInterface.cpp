@@ -1,0 +1,12 @@
+#include "scriptFramework/job/nxAlgoJobInterface.h"
+
+const std::string& nxAlgoJobInterface::GetLogPrefix() const
+{
+    static const std::string prefix = "BASE";
+    return prefix;
+}
+
+nxSyntheticChildOrderTypeEnum nxAlgoJobInterface::GetSyntheticChildOrderType()
+{
+    return {};
+}

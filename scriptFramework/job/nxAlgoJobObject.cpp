@@ -1,0 +1,125 @@
+#include "scriptFramework/job/nxAlgoJobObject.h"
+
+#include "base/log/nxLogMessage.h"
+#include "base/threads/nxMutexGuard.h"
+
+using Self = nxAlgoJobObject;
+
+constexpr nxLuaWrapper<Self>::FunctionType Self::Functions[] = {
+    {"getProduct", &Self::getProduct},
+    {"logText", &Self::logText},
+    {"startTimer", &Self::startTimer},
+    {"stopTimer", &Self::stopTimer},
+    {"shutdown", &Self::shutdown},
+    {nullptr, nullptr},
+};
+static_assert(nxIsBoundTable(Self::Functions));
+
+constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
+    {nullptr, nullptr, nullptr},
+};
+
+nxAlgoJobObject::nxAlgoJobObject(nxAlgoJobInterface* job) : nxAlgoObject(job), _engine(this) {}
+
+nxErrorEnum nxAlgoJobObject::LoadFile(const std::string& path)
+{
+    if (_engine.nxLuaEngine::LoadScript(path)) return {};
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Failed to load file ", path);
+    return nxError_ScriptLoadFailed;
+}
+
+nxErrorEnum nxAlgoJobObject::LoadScript(const std::string& text)
+{
+    if (_engine.LoadText(text)) return {};
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Failed to load text");
+    return nxError_ScriptLoadFailed;
+}
+
+nxErrorEnum nxAlgoJobObject::StartJob()
+{
+    const nxMutexGuard guard(_mutex);
+    return _engine.Start();
+}
+
+nxErrorEnum nxAlgoJobObject::StopJob()
+{
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Stopping Algo Job Object ");
+    // Such a job has stopped already, and may be calling from inside a callback, under the mutex.
+    if (_shutdownRequested) return {};
+    const nxMutexGuard guard(_mutex);
+    return _engine.Stop();
+}
+
+bool nxAlgoJobObject::IsFunctionDefined(const std::string& name)
+{
+    const nxMutexGuard guard(_mutex);
+    return _engine.DoesFunctionExist(name);
+}
+
+void nxAlgoJobObject::SetClockTime(const nxDateTime& time)
+{
+    const nxMutexGuard guard(_mutex);
+    _engine.SetClockTime(time);
+}
+
+template <class Entry, class... Arguments>
+nxErrorEnum nxAlgoJobObject::_Deliver(Entry entry, Arguments&... arguments)
+{
+    const nxMutexGuard guard(_mutex);
+    return (_engine.*entry)(arguments...);
+}
+
+nxErrorEnum nxAlgoJobObject::OnPrice(nxAlgoPriceObject& price)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnPrice, price);
+}
+
+nxErrorEnum nxAlgoJobObject::OnMarketDepth(nxAlgoMarketDepthObject& depth)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnMarketDepth, depth);
+}
+
+nxErrorEnum nxAlgoJobObject::OnProductState(nxAlgoStateObject& state)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnProductState, state);
+}
+
+nxErrorEnum nxAlgoJobObject::OnParameter(const std::string& name, const std::string& value,
+                                         const std::string& tag)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnParameter, name, value, tag);
+}
+
+nxErrorEnum nxAlgoJobObject::OnPosition(nxAlgoPositionObject& position)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnPosition, position);
+}
+
+nxErrorEnum nxAlgoJobObject::OnTimer(const std::string& name)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnTimer, name);
+}
+
+nxErrorEnum nxAlgoJobObject::OnJobChanged()
+{
+    return _Deliver(&nxAlgoScriptEngine::OnJobChanged);
+}
+
+nxErrorEnum nxAlgoJobObject::OnJobParametersChanged()
+{
+    return _Deliver(&nxAlgoScriptEngine::OnJobParametersChanged);
+}
+
+nxErrorEnum nxAlgoJobObject::OnShutdown()
+{
+    const nxMutexGuard guard(_mutex);
+    _inShutdown = true;
+    const nxErrorEnum error = _engine.OnShutdown();
+    _inShutdown = false;
+    return error;
+}
+
+nxErrorEnum nxAlgoJobObject::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& volumes)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnPriceTradeVolumes, volumes);
+}

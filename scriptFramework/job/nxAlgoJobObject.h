@@ -1,0 +1,87 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+
+#include "base/threads/nxMutex.h"
+#include "scriptFramework/job/nxAlgoScriptEngine.h"
+#include "scriptFramework/lua/nxAlgoObject.h"
+#include "scriptFramework/lua/nxLuaWrapper.h"
+
+// One running algorithm: a script in a Lua state of its own, driven by a host, and the script's global `job`.
+//
+// The host constructs it with its nxAlgoJobInterface, which must outlive it, loads a script, starts the job and
+// delivers events through the On... entries. Any thread may call in: the job mutex is held for the whole of
+// StartJob, of each callback and of the locked part of StopJob, so the script runs on one thread at a time.
+// LoadFile, LoadScript, SetScriptHelper and SetClockSpeed take no lock: call them when no event can arrive. A
+// host must not call a locked entry from inside a call that came from the script, except StopJob after Shutdown.
+//
+// The active flag is set from construction, so a host delivers nothing before StartJob has succeeded.
+class nxAlgoJobObject : public nxAlgoObject
+{
+public:
+    static constexpr const char* className = "nxAlgoJobObject";
+    static const nxLuaWrapper<nxAlgoJobObject>::FunctionType Functions[];
+    static const nxLuaWrapper<nxAlgoJobObject>::PropertyType Properties[];
+
+    explicit nxAlgoJobObject(nxAlgoJobInterface* job);
+
+    // Both run the script's main chunk; nxError_ScriptLoadFailed when that fails. GetErrorText tells why, except
+    // of a file. Lua chunks in binary form are refused.
+    [[nodiscard]] nxErrorEnum LoadFile(const std::string& path);
+    [[nodiscard]] nxErrorEnum LoadScript(const std::string& text);
+    // Before the load whose line numbers it explains.
+    void SetScriptHelper(const nxScriptHelper& helper) { _engine.SetScriptHelper(helper); }
+    // Bytes the script may hold before Lua tells it that there is not enough memory; 0 for no limit.
+    void SetMemoryLimit(std::size_t bytes) { _engine.SetMemoryLimit(bytes); }
+    const nxLuaPool& GetMemory() const { return _engine.GetMemory(); }
+
+    // nxError_NoOnInit without a global function OnInit, nxError_StartFailed when it or the prelude fails.
+    [[nodiscard]] nxErrorEnum StartJob();
+    // Events are dropped from then on, OnShutdown excepted. Nothing to do for a job that shut itself down.
+    nxErrorEnum StopJob();
+
+    // What the latest load or call left: replaced by the next, so read it before delivering another event.
+    std::string GetErrorText() { return _engine.GetLastError(); }
+    // Answers while a script runs.
+    bool IsActive() const { return _engine.IsActive(); }
+    bool IsInShutdown() const { return _inShutdown; }
+    // Whether the script, once loaded, defines a global function of that name.
+    bool IsFunctionDefined(const std::string& name);
+
+    void SetClockSpeed(double speed) { _engine.SetClockSpeed(speed); }
+    void SetClockTime(const nxDateTime& time);
+
+    // The events. nxError_CallbackFailed when the script raised an error; a script that does not define the
+    // callback has not asked for the event. Arguments need to live as long as the script may hold them.
+    [[nodiscard]] nxErrorEnum OnPrice(nxAlgoPriceObject&);
+    [[nodiscard]] nxErrorEnum OnMarketDepth(nxAlgoMarketDepthObject&);
+    [[nodiscard]] nxErrorEnum OnProductState(nxAlgoStateObject&);
+    [[nodiscard]] nxErrorEnum OnParameter(const std::string& name, const std::string& value,
+                                          const std::string& tag);
+    [[nodiscard]] nxErrorEnum OnPosition(nxAlgoPositionObject&);
+    [[nodiscard]] nxErrorEnum OnTimer(const std::string& name);
+    [[nodiscard]] nxErrorEnum OnJobChanged();
+    [[nodiscard]] nxErrorEnum OnJobParametersChanged();
+    // Reaches the script whether or not the job is still active.
+    [[nodiscard]] nxErrorEnum OnShutdown();
+    [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
+
+    bool getProduct(nxLuaParameters&, nxLuaResults&);
+    bool logText(nxLuaParameters&, nxLuaResults&);
+    bool startTimer(nxLuaParameters&, nxLuaResults&);
+    bool stopTimer(nxLuaParameters&, nxLuaResults&);
+    bool shutdown(nxLuaParameters&, nxLuaResults&);
+
+    // A worked example of passing vectors, in no table, so that a script cannot reach it.
+    bool calculate(nxLuaParameters&, nxLuaResults&);
+
+private:
+    template <class Entry, class... Arguments>
+    nxErrorEnum _Deliver(Entry entry, Arguments&... arguments);
+
+    nxAlgoScriptEngine _engine;
+    std::atomic<bool> _shutdownRequested = false;
+    nxMutex _mutex{true};
+    std::atomic<bool> _inShutdown = false;
+};

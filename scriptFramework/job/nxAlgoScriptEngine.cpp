@@ -1,0 +1,171 @@
+#include "scriptFramework/job/nxAlgoScriptEngine.h"
+
+#include "base/log/nxLogMessage.h"
+#include "scriptFramework/analytics/nxAlgoClockObject.h"
+#include "scriptFramework/analytics/nxAlgoDateObject.h"
+#include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/job/nxScriptPrelude.h"
+#include "scriptFramework/market/nxAlgoMarketDepthObject.h"
+#include "scriptFramework/market/nxAlgoPositionObject.h"
+#include "scriptFramework/market/nxAlgoPriceObject.h"
+#include "scriptFramework/market/nxAlgoPriceTradeVolumesObject.h"
+#include "scriptFramework/market/nxAlgoProductObject.h"
+#include "scriptFramework/market/nxAlgoStateObject.h"
+
+namespace {
+
+// What a hosted script may not reach. References that its main chunk took before stay usable.
+constexpr const char* Sandboxed[] = {"io",         "os",   "package", "coroutine",      "loadfile",
+                                     "loadstring", "load", "dofile",  "collectgarbage"};
+
+}  // namespace
+
+nxAlgoScriptEngine::nxAlgoScriptEngine(nxAlgoJobObject* job) : _job(job)
+{
+    nxAlgoJobInterface* interface = job == nullptr ? nullptr : job->GetJob();
+    _clock = std::make_unique<nxAlgoClockObject>(interface);
+    _date = std::make_unique<nxAlgoDateObject>(interface);
+}
+
+nxAlgoScriptEngine::~nxAlgoScriptEngine() = default;
+
+void nxAlgoScriptEngine::_RegisterCustomObjects()
+{
+    lua_State* L = _GetState();
+    nxLuaWrapper<nxAlgoPositionObject>::Register(L);
+    nxLuaWrapper<nxAlgoPriceObject>::Register(L);
+    nxLuaWrapper<nxAlgoMarketDepthObject>::Register(L);
+    nxLuaWrapper<nxAlgoJobObject>::Register(L);
+    nxLuaWrapper<nxAlgoProductObject>::Register(L);
+    nxLuaWrapper<nxAlgoClockObject>::Register(L);
+    nxLuaWrapper<nxAlgoStateObject>::Register(L);
+    nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::Register(L);
+    nxLuaWrapper<nxAlgoDateObject>::Register(L);
+}
+
+const std::string& nxAlgoScriptEngine::GetLogPrefix() const
+{
+    static const std::string none;
+    return _job == nullptr ? none : _job->GetLogPrefix();
+}
+
+bool nxAlgoScriptEngine::_BindGlobals()
+{
+    return nxLuaWrapper<nxAlgoJobObject>::SetGlobal(*this, "job", _job) &&
+           nxLuaWrapper<nxAlgoClockObject>::SetGlobal(*this, "clock", _clock.get()) &&
+           nxLuaWrapper<nxAlgoDateObject>::SetGlobal(*this, "date", _date.get());
+}
+
+nxErrorEnum nxAlgoScriptEngine::Start()
+{
+    if (!_onInit.IsValid()) {
+        nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "OnInit does not exist");
+        return nxError_NoOnInit;
+    }
+    for (const char* name : Sandboxed) RemoveFunction(name);
+    if (!_BindGlobals() || !LoadModule(nxScriptPreludeText())) {
+        nxLogMessage(nxLogLevel::Error, GetLogPrefix(), "Script Engine Start Failed. Error : ", GetLastError());
+        return nxError_StartFailed;
+    }
+    if (!_onInit.Call()) {
+        nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "OnInit failed. Error : ", GetLastError());
+        return nxError_StartFailed;
+    }
+    return {};
+}
+
+nxErrorEnum nxAlgoScriptEngine::Stop()
+{
+    _active = false;
+    return {};
+}
+
+bool nxAlgoScriptEngine::IsActive() const
+{
+    return _active;
+}
+
+template <class... Parts>
+nxErrorEnum nxAlgoScriptEngine::_Failed(const Parts&... parts)
+{
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), parts..., GetLastError());
+    return nxError_CallbackFailed;
+}
+
+template <class Argument>
+nxErrorEnum nxAlgoScriptEngine::_Deliver(nxLuaFunction& function, Argument& argument, const char* failure)
+{
+    if (!IsActive() || function.Call(argument)) return {};
+    return _Failed(failure);
+}
+
+nxErrorEnum nxAlgoScriptEngine::_Deliver(nxLuaFunction& function, const char* failure)
+{
+    if (!IsActive() || function.Call()) return {};
+    return _Failed(failure);
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnPrice(nxAlgoPriceObject& price)
+{
+    return _Deliver(_onPrice, price, "OnPrice failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnMarketDepth(nxAlgoMarketDepthObject& depth)
+{
+    return _Deliver(_onMarketDepth, depth, "OnMarketDepth failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnProductState(nxAlgoStateObject& state)
+{
+    return _Deliver(_onProductState, state, "OnProductState failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnParameter(const std::string& name, const std::string& value,
+                                            const std::string& tag)
+{
+    if (!IsActive() || _onParameter.Call(name, value, tag)) return {};
+    return _Failed("OnParameter ( ", name, " , ", value, " ) Tag = ", tag, " failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnPosition(nxAlgoPositionObject& position)
+{
+    return _Deliver(_onPosition, position, "OnPosition failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnTimer(const std::string& name)
+{
+    if (!IsActive() || _onTimer.Call(name)) return {};
+    return _Failed("OnTimer ( ", name, " ) failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnJobChanged()
+{
+    return _Deliver(_onJobChanged, "OnJobChanged failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnJobParametersChanged()
+{
+    return _Deliver(_onJobParametersChanged, "OnJobParametersChanged failed. Error : ");
+}
+
+// Also for a job that has been stopped, so that it can clean up.
+nxErrorEnum nxAlgoScriptEngine::OnShutdown()
+{
+    if (_onShutdown.Call()) return {};
+    return _Failed("OnShutdown failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& volumes)
+{
+    return _Deliver(_onPriceTradeVolumes, volumes, "OnPriceTradeVolumes failed. Error : ");
+}
+
+void nxAlgoScriptEngine::SetClockSpeed(double speed)
+{
+    _clock->SetClockSpeed(speed);
+}
+
+void nxAlgoScriptEngine::SetClockTime(const nxDateTime& time)
+{
+    if (IsActive()) _clock->SetClockTime(time);
+}

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "base/enums/nxErrorEnum.h"
+#include "scriptFramework/lua/nxLuaEngine.h"
+#include "scriptFramework/lua/nxLuaFunction.h"
+
+class nxAlgoClockObject;
+class nxAlgoDateObject;
+class nxAlgoJobObject;
+class nxAlgoMarketDepthObject;
+class nxAlgoPositionObject;
+class nxAlgoPriceObject;
+class nxAlgoPriceTradeVolumesObject;
+class nxAlgoStateObject;
+class nxDateTime;
+
+// The Lua engine of one job: the sandbox, the script's global objects and its callbacks. Belongs to its
+// nxAlgoJobObject, whose mutex sees to it that one thread at a time is in here; only the active flag may be read
+// from anywhere, so that IsActive answers while a script runs.
+//
+// A callback that the script does not define is a success. One that raises an error is logged and answered with
+// nxError_CallbackFailed, and the job goes on: whether it stops is the host's decision. Once the engine has been
+// stopped, events are dropped without a trace, except OnShutdown.
+class nxAlgoScriptEngine : public nxLuaEngine
+{
+public:
+    explicit nxAlgoScriptEngine(nxAlgoJobObject* job);
+    ~nxAlgoScriptEngine() override;
+
+    // Checks that OnInit exists, applies the sandbox, binds the globals, loads the prelude and runs OnInit.
+    [[nodiscard]] nxErrorEnum Start();
+    nxErrorEnum Stop();
+    bool IsActive() const;
+
+    [[nodiscard]] nxErrorEnum OnPrice(nxAlgoPriceObject&);
+    [[nodiscard]] nxErrorEnum OnMarketDepth(nxAlgoMarketDepthObject&);
+    [[nodiscard]] nxErrorEnum OnProductState(nxAlgoStateObject&);
+    [[nodiscard]] nxErrorEnum OnParameter(const std::string& name, const std::string& value,
+                                          const std::string& tag);
+    [[nodiscard]] nxErrorEnum OnPosition(nxAlgoPositionObject&);
+    [[nodiscard]] nxErrorEnum OnTimer(const std::string& name);
+    [[nodiscard]] nxErrorEnum OnJobChanged();
+    [[nodiscard]] nxErrorEnum OnJobParametersChanged();
+    [[nodiscard]] nxErrorEnum OnShutdown();
+    [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
+
+    void SetClockSpeed(double speed);
+    // Nothing once the engine has stopped.
+    void SetClockTime(const nxDateTime& time);
+
+protected:
+    const std::string& GetLogPrefix() const;
+    void _RegisterCustomObjects() override;
+
+private:
+    // Logs the parts with the last error behind them.
+    template <class... Parts>
+    nxErrorEnum _Failed(const Parts&... parts);
+    template <class Argument>
+    nxErrorEnum _Deliver(nxLuaFunction& function, Argument& argument, const char* failure);
+    nxErrorEnum _Deliver(nxLuaFunction& function, const char* failure);
+    bool _BindGlobals();
+
+    nxAlgoJobObject* _job;  // owns the engine; null in a test
+    std::atomic<bool> _active = true;
+
+    nxLuaFunction _onInit{*this, "OnInit"};
+    nxLuaFunction _onPrice{*this, "OnPrice"};
+    nxLuaFunction _onMarketDepth{*this, "OnMarketDepth"};
+    nxLuaFunction _onOrderFill{*this, "OnOrderFill"};
+    nxLuaFunction _onOrderNew{*this, "OnOrderNew"};
+    nxLuaFunction _onOrderWorking{*this, "OnOrderWorking"};
+    nxLuaFunction _onOrderRejected{*this, "OnOrderRejected"};
+    nxLuaFunction _onOrderCancelled{*this, "OnOrderCancelled"};
+    nxLuaFunction _onOrderCompleted{*this, "OnOrderCompleted"};
+    nxLuaFunction _onOrderAmendRejected{*this, "OnOrderAmendRejected"};
+    nxLuaFunction _onOrderCancelRejected{*this, "OnOrderCancelRejected"};
+    nxLuaFunction _onProductState{*this, "OnProductState"};
+    nxLuaFunction _onParameter{*this, "OnParameter"};
+    nxLuaFunction _onTradeWindowEvent{*this, "OnTradeWindowEvent"};
+    nxLuaFunction _onPosition{*this, "OnPosition"};
+    nxLuaFunction _onTimer{*this, "OnTimer"};
+    nxLuaFunction _onJobChanged{*this, "OnJobChanged"};
+    nxLuaFunction _onJobParametersChanged{*this, "OnJobParametersChanged"};
+    nxLuaFunction _onShutdown{*this, "OnShutdown"};
+    nxLuaFunction _onVorantJobNew{*this, "OnVorantJobNew"};
+    nxLuaFunction _onVorantJobStarted{*this, "OnVorantJobStarted"};
+    nxLuaFunction _onVorantJobStopped{*this, "OnVorantJobStopped"};
+    nxLuaFunction _onVorantJobStatusUpdate{*this, "OnVorantJobStatusUpdate"};
+    nxLuaFunction _onVorantJobUpdate{*this, "OnVorantJobUpdate"};
+    nxLuaFunction _onOrderQPosition{*this, "OnOrderQPosition"};
+    nxLuaFunction _onPriceTradeVolumes{*this, "OnPriceTradeVolumes"};
+    nxLuaFunction _onTickData{*this, "OnTickData"};
+
+    std::unique_ptr<nxAlgoClockObject> _clock;
+    std::unique_ptr<nxAlgoDateObject> _date;
+};

@@ -1,0 +1,252 @@
+#include "scriptFramework/lua/nxLuaEngine.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <lua.hpp>
+#include <string_view>
+
+#include "base/values/nxStringHelper.h"
+#include "scriptFramework/lua/nxLuaClass.h"
+
+namespace {
+
+constexpr char BinaryMark = LUA_SIGNATURE[0];
+constexpr const char* BinaryRefused = "binary chunks are not accepted";
+constexpr int roomToLoad = 128;  // values: the class metatables and the script
+
+// A binary chunk can break the state that loads it. Lua itself looks for the mark behind a leading # line.
+bool IsBinary(std::string_view text)
+{
+    if (text.starts_with('#')) text.remove_prefix(std::min(text.size(), text.find('\n') + 1));
+    return text.starts_with(BinaryMark);
+}
+
+bool IsBinaryFile(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::string head(1, static_cast<char>(file.get()));
+    if (head == "#") {
+        std::getline(file, head);
+        head.assign(1, static_cast<char>(file.get()));
+    }
+    return IsBinary(head);
+}
+
+int FetchGlobal(lua_State* L, void* name)
+{
+    lua_getfield(L, LUA_GLOBALSINDEX, static_cast<const std::string*>(name)->c_str());
+    return 1;
+}
+
+// The position of the script line in "HEAD:LINE:TAIL", LINE between two colons behind the first closing bracket.
+struct LinePosition
+{
+    std::size_t first = std::string::npos;   // of LINE
+    std::size_t second = std::string::npos;  // of the colon behind it
+};
+
+LinePosition FindLine(const std::string& message)
+{
+    const std::size_t open = message.find('[');
+    const std::size_t close = message.find(']');
+    if (open == std::string::npos || close == std::string::npos) return {};
+    const std::size_t first = message.find(':', close);
+    if (first == std::string::npos) return {};
+    return {first + 1, message.find(':', first + 1)};
+}
+
+}  // namespace
+
+// Lua errors outside protected calls come as nxLuaPanic. Only the panic handler throws it, with no Lua code
+// running above.
+template <class Body>
+bool nxLuaEngine::_Guard(Body body)
+{
+    try {
+        return body();
+    } catch (const nxLuaPanic& panic) {
+        _lastError = panic.what();
+        return false;
+    }
+}
+
+bool nxLuaEngine::LoadScript(const std::string& path)
+{
+    return _Guard([&] {
+        _state.MakeRoom(roomToLoad);
+        _RegisterCustomObjects();
+        _ResetError();
+        lua_State* L = _GetState();
+        luaL_checkstack(L, 2, "no room for the script");
+        if (IsBinaryFile(path)) {
+            lua_pushstring(L, BinaryRefused);
+            return false;
+        }
+        return luaL_loadfile(L, path.c_str()) == 0 && lua_pcall(L, 0, LUA_MULTRET, 0) == 0;
+    });
+}
+
+bool nxLuaEngine::LoadText(const std::string& text)
+{
+    return _Guard([&] {
+        _state.MakeRoom(roomToLoad);
+        _RegisterCustomObjects();
+        return _LoadAndRun(text);
+    });
+}
+
+bool nxLuaEngine::LoadModule(const std::string& text)
+{
+    return _Guard([&] { return _LoadAndRun(text); });
+}
+
+bool nxLuaEngine::_LoadAndRun(const std::string& text)
+{
+    _ResetError();
+    lua_State* L = _GetState();
+    luaL_checkstack(L, 2, "no room for the script");
+    if (IsBinary(text)) {
+        lua_pushstring(L, BinaryRefused);
+    } else if (luaL_loadstring(L, text.c_str()) == 0) {
+        return _CallFunction(0, static_cast<unsigned int>(LUA_MULTRET));
+    }
+    _ProcessError();
+    return false;
+}
+
+bool nxLuaEngine::DoesFunctionExist(const std::string& name) const
+{
+    const auto pushed = _state.PushBody(FetchGlobal, const_cast<std::string*>(&name));
+    lua_State* L = _GetState();
+    return lua_pcall(L, 0, 1, 0) == 0 && lua_type(L, -1) == LUA_TFUNCTION;
+}
+
+bool nxLuaEngine::_LookUpFunction(const std::string& name, bool& exists)
+{
+    return _Guard([&] {
+        const auto pushed = _state.PushBody(FetchGlobal, const_cast<std::string*>(&name));
+        lua_State* L = _GetState();
+        if (lua_pcall(L, 0, 1, 0) != 0) {
+            _ProcessError();
+            return false;
+        }
+        exists = lua_type(L, -1) == LUA_TFUNCTION;
+        return true;
+    });
+}
+
+double nxLuaEngine::GetGlobalNumber(const std::string& name)
+{
+    double number = 0.0;
+    _Guard([&] {
+        const auto pushed = _state.PushBody(FetchGlobal, const_cast<std::string*>(&name));
+        lua_State* L = _GetState();
+        if (lua_pcall(L, 0, 1, 0) == 0) number = lua_tonumber(L, -1);
+        lua_pop(L, 1);
+        return true;
+    });
+    return number;
+}
+
+void nxLuaEngine::RemoveFunction(const std::string& name)
+{
+    const auto remove = [](lua_State* L, void* context) {
+        lua_pushnil(L);
+        lua_setfield(L, LUA_GLOBALSINDEX, static_cast<const std::string*>(context)->c_str());
+        return 0;
+    };
+    // A script's own metatable on the globals may refuse the write; then the name was no plain global.
+    static_cast<void>(_RunProtected(remove, const_cast<std::string*>(&name)));
+}
+
+bool nxLuaEngine::SetGlobalObject(const std::string& name, const nxLuaClass& type, void* object)
+{
+    struct Binding
+    {
+        const std::string& name;
+        const nxLuaClass& type;
+        void* object;
+    } binding{name, type, object};
+    const auto bind = [](lua_State* L, void* context) {
+        const Binding& what = *static_cast<const Binding*>(context);
+        lua_pushstring(L, what.name.c_str());
+        what.type.Push(L, what.object);
+        lua_settable(L, LUA_GLOBALSINDEX);
+        return 0;
+    };
+    return _RunProtected(bind, &binding);
+}
+
+bool nxLuaEngine::_RunProtected(nxLuaState::Body body, void* context)
+{
+    constexpr unsigned int callsBetweenTuning = 1000;
+    if (_untilTuning-- == 0) {
+        _untilTuning = callsBetweenTuning;
+        _state.TuneCollector();
+    }
+    return _Guard([&] {
+        const auto pushed = _state.PushBody(body, context);
+        return _CallFunction(0, 0);
+    });
+}
+
+bool nxLuaEngine::_CallFunction(unsigned int arguments, unsigned int results)
+{
+    _ResetError();
+    lua_State* L = _GetState();
+    const int status = lua_pcall(L, static_cast<int>(arguments), static_cast<int>(results), 0);
+    if (status == 0) return true;
+    if (status < 0) {
+        // An exception that is none of Lua's, which this engine reports without a text.
+        lua_pop(L, 1);
+        lua_pushstring(L, "C++ exception");
+    }
+    _ProcessError();
+    return false;
+}
+
+void nxLuaEngine::_GetFunction(const std::string& name)
+{
+    lua_getfield(_GetState(), LUA_GLOBALSINDEX, name.c_str());
+}
+
+void nxLuaEngine::_Push(const std::string& value)
+{
+    lua_pushstring(_GetState(), value.c_str());
+}
+
+void nxLuaEngine::_Push(unsigned int value)
+{
+    lua_pushnumber(_GetState(), value);
+}
+
+void nxLuaEngine::_ProcessError()
+{
+    lua_State* L = _GetState();
+    if (const char* text = lua_tostring(L, -1)) {
+        _lastError = text;
+    } else {
+        _lastError = std::string("error object is a ") + luaL_typename(L, -1) + " value";
+    }
+    lua_settop(L, -2);
+
+    const LinePosition position = FindLine(_lastError);
+    if (position.second == std::string::npos) return;
+    int line = std::atoi(_lastError.c_str() + position.first);
+    if (line == 0) return;
+
+    std::string place = nxStringHelper::GetAsString(line);
+    if (!_helper.modules.empty()) {
+        const auto number = static_cast<unsigned int>(line);
+        if (number > _helper.lineOffset) {
+            place = nxStringHelper::GetAsString(number - _helper.lineOffset + 1);
+        } else {
+            for (const nxScriptHelper::Module& module : _helper.modules) {
+                if (number < module.firstLine || number > module.lastLine) continue;
+                place = nxStringHelper::GetAsString(number - module.firstLine + 1) + ":" + module.name;
+                break;
+            }
+        }
+    }
+    _lastError.replace(position.first, position.second - position.first, place);
+}

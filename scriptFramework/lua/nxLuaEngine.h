@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "scriptFramework/lua/nxLuaState.h"
+#include "scriptFramework/lua/nxScriptHelper.h"
+
+class nxLuaClass;
+
+// Owns one Lua state, loads text into it and turns Lua's messages into messages a script author can use. The
+// state opens with all standard libraries and closes with the engine. Used by one thread at a time; the script
+// job sees to that.
+//
+// No Lua error leaves an operation: it becomes false (or 0) and a text in GetLastError().
+class nxLuaEngine
+{
+public:
+    nxLuaEngine() = default;
+    virtual ~nxLuaEngine() = default;
+    nxLuaEngine(const nxLuaEngine&) = delete;
+    nxLuaEngine& operator=(const nxLuaEngine&) = delete;
+
+    // Registers the custom objects and runs a file's main chunk. A failure leaves the last error empty and the
+    // message on the Lua stack: callers of the file form only tell that it failed. Binary chunks are refused.
+    [[nodiscard]] bool LoadScript(const std::string& path);
+    // The same for a text; a failure is told by the last error.
+    [[nodiscard]] bool LoadText(const std::string& text);
+    // Adds a library text to a state that is already set up.
+    [[nodiscard]] bool LoadModule(const std::string& text);
+
+    // Whether the global of that name is a function. The value fetched stays on the Lua stack.
+    bool DoesFunctionExist(const std::string& name) const;
+    // 0 when the global is absent or not numeric.
+    double GetGlobalNumber(const std::string& name);
+    // Sets the global to nil, whatever it is.
+    void RemoveFunction(const std::string& name);
+    [[nodiscard]] bool SetGlobalObject(const std::string& name, const nxLuaClass& type, void* object);
+
+    void SetScriptHelper(const nxScriptHelper& helper) { _helper = helper; }
+    // Tells of the latest load or call; empty when that succeeded.
+    const std::string& GetLastError() const { return _lastError; }
+
+    // Bytes that the script may hold before Lua tells it that there is not enough memory; 0 for no limit.
+    void SetMemoryLimit(std::size_t bytes) { _state.GetPool().SetLimit(bytes); }
+    const nxLuaPool& GetMemory() const { return _state.GetPool(); }
+
+protected:
+    [[nodiscard]] bool _CallFunction(unsigned int arguments, unsigned int results);
+    void _GetFunction(const std::string& name);
+    void _Push(const std::string& value);
+    void _Push(unsigned int value);
+    void _ResetError() { _lastError.clear(); }
+    // Takes the error value off the Lua stack and makes it the last error, its line number told in the terms
+    // of the script helper.
+    void _ProcessError();
+
+    virtual void _RegisterCustomObjects() {}
+
+    lua_State* _GetState() const { return _state.GetState(); }
+
+private:
+    friend class nxLuaFunction;
+
+    // Runs body inside Lua's protection, look-up and pushes included.
+    [[nodiscard]] bool _RunProtected(nxLuaState::Body body, void* context);
+    // Whether a global is a function, or false when finding out raised an error, which is the last error then.
+    [[nodiscard]] bool _LookUpFunction(const std::string& name, bool& exists);
+    template <class Body>
+    bool _Guard(Body body);
+    bool _LoadAndRun(const std::string& text);
+
+    nxScriptHelper _helper;
+    std::string _lastError;
+    unsigned int _untilTuning = 0;
+    mutable nxLuaState _state;  // last, so that Lua closes first
+};

@@ -1,0 +1,155 @@
+#include "scriptFramework/lua/nxLuaParameter.h"
+
+#include <cmath>
+#include <lua.hpp>
+
+namespace {
+
+// Appends the numbers at 1, 2, ... of the table at index up to a nil; false at a value that is not numeric.
+bool ReadNumbers(lua_State* L, int index, std::vector<double>& out)
+{
+    luaL_checkstack(L, 2, "no room for an element");
+    for (int i = 1;; ++i) {
+        lua_rawgeti(L, index, i);
+        if (lua_isnil(L, -1) || !lua_isnumber(L, -1)) break;
+        out.push_back(lua_tonumber(L, -1));
+        lua_pop(L, 1);
+    }
+    const bool complete = lua_isnil(L, -1);
+    lua_pop(L, 1);
+    return complete;
+}
+
+}  // namespace
+
+unsigned int nxLuaTruncate(double number)
+{
+    constexpr double limit = 9223372036854775808.0;  // 2^63
+    if (!(number > -limit - 1.0 && number < limit)) return 0;
+    return static_cast<unsigned int>(static_cast<unsigned long long>(static_cast<long long>(number)));
+}
+
+bool nxLuaParameter::IsValid() const
+{
+    return _type != LUA_TNONE && _type != LUA_TNIL;
+}
+
+bool nxLuaParameter::IsNull() const
+{
+    return _type == LUA_TNIL;
+}
+
+bool nxLuaParameter::IsTable() const
+{
+    return _type == LUA_TTABLE;
+}
+
+const char* nxLuaParameter::GetType() const
+{
+    static constexpr const char* names[] = {"NONE",   "NIL",   "BOOLEAN",  "LIGHT_USERDATA", "NUMBER",
+                                            "STRING", "TABLE", "FUNCTION", "USERDATA",       "THREAD"};
+    return _type >= LUA_TNONE && _type <= LUA_TTHREAD ? names[_type - LUA_TNONE] : "UNKNOWN";
+}
+
+double nxLuaParameter::GetNumber() const
+{
+    return _index == 0 ? 0.0 : luaL_checknumber(_L, _index);
+}
+
+const char* nxLuaParameter::GetString() const
+{
+    return _index == 0 ? nullptr : luaL_checkstring(_L, _index);
+}
+
+bool nxLuaParameter::GetBool() const
+{
+    if (_index == 0) return false;
+    luaL_checktype(_L, _index, LUA_TBOOLEAN);
+    return lua_toboolean(_L, _index) == 1;
+}
+
+// Leaves the value on the stack: parameters are addressed by absolute index, and the stack goes with the call.
+bool nxLuaParameter::_FetchNamedValue(const std::string& key) const
+{
+    if (!IsTable()) return false;
+    luaL_checkstack(_L, 2, "no room for a named value");
+    lua_pushstring(_L, key.c_str());
+    lua_rawget(_L, _index);
+    return true;
+}
+
+bool nxLuaParameter::GetNamedValue(const std::string& key, double& out) const
+{
+    if (!_FetchNamedValue(key) || lua_type(_L, -1) != LUA_TNUMBER) return false;
+    out = lua_tonumber(_L, -1);
+    return true;
+}
+
+bool nxLuaParameter::GetNamedValue(const std::string& key, bool& out) const
+{
+    if (!_FetchNamedValue(key) || lua_type(_L, -1) != LUA_TBOOLEAN) return false;
+    out = lua_toboolean(_L, -1) != 0;
+    return true;
+}
+
+bool nxLuaParameter::GetNamedValue(const std::string& key, std::string& out) const
+{
+    if (!_FetchNamedValue(key)) return false;
+    size_t length = 0;
+    const char* text = lua_tolstring(_L, -1, &length);
+    out.assign(text == nullptr ? "" : text, length);
+    return !out.empty();
+}
+
+bool nxLuaParameter::GetAsDoubleVector(std::vector<double>& out) const
+{
+    out.clear();
+    return IsTable() && ReadNumbers(_L, _index, out);
+}
+
+bool nxLuaParameter::GetAsMatrix(std::vector<std::vector<double>>& out, std::string& error) const
+{
+    out.clear();
+    if (!IsTable()) return false;
+    luaL_checkstack(_L, 2, "no room for a row");
+    for (int i = 1;; ++i) {
+        lua_rawgeti(_L, _index, i);
+        if (lua_isnil(_L, -1)) break;
+        if (!lua_istable(_L, -1)) {
+            lua_pop(_L, 1);
+            error = "not a matrix";
+            return false;
+        }
+        std::vector<double>& row = out.emplace_back();
+        const bool complete = ReadNumbers(_L, lua_gettop(_L), row);
+        lua_pop(_L, 1);
+        if (!complete) {
+            error = "index is not a number";
+            return false;
+        }
+    }
+    lua_pop(_L, 1);
+    return true;
+}
+
+bool nxLuaParameter::GetAsNameValueMap(std::map<std::string, std::string>& out) const
+{
+    out.clear();
+    if (!IsTable()) return false;
+    luaL_checkstack(_L, 3, "no room for a name and a value");
+    const int top = lua_gettop(_L);
+    lua_pushnil(_L);
+    while (lua_next(_L, _index) != 0) {
+        // Conversion changes a number where it lies, and lua_next must find its key as it was.
+        lua_pushvalue(_L, -2);
+        const char* name = lua_tostring(_L, -1);
+        const char* value = lua_tostring(_L, -2);
+        if (name == nullptr || value == nullptr) {
+            lua_settop(_L, top);
+            return false;
+        }
+        out[name] = value;
+        lua_pop(_L, 2);
+    }
+    return true;
+}

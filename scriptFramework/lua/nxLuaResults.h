@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/values/nxDecimal.h"
+#include "base/values/nxValueWrapper.h"
+
+struct lua_State;
+
+// The results of a bound call. Each Add pushes exactly one value; both marks of a value reach the script as
+// nil. SetError gives the text that the dispatcher raises when the bound function returns false.
+class nxLuaResults
+{
+public:
+    explicit nxLuaResults(lua_State* L) : _L(L) {}
+    virtual ~nxLuaResults() = default;
+    nxLuaResults(const nxLuaResults&) = delete;
+    nxLuaResults& operator=(const nxLuaResults&) = delete;
+
+    void Add(const std::string& value);
+    void Add(const char* value);
+    void Add(bool value);
+    void Add(double value);
+    void Add(unsigned int value);
+    void Add(long long value);
+    void Add(unsigned long long value);
+    void Add(const nxValueWrapper<unsigned int, -1, -2>& value);
+    void Add(const nxDecimal& value);
+    void Add(const std::vector<double>& values);               // nil when empty
+    void Add(const std::vector<std::vector<double>>& matrix);  // nil when empty; an empty row is an empty table
+    void AddNull();
+
+    // Pushes an object of a bound class as a new wrapper table. The object stays its owner's.
+    template <class T>
+    void AddObject(T* object);
+    // The same, with nil for a null pointer.
+    template <class T>
+    void AddObjectOrNull(T* object);
+
+    int Count() const { return _count; }
+    void SetError(const std::string& text) { _error = text; }
+    const std::string& GetError() const { return _error; }
+    // For `return results.Fail("...")`.
+    bool Fail(const std::string& text);
+
+private:
+    lua_State* _L;
+    int _count = 0;
+    std::string _error;
+};

@@ -1,0 +1,231 @@
+#include "scriptFramework/lua/nxLuaState.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <lua.hpp>
+#include <new>
+#include <utility>
+
+#include "scriptFramework/lua/nxLuaClass.h"
+
+namespace {
+
+constexpr int Registry = 2;  // the row of debug.getregistry among the watched functions
+
+void* LuaAllocator(void* userData, void* block, size_t oldSize, size_t newSize)
+{
+    return static_cast<nxLuaState*>(userData)->GetPool().Reallocate(block, oldSize, newSize);
+}
+
+// Stands under every unprotected call into Lua: an error there leaves as a C++ exception, and the engine's
+// entry turns it into its failure.
+int Panic(lua_State* L)
+{
+    const char* text = lua_tostring(L, -1);
+    throw nxLuaPanic(text == nullptr ? "error object is not a string" : text);
+}
+
+}  // namespace
+
+nxLuaPool::~nxLuaPool()
+{
+    for (void* chunk : _chunks) std::free(chunk);
+}
+
+void* nxLuaPool::_Allocate(std::size_t size)
+{
+    if (size > LargestPooled) return std::malloc(size);
+    Free*& list = _free[(size + Granule - 1) / Granule];
+    if (list != nullptr) {
+        void* block = list;
+        list = list->next;
+        return block;
+    }
+    const std::size_t rounded = (size + Granule - 1) / Granule * Granule;
+    if (static_cast<std::size_t>(_chunkEnd - _chunkNext) < rounded) {
+        void* chunk = std::malloc(ChunkSize);
+        if (chunk == nullptr) return nullptr;
+        _chunks.push_back(chunk);
+        _chunkNext = static_cast<char*>(chunk);
+        _chunkEnd = _chunkNext + ChunkSize;
+    }
+    void* block = _chunkNext;
+    _chunkNext += rounded;
+    return block;
+}
+
+void nxLuaPool::_Release(void* block, std::size_t size)
+{
+    if (size > LargestPooled) {
+        std::free(block);
+        return;
+    }
+    Free*& list = _free[(size + Granule - 1) / Granule];
+    list = new (block) Free{list};
+}
+
+void* nxLuaPool::Reallocate(void* block, std::size_t oldSize, std::size_t newSize)
+{
+    if (block == nullptr) oldSize = 0;
+    if (newSize == 0) {
+        if (block != nullptr) _Release(block, oldSize);
+        _inUse -= oldSize;
+        return nullptr;
+    }
+    if (_limit != 0 && newSize > oldSize && _inUse + (newSize - oldSize) > _limit) return nullptr;
+    ++_allocations;
+    void* result;
+    if (block != nullptr && oldSize > LargestPooled && newSize > LargestPooled) {
+        result = std::realloc(block, newSize);
+        if (result == nullptr) return nullptr;
+    } else {
+        result = _Allocate(newSize);
+        if (result == nullptr) return nullptr;
+        if (block != nullptr) {
+            std::memcpy(result, block, std::min(oldSize, newSize));
+            _Release(block, oldSize);
+        }
+    }
+    _inUse += newSize - oldSize;
+    return result;
+}
+
+nxLuaState::nxLuaState()
+{
+    _L = lua_newstate(LuaAllocator, this);
+    if (_L == nullptr) throw std::bad_alloc();
+    lua_atpanic(_L, Panic);
+    luaL_openlibs(_L);
+    _WatchMetatableAccess();
+    lua_pushcfunction(_L, _Trampoline);
+    _trampoline = luaL_ref(_L, LUA_REGISTRYINDEX);
+    TuneCollector();
+    // Loads leave the class metatables on the stack and look-ups of callbacks their values.
+    luaL_checkstack(_L, 128, "no room for the engine");
+}
+
+nxLuaState::~nxLuaState()
+{
+    lua_close(_L);
+}
+
+nxLuaState& nxLuaState::Of(lua_State* L)
+{
+    void* userData = nullptr;
+    lua_getallocf(L, &userData);
+    return *static_cast<nxLuaState*>(userData);
+}
+
+void nxLuaKeyMap::Reset(std::size_t count)
+{
+    const std::size_t size = std::bit_ceil(2 * count + 1);
+    _slots.assign(size, {});
+    _mask = size - 1;
+}
+
+void nxLuaKeyMap::Insert(const void* key, int row)
+{
+    std::size_t i = _Hash(key) & _mask;
+    while (_slots[i].key != nullptr) i = (i + 1) & _mask;
+    _slots[i] = {key, row};
+}
+
+nxLuaState::ClassReferences& nxLuaState::References(unsigned int classIndex)
+{
+    if (classIndex >= _classes.size()) _classes.resize(classIndex + 1);
+    return _classes[classIndex];
+}
+
+int nxLuaState::_Trampoline(lua_State* L)
+{
+    nxLuaState& state = Of(L);
+    const Body body = std::exchange(state._body, nullptr);
+    return body == nullptr ? 0 : body(L, state._context);
+}
+
+nxLuaState::PushedBody nxLuaState::PushBody(Body body, void* context)
+{
+    MakeRoom(4);
+    _body = body;
+    _context = context;
+    lua_rawgeti(_L, LUA_REGISTRYINDEX, _trampoline);
+    return PushedBody(*this);
+}
+
+void nxLuaState::MakeRoom(int values)
+{
+    if (!lua_checkstack(_L, values)) lua_settop(_L, 0);
+}
+
+void nxLuaState::TuneCollector()
+{
+    constexpr std::size_t worthwhile = 1 << 20;  // bytes of garbage; more of it leaves the processor's caches
+    const std::size_t relative = 100 * worthwhile / (_pool.GetBytesInUse() + 1);
+    const auto pause = static_cast<int>(100 + std::clamp<std::size_t>(relative, 200, 900));
+    lua_gc(_L, LUA_GCSETPAUSE, pause);
+}
+
+// A finalizer that does nothing would still be called for every wrapper that dies, so the metatables have theirs
+// only once a script can look.
+void nxLuaState::_ExposeMetatables()
+{
+    if (_metatablesExposed) return;
+    _metatablesExposed = true;
+    luaL_checkstack(_L, 3, "no room for a metatable");
+    for (const ClassReferences& known : _classes) {
+        if (known.identity == nullptr) continue;
+        lua_rawgeti(_L, LUA_REGISTRYINDEX, known.metatable);
+        lua_pushliteral(_L, "__gc");
+        lua_pushcfunction(_L, nxLuaClass::CollectNothing);
+        lua_rawset(_L, -3);
+        lua_pop(_L, 1);
+    }
+}
+
+// Stands for one of the library functions that hand out metatables: does what it does, and takes note when a
+// class metatable, or the registry with all of them, gets into the script's hands.
+template <int watched>
+int nxLuaState::_Watch(lua_State* L)
+{
+    nxLuaState& state = Of(L);
+    const Watched& original = state._watched[watched];
+    if (original.function != nullptr) {
+        // Within this frame, so that its argument errors name the function that the script called.
+        const int results = original.function(L);
+        const void* result = lua_topointer(L, -1);
+        const auto isResult = [result](const ClassReferences& known) { return known.identity == result; };
+        if (watched == Registry || (result && std::ranges::any_of(state._classes, isResult)))
+            state._ExposeMetatables();
+        return results;
+    }
+    state._ExposeMetatables();
+    lua_rawgeti(L, LUA_REGISTRYINDEX, original.reference);
+    lua_insert(L, 1);
+    lua_call(L, lua_gettop(L) - 1, LUA_MULTRET);
+    return lua_gettop(L);
+}
+
+void nxLuaState::_WatchMetatableAccess()
+{
+    const struct
+    {
+        const char* library;
+        const char* function;
+        lua_CFunction watch;
+    } rows[] = {{"_G", "getmetatable", _Watch<0>},
+                {"debug", "getmetatable", _Watch<1>},
+                {"debug", "getregistry", _Watch<Registry>}};
+    Watched* original = _watched;
+    for (const auto& row : rows) {
+        lua_getglobal(_L, row.library);
+        lua_getfield(_L, -1, row.function);
+        original->function = lua_tocfunction(_L, -1);
+        original->reference = luaL_ref(_L, LUA_REGISTRYINDEX);
+        ++original;
+        lua_pushcfunction(_L, row.watch);
+        lua_setfield(_L, -2, row.function);
+        lua_pop(_L, 1);
+    }
+}

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <string>
+
+#include "scriptFramework/lua/nxLuaClass.h"
+#include "scriptFramework/lua/nxLuaEngine.h"
+#include "scriptFramework/lua/nxLuaFunction.h"
+#include "scriptFramework/lua/nxLuaParameters.h"
+#include "scriptFramework/lua/nxLuaResults.h"
+
+// Turns the two static tables of a bound class into its Lua face. T declares
+//
+//     static const char* const className;
+//     static const nxLuaWrapper<T>::FunctionType Functions[];
+//     static const nxLuaWrapper<T>::PropertyType Properties[];
+//
+// each table ended by a row whose name is null. A row's position is its identity at run time.
+template <class T>
+class nxLuaWrapper
+{
+public:
+    struct FunctionType
+    {
+        const char* name;
+        bool (T::*function)(nxLuaParameters&, nxLuaResults&);
+    };
+
+    struct PropertyType
+    {
+        const char* name;
+        bool (T::*getter)(nxLuaResults&);          // null: write-only
+        bool (T::*setter)(const nxLuaParameter&);  // null: read-only, a write is ignored
+    };
+
+    static void Register(lua_State* L) { _Class().Register(L); }
+
+    // Leaves a new wrapper table on the stack. The object stays its owner's and must outlive the script's use.
+    static void Push(lua_State* L, T* object) { _Class().Push(L, object); }
+
+    // Binds a wrapper table to a global name. False when Lua raised an error; the engine's last error tells.
+    static bool SetGlobal(nxLuaEngine& engine, const std::string& name, T* object)
+    {
+        return engine.SetGlobalObject(name, _Class(), object);
+    }
+
+    // Runs a global script function with the object as its one argument.
+    static bool Call(nxLuaFunction& function, T& object) { return function._CallWithObject(_Class(), &object); }
+
+private:
+    static int DispatchFunction(lua_State* L) { return _Class().DispatchFunction(L); }
+    static int DispatchGet(lua_State* L) { return _Class().DispatchGet(L); }
+    static int DispatchSet(lua_State* L) { return _Class().DispatchSet(L); }
+
+    static const nxLuaClass& _Class()
+    {
+        static const nxLuaClass instance(T::className, _MakeRows());
+        return instance;
+    }
+
+    static nxLuaClass::Rows _MakeRows()
+    {
+        nxLuaClass::Rows rows;
+        for (const FunctionType* row = T::Functions; row->name != nullptr; ++row) rows.functions.push_back(row->name);
+        for (const PropertyType* row = T::Properties; row->name != nullptr; ++row)
+            rows.properties.push_back(row->name);
+        rows.callFunction = [](void* object, unsigned int row, nxLuaParameters& parameters, nxLuaResults& results) {
+            return (static_cast<T*>(object)->*T::Functions[row].function)(parameters, results);
+        };
+        rows.callGetter = [](void* object, unsigned int row, nxLuaResults& results) {
+            const auto getter = T::Properties[row].getter;
+            return getter == nullptr || (static_cast<T*>(object)->*getter)(results);
+        };
+        rows.callSetter = [](void* object, unsigned int row, const nxLuaParameter& value) {
+            return (static_cast<T*>(object)->*T::Properties[row].setter)(value);
+        };
+        rows.hasSetter = [](unsigned int row) { return T::Properties[row].setter != nullptr; };
+        rows.dispatchFunction = DispatchFunction;
+        rows.dispatchGet = DispatchGet;
+        rows.dispatchSet = DispatchSet;
+        return rows;
+    }
+};
+
+// For a static_assert behind each table: the names are unique and the null row is the last.
+template <class Row, int count>
+consteval bool nxIsBoundTable(const Row (&rows)[count])
+{
+    const auto same = [](const char* a, const char* b) {
+        while (*a != '\0' && *a == *b) ++a, ++b;
+        return *a == *b;
+    };
+    for (int i = 0; i < count - 1; ++i) {
+        if (rows[i].name == nullptr) return false;
+        for (int j = 0; j < i; ++j)
+            if (same(rows[i].name, rows[j].name)) return false;
+    }
+    return rows[count - 1].name == nullptr;
+}
+
+template <class T>
+void nxLuaResults::AddObject(T* object)
+{
+    nxLuaWrapper<T>::Push(_L, object);
+    ++_count;
+}
+
+template <class T>
+void nxLuaResults::AddObjectOrNull(T* object)
+{
+    if (object == nullptr) {
+        AddNull();
+    } else {
+        AddObject(object);
+    }
+}

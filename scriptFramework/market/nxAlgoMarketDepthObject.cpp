@@ -1,0 +1,142 @@
+#include "scriptFramework/market/nxAlgoMarketDepthObject.h"
+
+#include <iterator>
+
+#include "base/enums/nxRoundingMethodEnum.h"
+#include "base/records/nxMarketDepth.h"
+
+using Self = nxAlgoMarketDepthObject;
+
+constexpr nxLuaWrapper<Self>::FunctionType Self::Functions[] = {
+    {"bid", &Self::bid},
+    {"bidQty", &Self::bidQty},
+    {"ask", &Self::ask},
+    {"askQty", &Self::askQty},
+    {"getBidVolumeAtPrice", &Self::getBidVolumeAtPrice},
+    {"getAskVolumeAtPrice", &Self::getAskVolumeAtPrice},
+    {"getBidPriceWithVolume", &Self::getBidPriceWithVolume},
+    {"getAskPriceWithVolume", &Self::getAskPriceWithVolume},
+    {nullptr, nullptr},
+};
+static_assert(nxIsBoundTable(Self::Functions));
+
+constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
+    {"id", &Self::Get_id, nullptr},
+    {"bidCount", &Self::Get_bidCount, nullptr},
+    {"askCount", &Self::Get_askCount, nullptr},
+    {nullptr, nullptr, nullptr},
+};
+static_assert(nxIsBoundTable(Self::Properties));
+
+nxAlgoMarketDepthObject::nxAlgoMarketDepthObject(nxAlgoJobInterface* job, unsigned int id)
+    : nxAlgoMarketDepthObject(job, nullptr, id)
+{
+}
+
+nxAlgoMarketDepthObject::nxAlgoMarketDepthObject(nxAlgoJobInterface* job, const nxMarketDepth* depth,
+                                                 unsigned int id)
+    : nxAlgoObject(job), _marketDepth(depth), _id(id)
+{
+}
+
+// Null for a wrong count or a level that the side does not have.
+const Self::Levels::value_type* nxAlgoMarketDepthObject::_FindLevel(nxLuaParameters& parameters,
+                                                                    const Levels& levels)
+{
+    if (parameters.Count() != 1) return nullptr;
+    const unsigned int level = parameters.Parameter(1).GetUnsigned();
+    return level < levels.size() ? &*std::next(levels.begin(), level) : nullptr;
+}
+
+bool nxAlgoMarketDepthObject::bid(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    const auto* level = _FindLevel(parameters, _marketDepth->GetBidMap());
+    if (level == nullptr) return false;
+    results.Add(level->first.GetAsDouble());
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::bidQty(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    const auto* level = _FindLevel(parameters, _marketDepth->GetBidMap());
+    if (level == nullptr) return false;
+    results.Add(level->second.volume);
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::ask(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    const auto* level = _FindLevel(parameters, _marketDepth->GetAskMap());
+    if (level == nullptr) return false;
+    results.Add(level->first.GetAsDouble());
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::askQty(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    const auto* level = _FindLevel(parameters, _marketDepth->GetAskMap());
+    if (level == nullptr) return false;
+    results.Add(level->second.volume);
+    return true;
+}
+
+nxDecimal nxAlgoMarketDepthObject::_ToPrice(double number) const
+{
+    nxDecimal price;
+    price.SetFromDouble(number, 4);
+    price.SetFromDouble(number, _priceManipulator.NumberOfDecimalPlaces(price));
+    _priceManipulator.RoundToValidPrice(nxRoundingMethodEnum(nxRoundingMethod_Nearest), price);
+    return price;
+}
+
+bool nxAlgoMarketDepthObject::getBidVolumeAtPrice(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() != 1) return results.Fail("Invalid parameters. Requires price");
+    const nxDecimal price = _ToPrice(parameters.Parameter(1).GetNumber());
+    const Levels& bids = _marketDepth->GetBidMap();
+    unsigned int volume = 0;
+    for (auto level = bids.rbegin(); level != bids.rend() && level->first >= price; ++level)
+        volume += level->second.volume;
+    results.Add(volume);
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::getAskVolumeAtPrice(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() != 1) return results.Fail("Invalid parameters. Requires price");
+    const nxDecimal price = _ToPrice(parameters.Parameter(1).GetNumber());
+    const Levels& asks = _marketDepth->GetAskMap();
+    unsigned int volume = 0;
+    for (auto level = asks.begin(); level != asks.end() && level->first <= price; ++level)
+        volume += level->second.volume;
+    results.Add(volume);
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::getBidPriceWithVolume(nxLuaParameters&, nxLuaResults&)
+{
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::getAskPriceWithVolume(nxLuaParameters&, nxLuaResults&)
+{
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::Get_id(nxLuaResults& results)
+{
+    results.Add(_id);
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::Get_bidCount(nxLuaResults& results)
+{
+    results.Add(static_cast<double>(_marketDepth->GetBidMap().size()));
+    return true;
+}
+
+bool nxAlgoMarketDepthObject::Get_askCount(nxLuaResults& results)
+{
+    results.Add(static_cast<double>(_marketDepth->GetAskMap().size()));
+    return true;
+}
