@@ -1,0 +1,29 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "apps/algoserver/generate.h"
+#include "apps/algoserver/run.h"
+
+int main(int argc, char** argv)
+{
+    CLI::App app("Runs trading algorithms written in Lua 5.1 over recorded market data.\n"
+                 "Exit status: 0 done, 1 the script failed, 2 bad input or usage.");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", NX_VERSION);
+    int status = 0;
+    AddRunCommand(app, status);
+    AddGenerateCommand(app, status);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& help) {
+        return app.exit(help);
+    } catch (const CLI::CallForAllHelp& help) {
+        return app.exit(help);
+    } catch (const CLI::CallForVersion& version) {
+        return app.exit(version);
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "algoserver: " << error.what() << "\nTry 'algoserver --help', or '--help' behind a command.\n";
+        return 2;
+    }
+    return status;
+}

@@ -1,0 +1,101 @@
+#include "apps/algoserver/run.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <atomic>
+#include <csignal>
+#include <iostream>
+#include <memory>
+
+#include "base/log/nxConsoleLogDevice.h"
+#include "base/log/nxLogEntriesQueue.h"
+#include "base/log/nxLogManager.h"
+#include "host/feed/nxProductFile.h"
+#include "host/server/nxReplayServer.h"
+
+namespace {
+
+std::atomic<bool> interrupted = false;
+
+// The first Ctrl-C ends the run properly; a second one finds the default action and ends the process.
+void OnInterrupt(int)
+{
+    interrupted = true;
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
+}
+
+struct RunArguments
+{
+    nxRunOptions options;
+    std::string productFile;
+    std::string onError = "stop";
+    std::string logLevel = "error";
+    unsigned int memoryLimit = 0;  // MiB
+};
+
+const std::map<std::string, unsigned int> LogLevels = {
+    {"detail", nxLogLevel_Detail}, {"info", nxLogLevel_Info}, {"warn", nxLogLevel_Warn}, {"error", nxLogLevel_Error}};
+
+int Run(RunArguments& arguments)
+{
+    nxRunOptions& options = arguments.options;
+    if (!arguments.productFile.empty()) {
+        nxFeedError error;
+        if (!nxProductFile::Read(arguments.productFile, options.products, error)) {
+            std::cerr << error.GetText() << "\n";
+            return static_cast<int>(nxRunResult::InputFailed);
+        }
+    }
+    options.continueOnError = arguments.onError == "continue";
+    options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
+    options.showProgress = isatty(STDERR_FILENO) != 0;
+    options.interrupted = &interrupted;
+    nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(arguments.logLevel)));
+    nxConsoleLogDevice console;
+    nxLogManager::GetLogEntriesQueue().AddDevice(&console);
+    std::signal(SIGINT, OnInterrupt);
+    std::signal(SIGTERM, OnInterrupt);
+    std::ios::sync_with_stdio(false);
+    const nxRunResult result = nxReplayServer(options, std::cout, std::cerr).Run();
+    nxLogManager::GetLogEntriesQueue().RemoveDevice(&console);
+    return static_cast<int>(result);
+}
+
+}  // namespace
+
+void AddRunCommand(CLI::App& app, int& status)
+{
+    const auto arguments = std::make_shared<RunArguments>();
+    nxRunOptions& options = arguments->options;
+    CLI::App* run = app.add_subcommand("run", "Run a script over recorded market data");
+    run->footer(
+        "The script's log and the summary go to standard output and repeat to the byte; failures, progress and\n"
+        "speed go to standard error. Ctrl-C ends the run properly: OnShutdown runs and the summary is printed.\n\n"
+        "Data files are CSV, plain, .gz or .zst; the kind is told by the header row:\n"
+        "  quotes  time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side   (an empty cell: unchanged)\n"
+        "  depth   time,product,side,price,volume                                  (0 removes the level)\n"
+        "  bars    time,product,open,high,low,close,volume");
+    run->add_option("script", options.script, "The Lua script")->required();
+    run->add_option("--data,-d", options.data, "Recorded data, one or more files merged by time")->required();
+    run->add_option("--products,-p", arguments->productFile,
+                    "TOML file that describes products: tick size, lot size, point value, currency");
+    run->add_option("--module,-m", options.modules, "Lua file to put in front of the script; may be repeated")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    run->add_option("--speed,-s", options.speed,
+                    "Recorded seconds for each real one; without it as fast as it can")
+        ->check(CLI::PositiveNumber);
+    run->add_option("--on-error", arguments->onError, "What to do when a callback fails: stop or continue")
+        ->check(CLI::IsMember({"stop", "continue"}))
+        ->capture_default_str();
+    run->add_flag("--lenient,-l", options.lenient, "Count and skip malformed rows instead of ending the run");
+    run->add_option("--memory-limit", arguments->memoryLimit, "MiB that the script may hold; 0 for no limit")
+        ->capture_default_str();
+    run->add_option("--log-level", arguments->logLevel,
+                    "What the library logs to standard error: detail, info, warn or error")
+        ->check(CLI::IsMember(LogLevels))
+        ->capture_default_str();
+    run->callback([arguments, &status] { status = Run(*arguments); });
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "base/records/nxPrice.h"
+#include "host/jobs/nxQuietJobInterface.h"
+#include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/market/nxAlgoPriceObject.h"
+
+// A started job over a price that does not change.
+class nxBenchJob
+{
+public:
+    explicit nxBenchJob(const std::string& script);
+
+    nxAlgoJobObject& GetObject() { return _object; }
+    nxAlgoPriceObject& GetPrice() { return _priceObject; }
+
+private:
+    nxQuietJobInterface _host;
+    nxAlgoJobObject _object{&_host};
+    nxPrice _price;
+    nxAlgoPriceObject _priceObject{&_host, &_price, &_price, 1};
+};

@@ -1,0 +1,151 @@
+#include "host/exchange/nxMarketProduct.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr long long NanosecondsPerDay = 86'400'000'000'000;
+constexpr unsigned int LargestVolume = 0xFFFFFFFD;  // beyond lie the marks
+
+nxPrice MakeNoChange()
+{
+    nxPrice price;
+    price.SetNoChange();
+    return price;
+}
+
+long long FloorDay(long long time)
+{
+    const long long day = time / NanosecondsPerDay;
+    return time % NanosecondsPerDay < 0 ? day - 1 : day;
+}
+
+}  // namespace
+
+nxMarketProduct::nxMarketProduct(std::string name) : _name(std::move(name)), _update(MakeNoChange()) {}
+
+void nxMarketProduct::_BeginUpdate()
+{
+    static const nxPrice noChange = MakeNoChange();
+    _update = noChange;
+}
+
+void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
+{
+    _BeginUpdate();
+    const auto set = [this](auto setter, const auto& value) {
+        if (value.IsNoChange()) return;
+        (_price.*setter)(value);
+        (_update.*setter)(value);
+    };
+    set(&nxPrice::SetBidPrice, quote.bid);
+    set(&nxPrice::SetBidVolume, quote.bidVolume);
+    set(&nxPrice::SetAskPrice, quote.ask);
+    set(&nxPrice::SetAskVolume, quote.askVolume);
+    set(&nxPrice::SetLastPrice, quote.last);
+    set(&nxPrice::SetLastVolume, quote.lastVolume);
+    if (!quote.IsTrade()) return;
+    _price.SetLastPriceBuySellIndicator(quote.side);
+    _update.SetLastPriceBuySellIndicator(quote.side);
+    _AddTrade(_price.GetLastPrice(), quote.lastVolume, time);
+}
+
+void nxMarketProduct::_BeginDay(long long time)
+{
+    const long long day = FloorDay(time);
+    if (day == _day) return;
+    const nxDecimal previousClose = _day == -1 ? nxDecimal() : _price.GetClosePrice();
+    _day = day;
+    for (nxPrice* record : {&_price, &_update}) {
+        record->SetPreviousClosePrice(previousClose);
+        record->SetOpenPrice(nxDecimal());
+        record->SetHighPrice(nxDecimal());
+        record->SetLowPrice(nxDecimal());
+        record->SetTotalTradedVolume(nxVolume(0u));
+    }
+}
+
+void nxMarketProduct::_AddVolume(const nxVolume& volume)
+{
+    if (!volume.IsValid()) return;
+    const unsigned int before = _price.GetTotalTradedVolume().GetValue();
+    const nxVolume total = before + std::min(volume.GetValue(), LargestVolume - before);
+    _price.SetTotalTradedVolume(total);
+    _update.SetTotalTradedVolume(total);
+}
+
+void nxMarketProduct::_AddTrade(const nxDecimal& price, const nxVolume& volume, long long time)
+{
+    if (!price.IsValid()) return;
+    const long long before = _day;
+    _BeginDay(time);
+    const bool first = before != _day || !_price.GetOpenPrice().IsValid();
+    for (nxPrice* record : {&_price, &_update}) {
+        record->SetClosePrice(price);
+        if (first) record->SetOpenPrice(price);
+    }
+    if (first || price > _price.GetHighPrice()) {
+        _price.SetHighPrice(price);
+        _update.SetHighPrice(price);
+    }
+    if (first || price < _price.GetLowPrice()) {
+        _price.SetLowPrice(price);
+        _update.SetLowPrice(price);
+    }
+    _AddVolume(volume);
+}
+
+void nxMarketProduct::ApplyBar(const nxFeedBar& bar, long long time)
+{
+    _BeginUpdate();
+    _BeginDay(time);
+    for (nxPrice* record : {&_price, &_update}) {
+        record->SetOpenPrice(bar.open);
+        record->SetHighPrice(bar.high);
+        record->SetLowPrice(bar.low);
+        record->SetClosePrice(bar.close);
+        record->SetLastPrice(bar.close);
+        record->SetLastVolume(bar.volume);
+    }
+    _AddVolume(bar.volume);
+}
+
+void nxMarketProduct::ApplyDepth(std::span<const nxFeedLevel> levels)
+{
+    for (const nxFeedLevel& level : levels) {
+        if (level.isBid) {
+            _depth.SetBid(level.price, level.volume);
+        } else {
+            _depth.SetAsk(level.price, level.volume);
+        }
+    }
+}
+
+bool nxMarketProduct::QuoteFromDepth()
+{
+    _BeginUpdate();
+    bool changed = false;
+    const auto set = [&](auto getter, auto setter, const auto& value) {
+        if ((_price.*getter)() == value) return;
+        (_price.*setter)(value);
+        (_update.*setter)(value);
+        changed = true;
+    };
+    const nxMarketDepth::Map& bids = _depth.GetBidMap();
+    const nxMarketDepth::Map& asks = _depth.GetAskMap();
+    const bool hasBid = !bids.empty();
+    const bool hasAsk = !asks.empty();
+    set(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, hasBid ? bids.rbegin()->first : nxDecimal());
+    set(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume, hasBid ? nxVolume(bids.rbegin()->second.volume) : nxVolume());
+    set(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, hasAsk ? asks.begin()->first : nxDecimal());
+    set(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume, hasAsk ? nxVolume(asks.begin()->second.volume) : nxVolume());
+    return changed;
+}
+
+bool nxMarketProduct::SetState(unsigned int bits)
+{
+    if (_state == bits) return false;
+    _state.SetValue(bits);
+    return true;
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+
+#include "base/enums/nxBitMasks.h"
+#include "base/records/nxMarketDepth.h"
+#include "base/records/nxPrice.h"
+#include "host/feed/nxFeedEvent.h"
+
+// What the replayed market of one product looks like now: its price, the change that the latest event brought,
+// its book and its state. Owned by the server, one for all jobs; changed on the replay's thread between
+// callbacks only, so views may point into it.
+//
+// The daily figures come from the trades replayed: open, high, low and total volume of the UTC day of the latest
+// trade, previous close the last trade of the day before. A bar sets open, high, low, close and last to its own.
+class nxMarketProduct
+{
+public:
+    explicit nxMarketProduct(std::string name);
+    nxMarketProduct(const nxMarketProduct&) = delete;
+    nxMarketProduct& operator=(const nxMarketProduct&) = delete;
+
+    const std::string& GetName() const { return _name; }
+    const nxPrice& GetPrice() const { return _price; }
+    const nxPrice& GetPriceUpdate() const { return _update; }
+    const nxMarketDepth& GetDepth() const { return _depth; }
+    const nxProductStateBitMask& GetState() const { return _state; }
+
+    void ApplyQuote(const nxFeedQuote& quote, long long time);
+    void ApplyBar(const nxFeedBar& bar, long long time);
+    void ApplyDepth(std::span<const nxFeedLevel> levels);
+    // Makes the best levels of the book the price, for a product that has no quotes of its own. False when
+    // neither changed.
+    [[nodiscard]] bool QuoteFromDepth();
+    // False when the state is that already.
+    [[nodiscard]] bool SetState(unsigned int bits);
+
+private:
+    void _BeginUpdate();
+    void _AddTrade(const nxDecimal& price, const nxVolume& volume, long long time);
+    void _BeginDay(long long time);
+    void _AddVolume(const nxVolume& volume);
+
+    std::string _name;
+    nxPrice _price;
+    nxPrice _update;  // no-change in every field the latest event left alone
+    nxMarketDepth _depth;
+    nxProductStateBitMask _state;
+    long long _day = -1;  // since 1970, of the latest trade; -1 before any
+};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+#include "host/feed/nxFeedFormat.h"
+
+// A number as it was written: the digits as one whole number and how many of them stood behind the point.
+struct nxCsvNumber
+{
+    long long mantissa = 0;
+    unsigned char places = 0;
+    bool isGiven = false;  // false: an empty cell
+};
+
+enum class nxCsvSide : unsigned char { None, Buy, Sell };
+
+// The cells of one row, read but not judged. Belongs to the reader's caller and is used again for every row;
+// a column that the file lacks stays as it is made here: empty.
+struct nxCsvRow
+{
+    long long time = 0;        // nanoseconds since 1970 UTC
+    std::string_view product;  // valid until the next row is read
+    bool isProductNew = true;  // false: surely the name of the row before
+    nxCsvSide side = nxCsvSide::None;
+    std::array<nxCsvNumber, nxFeedSlot::Count> numbers;
+    unsigned long long line = 0;  // 1-based
+};

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/feed/nxFeedReader.h"
+
+/** Recorded market data as one stream of events, ordered by time: on equal times the file named earlier comes
+   first, and a file's own order is kept. Memory stays flat whatever the length of the files: each has a
+   buffer of fixed size. Used by one thread. Nothing here throws but for want of memory. */
+class nxFeed
+{
+public:
+    /** Lenient: bad rows are counted and skipped. */
+    explicit nxFeed(bool isLenient = false) : _isLenient(isLenient) {}
+    nxFeed(const nxFeed&) = delete;
+    nxFeed& operator=(const nxFeed&) = delete;
+
+    /** Opens the files and looks at the first rows of each. The descriptions come first in the product table.
+       Called once. False: GetError() tells why. */
+    [[nodiscard]] bool Open(const std::vector<std::string>& paths,
+                            const std::vector<nxProductDescription>& descriptions = {});
+
+    /** The next event, good until the next call. Null: the end, or an error, which GetError() tells. All rows
+       before the one at fault have been delivered by then. */
+    [[nodiscard]] const nxFeedEvent* Next();
+
+    [[nodiscard]] bool HasFailed() const { return _error.IsSet(); }
+    [[nodiscard]] const nxFeedError& GetError() const { return _error; }
+
+    [[nodiscard]] const nxFeedProductTable& GetProducts() const { return _products; }
+    [[nodiscard]] const std::vector<std::unique_ptr<nxFeedReader>>& GetReaders() const { return _readers; }
+
+    /** What a person should hear at the end of a run beside errors: files without rows, bad rows that were
+       skipped, crossed and locked quotes. */
+    [[nodiscard]] std::vector<std::string> GetRemarks() const;
+
+    /** Of the files as they lie on the disk. The total is 0 when one of them is a pipe. */
+    [[nodiscard]] unsigned long long GetBytesConsumed() const;
+    [[nodiscard]] unsigned long long GetBytesTotal() const;
+
+private:
+    struct _Head
+    {
+        const nxFeedEvent* event;
+        nxFeedReader* reader;
+    };
+
+    static bool _IsBefore(const _Head& a, const _Head& b);
+    bool _Advance(nxFeedReader& reader, const nxFeedEvent*& event);
+    void _SiftDown();
+
+    bool _isLenient;
+    nxFeedProductTable _products;
+    std::vector<std::unique_ptr<nxFeedReader>> _readers;
+    std::vector<_Head> _heads;  // a heap, the earliest event in front
+    bool _isStarted = false;
+    nxFeedError _error;
+};

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "base/values/nxDecimal.h"
+#include "host/feed/nxCsvRow.h"
+#include "host/feed/nxLotScale.h"
+
+/** A product of the recorded data: what is known of it and what has been read of it. Owned by the
+   nxFeedProductTable and written by the readers as rows pass. */
+class nxFeedProduct
+{
+public:
+    explicit nxFeedProduct(std::string name) : _name(std::move(name)) {}
+
+    [[nodiscard]] const std::string& GetName() const { return _name; }
+
+    /** As described; else the greatest power of ten, at most 1, of which all prices seen so far are
+     * multiples. */
+    [[nodiscard]] const nxDecimal& GetTickSize() const { return _tickSize; }
+    [[nodiscard]] const nxDecimal& GetLotSize() const { return _lots.GetLotSize(); }
+
+    /** Whether any file holds rows of this kind, as far as it was looked into. */
+    [[nodiscard]] bool Has(nxFeedKind kind) const { return _hasKind[static_cast<std::size_t>(kind)]; }
+    /** Rows delivered so far. */
+    [[nodiscard]] unsigned long long GetRowCount(nxFeedKind kind) const
+    {
+        return _rows[static_cast<std::size_t>(kind)];
+    }
+    /** Rows with a bid or an ask after which the bid stood above the ask, or met it. */
+    [[nodiscard]] unsigned long long GetCrossedCount() const { return _crossed; }
+    [[nodiscard]] unsigned long long GetLockedCount() const { return _locked; }
+
+    // For nxFeedProductTable and nxFeedReader.
+
+    void SetTickSize(const nxDecimal& tickSize)
+    {
+        _tickSize = tickSize;
+        _isTickGiven = true;
+    }
+    void SetLotSize(const nxDecimal& lotSize) { _lots = nxLotScale(lotSize); }
+    [[nodiscard]] const nxLotScale& GetLots() const { return _lots; }
+    void NoteKind(nxFeedKind kind) { _hasKind[static_cast<std::size_t>(kind)] = true; }
+    void CountRows(nxFeedKind kind, unsigned rows) { _rows[static_cast<std::size_t>(kind)] += rows; }
+    /** A price seen, for the tick size. */
+    void NotePrice(const nxCsvNumber& price)
+    {
+        if (price.places > _pricePlaces && !_isTickGiven) _NoteFinerPrice(price);
+    }
+    /** A size seen, for the lot size to suggest. */
+    void NoteSize(const nxCsvNumber& size)
+    {
+        if (size.places > _sizePlaces)
+            _sizePlaces = std::max(_sizePlaces, _GetSignificantPlaces(size, _sizePlaces));
+    }
+    [[nodiscard]] unsigned char GetSizePlaces() const { return _sizePlaces; }
+    /** The best prices after a row that gave one of them; a number not given leaves the earlier one. */
+    void NoteQuote(const nxDecimal& bid, const nxDecimal& ask);
+    [[nodiscard]] bool HasBid() const { return _bid.IsValid(); }
+    [[nodiscard]] bool HasAsk() const { return _ask.IsValid(); }
+    [[nodiscard]] bool HasLast() const { return _hasLast; }
+    void NoteLast() { _hasLast = true; }
+
+private:
+    /** The places of the number without the zeros at its end, but not below `least`. */
+    static unsigned char _GetSignificantPlaces(const nxCsvNumber& number, unsigned char least);
+    void _NoteFinerPrice(const nxCsvNumber& price);
+
+    std::string _name;
+    nxDecimal _tickSize = nxDecimalOne;
+    bool _isTickGiven = false;
+    bool _hasLast = false;
+    unsigned char _pricePlaces = 0;
+    unsigned char _sizePlaces = 0;
+    nxDecimal _bid, _ask;  // null until a row gave one
+    nxLotScale _lots;
+    std::array<bool, 3> _hasKind{};
+    std::array<unsigned long long, 3> _rows{};
+    unsigned long long _crossed = 0;
+    unsigned long long _locked = 0;
+};

@@ -1,0 +1,25 @@
+#include "host/feed/nxFeedProductTable.h"
+
+const nxFeedProduct* nxFeedProductTable::Find(std::string_view name) const
+{
+    const auto found = _indexes.find(name);
+    return found == _indexes.end() ? nullptr : &_products[found->second];
+}
+
+unsigned nxFeedProductTable::Add(std::string_view name)
+{
+    const auto found = _indexes.find(name);
+    if (found != _indexes.end()) return found->second;
+    const unsigned index = GetCount();
+    _products.emplace_back(std::string(name));
+    _indexes.emplace(name, index);
+    return index;
+}
+
+unsigned nxFeedProductTable::Add(const nxProductDescription& description)
+{
+    const unsigned index = Add(description.name);
+    if (description.tickSize.IsValid()) _products[index].SetTickSize(description.tickSize);
+    if (description.lotSize.IsValid()) _products[index].SetLotSize(description.lotSize);
+    return index;
+}

@@ -1,0 +1,231 @@
+#include "host/feed/nxFeedReader.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "host/feed/nxFeedTime.h"
+
+nxFeedReader::nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products,
+                           bool isLenient)
+    : _path(path),
+      _products(products),
+      _isLenient(isLenient),
+      _csv(path),
+      _lastTime(std::numeric_limits<long long>::min())
+{
+    _event.file = index;
+}
+
+bool nxFeedReader::Open()
+{
+    if (!_csv.Open()) {
+        _error = _csv.GetError();
+        _isOver = true;
+        return false;
+    }
+    _kind = _event.kind = _csv.GetFormat().kind;
+    _Peek();
+    return true;
+}
+
+const nxFeedEvent* nxFeedReader::Next()
+{
+    if (_kind == nxFeedKind::Depth) return _NextDepth();
+    if (!_NextRow()) return nullptr;
+    _product->CountRows(_kind, 1);
+    _event.time = _row.time;
+    _event.product = _productIndex;
+    _event.line = _row.line;
+    return &_event;
+}
+
+// Bad rows are passed over here: they are told when their turn comes.
+void nxFeedReader::_Peek()
+{
+    using enum nxFeedColumnType;
+    _csv.Mark();
+    nxCsvReader::Result result = nxCsvReader::Result::Row;
+    for (unsigned rows = 0; rows < PeekRows && result != nxCsvReader::Result::End; ++rows) {
+        result = _csv.Next(_row);
+        if (result != nxCsvReader::Result::Row || _row.product.empty()) continue;
+        nxFeedProduct& product = _products.Get(_products.Add(_row.product));
+        product.NoteKind(_kind);
+        for (const nxFeedColumn& column : _csv.GetFormat().columns) {
+            if (column.type != Number || !_row.numbers[column.slot].isGiven) continue;
+            if (column.isSize)
+                product.NoteSize(_row.numbers[column.slot]);
+            else
+                product.NotePrice(_row.numbers[column.slot]);
+        }
+    }
+    _csv.Rewind();
+    _row = {};
+}
+
+// Reads up to the next good row. False: the end, or an error that is kept.
+bool nxFeedReader::_NextRow()
+{
+    while (!_isOver) {
+        const nxCsvReader::Result result = _csv.Next(_row);
+        if (result == nxCsvReader::Result::Row && _Judge()) {
+            ++_rowCount;
+            _lastTime = _row.time;
+            return true;
+        }
+        const nxFeedError& error = result == nxCsvReader::Result::Row ? _rejection : _csv.GetError();
+        const bool isRowBad = result == nxCsvReader::Result::Row || result == nxCsvReader::Result::Bad;
+        if (isRowBad && _isLenient) {
+            ++_badRowCount;
+            if (_badRows.size() < MaxKeptErrors) _badRows.push_back(error);
+            continue;
+        }
+        _isOver = true;
+        if (result != nxCsvReader::Result::End) _error = error;
+    }
+    return false;
+}
+
+bool nxFeedReader::_Judge()
+{
+    if (_row.isProductNew || _product == nullptr) {
+        if (_row.product.empty()) return _Reject("product", "is empty");
+        _productIndex = _products.Add(_row.product);
+        _product = &_products.Get(_productIndex);
+        _product->NoteKind(_kind);
+    }
+    if (_row.time < _lastTime)
+        return _Reject("time", "runs backwards: " + nxFeedTime::GetAsString(_row.time) + " after " +
+                                   nxFeedTime::GetAsString(_lastTime));
+    switch (_kind) {
+        case nxFeedKind::Quote:
+            return _JudgeQuote(*_product);
+        case nxFeedKind::Depth:
+            return _JudgeLevel(*_product);
+        case nxFeedKind::Bar:
+            break;
+    }
+    return _JudgeBar(*_product);
+}
+
+bool nxFeedReader::_JudgeQuote(nxFeedProduct& product)
+{
+    using namespace nxFeedSlot;
+    nxFeedQuote& quote = _event.quote;
+    if (!_GetPrice(product, Bid, quote.bid) || !_GetLots(product, BidVolume, quote.bidVolume) ||
+        !_GetPrice(product, Ask, quote.ask) || !_GetLots(product, AskVolume, quote.askVolume) ||
+        !_GetPrice(product, Last, quote.last) || !_GetLots(product, LastVolume, quote.lastVolume))
+        return false;
+
+    // A volume on its own changes what an earlier row gave, so there must have been one.
+    if (quote.bidVolume.IsValid() && !quote.bid.IsValid() && !product.HasBid())
+        return _Reject("bidVolume", "no row so far gave a bid of " + product.GetName());
+    if (quote.askVolume.IsValid() && !quote.ask.IsValid() && !product.HasAsk())
+        return _Reject("askVolume", "no row so far gave an ask of " + product.GetName());
+    if (quote.lastVolume.IsValid() && !quote.last.IsValid() && !product.HasLast())
+        return _Reject("lastVolume", "no row so far gave a last of " + product.GetName());
+
+    if (quote.IsTrade())
+        quote.side = _row.side == nxCsvSide::Buy    ? nxBuySell_Buy
+                     : _row.side == nxCsvSide::Sell ? nxBuySell_Sell
+                                                    : nxEnum_Undefined;
+    else if (_row.side == nxCsvSide::None)
+        quote.side = nxEnum_NoChange;
+    else
+        return _Reject("side", "stands without last and lastVolume");
+
+    if (quote.last.IsValid()) product.NoteLast();
+    if (quote.bid.IsValid() || quote.ask.IsValid()) product.NoteQuote(quote.bid, quote.ask);
+    return true;
+}
+
+bool nxFeedReader::_JudgeLevel(nxFeedProduct& product)
+{
+    if (_row.side == nxCsvSide::None) return _Reject("side", "is empty");
+    _level.isBid = _row.side == nxCsvSide::Buy;
+    for (const unsigned slot : {nxFeedSlot::Price, nxFeedSlot::LevelVolume}) {
+        if (!_row.numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
+    }
+    return _GetPrice(product, nxFeedSlot::Price, _level.price) &&
+           _GetLots(product, nxFeedSlot::LevelVolume, _level.volume);
+}
+
+bool nxFeedReader::_JudgeBar(nxFeedProduct& product)
+{
+    using namespace nxFeedSlot;
+    for (const unsigned slot : {nxFeedSlot::Open, High, Low, Close, BarVolume}) {
+        if (!_row.numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
+    }
+    nxFeedBar& bar = _event.bar;
+    if (!_GetPrice(product, nxFeedSlot::Open, bar.open) || !_GetPrice(product, High, bar.high) ||
+        !_GetPrice(product, Low, bar.low) || !_GetPrice(product, Close, bar.close) ||
+        !_GetLots(product, BarVolume, bar.volume))
+        return false;
+    if (bar.high >= bar.low) return true;
+    return _Reject("high", bar.high.GetAsString() + " is below the low " + bar.low.GetAsString());
+}
+
+bool nxFeedReader::_Reject(std::string_view column, const std::string& reason)
+{
+    _rejection = _csv.MakeError(column, reason);
+    return false;
+}
+
+// A cell left empty is no change. Always true, so that the cells of a row read as one condition.
+bool nxFeedReader::_GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& price)
+{
+    const nxCsvNumber& number = _row.numbers[slot];
+    if (!number.isGiven) {
+        price.SetNoChange();
+        return true;
+    }
+    product.NotePrice(number);
+    price = nxDecimal::FromMantissa(number.mantissa, number.places);
+    return true;
+}
+
+bool nxFeedReader::_GetLots(const nxFeedProduct& product, unsigned slot, nxVolume& lots)
+{
+    const nxCsvNumber& number = _row.numbers[slot];
+    if (!number.isGiven) {
+        lots.SetNoChange();
+        return true;
+    }
+    unsigned count = 0;
+    if (number.mantissa >= 0 && product.GetLots().GetLots(number.mantissa, number.places, count)) [[likely]] {
+        lots.SetValue(count);
+        return true;
+    }
+    if (number.mantissa < 0)
+        return _Reject(
+            _GetColumnName(slot),
+            "size " + nxDecimal::FromMantissa(number.mantissa, number.places).GetAsString() + " is negative");
+    return _Reject(_GetColumnName(slot),
+                   product.GetLots().GetRefusal(number.mantissa, number.places, product.GetSizePlaces()));
+}
+
+std::string_view nxFeedReader::_GetColumnName(unsigned slot) const
+{
+    return std::ranges::find_if(_csv.GetFormat().columns,
+                                [slot](const nxFeedColumn& column) {
+                                    return column.type == nxFeedColumnType::Number && column.slot == slot;
+                                })
+        ->name;
+}
+
+const nxFeedEvent* nxFeedReader::_NextDepth()
+{
+    if (!_isRowPending && !_NextRow()) return nullptr;
+    _levels.clear();
+    _event.time = _row.time;
+    _event.product = _productIndex;
+    _event.line = _row.line;
+    nxFeedProduct* const product = _product;
+    do {
+        _levels.push_back(_level);
+        _isRowPending = _NextRow();
+    } while (_isRowPending && _row.time == _event.time && _product == product && _levels.size() < MaxLevels);
+    _event.levels = _levels;
+    _event.rows = static_cast<unsigned>(_levels.size());
+    product->CountRows(_kind, _event.rows);
+    return &_event;
+}

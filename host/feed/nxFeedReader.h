@@ -1,0 +1,79 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/feed/nxCsvReader.h"
+#include "host/feed/nxFeedEvent.h"
+#include "host/feed/nxFeedProductTable.h"
+
+/** The events of one file, front to back. Judges what nxCsvReader reads: time does not run backwards, sizes
+   are whole lots and not negative, a bar's high is not below its low. Rows of a depth file that follow each
+   other and have one time and one product are one event, up to MaxLevels of them. Owned by an nxFeed and used
+   by its thread; the product table outlives it. */
+class nxFeedReader
+{
+public:
+    static constexpr unsigned PeekRows = 4096;
+    static constexpr unsigned MaxLevels =
+        65536;  // what keeps memory flat; the next event goes on behind them
+    static constexpr std::size_t MaxKeptErrors = 10;
+
+    /** `index` is the file's place in the order the files were named. A lenient reader counts a bad row,
+       skips it and goes on; the other kind stops there. */
+    nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products, bool isLenient);
+
+    /** Opens the file, reads the header row and looks at the first rows that the buffer holds, PeekRows at
+       most, so that their products, tick sizes and kinds are known before the first event. False: GetError()
+       tells why. */
+    [[nodiscard]] bool Open();
+
+    /** The next event, good until the next call; null at the end and at an error. */
+    [[nodiscard]] const nxFeedEvent* Next();
+
+    /** Set once Next() has answered null because the file cannot be read further, or after a failed Open().
+     */
+    [[nodiscard]] const nxFeedError& GetError() const { return _error; }
+
+    [[nodiscard]] const std::string& GetPath() const { return _path; }
+    [[nodiscard]] nxFeedKind GetKind() const { return _kind; }
+    /** Rows that were read and found good. At the end of a file with only a header, 0. */
+    [[nodiscard]] unsigned long long GetRowCount() const { return _rowCount; }
+    [[nodiscard]] unsigned long long GetBadRowCount() const { return _badRowCount; }
+    /** The first few of a lenient reader's bad rows. */
+    [[nodiscard]] const std::vector<nxFeedError>& GetBadRows() const { return _badRows; }
+    [[nodiscard]] const nxInputStream& GetStream() const { return _csv.GetStream(); }
+
+private:
+    void _Peek();
+    bool _NextRow();
+    bool _Judge();
+    bool _JudgeQuote(nxFeedProduct& product);
+    bool _JudgeLevel(nxFeedProduct& product);
+    bool _JudgeBar(nxFeedProduct& product);
+    bool _Reject(std::string_view column, const std::string& reason);
+    bool _GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& price);
+    bool _GetLots(const nxFeedProduct& product, unsigned slot, nxVolume& lots);
+    std::string_view _GetColumnName(unsigned slot) const;
+    const nxFeedEvent* _NextDepth();
+
+    std::string _path;
+    nxFeedProductTable& _products;
+    bool _isLenient;
+    nxCsvReader _csv;
+    nxFeedKind _kind = nxFeedKind::Quote;
+    nxCsvRow _row;
+    unsigned _productIndex = 0;  // of the row read last
+    nxFeedProduct* _product = nullptr;
+    nxFeedEvent _event;
+    std::vector<nxFeedLevel> _levels;  // behind _event
+    nxFeedLevel _level;                // depth: the row read last
+    bool _isRowPending = false;        // depth: that row belongs to the next event
+    long long _lastTime;               // of the last good row
+    bool _isOver = false;
+    unsigned long long _rowCount = 0;
+    unsigned long long _badRowCount = 0;
+    std::vector<nxFeedError> _badRows;
+    nxFeedError _rejection;
+    nxFeedError _error;
+};

@@ -1,0 +1,74 @@
+#include "host/feed/nxLotScale.h"
+
+#include <algorithm>
+#include <climits>
+#include <numeric>
+
+namespace {
+
+__extension__ typedef unsigned __int128 Wide;
+
+unsigned long long GetPowerOfTen(unsigned exponent)
+{
+    unsigned long long power = 1;
+    while (exponent-- != 0)
+        power *= 10;
+    return power;
+}
+
+}  // namespace
+
+nxLotScale::nxLotScale() : nxLotScale(nxDecimalOne) {}
+
+nxLotScale::nxLotScale(const nxDecimal& lotSize) : _lotSize(lotSize)
+{
+    _lotSize.Normalise(0);
+    const auto size = static_cast<unsigned long long>(_lotSize.GetMantissa());
+    const unsigned sizePlaces = _lotSize.GetDecimalPlaces();
+    for (unsigned places = 0; places < _ratios.size(); ++places) {
+        const unsigned long long up = GetPowerOfTen(sizePlaces - std::min(places, sizePlaces));
+        const unsigned long long down = GetPowerOfTen(places - std::min(places, sizePlaces));
+        const unsigned long long common = std::gcd(up * 1ULL, size);
+        const Wide divisor = static_cast<Wide>(size / common) * down;
+        // No recorded size reaches 2^64 - 1, so where the divisor does not fit only 0 is a whole number of
+        // lots, as it should be.
+        _ratios[places] = {up / common,
+                           divisor > ULLONG_MAX ? ULLONG_MAX : static_cast<unsigned long long>(divisor)};
+    }
+}
+
+bool nxLotScale::_GetLotsSlow(long long mantissa, const _Ratio& ratio, unsigned& lots)
+{
+    const Wide product = static_cast<Wide>(mantissa) * ratio.multiplier;
+    const Wide count = product / ratio.divisor;
+    lots = static_cast<unsigned>(count);
+    return count <= MaxLots && count * ratio.divisor == product;
+}
+
+std::string nxLotScale::GetRefusal(long long mantissa, unsigned char places, unsigned char knownPlaces) const
+{
+    const nxDecimal size = nxDecimal::FromMantissa(mantissa, places);
+    nxDecimal significant = size;
+    significant.Normalise(0);
+    const _Ratio& ratio = _ratios[places];
+    const bool isWhole = static_cast<Wide>(mantissa) * ratio.multiplier % ratio.divisor == 0;
+    std::string reason = "size " + size.GetAsString();
+    reason += isWhole ? " is more than " + std::to_string(MaxLots) + " lots of " + _lotSize.GetAsString()
+                      : " is not a whole number of lots of " + _lotSize.GetAsString();
+
+    // The finest step of the recorded sizes keeps them all whole; a size too large for it needs the coarsest
+    // that it is still a multiple of.
+    unsigned lots = 0;
+    nxDecimal fitting = nxDecimal::FromMantissa(1, std::max(knownPlaces, significant.GetDecimalPlaces()));
+    if (!nxLotScale(fitting).GetLots(mantissa, places, lots)) {
+        fitting = nxDecimal::FromMantissa(1, significant.GetDecimalPlaces());
+        while (fitting.GetMantissa() < LLONG_MAX / 10 && !nxLotScale(fitting).GetLots(mantissa, places, lots))
+            fitting =
+                fitting.GetDecimalPlaces() > 0
+                    ? nxDecimal::FromMantissa(1, static_cast<unsigned char>(fitting.GetDecimalPlaces() - 1))
+                    : nxDecimal::FromMantissa(fitting.GetMantissa() * 10, 0);
+    }
+    const bool fits = nxLotScale(fitting).GetLots(mantissa, places, lots);
+    return reason + (fits ? "; lotSize = " + fitting.GetAsString() + " would fit"
+                          : "; no lot size of a power of ten fits");
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/feed/nxFeedError.h"
+#include "host/feed/nxProductDescription.h"
+
+/** Reads a file of product descriptions, in TOML:
+
+       [[product]]
+       name = "ESZ3"          # the name in the recorded data; the one key that is needed
+       tickSize = 0.25        # numbers may stand as text, too: "0.25"
+       lotSize = 1
+       pointValue = 50
+       currency = "USD"
+       exchange = "CME"
+       description = "E-mini S&P 500, December 2013"
+       tradingHours = "17:00-16:00 America/Chicago"
+       makerFee = 0.25
+       takerFee = 0.25
+
+       [[product.leg]]        # for strategies, once for each leg
+       product = "ESH4"
+       side = "BUY"           # or "SELL"
+       priceRatio = 1
+       tradeRatio = 1
+
+   A number written as a float counts as its shortest text, so 0.01 is exactly that. A key of another name, a
+   value of another type and a name given twice are refused. */
+class nxProductFile
+{
+public:
+    /** Appends to `products`. False: `error` tells why and where, and `products` is left alone. */
+    [[nodiscard]] static bool Read(const std::string& path, std::vector<nxProductDescription>& products,
+                                   nxFeedError& error);
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "host/exchange/nxMarketProduct.h"
+#include "scriptFramework/market/nxAlgoProductObject.h"
+
+// A product of the reference host, one for each job that asked for it: the script's product over the replayed
+// market. Owned by its job. The objects that its events hand to the script live as long as the product, so a
+// script that keeps one reads what the market shows now.
+class nxHostProduct : public nxAlgoProductObject
+{
+public:
+    nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id);
+    // Ends its subscriptions while it is still a host's product, for the job to count.
+    ~nxHostProduct() override;
+
+    const nxMarketProduct& GetMarket() const { return _market; }
+    nxAlgoPriceObject& GetPriceEvent() { return _priceEvent; }
+    nxAlgoMarketDepthObject& GetDepthEvent() { return _depthEvent; }
+    nxAlgoStateObject& GetStateEvent();
+    // Also the rule by which prices of scripts are rounded.
+    void Describe(const nxDecimal& tickSize);
+
+    // Which events the job is to get; counted, since two subscriptions can ask for the same.
+    int wantsPrice = 0;
+    int wantsDepth = 0;
+    int wantsState = 0;
+
+protected:
+    void _GetPriceSnapshot(nxPrice& price) const override { price = _market.GetPrice(); }
+    void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = _market.GetDepth(); }
+    void _GetState(nxProductStateBitMask& state) const override { state = _market.GetState(); }
+
+private:
+    const nxMarketProduct& _market;
+    nxAlgoPriceObject _priceEvent;
+    nxAlgoMarketDepthObject _depthEvent;
+    nxAlgoStateObject _stateEvent;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <chrono>
+#include <ostream>
+
+// One line on a terminal that tells how far a run is: events, percent by bytes read, rate and time left. Draws at
+// most ten times a second, and is erased before anything else is written.
+class nxProgressBar
+{
+public:
+    // Draws nothing unless enabled: a pipe or a file wants no such line.
+    nxProgressBar(std::ostream& out, bool enabled);
+    ~nxProgressBar() { Erase(); }
+    nxProgressBar(const nxProgressBar&) = delete;
+    nxProgressBar& operator=(const nxProgressBar&) = delete;
+
+    // total 0: unknown, as of a pipe.
+    void Update(unsigned long long events, unsigned long long bytes, unsigned long long total);
+    void Erase();
+
+private:
+    std::ostream& _out;
+    bool _enabled;
+    bool _drawn = false;
+    std::chrono::steady_clock::time_point _start = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point _next = _start + std::chrono::milliseconds(300);
+};

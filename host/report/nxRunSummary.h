@@ -1,0 +1,18 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include "host/report/nxRunStatistics.h"
+
+// What a run leaves on the screen at its end.
+class nxRunSummary
+{
+public:
+    // Counts only, so that the same run prints the same bytes.
+    static void WriteCounts(std::ostream& out, const nxRunStatistics& statistics, const std::string& end);
+    // Times, rates and memory of this machine.
+    static void WriteSpeed(std::ostream& err, const nxRunStatistics& statistics);
+    // One failure of the script, with its source line.
+    static void WriteFailure(std::ostream& err, const nxRunStatistics::Failure& failure);
+};

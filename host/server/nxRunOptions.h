@@ -1,0 +1,31 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include "host/feed/nxProductDescription.h"
+
+// What a run is asked to do.
+struct nxRunOptions
+{
+    std::string script;
+    std::vector<std::string> modules;  // Lua files in front of the script, in their order
+    std::vector<std::string> data;
+    std::vector<nxProductDescription> products;
+    double speed = 0.0;  // recorded seconds for each real one; 0: as fast as it can
+    bool lenient = false;
+    bool continueOnError = false;
+    bool showProgress = false;
+    std::size_t memoryLimit = 0;  // bytes the script may hold; 0: no limit
+    // Set from elsewhere, such as a signal handler, to end the run after the current event.
+    const std::atomic<bool>* interrupted = nullptr;
+};
+
+// As the exit status of a process.
+enum class nxRunResult
+{
+    Done = 0,
+    ScriptFailed = 1,
+    InputFailed = 2
+};
