@@ -10,6 +10,9 @@ if(NOT CMAKE_BUILD_TYPE)
 endif()
 
 add_library(nx_options INTERFACE)
+# The archives are position-independent so that a host may put them into a shared library, where nobody replaces
+# their functions.
+target_compile_options(nx_options INTERFACE -fno-semantic-interposition)
 # Fused multiply-add would round differently from machine to machine, and a run repeats to the byte.
 target_compile_options(nx_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)

@@ -1,7 +1,7 @@
 -- Watches the spread of one product over a day: tells when it is unusually wide, and reports each half hour on a
 -- timer, which follows the recorded time.
 
-local WIDE = 6            -- in ticks
+local WIDE = 8            -- in ticks
 local HALF_HOUR = 1800000 -- timers count in milliseconds
 
 local ticks, wide, trades, volume = 0, false, 0, 0

@@ -38,12 +38,12 @@ void Apply(Field& field, const Field& update)
 
 }  // namespace
 
-void nxPrice::GetBestBidPriceAndVolume(nxDecimal& price, nxVolume& volume) const
+void nxPrice::_GetBestBidOfBoth(nxDecimal& price, nxVolume& volume) const
 {
     GetBest({_bidPrice, _bidVolume}, {_impliedBidPrice, _impliedBidVolume}, std::greater<>(), price, volume);
 }
 
-void nxPrice::GetBestAskPriceAndVolume(nxDecimal& price, nxVolume& volume) const
+void nxPrice::_GetBestAskOfBoth(nxDecimal& price, nxVolume& volume) const
 {
     GetBest({_askPrice, _askVolume}, {_impliedAskPrice, _impliedAskVolume}, std::less<>(), price, volume);
 }

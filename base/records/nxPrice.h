@@ -14,8 +14,22 @@ public:
     /** The better of the direct and the implied quote. On equal prices the volumes add up, to at most the
        greatest volume that is not a mark. A side that is not valid gives way to the other; with neither, both
        results are null. */
-    void GetBestBidPriceAndVolume(nxDecimal& price, nxVolume& volume) const;
-    void GetBestAskPriceAndVolume(nxDecimal& price, nxVolume& volume) const;
+    void GetBestBidPriceAndVolume(nxDecimal& price, nxVolume& volume) const
+    {
+        if (_impliedBidPrice.IsValid()) {
+            _GetBestBidOfBoth(price, volume);
+        } else {
+            _GetDirect(_bidPrice, _bidVolume, price, volume);
+        }
+    }
+    void GetBestAskPriceAndVolume(nxDecimal& price, nxVolume& volume) const
+    {
+        if (_impliedAskPrice.IsValid()) {
+            _GetBestAskOfBoth(price, volume);
+        } else {
+            _GetDirect(_askPrice, _askVolume, price, volume);
+        }
+    }
 
     /** Takes over every field of `update` that is not at no-change; a null overwrites. */
     void ApplyUpdate(const nxPrice& update);
@@ -69,6 +83,16 @@ public:
     void SetTheoretical2Price(const nxDecimal& value) { _theoretical2Price = value; }
 
 private:
+    static void _GetDirect(const nxDecimal& directPrice, const nxVolume& directVolume, nxDecimal& price,
+                           nxVolume& volume)
+    {
+        const bool hasPrice = directPrice.IsValid();
+        price = hasPrice ? directPrice : nxDecimal();
+        volume = hasPrice ? directVolume : nxVolume();
+    }
+    void _GetBestBidOfBoth(nxDecimal& price, nxVolume& volume) const;
+    void _GetBestAskOfBoth(nxDecimal& price, nxVolume& volume) const;
+
     nxDecimal _bidPrice;
     nxVolume _bidVolume;
     nxDecimal _askPrice;

@@ -48,6 +48,8 @@ void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
     if (!quote.IsTrade()) return;
     _price.SetLastPriceBuySellIndicator(quote.side);
     _update.SetLastPriceBuySellIndicator(quote.side);
+    // A trade at the price of the one before is one all the same.
+    _update.SetLastPrice(_price.GetLastPrice());
     _AddTrade(_price.GetLastPrice(), quote.lastVolume, time);
 }
 
@@ -55,7 +57,7 @@ void nxMarketProduct::_BeginDay(long long time)
 {
     const long long day = FloorDay(time);
     if (day == _day) return;
-    const nxDecimal previousClose = _day == -1 ? nxDecimal() : _price.GetClosePrice();
+    const nxDecimal previousClose = _day ? _price.GetClosePrice() : nxDecimal();
     _day = day;
     for (nxPrice* record : {&_price, &_update}) {
         record->SetPreviousClosePrice(previousClose);
@@ -78,7 +80,7 @@ void nxMarketProduct::_AddVolume(const nxVolume& volume)
 void nxMarketProduct::_AddTrade(const nxDecimal& price, const nxVolume& volume, long long time)
 {
     if (!price.IsValid()) return;
-    const long long before = _day;
+    const std::optional<long long> before = _day;
     _BeginDay(time);
     const bool first = before != _day || !_price.GetOpenPrice().IsValid();
     for (nxPrice* record : {&_price, &_update}) {
@@ -137,9 +139,11 @@ bool nxMarketProduct::QuoteFromDepth()
     const bool hasBid = !bids.empty();
     const bool hasAsk = !asks.empty();
     set(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, hasBid ? bids.rbegin()->first : nxDecimal());
-    set(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume, hasBid ? nxVolume(bids.rbegin()->second.volume) : nxVolume());
+    set(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume,
+        hasBid ? nxVolume(bids.rbegin()->second.volume) : nxVolume());
     set(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, hasAsk ? asks.begin()->first : nxDecimal());
-    set(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume, hasAsk ? nxVolume(asks.begin()->second.volume) : nxVolume());
+    set(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume,
+        hasAsk ? nxVolume(asks.begin()->second.volume) : nxVolume());
     return changed;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+#include <span>
 #include <string>
 
 #include "base/enums/nxBitMasks.h"
@@ -7,12 +9,13 @@
 #include "base/records/nxPrice.h"
 #include "host/feed/nxFeedEvent.h"
 
-// What the replayed market of one product looks like now: its price, the change that the latest event brought,
-// its book and its state. Owned by the server, one for all jobs; changed on the replay's thread between
-// callbacks only, so views may point into it.
+// What the replayed market of one product looks like now: its price, the change that the latest event
+// brought, its book and its state. Owned by the server, one for all jobs; changed on the replay's thread
+// between callbacks only, so views may point into it.
 //
-// The daily figures come from the trades replayed: open, high, low and total volume of the UTC day of the latest
-// trade, previous close the last trade of the day before. A bar sets open, high, low, close and last to its own.
+// The daily figures come from the trades replayed: open, high, low and total volume of the UTC day of the
+// latest trade, previous close the last trade of the day before. A bar sets open, high, low, close and last
+// to its own.
 class nxMarketProduct
 {
 public:
@@ -46,5 +49,5 @@ private:
     nxPrice _update;  // no-change in every field the latest event left alone
     nxMarketDepth _depth;
     nxProductStateBitMask _state;
-    long long _day = -1;  // since 1970, of the latest trade; -1 before any
+    std::optional<long long> _day;  // since 1970, of the latest trade
 };

@@ -62,6 +62,15 @@ unsigned GetDigit(char c)
     return static_cast<unsigned char>(c - '0');
 }
 
+// Zeros in front of the first digit that counts.
+std::size_t CountZeros(const char* text)
+{
+    std::size_t count = 0;
+    for (; *text == '0' || *text == '.'; ++text)
+        count += *text == '0' ? 1 : 0;
+    return count;
+}
+
 // Reads a cell's number; returns where the cell ends, or null when it is none.
 const char* ReadNumber(const char* text, nxCsvNumber& number)
 {
@@ -84,7 +93,9 @@ const char* ReadNumber(const char* text, nxCsvNumber& number)
         if (places == 0) return nullptr;
         digits += places;
     }
-    if (digits > MaxDigits || !IsCellEnd(text)) return nullptr;
+    if (!IsCellEnd(text) ||
+        (digits > MaxDigits && (places > MaxDigits || digits - CountZeros(first) > MaxDigits)))
+        return nullptr;
     number.mantissa = isNegative ? -static_cast<long long>(sum) : static_cast<long long>(sum);
     number.places = static_cast<unsigned char>(places);
     number.isGiven = true;
@@ -291,7 +302,7 @@ nxCsvReader::Result nxCsvReader::_ReadRow(nxCsvRow& row)
         ++text;
     }
     if (*text == '\r') ++text;
-    if (*text != '\n') return _Refuse(text, _GetCountReason(count + 1));
+    if (*text != '\n') return _Refuse(text + 1, _GetCountReason(count + 1));
     _cursor = text + 1;
     return Result::Row;
 }

@@ -9,11 +9,11 @@
 #include "host/feed/nxFeedError.h"
 #include "host/feed/nxInputStream.h"
 
-// The rows of one file of recorded data, front to back, through a buffer of fixed size that always holds
-// whole lines. The header row tells the columns. A byte order mark, CRLF, blank lines and a last line without
-// its end are taken as they come; product names may stand in quotes. Reading a row allocates nothing once the
-// buffer stands. Owned by one nxFeedReader and used by one thread. Nothing here throws but for want of
-// memory.
+/** The rows of one file of recorded data, front to back, through a buffer of fixed size that always holds
+   whole lines. The header row tells the columns. A byte order mark, CRLF, blank lines and a last line without
+   its end are taken as they come; product names may stand in quotes. Reading a row allocates nothing once the
+   buffer stands. Owned by one nxFeedReader and used by one thread. Nothing here throws but for want of
+   memory. */
 class nxCsvReader
 {
 public:
@@ -26,22 +26,22 @@ public:
 
     explicit nxCsvReader(std::string path);
 
-    // Opens the file and reads the header row. False: GetError() tells why.
+    /** Opens the file and reads the header row. False: GetError() tells why. */
     [[nodiscard]] bool Open();
 
     [[nodiscard]] Result Next(nxCsvRow& row);
 
-    // Looking ahead: from Mark() to Rewind() rows come out of what the buffer holds already, and Next()
-    // answers End behind them; after Rewind() the same rows come again. Nothing is read from the file in
-    // between.
+    /** Looking ahead: from Mark() to Rewind() rows come out of what the buffer holds already, and Next()
+       answers End behind them; after Rewind() the same rows come again. Nothing is read from the file in
+       between. */
     void Mark();
     void Rewind();
 
     [[nodiscard]] const nxFeedFormat& GetFormat() const { return *_format; }
     [[nodiscard]] const nxFeedError& GetError() const { return _error; }
 
-    // An error about the row read last: the place is that of the cell in the column of that name, or of the
-    // row if it has no such column.
+    /** An error about the row read last: the place is that of the cell in the column of that name, or of the
+       row if it has no such column. */
     [[nodiscard]] nxFeedError MakeError(std::string_view column, const std::string& reason) const;
 
     [[nodiscard]] const nxInputStream& GetStream() const { return _stream; }
@@ -61,8 +61,8 @@ private:
     nxInputStream _stream;
     const nxFeedFormat* _format = nullptr;
     std::vector<nxFeedColumn> _columns;  // in the order of the file
-    // Bytes behind _linesEnd are the beginning of a line whose rest is still to come; a few bytes beyond the
-    // size let the number reader look at eight bytes at a time.
+    /** Bytes behind _linesEnd are the beginning of a line whose rest is still to come; a few bytes beyond the
+       size let the number reader look at eight bytes at a time. */
     std::unique_ptr<char[]> _buffer;
     const char* _cursor = nullptr;
     const char* _linesEnd = nullptr;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-// Why recorded data could not be read, and where. A value; an empty reason means that nothing went wrong.
+/** Why recorded data could not be read, and where. A value; an empty reason means that nothing went wrong. */
 struct nxFeedError
 {
     std::string file;
@@ -12,6 +12,6 @@ struct nxFeedError
 
     [[nodiscard]] bool IsSet() const { return !reason.empty(); }
 
-    // "FILE:LINE:COLUMN: reason", without the places that are unknown.
+    /** "FILE:LINE:COLUMN: reason", without the places that are unknown. */
     [[nodiscard]] std::string GetText() const;
 };

@@ -31,8 +31,8 @@ public:
     /** The next event, good until the next call; null at the end and at an error. */
     [[nodiscard]] const nxFeedEvent* Next();
 
-    /** Set once Next() has answered null because the file cannot be read further, or after a failed Open().
-     */
+    /** Why Next() answered null before the end of the file, or why Open() failed. A depth file's error may
+       stand here while the event before it is still to be used. */
     [[nodiscard]] const nxFeedError& GetError() const { return _error; }
 
     [[nodiscard]] const std::string& GetPath() const { return _path; }

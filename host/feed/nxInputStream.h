@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-// The bytes of one recording, front to back: a plain file, a .gz or a .zst. Which one it is, its first bytes
-// tell, not its name; several compressed parts in a row read as one. "-" is standard input. The file is read
-// through a buffer of fixed size and never mapped, so resident memory stays flat whatever its length. Owned
-// by one reader and used by one thread. Nothing here throws.
+/** The bytes of one recording, front to back: a plain file, a .gz or a .zst. Which one it is, its first bytes
+   tell, not its name; several compressed parts in a row read as one. "-" is standard input. The file is read
+   through a buffer of fixed size and never mapped, so resident memory stays flat whatever its length. Owned
+   by one reader and used by one thread. Nothing here throws. */
 class nxInputStream
 {
 public:
@@ -17,16 +17,17 @@ public:
     nxInputStream(const nxInputStream&) = delete;
     nxInputStream& operator=(const nxInputStream&) = delete;
 
-    // False: GetFailure() tells why.
+    /** False: GetFailure() tells why. */
     [[nodiscard]] bool Open(const std::string& path);
 
-    // The count of bytes put at `to`, at most `size`; 0 at the end; -1 on a failure, also when compressed
-    // data stops before its end. What came before the failure has been handed out by then.
+    /** The count of bytes put at `to`, at most `size`; 0 at the end; -1 on a failure, also when compressed
+       data stops before its end. What came before the failure has been handed out by then. */
     [[nodiscard]] long long Read(char* to, std::size_t size);
 
     [[nodiscard]] const std::string& GetFailure() const { return _failure; }
 
-    // Bytes of the file as it lies on the disk, for a percentage. The total is 0 when it is unknown (a pipe).
+    /** Bytes of the file as it lies on the disk, for a percentage. The total is 0 when it is unknown (a
+     * pipe). */
     [[nodiscard]] unsigned long long GetBytesConsumed() const
     {
         return _bytesRead - (_inputEnd - _inputBegin);

@@ -111,14 +111,16 @@ bool nxMarketGenerator::_Check()
 bool nxMarketGenerator::_SetStartTicks()
 {
     nxDecimal price = _options.startPrice;
-    nxDecimal& tick = _options.tickSize;
+    nxDecimal tick = _options.tickSize;
     price.Normalise(0);
     if (price.GetDecimalPlaces() > tick.GetDecimalPlaces()) tick.Normalise(price.GetDecimalPlaces());
     price.Normalise(tick.GetDecimalPlaces());
     if (price.GetDecimalPlaces() != tick.GetDecimalPlaces() || price.GetMantissa() > LargestPrice)
         return false;
     _startTicks = price.GetMantissa() / tick.GetMantissa();
-    return _startTicks >= LeastPrice && price.GetMantissa() % tick.GetMantissa() == 0;
+    if (_startTicks < LeastPrice || price.GetMantissa() % tick.GetMantissa() != 0) return false;
+    _options.tickSize = tick;
+    return true;
 }
 
 // Each level with about the orders that it holds in the long run: as many as arrive in the mean life of one.

@@ -1,12 +1,17 @@
 #include "host/jobs/nxScriptSource.h"
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <sstream>
+#include <string_view>
 
 namespace {
+
+// How the engine names the assembled text, and the library's own.
+constexpr std::string_view TextName = "[string \"--...\"]:";
+constexpr std::string_view PreludeName = "[string \"-- What every script finds ready";
 
 std::string_view WithoutIndentation(std::string_view line)
 {
@@ -33,7 +38,8 @@ std::optional<std::string> nxScriptSource::Add(const std::string& path)
         if (file.lines.empty() && line.starts_with('#')) line.clear();
         file.lines.push_back(std::move(line));
     }
-    for (const std::string& line : file.lines) _text += line + '\n';
+    for (const std::string& line : file.lines)
+        _text += line + '\n';
     _lineCount += static_cast<unsigned int>(file.lines.size());
     _files.push_back(std::move(file));
     return std::nullopt;
@@ -53,20 +59,53 @@ nxScriptHelper nxScriptSource::GetHelper() const
     return helper;
 }
 
+// Two of the compiler's messages name a second line, where something was opened, and the engine leaves it as
+// a line of the assembled text.
+std::string nxScriptSource::_TellOpeningLine(std::string message, const File& file) const
+{
+    for (const std::string_view mark : {" expected (to close '", "function at line "}) {
+        if (message.find(mark) == std::string::npos) continue;
+        constexpr std::string_view words = "at line ";
+        const std::size_t begin = message.find(words, message.find(mark)) + words.size();
+        unsigned int line = 0;
+        const char* const text = message.data();
+        const auto [end, error] = std::from_chars(text + begin, text + message.size(), line);
+        const auto opening = std::find_if(_files.rbegin(), _files.rend(), [line](const File& candidate) {
+            return candidate.firstLine <= line;
+        });
+        if (error != std::errc() || opening == _files.rend()) continue;
+        std::string place = std::to_string(line - opening->firstLine + 1);
+        if (opening->path != file.path) place += " of " + opening->path;
+        message.replace(begin, static_cast<std::size_t>(end - text) - begin, place);
+        break;
+    }
+    return message;
+}
+
 nxScriptSource::Failure nxScriptSource::Explain(const std::string& errorText) const
 {
-    // [string "..."]:LINE:FILE: message
-    for (const File& file : _files) {
-        const std::string tail = ":" + file.path + ":";
-        const std::size_t name = errorText.find(tail);
-        if (name == std::string::npos || !errorText.starts_with('[')) continue;
-        const std::size_t digits = errorText.rfind(':', name - 1) + 1;
-        unsigned int line = 0;
-        const char* end = errorText.data() + name;
-        if (std::from_chars(errorText.data() + digits, end, line).ptr != end || line == 0) continue;
-        Location location{file.path, line, {}};
-        if (line <= file.lines.size()) location.text = WithoutIndentation(file.lines[line - 1]);
-        return {file.path + ":" + std::to_string(line) + ":" + errorText.substr(name + tail.size()), location};
+    // [string "NAME"]:LINE:FILE: message, with FILE where the assembled text has such a line
+    const std::size_t line = errorText.find("\"]:") + 3;
+    if (!errorText.starts_with("[string \"") || line < 3) return {errorText, std::nullopt};
+    unsigned int number = 0;
+    const char* const end = errorText.data() + errorText.size();
+    const auto [rest, error] = std::from_chars(errorText.data() + line, end, number);
+    if (error != std::errc() || number == 0) return {errorText, std::nullopt};
+
+    const std::string_view tail(rest, end);
+    const auto isNamed = [&](const File& file) { return tail.starts_with(":" + file.path + ":"); };
+    const auto file = std::ranges::find_if(_files, isNamed);
+    if (errorText.starts_with(TextName)) {
+        if (file == _files.end()) return {errorText, std::nullopt};
+        Location location{file->path, number, {}};
+        if (number <= file->lines.size()) location.text = WithoutIndentation(file->lines[number - 1]);
+        const std::string message = _TellOpeningLine(std::string(tail.substr(file->path.size() + 1)), *file);
+        return {file->path + ":" + std::to_string(number) + message, std::move(location)};
     }
-    return {errorText, std::nullopt};
+    // The line is one of another text, which the engine takes for one of the assembled text all the same.
+    const bool isMapped = file != _files.end();
+    const std::string place = std::to_string(isMapped ? number + file->firstLine - 1 : number);
+    const std::string_view message = isMapped ? tail.substr(file->path.size() + 1) : tail;
+    const std::string name = errorText.starts_with(PreludeName) ? "prelude.lua:" : errorText.substr(0, line);
+    return {name + place + std::string(message), std::nullopt};
 }

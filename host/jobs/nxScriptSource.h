@@ -19,7 +19,9 @@ public:
     };
     struct Failure
     {
-        std::string message;  // "FILE:LINE: what went wrong", or what the engine said when no line is known
+        // "FILE:LINE: what went wrong"; of the script's helpers that the library supplies, "prelude.lua:LINE:
+        // ..."; what the engine said when no line is known.
+        std::string message;
         std::optional<Location> location;
     };
 
@@ -39,9 +41,12 @@ private:
         unsigned int firstLine;  // of the assembled text
     };
 
+    std::string _TellOpeningLine(std::string message, const File& file) const;
+
     std::vector<File> _files;
-    // The engine names a text by its first line; a bare comment there keeps the script's own words, brackets and
-    // colons among them, out of its messages.
+    // The engine names a text by its first line; a bare comment there keeps the script's own words, brackets
+    // and colons among them, out of its messages, and tells it from other texts such as the library's
+    // prelude.
     std::string _text = "--\n";
     unsigned int _lineCount = 1;
 };

@@ -1,22 +1,14 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/jobs/nxScriptSource.h"
 
 // The callbacks that the reference host delivers, in the order of the report.
-enum class nxCallback
-{
-    OnInit,
-    OnPrice,
-    OnMarketDepth,
-    OnProductState,
-    OnTimer,
-    OnShutdown,
-    Count
-};
+enum class nxCallback { OnInit, OnPrice, OnMarketDepth, OnProductState, OnTimer, OnShutdown, Count };
 
 inline constexpr std::array<const char*, static_cast<std::size_t>(nxCallback::Count)> nxCallbackNames = {
     "OnInit", "OnPrice", "OnMarketDepth", "OnProductState", "OnTimer", "OnShutdown"};
@@ -35,8 +27,8 @@ struct nxRunStatistics
     struct Failure
     {
         nxScriptSource::Failure what;
-        nxCallback callback;
-        long long firstTime;  // recorded, in nanoseconds since 1970
+        std::optional<nxCallback> callback;  // none: while the script was loaded
+        long long firstTime;                 // recorded, in nanoseconds since 1970
         unsigned long long count;
     };
 
@@ -55,7 +47,10 @@ struct nxRunStatistics
     long long wallNanoseconds = 0;
 
     Callback& operator[](nxCallback callback) { return callbacks[static_cast<std::size_t>(callback)]; }
-    const Callback& operator[](nxCallback callback) const { return callbacks[static_cast<std::size_t>(callback)]; }
+    const Callback& operator[](nxCallback callback) const
+    {
+        return callbacks[static_cast<std::size_t>(callback)];
+    }
     unsigned long long GetEventCount() const { return quotes + trades + depthChanges + bars + timers; }
     unsigned long long GetDeliveredCount() const
     {

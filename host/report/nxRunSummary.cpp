@@ -10,7 +10,8 @@ namespace {
 std::string GroupThousands(unsigned long long number)
 {
     std::string text = std::to_string(number);
-    for (std::size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, ",");
+    for (std::size_t place = text.size(); place > 3; place -= 3)
+        text.insert(place - 3, ",");
     return text;
 }
 
@@ -24,6 +25,12 @@ std::string Stamp(long long time)
     return nxTimeStamp::FromNanoseconds(time).GetAsString();
 }
 
+std::string GetPlace(const nxRunStatistics::Failure& failure)
+{
+    if (!failure.callback) return "while the script was loaded";
+    return std::string("in ") + nxCallbackNames[static_cast<std::size_t>(*failure.callback)];
+}
+
 std::string JoinEvents(const nxRunStatistics& statistics)
 {
     std::string text;
@@ -33,10 +40,10 @@ std::string JoinEvents(const nxRunStatistics& statistics)
     add(statistics.quotes, "quote", "quotes");
     add(statistics.trades, "trade", "trades");
     add(statistics.depthChanges, "depth change", "depth changes");
-    add(statistics.bars, "bar", "bars");
-    add(statistics.timers, "timer", "timers");
     if (statistics.depthRows != statistics.depthChanges)
         text += " (from " + Count(statistics.depthRows, "depth row)", "depth rows)");
+    add(statistics.bars, "bar", "bars");
+    add(statistics.timers, "timer", "timers");
     return text.empty() ? "none" : text;
 }
 
@@ -46,7 +53,7 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
 {
     out << "--- summary\n";
     out << "end         " << end << "\n";
-    if (statistics.GetEventCount() != 0)
+    if (statistics.GetEventCount() != statistics.timers)
         out << "recorded    " << Stamp(statistics.firstTime) << " to " << Stamp(statistics.lastTime) << "\n";
     out << "events      " << JoinEvents(statistics) << "\n";
     const char* label = "callbacks   ";
@@ -58,10 +65,14 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
         out << "\n";
         label = "            ";
     }
-    for (const nxRunStatistics::Failure& failure : statistics.failures)
-        out << "failure     " << failure.what.message << " (in " << nxCallbackNames[static_cast<std::size_t>(failure.callback)]
-            << ", " << Count(failure.count, "time", "times") << ", first at " << Stamp(failure.firstTime) << ")\n";
-    for (const std::string& remark : statistics.remarks) out << "data        " << remark << "\n";
+    for (const nxRunStatistics::Failure& failure : statistics.failures) {
+        out << "failure     " << failure.what.message << " (" << GetPlace(failure);
+        if (failure.callback)
+            out << ", " << Count(failure.count, "time", "times") << ", first at " << Stamp(failure.firstTime);
+        out << ")\n";
+    }
+    for (const std::string& remark : statistics.remarks)
+        out << "data        " << remark << "\n";
     if (!statistics.nothingDelivered.empty()) out << "no events   " << statistics.nothingDelivered << "\n";
 }
 
@@ -71,17 +82,19 @@ void nxRunSummary::WriteSpeed(std::ostream& err, const nxRunStatistics& statisti
     const unsigned long long events = statistics.GetEventCount();
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    err << fmt::format("--- speed\nrun         {:.3f} s, {} events per second, peak memory {:.1f} MiB\n", seconds,
-                       seconds > 0 ? GroupThousands(static_cast<unsigned long long>(static_cast<double>(events) / seconds))
-                                   : "-",
-                       static_cast<double>(usage.ru_maxrss) / 1024.0);
+    err << fmt::format(
+        "--- speed\nrun         {:.3f} s, {} events per second, peak memory {:.1f} MiB\n", seconds,
+        seconds > 0 ? GroupThousands(static_cast<unsigned long long>(static_cast<double>(events) / seconds))
+                    : "-",
+        static_cast<double>(usage.ru_maxrss) / 1024.0);
     const char* label = "script      ";
     for (std::size_t i = 0; i < nxCallbackNames.size(); ++i) {
         const nxRunStatistics::Callback& callback = statistics.callbacks[i];
         if (!callback.defined || callback.count == 0) continue;
-        err << label << fmt::format("{:<16}{:>10.3f} s {:>10.0f} ns each\n", nxCallbackNames[i],
-                                    static_cast<double>(callback.nanoseconds) * 1e-9,
-                                    static_cast<double>(callback.nanoseconds) / static_cast<double>(callback.count));
+        err << label
+            << fmt::format("{:<16}{:>10.3f} s {:>10.0f} ns each\n", nxCallbackNames[i],
+                           static_cast<double>(callback.nanoseconds) * 1e-9,
+                           static_cast<double>(callback.nanoseconds) / static_cast<double>(callback.count));
         label = "            ";
     }
 }
@@ -91,6 +104,7 @@ void nxRunSummary::WriteFailure(std::ostream& err, const nxRunStatistics::Failur
     err << failure.what.message << "\n";
     if (failure.what.location && !failure.what.location->text.empty())
         err << fmt::format("{:>6} | {}\n", failure.what.location->line, failure.what.location->text);
-    err << "       in " << nxCallbackNames[static_cast<std::size_t>(failure.callback)] << " at "
-        << Stamp(failure.firstTime) << "\n";
+    err << "       " << GetPlace(failure);
+    if (failure.callback) err << " at " << Stamp(failure.firstTime);
+    err << "\n";
 }

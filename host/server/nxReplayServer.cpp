@@ -1,5 +1,7 @@
 #include "host/server/nxReplayServer.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <string_view>
 #include <thread>
@@ -15,6 +17,11 @@ long long FloorSecond(long long time)
 {
     const long long rest = time % NanosecondsPerSecond;
     return time - (rest < 0 ? rest + NanosecondsPerSecond : rest);
+}
+
+bool HasRows(const nxFeedProduct& product)
+{
+    return product.Has(nxFeedKind::Quote) || product.Has(nxFeedKind::Depth) || product.Has(nxFeedKind::Bar);
 }
 
 }  // namespace
@@ -43,7 +50,8 @@ nxRunResult nxReplayServer::Run()
         if (_StartJob()) _Replay();
         _Finish();
     }
-    _statistics.wallNanoseconds = std::chrono::nanoseconds(std::chrono::steady_clock::now() - _wallStart).count();
+    _statistics.wallNanoseconds =
+        std::chrono::nanoseconds(std::chrono::steady_clock::now() - _wallStart).count();
     _WriteSummary();
     _job.reset();
     return _result;
@@ -73,7 +81,7 @@ bool nxReplayServer::_LoadScript()
     object.SetMemoryLimit(_options.memoryLimit);
     object.SetScriptHelper(_source.GetHelper());
     if (object.LoadScript(_source.GetText()).IsSuccess()) return true;
-    _NoteFailure(nxCallback::OnInit, object.GetErrorText());
+    _NoteFailure(std::nullopt, object.GetErrorText());
     _end = "the script could not be loaded";
     return false;
 }
@@ -113,7 +121,7 @@ void nxReplayServer::_Replay()
     _statistics.firstTime = _next == nullptr ? 0 : _next->time;
     constexpr unsigned int progressInterval = 4096;
     unsigned int untilProgress = progressInterval;
-    for (; _next != nullptr && !_IsEnding(); _next = _feed.Next()) {
+    while (_next != nullptr) {
         _RunTimers(_next->time);
         if (_IsEnding()) break;
         _WaitFor(_next->time);
@@ -123,13 +131,18 @@ void nxReplayServer::_Replay()
             untilProgress = progressInterval;
             _progress.Update(_statistics.GetEventCount(), _feed.GetBytesConsumed(), _feed.GetBytesTotal());
         }
+        // What stands behind the event that ended the run is nobody's business, bad rows included.
+        if (_IsEnding()) break;
+        _next = _feed.Next();
     }
     _progress.Erase();
 }
 
 void nxReplayServer::_Finish()
 {
-    if (_shutdown) {
+    if (_failed) {
+        if (_end.empty()) _end = "a callback failed";
+    } else if (_shutdown) {
         _end = "the script shut down";
     } else if (_options.interrupted != nullptr && _options.interrupted->load()) {
         _end = "interrupted";
@@ -137,15 +150,16 @@ void nxReplayServer::_Finish()
         _err << _feed.GetError().GetText() << "\n";
         _end = "bad data: " + _feed.GetError().GetText();
         _result = nxRunResult::InputFailed;
-    } else if (_end.empty() && _failed) {
-        _end = "a callback failed";
     } else if (_end.empty()) {
         _end = "the data ended";
-        for (const auto& market : _markets)
-            if (market != nullptr) _SetState(*market, nxAlgoStateObject::Closed);
+        // By index: a script may ask for one more product while it hears of this.
+        for (std::size_t i = 0; i < _markets.size(); ++i)
+            if (_markets[i] != nullptr) _SetState(*_markets[i], nxAlgoStateObject::Closed);
     }
-    if (_statistics[nxCallback::OnInit].count != 0)
+    if (_statistics[nxCallback::OnInit].count != 0) {
+        if (_statistics.GetDeliveredCount() == 0) _statistics.nothingDelivered = _ExplainNothing();
         _Call(nxCallback::OnShutdown, *_job, &nxAlgoJobObject::OnShutdown);
+    }
     _job->GetObject().StopJob();
 }
 
@@ -167,7 +181,8 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
     const nxFeedProduct& known = _feed.GetProducts().Get(event.product);
     if (known.GetTickSize() != market.tickSize) {
         market.tickSize = known.GetTickSize();
-        for (const auto& [job, product] : market.subscribers) product->Describe(market.tickSize);
+        for (const auto& [job, product] : market.subscribers)
+            product->Describe(market.tickSize);
     }
     _SetState(market, nxAlgoStateObject::Open);
     switch (event.kind) {
@@ -187,7 +202,8 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             market.product.ApplyDepth(event.levels);
             _DeliverDepth(market);
             // A product with quotes of its own has its prices from there.
-            if (!known.Has(nxFeedKind::Quote) && !known.Has(nxFeedKind::Bar) && market.product.QuoteFromDepth())
+            if (!known.Has(nxFeedKind::Quote) && !known.Has(nxFeedKind::Bar) &&
+                market.product.QuoteFromDepth())
                 _DeliverPrice(market);
             break;
     }
@@ -209,7 +225,12 @@ template <class Entry, class... Arguments>
 void nxReplayServer::_Call(nxCallback callback, nxHostJob& job, Entry entry, Arguments&... arguments)
 {
     nxRunStatistics::Callback& counted = _statistics[callback];
-    if (!counted.defined) return;
+    if (!counted.defined) {
+        // A script may define a callback later, from inside another one.
+        counted.defined =
+            job.GetObject().IsFunctionDefined(nxCallbackNames[static_cast<std::size_t>(callback)]);
+        if (!counted.defined) return;
+    }
     const auto start = std::chrono::steady_clock::now();
     const nxErrorEnum error = (job.GetObject().*entry)(arguments...);
     counted.nanoseconds += std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
@@ -219,11 +240,14 @@ void nxReplayServer::_Call(nxCallback callback, nxHostJob& job, Entry entry, Arg
     _NoteFailure(callback, job.GetObject().GetErrorText());
 }
 
-void nxReplayServer::_NoteFailure(nxCallback callback, const std::string& errorText)
+void nxReplayServer::_NoteFailure(std::optional<nxCallback> callback, const std::string& errorText)
 {
-    _result = nxRunResult::ScriptFailed;
+    if (_result == nxRunResult::Done) _result = nxRunResult::ScriptFailed;
     if (!_options.continueOnError) _failed = true;
     nxScriptSource::Failure what = _source.Explain(errorText);
+    if (_options.memoryLimit != 0 && what.message.ends_with("not enough memory"))
+        what.message += fmt::format("; the script may hold {:.3g} MiB",
+                                    static_cast<double>(_options.memoryLimit) / (1 << 20));
     for (nxRunStatistics::Failure& known : _statistics.failures) {
         if (known.callback != callback || known.what.message != what.message) continue;
         ++known.count;
@@ -262,7 +286,8 @@ void nxReplayServer::_SetState(Market& market, unsigned int bits)
     for (std::size_t i = 0; i < market.subscribers.size() && !_IsEnding(); ++i) {
         const auto [job, product] = market.subscribers[i];
         if (product->wantsState > 0)
-            _Call(nxCallback::OnProductState, *job, &nxAlgoJobObject::OnProductState, product->GetStateEvent());
+            _Call(nxCallback::OnProductState, *job, &nxAlgoJobObject::OnProductState,
+                  product->GetStateEvent());
     }
 }
 
@@ -283,23 +308,23 @@ void nxReplayServer::_WaitFor(long long time)
 void nxReplayServer::_WriteSummary()
 {
     _statistics.remarks = _feed.GetRemarks();
-    if (_statistics[nxCallback::OnInit].count != 0 && _statistics.GetDeliveredCount() == 0)
-        _statistics.nothingDelivered = _ExplainNothing();
     nxRunSummary::WriteCounts(_out, _statistics, _end);
     _out.flush();
     nxRunSummary::WriteSpeed(_err, _statistics);
 }
 
+// The products that the data holds rows of, the first few by name.
 std::string nxReplayServer::_GetNames() const
 {
+    constexpr unsigned int mostNamed = 20;
     std::string names;
+    unsigned int count = 0;
     const nxFeedProductTable& products = _feed.GetProducts();
     for (unsigned int i = 0; i < products.GetCount(); ++i) {
-        const nxFeedProduct& product = products.Get(i);
-        if (product.Has(nxFeedKind::Quote) || product.Has(nxFeedKind::Depth) || product.Has(nxFeedKind::Bar))
-            names += (names.empty() ? "" : ", ") + product.GetName();
+        if (!HasRows(products.Get(i)) || ++count > mostNamed) continue;
+        names += (names.empty() ? "" : ", ") + products.Get(i).GetName();
     }
-    return names;
+    return count <= mostNamed ? names : names + " and " + std::to_string(count - mostNamed) + " more";
 }
 
 std::string nxReplayServer::_ExplainNothing() const
@@ -307,15 +332,36 @@ std::string nxReplayServer::_ExplainNothing() const
     const std::string names = _GetNames();
     if (names.empty()) return "the data holds no rows";
     if (!_unknownProduct.empty())
-        return "the script asked for product " + _unknownProduct + ", which is not in the data; it holds " + names;
+        return "the script asked for product " + _unknownProduct + ", which is not in the data; it holds " +
+               names;
+    // A script that was ended early may have had its reasons; the summary tells how it ended.
+    if (_IsEnding()) return {};
     if (_job->GetProducts().empty()) return "the script asked for no product; the data holds " + names;
     if (!_job->HasSubscribed())
-        return "the script subscribed to nothing: call subscribePrice() or subscribeMarketDepth() of a product";
+        return "the script subscribed to nothing: call subscribePrice() or subscribeMarketDepth() of a "
+               "product";
+    std::string reason;
     for (const auto& [name, product] : _job->GetProducts()) {
-        const bool known = names.find(name) != std::string::npos;
-        if (!known) return "the data holds nothing of product " + name + "; it holds " + names;
+        if (!reason.empty()) break;
+        const nxFeedProduct* known = _feed.GetProducts().Find(name);
+        const auto lacks = [&](nxCallback callback, int wanted) {
+            return wanted > 0 && !_statistics[callback].defined;
+        };
+        if (known == nullptr || !HasRows(*known)) {
+            reason = "the data holds nothing of product " + name + "; it holds " + names;
+        } else if (lacks(nxCallback::OnPrice, product->wantsPrice)) {
+            reason = "the script subscribed to the prices of " + name + " but defines no function OnPrice";
+        } else if (lacks(nxCallback::OnMarketDepth, product->wantsDepth)) {
+            reason =
+                "the script subscribed to the depth of " + name + " but defines no function OnMarketDepth";
+        } else if (product->wantsDepth > 0) {
+            reason = "the script subscribed to the depth of " + name + ", of which the data holds none";
+        } else if (lacks(nxCallback::OnProductState, product->wantsState)) {
+            reason =
+                "the script subscribed to the state of " + name + " but defines no function OnProductState";
+        }
     }
-    return "the script defines no callback for what it subscribed to";
+    return reason;
 }
 
 nxMarketProduct* nxReplayServer::FindMarket(const std::string& name)

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -18,11 +19,11 @@
 #include "host/server/nxTimerQueue.h"
 
 // Runs a script over recorded data: merges the data by time, keeps the recorded time as the thread's "now",
-// delivers prices, depth, states and timers to the script, and ends it properly. Single-threaded; one server, one
-// run.
+// delivers prices, depth, states and timers to the script, and ends it properly. Single-threaded; one server,
+// one run.
 //
-// Log lines of the script and the summary go to out and are the same to the byte for the same script, data and
-// options. Failures, progress and speed go to err.
+// Log lines of the script and the summary go to out and are the same to the byte for the same script, data
+// and options. Failures, progress and speed go to err.
 class nxReplayServer : private nxHostServices
 {
 public:
@@ -58,7 +59,8 @@ private:
     // Calls the job and accounts for it.
     template <class Entry, class... Arguments>
     void _Call(nxCallback callback, nxHostJob& job, Entry entry, Arguments&... arguments);
-    void _NoteFailure(nxCallback callback, const std::string& errorText);
+    // No callback: while the script was loaded.
+    void _NoteFailure(std::optional<nxCallback> callback, const std::string& errorText);
     bool _IsEnding() const;
     void _WaitFor(long long time);
     Market& _GetMarket(unsigned int index);

@@ -5,7 +5,7 @@ namespace {
 // Far away is never: no recording reaches beyond.
 long long Later(long long time, long long interval)
 {
-    return interval > nxTimerQueue::Never - time ? nxTimerQueue::Never : time + interval;
+    return time > nxTimerQueue::Never - interval ? nxTimerQueue::Never : time + interval;
 }
 
 }  // namespace

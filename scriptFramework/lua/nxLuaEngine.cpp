@@ -12,7 +12,7 @@ namespace {
 
 constexpr char BinaryMark = LUA_SIGNATURE[0];
 constexpr const char* BinaryRefused = "binary chunks are not accepted";
-constexpr int roomToLoad = 128;  // values: the class metatables and the script
+constexpr int RoomToLoad = 128;  // values: the class metatables and the script
 
 // A binary chunk can break the state that loads it. Lua itself looks for the mark behind a leading # line.
 bool IsBinary(std::string_view text)
@@ -30,12 +30,6 @@ bool IsBinaryFile(const std::string& path)
         head.assign(1, static_cast<char>(file.get()));
     }
     return IsBinary(head);
-}
-
-int FetchGlobal(lua_State* L, void* name)
-{
-    lua_getfield(L, LUA_GLOBALSINDEX, static_cast<const std::string*>(name)->c_str());
-    return 1;
 }
 
 // The position of the script line in "HEAD:LINE:TAIL", LINE between two colons behind the first closing bracket.
@@ -57,23 +51,10 @@ LinePosition FindLine(const std::string& message)
 
 }  // namespace
 
-// Lua errors outside protected calls come as nxLuaPanic. Only the panic handler throws it, with no Lua code
-// running above.
-template <class Body>
-bool nxLuaEngine::_Guard(Body body)
-{
-    try {
-        return body();
-    } catch (const nxLuaPanic& panic) {
-        _lastError = panic.what();
-        return false;
-    }
-}
-
 bool nxLuaEngine::LoadScript(const std::string& path)
 {
     return _Guard([&] {
-        _state.MakeRoom(roomToLoad);
+        _state.MakeRoom(RoomToLoad);
         _RegisterCustomObjects();
         _ResetError();
         lua_State* L = _GetState();
@@ -89,7 +70,7 @@ bool nxLuaEngine::LoadScript(const std::string& path)
 bool nxLuaEngine::LoadText(const std::string& text)
 {
     return _Guard([&] {
-        _state.MakeRoom(roomToLoad);
+        _state.MakeRoom(RoomToLoad);
         _RegisterCustomObjects();
         return _LoadAndRun(text);
     });
@@ -116,21 +97,16 @@ bool nxLuaEngine::_LoadAndRun(const std::string& text)
 
 bool nxLuaEngine::DoesFunctionExist(const std::string& name) const
 {
-    const auto pushed = _state.PushBody(FetchGlobal, const_cast<std::string*>(&name));
-    lua_State* L = _GetState();
-    return lua_pcall(L, 0, 1, 0) == 0 && lua_type(L, -1) == LUA_TFUNCTION;
+    bool exists = false;
+    return const_cast<nxLuaEngine*>(this)->_LookUpFunction(name, exists) && exists;
 }
 
 bool nxLuaEngine::_LookUpFunction(const std::string& name, bool& exists)
 {
     return _Guard([&] {
-        const auto pushed = _state.PushBody(FetchGlobal, const_cast<std::string*>(&name));
-        lua_State* L = _GetState();
-        if (lua_pcall(L, 0, 1, 0) != 0) {
-            _ProcessError();
-            return false;
-        }
-        exists = lua_type(L, -1) == LUA_TFUNCTION;
+        _state.MakeRoom(1);
+        _GetFunction(name);
+        exists = lua_type(_GetState(), -1) == LUA_TFUNCTION;
         return true;
     });
 }
@@ -139,10 +115,10 @@ double nxLuaEngine::GetGlobalNumber(const std::string& name)
 {
     double number = 0.0;
     _Guard([&] {
-        const auto pushed = _state.PushBody(FetchGlobal, const_cast<std::string*>(&name));
-        lua_State* L = _GetState();
-        if (lua_pcall(L, 0, 1, 0) == 0) number = lua_tonumber(L, -1);
-        lua_pop(L, 1);
+        _state.MakeRoom(1);
+        _GetFunction(name);
+        number = lua_tonumber(_GetState(), -1);
+        lua_pop(_GetState(), 1);
         return true;
     });
     return number;
@@ -150,43 +126,24 @@ double nxLuaEngine::GetGlobalNumber(const std::string& name)
 
 void nxLuaEngine::RemoveFunction(const std::string& name)
 {
-    const auto remove = [](lua_State* L, void* context) {
-        lua_pushnil(L);
-        lua_setfield(L, LUA_GLOBALSINDEX, static_cast<const std::string*>(context)->c_str());
-        return 0;
-    };
     // A script's own metatable on the globals may refuse the write; then the name was no plain global.
-    static_cast<void>(_RunProtected(remove, const_cast<std::string*>(&name)));
+    _Guard([&] {
+        _state.MakeRoom(1);
+        lua_pushnil(_GetState());
+        lua_setfield(_GetState(), LUA_GLOBALSINDEX, name.c_str());
+        return true;
+    });
 }
 
 bool nxLuaEngine::SetGlobalObject(const std::string& name, const nxLuaClass& type, void* object)
 {
-    struct Binding
-    {
-        const std::string& name;
-        const nxLuaClass& type;
-        void* object;
-    } binding{name, type, object};
-    const auto bind = [](lua_State* L, void* context) {
-        const Binding& what = *static_cast<const Binding*>(context);
-        lua_pushstring(L, what.name.c_str());
-        what.type.Push(L, what.object);
-        lua_settable(L, LUA_GLOBALSINDEX);
-        return 0;
-    };
-    return _RunProtected(bind, &binding);
-}
-
-bool nxLuaEngine::_RunProtected(nxLuaState::Body body, void* context)
-{
-    constexpr unsigned int callsBetweenTuning = 1000;
-    if (_untilTuning-- == 0) {
-        _untilTuning = callsBetweenTuning;
-        _state.TuneCollector();
-    }
     return _Guard([&] {
-        const auto pushed = _state.PushBody(body, context);
-        return _CallFunction(0, 0);
+        _ResetError();
+        _state.MakeRoom(1);
+        _Push(name);
+        type.Push(_GetState(), object);
+        lua_settable(_GetState(), LUA_GLOBALSINDEX);
+        return true;
     });
 }
 
@@ -203,6 +160,14 @@ bool nxLuaEngine::_CallFunction(unsigned int arguments, unsigned int results)
     }
     _ProcessError();
     return false;
+}
+
+void nxLuaEngine::_TuneCollector()
+{
+    constexpr unsigned int callsBetween = 1000;
+    if (_untilTuning-- != 0) return;
+    _untilTuning = callsBetween;
+    _state.TuneCollector();
 }
 
 void nxLuaEngine::_GetFunction(const std::string& name)
@@ -223,16 +188,16 @@ void nxLuaEngine::_Push(unsigned int value)
 void nxLuaEngine::_ProcessError()
 {
     lua_State* L = _GetState();
-    if (const char* text = lua_tostring(L, -1)) {
-        _lastError = text;
-    } else {
-        _lastError = std::string("error object is a ") + luaL_typename(L, -1) + " value";
-    }
+    _SetError(nxLuaErrorText(L));
     lua_settop(L, -2);
+}
 
+void nxLuaEngine::_SetError(std::string text)
+{
+    _lastError = std::move(text);
     const LinePosition position = FindLine(_lastError);
     if (position.second == std::string::npos) return;
-    int line = std::atoi(_lastError.c_str() + position.first);
+    const int line = std::atoi(_lastError.c_str() + position.first);
     if (line == 0) return;
 
     std::string place = nxStringHelper::GetAsString(line);

@@ -51,8 +51,7 @@ protected:
     void _Push(const std::string& value);
     void _Push(unsigned int value);
     void _ResetError() { _lastError.clear(); }
-    // Takes the error value off the Lua stack and makes it the last error, its line number told in the terms
-    // of the script helper.
+    // Takes the error value off the Lua stack and makes it the last error.
     void _ProcessError();
 
     virtual void _RegisterCustomObjects() {}
@@ -62,12 +61,22 @@ protected:
 private:
     friend class nxLuaFunction;
 
-    // Runs body inside Lua's protection, look-up and pushes included.
-    [[nodiscard]] bool _RunProtected(nxLuaState::Body body, void* context);
+    // Runs what touches Lua outside a protected call; a panic in it becomes the last error and false.
+    template <class Body>
+    bool _Guard(Body body)
+    {
+        try {
+            return body();
+        } catch (const nxLuaPanic& panic) {
+            _SetError(panic.what());
+            return false;
+        }
+    }
     // Whether a global is a function, or false when finding out raised an error, which is the last error then.
     [[nodiscard]] bool _LookUpFunction(const std::string& name, bool& exists);
-    template <class Body>
-    bool _Guard(Body body);
+    // Makes text the last error, its line number told in the terms of the script helper.
+    void _SetError(std::string text);
+    void _TuneCollector();
     bool _LoadAndRun(const std::string& text);
 
     nxScriptHelper _helper;

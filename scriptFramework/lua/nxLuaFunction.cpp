@@ -32,30 +32,26 @@ bool nxLuaFunction::_Call(Push push)
 {
     if (!_Check()) return false;
     if (!_exists) return true;
-    struct Request
-    {
-        nxLuaFunction& function;
-        Push& push;
-    } request{*this, push};
-    const auto run = [](lua_State* L, void* context) {
-        const Request& asked = *static_cast<const Request*>(context);
-        asked.function._PushFunction(L);
-        lua_call(L, asked.push(L), 0);
-        return 0;
-    };
-    return _engine._RunProtected(run, &request);
+    // The look-up and the push may raise errors too: of a metamethod of the globals, or for want of memory.
+    return _engine._Guard([&] {
+        _engine._TuneCollector();
+        _engine._state.MakeRoom(4);
+        lua_State* L = _engine._GetState();
+        _PushFunction(L);
+        return _engine._CallFunction(push(L), 0);
+    });
 }
 
 bool nxLuaFunction::Call()
 {
-    return _Call([](lua_State*) { return 0; });
+    return _Call([](lua_State*) { return 0u; });
 }
 
 bool nxLuaFunction::Call(const std::string& argument)
 {
     return _Call([&](lua_State*) {
         _engine._Push(argument);
-        return 1;
+        return 1u;
     });
 }
 
@@ -64,7 +60,7 @@ bool nxLuaFunction::Call(const std::string& first, const std::string& second)
     return _Call([&](lua_State*) {
         _engine._Push(first);
         _engine._Push(second);
-        return 2;
+        return 2u;
     });
 }
 
@@ -74,7 +70,7 @@ bool nxLuaFunction::Call(const std::string& first, const std::string& second, co
         _engine._Push(first);
         _engine._Push(second);
         _engine._Push(third);
-        return 3;
+        return 3u;
     });
 }
 
@@ -83,7 +79,7 @@ bool nxLuaFunction::Call(unsigned int first, const std::string& second)
     return _Call([&](lua_State*) {
         _engine._Push(first);
         _engine._Push(second);
-        return 2;
+        return 2u;
     });
 }
 
@@ -91,6 +87,6 @@ bool nxLuaFunction::_CallWithObject(const nxLuaClass& type, void* object)
 {
     return _Call([&](lua_State* L) {
         type.Push(L, object);
-        return 1;
+        return 1u;
     });
 }

@@ -40,7 +40,7 @@ private:
     friend class nxLuaWrapper;
 
     [[nodiscard]] bool _CallWithObject(const nxLuaClass& type, void* object);
-    // push(L) leaves the arguments and answers their count. It runs inside Lua's protection.
+    // push(L) leaves the arguments and answers their count.
     template <class Push>
     bool _Call(Push push);
     bool _Check();

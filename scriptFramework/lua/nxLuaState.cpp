@@ -6,7 +6,6 @@
 #include <cstring>
 #include <lua.hpp>
 #include <new>
-#include <utility>
 
 #include "scriptFramework/lua/nxLuaClass.h"
 
@@ -23,11 +22,16 @@ void* LuaAllocator(void* userData, void* block, size_t oldSize, size_t newSize)
 // entry turns it into its failure.
 int Panic(lua_State* L)
 {
-    const char* text = lua_tostring(L, -1);
-    throw nxLuaPanic(text == nullptr ? "error object is not a string" : text);
+    throw nxLuaPanic(nxLuaErrorText(L));
 }
 
 }  // namespace
+
+std::string nxLuaErrorText(lua_State* L)
+{
+    if (const char* text = lua_tostring(L, -1)) return text;
+    return std::string("error object is a ") + luaL_typename(L, -1) + " value";
+}
 
 nxLuaPool::~nxLuaPool()
 {
@@ -37,7 +41,7 @@ nxLuaPool::~nxLuaPool()
 void* nxLuaPool::_Allocate(std::size_t size)
 {
     if (size > LargestPooled) return std::malloc(size);
-    Free*& list = _free[(size + Granule - 1) / Granule];
+    Free*& list = _free[(size - 1) / Granule];
     if (list != nullptr) {
         void* block = list;
         list = list->next;
@@ -62,11 +66,11 @@ void nxLuaPool::_Release(void* block, std::size_t size)
         std::free(block);
         return;
     }
-    Free*& list = _free[(size + Granule - 1) / Granule];
+    Free*& list = _free[(size - 1) / Granule];
     list = new (block) Free{list};
 }
 
-void* nxLuaPool::Reallocate(void* block, std::size_t oldSize, std::size_t newSize)
+void* nxLuaPool::_ReallocateSlowly(void* block, std::size_t oldSize, std::size_t newSize)
 {
     if (block == nullptr) oldSize = 0;
     if (newSize == 0) {
@@ -74,7 +78,7 @@ void* nxLuaPool::Reallocate(void* block, std::size_t oldSize, std::size_t newSiz
         _inUse -= oldSize;
         return nullptr;
     }
-    if (_limit != 0 && newSize > oldSize && _inUse + (newSize - oldSize) > _limit) return nullptr;
+    if (newSize > oldSize && _inUse + (newSize - oldSize) > _limit) return nullptr;
     ++_allocations;
     void* result;
     if (block != nullptr && oldSize > LargestPooled && newSize > LargestPooled) {
@@ -99,8 +103,6 @@ nxLuaState::nxLuaState()
     lua_atpanic(_L, Panic);
     luaL_openlibs(_L);
     _WatchMetatableAccess();
-    lua_pushcfunction(_L, _Trampoline);
-    _trampoline = luaL_ref(_L, LUA_REGISTRYINDEX);
     TuneCollector();
     // Loads leave the class metatables on the stack and look-ups of callbacks their values.
     luaL_checkstack(_L, 128, "no room for the engine");
@@ -138,30 +140,16 @@ nxLuaState::ClassReferences& nxLuaState::References(unsigned int classIndex)
     return _classes[classIndex];
 }
 
-int nxLuaState::_Trampoline(lua_State* L)
-{
-    nxLuaState& state = Of(L);
-    const Body body = std::exchange(state._body, nullptr);
-    return body == nullptr ? 0 : body(L, state._context);
-}
-
-nxLuaState::PushedBody nxLuaState::PushBody(Body body, void* context)
-{
-    MakeRoom(4);
-    _body = body;
-    _context = context;
-    lua_rawgeti(_L, LUA_REGISTRYINDEX, _trampoline);
-    return PushedBody(*this);
-}
-
 void nxLuaState::MakeRoom(int values)
 {
-    if (!lua_checkstack(_L, values)) lua_settop(_L, 0);
+    if (lua_checkstack(_L, values)) return;
+    lua_settop(_L, 0);
+    luaL_checkstack(_L, values, "no room for the engine");
 }
 
 void nxLuaState::TuneCollector()
 {
-    constexpr std::size_t worthwhile = 1 << 20;  // bytes of garbage; more of it leaves the processor's caches
+    constexpr std::size_t worthwhile = 1 << 18;  // bytes of garbage; more of it leaves the processor's caches
     const std::size_t relative = 100 * worthwhile / (_pool.GetBytesInUse() + 1);
     const auto pause = static_cast<int>(100 + std::clamp<std::size_t>(relative, 200, 900));
     lua_gc(_L, LUA_GCSETPAUSE, pause);

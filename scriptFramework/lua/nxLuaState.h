@@ -2,18 +2,24 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 struct lua_State;
 
-// An error that Lua raised outside any protected call, such as a lack of memory. Thrown by the panic handler
-// through the entry that was called, which turns it into its failure; it never passes through running Lua code.
+// An error that Lua raised outside any protected call: a lack of memory while an argument is pushed, or a script's
+// metamethod on its globals. Thrown by the panic handler to the entry that the host called, which turns it into its
+// failure. By then Lua has emptied its stack.
 class nxLuaPanic : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
+
+// The error value at the top of the stack as a text, also of a script that raises something else than a string.
+std::string nxLuaErrorText(lua_State* L);
 
 // Memory for one Lua state: blocks up to 512 bytes come from free lists by size, larger ones from malloc. The
 // wrapper tables of a callback die young and alike, so nearly every one is served from the block of an earlier
@@ -27,10 +33,29 @@ public:
     nxLuaPool& operator=(const nxLuaPool&) = delete;
 
     // Lua's allocator contract: newSize 0 frees; null means out of memory.
-    void* Reallocate(void* block, std::size_t oldSize, std::size_t newSize);
+    void* Reallocate(void* block, std::size_t oldSize, std::size_t newSize)
+    {
+        // Nearly all requests: one small block taken from its free list, or given back.
+        if (block == nullptr && newSize - 1 < LargestPooled) {
+            Free*& list = _free[(newSize - 1) / Granule];
+            if (list != nullptr && _inUse + newSize <= _limit) {
+                void* result = list;
+                list = list->next;
+                _inUse += newSize;
+                ++_allocations;
+                return result;
+            }
+        } else if (newSize == 0 && oldSize - 1 < LargestPooled && block != nullptr) {
+            Free*& list = _free[(oldSize - 1) / Granule];
+            list = new (block) Free{list};
+            _inUse -= oldSize;
+            return nullptr;
+        }
+        return _ReallocateSlowly(block, oldSize, newSize);
+    }
 
     // Bytes in use above which Reallocate refuses to grow; 0 for no limit.
-    void SetLimit(std::size_t bytes) { _limit = bytes; }
+    void SetLimit(std::size_t bytes) { _limit = bytes == 0 ? Unlimited : bytes; }
     std::size_t GetBytesInUse() const { return _inUse; }
     // Requests served so far, by free list or by the system.
     std::uint64_t GetAllocationCount() const { return _allocations; }
@@ -39,21 +64,23 @@ private:
     static constexpr std::size_t Granule = 16;
     static constexpr std::size_t LargestPooled = 512;
     static constexpr std::size_t ChunkSize = 64 * 1024;
+    static constexpr std::size_t Unlimited = ~std::size_t{0};
 
     struct Free
     {
         Free* next;
     };
 
+    void* _ReallocateSlowly(void* block, std::size_t oldSize, std::size_t newSize);
     void* _Allocate(std::size_t size);
     void _Release(void* block, std::size_t size);
 
-    Free* _free[LargestPooled / Granule + 1] = {};
+    Free* _free[LargestPooled / Granule] = {};
     std::vector<void*> _chunks;
     char* _chunkNext = nullptr;
     char* _chunkEnd = nullptr;
     std::size_t _inUse = 0;
-    std::size_t _limit = 0;
+    std::size_t _limit = Unlimited;
     std::uint64_t _allocations = 0;
 };
 
@@ -104,7 +131,7 @@ public:
         nxLuaKeyMap keys;                // what the metatable holds, by key
     };
 
-    nxLuaState();  // opens the state with all standard libraries; throws without memory
+    nxLuaState();   // opens the state with all standard libraries; throws without memory
     ~nxLuaState();  // closes it
     nxLuaState(const nxLuaState&) = delete;
     nxLuaState& operator=(const nxLuaState&) = delete;
@@ -120,24 +147,6 @@ public:
     // debug.getregistry: from then on the metatables are read and written as a script may see them.
     bool AreMetatablesExposed() const { return _metatablesExposed; }
 
-    using Body = int (*)(lua_State* L, void* context);
-    // The time for which a pushed body can be run: its context lives no longer.
-    class PushedBody
-    {
-    public:
-        explicit PushedBody(nxLuaState& state) : _state(state) {}
-        ~PushedBody() { _state._body = nullptr; }
-        PushedBody(const PushedBody&) = delete;
-        PushedBody& operator=(const PushedBody&) = delete;
-
-    private:
-        nxLuaState& _state;
-    };
-    // Leaves a function on the stack that runs body(context) once, for a lua_pcall with no arguments: whatever
-    // body does to Lua, memory errors included, then ends as that call's status. body returns the count of its
-    // results. Keep what it returns until the call has ended.
-    [[nodiscard]] PushedBody PushBody(Body body, void* context);
-
     // Makes room on the stack, if need be by dropping what loads and look-ups left there: nothing relies on it.
     void MakeRoom(int values);
 
@@ -150,7 +159,6 @@ private:
     void _ExposeMetatables();
     template <int watched>
     static int _Watch(lua_State* L);
-    static int _Trampoline(lua_State* L);
 
     nxLuaPool _pool;
     std::vector<ClassReferences> _classes;
@@ -161,10 +169,5 @@ private:
         int reference = 0;                      // then it is called by its registry reference
     };
     Watched _watched[3];
-    int _trampoline = 0;
-    // What the trampoline runs next. It is kept here and not on the stack, so that a script which finds the
-    // trampoline in the registry has nothing to call with it.
-    Body _body = nullptr;
-    void* _context = nullptr;
     lua_State* _L = nullptr;
 };

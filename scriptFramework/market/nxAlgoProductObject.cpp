@@ -237,8 +237,9 @@ bool nxAlgoProductObject::_WithLeg(nxLuaParameters& parameters, nxLuaResults& re
 bool nxAlgoProductObject::getLeg(nxLuaParameters& parameters, nxLuaResults& results)
 {
     std::string leg;
-    if (!_WithLeg(parameters, results, "getLeg",
-                  [&](const nxStrategyLeg& found) { leg = found.GetProductID()->GetAsString(); }))
+    if (!_WithLeg(parameters, results, "getLeg", [&](const nxStrategyLeg& found) {
+            if (const nxProductID* productID = found.GetProductID()) leg = productID->GetAsString();
+        }))
         return false;
     results.AddObjectOrNull(leg.empty() ? nullptr : GetJob()->GetProduct(leg));
     return true;

@@ -1,0 +1,150 @@
+#include "scriptFramework/analytics/nxAlgoClockObject.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/nxScriptJob.h"
+#include "tests/support/nxSetTime.h"
+
+namespace {
+
+nxDateTime Date(const std::string& text)
+{
+    nxDateTime date;
+    EXPECT_TRUE(nxDateTime::SetFromString(text, date).IsSuccess()) << text;
+    return date;
+}
+
+nxTimeStamp Stamp(const std::string& text, unsigned int nanoseconds = 0)
+{
+    return nxTimeStamp(Date(text).GetAsTimeValue(), nanoseconds);
+}
+
+constexpr const char* Shown = "clock.year, clock.month, clock.day, clock.hour, clock.minute, clock.second";
+
+TEST(nxAlgoClockObject, ShowsTheCurrentTimeUntilAHostSetsOne)
+{
+    nxSetTime time(Stamp("20240131:23:59:58", 250000000));
+    nxScriptJob script;
+    EXPECT_EQ(script.Evaluate(Shown), "2024 1 31 23 59 58");
+    EXPECT_EQ(script.Evaluate("string.format('%.3f', clock.totalSeconds)"), "'1706745598.250'");
+    script.job.SetClockSpeed(60.0);
+    time.now = Stamp("20240201:00:00:01");
+    EXPECT_EQ(script.Evaluate(Shown), "2024 2 1 0 0 1");
+    EXPECT_EQ(script.Evaluate("clock.totalSeconds"), "1706745601");
+}
+
+TEST(nxAlgoClockObject, ASetTimeRunsOnAtItsSpeed)
+{
+    const struct
+    {
+        double speed;
+        int realSeconds;
+        const char* expected;
+    } rows[] = {
+        {1.0, 0, "2020 2 28 23 59 0"},   {1.0, 59, "2020 2 28 23 59 59"}, {1.0, 60, "2020 2 29 0 0 0"},
+        {60.0, 1, "2020 2 29 0 0 0"},    {3600.0, 1, "2020 2 29 0 59 0"}, {0.5, 1, "2020 2 28 23 59 0"},
+        {0.5, 2, "2020 2 28 23 59 1"},   {0.5, 3, "2020 2 28 23 59 1"},   {0.0, 1000, "2020 2 28 23 59 0"},
+        {-1.0, 60, "2020 2 28 23 58 0"}, {-0.5, 3, "2020 2 28 23 58 59"}, {1.0, -60, "2020 2 28 23 58 0"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.speed << " for " << row.realSeconds);
+        nxSetTime time(Stamp("20240131:12:00:00"));
+        nxScriptJob script;
+        script.job.SetClockTime(Date("20200228:23:59:00"));
+        script.job.SetClockSpeed(row.speed);
+        time.now = nxTimeStamp(time.now.GetAsTimeValue() + row.realSeconds, 0u);
+        EXPECT_EQ(script.Evaluate(Shown), row.expected);
+    }
+}
+
+// The date counts from the last time that was set, the total from the first and from the clock's creation.
+TEST(nxAlgoClockObject, DateAndTotalDriftApartWhenTheTimeIsSetAgain)
+{
+    nxSetTime time(Stamp("20240131:12:00:00"));
+    nxScriptJob script;  // creates the clock
+    const auto shown = [&] {
+        return script.Evaluate("clock.hour, clock.minute, clock.second, clock.totalSeconds");
+    };
+    const auto passed = [](const char* hours, long long seconds) {
+        return hours + (" " + std::to_string(Date("20200101:08:00:00").GetAsTimeValue() + seconds));
+    };
+    time.now = Stamp("20240131:12:00:10");
+    script.job.SetClockTime(Date("20200101:08:00:00"));
+    EXPECT_EQ(shown(), passed("8 0 0", 10));
+    time.now = Stamp("20240131:12:00:20");
+    EXPECT_EQ(shown(), passed("8 0 10", 20));
+    script.job.SetClockTime(Date("20200101:09:00:00"));
+    EXPECT_EQ(shown(), passed("9 0 0", 20));
+    // A new speed holds for all the time since, backwards too.
+    time.now = Stamp("20240131:12:00:30");
+    script.job.SetClockSpeed(6.0);
+    EXPECT_EQ(shown(), passed("9 1 0", 180));
+}
+
+TEST(nxAlgoClockObject, AStoppedJobKeepsItsTime)
+{
+    nxSetTime time(Stamp("20240131:12:00:00"));
+    nxScriptJob script;
+    ASSERT_TRUE(script.job.LoadScript("function OnShutdown() job:logText(clock.year) end").IsSuccess());
+    script.job.SetClockTime(Date("20200101"));
+    script.job.StopJob();
+    script.job.SetClockTime(Date("20210101"));
+    EXPECT_TRUE(script.job.OnShutdown().IsSuccess());
+    EXPECT_EQ(script.host.TakeCalls(), "2020");
+}
+
+TEST(nxAlgoClockObject, TellsWhetherTheTimeOfDayIsInARange)
+{
+    const struct
+    {
+        const char* now;
+        const char* range;
+        const char* expected;
+    } rows[] = {
+        {"08:59:59", "'09:00', '17:00'", "false"},
+        {"09:00:00", "'09:00', '17:00'", "true"},
+        {"12:30:30", "'09:00', '17:00'", "true"},
+        {"17:00:00", "'09:00', '17:00'", "true"},
+        {"17:00:01", "'09:00', '17:00'", "false"},
+        {"17:00:01", "'09:00', '17:00:01'", "true"},
+        {"09:59:59", "'9:5:7', '9:59:59'", "true"},
+        {"09:05:06", "'9:5:7', '9:59:59'", "false"},
+        // Past midnight.
+        {"21:59:59", "'22:00', '06:00'", "false"},
+        {"22:00:00", "'22:00', '06:00'", "true"},
+        {"23:59:59", "'22:00', '06:00'", "true"},
+        {"00:00:00", "'22:00', '06:00'", "true"},
+        {"06:00:00", "'22:00', '06:00'", "true"},
+        {"06:00:01", "'22:00', '06:00'", "false"},
+        {"12:00:00", "'22:00', '06:00'", "false"},
+        {"00:00:00", "'23:59:59', '00:00'", "true"},
+        // One second.
+        {"11:59:59", "'12:00', '12:00'", "false"},
+        {"12:00:00", "'12:00', '12:00'", "true"},
+        {"12:00:01", "'12:00', '12:00'", "false"},
+        // Malformed.
+        {"12:00:00", "'24:00', '01:00'", "error: Time incorrect format"},
+        {"12:00:00", "'01:00', '24:00'", "error: Time incorrect format"},
+        {"12:00:00", "'9', '10'", "error: Time incorrect format"},
+        {"12:00:00", "'09:60', '10:00'", "error: Time incorrect format"},
+        {"12:00:00", "'09:00:60', '10:00'", "error: Time incorrect format"},
+        {"12:00:00", "'09:00:00:00', '10:00'", "error: Time incorrect format"},
+        {"12:00:00", "'-9:00', '10:00'", "error: Time incorrect format"},
+        {"12:00:00", "'09:x', '10:00'", "error: Time incorrect format"},
+        {"12:00:00", "'09:', '10:00'", "error: Time incorrect format"},
+        {"12:00:00", "'', ''", "error: Time incorrect format"},
+        {"12:00:00", "'09:00'", "error: Requires two parameters"},
+        {"12:00:00", "", "error: Requires two parameters"},
+        {"12:00:00", "'09:00', '10:00', '11:00'", "error: Requires two parameters"},
+        {"12:00:00", "'09:00', {}", "error: bad argument #2 to 'isInRange' (string expected, got table)"},
+    };
+    nxSetTime time(Stamp("20240131"));
+    nxScriptJob script;
+    for (const auto& row : rows) {
+        time.now = Stamp(std::string("20240131:") + row.now);
+        EXPECT_EQ(script.Evaluate("clock:isInRange(" + std::string(row.range) + ")"), row.expected)
+            << row.range << " at " << row.now;
+    }
+}
+
+}  // namespace

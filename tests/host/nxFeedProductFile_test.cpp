@@ -1,0 +1,138 @@
+#include <gmock/gmock.h>
+
+#include "host/feed/nxProductFile.h"
+#include "tests/host/nxFeedFixture.h"
+
+namespace {
+
+std::string GetError(const std::string& content)
+{
+    const nxFeedFile file(content);
+    std::vector<nxProductDescription> products;
+    nxFeedError error;
+    const bool isRead = nxProductFile::Read(file.GetPath(), products, error);
+    EXPECT_TRUE(isRead || products.empty());
+    return isRead ? "" : file.Hide(error.GetText());
+}
+
+TEST(nxFeedProductFileTest, ReadsAllThatAProductMayHave)
+{
+    const nxFeedFile file(R"([[product]]
+name = "ESZ3"
+tickSize = 0.25
+lotSize = 1
+pointValue = "50.00"
+currency = "USD"
+exchange = "CME"
+description = "E-mini"
+tradingHours = "17:00-16:00"
+makerFee = -0.01
+takerFee = 0.25
+
+[[product]]
+name = "ESZ3-ESH4"
+[[product.leg]]
+product = "ESZ3"
+[[product.leg]]
+product = "ESH4"
+side = "SELL"
+priceRatio = 2
+tradeRatio = 0.5
+)");
+    std::vector<nxProductDescription> products;
+    nxFeedError error;
+    ASSERT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
+    ASSERT_EQ(products.size(), 2u);
+    const nxProductDescription& future = products[0];
+    EXPECT_EQ(future.name, "ESZ3");
+    EXPECT_EQ(future.tickSize.GetAsString(), "0.25");
+    EXPECT_EQ(future.lotSize.GetAsString(), "1");
+    EXPECT_EQ(future.pointValue.GetAsString(), "50.00");
+    EXPECT_EQ(future.currency.GetAsString(), "USD");
+    EXPECT_EQ(future.exchange, "CME");
+    EXPECT_EQ(future.description, "E-mini");
+    EXPECT_EQ(future.tradingHours, "17:00-16:00");
+    EXPECT_EQ(future.makerFee.GetAsString(), "-0.01");
+    EXPECT_EQ(future.takerFee.GetAsString(), "0.25");
+    EXPECT_TRUE(future.legs.empty());
+
+    const nxProductDescription& spread = products[1];
+    EXPECT_TRUE(spread.tickSize.IsNull());
+    EXPECT_TRUE(spread.currency.IsUndefined());
+    ASSERT_EQ(spread.legs.size(), 2u);
+    EXPECT_EQ(spread.legs[0].side, nxBuySell_Buy);
+    EXPECT_EQ(spread.legs[0].priceRatio.GetAsString(), "1");
+    EXPECT_EQ(spread.legs[1].product, "ESH4");
+    EXPECT_EQ(spread.legs[1].side, nxBuySell_Sell);
+    EXPECT_EQ(spread.legs[1].priceRatio.GetAsString(), "2");
+    EXPECT_EQ(spread.legs[1].tradeRatio.GetAsString(), "0.5");
+}
+
+TEST(nxFeedProductFileTest, FloatsCountAsTheirShortestText)
+{
+    for (const char* number : {"0.01", "0.1", "0.005", "0.00000001", "1e-3", "\"0.010\"", "5.0"}) {
+        const nxFeedFile file(std::string("[[product]]\nname = \"A\"\ntickSize = ") + number + "\n");
+        std::vector<nxProductDescription> products;
+        nxFeedError error;
+        ASSERT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
+        const std::string written = number;
+        const std::string expected = written == "1e-3"        ? "0.001"
+                                     : written == "\"0.010\"" ? "0.010"
+                                     : written == "5.0"       ? "5"
+                                                              : written;
+        EXPECT_EQ(products[0].tickSize.GetAsString(), expected);
+    }
+}
+
+TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
+{
+    const std::string known =
+        "; known are name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
+        "makerFee, "
+        "takerFee, leg";
+    const std::string product = "[[product]]\nname = \"A\"\n";
+    const struct
+    {
+        std::string content;
+        std::string text;
+    } rows[] = {
+        {"", ""},
+        {"product = 1\n", "FILE:1:11: product is no list of tables; write [[product]]"},
+        {"[product]\nname = \"A\"\n", "FILE:1:1: product is no list of tables; write [[product]]"},
+        {"[[products]]\nname = \"A\"\n", "FILE:1:1: unknown key \"products\"; known are product"},
+        {"[[product]]\ntickSize = 1\n", "FILE:1:1: product without a name"},
+        {product + "ticksize = 0.01\n", "FILE:3:12: unknown key \"ticksize\"" + known},
+        {product + "lotSize = 1\nwrong = 1\nworse = 2\n", "FILE:4:9: unknown key \"wrong\"" + known},
+        {product + "tickSize = true\n", "FILE:3:12: tickSize is not a number"},
+        {product + "tickSize = \"fine\"\n", "FILE:3:12: tickSize is not a number: \"fine\""},
+        {product + "tickSize = 0\n", "FILE:3:12: tickSize is not above 0: 0"},
+        {product + "lotSize = -0.5\n", "FILE:3:11: lotSize is not above 0: -0.5"},
+        {product + "pointValue = nan\n", "FILE:3:14: pointValue is not a number: \"nan\""},
+        {product + "exchange = 5\n", "FILE:3:12: exchange is not a text in quotes"},
+        {product + "currency = \"ZZZ\"\n", "FILE:3:12: unknown currency \"ZZZ\""},
+        {product + product, "FILE:3:1: product \"A\" described twice"},
+        {product + "[[product.leg]]\nside = \"BUY\"\n", "FILE:3:1: leg without a product"},
+        {product + "[[product.leg]]\nproduct = \"B\"\nside = \"LONG\"\n",
+         "FILE:5:8: side is neither \"BUY\" nor \"SELL\""},
+        {product + "[[product.leg]]\nratio = 1\n",
+         "FILE:4:9: unknown key \"ratio\"; known are product, side, priceRatio, tradeRatio"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.content);
+        EXPECT_EQ(GetError(row.content), row.text);
+    }
+    EXPECT_THAT(GetError(product + "tickSize = \n"), testing::StartsWith("FILE:3:"));
+    EXPECT_THAT(GetError(product + "name = \"B\"\n"), testing::StartsWith("FILE:3:"));
+}
+
+TEST(nxFeedProductFileTest, WhatCannotBeOpenedIsTold)
+{
+    std::vector<nxProductDescription> products;
+    nxFeedError error;
+    EXPECT_FALSE(nxProductFile::Read(testing::TempDir(), products, error));
+    EXPECT_EQ(error.reason, "is a directory, not a file of products");
+    EXPECT_FALSE(nxProductFile::Read(testing::TempDir() + "nxFeed_no_such_file", products, error));
+    EXPECT_EQ(error.reason, "cannot open");
+}
+
+}  // namespace

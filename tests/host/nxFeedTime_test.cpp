@@ -1,0 +1,113 @@
+#include "host/feed/nxFeedTime.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr long long Second = 1'000'000'000;
+constexpr long long Day = 86400 * Second;
+constexpr long long August8 = 19943 * Day;  // 2024-08-08
+constexpr const char* NotATime = "not a time";
+constexpr const char* NoSuchDate = "no such calendar date";
+constexpr const char* NoSuchTimeOfDay = "no such time of day";
+constexpr const char* OutOfRange = "time out of range (1677 to 2262)";
+
+TEST(nxFeedTimeTest, ReadsEachFormToTheNanosecond)
+{
+    const struct
+    {
+        const char* text;
+        long long time;
+    } rows[] = {
+        {"20240808", August8},
+        {"20240808:00:00", August8},
+        {"20240808:12:34:56", August8 + 45296 * Second},
+        {"20240808:12:34:56.5", August8 + 45296 * Second + 500'000'000},
+        {"20240808:12:34:56.123456789", August8 + 45296 * Second + 123'456'789},
+        {"2024-08-08", August8},
+        {"2024-08-08T12:34", August8 + 45240 * Second},
+        {"2024-08-08T12:34:56.789Z", August8 + 45296 * Second + 789'000'000},
+        {"2024-08-08 12:34:56", August8 + 45296 * Second},
+        {"2024-08-08T12:34:56+02:00", August8 + (45296 - 7200) * Second},
+        {"2024-08-08T12:34:56-0530", August8 + (45296 + 19800) * Second},
+        {"2024-08-08T01:00:00+02", August8 - 3600 * Second},
+        {"19691231:23:59:59.999999999", -1},
+        {"20000229", 11016 * Day},
+        {"0", 0},
+        {"1723075200", August8},
+        {"1723075200000", August8},
+        {"1723075200000000", August8},
+        {"1723075200000000000", August8},
+        // Where one unit ends and the next begins.
+        {"99999999", 99'999'999 * Second},  // eight digits, but no date
+        {"9223372036", 9'223'372'036 * Second},
+        {"100000000000", 100'000'000 * Second},
+        {"100000000000000", 100'000'000 * Second},
+        {"9223372036854775", 9'223'372'036'854'775'000},
+        {"100000000000000000", 100'000'000 * Second},
+        {"9223372036854775807", 9'223'372'036'854'775'807},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        long long time = -2;
+        EXPECT_EQ(nxFeedTime::SetFromText(row.text, time), nullptr);
+        EXPECT_EQ(time, row.time);
+    }
+}
+
+TEST(nxFeedTimeTest, RefusesWhatIsNoTimeAndSaysWhy)
+{
+    const struct
+    {
+        const char* text;
+        const char* reason;
+    } rows[] = {
+        {"", NotATime},
+        {"today", NotATime},
+        {"-1", NotATime},
+        {"1723075200.5", NotATime},
+        {" 20240808", NotATime},
+        {"20240808:", NotATime},
+        {"20240808:12", NotATime},
+        {"20240808:12:34:5", NotATime},
+        {"20240808:12:34:56.", NotATime},
+        {"20240808:12:34:56.1234567890", NotATime},
+        {"20240808T12:34:56", NotATime},
+        {"2024-8-8", NotATime},
+        {"2024-08-08T", NotATime},
+        {"2024-08-08T12:34:56+2", NotATime},
+        {"2024-08-08T12:34:56+02:", NotATime},
+        {"2024-08-08T12:34:56 UTC", NotATime},
+        {"2024-08-08T12:34:56+24:00", NotATime},
+        {"20230229:00:00", NoSuchDate},
+        {"2024-13-01", NoSuchDate},
+        {"20240808:24:00:00", NoSuchTimeOfDay},
+        {"2024-08-08T12:60", NoSuchTimeOfDay},
+        {"2024-08-08T12:34:60Z", NoSuchTimeOfDay},
+        {"9223372037", OutOfRange},
+        {"99999999999999", OutOfRange},
+        {"9223372036854775808", OutOfRange},
+        {"99999999999999999999999", OutOfRange},
+        {"22630101", OutOfRange},
+        {"16000101", OutOfRange},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        long long time = 42;
+        EXPECT_STREQ(nxFeedTime::SetFromText(row.text, time), row.reason);
+        EXPECT_EQ(time, 42);
+    }
+}
+
+TEST(nxFeedTimeTest, WritesWhatItReads)
+{
+    for (const char* text : {"20240808:12:34:56.000000789", "19700101:00:00:00.000000000",
+                             "19011213:20:45:52.999999999", "22620411:23:47:16.854775807"})
+    {
+        long long time = 0;
+        EXPECT_EQ(nxFeedTime::SetFromText(text, time), nullptr);
+        EXPECT_EQ(nxFeedTime::GetAsString(time), text);
+    }
+}
+
+}  // namespace

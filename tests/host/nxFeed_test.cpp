@@ -1,0 +1,267 @@
+#include "host/feed/nxFeed.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "tests/host/nxFeedFixture.h"
+
+namespace {
+
+const std::string Header = "time,product,last,lastVolume\n";
+
+// Rows of one product with these times; the volume counts them.
+std::string MakeRows(const char* product, const std::vector<int>& times)
+{
+    std::string text = Header;
+    unsigned count = 0;
+    for (const int time : times)
+        text += std::to_string(time) + "," + product + ",1," + std::to_string(++count) + "\n";
+    return text;
+}
+
+std::string ReadOne(const std::string& content, std::string* badEnd = nullptr)
+{
+    const nxFeedFile file(content);
+    nxFeed feed;
+    if (!feed.Open({file.GetPath()})) return file.Hide(feed.GetError().GetText());
+    const std::string text = ReadAll(feed);
+    if (badEnd != nullptr) *badEnd = file.Hide(feed.GetError().GetText());
+    return text;
+}
+
+TEST(nxFeedTest, FilesAreMergedByTimeTheEarlierNamedFirst)
+{
+    const struct
+    {
+        const char* name;
+        std::vector<std::vector<int>> files;  // times
+        const char* order;                    // file and row
+    } rows[] = {
+        {"alternating", {{1, 3, 5}, {2, 4, 6}}, "a1 b1 a2 b2 a3 b3 "},
+        {"equal times", {{1, 1, 2}, {1, 2, 2}}, "a1 a2 b1 a3 b2 b3 "},
+        {"one behind the other", {{7, 8}, {1, 2}}, "b1 b2 a1 a2 "},
+        {"one empty", {{}, {1}}, "b1 "},
+        {"many",
+         {{4, 9}, {3, 8}, {2, 7}, {1, 6}, {5, 5}, {}, {0, 9}},
+         "g1 d1 c1 b1 a1 e1 e2 d2 c2 b2 a2 g2 "},
+        {"none", {}, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::vector<std::unique_ptr<nxFeedFile>> files;
+        std::vector<std::string> paths;
+        for (const auto& times : row.files) {
+            files.push_back(std::make_unique<nxFeedFile>(MakeRows("A", times)));
+            paths.push_back(files.back()->GetPath());
+        }
+        nxFeed feed;
+        ASSERT_TRUE(feed.Open(paths));
+        std::string order;
+        while (const nxFeedEvent* event = feed.Next())
+            order += static_cast<char>('a' + event->file) + event->quote.lastVolume.GetAsString() + " ";
+        EXPECT_EQ(order, row.order);
+        EXPECT_EQ(feed.Next(), nullptr);
+        EXPECT_FALSE(feed.HasFailed());
+    }
+}
+
+TEST(nxFeedTest, KindsMergeToo)
+{
+    const nxFeedFile depth("time,product,side,price,volume\n1,A,BUY,9,1\n1,A,SELL,10,1\n3,A,BUY,9,0\n");
+    const nxFeedFile quotes("time,product,bid\n1,B,9\n2,A,9.5\n");
+    nxFeed feed;
+    ASSERT_TRUE(feed.Open({depth.GetPath(), quotes.GetPath()}));
+    EXPECT_EQ(
+        ReadAll(feed),
+        "1000000000 A bid 9 x1 ask 10 x1\n1000000000 B bid 9\n2000000000 A bid 9.5\n3000000000 A bid 9 x0\n");
+    const nxFeedProduct* product = feed.GetProducts().Find("A");
+    ASSERT_NE(product, nullptr);
+    EXPECT_TRUE(product->Has(nxFeedKind::Depth));
+    EXPECT_TRUE(product->Has(nxFeedKind::Quote));
+}
+
+TEST(nxFeedTest, AnErrorInOneFileEndsTheFeedAfterWhatCameBefore)
+{
+    const nxFeedFile good(MakeRows("A", {1, 2, 5}));
+    const nxFeedFile bad(MakeRows("B", {1, 3}) + "4,B,x,1\n");
+    nxFeed feed;
+    ASSERT_TRUE(feed.Open({good.GetPath(), bad.GetPath()}));
+    EXPECT_EQ(bad.Hide(ReadAll(feed)),
+              "1000000000 A last 1 x1 side unknown\n1000000000 B last 1 x1 side unknown\n"
+              "2000000000 A last 1 x2 side unknown\n3000000000 B last 1 x2 side unknown\n"
+              "FILE:4:5: last: not a number: \"x\"\n");
+    EXPECT_EQ(feed.Next(), nullptr);
+}
+
+TEST(nxFeedTest, DescribedProductsComeFirstAndKeepTheirTickSize)
+{
+    const nxFeedFile file("time,product,last\n1,A,1.5\n1,B,1.25\n");
+    nxProductDescription described;
+    described.name = "B";
+    described.tickSize = nxDecimal::FromMantissa(25, 2);
+    nxFeed feed;
+    ASSERT_TRUE(feed.Open({file.GetPath()}, {described}));
+    ASSERT_EQ(feed.GetProducts().GetCount(), 2u);
+    EXPECT_EQ(feed.GetProducts().Get(0).GetName(), "B");
+    EXPECT_EQ(feed.GetProducts().Get(0).GetTickSize().GetAsString(), "0.25");
+    EXPECT_EQ(feed.GetProducts().Get(1).GetTickSize().GetAsString(), "0.1");
+    EXPECT_EQ(feed.GetProducts().Find("C"), nullptr);
+}
+
+TEST(nxFeedTest, WhatCannotBeOpenedIsTold)
+{
+    const nxFeedFile file(Header);
+    const std::string directory = testing::TempDir();
+    const std::string missing = directory + "nxFeed_no_such_file";
+    const struct
+    {
+        std::vector<std::string> paths;
+        std::string text;
+    } rows[] = {
+        {{missing}, missing + ": cannot open: No such file or directory"},
+        {{file.GetPath(), directory}, directory + ": is a directory, not a file of recorded data"},
+        {{"-", file.GetPath(), "-"}, "-: standard input can be read only once"},
+    };
+    for (const auto& row : rows) {
+        nxFeed feed;
+        EXPECT_FALSE(feed.Open(row.paths));
+        EXPECT_EQ(feed.GetError().GetText(), row.text);
+        EXPECT_EQ(feed.Next(), nullptr);
+    }
+}
+
+TEST(nxFeedTest, AFileWithoutRowsIsRemarked)
+{
+    const nxFeedFile empty(Header);
+    const nxFeedFile full(MakeRows("A", {1}));
+    nxFeed feed;
+    ASSERT_TRUE(feed.Open({full.GetPath(), empty.GetPath()}));
+    ReadAll(feed);
+    ASSERT_EQ(feed.GetRemarks().size(), 1u);
+    EXPECT_EQ(empty.Hide(feed.GetRemarks()[0]), "FILE: no rows");
+}
+
+TEST(nxFeedTest, StandardInputIsReadOnceAndStreamed)
+{
+    const nxFeedFile file(CompressGzip(MakeRows("A", {1, 2})));
+    const int saved = dup(STDIN_FILENO);
+    const int input = open(file.GetPath().c_str(), O_RDONLY);
+    ASSERT_GE(input, 0);
+    dup2(input, STDIN_FILENO);
+    close(input);
+    {
+        nxFeed feed;
+        EXPECT_TRUE(feed.Open({"-"}));
+        EXPECT_NE(feed.GetProducts().Find("A"), nullptr);
+        EXPECT_EQ(ReadAll(feed),
+                  "1000000000 A last 1 x1 side unknown\n2000000000 A last 1 x2 side unknown\n");
+    }
+    EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1) << "standard input is not the feed's to close";
+    dup2(saved, STDIN_FILENO);
+    close(saved);
+}
+
+// Long enough for several buffers, and not too easy to compress.
+std::string MakeLongFile()
+{
+    std::string text = Header;
+    unsigned number = 1;
+    for (unsigned i = 0; i < 40000; ++i) {
+        number = number * 1103515245 + 12345;
+        text += std::to_string(1'700'000'000 + i) + ",A," + std::to_string(number % 100000) + ".5," +
+                std::to_string(number % 97) + "\n";
+    }
+    return text;
+}
+
+TEST(nxFeedTest, CompressedFilesReadAsPlainOnes)
+{
+    const std::string text = MakeLongFile();
+    const std::string plain = ReadOne(text);
+    const std::string front = text.substr(0, 300'001);
+    const std::string rest = text.substr(300'001);
+    const struct
+    {
+        const char* name;
+        std::string content;
+    } rows[] = {
+        {"gzip", CompressGzip(text)},
+        {"gzip of several members", CompressGzip(front) + CompressGzip("") + CompressGzip(rest)},
+        {"gzip padded with zeros", CompressGzip(text) + std::string(512, '\0')},
+        {"zstd", CompressZstd(text)},
+        {"zstd of several frames", CompressZstd(front) + CompressZstd("") + CompressZstd(rest)},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::string end = "not read";
+        EXPECT_TRUE(ReadOne(row.content, &end) == plain);
+        EXPECT_EQ(end, nxFeedError().GetText());
+    }
+}
+
+TEST(nxFeedTest, TruncatedCompressedFilesAreReadAsFarAsTheyGo)
+{
+    const std::string text = MakeLongFile();
+    const std::string plain = ReadOne(text);
+    const struct
+    {
+        const char* name;
+        std::string content;
+        std::string reason;
+    } rows[] = {
+        {"gzip", CompressGzip(text), "truncated gzip data: the file stops before its end"},
+        {"gzip, second member", CompressGzip(text.substr(0, 300'001)) + CompressGzip(text.substr(300'001)),
+         "truncated gzip data: the file stops before its end"},
+        {"zstd", CompressZstd(text), "truncated zstd data: the file stops before its end"},
+    };
+    for (const auto& row : rows) {
+        for (const std::size_t size : {row.content.size() * 3 / 4, row.content.size() - 1}) {
+            SCOPED_TRACE(row.name + (" " + std::to_string(size)));
+            std::string end;
+            std::string events = ReadOne(row.content.substr(0, size), &end);
+            events.resize(events.rfind('\n', events.size() - 2) + 1);  // the error's line
+            EXPECT_FALSE(events.empty());
+            EXPECT_TRUE(plain.starts_with(events));
+            const std::string lines = std::to_string(1 + std::ranges::count(events, '\n'));
+            EXPECT_EQ(end,
+                      "FILE:" + lines + ": " + row.reason + "; line " + lines + " is the last whole one");
+        }
+        EXPECT_EQ(ReadOne(row.content.substr(0, 4)), "FILE: " + row.reason);
+    }
+}
+
+TEST(nxFeedTest, DamagedCompressedFilesAreTold)
+{
+    std::string gzip = CompressGzip(MakeRows("A", {1, 2}));
+    gzip[gzip.size() - 6] ^= 1;  // within the checksum
+    std::string zstd = CompressZstd(MakeRows("A", {1, 2}));
+    zstd[5] = '\xFF';
+    std::string end;
+    ReadOne(gzip, &end);
+    EXPECT_EQ(end, "FILE:3: damaged gzip data: incorrect data check; line 3 is the last whole one");
+    EXPECT_THAT(ReadOne(zstd), testing::StartsWith("FILE: damaged zstd data: "));
+    ReadOne(CompressGzip(MakeRows("A", {1})) + "rubbish", &end);
+    EXPECT_EQ(end, "FILE:2: damaged gzip data: incorrect header check; line 2 is the last whole one");
+}
+
+TEST(nxFeedTest, ProgressCountsTheBytesOnTheDisk)
+{
+    const std::string packed = CompressGzip(MakeLongFile());
+    const nxFeedFile first(packed);
+    const nxFeedFile second(MakeRows("B", {1}));
+    const unsigned long long total = packed.size() + MakeRows("B", {1}).size();
+    nxFeed feed;
+    ASSERT_TRUE(feed.Open({first.GetPath(), second.GetPath()}));
+    EXPECT_EQ(feed.GetBytesTotal(), total);
+    unsigned long long last = feed.GetBytesConsumed();
+    EXPECT_LT(last, total);
+    while (feed.Next() != nullptr) {
+        EXPECT_GE(feed.GetBytesConsumed(), last);
+        last = feed.GetBytesConsumed();
+    }
+    EXPECT_EQ(last, total);
+}
+
+}  // namespace

@@ -1,0 +1,179 @@
+#include "host/jobs/nxScriptSource.h"
+
+#include "tests/host/nxHostFixture.h"
+
+namespace {
+
+// How a script fails while it is loaded or in OnInit: "message | source line", or "" when it does not.
+std::string Fail(nxHostRun& run)
+{
+    run.AddQuotes("@00,A,1,1,,,,,\n");
+    static_cast<void>(run.Run());
+    if (run.statistics.failures.empty()) return run.err.substr(0, run.err.find("--- speed"));
+    const nxScriptSource::Failure& what = run.statistics.failures[0].what;
+    return what.message + (what.location ? " | " + what.location->text : "");
+}
+
+std::string Fail(const std::string& script)
+{
+    nxHostRun run;
+    run.SetScript(script);
+    std::string text = Fail(run);
+    // The location holds the path as it was given, folder and all.
+    const std::size_t path = text.find("/script.lua:");
+    return path == std::string::npos ? text : text.substr(path + 1);
+}
+
+std::string InOnInit(const std::string& statement)
+{
+    return "function OnInit()\n" + statement + "\nend\n";
+}
+
+struct Row
+{
+    const char* name;
+    std::string script;
+    const char* told;
+};
+
+void Check(std::span<const Row> rows)
+{
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(Fail(row.script), row.told);
+    }
+}
+
+}  // namespace
+
+TEST(nxScriptSource, TellsALineOfTheScriptAsTheAuthorCountsIt)
+{
+    const Row rows[] = {
+        {"first line", "error('x')", "script.lua:1: x | error('x')"},
+        {"run time", InOnInit("\t  local a = nil + 1 -- no"),
+         "script.lua:2: attempt to perform arithmetic on a nil value | local a = nil + 1 -- no"},
+        {"syntax", "function OnInit(\n  x y\nend", "script.lua:2: ')' expected near 'y' | x y"},
+        {"CRLF", "function OnInit()\r\n  error('x')\r\nend\r\n", "script.lua:2: x | error('x')"},
+        {"no newline at the end", "function OnInit() end\nerror('x')", "script.lua:2: x | error('x')"},
+        {"first line for a shell", "#!/usr/bin/algoserver\nerror('x')", "script.lua:2: x | error('x')"},
+        {"long string over lines", "local a = [[\n\n]] .. nil",
+         "script.lua:3: attempt to concatenate a nil value | "
+         "]] .. nil"},
+        {"raised by a bound function", InOnInit("job:getProduct('B')"),
+         "script.lua:2: getProduct could not find product B | job:getProduct('B')"},
+    };
+    Check(rows);
+}
+
+TEST(nxScriptSource, TellsWhatStaysOpenAtTheEnd)
+{
+    const Row rows[] = {
+        {"the line behind the last", "function OnInit()\n",
+         "script.lua:2: 'end' expected (to close 'function' at line 1) near '<eof>' | "},
+        {"opened further up", "\n\nif true then\n\nx = 1",
+         "script.lua:6: 'end' expected (to close 'if' at line 3) near '<eof>' | "},
+        {"a bracket", "x = {\n1,\n2\nlocal y",
+         "script.lua:4: '}' expected (to close '{' at line 1) near 'local' | "
+         "local y"},
+    };
+    Check(rows);
+}
+
+TEST(nxScriptSource, KeepsTheScriptsOwnWordsWhateverTheyLookLike)
+{
+    const Row rows[] = {
+        {"brackets and colons", InOnInit("error('[a]:7: b: 8: c')"),
+         "script.lua:2: [a]:7: b: 8: c | error('[a]:7: b: 8: c')"},
+        {"in the first line", "--[[ [x]:3: ]] error('[y]:4:')",
+         "script.lua:1: [y]:4: | --[[ [x]:3: ]] error('[y]:4:')"},
+        {"without a place", InOnInit("error('disk on fire', 0)"), "disk on fire"},
+        {"empty", InOnInit("error('', 0)"), ""},
+        {"a table", InOnInit("error({code = 5})"), "error object is a table value"},
+        {"nil", InOnInit("error(nil)"), "error object is a nil value"},
+        {"words of the compiler", InOnInit("error('cat at line 9')"),
+         "script.lua:2: cat at line 9 | error('cat at line 9')"},
+    };
+    Check(rows);
+}
+
+// The engine takes every line for one of the script; a line of the prelude must not point there.
+TEST(nxScriptSource, AnErrorInTheLibrarysOwnHelpersIsNotBlamedOnALineOfTheScript)
+{
+    const std::string padding(60, '\n');
+    for (const std::string& script : {InOnInit("round(nil)"), InOnInit("round(nil)") + padding}) {
+        const std::string told = Fail(script);
+        EXPECT_TRUE(told.starts_with("prelude.lua:9: attempt to perform arithmetic")) << told;
+    }
+}
+
+TEST(nxScriptSource, AnErrorInATextLoadedByTheScriptKeepsItsOwnLine)
+{
+    const std::string told =
+        Fail("local load = loadstring\n" + InOnInit("load('\\n\\nlocal a = b.c', 'extra')()"));
+    EXPECT_EQ(told, "[string \"extra\"]:3: attempt to index global 'b' (a nil value)");
+}
+
+TEST(nxScriptSource, TellsErrorsOfModulesInTheirOwnFileAndLine)
+{
+    const struct
+    {
+        const char* name;
+        const char* first;
+        const char* second;
+        const char* script;
+        const char* told;
+    } rows[] = {
+        {"first module", "error('x')", "", "", "a.lua:1: x"},
+        {"last line of the first", "\n\nerror('x')\n", "y = 1\n", "", "a.lua:3: x"},
+        {"second behind one without newline", "y = 1", "\nerror('x')", "", "b.lua:2: x"},
+        {"second behind an empty one", "", "error('x')", "", "b.lua:1: x"},
+        {"the script behind both", "y = 1\n", "z = 2", "\nerror('x')", "script.lua:2: x"},
+        {"a function of a module, called by the script", "\nfunction f() error('x') end", "",
+         "function OnInit() f() end", "a.lua:2: x"},
+        {"each with a line for a shell", "#!a\n", "#!b\n", "#!c\nerror('x')", "script.lua:2: x"},
+        {"a module that stays open", "\nfunction f()\n", "", "y = 1\n",
+         "script.lua:2: 'end' expected (to close 'function' at line 2 of a.lua) near '<eof>'"},
+        {"what a module sets, the script has", "y = 1", "z = 2", "function OnInit() error(y + z) end",
+         "script.lua:1: 3"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        nxHostRun run;
+        run.AddModule("a.lua", row.first);
+        run.AddModule("b.lua", row.second);
+        run.SetScript(row.script);
+        static_cast<void>(Fail(run));
+        EXPECT_EQ(run.GetErrors().substr(0, run.GetErrors().find('\n')), row.told);
+    }
+}
+
+TEST(nxScriptSource, RefusesWhatIsNoScriptBeforeAnythingRuns)
+{
+    nxHostRun run;
+    const std::string binary = std::string("local a\n") + '\0';
+    const struct
+    {
+        const char* name;
+        std::string path;
+        const char* told;
+    } rows[] = {
+        {"missing", run.Write("x", "") + ".lua", "x.lua: no such file\n"},
+        {"a directory", run.Write("x", "").substr(0, run.Write("x", "").size() - 1),
+         ": is a directory, not a Lua script\n"},
+        {"zero byte", run.Write("binary.lua", binary),
+         "binary.lua:2: holds a zero byte, so it is no Lua source text\n"},
+    };
+    run.AddQuotes("@00,A,1,1,,,,,\n");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        run.options.script = row.path;
+        EXPECT_EQ(run.Run(), nxRunResult::InputFailed);
+        EXPECT_EQ(run.err, row.told);
+        EXPECT_EQ(run.out, "");
+    }
+}
+
+TEST(nxScriptSource, RefusesAPrecompiledScript)
+{
+    EXPECT_EQ(Fail("\x1bLua Q"), "script.lua:1: unexpected symbol near char(27) | \x1bLua Q");
+}

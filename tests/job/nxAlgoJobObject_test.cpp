@@ -1,0 +1,286 @@
+#include "scriptFramework/job/nxAlgoJobObject.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/nxRecordingHost.h"
+#include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxSetTime.h"
+
+namespace {
+
+class nxAlgoJobObjectTest : public testing::Test
+{
+protected:
+    void Load(const std::string& script)
+    {
+        ASSERT_TRUE(job.LoadScript(script).IsSuccess()) << job.GetErrorText();
+    }
+    void Start(const std::string& script)
+    {
+        Load(script);
+        ASSERT_TRUE(job.StartJob().IsSuccess()) << job.GetErrorText();
+    }
+
+    nxRecordingHost host;
+    nxAlgoJobObject job{&host};
+};
+
+TEST_F(nxAlgoJobObjectTest, AFailedLoadIsAnsweredLoggedAndForATextTold)
+{
+    nxRecordingLog log;
+    EXPECT_EQ(job.LoadScript("x = = 1"), nxErrorEnum(nxError_ScriptLoadFailed));
+    EXPECT_EQ(log.TakeLines(), "32 [test] Failed to load text\n");
+    EXPECT_EQ(job.GetErrorText(), "[string \"x = = 1\"]:1: unexpected symbol near '='");
+    EXPECT_EQ(job.LoadScript("error('no', 0)"), nxErrorEnum(nxError_ScriptLoadFailed));
+    EXPECT_EQ(job.GetErrorText(), "no");
+    log.TakeLines();
+    EXPECT_EQ(job.LoadFile("/no/such/file.lua"), nxErrorEnum(nxError_ScriptLoadFailed));
+    EXPECT_EQ(log.TakeLines(), "32 [test] Failed to load file /no/such/file.lua\n");
+    EXPECT_EQ(job.GetErrorText(), "");
+    EXPECT_EQ(job.LoadScript("\033Lua"), nxErrorEnum(nxError_ScriptLoadFailed));
+    log.TakeLines();
+    EXPECT_TRUE(job.LoadFile(NX_TEST_DIR "/scripts/prelude_list.lua").IsSuccess());
+    EXPECT_EQ(log.TakeLines(), "");
+}
+
+TEST_F(nxAlgoJobObjectTest, WithoutOnInitNothingIsStarted)
+{
+    Load("function OnPrice() end");
+    nxRecordingLog log;
+    EXPECT_EQ(job.StartJob(), nxErrorEnum(nxError_NoOnInit));
+    EXPECT_EQ(log.TakeLines(), "32 [test] OnInit does not exist\n");
+    Load("assert(io and os and not job and not round)");
+    EXPECT_TRUE(job.IsActive());
+    // Whether a callback exists is asked once in the life of a job.
+    Load("function OnInit() end");
+    EXPECT_EQ(job.StartJob(), nxErrorEnum(nxError_NoOnInit));
+}
+
+TEST_F(nxAlgoJobObjectTest, AFailedStartTellsWhyAndMayBeRepeated)
+{
+    const struct
+    {
+        const char* script;
+        const char* log;
+        const char* error;
+    } rows[] = {
+        {"function OnInit() error('not yet', 0) end", "32 [test] OnInit failed. Error : not yet\n",
+         "not yet"},
+        {"function OnInit() end OnInit2, OnInit = OnInit, nil "
+         "setmetatable(_G, {__index = function(t, k) if k ~= 'OnInit' then return end error('boo', 0) end})",
+         "32 [test] OnInit does not exist\n", "boo"},
+        {"function OnInit() end setmetatable(_G, {__newindex = function(_, k) error('no ' .. k, 0) end})",
+         "37 [test] Script Engine Start Failed. Error : no job\n", "no job"},
+        {"function OnInit() end setmetatable(_G, {__newindex = function(t, k, v) "
+         "if k == 'sort' then error('no ' .. k, 0) end rawset(t, k, v) end})",
+         "37 [test] Script Engine Start Failed. Error : no sort\n", "no sort"},
+        {"function OnInit() error({}) end",
+         "32 [test] OnInit failed. Error : error object is a table value\n", "error object is a table value"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.script);
+        nxAlgoJobObject starting(&host);
+        ASSERT_TRUE(starting.LoadScript(row.script).IsSuccess());
+        nxRecordingLog log;
+        const bool hasOnInit = std::string(row.log).find("does not exist") == std::string::npos;
+        EXPECT_EQ(starting.StartJob(), nxErrorEnum(hasOnInit ? nxError_StartFailed : nxError_NoOnInit));
+        EXPECT_EQ(log.TakeLines(), row.log);
+        EXPECT_EQ(starting.GetErrorText(), row.error);
+        EXPECT_TRUE(starting.IsActive());
+        ASSERT_TRUE(starting.LoadScript("setmetatable(_G, nil); function OnInit() end").IsSuccess());
+        EXPECT_TRUE(starting.StartJob().IsSuccess()) << starting.GetErrorText();
+    }
+}
+
+TEST_F(nxAlgoJobObjectTest, TheSandboxTakesGlobalsAwayAtTheStart)
+{
+    Load(
+        "sandboxed = {'io', 'os', 'package', 'coroutine', 'loadfile', 'loadstring', 'load', 'dofile', "
+        "'collectgarbage'} "
+        "bound = {'job', 'clock', 'date', 'round', 'sortUp', 'sortDown', 'sort', 'copy', 'mapSize', "
+        "'vorant'} "
+        "for _, name in ipairs(sandboxed) do assert(_G[name], name) end "
+        "for _, name in ipairs(bound) do assert(_G[name] == nil, name) end "
+        "local time = os.time "
+        "function round() return 'mine' end "
+        "function OnInit() "
+        "  for _, name in ipairs(sandboxed) do assert(_G[name] == nil, name) end "
+        "  for _, name in ipairs(bound) do assert(_G[name] ~= nil, name) end "
+        "  for _, name in ipairs{'string', 'table', 'math', 'debug', 'require', 'pcall', 'print', 'setfenv'} "
+        "do "
+        "    assert(_G[name], name) end "
+        "  assert(type(time()) == 'number') "
+        "  assert(round(2.4) == 2) "
+        "end");
+    EXPECT_TRUE(job.StartJob().IsSuccess()) << job.GetErrorText();
+}
+
+TEST_F(nxAlgoJobObjectTest, EventsReachTheScriptUntilTheJobIsStopped)
+{
+    const auto timer = [this] { return job.OnTimer("t").IsSuccess(); };
+    Load(
+        "function OnTimer(name) count = (count or 0) + 1; if job then job:logText(name .. count) end end "
+        "function OnShutdown() job:logText('bye') end function OnInit() end");
+    EXPECT_TRUE(timer());  // even before the start
+    EXPECT_TRUE(job.StartJob().IsSuccess());
+    EXPECT_TRUE(timer());
+    EXPECT_EQ(host.TakeCalls(), "t2");
+    EXPECT_TRUE(job.IsActive());
+    {
+        nxRecordingLog log;
+        EXPECT_TRUE(job.StopJob().IsSuccess());
+        EXPECT_EQ(log.TakeLines(), "32 [test] Stopping Algo Job Object \n");
+    }
+    EXPECT_FALSE(job.IsActive());
+    EXPECT_TRUE(timer());
+    EXPECT_EQ(host.TakeCalls(), "");
+    EXPECT_TRUE(job.OnShutdown().IsSuccess());
+    EXPECT_TRUE(job.OnShutdown().IsSuccess());
+    EXPECT_TRUE(job.StopJob().IsSuccess());
+    EXPECT_EQ(host.TakeCalls(), "bye bye");
+}
+
+TEST_F(nxAlgoJobObjectTest, AFailedCallbackDoesNotStopTheJob)
+{
+    Start(
+        "\nfunction OnInit() end function OnTimer(name) if name == 'bad' then error('boom') end "
+        "job:logText(name) end");
+    EXPECT_EQ(job.OnTimer("bad"), nxErrorEnum(nxError_CallbackFailed));
+    EXPECT_EQ(job.GetErrorText(), "[string \"...\"]:2: boom");
+    EXPECT_TRUE(job.IsActive());
+    EXPECT_TRUE(job.OnTimer("good").IsSuccess());
+    EXPECT_EQ(job.GetErrorText(), "");
+    EXPECT_EQ(host.TakeCalls(), "good");
+}
+
+TEST_F(nxAlgoJobObjectTest, TellsLinesByTheScriptHelper)
+{
+    nxScriptHelper helper;
+    helper.modules = {{"util", 2, 3}};
+    helper.lineOffset = 3;
+    job.SetScriptHelper(helper);
+    Start(
+        "\nfunction util() error('boom') end\n\nfunction OnInit() end\nfunction OnTimer(f) _G[f]() end\n"
+        "function own() error('boom') end");
+    EXPECT_FALSE(job.OnTimer("util").IsSuccess());
+    EXPECT_EQ(job.GetErrorText(), "[string \"...\"]:1:util: boom");
+    EXPECT_FALSE(job.OnTimer("own").IsSuccess());
+    EXPECT_EQ(job.GetErrorText(), "[string \"...\"]:4: boom");
+}
+
+// What the host sees while the script is inside one of its calls.
+class WatchingHost : public nxRecordingHost
+{
+public:
+    const nxAlgoJobObject* watched = nullptr;
+    void LogText(const std::string& text) override
+    {
+        if (text == "foreign") throw 42;
+        calls.push_back(text + (watched->IsInShutdown() ? " in shutdown" : "") +
+                        (watched->IsActive() ? " active" : ""));
+    }
+};
+
+TEST(nxAlgoJobObject, IsInShutdownOnlyWhileOnShutdownRuns)
+{
+    WatchingHost host;
+    nxAlgoJobObject job(&host);
+    host.watched = &job;
+    ASSERT_TRUE(
+        job.LoadScript(
+               "function OnInit() job:logText('init') end function OnTimer() job:logText('timer') end "
+               "function OnShutdown() job:logText('shutdown'); error('boom', 0) end")
+            .IsSuccess());
+    EXPECT_TRUE(job.StartJob().IsSuccess());
+    EXPECT_TRUE(job.OnTimer("").IsSuccess());
+    EXPECT_FALSE(job.IsInShutdown());
+    EXPECT_EQ(job.OnShutdown(), nxErrorEnum(nxError_CallbackFailed));
+    EXPECT_FALSE(job.IsInShutdown());
+    EXPECT_TRUE(job.OnTimer("").IsSuccess());
+    job.StopJob();
+    EXPECT_EQ(job.OnShutdown(), nxErrorEnum(nxError_CallbackFailed));
+    EXPECT_EQ(host.TakeCalls(),
+              "init active timer active shutdown in shutdown active timer active shutdown in shutdown");
+}
+
+TEST(nxAlgoJobObject, AForeignExceptionOfTheHostFailsTheEntryWithAText)
+{
+    WatchingHost host;
+    nxAlgoJobObject job(&host);
+    host.watched = &job;
+    ASSERT_TRUE(
+        job.LoadScript("function OnInit() end function OnTimer(text) job:logText(text) end").IsSuccess());
+    ASSERT_TRUE(job.StartJob().IsSuccess());
+    EXPECT_EQ(job.OnTimer("foreign"), nxErrorEnum(nxError_CallbackFailed));
+    EXPECT_EQ(job.GetErrorText(), "C++ exception");
+    EXPECT_TRUE(job.OnTimer("fine").IsSuccess());
+    EXPECT_EQ(host.TakeCalls(), "fine active");
+}
+
+TEST_F(nxAlgoJobObjectTest, AnExceptionOfTheHostIsALuaError)
+{
+    Start(
+        "function OnInit() end function OnTimer(name) "
+        "if name == 'caught' then caught, text = pcall(job.logText, job, 'x') return end "
+        "if name == 'tell' then job:logText(tostring(caught) .. ' ' .. text) return end job:logText('x') "
+        "end");
+    host.throwOnLogText = "the host's reason: %s";
+    EXPECT_TRUE(job.OnTimer("caught").IsSuccess());
+    EXPECT_EQ(job.OnTimer("uncaught"), nxErrorEnum(nxError_CallbackFailed));
+    EXPECT_TRUE(job.GetErrorText().ends_with(":1: the host's reason: %s")) << job.GetErrorText();
+    host.throwOnLogText.clear();
+    EXPECT_TRUE(job.OnTimer("tell").IsSuccess());
+    EXPECT_EQ(host.TakeCalls(), "false the host's reason: %s");
+}
+
+TEST_F(nxAlgoJobObjectTest, AScriptShutsItsJobDown)
+{
+    Start(
+        "function OnInit() end function OnTimer() job:shutdown('ignored') job:logText('still here') end "
+        "function OnShutdown() job:logText('bye') end");
+    host.stopOnShutdown = &job;
+    nxRecordingLog log;
+    EXPECT_TRUE(job.OnTimer("").IsSuccess());
+    EXPECT_EQ(host.TakeCalls(), "Shutdown still here");
+    EXPECT_EQ(log.TakeLines(), "32 [test] Shutdown job\n32 [test] Stopping Algo Job Object \n");
+    EXPECT_FALSE(job.IsActive());
+    EXPECT_TRUE(job.OnTimer("").IsSuccess());
+    EXPECT_EQ(host.TakeCalls(), "");
+    EXPECT_TRUE(job.StopJob().IsSuccess());
+    EXPECT_EQ(log.TakeLines(), "32 [test] Stopping Algo Job Object \n");
+    EXPECT_TRUE(job.OnShutdown().IsSuccess());
+    EXPECT_EQ(host.TakeCalls(), "bye");
+}
+
+TEST_F(nxAlgoJobObjectTest, RunsOutOfMemoryAndGoesOn)
+{
+    Start(
+        "function OnInit() end function OnTimer(name) if name == 'eat' then local t = {} "
+        "for i = 1, 1e7 do t[i] = {} end end job:logText(name) end");
+    job.SetMemoryLimit(job.GetMemory().GetBytesInUse() + 1000000);
+    EXPECT_EQ(job.OnTimer("eat"), nxErrorEnum(nxError_CallbackFailed));
+    EXPECT_EQ(job.GetErrorText(), "not enough memory");
+    job.SetMemoryLimit(1);
+    EXPECT_EQ(job.OnTimer("a name that Lua has not seen yet"), nxErrorEnum(nxError_CallbackFailed));
+    EXPECT_EQ(job.GetErrorText(), "not enough memory");
+    EXPECT_EQ(job.LoadScript("x = 1"), nxErrorEnum(nxError_ScriptLoadFailed));
+    job.SetMemoryLimit(0);
+    EXPECT_TRUE(job.OnTimer("good").IsSuccess()) << job.GetErrorText();
+    EXPECT_EQ(host.TakeCalls(), "good");
+}
+
+TEST_F(nxAlgoJobObjectTest, IsLoadedAndCalledOverAndOver)
+{
+    for (int i = 0; i < 1000; ++i)
+        Load("function OnInit() end function OnTimer() count = (count or 0) + 1 end");
+    ASSERT_TRUE(job.StartJob().IsSuccess());
+    for (int i = 0; i < 100000; ++i)
+        ASSERT_TRUE(job.OnTimer("t").IsSuccess()) << job.GetErrorText();
+    Load("function OnShutdown() job:logText(count) end return unpack({}, 1, 7000)");
+    for (int i = 0; i < 100; ++i)
+        ASSERT_TRUE(job.OnShutdown().IsSuccess()) << job.GetErrorText();
+    EXPECT_EQ(host.calls.size(), 100u);
+    EXPECT_EQ(host.calls.front(), "100000");
+}
+
+}  // namespace

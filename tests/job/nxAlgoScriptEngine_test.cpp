@@ -1,0 +1,221 @@
+#include "scriptFramework/job/nxAlgoScriptEngine.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <thread>
+
+#include "base/records/nxMarketDepth.h"
+#include "base/records/nxPrice.h"
+#include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxScriptJob.h"
+
+namespace {
+
+// One row a callback that a host can deliver in this version.
+struct Callback
+{
+    const char* name;
+    std::function<nxErrorEnum(nxAlgoJobObject&, nxAlgoJobInterface*)> deliver;
+    const char* arguments;  // as the script sees them
+    const char* failure;    // the log line ahead of the error
+};
+
+const Callback Callbacks[] = {
+    {"OnPrice",
+     [](auto& job, auto* host) {
+         const nxPrice price;
+         nxAlgoPriceObject object(host, &price, nullptr, 1);
+         return job.OnPrice(object);
+     },
+     "id 1", "OnPrice failed. Error : "},
+    {"OnMarketDepth",
+     [](auto& job, auto* host) {
+         const nxMarketDepth depth;
+         nxAlgoMarketDepthObject object(host, &depth, 2);
+         return job.OnMarketDepth(object);
+     },
+     "id 2", "OnMarketDepth failed. Error : "},
+    {"OnProductState",
+     [](auto& job, auto* host) {
+         nxAlgoStateObject object(host, 3);
+         return job.OnProductState(object);
+     },
+     "id 3", "OnProductState failed. Error : "},
+    {"OnParameter", [](auto& job, auto*) { return job.OnParameter("width", "5", "me"); }, "width 5 me",
+     "OnParameter ( width , 5 ) Tag = me failed. Error : "},
+    {"OnPosition",
+     [](auto& job, auto* host) {
+         nxAlgoPositionObject object(host, 4);
+         return job.OnPosition(object);
+     },
+     "id 4", "OnPosition failed. Error : "},
+    {"OnTimer", [](auto& job, auto*) { return job.OnTimer("beat"); }, "beat",
+     "OnTimer ( beat ) failed. Error : "},
+    {"OnJobChanged", [](auto& job, auto*) { return job.OnJobChanged(); }, "",
+     "OnJobChanged failed. Error : "},
+    {"OnJobParametersChanged", [](auto& job, auto*) { return job.OnJobParametersChanged(); }, "",
+     "OnJobParametersChanged failed. Error : "},
+    {"OnShutdown", [](auto& job, auto*) { return job.OnShutdown(); }, "", "OnShutdown failed. Error : "},
+    {"OnPriceTradeVolumes",
+     [](auto& job, auto* host) {
+         nxAlgoPriceTradeVolumesObject object(host, 5);
+         return job.OnPriceTradeVolumes(object);
+     },
+     "id 5", "OnPriceTradeVolumes failed. Error : "},
+};
+
+TEST(nxAlgoScriptEngine, EachCallbackBringsItsArgumentsAndTellsItsFailure)
+{
+    for (const Callback& row : Callbacks) {
+        SCOPED_TRACE(row.name);
+        nxRecordingHost host;
+        nxAlgoJobObject job(&host);
+        ASSERT_TRUE(job.LoadScript("function OnInit() end function " + std::string(row.name) +
+                                   "(...) local shown = {...} for i, value in ipairs(shown) do "
+                                   "if type(value) == 'table' then shown[i] = 'id ' .. value.id end end "
+                                   "job:logText('[' .. table.concat(shown, ' ') .. ']') "
+                                   "if fail then error('boom', 0) end end")
+                        .IsSuccess());
+        ASSERT_TRUE(job.StartJob().IsSuccess());
+        nxRecordingLog log;
+        EXPECT_TRUE(row.deliver(job, &host).IsSuccess()) << job.GetErrorText();
+        EXPECT_EQ(host.TakeCalls() + log.TakeLines(), "[" + std::string(row.arguments) + "]");
+
+        ASSERT_TRUE(job.LoadScript("fail = true").IsSuccess());
+        EXPECT_EQ(row.deliver(job, &host), nxErrorEnum(nxError_CallbackFailed));
+        EXPECT_EQ(log.TakeLines(), "32 [test] " + std::string(row.failure) + "boom\n");
+        host.TakeCalls();
+
+        job.StopJob();
+        log.TakeLines();
+        const bool afterStop = std::string(row.name) == "OnShutdown";
+        EXPECT_NE(row.deliver(job, &host).IsSuccess(), afterStop);
+        EXPECT_EQ(host.TakeCalls(), afterStop ? "[]" : "");
+        EXPECT_EQ(log.TakeLines().empty(), !afterStop);
+    }
+}
+
+TEST(nxAlgoScriptEngine, CallbacksThatTheScriptDoesNotDefineSucceed)
+{
+    nxRecordingHost host;
+    nxAlgoJobObject job(&host);
+    ASSERT_TRUE(job.LoadScript("function OnInit() end").IsSuccess());
+    ASSERT_TRUE(job.StartJob().IsSuccess());
+    nxRecordingLog log;
+    for (const Callback& row : Callbacks)
+        EXPECT_TRUE(row.deliver(job, &host).IsSuccess()) << row.name;
+    EXPECT_TRUE(job.IsActive());
+    EXPECT_EQ(log.TakeLines(), "");
+}
+
+// Whatever raises outside the script's own protected calls: the entry fails with a text, and the next works.
+TEST(nxAlgoScriptEngine, AnErrorBeforeTheScriptRunsFailsTheEntry)
+{
+    for (const Callback& row : Callbacks) {
+        SCOPED_TRACE(row.name);
+        nxRecordingHost host;
+        nxAlgoJobObject job(&host);
+        ASSERT_TRUE(
+            job.LoadScript(
+                   "function OnInit() end setmetatable(_G, {__index = function() error('boo', 0) end})")
+                .IsSuccess());
+        ASSERT_TRUE(job.StartJob().IsSuccess()) << job.GetErrorText();
+        EXPECT_EQ(row.deliver(job, &host), nxErrorEnum(nxError_CallbackFailed));
+        EXPECT_EQ(job.GetErrorText(), "boo");
+        ASSERT_TRUE(job.LoadScript("setmetatable(_G, nil)").IsSuccess());
+        EXPECT_TRUE(row.deliver(job, &host).IsSuccess()) << job.GetErrorText();
+    }
+}
+
+TEST(nxAlgoScriptEngine, WorksWithoutAJob)
+{
+    nxAlgoScriptEngine engine(nullptr);
+    nxRecordingLog log;
+    ASSERT_TRUE(
+        engine.LoadText("function OnInit() job:logText('nobody') assert(clock.year > 2000) end "
+                        "function OnTimer() error('boom', 0) end"));
+    EXPECT_TRUE(engine.Start().IsSuccess()) << engine.GetLastError();
+    EXPECT_FALSE(engine.OnTimer("t").IsSuccess());
+    EXPECT_EQ(log.TakeLines(), "32 OnTimer ( t ) failed. Error : boom\n");
+}
+
+// The script spins until another thread, which looks at the job meanwhile, lets it go.
+class SpinningHost : public nxRecordingHost
+{
+public:
+    std::atomic<bool> inScript = false;
+    std::atomic<bool> released = false;
+    void LogText(const std::string&) override
+    {
+        inScript = true;
+        while (!released)
+            std::this_thread::yield();
+    }
+};
+
+TEST(nxAlgoScriptEngineThread, IsActiveAnswersWhileAScriptRuns)
+{
+    SpinningHost host;
+    nxAlgoJobObject job(&host);
+    ASSERT_TRUE(job.LoadScript("function OnInit() end function OnTimer() job:logText('') end").IsSuccess());
+    ASSERT_TRUE(job.StartJob().IsSuccess());
+    bool delivered = false;
+    std::thread script([&] { delivered = job.OnTimer("t").IsSuccess(); });
+    while (!host.inScript)
+        std::this_thread::yield();
+    EXPECT_TRUE(job.IsActive());
+    EXPECT_FALSE(job.IsInShutdown());
+    host.released = true;
+    script.join();
+    EXPECT_TRUE(delivered);
+}
+
+TEST(nxAlgoScriptEngineThread, EventsFromSeveralThreadsRunOneAfterTheOther)
+{
+    constexpr int threads = 4;
+    constexpr int events = 500;
+    nxRecordingHost host;
+    nxAlgoJobObject job(&host);
+    ASSERT_TRUE(
+        job.LoadScript("count = 0 function OnInit() end function OnTimer() assert(not busy) busy = true "
+                       "for i = 1, 20 do count = count + 1 end busy = nil end "
+                       "function OnShutdown() job:logText(count) end")
+            .IsSuccess());
+    ASSERT_TRUE(job.StartJob().IsSuccess());
+    std::atomic<int> failures = 0;
+    std::vector<std::thread> running;
+    for (int i = 0; i < threads; ++i)
+        running.emplace_back([&] {
+            for (int k = 0; k < events; ++k)
+                if (!job.OnTimer("t").IsSuccess() || !job.IsActive()) ++failures;
+        });
+    for (std::thread& thread : running)
+        thread.join();
+    EXPECT_EQ(failures, 0);
+    job.StopJob();
+    EXPECT_TRUE(job.OnShutdown().IsSuccess());
+    EXPECT_EQ(host.TakeCalls(), std::to_string(threads * events * 20));
+}
+
+TEST(nxAlgoScriptEngineThread, JobsOfTheProcessRunSideBySide)
+{
+    std::atomic<int> failures = 0;
+    std::vector<std::thread> running;
+    for (int i = 0; i < 4; ++i)
+        running.emplace_back([&] {
+            for (int k = 0; k < 5; ++k) {
+                nxScriptJob script;
+                script.AddProduct("FDAX", 12);
+                for (int n = 0; n < 20; ++n)
+                    if (script.Evaluate("job:getProduct('FDAX').price.bidPrice, clock.year > 2000") !=
+                        "nil true")
+                        ++failures;
+            }
+        });
+    for (std::thread& thread : running)
+        thread.join();
+    EXPECT_EQ(failures, 0);
+}
+
+}  // namespace

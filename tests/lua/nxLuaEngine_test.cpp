@@ -1,0 +1,238 @@
+#include "scriptFramework/lua/nxLuaEngine.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <lua.hpp>
+
+#include "tests/lua/nxProbe.h"
+
+namespace {
+
+// A file with the given bytes for the length of a test.
+class TemporaryFile
+{
+public:
+    explicit TemporaryFile(const std::string& content)
+        : path(std::filesystem::temp_directory_path() / ("nxLuaEngine_test." + std::to_string(getpid())))
+    {
+        std::ofstream(path, std::ios::binary) << content;
+    }
+    ~TemporaryFile() { std::filesystem::remove(path); }
+    const std::filesystem::path path;
+};
+
+std::string TakeText(nxProbeEngine& engine)
+{
+    size_t length = 0;
+    const char* text = lua_tolstring(engine._GetState(), -1, &length);
+    return text == nullptr ? "" : std::string(text, length);
+}
+
+std::string CompileToBinary()
+{
+    nxProbeEngine engine;
+    EXPECT_TRUE(engine.LoadText("dumped = string.dump(function() loaded = true end)"));
+    lua_getglobal(engine._GetState(), "dumped");
+    return TakeText(engine);
+}
+
+TEST(nxLuaEngine, LoadsTextAndTellsWhyNot)
+{
+    const struct
+    {
+        const char* text;
+        const char* error;
+    } rows[] = {
+        {"value = 1", ""},
+        {"", ""},
+        {"value = = 1", "[string \"value = = 1\"]:1: unexpected symbol near '='"},
+        {"\nerror('boom')", "[string \"...\"]:2: boom"},
+        {"error('boom', 0)", "boom"},
+        {"error({})", "error object is a table value"},
+        {"error(nil)", "error object is a nil value"},
+        {"error(true)", "error object is a boolean value"},
+        {"error(17, 0)", "17"},
+        {"error(setmetatable({}, {__tostring = function() return 'x' end}))",
+         "error object is a table value"},
+    };
+    nxProbeEngine engine;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(engine.LoadText(row.text), *row.error == '\0');
+        EXPECT_EQ(engine.GetLastError(), row.error);
+        EXPECT_EQ(engine.LoadModule(row.text), *row.error == '\0');
+        EXPECT_EQ(engine.GetLastError(), row.error);
+    }
+    EXPECT_TRUE(engine.LoadText("value = 2"));
+    EXPECT_EQ(engine.GetLastError(), "");
+}
+
+// The lines of an assembled script: "util" at 50 to 60, "math" at 61 to 70, then the author's own from 100.
+TEST(nxLuaEngine, TellsLinesInTheAuthorsTerms)
+{
+    nxScriptHelper helper;
+    helper.modules = {{"util", 50, 60}, {"late", 58, 65}, {"math", 61, 70}};
+    helper.lineOffset = 100;
+    const struct
+    {
+        const char* message;
+        const char* plain;
+        const char* mapped;
+    } rows[] = {
+        {"[x]:57: boom", "[x]:57: boom", "[x]:8:util: boom"},
+        {"[x]:50: boom", "[x]:50: boom", "[x]:1:util: boom"},
+        {"[x]:60: boom", "[x]:60: boom", "[x]:11:util: boom"},
+        {"[x]:61: boom", "[x]:61: boom", "[x]:4:late: boom"},
+        {"[x]:70: boom", "[x]:70: boom", "[x]:10:math: boom"},
+        {"[x]:40: boom", "[x]:40: boom", "[x]:40: boom"},
+        {"[x]:100: boom", "[x]:100: boom", "[x]:100: boom"},
+        {"[x]:101: boom", "[x]:101: boom", "[x]:2: boom"},
+        {"[x]:057: boom", "[x]:57: boom", "[x]:8:util: boom"},
+        {"[x]: 57: a: b", "[x]:57: a: b", "[x]:8:util: a: b"},
+        {"] [:57: boom", "] [:57: boom", "] [:8:util: boom"},
+        {"a:1: [x] b:57: c", "a:1: [x] b:57: c", "a:1: [x] b:8:util: c"},
+        {"[x]:0: boom", "[x]:0: boom", "[x]:0: boom"},
+        {"[x]:many: boom", "[x]:many: boom", "[x]:many: boom"},
+        {"[x]:57", "[x]:57", "[x]:57"},
+        {"[x] boom", "[x] boom", "[x] boom"},
+        {"x]:57: boom", "x]:57: boom", "x]:57: boom"},
+        {"[x:57: boom", "[x:57: boom", "[x:57: boom"},
+        {"boom", "boom", "boom"},
+        {"", "", ""},
+    };
+    nxProbeEngine plain;
+    nxProbeEngine mapped;
+    mapped.SetScriptHelper(helper);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.message);
+        const std::string script = "error('" + std::string(row.message) + "', 0)";
+        const int top = lua_gettop(mapped._GetState());
+        EXPECT_FALSE(plain.LoadModule(script));
+        EXPECT_EQ(plain.GetLastError(), row.plain);
+        EXPECT_FALSE(mapped.LoadModule(script));
+        EXPECT_EQ(mapped.GetLastError(), row.mapped);
+        EXPECT_EQ(lua_gettop(mapped._GetState()), top);
+    }
+    EXPECT_FALSE(mapped.LoadModule(std::string(56, '\n') + "local x = nil + 1"));
+    EXPECT_EQ(mapped.GetLastError(), "[string \"...\"]:8:util: attempt to perform arithmetic on a nil value");
+    mapped.SetScriptHelper({});
+    EXPECT_FALSE(mapped.LoadModule(std::string(56, '\n') + "local x = nil + 1"));
+    EXPECT_EQ(mapped.GetLastError(), "[string \"...\"]:57: attempt to perform arithmetic on a nil value");
+}
+
+TEST(nxLuaEngine, AFailingFileLeavesItsMessageOnTheStackAlone)
+{
+    const struct
+    {
+        const char* content;
+        const char* message;  // a part of it; empty when the file loads
+    } rows[] = {
+        {"loaded = true", ""},
+        {"#!/usr/bin/lua\nloaded = true", ""},
+        {"# only this line", ""},
+        {"", ""},
+        {"loaded = = 1", ":1: unexpected symbol near '='"},
+        {"\nerror('boom')", ":2: boom"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.content);
+        const TemporaryFile file(row.content);
+        nxProbeEngine engine;
+        const bool expected = *row.message == '\0';
+        EXPECT_EQ(engine.LoadScript(file.path), expected);
+        EXPECT_EQ(engine.GetLastError(), "");
+        if (expected) continue;
+        EXPECT_NE(TakeText(engine).find(row.message), std::string::npos) << TakeText(engine);
+    }
+    nxProbeEngine engine;
+    EXPECT_FALSE(engine.LoadText("error('earlier')"));
+    EXPECT_FALSE(engine.LoadScript("/no/such/file.lua"));
+    EXPECT_EQ(engine.GetLastError(), "");
+    EXPECT_NE(TakeText(engine).find("cannot open"), std::string::npos);
+    EXPECT_FALSE(engine.LoadScript(std::filesystem::temp_directory_path()));
+}
+
+TEST(nxLuaEngine, RefusesBinaryChunks)
+{
+    const std::string binary = CompileToBinary();
+    ASSERT_EQ(binary.substr(0, 4), "\033Lua");
+    const std::pair<const char*, std::string> rows[] = {
+        {"plain", binary},
+        {"behind a # line", "#!/usr/bin/lua\n" + binary},
+        {"behind an empty # line", "#\n" + binary},
+        {"the mark alone", "\033"},
+    };
+    for (const auto& [name, content] : rows) {
+        SCOPED_TRACE(name);
+        nxProbeEngine engine;
+        EXPECT_FALSE(engine.LoadText(content));
+        EXPECT_EQ(engine.GetLastError(), "binary chunks are not accepted");
+        EXPECT_FALSE(engine.LoadModule(content));
+        EXPECT_EQ(engine.GetLastError(), "binary chunks are not accepted");
+        const TemporaryFile file(content);
+        EXPECT_FALSE(engine.LoadScript(file.path));
+        EXPECT_EQ(engine.GetLastError(), "");
+        EXPECT_EQ(TakeText(engine), "binary chunks are not accepted");
+        EXPECT_EQ(engine.Evaluate("loaded"), "nil");
+    }
+}
+
+TEST(nxLuaEngine, ReadsAndRemovesGlobals)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(engine.LoadText("number = 2.5; text = '0x10'; word = 'x'; function f() end"));
+    const struct
+    {
+        const char* name;
+        double number;
+        bool isFunction;
+    } rows[] = {{"number", 2.5, false}, {"text", 16, false}, {"word", 0, false}, {"f", 0, true},
+                {"print", 0, true},     {"io", 0, false},    {"none", 0, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const int top = lua_gettop(engine._GetState());
+        EXPECT_EQ(engine.GetGlobalNumber(row.name), row.number);
+        EXPECT_EQ(lua_gettop(engine._GetState()), top);
+        EXPECT_EQ(engine.DoesFunctionExist(row.name), row.isFunction);
+        engine.RemoveFunction(row.name);
+        EXPECT_FALSE(engine.DoesFunctionExist(row.name));
+        EXPECT_EQ(engine.Evaluate(row.name), "nil");
+    }
+}
+
+TEST(nxLuaEngine, LoadsAndCallsOverAndOverOnOneStack)
+{
+    nxProbeEngine engine;
+    for (int i = 0; i < 5000; ++i)
+        ASSERT_TRUE(engine.LoadText("function OnX() x = (x or 0) + 1 end")) << i;
+    nxLuaFunction function(engine, "OnX");
+    for (int i = 0; i < 100000; ++i)
+        ASSERT_TRUE(function.Call()) << i;
+    EXPECT_EQ(engine.GetGlobalNumber("x"), 100000);
+    for (int i = 0; i < 20000; ++i)
+        ASSERT_TRUE(engine.DoesFunctionExist("OnX")) << i;
+}
+
+// A main chunk's results stay on the stack, which holds about 8000 values.
+TEST(nxLuaEngine, ResultsOfAMainChunkDoNotStandInTheWayOfCalls)
+{
+    for (const int count : {1, 7000, 7900, 7950, 7960}) {
+        SCOPED_TRACE(count);
+        nxProbeEngine engine;
+        ASSERT_TRUE(engine.LoadText("t = {} for i = 1, " + std::to_string(count) + " do t[i] = i end"));
+        const int top = lua_gettop(engine._GetState());
+        ASSERT_TRUE(engine.LoadText("function OnX(a) x = a end return unpack(t)")) << engine.GetLastError();
+        ASSERT_GE(lua_gettop(engine._GetState()), top + count);
+        nxLuaFunction function(engine, "OnX");
+        for (int i = 0; i < 3; ++i)
+            EXPECT_TRUE(function.Call("7")) << engine.GetLastError();
+        EXPECT_TRUE(engine.LoadText("y = 2")) << engine.GetLastError();
+        EXPECT_TRUE(function.Call("8")) << engine.GetLastError();
+        EXPECT_EQ(engine.GetGlobalNumber("x"), 8);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,105 @@
+#include "scriptFramework/lua/nxLuaFunction.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/lua/nxProbe.h"
+
+namespace {
+
+TEST(nxLuaFunction, AFunctionThatIsNotDefinedHasNotAskedForTheCall)
+{
+    nxProbeEngine engine;
+    EXPECT_FALSE(engine.LoadText("error('earlier', 0)"));
+    nxLuaFunction function(engine, "OnX");
+    EXPECT_TRUE(function.Call());
+    EXPECT_TRUE(function.Call("a"));
+    EXPECT_TRUE(function.Call(engine.probe));
+    EXPECT_EQ(engine.GetLastError(), "earlier");
+}
+
+TEST(nxLuaFunction, WhetherItExistsIsAskedOnceOnly)
+{
+    nxProbeEngine engine;
+    nxLuaFunction late(engine, "late");
+    EXPECT_FALSE(late.IsValid());
+    ASSERT_TRUE(engine.LoadText("calls = 0; function late() calls = calls + 1 end; early = late"));
+    EXPECT_FALSE(late.IsValid());
+    EXPECT_TRUE(late.Call());
+    EXPECT_EQ(engine.GetGlobalNumber("calls"), 0);
+
+    nxLuaFunction early(engine, "early");
+    EXPECT_TRUE(early.Call());
+    EXPECT_EQ(engine.GetGlobalNumber("calls"), 1);
+    engine.RemoveFunction("early");
+    EXPECT_TRUE(early.IsValid());
+    EXPECT_FALSE(early.Call());
+    EXPECT_EQ(engine.GetLastError(), "attempt to call a nil value");
+    // It is bound to the name: whatever bears it now is called.
+    ASSERT_TRUE(engine.LoadText("function early() calls = 10 end"));
+    EXPECT_TRUE(early.Call());
+    EXPECT_EQ(engine.GetGlobalNumber("calls"), 10);
+}
+
+TEST(nxLuaFunction, PassesItsArgumentsInOrder)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(engine.LoadText(
+        "function f(...) args = select('#', ...) .. ':' .. table.concat({...}, ',') end "
+        "function g(object) object.first = object.first + 1; args = select('#', object) end"));
+    nxLuaFunction f(engine, "f");
+    EXPECT_TRUE(f.Call());
+    EXPECT_EQ(engine.Evaluate("args"), "'0:'");
+    EXPECT_TRUE(f.Call("a"));
+    EXPECT_EQ(engine.Evaluate("args"), "'1:a'");
+    EXPECT_TRUE(f.Call("a", "b"));
+    EXPECT_EQ(engine.Evaluate("args"), "'2:a,b'");
+    EXPECT_TRUE(f.Call("a", "b", "c"));
+    EXPECT_EQ(engine.Evaluate("args"), "'3:a,b,c'");
+    EXPECT_TRUE(f.Call(4294967295u, "b"));
+    EXPECT_EQ(engine.Evaluate("args"), "'2:4294967295,b'");
+    nxLuaFunction g(engine, "g");
+    EXPECT_TRUE(g.Call(engine.probe));
+    EXPECT_EQ(engine.probe.first, 2.0);
+}
+
+TEST(nxLuaFunction, AFailureIsTheLastErrorUntilTheNextCall)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(engine.LoadText("function f(x) if x == 'bad' then error('boom', 0) end end"));
+    nxLuaFunction f(engine, "f");
+    EXPECT_FALSE(f.Call("bad"));
+    EXPECT_EQ(engine.GetLastError(), "boom");
+    EXPECT_TRUE(f.Call("good"));
+    EXPECT_EQ(engine.GetLastError(), "");
+}
+
+TEST(nxLuaFunction, OnlyAFunctionCounts)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(engine.LoadText("a = 1; b = setmetatable({}, {__call = function() called = 1 end})"));
+    for (const char* name : {"a", "b"}) {
+        nxLuaFunction function(engine, name);
+        EXPECT_FALSE(function.IsValid()) << name;
+        EXPECT_TRUE(function.Call()) << name;
+    }
+    EXPECT_EQ(engine.Evaluate("called"), "nil");
+}
+
+// A look-up that raised has found nothing out, so the next one asks again.
+TEST(nxLuaFunction, ARaisingLookUpFailsTheCallAndIsRepeated)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(engine.LoadText("setmetatable(_G, {__index = function() error('boo', 0) end})"));
+    nxLuaFunction function(engine, "OnX");
+    EXPECT_FALSE(function.IsValid());
+    EXPECT_EQ(engine.GetLastError(), "boo");
+    EXPECT_FALSE(function.Call());
+    EXPECT_EQ(engine.GetLastError(), "boo");
+    EXPECT_FALSE(engine.DoesFunctionExist("OnX"));
+    EXPECT_EQ(engine.GetGlobalNumber("none"), 0.0);
+    ASSERT_TRUE(engine.LoadText("setmetatable(_G, nil); calls = 0; function OnX() calls = calls + 1 end"));
+    EXPECT_TRUE(function.Call());
+    EXPECT_EQ(engine.GetGlobalNumber("calls"), 1);
+}
+
+}  // namespace

@@ -1,0 +1,92 @@
+#include "scriptFramework/lua/nxLuaResults.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "tests/lua/nxProbe.h"
+
+namespace {
+
+// Shows a table by its length and, to two levels, its elements.
+constexpr const char* Shown = R"lua(
+local function text(t)
+  if type(t) ~= "table" then return tostring(t) end
+  local parts = {}
+  for i = 1, #t do parts[i] = text(t[i]) end
+  return "{" .. table.concat(parts, ",") .. "}"
+end
+local function join(...)
+  local parts = {}
+  for i = 1, select("#", ...) do parts[i] = text((select(i, ...))) end
+  return table.concat(parts, " ")
+end
+return join(probe:run())
+)lua";
+
+TEST(nxLuaResults, GivesEachKindOfValue)
+{
+    using Matrix = std::vector<std::vector<double>>;
+    const struct
+    {
+        const char* name;
+        std::function<void(nxLuaResults&)> add;
+        const char* expected;
+    } rows[] = {
+        {"string", [](auto& r) { r.Add(std::string("a b")); }, "'a b'"},
+        {"literal", [](auto& r) { r.Add("x"); }, "'x'"},
+        {"null literal", [](auto& r) { r.Add(static_cast<const char*>(nullptr)); }, "'nil'"},
+        {"bool", [](auto& r) { r.Add(true), r.Add(false); }, "'true false'"},
+        {"double", [](auto& r) { r.Add(-0.125); }, "'-0.125'"},
+        {"greatest unsigned", [](auto& r) { r.Add(0xFFFFFFFFu); }, "'4294967295'"},
+        {"negative long long", [](auto& r) { r.Add(-7ll); }, "'-7'"},
+        {"unsigned long long above the signed", [](auto& r) { r.Add(1ull << 63); }, "'9.2233720368548e+18'"},
+        {"volume", [](auto& r) { r.Add(nxVolume(0xFFFFFFFDu)); }, "'4294967293'"},
+        {"null volume", [](auto& r) { r.Add(nxVolume()); }, "'nil'"},
+        {"no-change volume", [](auto& r) { r.Add(nxVolume(nxNoChangeInitalizer())); }, "'nil'"},
+        {"decimal", [](auto& r) { r.Add(nxDecimal::FromMantissa(10025, 2)); }, "'100.25'"},
+        {"null decimal", [](auto& r) { r.Add(nxDecimal()); }, "'nil'"},
+        {"no-change decimal", [](auto& r) { r.Add(nxDecimal(nxNoChangeInitalizer())); }, "'nil'"},
+        {"vector",
+         [](auto& r) {
+             r.Add(std::vector<double>{1, 2.5, 3});
+         },
+         "'{1,2.5,3}'"},
+        {"empty vector", [](auto& r) { r.Add(std::vector<double>()); }, "'nil'"},
+        {"matrix with an empty row",
+         [](auto& r) {
+             r.Add(Matrix{{1, 2}, {}, {3}});
+         },
+         "'{{1,2},{},{3}}'"},
+        {"empty matrix", [](auto& r) { r.Add(Matrix()); }, "'nil'"},
+        {"nothing", [](auto&) {}, "''"},
+        {"several, in order", [](auto& r) { r.AddNull(), r.Add(1.0), r.AddNull(); }, "'nil 1 nil'"},
+    };
+    nxProbeEngine engine;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        engine.probe.body = [&row](auto&, nxLuaResults& results) {
+            row.add(results);
+            return true;
+        };
+        EXPECT_EQ(engine.Evaluate(Shown), row.expected);
+    }
+}
+
+TEST(nxLuaResults, CountsOneForEachValue)
+{
+    nxProbeEngine engine;
+    int count = 0;
+    engine.probe.body = [&](auto&, nxLuaResults& results) {
+        results.AddObject(&engine.probe);
+        results.AddObjectOrNull<nxOther>(nullptr);
+        results.Add(std::vector<double>(1000, 1.0));
+        results.Add(std::vector<std::vector<double>>(100, std::vector<double>(3, 1.0)));
+        count = results.Count();
+        return true;
+    };
+    EXPECT_EQ(engine.Evaluate("probe:run()"), "table nil table table");
+    EXPECT_EQ(count, 4);
+}
+
+}  // namespace

@@ -1,0 +1,157 @@
+// Lua errors that are raised outside any protected call of the script's own: while the library looks a
+// callback up, pushes its argument or loads a text. Each is a failure with a text, and the next call works.
+
+#include <gtest/gtest.h>
+
+#include "tests/lua/nxProbe.h"
+
+namespace {
+
+TEST(nxLuaUnprotected, ARaisingFinalizer)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(engine.LoadText(R"lua(
+        collectgarbage("setpause", 0)
+        raised, calls = 0, 0
+        function Arm() getmetatable(newproxy(true)).__gc = function() raised = raised + 1; error("boo", 0) end end
+        function OnX(object) calls = calls + 1; Arm() end
+    )lua"));
+    nxLuaFunction onX(engine, "OnX");
+    int failures = 0;
+    for (int i = 0; i < 2000; ++i) {
+        if (onX.Call(engine.probe)) continue;
+        ++failures;
+        ASSERT_EQ(engine.GetLastError(), "boo");
+    }
+    EXPECT_GT(engine.GetGlobalNumber("calls"), 0);
+    EXPECT_GT(failures, 0);
+    for (int i = 0; i < 2000; ++i) {
+        const bool loaded = engine.LoadText("Arm()");
+        ASSERT_EQ(engine.GetLastError(), loaded ? "" : "boo");
+        static_cast<void>(engine.GetGlobalNumber("raised"));
+        static_cast<void>(engine.DoesFunctionExist("OnX"));
+        engine.RemoveFunction("nothing");
+        static_cast<void>(nxLuaWrapper<nxProbe>::SetGlobal(engine, "probe", &engine.probe));
+    }
+    ASSERT_TRUE(engine.LoadModule("collectgarbage('stop')")) << engine.GetLastError();
+    EXPECT_TRUE(onX.Call(engine.probe)) << engine.GetLastError();
+}
+
+TEST(nxLuaUnprotected, LackOfMemory)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(
+        engine.LoadText("calls = 0; function OnX(object) calls = calls + 1; kept = object.first end "
+                        "function Eat() local t = {} for i = 1, 1e7 do t[i] = {i} end end"));
+    nxLuaFunction onX(engine, "OnX");
+    ASSERT_TRUE(onX.Call(engine.probe));
+
+    // From nothing to spare up to enough: wherever the memory gives out, the entry says so.
+    const std::size_t inUse = engine.GetMemory().GetBytesInUse();
+    bool succeeded = false;
+    for (std::size_t spare = 0; !succeeded && spare < 4096; spare += 8) {
+        engine.SetMemoryLimit(inUse + spare);
+        succeeded = onX.Call(engine.probe);
+        ASSERT_EQ(engine.GetLastError(), succeeded ? "" : "not enough memory") << spare;
+    }
+    EXPECT_TRUE(succeeded);
+
+    engine.SetMemoryLimit(engine.GetMemory().GetBytesInUse());
+    EXPECT_FALSE(onX.Call(engine.probe));
+    EXPECT_FALSE(engine.LoadText("function OnY() end"));
+    EXPECT_EQ(engine.GetLastError(), "not enough memory");
+    EXPECT_FALSE(engine.LoadScript("/no/such/file"));
+    EXPECT_FALSE(nxLuaWrapper<nxProbe>::SetGlobal(engine, "again", &engine.probe));
+    static_cast<void>(engine.DoesFunctionExist("aNameThatLuaHasNotSeen"));
+    EXPECT_EQ(engine.GetGlobalNumber("anotherNameThatLuaHasNotSeen"), 0.0);
+    engine.SetMemoryLimit(0);
+    EXPECT_TRUE(onX.Call(engine.probe)) << engine.GetLastError();
+
+    // A script that eats all there is.
+    nxLuaFunction eat(engine, "Eat");
+    engine.SetMemoryLimit(engine.GetMemory().GetBytesInUse() + (4 << 20));
+    EXPECT_FALSE(eat.Call());
+    EXPECT_EQ(engine.GetLastError(), "not enough memory");
+    engine.SetMemoryLimit(0);
+    EXPECT_TRUE(onX.Call(engine.probe)) << engine.GetLastError();
+}
+
+TEST(nxLuaUnprotected, EndlessRecursion)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(
+        engine.LoadText("function f() return 1 + f() end "
+                        "local t = setmetatable({}, {__index = function(t, k) return t[k] + 1 end}) "
+                        "function g() return t.x end"));
+    for (const char* name : {"f", "g"}) {
+        nxLuaFunction function(engine, name);
+        EXPECT_FALSE(function.Call());
+        EXPECT_NE(engine.GetLastError().find("stack overflow"), std::string::npos) << engine.GetLastError();
+        EXPECT_EQ(engine.Evaluate("probe.first"), "1");
+    }
+}
+
+TEST(nxLuaUnprotected, GlobalsThatRaise)
+{
+    nxProbeEngine engine;
+    ASSERT_TRUE(
+        engine.LoadText("local function boo() error('boo', 0) end "
+                        "function OnX() end; setmetatable(_G, {__index = boo, __newindex = boo})"));
+    nxLuaFunction onX(engine, "OnX");
+    nxLuaFunction onY(engine, "OnY");
+    EXPECT_TRUE(onX.Call(engine.probe));
+    EXPECT_FALSE(onY.Call(engine.probe));
+    EXPECT_EQ(engine.GetLastError(), "boo");
+    EXPECT_FALSE(nxLuaWrapper<nxProbe>::SetGlobal(engine, "fresh", &engine.probe));
+    EXPECT_EQ(engine.GetLastError(), "boo");
+    engine.RemoveFunction("fresh");
+    EXPECT_FALSE(engine.LoadModule("fresh = 1"));
+    EXPECT_EQ(engine.GetLastError(), "boo");
+    EXPECT_TRUE(engine.LoadModule("setmetatable(_G, nil); fresh = 1"));
+    EXPECT_TRUE(onY.Call(engine.probe)) << engine.GetLastError();
+}
+
+TEST(nxLuaUnprotected, AnArgumentErrorBelowAMetamethodOfTheGlobals)
+{
+    nxProbeEngine engine;
+    engine.probe.body = [](nxLuaParameters& parameters, auto&) { return parameters.Parameter(1).GetNumber() > 0; };
+    ASSERT_TRUE(engine.LoadText("local probe = probe; function OnX(object) object.first = object.first + 1 end "
+                                "setmetatable(_G, {__index = function(_, name) probe:run(name) end})"));
+    nxLuaFunction onX(engine, "OnX");
+    nxLuaFunction onY(engine, "OnY");
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_FALSE(onY.Call(engine.probe));
+        EXPECT_NE(engine.GetLastError().find("bad argument #1 to 'run' (number expected, got string)"),
+                  std::string::npos)
+            << engine.GetLastError();
+        ASSERT_TRUE(onX.Call(engine.probe));
+    }
+    EXPECT_EQ(engine.probe.first, 1001.0);
+}
+
+// The host may throw there too, called by what the script hung on its globals.
+TEST(nxLuaUnprotected, AForeignExceptionOfTheHost)
+{
+    nxProbeEngine engine;
+    bool throws = false;
+    engine.probe.body = [&throws](auto&, auto&) {
+        if (throws) throw 42;
+        return true;
+    };
+    ASSERT_TRUE(engine.LoadText("local probe = probe; function OnX(object) object.first = object.first + 1 end "
+                                "setmetatable(_G, {__index = function() probe:run() end})"));
+    nxLuaFunction onX(engine, "OnX");
+    EXPECT_TRUE(onX.Call(engine.probe));
+    throws = true;
+    for (int i = 0; i < 1000; ++i) {
+        nxLuaFunction onY(engine, "OnY");
+        EXPECT_FALSE(onY.Call(engine.probe));
+        EXPECT_EQ(engine.GetLastError(), "C++ exception");
+        EXPECT_EQ(engine.GetGlobalNumber("none"), 0.0);
+        EXPECT_FALSE(engine.DoesFunctionExist("none"));
+        ASSERT_TRUE(onX.Call(engine.probe));
+    }
+    EXPECT_EQ(engine.probe.first, 1002.0);
+}
+
+}  // namespace

@@ -1,0 +1,294 @@
+#include "scriptFramework/market/nxAlgoProductObject.h"
+
+#include <gtest/gtest.h>
+
+#include "api/nxProductCache.h"
+#include "base/records/nxStrategyDefinition.h"
+#include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxScriptJob.h"
+
+namespace {
+
+struct Row
+{
+    const char* code;
+    const char* expected;
+};
+
+class nxAlgoProductObjectTest : public testing::Test
+{
+protected:
+    nxAlgoProductObjectTest() { EXPECT_EQ(script.Evaluate("p = job:getProduct('FDAX')"), ""); }
+
+    void ExpectRows(std::initializer_list<Row> rows)
+    {
+        for (const Row& row : rows)
+            EXPECT_EQ(script.Evaluate(row.code), row.expected) << row.code;
+    }
+
+    nxScriptJob script;
+    nxTestProduct& product = script.AddProduct("FDAX", 12);
+};
+
+struct Subscription
+{
+    const char* function;
+    const char* on;
+    const char* off;
+    bool wantsPrice;
+    bool wantsDepth;
+};
+
+constexpr Subscription Subscriptions[] = {
+    {"subscribe", "SubscribePrices", "UnsubscribePrices", true, true},
+    {"subscribePrice", "SubscribePrice", "UnsubscribePrice", true, false},
+    {"subscribeMarketDepth", "SubscribeMarketDepth", "UnsubscribeMarketDepth", false, true},
+    {"subscribePositions", "SubscribePositions", "UnsubscribePositions", false, false},
+    {"subscribeState", "SubscribeState", "UnsubscribeState", false, false},
+    {"subscribePriceTradeVolumes", "SubscribePriceTradeVolumes", "UnsubscribePriceTradeVolumes", false,
+     false},
+};
+
+TEST(nxAlgoProductObject, ASubscriptionIsAskedForUntilTheHostAccepts)
+{
+    for (const Subscription& row : Subscriptions) {
+        SCOPED_TRACE(row.function);
+        nxScriptJob script;
+        const nxTestProduct& product = script.AddProduct("FDAX", 12);
+        const std::string call = std::string("job:getProduct('FDAX'):") + row.function + "(1, 'ignored')";
+        EXPECT_FALSE(product._IsPriceWanted() || product._IsDepthWanted());
+
+        script.host.subscriptionAnswer = nxError_GeneralFailure;
+        EXPECT_EQ(script.Evaluate(call), "");
+        EXPECT_EQ(script.Evaluate(call), "");
+        EXPECT_EQ(script.host.TakeCalls(), std::string(row.on) + " " + row.on);
+        EXPECT_EQ(product._IsPriceWanted(), row.wantsPrice);
+        EXPECT_EQ(product._IsDepthWanted(), row.wantsDepth);
+
+        script.host.subscriptionAnswer = {};
+        EXPECT_EQ(script.Evaluate(call), "");
+        EXPECT_EQ(script.Evaluate(call), "");
+        EXPECT_EQ(script.host.TakeCalls(), row.on);
+
+        // The destructor ends it, whatever the host answers.
+        script.host.subscriptionAnswer = nxError_GeneralFailure;
+        script.host.products.clear();
+        EXPECT_EQ(script.host.TakeCalls(), row.off);
+    }
+}
+
+TEST_F(nxAlgoProductObjectTest, UnsubscribingEndsWhatIsOnAndAllowsItAgain)
+{
+    const auto subscribeAll = [&] {
+        for (const Subscription& row : Subscriptions)
+            EXPECT_EQ(script.Evaluate(std::string("p:") + row.function + "()"), "");
+        script.host.TakeCalls();
+    };
+    EXPECT_TRUE(product.Unsubscribe() && product.UnsubscribePositions() && product.UnsubscribeState() &&
+                product.UnsubscribePriceTradeVolumes());
+    EXPECT_EQ(script.host.TakeCalls(), "");
+    for (int round = 0; round < 2; ++round) {
+        subscribeAll();
+        EXPECT_TRUE(product.Unsubscribe());
+        EXPECT_EQ(script.host.TakeCalls(), "UnsubscribePrices UnsubscribePrice UnsubscribeMarketDepth");
+        EXPECT_TRUE(product.UnsubscribePositions());
+        EXPECT_TRUE(product.UnsubscribeState());
+        EXPECT_TRUE(product.UnsubscribePriceTradeVolumes());
+        EXPECT_EQ(script.host.TakeCalls(),
+                  "UnsubscribePositions UnsubscribeState UnsubscribePriceTradeVolumes");
+        EXPECT_TRUE(product.Unsubscribe());
+        EXPECT_EQ(script.host.TakeCalls(), "");
+        EXPECT_TRUE(product._IsPriceWanted() && product._IsDepthWanted());
+    }
+}
+
+TEST_F(nxAlgoProductObjectTest, TheDestructorTellsTheLogAndEndsWhatIsOnInOrder)
+{
+    for (const Subscription& row : Subscriptions)
+        EXPECT_EQ(script.Evaluate(std::string("p:") + row.function + "()"), "");
+    script.host.TakeCalls();
+    nxRecordingLog log;
+    script.host.products.clear();
+    EXPECT_EQ(log.TakeLines(), "31 [test] Deleting Product \n");
+    EXPECT_EQ(script.host.TakeCalls(),
+              "UnsubscribePrices UnsubscribePrice UnsubscribeMarketDepth "
+              "UnsubscribePositions UnsubscribeState UnsubscribePriceTradeVolumes");
+    script.AddProduct("idle", 1);
+    script.host.products.clear();
+    EXPECT_EQ(script.host.TakeCalls(), "");
+}
+
+TEST_F(nxAlgoProductObjectTest, PlainPropertiesAreNilUntilTheHostSetsThem)
+{
+    ExpectRows({{"p.id, p.name, p.tickSize, p.pointValue, p.currency", "12 '' nil nil nil"},
+                {"p.ownBestBid, p.ownBestAsk, p.dayPandL, p.totalPandL", "nil nil 0 0"},
+                {"p.noLegs, p.priceOffset, p.exchange", "0 nil nil"}});
+    EXPECT_EQ(product._GetDPForAverages(), 1);
+    product.SetName("DAX future");
+    product.SetExchange("EUREX");
+    product.SetTickSize(nxDecimal::FromMantissa(50, 2));
+    product.SetPointValue(nxMoney(nxDecimal(25, 1, 0), nxCurrencyEnum(nxCurrency_EUR)));
+    product.ownBestBid = nxDecimal(1005, 10, 1);
+    product.ownBestAsk = nxDecimal(101, 1, 0);
+    product.dayPandL = -12.5;
+    product.totalPandL = 1e6;
+    ExpectRows({{"p.id, p.name, p.tickSize, p.pointValue, p.currency", "12 'DAX future' 0.5 25 'EUR'"},
+                {"p.ownBestBid, p.ownBestAsk, p.dayPandL, p.totalPandL", "100.5 101 -12.5 1000000"},
+                {"p.name = 'mine'; return p.name", "'DAX future'"}});
+    EXPECT_EQ(product._GetDPForAverages(), 3);
+    product.SetPointValue(nxMoney(nxDecimal(), nxCurrencyEnum(nxCurrency_EUR)));
+    ExpectRows({{"p.pointValue, p.currency", "nil nil"}});
+}
+
+TEST_F(nxAlgoProductObjectTest, ViewsAreRefreshedOnEachRead)
+{
+    product.price.SetBidPrice(nxDecimal(100, 1, 0));
+    ExpectRows({{"older = p.price; return older.bidPrice, older.id", "100 12"}});
+    product.price.SetBidPrice(nxDecimal(101, 1, 0));
+    ExpectRows({{"older.bidPrice", "100"},
+                {"newer = p.price; return newer == older, newer.bidPrice, older.bidPrice", "false 101 101"},
+                {"newer:isBid(), newer:isAsk(), newer:isLast()", "false false false"}});
+
+    product.depth.SetBid(nxDecimal(99, 1, 0), 4);
+    ExpectRows({{"d = p.depth; return d.id, d.bidCount, d:bid(0)", "12 1 99"}});
+    product.depth.SetBid(nxDecimal(98, 1, 0), 5);
+    ExpectRows({{"d.bidCount, p.depth.bidCount, d.bidCount", "1 2 2"}});
+
+    ExpectRows(
+        {{"s = p.state; return s.id, s:isPreOpen(), s:isOpen(), s:isClosed()", "12 false false false"}});
+    product.state = 1u << 1;
+    ExpectRows({{"s:isOpen(), p.state:isOpen(), s:isOpen()", "false true true"}});
+    product.state = 0;
+    ExpectRows({{"p.state:isOpen()", "false"}});
+
+    ExpectRows({{"o = p.position; return o.id, o.openPos", "12 0"}});
+    product._GetPosition().SetOpenPos(3);
+    ExpectRows({{"o.openPos, p.position.openPos, o.openPos", "0 3 3"}});
+
+    ExpectRows({{"v = p.priceTradeVolumes; return v.id, v.count", "12 0"}});
+    nxPriceTradeVolumes update;
+    update.AddTrade(nxDecimal(1002, 10, 1), 6);
+    product._GetPriceTradeVolumes().UpdatePriceTradeVolumes(update);
+    ExpectRows({{"v.count, v:getVolumeAtPrice(100.2), v:getVolumeAtPrice(100.4)", "1 6 nil"}});
+    product.SetTickSize(nxDecimal(2, 10, 1));
+    ExpectRows({{"v:getVolumeAtPrice(100.28)", "nil"}, {"v:getVolumeAtPrice(100.15)", "6"}});
+
+    product.SetPriceManipulator(nxPriceManipulator(nxDecimal(5, 10, 1)));
+    ExpectRows({{"p.depth:getBidVolumeAtPrice(98.2), d:getBidVolumeAtPrice(98.4)", "9 4"}});
+}
+
+TEST_F(nxAlgoProductObjectTest, AProductThatOverridesNothingStillAnswers)
+{
+    script.host.products["plain"] =
+        std::make_unique<nxAlgoProductObject>(&script.host, nxGenericProductID("plain"), 3);
+    ExpectRows({{"q = job:getProduct('plain'); return q.price.bidPrice, q.depth.bidCount", "nil 0"},
+                {"q.state:isOpen(), q.position.totalNet, q.priceTradeVolumes.count", "false 0 0"},
+                {"q.ownBestBid, q.ownBestAsk, q.dayPandL, q.totalPandL, q.noLegs", "nil nil 0 0 0"},
+                {"q:setFlattenOnExit(true)", ""},
+                {"q:getLeg(1)", "nil"}});
+}
+
+TEST_F(nxAlgoProductObjectTest, SetFlattenOnExitTakesOneBoolean)
+{
+    nxRecordingLog log;
+    ExpectRows({{"p:setFlattenOnExit()", "error: setFlattenOnExit requires 1 parameters"},
+                {"p:setFlattenOnExit(true, false)", "error: setFlattenOnExit requires 1 parameters"},
+                {"p:setFlattenOnExit(1)",
+                 "error: bad argument #1 to 'setFlattenOnExit' (boolean expected, got number)"}});
+    EXPECT_EQ(product.flattened + log.TakeLines(), "");
+    ExpectRows({{"p:setFlattenOnExit(true)", ""}, {"p:setFlattenOnExit(false)", ""}});
+    EXPECT_EQ(product.flattened, "tf");
+    EXPECT_EQ(log.TakeLines(), "32 [test] setFlattenOnExit = true\n32 [test] setFlattenOnExit = false\n");
+}
+
+TEST_F(nxAlgoProductObjectTest, FactoriesOfLaterVersionsSaySo)
+{
+    for (const char* function : {"createOrder", "createTradeWindow", "createTickDataCollection"})
+        EXPECT_EQ(script.Evaluate(std::string("p:") + function + "{}"),
+                  std::string("error: ") + function + " is not available in this version");
+}
+
+class nxAlgoProductObjectLegsTest : public nxAlgoProductObjectTest
+{
+protected:
+    ~nxAlgoProductObjectLegsTest() override { nxProductCache::GetInstance().Clear(); }
+
+    static nxStrategyLeg MakeLeg(const char* name, nxEnumValue side, const nxDecimal& price,
+                                 const nxDecimal& trade)
+    {
+        nxStrategyLeg leg;
+        leg.SetProductID(nxProductID(name));
+        leg.SetBuySell(side);
+        leg.SetPriceRatio(price);
+        leg.SetTradeRatio(trade);
+        return leg;
+    }
+
+    void Define(const nxProductDefinition& definition)
+    {
+        nxProductCache::GetInstance().SetProductDefinition(nxProductID("FDAX"), definition);
+        product.isStrategy = true;
+    }
+};
+
+TEST_F(nxAlgoProductObjectLegsTest, ReadsLegsOfTheDefinitionAnewEachTime)
+{
+    nxStrategyDefinition strategy;
+    strategy.AddStrategyLeg(MakeLeg("MAR", nxBuySell_Buy, nxDecimal(15, 10, 1), nxDecimal(2, 1, 0)));
+    strategy.AddStrategyLeg(MakeLeg("JUN", nxBuySell_Sell, nxDecimal(), nxDecimal(-1, 1, 0)));
+    strategy.AddStrategyLeg(MakeLeg("SEP", nxEnum_Undefined, nxDecimal(1, 1, 0), nxDecimal()));
+    strategy.AddStrategyLeg(nxStrategyLeg());
+    script.AddProduct("MAR", 21);
+    script.AddProduct("JUN", 22);
+    Define(strategy);
+    ExpectRows({
+        {"p.noLegs, p.priceOffset", "4 nil"},
+        {"p:getLeg(1).id, p:getLeg(1.9).id, p:getLeg(2).id", "21 21 22"},
+        {"p:getLeg(3)", "nil"},  // the host knows no such product
+        {"p:getLeg(4)", "nil"},  // the leg has none
+        {"p:getLeg(5)", "nil"},
+        {"p:getLeg(99), p:getLeg(-1)", "nil nil"},
+        {"p:getLegSide(1), p:getLegSide(2), p:getLegSide(3), p:getLegSide(5)", "'BUY' 'SELL' 'SELL' nil"},
+        {"p:getLegPriceRatio(1), p:getLegPriceRatio(2), p:getLegPriceRatio(5)", "1.5 nil nil"},
+        {"p:getLegTradeRatio(1), p:getLegTradeRatio(2), p:getLegTradeRatio(3)", "2 -1 nil"},
+    });
+    strategy.SetSyntheticStrategyPriceOffset(nxDecimal(-25, 100, 2));
+    strategy.AddStrategyLeg(MakeLeg("MAR", nxBuySell_Sell, nxDecimal(), nxDecimal()));
+    Define(strategy);
+    ExpectRows({{"p.noLegs, p.priceOffset, p:getLeg(5).id", "5 -0.25 21"}});
+    product.isStrategy = false;
+    ExpectRows({{"p.noLegs, p.priceOffset, p:getLeg(1), p:getLegSide(1)", "0 nil nil nil"}});
+}
+
+TEST_F(nxAlgoProductObjectLegsTest, WithoutADefinitionThereAreNoLegs)
+{
+    constexpr const char* read =
+        "p.noLegs, p.priceOffset, p:getLeg(1), p:getLegSide(1), p:getLegPriceRatio(1), "
+        "p:getLegTradeRatio(1)";
+    product.isStrategy = true;
+    ExpectRows({{read, "0 nil nil nil nil nil"}});
+    Define(nxProductDefinition());  // of no strategy
+    ExpectRows({{read, "0 nil nil nil nil nil"}});
+    auto nameless = std::make_unique<nxTestProduct>(&script.host, nxGenericProductID("*"), 5);
+    nameless->isStrategy = true;
+    script.host.products["FDAX"] = std::move(nameless);
+    ExpectRows({{"p = job:getProduct('FDAX'); return p.id", "5"}, {read, "0 nil nil nil nil nil"}});
+}
+
+TEST_F(nxAlgoProductObjectLegsTest, LegFunctionsCheckTheirIndex)
+{
+    for (const std::string function : {"getLeg", "getLegPriceRatio", "getLegTradeRatio", "getLegSide"}) {
+        const std::string count = "error: " + function + " requires 1 parameter";
+        const std::string base = "error: " + function + " has 1 based index";
+        EXPECT_EQ(script.Evaluate("p:" + function + "()"), count);
+        EXPECT_EQ(script.Evaluate("p:" + function + "(1, 2)"), count);
+        EXPECT_EQ(script.Evaluate("p:" + function + "(0)"), base);
+        EXPECT_EQ(script.Evaluate("p:" + function + "(0.5)"), base);
+        EXPECT_EQ(script.Evaluate("p:" + function + "(4294967296)"), base);
+        EXPECT_EQ(script.Evaluate("p:" + function + "('x')"),
+                  "error: bad argument #1 to '" + function + "' (number expected, got string)");
+        EXPECT_EQ(script.Evaluate("p:" + function + "(1)"), "nil");
+    }
+}
+
+}  // namespace

@@ -1,0 +1,72 @@
+#include "tests/support/nxScriptJob.h"
+
+#include <gtest/gtest.h>
+
+const std::string& nxEvaluatorText()
+{
+    // Everything it uses is kept in locals: a snippet may spoil the globals.
+    static const std::string text = R"lua(
+local compile, call, type, tostring, select, concat = loadstring, pcall, type, tostring, select, table.concat
+local function show(value)
+  local kind = type(value)
+  if kind == "string" then return "'" .. value .. "'" end
+  if kind == "number" or kind == "boolean" or kind == "nil" then return tostring(value) end
+  return kind
+end
+local function pack(...)
+  local texts = {}
+  for i = 1, select("#", ...) do texts[i] = show((select(i, ...))) end
+  return concat(texts, " ")
+end
+local gsub = string.gsub
+local function finish(succeeded, ...)
+  if succeeded then return pack(...) end
+  local message = ...
+  if type(message) ~= "string" then return "error: " .. show(message) end
+  return "error: " .. (gsub(message, "^row:%d+: ", ""))
+end
+function evaluate(code)
+  local chunk = compile("local pack = ... ; return pack(" .. code .. "\n)", "=row")
+  if chunk then
+    local succeeded, text = call(chunk, pack)
+    if succeeded then return text end
+    return finish(false, text)
+  end
+  local problem
+  chunk, problem = compile(code, "=row")
+  if not chunk then return "not Lua: " .. problem end
+  return finish(call(chunk))
+end
+)lua";
+    return text;
+}
+
+nxScriptJob::nxScriptJob()
+{
+    const std::string script = nxEvaluatorText() + R"lua(
+local evaluate, keep = evaluate, {}
+function OnInit() keep.job = job; keep.log = job.logText end
+function OnTimer(code) keep.log(keep.job, evaluate(code)) end
+local function take(object) it = object end
+OnPrice, OnMarketDepth, OnProductState, OnPosition, OnPriceTradeVolumes = take, take, take, take, take
+)lua";
+    EXPECT_TRUE(job.LoadScript(script).IsSuccess()) << job.GetErrorText();
+    EXPECT_TRUE(job.StartJob().IsSuccess()) << job.GetErrorText();
+}
+
+nxTestProduct& nxScriptJob::AddProduct(const std::string& name, unsigned int id)
+{
+    auto product = std::make_unique<nxTestProduct>(&host, nxGenericProductID(name), id);
+    nxTestProduct& result = *product;
+    host.products[name] = std::move(product);
+    return result;
+}
+
+std::string nxScriptJob::Evaluate(const std::string& code)
+{
+    if (!job.OnTimer(code).IsSuccess()) return "failed: " + job.GetErrorText();
+    if (host.calls.empty()) return "no answer";
+    const std::string answer = host.calls.back();
+    host.calls.pop_back();
+    return answer;
+}

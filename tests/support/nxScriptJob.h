@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "scriptFramework/job/nxAlgoJobObject.h"
+#include "tests/support/nxRecordingHost.h"
+#include "tests/support/nxTestProduct.h"
+
+// A Lua text that defines evaluate(code): it runs code, an expression list or statements, and gives the text
+// of its values, strings in quotes and tables, functions and userdata by their type; or "error: " and the
+// message.
+const std::string& nxEvaluatorText();
+
+// A started job over a recording host, and a way to ask what a script sees. A test is a table of Lua snippets
+// and what they come to. Whatever object an event brings is the snippets' global `it`.
+class nxScriptJob
+{
+public:
+    nxScriptJob();
+
+    nxRecordingHost host;
+    nxAlgoJobObject job{&host};
+
+    nxTestProduct& AddProduct(const std::string& name, unsigned int id);
+    // As evaluate above, run inside OnTimer; "failed: " and the last error when the entry fails.
+    std::string Evaluate(const std::string& code);
+};
