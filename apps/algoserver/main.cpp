@@ -6,9 +6,11 @@
 
 int main(int argc, char** argv)
 {
-    CLI::App app("Runs trading algorithms written in Lua 5.1 over recorded market data.\n"
-                 "Exit status: 0 done, 1 the script failed, 2 bad input or usage.");
-    app.require_subcommand(1);
+    CLI::App app(
+        "Runs trading algorithms written in Lua 5.1 over recorded market data.\n"
+        "Exit status: 0 done, 1 the script failed, 2 bad input or usage.",
+        "algoserver");
+    app.require_subcommand(0, 1);
     app.set_version_flag("--version", NX_VERSION);
     int status = 0;
     AddRunCommand(app, status);
@@ -22,8 +24,13 @@ int main(int argc, char** argv)
     } catch (const CLI::CallForVersion& version) {
         return app.exit(version);
     } catch (const CLI::ParseError& error) {
-        std::cerr << "algoserver: " << error.what() << "\nTry 'algoserver --help', or '--help' behind a command.\n";
-        return 2;
+        std::cerr << "algoserver: " << error.what() << "\n";
+        if (!app.get_subcommands().empty()) {
+            std::cerr << "Try 'algoserver " << app.get_subcommands().front()->get_name() << " --help'.\n";
+            return 2;
+        }
     }
-    return status;
+    if (!app.get_subcommands().empty()) return status;
+    std::cerr << "algoserver: no command; there are run and generate. Try 'algoserver --help'.\n";
+    return 2;
 }

@@ -35,12 +35,22 @@ struct RunArguments
     unsigned int memoryLimit = 0;  // MiB
 };
 
-const std::map<std::string, unsigned int> LogLevels = {
-    {"detail", nxLogLevel_Detail}, {"info", nxLogLevel_Info}, {"warn", nxLogLevel_Warn}, {"error", nxLogLevel_Error}};
+const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Detail},
+                                                       {"info", nxLogLevel_Info},
+                                                       {"warn", nxLogLevel_Warn},
+                                                       {"error", nxLogLevel_Error}};
+
+int Refuse(const std::string& text)
+{
+    std::cerr << "algoserver run: " << text << "\n";
+    return static_cast<int>(nxRunResult::InputFailed);
+}
 
 int Run(RunArguments& arguments)
 {
     nxRunOptions& options = arguments.options;
+    if (options.script.empty())
+        return Refuse("no script; it stands in front of --data, which takes every name behind it");
     if (!arguments.productFile.empty()) {
         nxFeedError error;
         if (!nxProductFile::Read(arguments.productFile, options.products, error)) {
@@ -57,10 +67,10 @@ int Run(RunArguments& arguments)
     nxLogManager::GetLogEntriesQueue().AddDevice(&console);
     std::signal(SIGINT, OnInterrupt);
     std::signal(SIGTERM, OnInterrupt);
-    std::ios::sync_with_stdio(false);
     const nxRunResult result = nxReplayServer(options, std::cout, std::cerr).Run();
+    const bool written = !std::cout.flush().fail();
     nxLogManager::GetLogEntriesQueue().RemoveDevice(&console);
-    return static_cast<int>(result);
+    return written ? static_cast<int>(result) : Refuse("standard output cannot be written");
 }
 
 }  // namespace
@@ -71,13 +81,16 @@ void AddRunCommand(CLI::App& app, int& status)
     nxRunOptions& options = arguments->options;
     CLI::App* run = app.add_subcommand("run", "Run a script over recorded market data");
     run->footer(
-        "The script's log and the summary go to standard output and repeat to the byte; failures, progress and\n"
-        "speed go to standard error. Ctrl-C ends the run properly: OnShutdown runs and the summary is printed.\n\n"
+        "The script's log and the summary go to standard output and repeat to the byte; failures, progress "
+        "and\n"
+        "speed go to standard error. Ctrl-C ends the run properly: OnShutdown runs and the summary is "
+        "printed.\n\n"
         "Data files are CSV, plain, .gz or .zst; the kind is told by the header row:\n"
-        "  quotes  time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side   (an empty cell: unchanged)\n"
+        "  quotes  time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side   (an empty cell: "
+        "unchanged)\n"
         "  depth   time,product,side,price,volume                                  (0 removes the level)\n"
         "  bars    time,product,open,high,low,close,volume");
-    run->add_option("script", options.script, "The Lua script")->required();
+    run->add_option("script", options.script, "The Lua script; it has to be given");
     run->add_option("--data,-d", options.data, "Recorded data, one or more files merged by time")->required();
     run->add_option("--products,-p", arguments->productFile,
                     "TOML file that describes products: tick size, lot size, point value, currency");
@@ -86,7 +99,14 @@ void AddRunCommand(CLI::App& app, int& status)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     run->add_option("--speed,-s", options.speed,
                     "Recorded seconds for each real one; without it as fast as it can")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                double number = 0.0;
+                return CLI::detail::lexical_cast(text, number) && number > 0.0
+                           ? std::string()
+                           : text + " is no number above 0";
+            },
+            "ABOVE 0"));
     run->add_option("--on-error", arguments->onError, "What to do when a callback fails: stop or continue")
         ->check(CLI::IsMember({"stop", "continue"}))
         ->capture_default_str();

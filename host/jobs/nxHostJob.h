@@ -51,7 +51,7 @@ private:
     std::string _logPrefix;
     bool _inOnInit = false;
     bool _subscribed = false;
-    // Before the products, which end their subscriptions when they go; after them the script's state closes.
-    nxAlgoJobObject _object;
+    // The products outlive the script, whose finalizers may still use them.
     std::map<std::string, std::unique_ptr<nxHostProduct>> _products;
+    nxAlgoJobObject _object;
 };

@@ -11,6 +11,7 @@ namespace {
 
 // How the engine names the assembled text, and the library's own.
 constexpr std::string_view TextName = "[string \"--...\"]:";
+constexpr char BinaryMark = 27;  // of what luac writes
 constexpr std::string_view PreludeName = "[string \"-- What every script finds ready";
 
 std::string_view WithoutIndentation(std::string_view line)
@@ -30,6 +31,8 @@ std::optional<std::string> nxScriptSource::Add(const std::string& path)
     }
     File file{path, {}, _lineCount + 1};
     for (std::string line; std::getline(stream, line);) {
+        if (file.lines.empty() && line.starts_with(BinaryMark))
+            return path + ": is a precompiled script; only Lua source text is run";
         if (line.find('\0') != std::string::npos)
             return path + ":" + std::to_string(file.lines.size() + 1) +
                    ": holds a zero byte, so it is no Lua source text";
@@ -52,7 +55,9 @@ nxScriptHelper nxScriptSource::GetHelper() const
     helper.lineOffset = std::numeric_limits<unsigned int>::max();
     for (const File& file : _files) {
         const auto count = static_cast<unsigned int>(file.lines.size());
-        helper.modules.push_back({file.path, file.firstLine, file.firstLine + std::max(count, 1u) - 1});
+        // An empty one has no line to tell; the last one has the end of the text.
+        if (count == 0 && &file != &_files.back()) continue;
+        helper.modules.push_back({file.path, file.firstLine, file.firstLine + count - 1});
     }
     // An error at the end of the text, such as a missing end, is told one line behind the last.
     if (!helper.modules.empty()) ++helper.modules.back().lastLine;

@@ -12,13 +12,14 @@ void nxProgressBar::Update(unsigned long long events, unsigned long long bytes, 
     _next = now + std::chrono::milliseconds(100);
     const double elapsed = std::chrono::duration<double>(now - _start).count();
     const double rate = static_cast<double>(events) / elapsed;
-    std::string line = fmt::format("{} events, {:.0f} per second", events, rate);
+    std::string line =
+        fmt::format("{} {}, {:.0f} per second", events, events == 1 ? "event" : "events", rate);
     if (total != 0 && bytes != 0) {
         const double done = static_cast<double>(bytes) / static_cast<double>(total);
         constexpr int width = 30;
         const int filled = static_cast<int>(done * width);
-        line = fmt::format("[{:=<{}}{:<{}}] {:3.0f} %  {}, {:.0f} s left", "", filled, "", width - filled, done * 100,
-                           line, elapsed * (1 - done) / done);
+        line = fmt::format("[{:=<{}}{:<{}}] {:3.0f} %  {}, {:.0f} s left", "", filled, "", width - filled,
+                           done * 100, line, elapsed * (1 - done) / done);
     }
     _out << "\r\033[K" << line << std::flush;
     _drawn = true;

@@ -28,7 +28,7 @@ struct nxRunStatistics
     {
         nxScriptSource::Failure what;
         std::optional<nxCallback> callback;  // none: while the script was loaded
-        long long firstTime;                 // recorded, in nanoseconds since 1970
+        std::optional<long long> firstTime;  // recorded, in nanoseconds since 1970; none in data without rows
         unsigned long long count;
     };
 

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <sys/resource.h>
 
-#include "base/time/nxTimeStamp.h"
+#include "host/feed/nxFeedTime.h"
 
 namespace {
 
@@ -18,11 +18,6 @@ std::string GroupThousands(unsigned long long number)
 std::string Count(unsigned long long number, const char* one, const char* many)
 {
     return GroupThousands(number) + " " + (number == 1 ? one : many);
-}
-
-std::string Stamp(long long time)
-{
-    return nxTimeStamp::FromNanoseconds(time).GetAsString();
 }
 
 std::string GetPlace(const nxRunStatistics::Failure& failure)
@@ -54,7 +49,8 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
     out << "--- summary\n";
     out << "end         " << end << "\n";
     if (statistics.GetEventCount() != statistics.timers)
-        out << "recorded    " << Stamp(statistics.firstTime) << " to " << Stamp(statistics.lastTime) << "\n";
+        out << "recorded    " << nxFeedTime::GetAsString(statistics.firstTime) << " to "
+            << nxFeedTime::GetAsString(statistics.lastTime) << "\n";
     out << "events      " << JoinEvents(statistics) << "\n";
     const char* label = "callbacks   ";
     for (std::size_t i = 0; i < nxCallbackNames.size(); ++i) {
@@ -67,8 +63,9 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
     }
     for (const nxRunStatistics::Failure& failure : statistics.failures) {
         out << "failure     " << failure.what.message << " (" << GetPlace(failure);
-        if (failure.callback)
-            out << ", " << Count(failure.count, "time", "times") << ", first at " << Stamp(failure.firstTime);
+        if (failure.callback) out << ", " << Count(failure.count, "time", "times");
+        if (failure.callback && failure.firstTime)
+            out << ", first at " << nxFeedTime::GetAsString(*failure.firstTime);
         out << ")\n";
     }
     for (const std::string& remark : statistics.remarks)
@@ -105,6 +102,6 @@ void nxRunSummary::WriteFailure(std::ostream& err, const nxRunStatistics::Failur
     if (failure.what.location && !failure.what.location->text.empty())
         err << fmt::format("{:>6} | {}\n", failure.what.location->line, failure.what.location->text);
     err << "       " << GetPlace(failure);
-    if (failure.callback) err << " at " << Stamp(failure.firstTime);
+    if (failure.callback && failure.firstTime) err << " at " << nxFeedTime::GetAsString(*failure.firstTime);
     err << "\n";
 }

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <thread>
 
+#include "host/feed/nxFeedTime.h"
 #include "host/report/nxRunSummary.h"
 
 namespace {
@@ -41,7 +42,8 @@ nxRunResult nxReplayServer::Run()
 {
     if (!_Prepare()) return _result = nxRunResult::InputFailed;
     // The clock of a script counts whole seconds from the time it is set to.
-    if (_next != nullptr) _time.Set(FloorSecond(_next->time));
+    _hasTime = _next != nullptr;
+    if (_hasTime) _time.Set(FloorSecond(_next->time));
     const nxTimeSource::Installation installation(_time);
     _wallStart = std::chrono::steady_clock::now();
     nxHostServices& services = *this;
@@ -123,8 +125,8 @@ void nxReplayServer::_Replay()
     unsigned int untilProgress = progressInterval;
     while (_next != nullptr) {
         _RunTimers(_next->time);
-        if (_IsEnding()) break;
         _WaitFor(_next->time);
+        if (_IsEnding()) break;
         _time.Set(_next->time);
         _Apply(*_next);
         if (--untilProgress == 0) {
@@ -213,8 +215,9 @@ void nxReplayServer::_RunTimers(long long until)
 {
     while (_timers.GetNextTime() <= until && !_IsEnding()) {
         const long long due = _timers.GetNextTime();
-        const nxTimerQueue::Due timer = _timers.Pop();
         _WaitFor(due);
+        if (_IsEnding()) return;
+        const nxTimerQueue::Due timer = _timers.Pop();
         _time.Set(due);
         ++_statistics.timers;
         _Call(nxCallback::OnTimer, *timer.job, &nxAlgoJobObject::OnTimer, timer.name);
@@ -256,7 +259,8 @@ void nxReplayServer::_NoteFailure(std::optional<nxCallback> callback, const std:
     // A script whose every message differs would otherwise grow the list without end.
     constexpr std::size_t mostKept = 100;
     if (_statistics.failures.size() >= mostKept) return;
-    _statistics.failures.push_back({std::move(what), callback, _time.Get(), 1});
+    const auto time = _hasTime ? std::optional(_time.Get()) : std::nullopt;
+    _statistics.failures.push_back({std::move(what), callback, time, 1});
     _progress.Erase();
     _out.flush();
     nxRunSummary::WriteFailure(_err, _statistics.failures.back());
@@ -294,7 +298,7 @@ void nxReplayServer::_SetState(Market& market, unsigned int bits)
 // A watched replay keeps its pace; in short sleeps, so that an interruption is seen at once.
 void nxReplayServer::_WaitFor(long long time)
 {
-    if (_options.speed <= 0.0) return;
+    if (_options.speed <= 0.0 || _IsEnding()) return;
     _out.flush();
     const double ahead = static_cast<double>(time - FloorSecond(_statistics.firstTime)) / _options.speed;
     const auto until = _wallStart + std::chrono::nanoseconds(static_cast<long long>(ahead));
@@ -400,7 +404,7 @@ void nxReplayServer::LogText(nxHostJob&, const std::string& text)
 {
     _progress.Erase();
     constexpr std::size_t toMilliseconds = std::string_view("YYYYMMDD:HH:MM:SS.mmm").size();
-    const std::string stamp = _time.GetNow().GetAsString();
+    const std::string stamp = _hasTime ? nxFeedTime::GetAsString(_time.Get()) : std::string();
     _out << std::string_view(stamp).substr(0, toMilliseconds) << "  " << text << "\n";
 }
 

@@ -91,6 +91,7 @@ private:
     std::string _unknownProduct;
     std::string _end;
     nxRunResult _result = nxRunResult::Done;
+    bool _hasTime = false;   // the data holds a row, so there is a recorded time
     bool _shutdown = false;  // the script asked for it
     bool _failed = false;    // and that ends the run
     std::chrono::steady_clock::time_point _wallStart;

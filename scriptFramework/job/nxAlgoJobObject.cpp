@@ -21,6 +21,11 @@ constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
 
 nxAlgoJobObject::nxAlgoJobObject(nxAlgoJobInterface* job) : nxAlgoObject(job), _engine(this) {}
 
+nxAlgoJobObject::~nxAlgoJobObject()
+{
+    _engine.Close();
+}
+
 nxErrorEnum nxAlgoJobObject::LoadFile(const std::string& path)
 {
     if (_engine.nxLuaEngine::LoadScript(path)) return {};

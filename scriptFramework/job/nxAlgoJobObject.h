@@ -25,6 +25,8 @@ public:
     static const nxLuaWrapper<nxAlgoJobObject>::PropertyType Properties[];
 
     explicit nxAlgoJobObject(nxAlgoJobInterface* job);
+    // Closes the Lua state. Finalizers of the script run then, and may call the host.
+    ~nxAlgoJobObject() override;
 
     // Both run the script's main chunk; nxError_ScriptLoadFailed when that fails. GetErrorText tells why, except
     // of a file. Lua chunks in binary form are refused.

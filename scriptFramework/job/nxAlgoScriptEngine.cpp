@@ -27,7 +27,11 @@ nxAlgoScriptEngine::nxAlgoScriptEngine(nxAlgoJobObject* job) : _job(job)
     _date = std::make_unique<nxAlgoDateObject>(interface);
 }
 
-nxAlgoScriptEngine::~nxAlgoScriptEngine() = default;
+// The service objects outlive the script, whose finalizers may still read the clock.
+nxAlgoScriptEngine::~nxAlgoScriptEngine()
+{
+    Close();
+}
 
 void nxAlgoScriptEngine::_RegisterCustomObjects()
 {

@@ -23,8 +23,8 @@ void SetClosure(lua_State* L, const char* key, lua_CFunction function)
     lua_setfield(L, -2, key);
 }
 
-// Calls into an object. Where that fails the text is left at the top of the Lua stack, so that nothing waits to
-// be destroyed when it is raised.
+// Calls into an object. Where that fails the text is left at the top of the Lua stack, so that nothing waits
+// to be destroyed when it is raised.
 template <std::predicate<> Call>
 bool Succeeds(lua_State* L, nxLuaResults& results, Call call)
 {
@@ -165,14 +165,14 @@ void* nxLuaClass::_ReadObject(lua_State* L) const
     return object;
 }
 
-// Looks the key at index 2 up in the metatable of the value at index 1. A key whose value is no number is none of
-// ours, or a metamethod, and counts as row 0.
+// Looks the key at index 2 up in the metatable of the value at index 1. A key whose value is no number is
+// none of ours, or a metamethod, and counts as row 0.
 nxLuaClass::Key nxLuaClass::_FindKey(lua_State* L, unsigned int& row) const
 {
     const nxLuaState& state = nxLuaState::Of(L);
     if (!state.AreMetatablesExposed()) {
-        // Then Lua itself called, for a value with this class's metatable. (Or a debug hook that dug this function
-        // up: what it passes is checked before any use.)
+        // Then Lua itself called, for a value with this class's metatable. (Or a debug hook that dug this
+        // function up: what it passes is checked before any use.)
         if (lua_type(L, 2) != LUA_TSTRING) return Key::Unknown;
         const int found = state.References(_index).keys.Find(lua_tostring(L, 2));
         row = found < 0 ? 0 : static_cast<unsigned int>(found);
@@ -217,7 +217,8 @@ int nxLuaClass::DispatchGet(lua_State* L) const
     if (object == nullptr) return 0;
     {
         nxLuaResults results(L);
-        if (Succeeds(L, results, [&] { return _rows.callGetter(object, row, results); })) return results.Count();
+        if (Succeeds(L, results, [&] { return _rows.callGetter(object, row, results); }))
+            return results.Count();
     }
     return RaiseTop(L);
 }

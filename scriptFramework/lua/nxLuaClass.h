@@ -12,9 +12,9 @@ class nxLuaState;
 // once per class by nxLuaWrapper and shared by all jobs of the process; immutable, so any thread may use it.
 //
 // An object in Lua is a wrapper table: at key 0 a userdata with the object's pointer, one closure for each
-// function, and the class metatable, which also maps each property name to its row. Lua never owns the object.
-// The userdata bears, behind the pointer, the address of its class, so that no metatable that a script may
-// exchange can make an object of one class pass for another.
+// function, and the class metatable, which also maps each property name to its row. Lua never owns the
+// object. The userdata bears, behind the pointer, the address of its class, so that no metatable that a
+// script may exchange can make an object of one class pass for another.
 class nxLuaClass
 {
 public:
@@ -23,7 +23,7 @@ public:
         std::vector<const char*> functions;
         std::vector<const char*> properties;
         bool (*callFunction)(void* object, unsigned int row, nxLuaParameters&, nxLuaResults&);
-        bool (*callGetter)(void* object, unsigned int row, nxLuaResults&);       // true for a null getter
+        bool (*callGetter)(void* object, unsigned int row, nxLuaResults&);  // true for a null getter
         bool (*callSetter)(void* object, unsigned int row, const nxLuaParameter&);
         bool (*hasSetter)(unsigned int row);
         int (*dispatchFunction)(lua_State*);
@@ -49,8 +49,8 @@ public:
 private:
     struct Handle
     {
-        // Lua's own libraries take the first word of a userdata for a file or a library when a script has given it
-        // their metatable; null is a closed one.
+        // Lua's own libraries take the first word of a userdata for a file or a library when a script has
+        // given it their metatable; null is a closed one.
         void* none;
         void* object;
         const nxLuaClass* type;

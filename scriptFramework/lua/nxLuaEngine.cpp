@@ -32,7 +32,8 @@ bool IsBinaryFile(const std::string& path)
     return IsBinary(head);
 }
 
-// The position of the script line in "HEAD:LINE:TAIL", LINE between two colons behind the first closing bracket.
+// The position of the script line in "HEAD:LINE:TAIL", LINE between two colons behind the first closing
+// bracket.
 struct LinePosition
 {
     std::size_t first = std::string::npos;   // of LINE
@@ -78,7 +79,10 @@ bool nxLuaEngine::LoadText(const std::string& text)
 
 bool nxLuaEngine::LoadModule(const std::string& text)
 {
-    return _Guard([&] { return _LoadAndRun(text); });
+    return _Guard([&] {
+        _state.MakeRoom();
+        return _LoadAndRun(text);
+    });
 }
 
 bool nxLuaEngine::_LoadAndRun(const std::string& text)
@@ -104,7 +108,7 @@ bool nxLuaEngine::DoesFunctionExist(const std::string& name) const
 bool nxLuaEngine::_LookUpFunction(const std::string& name, bool& exists)
 {
     return _Guard([&] {
-        _state.MakeRoom(1);
+        _state.MakeRoom();
         _GetFunction(name);
         exists = lua_type(_GetState(), -1) == LUA_TFUNCTION;
         return true;
@@ -115,7 +119,7 @@ double nxLuaEngine::GetGlobalNumber(const std::string& name)
 {
     double number = 0.0;
     _Guard([&] {
-        _state.MakeRoom(1);
+        _state.MakeRoom();
         _GetFunction(name);
         number = lua_tonumber(_GetState(), -1);
         lua_pop(_GetState(), 1);
@@ -128,7 +132,7 @@ void nxLuaEngine::RemoveFunction(const std::string& name)
 {
     // A script's own metatable on the globals may refuse the write; then the name was no plain global.
     _Guard([&] {
-        _state.MakeRoom(1);
+        _state.MakeRoom();
         lua_pushnil(_GetState());
         lua_setfield(_GetState(), LUA_GLOBALSINDEX, name.c_str());
         return true;
@@ -139,7 +143,7 @@ bool nxLuaEngine::SetGlobalObject(const std::string& name, const nxLuaClass& typ
 {
     return _Guard([&] {
         _ResetError();
-        _state.MakeRoom(1);
+        _state.MakeRoom();
         _Push(name);
         type.Push(_GetState(), object);
         lua_settable(_GetState(), LUA_GLOBALSINDEX);

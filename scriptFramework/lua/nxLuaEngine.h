@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 #include "scriptFramework/lua/nxLuaState.h"
 #include "scriptFramework/lua/nxScriptHelper.h"
@@ -9,8 +10,8 @@
 class nxLuaClass;
 
 // Owns one Lua state, loads text into it and turns Lua's messages into messages a script author can use. The
-// state opens with all standard libraries and closes with the engine. Used by one thread at a time; the script
-// job sees to that.
+// state opens with all standard libraries and closes with the engine. Used by one thread at a time; the
+// script job sees to that.
 //
 // No Lua error leaves an operation: it becomes false (or 0) and a text in GetLastError().
 class nxLuaEngine
@@ -21,8 +22,9 @@ public:
     nxLuaEngine(const nxLuaEngine&) = delete;
     nxLuaEngine& operator=(const nxLuaEngine&) = delete;
 
-    // Registers the custom objects and runs a file's main chunk. A failure leaves the last error empty and the
-    // message on the Lua stack: callers of the file form only tell that it failed. Binary chunks are refused.
+    // Registers the custom objects and runs a file's main chunk. A failure leaves the last error empty and
+    // the message on the Lua stack: callers of the file form only tell that it failed. Binary chunks are
+    // refused.
     [[nodiscard]] bool LoadScript(const std::string& path);
     // The same for a text; a failure is told by the last error.
     [[nodiscard]] bool LoadText(const std::string& text);
@@ -45,6 +47,10 @@ public:
     void SetMemoryLimit(std::size_t bytes) { _state.GetPool().SetLimit(bytes); }
     const nxLuaPool& GetMemory() const { return _state.GetPool(); }
 
+    // Closes the Lua state ahead of the destructor, while what is bound to it still lives: finalizers of the script run
+    // now, and may use it. Nothing else may be called behind.
+    void Close() { _state.Close(); }
+
 protected:
     [[nodiscard]] bool _CallFunction(unsigned int arguments, unsigned int results);
     void _GetFunction(const std::string& name);
@@ -61,18 +67,26 @@ protected:
 private:
     friend class nxLuaFunction;
 
-    // Runs what touches Lua outside a protected call; a panic in it becomes the last error and false.
+    // Runs what touches Lua outside a protected call; an error in it becomes the last error and false.
     template <class Body>
     bool _Guard(Body body)
     {
-        try {
-            return body();
-        } catch (const nxLuaPanic& panic) {
-            _SetError(panic.what());
-            return false;
-        }
+        struct Run
+        {
+            Body& body;
+            bool succeeded;
+        } run{body, false};
+        const auto call = [](void* context) {
+            Run& what = *static_cast<Run*>(context);
+            what.succeeded = what.body();
+        };
+        std::string error;
+        if (_state.Protect(call, &run, error)) return run.succeeded;
+        _SetError(std::move(error));
+        return false;
     }
-    // Whether a global is a function, or false when finding out raised an error, which is the last error then.
+    // Whether a global is a function, or false when finding out raised an error, which is the last error
+    // then.
     [[nodiscard]] bool _LookUpFunction(const std::string& name, bool& exists);
     // Makes text the last error, its line number told in the terms of the script helper.
     void _SetError(std::string text);

@@ -35,7 +35,7 @@ bool nxLuaFunction::_Call(Push push)
     // The look-up and the push may raise errors too: of a metamethod of the globals, or for want of memory.
     return _engine._Guard([&] {
         _engine._TuneCollector();
-        _engine._state.MakeRoom(4);
+        _engine._state.MakeRoom();
         lua_State* L = _engine._GetState();
         _PushFunction(L);
         return _engine._CallFunction(push(L), 0);

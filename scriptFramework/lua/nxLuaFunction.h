@@ -8,12 +8,12 @@ template <class T>
 class nxLuaWrapper;
 struct lua_State;
 
-// A named global script function that the library may call. Bound to its name, not to a value: each call fetches
-// the global anew. Only the answer to whether it exists is cached, on the first check, and never reviewed; so
-// the first check must come after the script has been loaded.
+// A named global script function that the library may call. Bound to its name, not to a value: each call
+// fetches the global anew. Only the answer to whether it exists is cached, on the first check, and never
+// reviewed; so the first check must come after the script has been loaded.
 //
-// Call answers true when the script does not define the function: it has simply not asked for the event. False
-// when it raised an error, which is the engine's last error then.
+// Call answers true when the script does not define the function: it has simply not asked for the event.
+// False when it raised an error, which is the engine's last error then.
 class nxLuaFunction
 {
 public:
@@ -29,11 +29,8 @@ public:
     [[nodiscard]] bool Call(unsigned int first, const std::string& second);
     // With an object of a bound class as the one argument. The script sees the caller's object, not a copy.
     template <class T>
-        requires requires { T::className; }
-    [[nodiscard]] bool Call(T& object)
-    {
-        return nxLuaWrapper<T>::Call(*this, object);
-    }
+    requires requires { T::className; }
+    [[nodiscard]] bool Call(T& object) { return nxLuaWrapper<T>::Call(*this, object); }
 
 private:
     template <class T>

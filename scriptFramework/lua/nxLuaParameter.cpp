@@ -68,7 +68,8 @@ bool nxLuaParameter::GetBool() const
     return lua_toboolean(_L, _index) == 1;
 }
 
-// Leaves the value on the stack: parameters are addressed by absolute index, and the stack goes with the call.
+// Leaves the value on the stack: parameters are addressed by absolute index, and the stack goes with the
+// call.
 bool nxLuaParameter::_FetchNamedValue(const std::string& key) const
 {
     if (!IsTable()) return false;

@@ -6,8 +6,8 @@
 
 struct lua_State;
 
-// A number of a script as an unsigned 32-bit value: truncated toward zero to 64 bits, the low 32 kept. NaN and
-// what does not fit 64 bits give 0.
+// A number of a script as an unsigned 32-bit value: truncated toward zero to 64 bits, the low 32 kept. NaN
+// and what does not fit 64 bits give 0.
 unsigned int nxLuaTruncate(double number);
 
 // One argument of a bound call, read where it lies on the Lua stack. Belongs to its nxLuaParameters and shows
@@ -38,8 +38,8 @@ public:
     bool GetNamedValue(const std::string& key, bool& out) const;
     bool GetNamedValue(const std::string& key, std::string& out) const;
 
-    // The elements 1, 2, ... up to the first nil. False when the parameter is no table or at the first element
-    // that is not numeric; what was read so far stays in out.
+    // The elements 1, 2, ... up to the first nil. False when the parameter is no table or at the first
+    // element that is not numeric; what was read so far stays in out.
     bool GetAsDoubleVector(std::vector<double>& out) const;
     // Rows of such elements, which may differ in length. error stays as it is when the parameter is no table.
     bool GetAsMatrix(std::vector<std::vector<double>>& out, std::string& error) const;

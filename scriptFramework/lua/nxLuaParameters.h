@@ -2,8 +2,8 @@
 
 #include "scriptFramework/lua/nxLuaParameter.h"
 
-// The arguments of a bound call, numbered from 1 behind the object. There is one cursor: Parameter moves it and
-// returns it, so read one parameter completely before asking for the next, and never keep the reference.
+// The arguments of a bound call, numbered from 1 behind the object. There is one cursor: Parameter moves it
+// and returns it, so read one parameter completely before asking for the next, and never keep the reference.
 class nxLuaParameters
 {
 public:

@@ -27,8 +27,9 @@ public:
     void Add(unsigned long long value);
     void Add(const nxValueWrapper<unsigned int, -1, -2>& value);
     void Add(const nxDecimal& value);
-    void Add(const std::vector<double>& values);               // nil when empty
-    void Add(const std::vector<std::vector<double>>& matrix);  // nil when empty; an empty row is an empty table
+    void Add(const std::vector<double>& values);  // nil when empty
+    void Add(
+        const std::vector<std::vector<double>>& matrix);  // nil when empty; an empty row is an empty table
     void AddNull();
 
     // Pushes an object of a bound class as a new wrapper table. The object stays its owner's.

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <lua.hpp>
 #include <new>
+#include <stdexcept>
 
 #include "scriptFramework/lua/nxLuaClass.h"
 
@@ -18,11 +19,17 @@ void* LuaAllocator(void* userData, void* block, size_t oldSize, size_t newSize)
     return static_cast<nxLuaState*>(userData)->GetPool().Reallocate(block, oldSize, newSize);
 }
 
-// Stands under every unprotected call into Lua: an error there leaves as a C++ exception, and the engine's
-// entry turns it into its failure.
-int Panic(lua_State* L)
+// An error that Lua raised outside any protected call: a lack of memory while an argument is pushed, or a
+// script's metamethod on its globals. By then Lua has closed what ran and emptied its stack.
+class LuaPanic : public std::runtime_error
 {
-    throw nxLuaPanic(nxLuaErrorText(L));
+public:
+    using std::runtime_error::runtime_error;
+};
+
+int OnPanic(lua_State* L)
+{
+    throw LuaPanic(nxLuaErrorText(L));
 }
 
 }  // namespace
@@ -35,7 +42,8 @@ std::string nxLuaErrorText(lua_State* L)
 
 nxLuaPool::~nxLuaPool()
 {
-    for (void* chunk : _chunks) std::free(chunk);
+    for (void* chunk : _chunks)
+        std::free(chunk);
 }
 
 void* nxLuaPool::_Allocate(std::size_t size)
@@ -100,7 +108,7 @@ nxLuaState::nxLuaState()
 {
     _L = lua_newstate(LuaAllocator, this);
     if (_L == nullptr) throw std::bad_alloc();
-    lua_atpanic(_L, Panic);
+    lua_atpanic(_L, OnPanic);
     luaL_openlibs(_L);
     _WatchMetatableAccess();
     TuneCollector();
@@ -110,7 +118,13 @@ nxLuaState::nxLuaState()
 
 nxLuaState::~nxLuaState()
 {
-    lua_close(_L);
+    Close();
+}
+
+void nxLuaState::Close()
+{
+    if (_L != nullptr) lua_close(_L);
+    _L = nullptr;
 }
 
 nxLuaState& nxLuaState::Of(lua_State* L)
@@ -130,7 +144,8 @@ void nxLuaKeyMap::Reset(std::size_t count)
 void nxLuaKeyMap::Insert(const void* key, int row)
 {
     std::size_t i = _Hash(key) & _mask;
-    while (_slots[i].key != nullptr) i = (i + 1) & _mask;
+    while (_slots[i].key != nullptr)
+        i = (i + 1) & _mask;
     _slots[i] = {key, row};
 }
 
@@ -147,6 +162,52 @@ void nxLuaState::MakeRoom(int values)
     luaL_checkstack(_L, values, "no room for the engine");
 }
 
+#ifdef LUAJIT_VERSION
+
+// On this engine an error that nothing protects is an exception without a type, which the next catch (...) of
+// anybody takes. So it gets its protected call, at the price of some speed.
+bool nxLuaState::Protect(void (*body)(void* context), void* context, std::string& error)
+{
+    struct Call
+    {
+        void (*body)(void* context);
+        void* context;
+    } call{body, context};
+    const auto run = [](lua_State* L) {
+        const Call& what = *static_cast<const Call*>(lua_touserdata(L, 1));
+        what.body(what.context);
+        return 0;
+    };
+    if (lua_cpcall(_L, run, &call) == 0) return true;
+    error = nxLuaErrorText(_L);
+    lua_pop(_L, 1);
+    return false;
+}
+
+#else
+
+bool nxLuaState::Protect(void (*body)(void* context), void* context, std::string& error)
+{
+    try {
+        try {
+            body(context);
+            return true;
+        } catch (const LuaPanic&) {
+            throw;
+        } catch (...) {
+            // Not Lua's own, which panics here: the host's. Lua must close the frames it left open, as for an
+            // error.
+            lua_pushliteral(_L, "C++ exception");
+            lua_error(_L);
+        }
+    } catch (const LuaPanic& panic) {
+        error = panic.what();
+    }
+    return false;
+}
+
+#endif
+
 void nxLuaState::TuneCollector()
 {
     constexpr std::size_t worthwhile = 1 << 18;  // bytes of garbage; more of it leaves the processor's caches
@@ -155,8 +216,8 @@ void nxLuaState::TuneCollector()
     lua_gc(_L, LUA_GCSETPAUSE, pause);
 }
 
-// A finalizer that does nothing would still be called for every wrapper that dies, so the metatables have theirs
-// only once a script can look.
+// A finalizer that does nothing would still be called for every wrapper that dies, so the metatables have
+// theirs only once a script can look.
 void nxLuaState::_ExposeMetatables()
 {
     if (_metatablesExposed) return;

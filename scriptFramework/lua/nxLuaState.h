@@ -3,27 +3,18 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 struct lua_State;
 
-// An error that Lua raised outside any protected call: a lack of memory while an argument is pushed, or a script's
-// metamethod on its globals. Thrown by the panic handler to the entry that the host called, which turns it into its
-// failure. By then Lua has emptied its stack.
-class nxLuaPanic : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
-
-// The error value at the top of the stack as a text, also of a script that raises something else than a string.
+// The error value at the top of the stack as a text, also of a script that raises something else than a
+// string.
 std::string nxLuaErrorText(lua_State* L);
 
 // Memory for one Lua state: blocks up to 512 bytes come from free lists by size, larger ones from malloc. The
-// wrapper tables of a callback die young and alike, so nearly every one is served from the block of an earlier
-// one. Memory of the free lists goes back to the system only when the pool dies.
+// wrapper tables of a callback die young and alike, so nearly every one is served from the block of an
+// earlier one. Memory of the free lists goes back to the system only when the pool dies.
 class nxLuaPool
 {
 public:
@@ -84,8 +75,8 @@ private:
     std::uint64_t _allocations = 0;
 };
 
-// The string keys of a class metatable with their rows, found by the address of the string, which Lua keeps once.
-// Good as long as the metatable holds the keys and nobody else can change it.
+// The string keys of a class metatable with their rows, found by the address of the string, which Lua keeps
+// once. Good as long as the metatable holds the keys and nobody else can change it.
 class nxLuaKeyMap
 {
 public:
@@ -136,6 +127,10 @@ public:
     nxLuaState(const nxLuaState&) = delete;
     nxLuaState& operator=(const nxLuaState&) = delete;
 
+    // Closes the state before its time: finalizers of the script run, and may still use what is bound to it. Nothing
+    // else may be called behind.
+    void Close();
+
     static nxLuaState& Of(lua_State* L);
     lua_State* GetState() const { return _L; }
     nxLuaPool& GetPool() { return _pool; }
@@ -147,8 +142,14 @@ public:
     // debug.getregistry: from then on the metatables are read and written as a script may see them.
     bool AreMetatablesExposed() const { return _metatablesExposed; }
 
-    // Makes room on the stack, if need be by dropping what loads and look-ups left there: nothing relies on it.
-    void MakeRoom(int values);
+    // Makes room on the stack, if need be by dropping what loads and look-ups left there: nothing relies on
+    // it.
+    void MakeRoom(int values = 16);  // enough for an entry with an object
+
+    // Runs body(context), which may touch Lua outside any protected call. False and a text when an error, or
+    // an exception of the host out of what a script hung on its globals, ended it; what it left running is
+    // closed then.
+    bool Protect(void (*body)(void* context), void* context, std::string& error);
 
     // Sets the collector's pause by the size of the heap; to be called now and then. A small heap may grow to
     // several times its size before it is walked again, since walking it costs more than its garbage.

@@ -34,7 +34,8 @@ public:
 
     static void Register(lua_State* L) { _Class().Register(L); }
 
-    // Leaves a new wrapper table on the stack. The object stays its owner's and must outlive the script's use.
+    // Leaves a new wrapper table on the stack. The object stays its owner's and must outlive the script's
+    // use.
     static void Push(lua_State* L, T* object) { _Class().Push(L, object); }
 
     // Binds a wrapper table to a global name. False when Lua raised an error; the engine's last error tells.
@@ -44,7 +45,10 @@ public:
     }
 
     // Runs a global script function with the object as its one argument.
-    static bool Call(nxLuaFunction& function, T& object) { return function._CallWithObject(_Class(), &object); }
+    static bool Call(nxLuaFunction& function, T& object)
+    {
+        return function._CallWithObject(_Class(), &object);
+    }
 
 private:
     static int DispatchFunction(lua_State* L) { return _Class().DispatchFunction(L); }
@@ -60,10 +64,12 @@ private:
     static nxLuaClass::Rows _MakeRows()
     {
         nxLuaClass::Rows rows;
-        for (const FunctionType* row = T::Functions; row->name != nullptr; ++row) rows.functions.push_back(row->name);
+        for (const FunctionType* row = T::Functions; row->name != nullptr; ++row)
+            rows.functions.push_back(row->name);
         for (const PropertyType* row = T::Properties; row->name != nullptr; ++row)
             rows.properties.push_back(row->name);
-        rows.callFunction = [](void* object, unsigned int row, nxLuaParameters& parameters, nxLuaResults& results) {
+        rows.callFunction = [](void* object, unsigned int row, nxLuaParameters& parameters,
+                               nxLuaResults& results) {
             return (static_cast<T*>(object)->*T::Functions[row].function)(parameters, results);
         };
         rows.callGetter = [](void* object, unsigned int row, nxLuaResults& results) {
@@ -86,7 +92,8 @@ template <class Row, int count>
 consteval bool nxIsBoundTable(const Row (&rows)[count])
 {
     const auto same = [](const char* a, const char* b) {
-        while (*a != '\0' && *a == *b) ++a, ++b;
+        while (*a != '\0' && *a == *b)
+            ++a, ++b;
         return *a == *b;
     };
     for (int i = 0; i < count - 1; ++i) {

@@ -168,7 +168,7 @@ std::string MakeLongFile()
 {
     std::string text = Header;
     unsigned number = 1;
-    for (unsigned i = 0; i < 40000; ++i) {
+    for (unsigned i = 0; i < 15000; ++i) {
         number = number * 1103515245 + 12345;
         text += std::to_string(1'700'000'000 + i) + ",A," + std::to_string(number % 100000) + ".5," +
                 std::to_string(number % 97) + "\n";

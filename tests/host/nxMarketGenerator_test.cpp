@@ -53,17 +53,17 @@ TEST(nxMarketGeneratorTest, VolumesBalanceAndTheSideOfAMarketOrderIsEven)
 {
     nxMarketGeneratorStatistics quotes;
     nxMarketGeneratorStatistics depth;
-    Generate(MakeOptions(nxFeedKind::Quote, 7200), &quotes);
-    Generate(MakeOptions(nxFeedKind::Depth, 7200), &depth);
+    Generate(MakeOptions(nxFeedKind::Quote, 1800), &quotes);
+    Generate(MakeOptions(nxFeedKind::Depth, 1800), &depth);
     EXPECT_EQ(quotes.placed, quotes.traded + quotes.cancelled + quotes.resting);
     // What is written leaves the market alone.
     EXPECT_EQ(quotes.placed, depth.placed);
     EXPECT_EQ(quotes.trades, depth.trades);
     EXPECT_EQ(quotes.resting, depth.resting);
-    // 94 market orders a side and minute, times 60, in 120 minutes; a few find nothing to take. Within five
+    // 94 market orders a side and minute, times 60, in 30 minutes; a few find nothing to take. Within five
     // deviations.
-    EXPECT_NEAR(static_cast<double>(quotes.marketOrders), 2 * 0.94 * 60 * 120, 5 * 117);
-    EXPECT_NEAR(static_cast<double>(quotes.limitOrders), 2 * 9.4 * 60 * 120, 5 * 368);
+    EXPECT_NEAR(static_cast<double>(quotes.marketOrders), 2 * 0.94 * 60 * 30, 5 * 58);
+    EXPECT_NEAR(static_cast<double>(quotes.limitOrders), 2 * 9.4 * 60 * 30, 5 * 184);
 }
 
 TEST(nxMarketGeneratorTest, TheDepthRebuildsTheQuotesAndTheBookIsNeverCrossed)
@@ -117,7 +117,7 @@ TEST(nxMarketGeneratorTest, TheDepthRebuildsTheQuotesAndTheBookIsNeverCrossed)
 
 TEST(nxMarketGeneratorTest, ThePriceStaysPositiveAtTheFloor)
 {
-    nxMarketGeneratorOptions options = MakeOptions(nxFeedKind::Depth, 300);
+    nxMarketGeneratorOptions options = MakeOptions(nxFeedKind::Depth, 120);
     options.startPrice = nxDecimal::FromMantissa(20, 2);
     options.maxLots = 50;  // market orders that sweep many levels
     options.rateScale = 600;

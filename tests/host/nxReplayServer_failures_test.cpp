@@ -177,7 +177,7 @@ function OnPrice(p) job:logText("price " .. p.bidPrice) end
 function OnMarketDepth(d) job:logText("depth " .. d.bidCount) end
 function OnShutdown() job:logText("bye") end)");
     run.AddQuotes("@00,A,1,1,,,,,\n@01,A,1,x,,,,,\n@02,A,3,1,,,,,\n");
-    const std::string reason = "quotes.csv:3:22: bidVolume: not a number: \"x\"";
+    const std::string reason = "quotes.csv:3:23: bidVolume: not a number: \"x\"";
     Check(run,
           {nxRunResult::InputFailed, "00.000  price 1\n00.000  bye\n", ("bad data: " + reason).c_str(), ""});
     EXPECT_EQ(run.GetErrors(), reason + "\n");

@@ -128,6 +128,8 @@ TEST(nxScriptSource, TellsErrorsOfModulesInTheirOwnFileAndLine)
         {"second behind one without newline", "y = 1", "\nerror('x')", "", "b.lua:2: x"},
         {"second behind an empty one", "", "error('x')", "", "b.lua:1: x"},
         {"the script behind both", "y = 1\n", "z = 2", "\nerror('x')", "script.lua:2: x"},
+        {"the end of an empty script behind what stays open", "", "function f()", "",
+         "script.lua:1: 'end' expected (to close 'function' at line 1 of b.lua) near '<eof>'"},
         {"a function of a module, called by the script", "\nfunction f() error('x') end", "",
          "function OnInit() f() end", "a.lua:2: x"},
         {"each with a line for a shell", "#!a\n", "#!b\n", "#!c\nerror('x')", "script.lua:2: x"},
@@ -160,6 +162,8 @@ TEST(nxScriptSource, RefusesWhatIsNoScriptBeforeAnythingRuns)
         {"missing", run.Write("x", "") + ".lua", "x.lua: no such file\n"},
         {"a directory", run.Write("x", "").substr(0, run.Write("x", "").size() - 1),
          ": is a directory, not a Lua script\n"},
+        {"precompiled", run.Write("luac.out", std::string("\x1bLua\x51\0", 6)),
+         "luac.out: is a precompiled script; only Lua source text is run\n"},
         {"zero byte", run.Write("binary.lua", binary),
          "binary.lua:2: holds a zero byte, so it is no Lua source text\n"},
     };
@@ -171,9 +175,4 @@ TEST(nxScriptSource, RefusesWhatIsNoScriptBeforeAnythingRuns)
         EXPECT_EQ(run.err, row.told);
         EXPECT_EQ(run.out, "");
     }
-}
-
-TEST(nxScriptSource, RefusesAPrecompiledScript)
-{
-    EXPECT_EQ(Fail("\x1bLua Q"), "script.lua:1: unexpected symbol near char(27) | \x1bLua Q");
 }

@@ -283,4 +283,42 @@ TEST_F(nxAlgoJobObjectTest, IsLoadedAndCalledOverAndOver)
     EXPECT_EQ(host.calls.front(), "100000");
 }
 
+// They stay on a stack of 8000 values.
+TEST_F(nxAlgoJobObjectTest, ResultsOfTheMainChunkDoNotStandInTheWay)
+{
+    for (int count = 7960; count < 8000; ++count) {
+        SCOPED_TRACE(count);
+        nxAlgoJobObject full(&host);
+        const std::string script =
+            "function OnInit() end function OnTimer(name) job:logText(name) end "
+            "return unpack({}, 1, " +
+            std::to_string(count) + ")";
+        if (!full.LoadScript(script).IsSuccess()) {
+            EXPECT_NE(full.GetErrorText(), "");
+            continue;
+        }
+        EXPECT_TRUE(full.StartJob().IsSuccess()) << full.GetErrorText();
+        for (int i = 0; i < 3; ++i)
+            EXPECT_TRUE(full.OnTimer("t").IsSuccess()) << full.GetErrorText();
+        EXPECT_EQ(host.TakeCalls(), "t t t");
+    }
+}
+
+// They run when the state closes, and what they touch must still be there.
+TEST_F(nxAlgoJobObjectTest, FinalizersOfTheScriptFindItsObjectsAlive)
+{
+    {
+        nxAlgoJobObject closing(&host);
+        ASSERT_TRUE(
+            closing
+                .LoadScript("function OnInit() kept = newproxy(true) "
+                            "getmetatable(kept).__gc = function() "
+                            "job:logText(tostring(clock.year > 2000) .. date:getAsDate(86400)) end end")
+                .IsSuccess());
+        ASSERT_TRUE(closing.StartJob().IsSuccess()) << closing.GetErrorText();
+        host.TakeCalls();
+    }
+    EXPECT_EQ(host.TakeCalls(), "true19700102:00:00:00");
+}
+
 }  // namespace

@@ -114,9 +114,12 @@ TEST(nxLuaUnprotected, GlobalsThatRaise)
 TEST(nxLuaUnprotected, AnArgumentErrorBelowAMetamethodOfTheGlobals)
 {
     nxProbeEngine engine;
-    engine.probe.body = [](nxLuaParameters& parameters, auto&) { return parameters.Parameter(1).GetNumber() > 0; };
-    ASSERT_TRUE(engine.LoadText("local probe = probe; function OnX(object) object.first = object.first + 1 end "
-                                "setmetatable(_G, {__index = function(_, name) probe:run(name) end})"));
+    engine.probe.body = [](nxLuaParameters& parameters, auto&) {
+        return parameters.Parameter(1).GetNumber() > 0;
+    };
+    ASSERT_TRUE(
+        engine.LoadText("local probe = probe; function OnX(object) object.first = object.first + 1 end "
+                        "setmetatable(_G, {__index = function(_, name) probe:run(name) end})"));
     nxLuaFunction onX(engine, "OnX");
     nxLuaFunction onY(engine, "OnY");
     for (int i = 0; i < 1000; ++i) {
@@ -138,8 +141,9 @@ TEST(nxLuaUnprotected, AForeignExceptionOfTheHost)
         if (throws) throw 42;
         return true;
     };
-    ASSERT_TRUE(engine.LoadText("local probe = probe; function OnX(object) object.first = object.first + 1 end "
-                                "setmetatable(_G, {__index = function() probe:run() end})"));
+    ASSERT_TRUE(
+        engine.LoadText("local probe = probe; function OnX(object) object.first = object.first + 1 end "
+                        "setmetatable(_G, {__index = function() probe:run() end})"));
     nxLuaFunction onX(engine, "OnX");
     EXPECT_TRUE(onX.Call(engine.probe));
     throws = true;

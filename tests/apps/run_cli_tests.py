@@ -1,0 +1,317 @@
+#!/usr/bin/env python3
+"""Runs algoserver as a user does and checks what comes back.
+
+    run_cli_tests.py ALGOSERVER [NAME...]    the cases whose name holds one of NAMEs, or all
+    run_cli_tests.py ALGOSERVER --update     writes the golden files anew from what the program prints
+
+Prints "N passed, N failed"; the exit status is 1 when a case failed.
+"""
+
+import gzip
+import os
+import pty
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+GOLDEN = os.path.join(os.path.dirname(os.path.abspath(__file__)), "golden")
+TIMEOUT = 60
+
+QUOTES = "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n"
+DAY = QUOTES + """\
+20240108:14:30:00.5,A,99,1,101,2,,,
+20240108:14:30:01,A,,,,,100,3,BUY
+20240108:14:30:02,A,,,99,,,,
+20240108:14:30:07.25,A,98.5,4,,,,,
+"""
+DEPTH = """\
+time,product,side,price,volume
+20240108:14:30:00,B,BUY,10,1
+20240108:14:30:00,B,SELL,12,1
+20240108:14:30:03,B,BUY,11,1
+"""
+TELL = """\
+function OnInit()
+  a = job:getProduct("A")
+  a:subscribe()
+  job:startTimer("tick", 2000)
+end
+function OnPrice(price) job:logText("bid " .. price.bidPrice .. " ask " .. price.askPrice) end
+function OnTimer(name) job:logText(name) end
+function OnShutdown() job:logText("bye") end
+"""
+
+FILES = {
+    "tell.lua": TELL,
+    "quiet.lua": "function OnInit() end\n",
+    "both.lua": TELL.replace("a:subscribe()", 'a:subscribe() job:getProduct("B"):subscribe()'),
+    "broken.lua": 'function OnInit()\n  job:logText("x"\nend\n',
+    "failing.lua": TELL.replace('job:logText(name)', 'error("timer " .. name)'),
+    "lib.lua": "function helper(price)\n  return price.nothing.more\nend\n",
+    "uses_lib.lua": TELL.replace("function OnPrice(price)", "function OnPrice(price) helper(price)"),
+    "prints.lua": 'function OnInit() print("one") job:logText("two") print("three") end\n',
+    "hungry.lua": "function OnInit() local t = {} for i = 1, 1e7 do t[i] = { i } end end\n",
+    "binary.lua": b"\x1bLuaQ\0",
+    "empty.lua": "",
+    "day.csv": DAY,
+    "day.csv.gz": gzip.compress(DAY.encode(), mtime=0),
+    "depth.csv": DEPTH,
+    "empty.csv": "",
+    "header.csv": QUOTES,
+    "names.csv": "alpha,beta\n1,2\n",
+    "unknown.csv": QUOTES.replace("side", "side,spread") + "20240108,A,1,1,,,,,,1\n",
+    "truncated.csv.gz": gzip.compress(DAY.encode(), mtime=0)[:-12],
+    "backwards.csv": DAY + "20240108:14:30:06,A,98,1,,,,,\n",
+    "bad.csv": DAY + "20240108:14:30:08,A,98.,x,,,,,\n20240108:14:30:09,A,97,1,,,,,\n",
+    "lots.csv": QUOTES + "20240108,A,99,2.507,,,,,\n",
+    "products.toml": '[[product]]\nname = "A"\ntickSize = 0.5\n',
+    "wrong_key.toml": '[[product]]\nname = "A"\nticksize = 0.5\n',
+    "broken.toml": "[[product]]\nname = \n",
+}
+
+END = "\nend         "
+
+# Name, arguments, exit status, texts that standard output holds (a name in angle brackets: it is that golden
+# file), texts that standard error holds. None: it is empty.
+CASES = [
+    ("help", "--help", 0, ["Exit status: 0 done, 1 the script failed, 2 bad input", "run ", "generate "], None),
+    ("help of run", "run --help", 0, ["--data", "--on-error", "(an empty cell: unchanged)"], None),
+    ("help of generate", "generate --help", 0, ["--seed", "bytes on every machine"], None),
+    ("version", "--version", 0, ["0."], None),
+    ("no arguments", "", 2, None, ["no command; there are run and generate. Try 'algoserver --help'."]),
+    ("unknown command", "walk", 2, None, ["not expected: walk", "there are run and generate"]),
+    ("wrong flag", "run tell.lua --data day.csv --frob", 2, None, ["not expected: --frob", "algoserver run --help"]),
+    ("wrong flag in front", "--frob run tell.lua --data day.csv", 2, None, ["not expected: --frob"]),
+    ("no data", "run tell.lua", 2, None, ["--data is required"]),
+    ("script behind the data", "run --data day.csv tell.lua", 2, None, ["no script; it stands in front of --data"]),
+    ("speed 0", "run tell.lua --data day.csv --speed 0", 2, None, ["--speed: 0 is no number above 0"]),
+    ("speed no number", "run tell.lua --data day.csv --speed fast", 2, None, ["fast is no number above 0"]),
+    ("unknown way on errors", "run tell.lua --data day.csv --on-error go", 2, None, ["go not in {stop,continue}"]),
+    ("negative memory", "run tell.lua --data day.csv --memory-limit -1", 2, None, ["--memory-limit = -1"]),
+
+    ("a day", "run tell.lua --data day.csv", 0, "<day.txt>", ["--- speed", "events per second", "peak memory"]),
+    ("gzip, the same bytes", "run tell.lua --data day.csv.gz", 0, "<day.txt>", ["--- speed"]),
+    ("two files", "run both.lua --data day.csv depth.csv", 0, "<two_files.txt>", ["--- speed"]),
+    ("two files, named one by one", "run both.lua -d day.csv -d depth.csv", 0, "<two_files.txt>", ["--- speed"]),
+    ("with products", "run tell.lua --data day.csv --products products.toml", 0, "<day.txt>", ["--- speed"]),
+    ("fast replay", "run tell.lua --data day.csv --speed 1000", 0, "<day.txt>", ["--- speed"]),
+    ("print keeps its place", "run prints.lua --data day.csv", 0,
+     ["one\n20240108:14:30:00.000  two\nthree\n--- summary\n"], ["--- speed"]),
+    ("library's log", "run tell.lua --data day.csv --log-level info", 0, "<day.txt>", ["[tell.lua] Stopping Algo Job"]),
+
+    ("missing file", "run tell.lua --data none.csv", 2, None, ["none.csv: cannot open: No such file or directory"]),
+    ("data is a directory", "run tell.lua --data .", 2, None, [".: is a directory, not a file of recorded data"]),
+    ("empty file", "run tell.lua --data empty.csv", 2, None, ["empty.csv: no header row: the file is empty"]),
+    ("header only", "run quiet.lua --data header.csv", 0,
+     [END + "the data ended\n", "data        header.csv: no rows\n", "no events   the data holds no rows\n"], ["--- speed"]),
+    ("no header", "run tell.lua --data names.csv", 2, None,
+     ["names.csv:1:1: no header row; known are time,product,bid,", " | time,product,open,"]),
+    ("unknown column", "run tell.lua --data unknown.csv", 2, None,
+     ['unknown.csv:1:63: unknown column "spread"; the columns of quotes are time,product,bid,']),
+    ("truncated gzip", "run tell.lua --data truncated.csv.gz", 2, ["bid 99 ask 101\n", "bye\n", END + "bad data: "],
+     ["truncated.csv.gz:4: truncated gzip data: the file stops before its end; line 4 is the last whole one\n"]),
+    ("time backwards", "run tell.lua --data backwards.csv", 2, ["bid 98.5 ask 99\n", "bye\n", END + "bad data: "],
+     ["backwards.csv:6:1: time: runs backwards: 20240108:14:30:06.000000000 after 20240108:14:30:07.250000000\n"]),
+    ("bad row", "run tell.lua --data bad.csv", 2, ["bid 98.5 ask 99\n", "bye\n", END + "bad data: "],
+     ['bad.csv:6:21: bid: not a number: "98."\n']),
+    ("bad row, lenient", "run tell.lua --data bad.csv --lenient", 0,
+     ["bid 97 ask 99\n", "data        bad.csv: 1 bad row skipped\n"], ["--- speed"]),
+    ("crossed and locked are told", "run tell.lua --data day.csv", 0,
+     ["data        A: 1 locked quote (bid equal to ask)\n"], ["--- speed"]),
+    ("not whole lots", "run tell.lua --data lots.csv", 2, None, ["lots.csv:2:15: bidVolume: ", "lotSize = 0.001"]),
+    ("product file with an unknown key", "run tell.lua --data day.csv --products wrong_key.toml", 2, None,
+     ['wrong_key.toml:3:', 'unknown key "ticksize"; known are name, tickSize']),
+    ("broken product file", "run tell.lua --data day.csv --products broken.toml", 2, None, ["broken.toml:"]),
+    ("missing product file", "run tell.lua --data day.csv --products none.toml", 2, None, ["none.toml: cannot open"]),
+
+    ("missing script", "run none.lua --data day.csv", 2, None, ["none.lua: no such file"]),
+    ("script is a directory", "run . --data day.csv", 2, None, [".: is a directory, not a Lua script"]),
+    ("precompiled script", "run binary.lua --data day.csv", 2, None, ["binary.lua: is a precompiled script"]),
+    ("missing module", "run tell.lua --data day.csv --module none.lua", 2, None, ["none.lua: no such file"]),
+    ("empty script", "run empty.lua --data day.csv", 1, [END + "the script defines no function OnInit\n"],
+     ["empty.lua: defines no function OnInit\n"]),
+    ("broken script", "run broken.lua --data day.csv", 1, [END + "the script could not be loaded\n"],
+     ["broken.lua:3: ')' expected (to close '(' at line 2) near 'end'\n     3 | end\n       while the script was loaded\n"]),
+    ("failing callback", "run failing.lua --data day.csv", 1, ["bye\n", END + "a callback failed\n"],
+     ['failing.lua:7: timer tick\n     7 | function OnTimer(name) error("timer " .. name) end\n'
+      "       in OnTimer at 20240108:14:30:02.000000000\n"]),
+    ("failing callback, continue", "run failing.lua --data day.csv --on-error continue", 1,
+     ["bid 98.5 ask 99\n", END + "the data ended\n",
+      "failing.lua:7: timer tick (in OnTimer, 3 times, first at 20240108:14:30:02.000000000)\n"], ["--- speed"]),
+    ("error in a module", "run uses_lib.lua --data day.csv --module lib.lua", 1, ["bye\n"],
+     ["lib.lua:2: attempt to index field 'nothing' (a nil value)\n     2 | return price.nothing.more\n"]),
+    ("too much memory", "run hungry.lua --data day.csv --memory-limit 8", 1, [END + "OnInit failed\n"],
+     ["not enough memory; the script may hold 8 MiB\n"]),
+    ("nothing delivered", "run quiet.lua --data day.csv", 0,
+     ["no events   the script asked for no product; the data holds A\n"], ["--- speed"]),
+
+    ("generate quotes", "generate --seed 7 --duration 5", 0, "<generated_quotes.txt>", [" rows from "]),
+    ("generate depth", "generate --seed 7 --duration 2 --kind depth", 0, "<generated_depth.txt>", [" rows from "]),
+    ("generate of an unknown kind", "generate --kind bars", 2, None, ["bars not in {quotes,depth}"]),
+    ("generate from no date", "generate --start 20240230", 2, None, ["--start 20240230 is no YYYYMMDD"]),
+    ("generate with no price", "generate --price cheap", 2, None, ["--price cheap is no decimal number"]),
+    ("generate with a wrong price", "generate --price 100.005", 2, None, ["100.005 is no multiple of the tick size 0.01"]),
+    ("generate for no time", "generate --duration 0", 2, None, ["the duration must be between 1 and"]),
+    ("generate into nowhere", "generate --output none/day.csv", 2, None, ["none/day.csv: No such file or directory"]),
+]
+
+
+class Failed(Exception):
+    pass
+
+
+def require(condition, message):
+    if not condition:
+        raise Failed(message)
+
+
+def execute(program, arguments, **options):
+    options.setdefault("stdout", subprocess.PIPE)
+    return subprocess.run([program] + arguments, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                          timeout=TIMEOUT, **options)
+
+
+def check_text(name, text, expected, update):
+    if expected is None:
+        require(text == "", f"{name} should be empty:\n{text}")
+    elif isinstance(expected, str):
+        path = os.path.join(GOLDEN, expected.strip("<>"))
+        if update:
+            with open(path, "w", newline="") as file:
+                file.write(text)
+        with open(path, newline="") as file:
+            golden = file.read()
+        require(text == golden, f"{name} is not {expected}:\n{text}")
+    else:
+        for part in expected:
+            require(part in text, f"{name} lacks {part!r}:\n{text}")
+
+
+def run_case(program, case, update):
+    _, arguments, status, out, err = case
+    result = execute(program, arguments.split())
+    stderr = result.stderr.decode()
+    require(result.returncode == status, f"exit status {result.returncode} instead of {status}:\n{stderr}")
+    check_text("standard output", result.stdout.decode(), out, update)
+    check_text("standard error", stderr, err, update)
+    require("\r" not in stderr and "\033" not in stderr, f"a progress bar in a pipe:\n{stderr!r}")
+
+
+def test_generate_again(program):
+    """The same seed gives the same bytes, another one others, and a run takes them."""
+    arguments = ["generate", "--duration", "600", "--seed"]
+    first, again, other = (execute(program, arguments + [seed]).stdout for seed in ("3", "3", "4"))
+    require(first == again and first != other and first.count(b"\n") > 100, "the bytes do not follow the seed")
+    execute(program, arguments + ["3", "--output", "generated.csv"])
+    with open("generated.csv", "rb") as file:
+        require(file.read() == first, "the file differs from standard output")
+    result = execute(program, ["run", "quiet.lua", "--data", "generated.csv"])
+    require(result.returncode == 0 and b" quotes, " in result.stdout, result.stdout.decode())
+
+
+def test_from_standard_input(program):
+    with open("day.csv", "rb") as day:
+        result = subprocess.run([program, "run", "tell.lua", "--data", "-"], stdin=day, capture_output=True,
+                                timeout=TIMEOUT)
+    require(result.returncode == 0, result.stderr.decode())
+    check_text("standard output", result.stdout.decode(), "<day.txt>", False)
+
+
+def test_full_disk(program):
+    """Output that is lost is no success."""
+    if not os.path.exists("/dev/full"):
+        return
+    with open("/dev/full", "wb") as full:
+        result = execute(program, ["run", "tell.lua", "--data", "day.csv"], stdout=full)
+    require(result.returncode == 2, f"exit status {result.returncode}")
+    require(b"standard output cannot be written" in result.stderr, result.stderr.decode())
+
+
+def start_slow_run(program, **streams):
+    """A run of which the first row comes at once and the next in an hour, a timer in half an hour."""
+    with open("slow.csv", "w") as file:
+        file.write(QUOTES + "20240108:14:30:00,A,99,1,101,2,,,\n20240108:15:30:00,A,98,1,,,,,\n")
+    with open("slow.lua", "w") as file:
+        file.write(TELL.replace("2000", "1800000"))
+    return subprocess.Popen([program, "run", "slow.lua", "--data", "slow.csv", "--speed", "1"],
+                            stdin=subprocess.DEVNULL, **streams)
+
+
+def interrupt(process, number):
+    require(process.poll() is None, "it ended by itself")
+    process.send_signal(number)
+    return process.communicate(timeout=TIMEOUT)
+
+
+def test_interrupted(program):
+    """Ctrl-C, and the way a service manager stops a process: OnShutdown runs, and the summary is printed."""
+    for number in (signal.SIGINT, signal.SIGTERM):
+        process = start_slow_run(program, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        try:
+            first = process.stdout.readline()
+            require(first == b"20240108:14:30:00.000  bid 99 ask 101\n", repr(first))
+            out, err = interrupt(process, number)
+        finally:
+            process.kill()
+        require(process.returncode == 0, f"exit status {process.returncode}")
+        check_text("standard output", out.decode(), ["20240108:14:30:00.000  bye\n", END + "interrupted\n", "\nevents      1 quote\n"],
+                   False)
+        check_text("standard error", err.decode(), ["--- speed"], False)
+
+
+def test_progress_on_a_terminal(program):
+    """A line that is drawn over itself, and erased at the end."""
+    terminal, other = pty.openpty()
+    process = start_slow_run(program, stdout=subprocess.PIPE, stderr=other)
+    os.close(other)
+    drawn = b""
+    try:
+        deadline = time.monotonic() + TIMEOUT
+        while b"left" not in drawn and time.monotonic() < deadline:
+            drawn += os.read(terminal, 4096)
+        require(b" %  1 event, " in drawn and b"\r\033[K[" in drawn, repr(drawn))
+        process.send_signal(signal.SIGINT)
+        try:
+            while part := os.read(terminal, 4096):
+                drawn += part
+        except OSError:  # how a terminal tells that the other end is closed
+            pass
+        process.communicate(timeout=TIMEOUT)
+    finally:
+        process.kill()
+        os.close(terminal)
+    require(b"\r\033[K--- speed" in drawn, repr(drawn))
+    require(process.returncode == 0, f"exit status {process.returncode}")
+
+
+def main():
+    program = os.path.abspath(sys.argv[1])
+    update = "--update" in sys.argv
+    wanted = [name for name in sys.argv[2:] if name != "--update"]
+    tests = [(case[0], lambda case=case: run_case(program, case, update)) for case in CASES]
+    tests += [(name[5:].replace("_", " "), lambda function=function: function(program))
+              for name, function in sorted(globals().items()) if name.startswith("test_")]
+    passed = failed = 0
+    with tempfile.TemporaryDirectory() as folder:
+        os.chdir(folder)
+        for name, content in FILES.items():
+            with open(name, "wb") as file:
+                file.write(content if isinstance(content, bytes) else content.encode())
+        for name, test in tests:
+            if wanted and not any(part in name for part in wanted):
+                continue
+            try:
+                test()
+                passed += 1
+            except (Failed, subprocess.TimeoutExpired, OSError) as error:
+                failed += 1
+                print(f"FAILED {name}: {error}\n")
+        os.chdir("/")
+    print(f"{passed} passed, {failed} failed")
+    return 1 if failed or not passed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
