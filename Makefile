@@ -28,6 +28,7 @@ packages:
 	fi
 
 build: packages
+	@echo 'Building algoserver in build/release ...'
 	@cmake --preset release >/dev/null
 	@cmake --build --preset release -j $(JOBS) --target algoserver
 

@@ -1,5 +1,5 @@
-// What one event costs on its way into a script, beside the least that the raw C interface of the same Lua needs
-// for it (peers/). Ratios of one run are what counts.
+// What one event costs on its way into a script, beside the least that the raw C interface of the same Lua
+// needs for it (peers/). Ratios of one run are what counts.
 #include <benchmark/benchmark.h>
 
 #include "bench/nxBenchJob.h"
@@ -36,7 +36,8 @@ void OnPrice(benchmark::State& state, const char* script)
     nxBenchJob job(script);
     nxAlgoJobObject& object = job.GetObject();
     const auto before = object.GetMemory().GetAllocationCount();
-    for (auto _ : state) benchmark::DoNotOptimize(object.OnPrice(job.GetPrice()));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(object.OnPrice(job.GetPrice()));
     const auto allocations = object.GetMemory().GetAllocationCount() - before;
     state.counters["allocations"] =
         static_cast<double>(allocations) / static_cast<double>(state.iterations());

@@ -45,29 +45,29 @@ void Run(benchmark::State& state, Operation operation)
     }
 }
 
-BENCHMARK_CAPTURE(Run, subtract, [](const nxDecimal& x, const nxDecimal& y) { return x - y; })
-    ->Name("nxDecimal/subtract");
-BENCHMARK_CAPTURE(Run, compare, [](const nxDecimal& x, const nxDecimal& y) { return x < y; })
-    ->Name("nxDecimal/compare");
-BENCHMARK_CAPTURE(Run, get_as_double, [](const nxDecimal& x, const nxDecimal&) { return x.GetAsDouble(); })
-    ->Name("nxDecimal/get_as_double");
-BENCHMARK_CAPTURE(Run, print, [](const nxDecimal& x, const nxDecimal&) { return x.GetAsString('.'); })
-    ->Name("nxDecimal/print");
-BENCHMARK_CAPTURE(Run, set_from_double,
-                  [](const nxDecimal&, const nxDecimal&) {
-                      nxDecimal value;
-                      value.SetFromDouble(61800.25, 4);
-                      return value;
-                  })
-    ->Name("nxDecimal/set_from_double");
-BENCHMARK_CAPTURE(Run, round,
-                  [](const nxDecimal& x, const nxDecimal&) {
-                      static const nxDecimal tick(5, 100, 2);
-                      static const nxRoundingMethodEnum method(nxRoundingMethod_Nearest);
-                      nxDecimal value = x;
-                      value.Round(tick, method);
-                      return value;
-                  })
-    ->Name("nxDecimal/round");
+BENCHMARK_CAPTURE(Run, subtract, [](const nxDecimal& x, const nxDecimal& y) {
+    return x - y;
+})->Name("nxDecimal/subtract");
+BENCHMARK_CAPTURE(Run, compare, [](const nxDecimal& x, const nxDecimal& y) {
+    return x < y;
+})->Name("nxDecimal/compare");
+BENCHMARK_CAPTURE(Run, get_as_double, [](const nxDecimal& x, const nxDecimal&) {
+    return x.GetAsDouble();
+})->Name("nxDecimal/get_as_double");
+BENCHMARK_CAPTURE(Run, print, [](const nxDecimal& x, const nxDecimal&) {
+    return x.GetAsString('.');
+})->Name("nxDecimal/print");
+BENCHMARK_CAPTURE(Run, set_from_double, [](const nxDecimal&, const nxDecimal&) {
+    nxDecimal value;
+    value.SetFromDouble(61800.25, 4);
+    return value;
+})->Name("nxDecimal/set_from_double");
+BENCHMARK_CAPTURE(Run, round, [](const nxDecimal& x, const nxDecimal&) {
+    static const nxDecimal tick(5, 100, 2);
+    static const nxRoundingMethodEnum method(nxRoundingMethod_Nearest);
+    nxDecimal value = x;
+    value.Round(tick, method);
+    return value;
+})->Name("nxDecimal/round");
 
 }  // namespace

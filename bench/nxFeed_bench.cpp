@@ -52,14 +52,19 @@ void ReadRows(benchmark::State& state, nxFeedKind kind)
     for (auto _ : state) {
         nxFeed feed;
         if (!feed.Open({file.GetPath()})) state.SkipWithError(feed.GetError().GetText().c_str());
-        while (const nxFeedEvent* event = feed.Next()) rows += event->rows;
+        while (const nxFeedEvent* event = feed.Next())
+            rows += event->rows;
         if (feed.HasFailed()) state.SkipWithError(feed.GetError().GetText().c_str());
     }
     state.SetItemsProcessed(rows);
-    state.counters["ns_per_row"] =
-        benchmark::Counter(static_cast<double>(rows) * 1e-9, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["ns_per_row"] = benchmark::Counter(
+        static_cast<double>(rows) * 1e-9, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
-BENCHMARK_CAPTURE(ReadRows, quotes, nxFeedKind::Quote)->Name("nxFeed/quotes_row")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(ReadRows, depth, nxFeedKind::Depth)->Name("nxFeed/depth_row")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ReadRows, quotes, nxFeedKind::Quote)
+    ->Name("nxFeed/quotes_row")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(ReadRows, depth, nxFeedKind::Depth)
+    ->Name("nxFeed/depth_row")
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

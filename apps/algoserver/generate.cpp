@@ -53,7 +53,9 @@ int Generate(GenerateArguments& arguments)
     const bool showProgress = isatty(STDERR_FILENO) != 0 && file != stdout;
     nxMarketGenerator generator(options);
     const bool generated = generator.Generate(
-        [file](std::string_view text) { return std::fwrite(text.data(), 1, text.size(), file) == text.size(); },
+        [file](std::string_view text) {
+            return std::fwrite(text.data(), 1, text.size(), file) == text.size();
+        },
         [&](unsigned int seconds) {
             if (showProgress)
                 std::cerr << "\r" << seconds << " of " << options.durationSeconds << " seconds" << std::flush;
@@ -64,7 +66,8 @@ int Generate(GenerateArguments& arguments)
     if (!closed) return Refuse(arguments.output + ": " + std::strerror(errno));
     const nxMarketGeneratorStatistics& statistics = generator.GetStatistics();
     std::cerr << statistics.rows << " rows from " << statistics.limitOrders << " limit orders, "
-              << statistics.marketOrders << " market orders and " << statistics.cancellations << " cancellations\n";
+              << statistics.marketOrders << " market orders and " << statistics.cancellations
+              << " cancellations\n";
     return 0;
 }
 
@@ -76,8 +79,10 @@ void AddGenerateCommand(CLI::App& app, int& status)
     nxMarketGeneratorOptions& options = arguments->options;
     CLI::App* generate = app.add_subcommand("generate", "Write a synthetic trading day as CSV");
     generate->footer(
-        "The market is a limit order book without intelligence: limit orders, market orders and cancellations\n"
-        "arrive as Poisson processes with rates by distance from the best price. The same options give the same\n"
+        "The market is a limit order book without intelligence: limit orders, market orders and "
+        "cancellations\n"
+        "arrive as Poisson processes with rates by distance from the best price. The same options give the "
+        "same\n"
         "bytes on every machine.");
     generate->add_option("--seed", options.seed, "Seed of the random numbers")->capture_default_str();
     generate->add_option("--kind,-k", arguments->kind, "What to write: quotes (with trades) or depth")

@@ -1,5 +1,5 @@
-// The least that the same event costs over the raw C interface: one userdata made once and used for every event,
-// its metatable's __index a chain of string comparisons, no wrapper, no lock, no error text.
+// The least that the same event costs over the raw C interface: one userdata made once and used for every
+// event, its metatable's __index a chain of string comparisons, no wrapper, no lock, no error text.
 #include <benchmark/benchmark.h>
 
 #include <cstring>

@@ -5,8 +5,8 @@
 
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 
-// A host that knows nothing and does nothing, and agrees to every subscription: to derive from, so that a host
-// states only what it does.
+// A host that knows nothing and does nothing, and agrees to every subscription: to derive from, so that a
+// host states only what it does.
 class nxQuietJobInterface : public nxAlgoJobInterface
 {
 public:

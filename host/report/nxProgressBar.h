@@ -3,8 +3,8 @@
 #include <chrono>
 #include <ostream>
 
-// One line on a terminal that tells how far a run is: events, percent by bytes read, rate and time left. Draws at
-// most ten times a second, and is erased before anything else is written.
+// One line on a terminal that tells how far a run is: events, percent by bytes read, rate and time left.
+// Draws at most ten times a second, and is erased before anything else is written.
 class nxProgressBar
 {
 public:

@@ -2,7 +2,8 @@
 
 #include "base/time/nxTimeSource.h"
 
-// The recorded time of a replay, in nanoseconds since 1970-01-01 UTC. Written and read on the replay's thread.
+// The recorded time of a replay, in nanoseconds since 1970-01-01 UTC. Written and read on the replay's
+// thread.
 class nxReplayTime : public nxTimeSource
 {
 public:

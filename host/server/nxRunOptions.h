@@ -23,9 +23,4 @@ struct nxRunOptions
 };
 
 // As the exit status of a process.
-enum class nxRunResult
-{
-    Done = 0,
-    ScriptFailed = 1,
-    InputFailed = 2
-};
+enum class nxRunResult { Done = 0, ScriptFailed = 1, InputFailed = 2 };

@@ -13,7 +13,8 @@ long long Later(long long time, long long interval)
 void nxTimerQueue::Start(nxHostJob& job, const std::string& name, long long now, long long interval)
 {
     Stop(job, name);
-    const auto timer = _timers.emplace(Key{&job, name}, Timer{Later(now, interval), interval, _started++}).first;
+    const auto timer =
+        _timers.emplace(Key{&job, name}, Timer{Later(now, interval), interval, _started++}).first;
     _order.emplace(timer->second.due, timer->second.sequence, &timer->first);
 }
 

@@ -7,9 +7,9 @@
 
 class nxHostJob;
 
-// The named timers of all jobs, in recorded time. A timer is due each interval after it was started, and goes on
-// until it is stopped; to start a name again starts it anew. Timers due at one time come in the order in which
-// they were started.
+// The named timers of all jobs, in recorded time. A timer is due each interval after it was started, and goes
+// on until it is stopped; to start a name again starts it anew. Timers due at one time come in the order in
+// which they were started.
 class nxTimerQueue
 {
 public:

@@ -57,7 +57,8 @@ double nxAlgoClockObject::_GetTotalSeconds() const
 {
     const double now = nxTimeSource::Now().GetTotalSecondsAsDouble();
     if (!_clockTimeIsSet) return now;
-    return _firstClockTime.GetTotalSecondsAsDouble() + (now - _createdAt.GetTotalSecondsAsDouble()) * _clockSpeed;
+    return _firstClockTime.GetTotalSecondsAsDouble() +
+           (now - _createdAt.GetTotalSecondsAsDouble()) * _clockSpeed;
 }
 
 bool nxAlgoClockObject::_GetTimeAsInt(const std::string& text, unsigned int& result)

@@ -7,9 +7,9 @@
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
 
-// The job's clock, the global `clock`: it shows GMT, or, once a host has set a time, that time running on at a
-// speed. "Real" time is that of nxTimeSource, so that a replay's clock follows the recorded time. Owned by the
-// script engine; no lock of its own.
+// The job's clock, the global `clock`: it shows GMT, or, once a host has set a time, that time running on at
+// a speed. "Real" time is that of nxTimeSource, so that a replay's clock follows the recorded time. Owned by
+// the script engine; no lock of its own.
 class nxAlgoClockObject : public nxAlgoObject
 {
 public:
@@ -38,8 +38,8 @@ public:
 
 protected:
     virtual nxDateTime _GetClockTime() const;
-    // Counts from the clock's creation and the first time given, while _GetClockTime counts from the last: the
-    // two drift apart when a host sets the time more than once, and scripts rely on either as it is.
+    // Counts from the clock's creation and the first time given, while _GetClockTime counts from the last:
+    // the two drift apart when a host sets the time more than once, and scripts rely on either as it is.
     virtual double _GetTotalSeconds() const;
 
 private:

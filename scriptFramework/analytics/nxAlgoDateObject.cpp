@@ -51,7 +51,8 @@ bool nxAlgoDateObject::getAsDate(nxLuaParameters& parameters, nxLuaResults& resu
     long long seconds = 0;
     const bool inRange = ToSeconds(parameters.Parameter(1).GetNumber(), seconds);
     const nxDateTime time(seconds);
-    if (!inRange || !time.IsValid()) return results.Fail("date:getAsDate invalid parameter should be seconds");
+    if (!inRange || !time.IsValid())
+        return results.Fail("date:getAsDate invalid parameter should be seconds");
     results.Add(time.GetAsString("%Y%m%d:%H:%M:%S"));
     return true;
 }

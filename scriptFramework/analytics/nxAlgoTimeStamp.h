@@ -2,8 +2,8 @@
 
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
 
-// One fixed moment with the script face of a clock; scripts see it as one. Orders and order updates show their
-// times with it. Until a time is set it is not valid, and its holders give nil instead.
+// One fixed moment with the script face of a clock; scripts see it as one. Orders and order updates show
+// their times with it. Until a time is set it is not valid, and its holders give nil instead.
 class nxAlgoTimeStamp : public nxAlgoClockObject
 {
 public:

@@ -31,7 +31,8 @@ class nxVorantParameter;
 //
 // Calls arrive on the thread that runs the script, under the job's mutex; only the trade window timer and the
 // tick notification may come from the host's own threads. From inside such a call the host must not enter the
-// job again, except by StopJob after Shutdown. A std::exception thrown here becomes a Lua error with its text.
+// job again, except by StopJob after Shutdown. A std::exception thrown here becomes a Lua error with its
+// text.
 //
 // nxErrorEnum 0 is success. A null pointer means that there is no such object; objects handed out stay the
 // host's and must live as long as the script can reach them. The order of the operations is part of the
@@ -62,9 +63,9 @@ public:
     virtual void _Reserved02() {}
 
     // A host's product makes its orders with this, behind its _CreateOrder.
-    virtual nxAlgoOrderObject* CreateOrder(nxAlgoProductObject*, const std::string& side, const std::string& type,
-                                           const std::string& exec, const std::string& time,
-                                           const std::string& spreadSpec) = 0;
+    virtual nxAlgoOrderObject* CreateOrder(nxAlgoProductObject*, const std::string& side,
+                                           const std::string& type, const std::string& exec,
+                                           const std::string& time, const std::string& spreadSpec) = 0;
     virtual nxValueWrapper<unsigned int, -1, -2> GetID() = 0;
 
     virtual void SendUserState(const nxLogLevelEnum& level, const std::string& text) = 0;
@@ -138,7 +139,7 @@ public:
     virtual void OnTickData(nxAlgoTickDataObject&) = 0;
     virtual bool _Reserved14() { return false; }
 
-    virtual const std::string& GetLogPrefix() const;  // "BASE"
+    virtual const std::string& GetLogPrefix() const;                     // "BASE"
     virtual nxSyntheticChildOrderTypeEnum GetSyntheticChildOrderType();  // undefined
     virtual nxAlgoLibraryObject* LoadLibrary(const std::string& name) = 0;
     virtual void SetError(const std::string& text) = 0;

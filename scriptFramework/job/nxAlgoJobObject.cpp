@@ -6,12 +6,8 @@
 using Self = nxAlgoJobObject;
 
 constexpr nxLuaWrapper<Self>::FunctionType Self::Functions[] = {
-    {"getProduct", &Self::getProduct},
-    {"logText", &Self::logText},
-    {"startTimer", &Self::startTimer},
-    {"stopTimer", &Self::stopTimer},
-    {"shutdown", &Self::shutdown},
-    {nullptr, nullptr},
+    {"getProduct", &Self::getProduct}, {"logText", &Self::logText},   {"startTimer", &Self::startTimer},
+    {"stopTimer", &Self::stopTimer},   {"shutdown", &Self::shutdown}, {nullptr, nullptr},
 };
 static_assert(nxIsBoundTable(Self::Functions));
 

@@ -10,11 +10,12 @@
 
 // One running algorithm: a script in a Lua state of its own, driven by a host, and the script's global `job`.
 //
-// The host constructs it with its nxAlgoJobInterface, which must outlive it, loads a script, starts the job and
-// delivers events through the On... entries. Any thread may call in: the job mutex is held for the whole of
-// StartJob, of each callback and of the locked part of StopJob, so the script runs on one thread at a time.
-// LoadFile, LoadScript, SetScriptHelper and SetClockSpeed take no lock: call them when no event can arrive. A
-// host must not call a locked entry from inside a call that came from the script, except StopJob after Shutdown.
+// The host constructs it with its nxAlgoJobInterface, which must outlive it, loads a script, starts the job
+// and delivers events through the On... entries. Any thread may call in: the job mutex is held for the whole
+// of StartJob, of each callback and of the locked part of StopJob, so the script runs on one thread at a
+// time. LoadFile, LoadScript, SetScriptHelper and SetClockSpeed take no lock: call them when no event can
+// arrive. A host must not call a locked entry from inside a call that came from the script, except StopJob
+// after Shutdown.
 //
 // The active flag is set from construction, so a host delivers nothing before StartJob has succeeded.
 class nxAlgoJobObject : public nxAlgoObject
@@ -28,8 +29,8 @@ public:
     // Closes the Lua state. Finalizers of the script run then, and may call the host.
     ~nxAlgoJobObject() override;
 
-    // Both run the script's main chunk; nxError_ScriptLoadFailed when that fails. GetErrorText tells why, except
-    // of a file. Lua chunks in binary form are refused.
+    // Both run the script's main chunk; nxError_ScriptLoadFailed when that fails. GetErrorText tells why,
+    // except of a file. Lua chunks in binary form are refused.
     [[nodiscard]] nxErrorEnum LoadFile(const std::string& path);
     [[nodiscard]] nxErrorEnum LoadScript(const std::string& text);
     // Before the load whose line numbers it explains.

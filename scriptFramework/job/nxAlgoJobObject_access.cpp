@@ -19,7 +19,8 @@ bool nxAlgoJobObject::calculate(nxLuaParameters& parameters, nxLuaResults& resul
     a.push_back(10.0);
     a.push_back(11.0);
     std::vector<double> b;
-    for (const double element : a) b.push_back(2.0 * element);
+    for (const double element : a)
+        b.push_back(2.0 * element);
     results.Add(a);
     results.Add(b);
     return true;

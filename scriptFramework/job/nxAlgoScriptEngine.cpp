@@ -15,7 +15,7 @@
 namespace {
 
 // What a hosted script may not reach. References that its main chunk took before stay usable.
-constexpr const char* Sandboxed[] = {"io",         "os",   "package", "coroutine",      "loadfile",
+constexpr const char* Sandboxed[] = {"io",         "os",   "package", "coroutine",     "loadfile",
                                      "loadstring", "load", "dofile",  "collectgarbage"};
 
 }  // namespace
@@ -66,9 +66,11 @@ nxErrorEnum nxAlgoScriptEngine::Start()
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "OnInit does not exist");
         return nxError_NoOnInit;
     }
-    for (const char* name : Sandboxed) RemoveFunction(name);
+    for (const char* name : Sandboxed)
+        RemoveFunction(name);
     if (!_BindGlobals() || !LoadModule(nxScriptPreludeText())) {
-        nxLogMessage(nxLogLevel::Error, GetLogPrefix(), "Script Engine Start Failed. Error : ", GetLastError());
+        nxLogMessage(nxLogLevel::Error, GetLogPrefix(),
+                     "Script Engine Start Failed. Error : ", GetLastError());
         return nxError_StartFailed;
     }
     if (!_onInit.Call()) {

@@ -19,12 +19,12 @@ class nxAlgoStateObject;
 class nxDateTime;
 
 // The Lua engine of one job: the sandbox, the script's global objects and its callbacks. Belongs to its
-// nxAlgoJobObject, whose mutex sees to it that one thread at a time is in here; only the active flag may be read
-// from anywhere, so that IsActive answers while a script runs.
+// nxAlgoJobObject, whose mutex sees to it that one thread at a time is in here; only the active flag may be
+// read from anywhere, so that IsActive answers while a script runs.
 //
-// A callback that the script does not define is a success. One that raises an error is logged and answered with
-// nxError_CallbackFailed, and the job goes on: whether it stops is the host's decision. Once the engine has been
-// stopped, events are dropped without a trace, except OnShutdown.
+// A callback that the script does not define is a success. One that raises an error is logged and answered
+// with nxError_CallbackFailed, and the job goes on: whether it stops is the host's decision. Once the engine
+// has been stopped, events are dropped without a trace, except OnShutdown.
 class nxAlgoScriptEngine : public nxLuaEngine
 {
 public:

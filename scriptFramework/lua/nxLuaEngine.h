@@ -47,8 +47,8 @@ public:
     void SetMemoryLimit(std::size_t bytes) { _state.GetPool().SetLimit(bytes); }
     const nxLuaPool& GetMemory() const { return _state.GetPool(); }
 
-    // Closes the Lua state ahead of the destructor, while what is bound to it still lives: finalizers of the script run
-    // now, and may use it. Nothing else may be called behind.
+    // Closes the Lua state ahead of the destructor, while what is bound to it still lives: finalizers of the
+    // script run now, and may use it. Nothing else may be called behind.
     void Close() { _state.Close(); }
 
 protected:

@@ -127,8 +127,8 @@ public:
     nxLuaState(const nxLuaState&) = delete;
     nxLuaState& operator=(const nxLuaState&) = delete;
 
-    // Closes the state before its time: finalizers of the script run, and may still use what is bound to it. Nothing
-    // else may be called behind.
+    // Closes the state before its time: finalizers of the script run, and may still use what is bound to it.
+    // Nothing else may be called behind.
     void Close();
 
     static nxLuaState& Of(lua_State* L);

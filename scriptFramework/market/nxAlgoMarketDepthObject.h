@@ -11,11 +11,11 @@
 class nxMarketDepth;
 
 // A script's read-only view of a product's order book: the argument of OnMarketDepth, and the object behind a
-// product's `depth`. It points at a record of the host, which must be set before a script reaches the view and
-// must not change during a callback.
+// product's `depth`. It points at a record of the host, which must be set before a script reaches the view
+// and must not change during a callback.
 //
-// Both maps run in ascending order of price and levels count from 0 at the lowest: ask(0) is the best ask, but
-// bid(0) is the worst bid, and the best one is bid(bidCount - 1).
+// Both maps run in ascending order of price and levels count from 0 at the lowest: ask(0) is the best ask,
+// but bid(0) is the worst bid, and the best one is bid(bidCount - 1).
 class nxAlgoMarketDepthObject : public nxAlgoObject
 {
 public:

@@ -3,9 +3,9 @@
 #include "base/enums/nxCurrencyEnum.h"
 #include "base/values/nxDecimal.h"
 
-// How much of a product is held and at what cost, in three sections: total over everything, local for what the
-// job's own trading brought, day for the current trading day. A plain record that the host fills in; averages,
-// costs and revenues come ready from it. A new position holds true zeros, not null.
+// How much of a product is held and at what cost, in three sections: total over everything, local for what
+// the job's own trading brought, day for the current trading day. A plain record that the host fills in;
+// averages, costs and revenues come ready from it. A new position holds true zeros, not null.
 class nxAlgoPosition
 {
 public:

@@ -36,7 +36,8 @@ constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
 };
 static_assert(nxIsBoundTable(Self::Properties));
 
-nxAlgoPositionObject::nxAlgoPositionObject(nxAlgoJobInterface* job, unsigned int id) : nxAlgoObject(job), _id(id)
+nxAlgoPositionObject::nxAlgoPositionObject(nxAlgoJobInterface* job, unsigned int id)
+    : nxAlgoObject(job), _id(id)
 {
 }
 

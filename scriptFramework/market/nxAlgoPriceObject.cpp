@@ -78,7 +78,8 @@ bool nxAlgoPriceObject::isAsk(nxLuaParameters&, nxLuaResults& results)
 // Stricter than the two above, on purpose: a trade counts only when both price and volume are real values.
 bool nxAlgoPriceObject::isLast(nxLuaParameters&, nxLuaResults& results)
 {
-    results.Add(_update != nullptr && _update->GetLastPrice().IsValid() && _update->GetLastVolume().IsValid());
+    results.Add(_update != nullptr && _update->GetLastPrice().IsValid() &&
+                _update->GetLastVolume().IsValid());
     return true;
 }
 
@@ -397,5 +398,6 @@ std::string nxAlgoPriceObject::_GetLastBuySell() const
 
 std::string nxAlgoPriceObject::_GetSettlementType() const
 {
-    return _snapshot == nullptr ? std::string() : _snapshot->GetSettlementPriceType().GetShortDescription(" ");
+    return _snapshot == nullptr ? std::string()
+                                : _snapshot->GetSettlementPriceType().GetShortDescription(" ");
 }

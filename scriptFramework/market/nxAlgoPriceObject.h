@@ -9,9 +9,9 @@
 
 class nxPrice;
 
-// A script's read-only view of a product's price: the argument of OnPrice, which the host builds for each event,
-// and the object behind a product's `price`. It points at two records of the host, which must live as long as a
-// script may read the view and must not change during a callback. Copies point at the same records.
+// A script's read-only view of a product's price: the argument of OnPrice, which the host builds for each
+// event, and the object behind a product's `price`. It points at two records of the host, which must live as
+// long as a script may read the view and must not change during a callback. Copies point at the same records.
 //
 // A record or value that is not there reads as nil, an empty text or false; nothing here raises an error.
 class nxAlgoPriceObject : public nxAlgoObject
@@ -22,8 +22,10 @@ public:
     static const nxLuaWrapper<nxAlgoPriceObject>::PropertyType Properties[];
 
     nxAlgoPriceObject(nxAlgoJobInterface* job, unsigned int id);
-    // update is what this event brought, its untouched fields at no-change; null when nothing is known of that.
-    nxAlgoPriceObject(nxAlgoJobInterface* job, const nxPrice* snapshot, const nxPrice* update, unsigned int id);
+    // update is what this event brought, its untouched fields at no-change; null when nothing is known of
+    // that.
+    nxAlgoPriceObject(nxAlgoJobInterface* job, const nxPrice* snapshot, const nxPrice* update,
+                      unsigned int id);
 
     // Also forgets the update: what is asked for on demand has changed no side.
     void SetSnapshot(const nxPrice* snapshot);

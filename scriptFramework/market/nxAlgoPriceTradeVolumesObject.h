@@ -19,7 +19,10 @@ public:
     // The tick to which a script's price is rounded before it is looked up; until it is set, prices are taken
     // at up to ten places.
     void SetTickSize(const nxDecimal& tickSize) { _tickSize = tickSize; }
-    void UpdatePriceTradeVolumes(const nxPriceTradeVolumes& update) { _priceTradeVolumes.ApplyUpdate(update); }
+    void UpdatePriceTradeVolumes(const nxPriceTradeVolumes& update)
+    {
+        _priceTradeVolumes.ApplyUpdate(update);
+    }
 
     bool getVolumeAtPrice(nxLuaParameters&, nxLuaResults&);
     // Price and volume, counted from 1 at the lowest price; two nils beyond the last.

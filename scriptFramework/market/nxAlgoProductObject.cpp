@@ -184,8 +184,9 @@ bool nxAlgoProductObject::createTickDataCollection(nxLuaParameters&, nxLuaResult
     return results.Fail("createTickDataCollection is not available in this version");
 }
 
-nxAlgoOrderObject* nxAlgoProductObject::_CreateOrder(const std::string&, const std::string&, const std::string&,
-                                                     const std::string&, const std::string&, const std::string&)
+nxAlgoOrderObject* nxAlgoProductObject::_CreateOrder(const std::string&, const std::string&,
+                                                     const std::string&, const std::string&,
+                                                     const std::string&, const std::string&)
 {
     return nullptr;
 }
@@ -195,7 +196,8 @@ nxAlgoEventWindowObject* nxAlgoProductObject::_CreateEventWindow(double, double)
     return nullptr;
 }
 
-nxAlgoTickDataCollectionObject* nxAlgoProductObject::_CreateTickDataCollection(const std::string&, unsigned int,
+nxAlgoTickDataCollectionObject* nxAlgoProductObject::_CreateTickDataCollection(const std::string&,
+                                                                               unsigned int,
                                                                                const nxDateTime&,
                                                                                const nxDateTime&)
 {

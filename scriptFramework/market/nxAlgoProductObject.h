@@ -21,9 +21,10 @@ class nxDateTime;
 class nxStrategyDefinition;
 class nxStrategyLeg;
 
-// One tradable product as a script sees it. The host derives from it, overrides what it knows better (snapshots,
-// state, own best prices, profit, factories) and hands its objects out by nxAlgoJobInterface::GetProduct; it must
-// keep a product alive as long as the script can reach it. Everything overridable has a harmless default.
+// One tradable product as a script sees it. The host derives from it, overrides what it knows better
+// (snapshots, state, own best prices, profit, factories) and hands its objects out by
+// nxAlgoJobInterface::GetProduct; it must keep a product alive as long as the script can reach it. Everything
+// overridable has a harmless default.
 //
 // Takes no lock: it is used on the thread that runs the script, and overrides guard what the host changes on
 // other threads. Events do not pass through it: the host builds the event's object and calls the job.
@@ -115,7 +116,10 @@ protected:
     virtual void _SetFlattenOnExit(bool) {}
     virtual bool _IsStrategy() const { return false; }
 
-    unsigned char _GetDPForAverages() const { return static_cast<unsigned char>(_tickSize.GetDecimalPlaces() + 1); }
+    unsigned char _GetDPForAverages() const
+    {
+        return static_cast<unsigned char>(_tickSize.GetDecimalPlaces() + 1);
+    }
     unsigned int _GetID() const { return _id; }
     // Set by subscribing, whether or not the host agreed, and never cleared.
     bool _IsPriceWanted() const { return _priceWanted; }
@@ -130,7 +134,8 @@ private:
     void _SwitchOff(bool& subscribed, HostCall hostCall);
     // Reads the product's definition, if it is a strategy that has one, looked up anew for each call.
     void _WithStrategy(const std::function<void(nxStrategyDefinition&)>& read);
-    // The same for one leg, counted from 1 by the script's one argument; false after a failure told in results.
+    // The same for one leg, counted from 1 by the script's one argument; false after a failure told in
+    // results.
     bool _WithLeg(nxLuaParameters& parameters, nxLuaResults& results, const std::string& function,
                   const std::function<void(const nxStrategyLeg&)>& read);
 

@@ -4,8 +4,8 @@
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
 
-// Whether a product's market is pre-open, open or closed: the argument of OnProductState, and the object behind
-// a product's `state`. Holds a value. Each function tests one bit alone, so more than one can be true.
+// Whether a product's market is pre-open, open or closed: the argument of OnProductState, and the object
+// behind a product's `state`. Holds a value. Each function tests one bit alone, so more than one can be true.
 class nxAlgoStateObject : public nxAlgoObject
 {
 public:

@@ -2,8 +2,8 @@
 
 class nxPrice;
 
-// A host's decision which prices are worth building a price object for. The library neither derives from it nor
-// calls it.
+// A host's decision which prices are worth building a price object for. The library neither derives from it
+// nor calls it.
 class nxPriceConstructFilter
 {
 public:
