@@ -57,8 +57,6 @@ void ReadRows(benchmark::State& state, nxFeedKind kind)
         if (feed.HasFailed()) state.SkipWithError(feed.GetError().GetText().c_str());
     }
     state.SetItemsProcessed(rows);
-    state.counters["ns_per_row"] = benchmark::Counter(
-        static_cast<double>(rows) * 1e-9, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK_CAPTURE(ReadRows, quotes, nxFeedKind::Quote)
     ->Name("nxFeed/quotes_row")

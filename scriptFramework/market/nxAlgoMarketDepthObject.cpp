@@ -45,7 +45,10 @@ const Self::Levels::value_type* nxAlgoMarketDepthObject::_FindLevel(nxLuaParamet
 {
     if (parameters.Count() != 1) return nullptr;
     const unsigned int level = parameters.Parameter(1).GetUnsigned();
-    return level < levels.size() ? &*std::next(levels.begin(), level) : nullptr;
+    if (level >= levels.size()) return nullptr;
+    // From the nearer end: the best bid is the last of its map.
+    const auto fromEnd = static_cast<std::ptrdiff_t>(levels.size() - level);
+    return fromEnd > level ? &*std::next(levels.begin(), level) : &*std::prev(levels.end(), fromEnd);
 }
 
 bool nxAlgoMarketDepthObject::bid(nxLuaParameters& parameters, nxLuaResults& results)

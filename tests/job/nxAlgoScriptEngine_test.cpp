@@ -171,6 +171,31 @@ TEST(nxAlgoScriptEngineThread, IsActiveAnswersWhileAScriptRuns)
     EXPECT_TRUE(delivered);
 }
 
+// A host that hands Shutdown on to another thread and waits for it there, while the script's thread has the
+// job.
+class HandingOverHost : public nxRecordingHost
+{
+public:
+    nxAlgoJobObject* stopped = nullptr;
+    void Shutdown() override
+    {
+        std::thread([this] {
+            calls.emplace_back(stopped->StopJob().IsSuccess() ? "stopped" : "not stopped");
+        }).join();
+    }
+};
+
+TEST(nxAlgoScriptEngineThread, StopJobOfAJobThatShutItselfDownWaitsForNoLock)
+{
+    HandingOverHost host;
+    nxAlgoJobObject job(&host);
+    host.stopped = &job;
+    ASSERT_TRUE(job.LoadScript("function OnInit() end function OnTimer() job:shutdown() end").IsSuccess());
+    ASSERT_TRUE(job.StartJob().IsSuccess());
+    EXPECT_TRUE(job.OnTimer("t").IsSuccess());
+    EXPECT_EQ(host.TakeCalls(), "stopped");
+}
+
 TEST(nxAlgoScriptEngineThread, EventsFromSeveralThreadsRunOneAfterTheOther)
 {
     constexpr int threads = 4;

@@ -49,7 +49,7 @@ TEST(nxLuaUnprotected, LackOfMemory)
     // From nothing to spare up to enough: wherever the memory gives out, the entry says so.
     const std::size_t inUse = engine.GetMemory().GetBytesInUse();
     bool succeeded = false;
-    for (std::size_t spare = 0; !succeeded && spare < 4096; spare += 8) {
+    for (std::size_t spare = 0; !succeeded && spare < 65536; spare += 8) {
         engine.SetMemoryLimit(inUse + spare);
         succeeded = onX.Call(engine.probe);
         ASSERT_EQ(engine.GetLastError(), succeeded ? "" : "not enough memory") << spare;

@@ -6,6 +6,16 @@
 
 #include "tests/support/nxScriptJob.h"
 
+namespace {
+
+void ReplaceAll(std::string& text, const std::string& from, const std::string& to)
+{
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+}
+
+}  // namespace
+
 constexpr nxLuaWrapper<nxProbe>::FunctionType nxProbe::Functions[] = {
     {"run", &nxProbe::run},
     {"again", &nxProbe::again},
@@ -126,5 +136,8 @@ std::string nxProbeEngine::Evaluate(const std::string& code)
     const char* text = lua_tostring(L, -1);
     answer += text == nullptr ? luaL_typename(L, -1) : text;
     lua_pop(L, 1);
+    ReplaceAll(answer, "calling 'run' on bad self", "bad argument #1 to '?'");
+    ReplaceAll(answer, "'__index'", "'?'");
+    ReplaceAll(answer, "'__newindex'", "'?'");
     return answer;
 }

@@ -66,6 +66,7 @@ public:
     nxProbe probe;
     nxOther other;
 
+    // In the messages of argument errors, '?' stands for what the Lua engines name each in their own way.
     std::string Evaluate(const std::string& code);
 
     using nxLuaEngine::_CallFunction;
