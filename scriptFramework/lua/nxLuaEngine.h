@@ -44,7 +44,11 @@ public:
     const std::string& GetLastError() const { return _lastError; }
 
     // Bytes that the script may hold before Lua tells it that there is not enough memory; 0 for no limit.
-    void SetMemoryLimit(std::size_t bytes) { _state.GetPool().SetLimit(bytes); }
+    void SetMemoryLimit(std::size_t bytes)
+    {
+        _state.GetPool().SetLimit(bytes);
+        _state.TuneCollector();
+    }
     const nxLuaPool& GetMemory() const { return _state.GetPool(); }
 
     // Closes the Lua state ahead of the destructor, while what is bound to it still lives: finalizers of the

@@ -213,7 +213,8 @@ void nxLuaState::TuneCollector()
     constexpr std::size_t worthwhile = 1 << 18;  // bytes of garbage; more of it leaves the processor's caches
     const std::size_t relative = 100 * worthwhile / (_pool.GetBytesInUse() + 1);
     const auto pause = static_cast<int>(100 + std::clamp<std::size_t>(relative, 200, 900));
-    lua_gc(_L, LUA_GCSETPAUSE, pause);
+    // Nobody collects when a limit is met, so garbage must not come to fill it.
+    lua_gc(_L, LUA_GCSETPAUSE, _pool.IsLimited() ? std::min(pause, 150) : pause);
 }
 
 // A finalizer that does nothing would still be called for every wrapper that dies, so the metatables have

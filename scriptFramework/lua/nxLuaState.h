@@ -47,6 +47,7 @@ public:
 
     // Bytes in use above which Reallocate refuses to grow; 0 for no limit.
     void SetLimit(std::size_t bytes) { _limit = bytes == 0 ? Unlimited : bytes; }
+    bool IsLimited() const { return _limit != Unlimited; }
     std::size_t GetBytesInUse() const { return _inUse; }
     // Requests served so far, by free list or by the system.
     std::uint64_t GetAllocationCount() const { return _allocations; }

@@ -252,6 +252,18 @@ function OnPrice(p) log(p.bidVolume, job:getProduct("B").tickSize) end)");
 )");
 }
 
+TEST_F(nxReplayServerTest, AFinerPriceLateInTheDataMakesTheTickFiner)
+{
+    SetScript(R"(
+function OnInit() a = job:getProduct("A") a:subscribe() log(a.tickSize) end
+function OnPrice(p) if p.bidPrice ~= 1 then log(a.tickSize) end end)");
+    std::string rows;
+    for (unsigned int i = 0; i < nxFeedReader::PeekRows; ++i)
+        rows += "@00,A,1,1,,,,,\n";
+    run.AddQuotes(rows + "@01,A,1.25,1,,,,,\n");
+    EXPECT_EQ(run.RunForLog(), "00.000  1\n01.000  0.01\n");
+}
+
 TEST_F(nxReplayServerTest, TimersRunInRecordedTime)
 {
     const struct
@@ -374,6 +386,15 @@ TEST_F(nxReplayServerTest, ShutdownEndsTheRunAfterOnShutdown)
         EXPECT_EQ(one.GetLine("end"), "the script shut down");
         EXPECT_EQ(one.GetErrors(), "");
     }
+}
+
+TEST_F(nxReplayServerTest, NothingIsReadBehindTheEventThatEndedTheRun)
+{
+    SetScript("function OnInit() job:getProduct('A'):subscribe() end\nfunction OnPrice() job:shutdown() end");
+    run.options.lenient = true;
+    run.AddQuotes("@00,A,1,1,,,,,\n@01,A,x,1,,,,,\n@02,A,1,1,,,,,\n");
+    EXPECT_EQ(run.Run(), nxRunResult::Done);
+    EXPECT_EQ(run.GetLine("data"), "") << "no remark on the bad row";
 }
 
 TEST_F(nxReplayServerTest, AnInterruptionEndsTheRunProperly)
