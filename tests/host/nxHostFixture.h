@@ -1,12 +1,12 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <stdlib.h>  // mkdtemp
 
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "host/server/nxReplayServer.h"
 
