@@ -1,5 +1,5 @@
 # The Lua behind SCRIPTFRAMEWORK_LUA, as the target Lua51::Lua51. Used by the build and by the installed package. The
-# archive is taken where there is one: the binding calls Lua's interface some sixty times for one event, and a call
+# archive is taken where there is one: the binding calls Lua's interface many times for one event, and a call
 # into a shared library costs a quarter more.
 find_package(PkgConfig REQUIRED)
 if(NOT TARGET Lua51::Lua51)
