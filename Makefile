@@ -60,7 +60,7 @@ luajit: packages
 
 bench: packages
 	cmake --preset release
-	cmake --build --preset release -j $(JOBS)
+	cmake --build --preset release -j $(JOBS) --target nx_bench
 	tools/run_benchmarks build/release
 
 format: packages

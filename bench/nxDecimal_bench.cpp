@@ -58,8 +58,10 @@ BENCHMARK_CAPTURE(Run, print, [](const nxDecimal& x, const nxDecimal&) {
     return x.GetAsString('.');
 })->Name("nxDecimal/print");
 BENCHMARK_CAPTURE(Run, set_from_double, [](const nxDecimal&, const nxDecimal&) {
+    double number = 61800.25;
+    benchmark::DoNotOptimize(number);
     nxDecimal value;
-    value.SetFromDouble(61800.25, 4);
+    value.SetFromDouble(number, 4);
     return value;
 })->Name("nxDecimal/set_from_double");
 BENCHMARK_CAPTURE(Run, round, [](const nxDecimal& x, const nxDecimal&) {

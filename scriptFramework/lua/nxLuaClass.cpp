@@ -75,14 +75,17 @@ void nxLuaClass::Register(lua_State* L) const
 
 // The metatable as the registry holds it under the class's name: by reference while no script can have put
 // another there.
-void nxLuaClass::_PushMetatable(lua_State* L, const nxLuaState& state) const
+void nxLuaClass::_PushMetatable(lua_State* L, const nxLuaState::ClassReferences& references,
+                                bool exposed) const
 {
-    if (state.AreMetatablesExposed()) {
+    if (exposed) {
         lua_getfield(L, LUA_REGISTRYINDEX, _name);
-    } else {
-        lua_rawgeti(L, LUA_REGISTRYINDEX, state.References(_index).metatable);
+        if (lua_istable(L, -1)) return;
+    } else if (references.identity != nullptr) {
+        lua_rawgeti(L, LUA_REGISTRYINDEX, references.metatable);
+        return;
     }
-    if (!lua_istable(L, -1)) luaL_error(L, "class %s is not registered", _name);
+    luaL_error(L, "class %s is not registered", _name);
 }
 
 void nxLuaClass::_FillRows(lua_State* L, int metatable) const
@@ -110,17 +113,13 @@ void nxLuaClass::Push(lua_State* L, void* object) const
     nxLuaState::ClassReferences& references = state.References(_index);
     const bool exposed = state.AreMetatablesExposed();
 
-    lua_createtable(L, 0, static_cast<int>(_rows.functions.size()) + 1);
+    const int count = static_cast<int>(_rows.functions.size());
+    lua_createtable(L, 0, count + 1);
     const int wrapper = lua_gettop(L);
-    _PushMetatable(L, state);
-    const int metatable = wrapper + 1;
-
-    *static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle))) = Handle{nullptr, object, this};
-    lua_pushvalue(L, metatable);
-    lua_setmetatable(L, -2);
-    lua_rawseti(L, wrapper, 0);
-    lua_pushvalue(L, metatable);
-    lua_setmetatable(L, wrapper);
+    lua_rawgeti(L, LUA_REGISTRYINDEX, references.names);
+    const int names = wrapper + 1;
+    _PushMetatable(L, references, exposed);
+    const int metatable = wrapper + 2;
 
     // The rows stand in the metatable from the first push on, and only a script that holds the metatable can
     // change them: then every push sets them right again.
@@ -129,14 +128,17 @@ void nxLuaClass::Push(lua_State* L, void* object) const
         references.rowsFilled = true;
     }
 
-    lua_rawgeti(L, LUA_REGISTRYINDEX, references.names);
-    const bool interned = lua_istable(L, -1);
-    const int count = static_cast<int>(_rows.functions.size());
+    *static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle))) = Handle{nullptr, object, this};
+    lua_pushvalue(L, metatable);
+    lua_setmetatable(L, -2);
+    lua_rawseti(L, wrapper, 0);
+    lua_setmetatable(L, wrapper);
+
     for (int row = 0; row < count; ++row) {
-        if (interned && !exposed) {
-            lua_rawgeti(L, wrapper + 2, row + 1);
-        } else {
+        if (exposed) {
             lua_pushstring(L, _rows.functions[static_cast<std::size_t>(row)]);
+        } else {
+            lua_rawgeti(L, names, row + 1);
         }
         lua_pushnumber(L, row);
         lua_pushcclosure(L, _rows.dispatchFunction, 1);
@@ -147,7 +149,7 @@ void nxLuaClass::Push(lua_State* L, void* object) const
 
 // What the wrapper at index 1, a table, holds at key 0, which is left at the top of the stack. A userdata of
 // another kind is an argument error: this is what keeps objects apart, whatever metatable a script gave them.
-nxLuaClass::Held nxLuaClass::_Read(lua_State* L, void*& object) const
+inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, void*& object) const
 {
     lua_rawgeti(L, 1, 0);
     const Handle* handle = static_cast<const Handle*>(lua_touserdata(L, -1));
@@ -158,7 +160,7 @@ nxLuaClass::Held nxLuaClass::_Read(lua_State* L, void*& object) const
 }
 
 // For the two property dispatchers: null when the pointer was cleared.
-void* nxLuaClass::_ReadObject(lua_State* L) const
+inline void* nxLuaClass::_ReadObject(lua_State* L) const
 {
     void* object = nullptr;
     if (!lua_istable(L, 1) || _Read(L, object) == Held::Nothing) luaL_typerror(L, 1, _name);
@@ -167,13 +169,12 @@ void* nxLuaClass::_ReadObject(lua_State* L) const
 
 // Looks the key at index 2 up in the metatable of the value at index 1. A key whose value is no number is
 // none of ours, or a metamethod, and counts as row 0.
-nxLuaClass::Key nxLuaClass::_FindKey(lua_State* L, unsigned int& row) const
+inline nxLuaClass::Key nxLuaClass::_FindKey(lua_State* L, unsigned int& row) const
 {
     const nxLuaState& state = nxLuaState::Of(L);
     if (!state.AreMetatablesExposed()) {
         // Then Lua itself called, for a value with this class's metatable. (Or a debug hook that dug this
-        // function up: what it passes is checked before any use.)
-        if (lua_type(L, 2) != LUA_TSTRING) return Key::Unknown;
+        // function up: what it passes is checked before any use.) A key that is no text has no address.
         const int found = state.References(_index).keys.Find(lua_tostring(L, 2));
         row = found < 0 ? 0 : static_cast<unsigned int>(found);
         return found == nxLuaKeyMap::Absent       ? Key::Unknown

@@ -2,11 +2,12 @@
 
 #include <vector>
 
+#include "scriptFramework/lua/nxLuaState.h"
+
 struct lua_State;
 class nxLuaParameter;
 class nxLuaParameters;
 class nxLuaResults;
-class nxLuaState;
 
 // One bound class as Lua sees it: its name, the names of its rows, and how a row is called on an object. Made
 // once per class by nxLuaWrapper and shared by all jobs of the process; immutable, so any thread may use it.
@@ -61,7 +62,7 @@ private:
     void* _ReadObject(lua_State* L) const;
     enum class Key { Unknown, Metamethod, Row };
     Key _FindKey(lua_State* L, unsigned int& row) const;
-    void _PushMetatable(lua_State* L, const nxLuaState& state) const;
+    void _PushMetatable(lua_State* L, const nxLuaState::ClassReferences& references, bool exposed) const;
     void _FillRows(lua_State* L, int metatable) const;
 
     const char* _name;

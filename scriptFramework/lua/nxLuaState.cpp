@@ -210,7 +210,7 @@ bool nxLuaState::Protect(void (*body)(void* context), void* context, std::string
 
 void nxLuaState::TuneCollector()
 {
-    constexpr std::size_t worthwhile = 1 << 18;  // bytes of garbage; more of it leaves the processor's caches
+    constexpr std::size_t worthwhile = 1 << 19;  // bytes of garbage; more of it leaves the processor's caches
     const std::size_t relative = 100 * worthwhile / (_pool.GetBytesInUse() + 1);
     const auto pause = static_cast<int>(100 + std::clamp<std::size_t>(relative, 200, 900));
     // Nobody collects when a limit is met, so garbage must not come to fill it.

@@ -26,17 +26,21 @@ public:
     // Lua's allocator contract: newSize 0 frees; null means out of memory.
     void* Reallocate(void* block, std::size_t oldSize, std::size_t newSize)
     {
-        // Nearly all requests: one small block taken from its free list, or given back.
-        if (block == nullptr && newSize - 1 < LargestPooled) {
-            Free*& list = _free[(newSize - 1) / Granule];
-            if (list != nullptr && _inUse + newSize <= _limit) {
-                void* result = list;
-                list = list->next;
-                _inUse += newSize;
-                ++_allocations;
-                return result;
+        // Nearly all requests: one small block taken from its free list, or given back, or nothing at all, as
+        // a table without an array asks for.
+        if (block == nullptr) {
+            if (newSize == 0) return nullptr;
+            if (newSize <= LargestPooled) {
+                Free*& list = _free[(newSize - 1) / Granule];
+                if (list != nullptr && _inUse + newSize <= _limit) {
+                    void* result = list;
+                    list = list->next;
+                    _inUse += newSize;
+                    ++_allocations;
+                    return result;
+                }
             }
-        } else if (newSize == 0 && oldSize - 1 < LargestPooled && block != nullptr) {
+        } else if (newSize == 0 && oldSize - 1 < LargestPooled) {
             Free*& list = _free[(oldSize - 1) / Granule];
             list = new (block) Free{list};
             _inUse -= oldSize;
@@ -63,7 +67,9 @@ private:
         Free* next;
     };
 
-    void* _ReallocateSlowly(void* block, std::size_t oldSize, std::size_t newSize);
+    // Apart, so that the common case saves no registers for it.
+    [[gnu::noinline, gnu::cold]] void* _ReallocateSlowly(void* block, std::size_t oldSize,
+                                                         std::size_t newSize);
     void* _Allocate(std::size_t size);
     void _Release(void* block, std::size_t size);
 
@@ -92,8 +98,7 @@ public:
         if (_slots.empty()) return Absent;
         for (std::size_t i = _Hash(key);; ++i) {
             const Slot& slot = _slots[i & _mask];
-            if (slot.key == key) return slot.row;
-            if (slot.key == nullptr) return Absent;
+            if (slot.key == key || slot.key == nullptr) return slot.row;
         }
     }
 

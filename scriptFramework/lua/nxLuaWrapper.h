@@ -32,34 +32,25 @@ public:
         bool (T::*setter)(const nxLuaParameter&);  // null: read-only, a write is ignored
     };
 
-    static void Register(lua_State* L) { _Class().Register(L); }
+    static void Register(lua_State* L) { _class.Register(L); }
 
     // Leaves a new wrapper table on the stack. The object stays its owner's and must outlive the script's
     // use.
-    static void Push(lua_State* L, T* object) { _Class().Push(L, object); }
+    static void Push(lua_State* L, T* object) { _class.Push(L, object); }
 
     // Binds a wrapper table to a global name. False when Lua raised an error; the engine's last error tells.
     static bool SetGlobal(nxLuaEngine& engine, const std::string& name, T* object)
     {
-        return engine.SetGlobalObject(name, _Class(), object);
+        return engine.SetGlobalObject(name, _class, object);
     }
 
     // Runs a global script function with the object as its one argument.
-    static bool Call(nxLuaFunction& function, T& object)
-    {
-        return function._CallWithObject(_Class(), &object);
-    }
+    static bool Call(nxLuaFunction& function, T& object) { return function._CallWithObject(_class, &object); }
 
 private:
-    static int DispatchFunction(lua_State* L) { return _Class().DispatchFunction(L); }
-    static int DispatchGet(lua_State* L) { return _Class().DispatchGet(L); }
-    static int DispatchSet(lua_State* L) { return _Class().DispatchSet(L); }
-
-    static const nxLuaClass& _Class()
-    {
-        static const nxLuaClass instance(T::className, _MakeRows());
-        return instance;
-    }
+    static int DispatchFunction(lua_State* L) { return _class.DispatchFunction(L); }
+    static int DispatchGet(lua_State* L) { return _class.DispatchGet(L); }
+    static int DispatchSet(lua_State* L) { return _class.DispatchSet(L); }
 
     static nxLuaClass::Rows _MakeRows()
     {
@@ -85,6 +76,9 @@ private:
         rows.dispatchSet = DispatchSet;
         return rows;
     }
+
+    // Made before main, from tables that are constants: the dispatchers need not ask whether it exists.
+    static inline const nxLuaClass _class{T::className, _MakeRows()};
 };
 
 // For a static_assert behind each table: the names are unique and the null row is the last.
