@@ -25,6 +25,9 @@ public:
        not valid. */
     void AddTrade(const nxDecimal& price, const nxVolume& volume);
 
+    /** Nothing traded any more; text and type stay. */
+    void Clear() { _prices.clear(); }
+
     /** Merges by the update's type: a delta, or an update without a type, adds its volumes as AddTrade does;
        a snapshot replaces all volumes by its own; a reset clears them and adds its own, of which it commonly
        has none. The text is taken over when the update has one; this record's type stays. */

@@ -23,12 +23,27 @@ long long FloorDay(long long time)
 
 }  // namespace
 
-nxMarketProduct::nxMarketProduct(std::string name) : _name(std::move(name)), _update(MakeNoChange()) {}
+nxMarketProduct::nxMarketProduct(std::string name) : _name(std::move(name)), _update(MakeNoChange())
+{
+    _volumes.SetUpdateType(nxPriceTradeVolumesUpdateType_Snapshot);
+}
+
+bool nxMarketProduct::GetTradeVolumesUpdate(nxPriceTradeVolumes& update) const
+{
+    if (!_traded.IsValid() && !_volumesCleared) return false;
+    update = nxPriceTradeVolumes();
+    update.SetUpdateType(_volumesCleared ? nxPriceTradeVolumesUpdateType_Reset
+                                   : nxPriceTradeVolumesUpdateType_Delta);
+    update.AddTrade(_price.GetLastPrice(), _traded);
+    return true;
+}
 
 void nxMarketProduct::_BeginUpdate()
 {
     static const nxPrice noChange = MakeNoChange();
     _update = noChange;
+    _traded.SetNull();
+    _volumesCleared = false;
 }
 
 void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
@@ -59,6 +74,8 @@ void nxMarketProduct::_BeginDay(long long time)
     if (day == _day) return;
     const nxDecimal previousClose = _day ? _price.GetClosePrice() : nxDecimal();
     _day = day;
+    _volumesCleared = !_volumes.GetPriceMap().empty();
+    _volumes.Clear();
     for (nxPrice* record : {&_price, &_update}) {
         record->SetPreviousClosePrice(previousClose);
         record->SetOpenPrice(nxDecimal());
@@ -96,6 +113,8 @@ void nxMarketProduct::_AddTrade(const nxDecimal& price, const nxVolume& volume, 
         _update.SetLowPrice(price);
     }
     _AddVolume(volume);
+    _traded = volume;
+    _volumes.AddTrade(price, volume);
 }
 
 void nxMarketProduct::ApplyBar(const nxFeedBar& bar, long long time)
@@ -115,6 +134,8 @@ void nxMarketProduct::ApplyBar(const nxFeedBar& bar, long long time)
 
 void nxMarketProduct::ApplyDepth(std::span<const nxFeedLevel> levels)
 {
+    _traded.SetNull();
+    _volumesCleared = false;
     for (const nxFeedLevel& level : levels) {
         if (level.isBid) {
             _depth.SetBid(level.price, level.volume);

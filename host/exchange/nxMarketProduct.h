@@ -7,6 +7,7 @@
 #include "base/enums/nxBitMasks.h"
 #include "base/records/nxMarketDepth.h"
 #include "base/records/nxPrice.h"
+#include "base/records/nxPriceTradeVolumes.h"
 #include "host/feed/nxFeedEvent.h"
 
 // What the replayed market of one product looks like now: its price, the change that the latest event
@@ -28,6 +29,12 @@ public:
     const nxPrice& GetPriceUpdate() const { return _update; }
     const nxMarketDepth& GetDepth() const { return _depth; }
     const nxProductStateBitMask& GetState() const { return _state; }
+    // The volume traded at each price on the UTC day of the latest trade, as a snapshot. Bars do not count:
+    // they do not tell at which prices their volume was traded.
+    const nxPriceTradeVolumes& GetTradeVolumes() const { return _volumes; }
+    // What the latest event did to it: a delta with its one trade, or a reset when a day began, with that
+    // day's first trade if it was one. False when nothing changed.
+    [[nodiscard]] bool GetTradeVolumesUpdate(nxPriceTradeVolumes& update) const;
 
     void ApplyQuote(const nxFeedQuote& quote, long long time);
     void ApplyBar(const nxFeedBar& bar, long long time);
@@ -49,5 +56,8 @@ private:
     nxPrice _update;  // no-change in every field the latest event left alone
     nxMarketDepth _depth;
     nxProductStateBitMask _state;
+    nxPriceTradeVolumes _volumes;
+    nxVolume _traded;              // by the latest event
+    bool _volumesCleared = false;  // by the latest event
     std::optional<long long> _day;  // since 1970, of the latest trade
 };

@@ -127,7 +127,8 @@ const char* nxFeedTime::SetFromText(std::string_view text, long long& time)
         cursor.Digits(4, civil.year) && cursor.Digits(2, civil.month) && cursor.Digits(2, civil.day);
     if (isDate && cursor.Accept(':'))
         return ReadTimeOfDay(cursor, civil) && cursor.IsAtEnd() ? civil.Store(time) : NotATime;
-    if (isDate && cursor.IsAtEnd() && civil.year >= 1000 && civil.GetDate().ok()) return civil.Store(time);
+    // Eight digits are meant as a date, also where there is no such one.
+    if (isDate && cursor.IsAtEnd() && civil.year >= 1000) return civil.Store(time);
 
     unsigned long long count = 0;
     if (text.empty()) return NotATime;

@@ -6,6 +6,7 @@
 #include "base/enums/nxBuySellEnum.h"
 #include "base/enums/nxCurrencyEnum.h"
 #include "base/values/nxDecimal.h"
+#include "host/feed/nxTradingHours.h"
 
 /** One leg of a described strategy. */
 struct nxProductLegDescription
@@ -17,7 +18,8 @@ struct nxProductLegDescription
 };
 
 /** What a product file says about one product. What it leaves out is null, empty or undefined. The replay
-   uses name, tick size, lot size, point value, currency and exchange; the rest is kept for those who ask. */
+   uses name, tick size, lot size, point value, currency, exchange and trading hours; the rest is kept for
+   those who ask. */
 struct nxProductDescription
 {
     std::string name;
@@ -27,7 +29,7 @@ struct nxProductDescription
     nxCurrencyEnum currency;
     std::string exchange;
     std::string description;
-    std::string tradingHours;
+    nxTradingHours tradingHours;
     nxDecimal makerFee;  // negative: a rebate
     nxDecimal takerFee;
     std::vector<nxProductLegDescription> legs;

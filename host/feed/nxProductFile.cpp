@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <toml.hpp>
@@ -130,9 +132,11 @@ nxProductDescription GetProduct(const Reader& reader, const toml::value& table)
             product.exchange = reader.GetText(*value, key);
         else if (key == "description")
             product.description = reader.GetText(*value, key);
-        else if (key == "tradingHours")
-            product.tradingHours = reader.GetText(*value, key);
-        else if (key == "makerFee")
+        else if (key == "tradingHours") {
+            if (const char* reason =
+                    nxTradingHours::SetFromText(reader.GetText(*value, key), product.tradingHours))
+                reader.Refuse(*value, key + ": " + reason);
+        } else if (key == "makerFee")
             product.makerFee = reader.GetNumber(*value, key);
         else if (key == "takerFee")
             product.takerFee = reader.GetNumber(*value, key);
@@ -180,11 +184,13 @@ bool nxProductFile::Read(const std::string& path, std::vector<nxProductDescripti
                          nxFeedError& error)
 {
     try {
-        std::ifstream stream(path, std::ios::binary);
-        if (std::filesystem::is_directory(path))
+        if (std::filesystem::is_directory(path)) {
             error = {path, 0, 0, "is a directory, not a file of products"};
-        else if (!stream)
-            error = {path, 0, 0, "cannot open"};
+            return false;
+        }
+        std::ifstream stream(path, std::ios::binary);
+        if (!stream)
+            error = {path, 0, 0, std::string("cannot open: ") + std::strerror(errno)};
         else {
             const Reader reader(path);
             std::vector<nxProductDescription> read = GetProducts(reader, toml::parse(stream, path));

@@ -16,7 +16,7 @@
        currency = "USD"
        exchange = "CME"
        description = "E-mini S&P 500, December 2013"
-       tradingHours = "17:00-16:00 America/Chicago"
+       tradingHours = "Sun-Thu 23:00-22:00"
        makerFee = 0.25
        takerFee = 0.25
 

@@ -124,7 +124,8 @@ CASES = [
     ("product file with an unknown key", "run tell.lua --data day.csv --products wrong_key.toml", 2, None,
      ['wrong_key.toml:3:', 'unknown key "ticksize"; known are name, tickSize']),
     ("broken product file", "run tell.lua --data day.csv --products broken.toml", 2, None, ["broken.toml:"]),
-    ("missing product file", "run tell.lua --data day.csv --products none.toml", 2, None, ["none.toml: cannot open"]),
+    ("negative seed", "generate --seed -1", 2, None, ["--seed: -1 is below 0"]),
+    ("missing product file", "run tell.lua --data day.csv --products none.toml", 2, None, ["none.toml: cannot open: No such file or directory"]),
 
     ("missing script", "run none.lua --data day.csv", 2, None, ["none.lua: no such file"]),
     ("script is a directory", "run . --data day.csv", 2, None, [".: is a directory, not a Lua script"]),

@@ -51,7 +51,7 @@ tradeRatio = 0.5
     EXPECT_EQ(future.currency.GetAsString(), "USD");
     EXPECT_EQ(future.exchange, "CME");
     EXPECT_EQ(future.description, "E-mini");
-    EXPECT_EQ(future.tradingHours, "17:00-16:00");
+    EXPECT_FALSE(future.tradingHours.IsEmpty());
     EXPECT_EQ(future.makerFee.GetAsString(), "-0.01");
     EXPECT_EQ(future.takerFee.GetAsString(), "0.25");
     EXPECT_TRUE(future.legs.empty());
@@ -110,6 +110,8 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
         {product + "pointValue = nan\n", "FILE:3:14: pointValue is not a number: \"nan\""},
         {product + "exchange = 5\n", "FILE:3:12: exchange is not a text in quotes"},
         {product + "currency = \"ZZZ\"\n", "FILE:3:12: unknown currency \"ZZZ\""},
+        {product + "tradingHours = \"9-17\"\n",
+         "FILE:3:16: tradingHours: a session is HH:MM-HH:MM, from 00:00 to 24:00"},
         {product + product, "FILE:3:1: product \"A\" described twice"},
         {product + "[[product.leg]]\nside = \"BUY\"\n", "FILE:3:1: leg without a product"},
         {product + "[[product.leg]]\nproduct = \"B\"\nside = \"LONG\"\n",
@@ -132,7 +134,7 @@ TEST(nxFeedProductFileTest, WhatCannotBeOpenedIsTold)
     EXPECT_FALSE(nxProductFile::Read(testing::TempDir(), products, error));
     EXPECT_EQ(error.reason, "is a directory, not a file of products");
     EXPECT_FALSE(nxProductFile::Read(testing::TempDir() + "nxFeed_no_such_file", products, error));
-    EXPECT_EQ(error.reason, "cannot open");
+    EXPECT_EQ(error.reason, "cannot open: No such file or directory");
 }
 
 }  // namespace

@@ -39,7 +39,8 @@ TEST(nxFeedTimeTest, ReadsEachFormToTheNanosecond)
         {"1723075200000000", August8},
         {"1723075200000000000", August8},
         // Where one unit ends and the next begins.
-        {"99999999", 99'999'999 * Second},  // eight digits, but no date
+        {"09999999", 9'999'999 * Second},
+        {"100000000", 100'000'000 * Second},
         {"9223372036", 9'223'372'036 * Second},
         {"100000000000", 100'000'000 * Second},
         {"100000000000000", 100'000'000 * Second},
@@ -80,6 +81,8 @@ TEST(nxFeedTimeTest, RefusesWhatIsNoTimeAndSaysWhy)
         {"2024-08-08T12:34:56 UTC", NotATime},
         {"2024-08-08T12:34:56+24:00", NotATime},
         {"20230229:00:00", NoSuchDate},
+        {"20240231", NoSuchDate},
+        {"99999999", NoSuchDate},
         {"2024-13-01", NoSuchDate},
         {"20240808:24:00:00", NoSuchTimeOfDay},
         {"2024-08-08T12:60", NoSuchTimeOfDay},

@@ -82,6 +82,49 @@ protected:
     nxMarketProduct product{"A"};
 };
 
+// Each trade's update brings a copy to where the market's own record is.
+TEST_F(nxMarketProductTest, KeepsTheVolumeTradedAtEachPriceOfTheDay)
+{
+    nxPriceTradeVolumes copy;
+    const auto show = [](const nxPriceTradeVolumes& volumes) {
+        std::string text;
+        for (const auto& [price, volume] : volumes.GetPriceMap())
+            text += price.GetAsString() + ":" + Show(volume) + " ";
+        return text;
+    };
+    const struct
+    {
+        nxFeedQuote quote;
+        long long time;
+        const char* volumes;
+        unsigned int type;  // of the update; 0: there is none
+    } rows[] = {
+        {Trade("100.25", 3u), 0, "100.25:3 ", nxPriceTradeVolumesUpdateType_Delta},
+        {Unchanged(), 1, "100.25:3 ", 0},
+        {Trade("=", 2u), 2, "100.25:5 ", nxPriceTradeVolumesUpdateType_Delta},
+        {Trade("100.00", 1u), 3, "100.00:1 100.25:5 ", nxPriceTradeVolumesUpdateType_Delta},
+        {Trade("100.00", NoVolume()), 4, "100.00:1 100.25:5 ", 0},
+        {Trade("99.75", 7u), Day, "99.75:7 ", nxPriceTradeVolumesUpdateType_Reset},
+        {Trade("99.75", NoVolume()), 2 * Day, "", nxPriceTradeVolumesUpdateType_Reset},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.time);
+        product.ApplyQuote(row.quote, row.time);
+        nxPriceTradeVolumes update;
+        EXPECT_EQ(product.GetTradeVolumesUpdate(update), row.type != 0);
+        if (row.type != 0) {
+            EXPECT_EQ(update.GetUpdateType().GetValue(), row.type);
+            copy.ApplyUpdate(update);
+        }
+        EXPECT_EQ(show(product.GetTradeVolumes()), row.volumes);
+        EXPECT_EQ(show(copy), row.volumes);
+    }
+    product.ApplyQuote(Trade("99.75", 7u), 2 * Day);
+    product.ApplyDepth({});
+    nxPriceTradeVolumes update;
+    EXPECT_FALSE(product.GetTradeVolumesUpdate(update));
+}
+
 }  // namespace
 
 TEST_F(nxMarketProductTest, AQuoteChangesWhatItGivesAndTheUpdateHoldsNothingElse)
