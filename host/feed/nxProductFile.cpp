@@ -175,7 +175,8 @@ std::string GetReason(std::string_view report)
     report = report.substr(0, report.find('\n'));
     const std::size_t names = report.rfind("toml::");
     const std::size_t colon = names == report.npos ? report.npos : report.find(": ", names);
-    return std::string(colon == report.npos ? report : report.substr(colon + 2));
+    if (colon != report.npos) report.remove_prefix(colon + 2);
+    return report.empty() ? "is not TOML" : std::string(report);
 }
 
 }  // namespace

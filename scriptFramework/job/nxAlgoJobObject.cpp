@@ -6,14 +6,55 @@
 using Self = nxAlgoJobObject;
 
 constexpr nxLuaWrapper<Self>::FunctionType Self::Functions[] = {
-    {"getProduct", &Self::getProduct}, {"logText", &Self::logText},   {"startTimer", &Self::startTimer},
-    {"stopTimer", &Self::stopTimer},   {"shutdown", &Self::shutdown}, {nullptr, nullptr},
+    {"getParameter", &Self::getParameter},
+    {"setOutputParameter", &Self::setOutputParameter},
+    {"getDynamicParameter", &Self::getDynamicParameter},
+    {"sendParameter", &Self::sendParameter},
+    {"publish", &Self::publish},
+    {"hasContext", &Self::hasContext},
+    {"setReference", &Self::setReference},
+    {"getProduct", &Self::getProduct},
+    {"getExistingOrder", &Self::getExistingOrder},
+    {"getOrders", &Self::getOrders},
+    {"getJobOrders", &Self::getJobOrders},
+    {"getVorantJobs", &Self::getVorantJobs},
+    {"createDataSeries", &Self::createDataSeries},
+    {"getDataStore", &Self::getDataStore},
+    {"logText", &Self::logText},
+    {"sendUserState", &Self::sendUserState},
+    {"sendUserText1", &Self::sendUserText1},
+    {"sendUserText2", &Self::sendUserText2},
+    {"sendUserText3", &Self::sendUserText3},
+    {"sendUserLog", &Self::sendUserLog},
+    {"startTimer", &Self::startTimer},
+    {"stopTimer", &Self::stopTimer},
+    {"shutdown", &Self::shutdown},
+    {"setOrderUserString", &Self::setOrderUserString},
+    {"setOrderUserString2", &Self::setOrderUserString2},
+    {"setShatterOnExit", &Self::setShatterOnExit},
+    {"setEnableCrossProtection", &Self::setEnableCrossProtection},
+    {"setDisableParentFills", &Self::setDisableParentFills},
+    {"setDisableReport", &Self::setDisableReport},
+    {"setEnablePandL", &Self::setEnablePandL},
+    {"getPandL", &Self::getPandL},
+    {"setChartLine", &Self::setChartLine},
+    {"removeChartLine", &Self::removeChartLine},
+    {nullptr, nullptr},
 };
 static_assert(nxIsBoundTable(Self::Functions));
 
 constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
+    {"selectedProduct", &Self::Get_selectedProduct, nullptr},
+    {"selectedVolume", &Self::Get_selectedVolume, nullptr},
+    {"selectedPrice", &Self::Get_selectedPrice, &Self::Set_selectedPrice},
+    {"selectedSide", &Self::Get_selectedSide, nullptr},
+    {"selectedSpreadSpec", &Self::Get_selectedSpreadSpec, nullptr},
+    {"account", &Self::Get_account, nullptr},
+    {"transactionCount", &Self::Get_transactionCount, nullptr},
+    {"tag", &Self::Get_tag, &Self::Set_tag},
     {nullptr, nullptr, nullptr},
 };
+static_assert(nxIsBoundTable(Self::Properties));
 
 nxAlgoJobObject::nxAlgoJobObject(nxAlgoJobInterface* job) : nxAlgoObject(job), _engine(this) {}
 
@@ -118,6 +159,31 @@ nxErrorEnum nxAlgoJobObject::OnShutdown()
     const nxErrorEnum error = _engine.OnShutdown();
     _inShutdown = false;
     return error;
+}
+
+nxErrorEnum nxAlgoJobObject::OnJobNew(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnVorantJobNew, job);
+}
+
+nxErrorEnum nxAlgoJobObject::OnJobStarted(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnVorantJobStarted, job);
+}
+
+nxErrorEnum nxAlgoJobObject::OnJobStopped(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnVorantJobStopped, job);
+}
+
+nxErrorEnum nxAlgoJobObject::OnJobStatusUpdate(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnVorantJobStatusUpdate, job);
+}
+
+nxErrorEnum nxAlgoJobObject::OnJobUpdate(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnVorantJobUpdate, job);
 }
 
 nxErrorEnum nxAlgoJobObject::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& volumes)

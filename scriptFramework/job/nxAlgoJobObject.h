@@ -68,13 +68,60 @@ public:
     [[nodiscard]] nxErrorEnum OnJobParametersChanged();
     // Reaches the script whether or not the job is still active.
     [[nodiscard]] nxErrorEnum OnShutdown();
+    // Of a job that this one watches; the script's callbacks are OnVorantJobNew and so on.
+    [[nodiscard]] nxErrorEnum OnJobNew(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnJobStarted(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnJobStopped(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnJobStatusUpdate(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnJobUpdate(nxAlgoVorantJobObject&);
     [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
 
+    bool getParameter(nxLuaParameters&, nxLuaResults&);
+    bool setOutputParameter(nxLuaParameters&, nxLuaResults&);
+    bool getDynamicParameter(nxLuaParameters&, nxLuaResults&);
+    bool sendParameter(nxLuaParameters&, nxLuaResults&);
+    bool publish(nxLuaParameters&, nxLuaResults&);
+    bool hasContext(nxLuaParameters&, nxLuaResults&);
+    bool setReference(nxLuaParameters&, nxLuaResults&);
+
     bool getProduct(nxLuaParameters&, nxLuaResults&);
+    bool getExistingOrder(nxLuaParameters&, nxLuaResults&);
+    bool getOrders(nxLuaParameters&, nxLuaResults&);
+    bool getJobOrders(nxLuaParameters&, nxLuaResults&);
+    bool getVorantJobs(nxLuaParameters&, nxLuaResults&);
+    bool createDataSeries(nxLuaParameters&, nxLuaResults&);
+    bool getDataStore(nxLuaParameters&, nxLuaResults&);
+
     bool logText(nxLuaParameters&, nxLuaResults&);
+    bool sendUserState(nxLuaParameters&, nxLuaResults&);
+    bool sendUserText1(nxLuaParameters&, nxLuaResults&);
+    bool sendUserText2(nxLuaParameters&, nxLuaResults&);
+    bool sendUserText3(nxLuaParameters&, nxLuaResults&);
+    bool sendUserLog(nxLuaParameters&, nxLuaResults&);
     bool startTimer(nxLuaParameters&, nxLuaResults&);
     bool stopTimer(nxLuaParameters&, nxLuaResults&);
     bool shutdown(nxLuaParameters&, nxLuaResults&);
+    bool setOrderUserString(nxLuaParameters&, nxLuaResults&);
+    bool setOrderUserString2(nxLuaParameters&, nxLuaResults&);
+    bool setShatterOnExit(nxLuaParameters&, nxLuaResults&);
+    bool setEnableCrossProtection(nxLuaParameters&, nxLuaResults&);
+    bool setDisableParentFills(nxLuaParameters&, nxLuaResults&);
+    bool setDisableReport(nxLuaParameters&, nxLuaResults&);
+    bool setEnablePandL(nxLuaParameters&, nxLuaResults&);
+    bool getPandL(nxLuaParameters&, nxLuaResults&);
+    bool setChartLine(nxLuaParameters&, nxLuaResults&);
+    bool removeChartLine(nxLuaParameters&, nxLuaResults&);
+
+    bool Get_selectedProduct(nxLuaResults&);
+    bool Get_selectedVolume(nxLuaResults&);
+    bool Get_selectedPrice(nxLuaResults&);
+    bool Set_selectedPrice(const nxLuaParameter&);
+    bool Get_selectedSide(nxLuaResults&);
+    bool Get_selectedSpreadSpec(nxLuaResults&);
+    bool Get_account(nxLuaResults&);
+    bool Get_transactionCount(nxLuaResults&);
+    bool Get_tag(nxLuaResults&);
+    bool Set_tag(const nxLuaParameter&);
 
     // A worked example of passing vectors, in no table, so that a script cannot reach it.
     bool calculate(nxLuaParameters&, nxLuaResults&);

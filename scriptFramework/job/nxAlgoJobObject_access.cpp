@@ -1,6 +1,8 @@
+#include "base/log/nxLogMessage.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
+#include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
 
 bool nxAlgoJobObject::getProduct(nxLuaParameters& parameters, nxLuaResults& results)
 {
@@ -9,6 +11,51 @@ bool nxAlgoJobObject::getProduct(nxLuaParameters& parameters, nxLuaResults& resu
     nxAlgoProductObject* product = GetJob()->GetProduct(productID);
     if (product == nullptr) return results.Fail("getProduct could not find product " + productID);
     results.AddObject(product);
+    return true;
+}
+
+bool nxAlgoJobObject::getExistingOrder(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() == 0) return results.Fail("getExistingOrder requires 1 argument [orderID]");
+    const unsigned int id = parameters.Parameter(1).GetUnsigned();
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Get Existing Order ID : ", id);
+    // An error with an empty text, which is kept: scripts count on it not being nil.
+    if (GetJob()->GetOrder(id) == nullptr) return false;
+    return results.Fail("getExistingOrder is not available in this version");
+}
+
+bool nxAlgoJobObject::getOrders(nxLuaParameters&, nxLuaResults& results)
+{
+    return results.Fail("getOrders is not available in this version");
+}
+
+bool nxAlgoJobObject::getJobOrders(nxLuaParameters&, nxLuaResults& results)
+{
+    return results.Fail("getJobOrders is not available in this version");
+}
+
+// A null is wrapped as it comes: its functions do nothing and its properties are nil.
+bool nxAlgoJobObject::getVorantJobs(nxLuaParameters&, nxLuaResults& results)
+{
+    results.AddObject(GetJob()->GetVorantJobs());
+    return true;
+}
+
+bool nxAlgoJobObject::createDataSeries(nxLuaParameters&, nxLuaResults& results)
+{
+    return results.Fail("createDataSeries is not available in this version");
+}
+
+bool nxAlgoJobObject::getDataStore(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() < 1 || parameters.Count() > 2)
+        return results.Fail("getDataStore requires at leastt 1 argument. name, [create]");  // sic
+    const std::string name = parameters.Parameter(1).GetString();
+    const bool create = parameters.Parameter(2).GetBool();
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "getDataStore. name: ", name, ", create: ", create);
+    if (GetJob()->GetDataStore(name, create) != nullptr)
+        return results.Fail("getDataStore is not available in this version");
+    results.AddNull();
     return true;
 }
 

@@ -11,6 +11,8 @@
 #include "scriptFramework/market/nxAlgoPriceTradeVolumesObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/market/nxAlgoStateObject.h"
+#include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
+#include "scriptFramework/supervision/nxAlgoVorantJobObject.h"
 
 namespace {
 
@@ -43,6 +45,8 @@ void nxAlgoScriptEngine::_RegisterCustomObjects()
     nxLuaWrapper<nxAlgoProductObject>::Register(L);
     nxLuaWrapper<nxAlgoClockObject>::Register(L);
     nxLuaWrapper<nxAlgoStateObject>::Register(L);
+    nxLuaWrapper<nxAlgoVorantJobCollectionObject>::Register(L);
+    nxLuaWrapper<nxAlgoVorantJobObject>::Register(L);
     nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::Register(L);
     nxLuaWrapper<nxAlgoDateObject>::Register(L);
 }
@@ -159,6 +163,31 @@ nxErrorEnum nxAlgoScriptEngine::OnShutdown()
 {
     if (_onShutdown.Call()) return {};
     return _Failed("OnShutdown failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnVorantJobNew(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(_onVorantJobNew, job, "OnVorantJobNew failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnVorantJobStarted(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(_onVorantJobStarted, job, "OnVorantJobStarted failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnVorantJobStopped(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(_onVorantJobStopped, job, "OnVorantJobStopped failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnVorantJobStatusUpdate(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(_onVorantJobStatusUpdate, job, "OnVorantJobStatusUpdate failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnVorantJobUpdate(nxAlgoVorantJobObject& job)
+{
+    return _Deliver(_onVorantJobUpdate, job, "OnVorantJobUpdate failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& volumes)

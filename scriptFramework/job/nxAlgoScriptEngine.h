@@ -16,6 +16,7 @@ class nxAlgoPositionObject;
 class nxAlgoPriceObject;
 class nxAlgoPriceTradeVolumesObject;
 class nxAlgoStateObject;
+class nxAlgoVorantJobObject;
 class nxDateTime;
 
 // The Lua engine of one job: the sandbox, the script's global objects and its callbacks. Belongs to its
@@ -46,6 +47,11 @@ public:
     [[nodiscard]] nxErrorEnum OnJobChanged();
     [[nodiscard]] nxErrorEnum OnJobParametersChanged();
     [[nodiscard]] nxErrorEnum OnShutdown();
+    [[nodiscard]] nxErrorEnum OnVorantJobNew(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnVorantJobStarted(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnVorantJobStopped(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnVorantJobStatusUpdate(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnVorantJobUpdate(nxAlgoVorantJobObject&);
     [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
 
     void SetClockSpeed(double speed);

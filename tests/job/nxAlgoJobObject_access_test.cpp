@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/support/nxRecordingLog.h"
 #include "tests/support/nxScriptJob.h"
 
 namespace {
@@ -23,6 +24,45 @@ TEST(nxAlgoJobObjectAccess, GetProductAsksTheHost)
     };
     for (const auto& [code, expected] : rows)
         EXPECT_EQ(script.Evaluate(code), expected) << code;
+}
+
+TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
+{
+    const std::string orderMissing = "error: getExistingOrder is not available in this version";
+    const std::string storeMissing = "error: getDataStore is not available in this version";
+    const struct
+    {
+        const char* code;
+        std::string answer;
+        const char* calls;
+        const char* log;
+    } rows[] = {
+        {"job:getExistingOrder()", "error: getExistingOrder requires 1 argument [orderID]", "", ""},
+        {"job:getExistingOrder(13)", "error: ", "GetOrder(13)", "32 [test] Get Existing Order ID : 13\n"},
+        {"job:getExistingOrder(2 ^ 32 + 12, 'x')", orderMissing, "GetOrder(12)",
+         "32 [test] Get Existing Order ID : 12\n"},
+        {"job:getOrders(1)", "error: getOrders is not available in this version", "", ""},
+        {"job:getJobOrders()", "error: getJobOrders is not available in this version", "", ""},
+        {"job:createDataSeries()", "error: createDataSeries is not available in this version", "", ""},
+        {"job:getDataStore('a', 1)",
+         "error: bad argument #2 to 'getDataStore' (boolean expected, got number)", "", ""},
+        {"job:getDataStore('a')", "nil", "GetDataStore(a,false)",
+         "32 [test] getDataStore. name: a, create: false\n"},
+        {"job:getDataStore('a', true)", storeMissing, "GetDataStore(a,true)",
+         "32 [test] getDataStore. name: a, create: true\n"},
+        {"job:getDataStore('old', false)", storeMissing, "GetDataStore(old,false)",
+         "32 [test] getDataStore. name: old, create: false\n"},
+        // The host has no collection here.
+        {"job:getVorantJobs('x').count, job:getVorantJobs():getVorantJob(1)", "nil", "", ""},
+    };
+    nxScriptJob script;
+    nxRecordingLog log;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.code);
+        EXPECT_EQ(script.Evaluate(row.code), row.answer);
+        EXPECT_EQ(script.host.TakeCalls(), row.calls);
+        EXPECT_EQ(log.TakeLines(), row.log);
+    }
 }
 
 }  // namespace

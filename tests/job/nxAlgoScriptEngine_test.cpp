@@ -9,17 +9,28 @@
 #include "base/records/nxPrice.h"
 #include "tests/support/nxRecordingLog.h"
 #include "tests/support/nxScriptJob.h"
+#include "tests/support/nxTestVorantJob.h"
 
 namespace {
 
 // One row a callback that a host can deliver in this version.
 struct Callback
 {
-    const char* name;
+    std::string name;
     std::function<nxErrorEnum(nxAlgoJobObject&, nxAlgoJobInterface*)> deliver;
     const char* arguments;  // as the script sees them
-    const char* failure;    // the log line ahead of the error
+    std::string failure;    // the log line ahead of the error
 };
+
+template <auto Entry>
+Callback WatchedJob(const std::string& name)
+{
+    const auto deliver = [](nxAlgoJobObject& job, nxAlgoJobInterface* host) {
+        nxTestVorantJob object(host, 6);
+        return (job.*Entry)(object);
+    };
+    return {name, deliver, "id 6", name + " failed. Error : "};
+}
 
 const Callback Callbacks[] = {
     {"OnPrice",
@@ -57,6 +68,11 @@ const Callback Callbacks[] = {
     {"OnJobParametersChanged", [](auto& job, auto*) { return job.OnJobParametersChanged(); }, "",
      "OnJobParametersChanged failed. Error : "},
     {"OnShutdown", [](auto& job, auto*) { return job.OnShutdown(); }, "", "OnShutdown failed. Error : "},
+    WatchedJob<&nxAlgoJobObject::OnJobNew>("OnVorantJobNew"),
+    WatchedJob<&nxAlgoJobObject::OnJobStarted>("OnVorantJobStarted"),
+    WatchedJob<&nxAlgoJobObject::OnJobStopped>("OnVorantJobStopped"),
+    WatchedJob<&nxAlgoJobObject::OnJobStatusUpdate>("OnVorantJobStatusUpdate"),
+    WatchedJob<&nxAlgoJobObject::OnJobUpdate>("OnVorantJobUpdate"),
     {"OnPriceTradeVolumes",
      [](auto& job, auto* host) {
          nxAlgoPriceTradeVolumesObject object(host, 5);
@@ -71,7 +87,7 @@ TEST(nxAlgoScriptEngine, EachCallbackBringsItsArgumentsAndTellsItsFailure)
         SCOPED_TRACE(row.name);
         nxRecordingHost host;
         nxAlgoJobObject job(&host);
-        ASSERT_TRUE(job.LoadScript("function OnInit() end function " + std::string(row.name) +
+        ASSERT_TRUE(job.LoadScript("function OnInit() end function " + row.name +
                                    "(...) local shown = {...} for i, value in ipairs(shown) do "
                                    "if type(value) == 'table' then shown[i] = 'id ' .. value.id end end "
                                    "job:logText('[' .. table.concat(shown, ' ') .. ']') "
@@ -84,12 +100,12 @@ TEST(nxAlgoScriptEngine, EachCallbackBringsItsArgumentsAndTellsItsFailure)
 
         ASSERT_TRUE(job.LoadScript("fail = true").IsSuccess());
         EXPECT_EQ(row.deliver(job, &host), nxErrorEnum(nxError_CallbackFailed));
-        EXPECT_EQ(log.TakeLines(), "32 [test] " + std::string(row.failure) + "boom\n");
+        EXPECT_EQ(log.TakeLines(), "32 [test] " + row.failure + "boom\n");
         host.TakeCalls();
 
         job.StopJob();
         log.TakeLines();
-        const bool afterStop = std::string(row.name) == "OnShutdown";
+        const bool afterStop = row.name == "OnShutdown";
         EXPECT_NE(row.deliver(job, &host).IsSuccess(), afterStop);
         EXPECT_EQ(host.TakeCalls(), afterStop ? "[]" : "");
         EXPECT_EQ(log.TakeLines().empty(), !afterStop);

@@ -2,12 +2,14 @@
 
 #include <map>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
+#include "scriptFramework/supervision/nxVorantParameter.h"
 
 // A host for tests: it writes down every call of the library as one line of text, and answers with what the
 // test has set.
@@ -19,6 +21,12 @@ public:
     std::string throwOnLogText;  // not empty: LogText throws a std::runtime_error with it
     std::string logPrefix = "[test] ";
     class nxAlgoJobObject* stopOnShutdown = nullptr;
+    std::string refusal;  // not empty: SetParameter, SendUserLog and the chart lines are refused, with it
+    bool hasContext = false;
+    bool inOnInit = false;
+    nxDecimal pandL;
+    std::map<std::string, std::unique_ptr<nxVorantParameter>> parameters;
+    nxAlgoVorantJobCollectionObject* vorantJobs = nullptr;
     // Last, since their destructors call this host.
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> products;
 
@@ -57,10 +65,68 @@ public:
     }
     void LogText(const std::string& text) override;
     void StartTimer(const std::string& name, unsigned int interval) override;
-    void StopTimer(const std::string& name) override { calls.push_back("StopTimer(" + name + ")"); }
+    void StopTimer(const std::string& name) override { _Note("StopTimer", name); }
     void Shutdown() override;
     const std::string& GetLogPrefix() const override { return logPrefix; }
 
+    nxAlgoVorantJobCollectionObject* GetVorantJobs() override { return vorantJobs; }
+    // Only the order 12 and the store "old" exist, and creating gives a store: something not null, for the
+    // objects themselves are not there yet.
+    nxAlgoOrderObject* GetOrder(unsigned int id) override;
+    nxAlgoDataStoreObject* GetDataStore(const std::string& name, bool create) override;
+    nxVorantParameter* GetParameter(const std::string& id) const override;
+    bool SetParameter(const std::string& name, const std::string& value) override;
+    std::string GetDynamicParameter(const std::string& tag, std::string name) override;
+    void SendParameter(const std::string& tag, const std::string& name, const std::string& value) override
+    {
+        _Note("SendParameter", tag, name, value);
+    }
+    void PublishParameter(const std::string& n, const std::string& v) override
+    {
+        _Note("PublishParameter", n, v);
+    }
+    bool HasContext() override { return hasContext; }
+    bool IsInOnInit() override { return inOnInit; }
+    void SetReference(const std::string& text) override { _Note("SetReference", text); }
+    std::string GetSelectedProduct() override { return "FDAX"; }
+    unsigned int GetSelectedVolume() const override { return 4294967295; }
+    double GetSelectedPrice() const override { return 100.25; }
+    std::string GetSelectedSide() override { return "BUY"; }
+    std::string GetSelectedSpreadSpec() override { return "1:2"; }
+    void SetSelectedPrice(const double& price) override { _Note("SetSelectedPrice", price); }
+    std::string GetAccount() override { return "ACC"; }
+    unsigned int GetTransactionCount() override { return 7; }
+    std::string GetTag() override { return "mine"; }
+    void SetTag(const std::string& tag) override { _Note("SetTag", tag); }
+    void SendUserState(const nxLogLevelEnum& level, const std::string& text) override
+    {
+        _Note("SendUserState", level.GetValue(), text);
+    }
+    void SendUserText1(const std::string& text) override { _Note("SendUserText1", text); }
+    void SendUserText2(const std::string& text) override { _Note("SendUserText2", text); }
+    void SendUserText3(const std::string& text) override { _Note("SendUserText3", text); }
+    bool SendUserLog(const std::map<std::string, std::string>& fields, std::string& error) override;
+    void SetOrderUserString(const std::string& text) override { _Note("SetOrderUserString", text); }
+    void SetOrderUserString2(const std::string& text) override { _Note("SetOrderUserString2", text); }
+    void SetShatterOnExit(bool on) override { _Note("SetShatterOnExit", on); }
+    void SetEnableCrossProtection(bool on) override { _Note("SetEnableCrossProtection", on); }
+    void SetDisableParentFills(bool on) override { _Note("SetDisableParentFills", on); }
+    void SetDisableReport(bool on) override { _Note("SetDisableReport", on); }
+    void SetEnablePandL(bool on) override { _Note("SetEnablePandL", on); }
+    nxDecimal GetPandL(const nxCurrencyEnum& currency) override;
+    bool SetChartLine(const std::string& chartID, const std::string& lineID, double value,
+                      unsigned int colour) override;
+    bool RemoveChartLine(const std::string& chartID, const std::string& lineID) override;
+
 private:
     nxErrorEnum _Answer(const char* call);
+    // Writes a call down as "operation(arguments)".
+    template <class First, class... Rest>
+    void _Note(const char* operation, const First& first, const Rest&... rest)
+    {
+        std::ostringstream text;
+        text << std::boolalpha << operation << '(' << first;
+        ((text << ',' << rest), ...);
+        calls.push_back(text.str() + ")");
+    }
 };

@@ -1,0 +1,95 @@
+#include "scriptFramework/job/nxAlgoScriptValidator.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "scriptFramework/job/nxAlgoJobObject.h"
+#include "tests/support/nxRecordingLog.h"
+
+namespace {
+
+// Supplies what the validator leaves open.
+class Validator : public nxAlgoScriptValidator
+{
+public:
+    ~Validator() override { _DeleteJob(); }
+    std::string GetErrorText() { return _GetJob()->GetErrorText(); }
+
+    nxAlgoVorantJobCollectionObject* GetVorantJobs() override { return nullptr; }
+    nxAlgoOrderCollectionObject* GetJobOrders() override { return nullptr; }
+    nxErrorEnum SubscribePrice(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum UnsubscribePrice(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum SubscribeMarketDepth(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum UnsubscribeMarketDepth(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum SubscribeState(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum UnsubscribeState(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum SubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum UnsubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
+    std::string GetTag() override { return {}; }
+    void SetOrderUserString(const std::string&) override {}
+    void SetOrderUserString2(const std::string&) override {}
+    unsigned int GetTransactionCount() override { return 0; }
+    nxAlgoDataSeriesObject* CreateDataSeries() override { return nullptr; }
+    nxAlgoDataStoreObject* GetDataStore(const std::string&, bool) override { return nullptr; }
+    void SendParameter(const std::string&, const std::string&, const std::string&) override {}
+    void SetEnableCrossProtection(bool) override {}
+    void SetShatterOnExit(bool) override {}
+    void SetDisableParentFills(bool) override {}
+    void OnTickData(nxAlgoTickDataObject&) override {}
+    nxAlgoLibraryObject* LoadLibrary(const std::string&) override { return nullptr; }
+    std::string GetAccount() override { return {}; }
+    bool HasContext() override { return false; }
+    void SetReference(const std::string&) override {}
+    void SetDisableReport(bool) override {}
+    bool IsInOnInit() override { return false; }
+    void SetEnablePandL(bool) override {}
+    nxDecimal GetPandL(const nxCurrencyEnum&) override { return {}; }
+    bool SetChartLine(const std::string&, const std::string&, double, unsigned int) override { return true; }
+    bool RemoveChartLine(const std::string&, const std::string&) override { return true; }
+};
+
+TEST(nxAlgoScriptValidator, TellsWhetherAScriptLoadsAndStarts)
+{
+    const struct
+    {
+        const char* script;
+        bool loads;
+        bool runs;
+        const char* log;  // ends with
+    } rows[] = {
+        {"function OnInit() x = 1 end", true, true, ""},
+        {"function OnInit( end", false, false, "32 BASEFailed to load text\n32 BASEOnInit does not exist\n"},
+        {"x = os.time()", true, false, "32 BASEOnInit does not exist\n"},
+        {"function OnInit() os.time() end", true, false, "global 'os' (a nil value)\n"},
+        {"function OnInit() job:getProduct('FDAX') end", true, false,
+         "getProduct could not find product FDAX\n"},
+        {"function OnInit() assert(job:getParameter('p') == nil) job:logText('x') job:startTimer('t', 1) "
+         "job:sendUserState('WARN', 'x') kept = newproxy(true) "
+         "getmetatable(kept).__gc = function() job:setReference('x') end end",
+         true, true, ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.script);
+        Validator validator;
+        nxRecordingLog log;
+        EXPECT_EQ(validator.CheckScript(row.script), row.loads);
+        EXPECT_EQ(validator.Run(), row.runs);
+        EXPECT_TRUE(log.TakeLines().ends_with(row.log));
+        EXPECT_EQ(validator.GetError(), "");
+    }
+}
+
+TEST(nxAlgoScriptValidator, CopiesShareTheJobUntilOneIsDestroyed)
+{
+    Validator validator;
+    auto copy = std::make_unique<Validator>(validator);
+    EXPECT_TRUE(copy->CheckScript("function OnInit() error('boom', 0) end"));
+    EXPECT_FALSE(validator.Run());
+    EXPECT_EQ(copy->GetErrorText(), "boom");
+    copy.reset();
+    EXPECT_FALSE(validator.CheckScript("function OnInit() end"));
+    EXPECT_FALSE(validator.Run());
+}
+
+}  // namespace
