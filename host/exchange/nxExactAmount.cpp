@@ -13,9 +13,17 @@ nxExactAmount::Wide nxExactAmount::_Divide(Wide numerator, Wide denominator)
 
 nxExactAmount::nxExactAmount(const nxDecimal& price, long long volume, const nxDecimal& factor)
 {
-    if (!price.IsValid() || !factor.IsValid()) return;
-    _mantissa = Wide(price.GetMantissa()) * volume * factor.GetMantissa();
-    _places = static_cast<unsigned char>(price.GetDecimalPlaces() + factor.GetDecimalPlaces());
+    if (!price.IsValid()) return;
+    _mantissa = Wide(price.GetMantissa()) * volume;
+    _places = price.GetDecimalPlaces();
+    *this *= factor;
+}
+
+nxExactAmount& nxExactAmount::operator*=(const nxDecimal& factor)
+{
+    _mantissa *= factor.GetMantissa();  // 0 of one that is not valid
+    _places = static_cast<unsigned char>(_places + factor.GetDecimalPlaces());
+    return *this;
 }
 
 void nxExactAmount::_Widen(unsigned char places)
@@ -44,7 +52,9 @@ nxExactAmount nxExactAmount::GetShare(long long part, long long whole, unsigned 
 {
     nxExactAmount share = *this;
     share._Widen(places);
-    share._mantissa = _Divide(share._mantissa * part, whole);
+    // Whole times first: the product with part may pass 128 bits.
+    const Wide times = share._mantissa / whole;
+    share._mantissa = times * part + _Divide(share._mantissa % whole * part, whole);
     return share;
 }
 

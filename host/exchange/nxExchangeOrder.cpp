@@ -35,6 +35,6 @@ void nxOrderTerms::Merge(const nxOrderTerms& changes)
     Take(bracketStopLoss, changes.bracketStopLoss);
     Take(bracketStopLimit, changes.bracketStopLimit);
     Take(expiry, changes.expiry);
-    bracketStopIsLimit |= changes.bracketStopIsLimit;
-    bracketStopTrails |= changes.bracketStopTrails;
+    if (changes.bracketStopIsLimit) bracketStopIsLimit = changes.bracketStopIsLimit;
+    if (changes.bracketStopTrails) bracketStopTrails = changes.bracketStopTrails;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <string>
+#include <limits>
+#include <optional>
 
 #include "base/enums/nxOrderStatusEnum.h"
 #include "base/time/nxDateTime.h"
@@ -21,6 +22,21 @@ struct nxOrderKind
     nxOrderDuration duration = nxOrderDuration::Day;
     // Not to be filled against another order of the same owner.
     bool crossProtected = false;
+
+    bool IsStop() const
+    {
+        return execution == nxOrderExecution::Stop || execution == nxOrderExecution::TrailingStop;
+    }
+    // Takes what it can have on arrival, and ends.
+    bool IsImmediate() const
+    {
+        return execution == nxOrderExecution::ImmediateOrCancel || execution == nxOrderExecution::FillOrKill;
+    }
+    // May be sent while the market is closed, and waits.
+    bool IsForOpening() const
+    {
+        return duration == nxOrderDuration::Open || duration == nxOrderDuration::PreOpen;
+    }
 };
 
 // What a request may set. No-change in a field leaves it as it is; a new order starts from null.
@@ -31,15 +47,19 @@ struct nxOrderTerms
     nxDecimal stopPrice;
     nxVolume icebergMinPeak, icebergMaxPeak, icebergThreshold;
     nxVolume bracketProfit, bracketStopLoss;  // ticks from the price of the fill
-    bool bracketStopIsLimit = false;
-    nxVolume bracketStopLimit;  // ticks behind the stop price, for a limit
-    bool bracketStopTrails = false;
+    std::optional<bool> bracketStopIsLimit;   // not given: no change, and not so in a new order
+    nxVolume bracketStopLimit;                // ticks behind the stop price, for a limit
+    std::optional<bool> bracketStopTrails;
     nxDateTime expiry;  // the last day of an order with a date
 
     // Every field at no-change.
     static nxOrderTerms MakeNoChange();
     // Takes over what `changes` gives.
     void Merge(const nxOrderTerms& changes);
+    static unsigned int GetOr(const nxVolume& field, unsigned int fallback)
+    {
+        return field.IsValid() ? field.GetValue() : fallback;
+    }
 };
 
 // An order as the exchange knows it. Owned by nxSimulatedExchange, whose orders stay where they are.
@@ -52,19 +72,17 @@ struct nxExchangeOrder
     nxOrderTerms terms;
     nxOrderStatusEnum status{nxOrderStatus_Pending};
     unsigned int executed = 0;
-    long long arrived = 0;
+    long long arrived = 0;  // it, or the latest change that cost it its place
+    long long expires = std::numeric_limits<long long>::max();
 
-    // Where it stands in its level's queue. Null: not known, since the level is not shown.
+    // The recorded volume in front of it at its price. Null: not known, since the level is not shown.
     nxVolume ahead;
     unsigned int displayed = 0;  // of an iceberg's current peak
     nxDecimal trailDistance;
     bool triggered = true;  // false: a stop that waits
     bool isResting = false;
 
-    unsigned int GetRemaining() const
-    {
-        return terms.volume.IsValid() ? terms.volume.GetValue() - executed : 0;
-    }
+    unsigned int GetRemaining() const { return nxOrderTerms::GetOr(terms.volume, executed) - executed; }
     bool IsAlive() const { return status.IsWorkingOrder(); }
     // A limit that the market has to reach; none for a market order.
     bool IsWithin(const nxDecimal& price) const

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <deque>
-#include <functional>
+#include <map>
 #include <memory>
-#include <queue>
 #include <span>
 #include <string>
 #include <vector>
@@ -34,7 +33,7 @@ struct nxExchangeEvent
     enum class Kind {
         Accepted,
         ChildCreated,  // of a bracket; Accepted follows
-        Triggered,
+        Triggered,     // what was held is working now: a stop, or an order that waited for the opening
         Filled,
         Amended,
         Cancelled,  // by request, by its own terms or by its date; reason tells
@@ -67,7 +66,8 @@ struct nxExchangeEvent
 // events.
 //
 // The life of an order: pending until it arrives; rejected, or working; held while it is a stop that waits or
-// waits for the opening; partially filled; and in the end filled or deleted.
+// waits for the opening; partially filled; and in the end filled or deleted. docs/exchange.md tells it in
+// full.
 class nxSimulatedExchange : private nxExchangeBook::Listener
 {
 public:
@@ -103,7 +103,8 @@ public:
     bool PopEvent(nxExchangeEvent& event, long long time);
 
     // What the market did, after the market shows it and Advance was called for its time. While a market is
-    // closed nothing is filled in it.
+    // closed nothing is filled in it; once it opens it begins with the next event of its data, until when
+    // orders are held, since what is shown is from before.
     void OnQuote(unsigned int product, const nxFeedQuote& quote, long long time);
     void OnDepth(unsigned int product, std::span<const nxFeedLevel> levels, long long time);
     void OnBar(unsigned int product, const nxFeedBar& bar, long long time);
@@ -115,7 +116,21 @@ public:
     const nxExchangeBook& GetBook(unsigned int product) const;
 
 private:
-    struct Market;
+    struct Market
+    {
+        Market(const Product& which, nxFillModel model, nxExactRandom& random,
+               nxExchangeBook::Listener& listener)
+            : product(which), book(*which.market, model, random, listener)
+        {
+        }
+
+        Product product;
+        nxExchangeBook book;
+        bool isOpen = false;
+        bool opens = false;                        // with the next event of its data
+        std::vector<nxExchangeOrder*> opening;     // orders that wait for that
+        std::vector<nxExchangeOrder*> immediates;  // of bars, until the next one
+    };
     enum class RequestKind { New, Amend, Cancel };
     struct Request
     {
@@ -124,16 +139,8 @@ private:
         long long due;
         nxOrderTerms terms;  // of an amendment
     };
-    struct Expiry
-    {
-        long long time;
-        unsigned int order;
-        bool operator>(const Expiry& other) const
-        {
-            return time != other.time ? time > other.time : order > other.order;
-        }
-    };
-    // What a fill brings about once the book is done.
+    // What is left to do about a fill once the book is done: children of a bracket, or the change of a
+    // sibling.
     struct Consequence
     {
         unsigned int order;
@@ -145,17 +152,22 @@ private:
     long long _Draw(const nxLatency& latency);
     void _Send(RequestKind kind, unsigned int order, long long now, const nxOrderTerms& terms);
     nxExchangeEvent& _Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, std::string reason = {});
-    void _Carry(Request& request);
+    void _Carry(const Request& request);
     void _Arrive(nxExchangeOrder& order);
     void _ArriveAmend(nxExchangeOrder& order, const nxOrderTerms& changes);
     void _ArriveCancel(nxExchangeOrder& order);
-    std::string _FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& terms) const;
+    std::string _FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given) const;
+    std::string _FindOwnTrade(const nxExchangeOrder& order) const;
     bool _SetTrail(nxExchangeOrder& order) const;
-    void _SetExpiry(const nxExchangeOrder& order);
+    void _SetExpiry(nxExchangeOrder& order);
+    void _Expire(long long time);
     void _Enter(nxExchangeOrder& order);
+    void _Start(nxExchangeOrder& order);
     void _End(nxExchangeOrder& order, const char* reason);
+    static std::string _FindEnd(const nxExchangeOrder& order);
+    static const char* _GetEndOfImmediate(const nxExchangeOrder& order);
     void _EnterOpening(Market& market);
-    void _EndImmediates(Market& market);
+    void _EndImmediates(Market& market, long long time);
     void _Settle();
     void _AddChild(const nxExchangeOrder& parent, const Consequence& fill, bool isStop);
 
@@ -171,7 +183,8 @@ private:
     std::deque<nxExchangeOrder> _orders;  // by number; they stay, and stay where they are
     std::deque<Request> _requests;        // in the order of their times
     std::deque<nxExchangeEvent> _events;  // likewise
-    std::priority_queue<Expiry, std::vector<Expiry>, std::greater<>> _expiries;
+    // When orders end by themselves; also of some that are dead or have another date by now.
+    std::map<long long, std::vector<unsigned int>> _expiries;
     std::vector<Consequence> _consequences;
     long long _time = 0;  // at the exchange
 };
