@@ -1,8 +1,19 @@
 // What recorded trades, quotes and depth do to the orders of a book.
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "host/exchange/nxExchangeBook.h"
+
+namespace {
+
+// Unknown places, whose raw value is the largest, are the last ones.
+[[maybe_unused]] bool IsQueue(const std::vector<nxExchangeOrder*>& orders)
+{
+    return std::ranges::is_sorted(orders, {}, [](const nxExchangeOrder* order) { return order->ahead; });
+}
+
+}  // namespace
 
 // Everybody at this price was reached: no queue counts, and icebergs come round with peak after peak.
 void nxExchangeBook::_FillThrough(Level& level, const nxDecimal& price, unsigned int& budget,
@@ -17,6 +28,7 @@ void nxExchangeBook::_FillThrough(Level& level, const nxDecimal& price, unsigned
 void nxExchangeBook::_FillQueue(Level& level, const nxDecimal& price, unsigned int traded,
                                 unsigned int budget)
 {
+    assert(IsQueue(level.orders));
     unsigned int consumed = 0;  // of the recorded volume
     for (std::size_t i = 0; _model == nxFillModel::Queue && budget != 0 && i < level.orders.size();) {
         const nxVolume ahead = level.orders[i]->ahead;
@@ -69,6 +81,7 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
 
 void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
 {
+    assert(IsQueue(level.orders));
     const nxVolume before = std::exchange(level.shown, shown);
     if (!shown.IsValid()) return;
     const unsigned int now = shown.GetValue();
