@@ -33,7 +33,7 @@ bool nxMarketProduct::GetTradeVolumesUpdate(nxPriceTradeVolumes& update) const
     if (!_traded.IsValid() && !_volumesCleared) return false;
     update = nxPriceTradeVolumes();
     update.SetUpdateType(_volumesCleared ? nxPriceTradeVolumesUpdateType_Reset
-                                   : nxPriceTradeVolumesUpdateType_Delta);
+                                         : nxPriceTradeVolumesUpdateType_Delta);
     update.AddTrade(_price.GetLastPrice(), _traded);
     return true;
 }

@@ -1,0 +1,78 @@
+// What a recorded bar does to the orders of a book.
+#include <algorithm>
+
+#include "host/exchange/nxExchangeBook.h"
+
+// The price at which a stop is reached within the bar; null when it is not. One that trails is tried where it
+// stands and then follows the bar's far end, from where the close may have come back to it.
+nxDecimal nxExchangeBook::_FindStopInBar(nxExchangeOrder& order, const nxFeedBar& bar) const
+{
+    const bool buys = order.kind.isBuy;
+    const auto reaches = [buys](const nxDecimal& price, const nxDecimal& stop) {
+        return buys ? price >= stop : price <= stop;
+    };
+    nxDecimal& stop = order.terms.stopPrice;
+    if (reaches(bar.open, stop)) return bar.open;
+    if (reaches(buys ? bar.high : bar.low, stop)) return stop;
+    if (!order.trailDistance.IsValid()) return {};
+    const nxDecimal moved = buys ? bar.low + order.trailDistance : bar.high - order.trailDistance;
+    if (reaches(moved, stop)) return {};
+    stop = moved;
+    return reaches(bar.close, moved) ? moved : nxDecimal();
+}
+
+// True when the order has left where it waited: it is filled, or was a stop.
+bool nxExchangeBook::_FillByBar(nxExchangeOrder& order, const nxFeedBar& bar, unsigned int& budget)
+{
+    const bool buys = order.kind.isBuy;
+    const bool waited = !order.triggered;
+    nxDecimal price = bar.open;
+    if (waited) {
+        price = _FindStopInBar(order, bar);
+        if (!price.IsValid() || order.GetRemaining() == 0) return false;
+        order.triggered = true;
+        order.status = nxOrderStatus_Working;
+        _listener.OnTriggered(order);
+        // Nobody knows where the price went from the stop on, so a limit beyond it waits for the next bar.
+        if (!order.IsWithin(price)) return true;
+    } else if (!order.IsWithin(bar.open)) {
+        if (buys ? bar.low > order.terms.price : bar.high < order.terms.price) return false;
+        price = order.terms.price;
+    }
+    const unsigned int volume = std::min(order.GetRemaining(), budget);
+    const bool isPart = order.kind.execution == nxOrderExecution::FillOrKill && volume < order.GetRemaining();
+    if (volume == 0 || isPart) return waited;
+    budget -= volume;
+    const bool isMaker = !waited && !order.kind.isMarket && price != bar.open;
+    _Fill(order, price, volume, isMaker, nxFillCause::Bar);
+    return waited || order.GetRemaining() == 0;
+}
+
+void nxExchangeBook::OnBar(const nxFeedBar& bar, long long time)
+{
+    _isOfBars = true;
+    unsigned int budget = Unlimited;
+    if (_participation != 0 && bar.volume.IsValid())
+        budget = static_cast<unsigned int>(std::min<unsigned long long>(
+            static_cast<unsigned long long>(bar.volume.GetValue()) * _participation / 100, Unlimited));
+
+    // Market orders first, since they fill at the open; then stops, of which nobody knows whether the price
+    // came to a limit before it came to them; then limits from the best price on.
+    std::vector<nxExchangeOrder*> triggered;
+    const auto serve = [&](std::vector<nxExchangeOrder*>& orders) {
+        std::erase_if(orders, [&](nxExchangeOrder* order) {
+            if (order->arrived >= time || !_FillByBar(*order, bar, budget)) return false;
+            if (order->GetRemaining() != 0) triggered.push_back(order);
+            return true;
+        });
+    };
+    serve(_unlimited);
+    serve(_stops);
+    for (const bool buys : {true, false})
+        _ForEachOwn(buys, [&](const nxDecimal&, Level& level) {
+            serve(level.orders);
+            return true;
+        });
+    for (nxExchangeOrder* order : triggered)
+        _Rest(*order);
+}

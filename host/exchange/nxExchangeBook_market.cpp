@@ -1,0 +1,241 @@
+// What recorded trades, quotes and depth do to the orders of a book.
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+#include "host/exchange/nxExchangeBook.h"
+
+namespace {
+
+// Unknown places, whose raw value is the largest, are the last ones.
+[[maybe_unused]] bool IsQueue(const std::vector<nxExchangeOrder*>& orders)
+{
+    return std::ranges::is_sorted(orders, {}, [](const nxExchangeOrder* order) { return order->ahead; });
+}
+
+}  // namespace
+
+// Everybody at this price was reached: no queue counts, and icebergs come round with peak after peak.
+void nxExchangeBook::_FillThrough(Level& level, const nxDecimal& price, unsigned int& budget,
+                                  nxFillCause cause)
+{
+    for (std::size_t index = 0; budget != 0 && index < level.orders.size();)
+        _FillResting(level, index, price, budget, cause);
+}
+
+// A trade at the level's own price. What stood in front of an order goes first, as far as the budget, which
+// is what better own orders left of the trade; under the other models nobody here is filled.
+void nxExchangeBook::_FillQueue(Level& level, const nxDecimal& price, unsigned int traded,
+                                unsigned int budget)
+{
+    assert(IsQueue(level.orders));
+    unsigned int consumed = 0;  // of the recorded volume
+    for (std::size_t i = 0; _model == nxFillModel::Queue && budget != 0 && i < level.orders.size();) {
+        const nxVolume ahead = level.orders[i]->ahead;
+        if (!ahead.IsValid()) {
+            ++i;
+            continue;
+        }
+        const unsigned int gone = std::min(ahead.GetValue() - std::min(ahead.GetValue(), consumed), budget);
+        consumed += gone;
+        budget -= gone;
+        // An iceberg's new peak stands behind all that was shown before this trade, like every `ahead` here.
+        _FillResting(level, i, price, budget, nxFillCause::Queue);
+    }
+    consumed += budget;
+    if (level.shown.IsValid())
+        level.shown = level.shown.GetValue() - std::min(level.shown.GetValue(), traded);
+    for (nxExchangeOrder* order : level.orders) {
+        const nxVolume ahead = order->ahead;
+        if (!ahead.IsValid() || ahead.GetValue() == 0) continue;
+        unsigned int left = ahead.GetValue() - std::min(ahead.GetValue(), consumed);
+        if (level.shown.IsValid()) left = std::min(left, level.shown.GetValue());
+        order->ahead = left;
+        if (order->ahead != ahead) _listener.OnQueueMoved(*order);
+    }
+}
+
+void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, const nxBuySellEnum& aggressor)
+{
+    _hasTraded = true;
+    for (const bool buys : {true, false}) {
+        // A trade of unknown size fills all that it went beyond, and takes nothing from a queue.
+        unsigned int budget = traded.IsValid() ? traded.GetValue() : Unlimited;
+        // A buyer does not trade with bids at the price he pays, but one who paid less than a bid did.
+        const bool hitsAtPrice = aggressor != (buys ? nxBuySell_Buy : nxBuySell_Sell);
+        _ForEachOwn(buys, [&](const nxDecimal& own, Level& level) {
+            const bool isThrough = buys ? own > price : own < price;
+            if (!isThrough && own != price) return false;
+            if (_model == nxFillModel::Touch) {
+                unsigned int unlimited = Unlimited;
+                _FillThrough(level, own, unlimited, nxFillCause::Touched);
+            } else if (isThrough) {
+                _FillThrough(level, own, budget, nxFillCause::TradedThrough);
+            } else if (hitsAtPrice && traded.IsValid()) {
+                _FillQueue(level, own, traded.GetValue(), budget);
+            }
+            return isThrough;
+        });
+    }
+}
+
+void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
+{
+    assert(IsQueue(level.orders));
+    const nxVolume before = std::exchange(level.shown, shown);
+    if (!shown.IsValid()) return;
+    const unsigned int now = shown.GetValue();
+    for (nxExchangeOrder* order : level.orders) {
+        const nxVolume ahead = order->ahead;
+        unsigned long long left = ahead.IsValid() ? ahead.GetValue() : now;
+        if (ahead.IsValid() && before.IsValid() && now < before.GetValue())
+            left -= (before.GetValue() - now) * left / before.GetValue();
+        order->ahead = static_cast<unsigned int>(std::min<unsigned long long>(left, now));
+        if (order->ahead != ahead) _listener.OnQueueMoved(*order);
+    }
+}
+
+void nxExchangeBook::_RefreshAll(bool bids)
+{
+    for (auto& [price, level] : _GetLevels(bids))
+        _RefreshLevel(level, _GetShown(bids, price));
+}
+
+// Of data that show the best price alone: better levels are empty, worse ones are not shown. True when the
+// best is another one now. isGiven: the data named it, be it as before.
+bool nxExchangeBook::_RefreshBest(bool asks, bool isGiven)
+{
+    const Best now = _GetBest(asks);
+    const bool changed = now != _best[asks];
+    if (changed) {
+        _best[asks] = now;
+        _taken[asks].clear();
+    }
+    if (changed || isGiven) _RefreshAll(!asks);
+    return changed;
+}
+
+// Resting orders that a quote of the other side has come to.
+void nxExchangeBook::_MeetQuotes(bool buys)
+{
+    for (std::size_t i = 0; i < _unlimited.size();) {
+        nxExchangeOrder& order = *_unlimited[i];
+        if (order.kind.isBuy == buys) _Take(order);
+        if (order.GetRemaining() == 0) {
+            _unlimited.erase(_unlimited.begin() + static_cast<std::ptrdiff_t>(i));
+        } else {
+            ++i;
+        }
+    }
+    if (_GetLevels(buys).empty()) return;
+    const bool asks = buys;
+    _ForEachShown(asks, [&](const nxDecimal& quote, unsigned int shown) {
+        bool met = false;
+        const unsigned int free = _GetFree(asks, quote, shown);
+        unsigned int budget = free;
+        _ForEachOwn(buys, [&](const nxDecimal& own, Level& level) {
+            if (buys ? own < quote : own > quote) return false;
+            met = true;
+            if (_model == nxFillModel::Touch) {
+                unsigned int unlimited = Unlimited;
+                _FillThrough(level, own, unlimited, nxFillCause::Touched);
+                return true;
+            }
+            _FillThrough(level, own, budget, nxFillCause::Crossed);
+            return budget != 0;
+        });
+        _NoteTaken(asks, quote, shown, free - budget);
+        return met;
+    });
+}
+
+nxDecimal nxExchangeBook::GetStopReference(bool isBuy) const
+{
+    if (_hasTraded || _isOfBars) return _market.GetPrice().GetLastPrice();
+    nxDecimal best;
+    _ForEachShown(isBuy, [&](const nxDecimal& price, unsigned int) {
+        best = price;
+        return false;
+    });
+    return best;
+}
+
+// Whether the market has come to the stop; else one that trails follows.
+bool nxExchangeBook::_TryStop(nxExchangeOrder& order)
+{
+    const bool buys = order.kind.isBuy;
+    const nxDecimal price = GetStopReference(buys);
+    if (!price.IsValid() || order.GetRemaining() == 0) return false;
+    nxDecimal& stop = order.terms.stopPrice;
+    if (buys ? price >= stop : price <= stop) return true;
+    if (order.trailDistance.IsValid())
+        stop =
+            buys ? std::min(stop, price + order.trailDistance) : std::max(stop, price - order.trailDistance);
+    return false;
+}
+
+void nxExchangeBook::_TryStops()
+{
+    for (std::size_t i = 0; i < _stops.size();) {
+        nxExchangeOrder& order = *_stops[i];
+        if (!_TryStop(order)) {
+            ++i;
+            continue;
+        }
+        _stops.erase(_stops.begin() + static_cast<std::ptrdiff_t>(i));
+        _Trigger(order);
+    }
+}
+
+void nxExchangeBook::_Trigger(nxExchangeOrder& order)
+{
+    order.triggered = true;
+    order.isResting = false;
+    order.status = nxOrderStatus_Working;
+    _listener.OnTriggered(order);
+    Enter(order);
+}
+
+void nxExchangeBook::OnQuote(const nxFeedQuote& quote)
+{
+    if (_isOfBars) return;
+    const nxDecimal& last = _market.GetPrice().GetLastPrice();
+    const bool isTrade = quote.IsTrade() && last.IsValid();
+    if (isTrade) _OnTrade(last, quote.lastVolume, quote.side);
+    if (!_usesDepth) {
+        // What the row of a trade repeats is the quote before it: the trade is counted in the queues already.
+        const bool bid = !isTrade && (!quote.bid.IsNoChange() || !quote.bidVolume.IsNoChange());
+        const bool ask = !isTrade && (!quote.ask.IsNoChange() || !quote.askVolume.IsNoChange());
+        const bool newBid = _RefreshBest(false, bid);
+        const bool newAsk = _RefreshBest(true, ask);
+        if (newAsk) _MeetQuotes(true);
+        if (newBid) _MeetQuotes(false);
+    }
+    if (isTrade || !_hasTraded) _TryStops();
+}
+
+void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
+{
+    if (_isOfBars) return;
+    if (!std::exchange(_usesDepth, true)) Resume();
+    for (const nxFeedLevel& level : levels) {
+        auto& taken = _taken[!level.isBid];
+        const auto entry = taken.find(level.price);
+        if (entry != taken.end() && entry->second.shown != level.volume.GetValue()) taken.erase(entry);
+        Levels& own = _GetLevels(level.isBid);
+        const auto found = own.find(level.price);
+        if (found != own.end()) _RefreshLevel(found->second, level.volume);
+    }
+    _MeetQuotes(true);
+    _MeetQuotes(false);
+    if (!_hasTraded) _TryStops();
+}
+
+void nxExchangeBook::Resume()
+{
+    for (const bool asks : {false, true}) {
+        _best[asks] = {};
+        _taken[asks].clear();
+        _RefreshAll(!asks);
+    }
+}

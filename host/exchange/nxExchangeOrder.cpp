@@ -1,0 +1,40 @@
+#include "host/exchange/nxExchangeOrder.h"
+
+namespace {
+
+template <class Value>
+void Take(Value& field, const Value& change)
+{
+    if (!change.IsNoChange()) field = change;
+}
+
+}  // namespace
+
+nxOrderTerms nxOrderTerms::MakeNoChange()
+{
+    nxOrderTerms terms;
+    for (nxVolume* field :
+         {&terms.volume, &terms.icebergMinPeak, &terms.icebergMaxPeak, &terms.icebergThreshold,
+          &terms.bracketProfit, &terms.bracketStopLoss, &terms.bracketStopLimit})
+        field->SetNoChange();
+    terms.price.SetNoChange();
+    terms.stopPrice.SetNoChange();
+    terms.expiry.SetNoChange();
+    return terms;
+}
+
+void nxOrderTerms::Merge(const nxOrderTerms& changes)
+{
+    Take(volume, changes.volume);
+    Take(price, changes.price);
+    Take(stopPrice, changes.stopPrice);
+    Take(icebergMinPeak, changes.icebergMinPeak);
+    Take(icebergMaxPeak, changes.icebergMaxPeak);
+    Take(icebergThreshold, changes.icebergThreshold);
+    Take(bracketProfit, changes.bracketProfit);
+    Take(bracketStopLoss, changes.bracketStopLoss);
+    Take(bracketStopLimit, changes.bracketStopLimit);
+    Take(expiry, changes.expiry);
+    if (changes.bracketStopIsLimit) bracketStopIsLimit = changes.bracketStopIsLimit;
+    if (changes.bracketStopTrails) bracketStopTrails = changes.bracketStopTrails;
+}

@@ -1,0 +1,312 @@
+#include "host/exchange/nxSimulatedExchange.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace {
+
+constexpr long long Never = std::numeric_limits<long long>::max();
+constexpr char OtherSideFilled[] = "the other side of the bracket was filled";
+
+// count ticks, as a distance.
+nxDecimal GetTicks(const nxDecimal& tick, unsigned int count)
+{
+    return nxDecimal::FromMantissa(tick.GetMantissa() * static_cast<long long>(count),
+                                   tick.GetDecimalPlaces());
+}
+
+}  // namespace
+
+nxSimulatedExchange::nxSimulatedExchange(const nxExchangeOptions& options)
+    : _options(options), _latencyRandom(options.seed), _peakRandom(options.seed + 1)
+{
+}
+
+nxSimulatedExchange::~nxSimulatedExchange() = default;
+
+unsigned int nxSimulatedExchange::AddProduct(const Product& product)
+{
+    nxExchangeBook::Listener& listener = *this;
+    _markets.push_back(std::make_unique<Market>(product, _options.fills, _peakRandom, listener));
+    if (product.isOfBars) _markets.back()->book.SetOfBars();
+    _markets.back()->book.SetParticipation(_options.participation);
+    return static_cast<unsigned int>(_markets.size() - 1);
+}
+
+void nxSimulatedExchange::SetTickSize(unsigned int product, const nxDecimal& tickSize)
+{
+    _markets[product]->product.tickSize = tickSize;
+}
+
+const nxExchangeBook& nxSimulatedExchange::GetBook(unsigned int product) const
+{
+    return _markets[product]->book;
+}
+
+long long nxSimulatedExchange::_Draw(const nxLatency& latency)
+{
+    const long long span = latency.most - latency.least;
+    if (span <= 0) return latency.least;
+    return latency.least +
+           static_cast<long long>(_latencyRandom.GetBelow(static_cast<unsigned long long>(span) + 1));
+}
+
+void nxSimulatedExchange::_Send(RequestKind kind, unsigned int order, long long now,
+                                const nxOrderTerms& terms)
+{
+    // One line: a request does not overtake the one before it.
+    long long due = now + _Draw(_options.request);
+    if (!_requests.empty()) due = std::max(due, _requests.back().due);
+    _requests.push_back({kind, order, due, terms});
+}
+
+unsigned int nxSimulatedExchange::Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now)
+{
+    nxExchangeOrder& order = _orders.emplace_back();
+    order.id = static_cast<unsigned int>(_orders.size());
+    order.kind = kind;
+    order.terms = terms;
+    _Send(RequestKind::New, order.id, now, {});
+    return order.id;
+}
+
+void nxSimulatedExchange::Amend(unsigned int order, const nxOrderTerms& changes, long long now)
+{
+    _Send(RequestKind::Amend, order, now, changes);
+}
+
+void nxSimulatedExchange::Cancel(unsigned int order, long long now)
+{
+    _Send(RequestKind::Cancel, order, now, {});
+}
+
+nxExchangeEvent& nxSimulatedExchange::_Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind,
+                                            std::string reason)
+{
+    long long due = _time + _Draw(_options.answer);
+    if (!_events.empty()) due = std::max(due, _events.back().due);
+    nxExchangeEvent& event = _events.emplace_back();
+    event.kind = kind;
+    event.order = order.id;
+    event.owner = order.kind.owner;
+    event.time = _time;
+    event.due = due;
+    event.status = order.status;
+    event.price = order.terms.price;
+    event.stopPrice = order.terms.stopPrice;
+    event.volume = nxOrderTerms::GetOr(order.terms.volume, 0);
+    event.executed = order.executed;
+    event.ahead = order.isResting ? order.ahead : nxVolume();
+    event.reason = std::move(reason);
+    return event;
+}
+
+long long nxSimulatedExchange::GetNextTime() const
+{
+    long long next = Never;
+    if (!_requests.empty()) next = std::min(next, _requests.front().due);
+    if (!_events.empty()) next = std::min(next, _events.front().due);
+    if (!_expiries.empty()) next = std::min(next, _expiries.begin()->first);
+    return next;
+}
+
+void nxSimulatedExchange::Advance(long long time)
+{
+    for (;;) {
+        const long long expiry = _expiries.empty() ? Never : _expiries.begin()->first;
+        const long long request = _requests.empty() ? Never : _requests.front().due;
+        const long long next = std::min(expiry, request);
+        if (next > time || next == Never) break;
+        _time = std::max(_time, next);
+        if (expiry <= request) {
+            _Expire(expiry);
+        } else {
+            const Request due = std::move(_requests.front());
+            _requests.pop_front();
+            _Carry(due);
+        }
+        _Settle();
+    }
+    _time = std::max(_time, time);
+}
+
+bool nxSimulatedExchange::PopEvent(nxExchangeEvent& event, long long time)
+{
+    if (_events.empty() || _events.front().due > time) return false;
+    event = std::move(_events.front());
+    _events.pop_front();
+    return true;
+}
+
+void nxSimulatedExchange::OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume,
+                                 bool isMaker, nxFillCause cause)
+{
+    nxExchangeEvent& event = _Tell(order, nxExchangeEvent::Kind::Filled);
+    event.fillPrice = price;
+    event.fillVolume = volume;
+    event.isMaker = isMaker;
+    event.cause = cause;
+    if (order.kind.execution == nxOrderExecution::Bracket) _consequences.push_back({order.id, price, volume});
+    if (order.sibling == 0) return;
+    // At once, since the same event may come to the sibling next.
+    nxExchangeOrder& sibling = _GetOrder(order.sibling);
+    const unsigned int given = std::min(sibling.GetRemaining(), volume);
+    const bool isOver = !sibling.IsAlive() && sibling.status != nxOrderStatus_Pending;
+    if (isOver || given == 0) return;
+    sibling.terms.volume = sibling.terms.volume.GetValue() - given;
+    _consequences.push_back({sibling.id, {}, given});
+}
+
+void nxSimulatedExchange::OnTriggered(nxExchangeOrder& order)
+{
+    _Tell(order, nxExchangeEvent::Kind::Triggered);
+}
+
+void nxSimulatedExchange::OnQueueMoved(nxExchangeOrder& order)
+{
+    if (_options.reportQueue) _Tell(order, nxExchangeEvent::Kind::QueueMoved);
+}
+
+// Brackets: each fill of the parent makes its children, and what one child executes the other gives up.
+void nxSimulatedExchange::_Settle()
+{
+    for (std::size_t i = 0; i < _consequences.size(); ++i) {
+        const Consequence fill = _consequences[i];
+        nxExchangeOrder& order = _GetOrder(fill.order);
+        if (order.kind.execution != nxOrderExecution::Bracket) {
+            if (!order.IsAlive()) continue;
+            if (order.GetRemaining() == 0) {
+                _End(order, OtherSideFilled);
+            } else {
+                _markets[order.kind.product]->book.Shrink(order);
+                _Tell(order, nxExchangeEvent::Kind::Amended);
+            }
+            continue;
+        }
+        const auto first = static_cast<unsigned int>(_orders.size()) + 1;
+        // The stop first: it protects.
+        if (nxOrderTerms::GetOr(order.terms.bracketStopLoss, 0) != 0) _AddChild(order, fill, true);
+        if (nxOrderTerms::GetOr(order.terms.bracketProfit, 0) != 0) _AddChild(order, fill, false);
+        const auto last = static_cast<unsigned int>(_orders.size());
+        if (last > first) {
+            _GetOrder(first).sibling = last;
+            _GetOrder(last).sibling = first;
+        }
+        for (unsigned int id = first; id <= last; ++id) {
+            nxExchangeOrder& child = _GetOrder(id);
+            // The stop may have been filled on entering.
+            if (child.GetRemaining() == 0) {
+                _End(child, OtherSideFilled);
+            } else {
+                _Enter(child);
+            }
+        }
+    }
+    _consequences.clear();
+}
+
+void nxSimulatedExchange::_AddChild(const nxExchangeOrder& parent, const Consequence& fill, bool isStop)
+{
+    const nxOrderTerms& wanted = parent.terms;
+    const nxDecimal& tick = _markets[parent.kind.product]->product.tickSize;
+    const nxDecimal unit = tick.IsValid() ? tick : nxDecimalOne;
+    nxExchangeOrder& child = _orders.emplace_back();
+    child.id = static_cast<unsigned int>(_orders.size());
+    child.parent = parent.id;
+    child.kind = parent.kind;
+    child.kind.isBuy = !parent.kind.isBuy;
+    child.kind.isMarket = false;
+    child.arrived = _time;
+    child.terms.volume = fill.volume;
+    const auto beside = [&](const nxDecimal& price, bool above, unsigned int ticks) {
+        return above ? price + GetTicks(unit, ticks) : price - GetTicks(unit, ticks);
+    };
+    if (isStop) {
+        const unsigned int ticks = wanted.bracketStopLoss.GetValue();
+        const bool trails = wanted.bracketStopTrails.value_or(false);
+        child.kind.execution = trails ? nxOrderExecution::TrailingStop : nxOrderExecution::Stop;
+        child.terms.stopPrice = beside(fill.price, child.kind.isBuy, ticks);
+        child.kind.isMarket = !wanted.bracketStopIsLimit.value_or(false);
+        if (!child.kind.isMarket)
+            child.terms.price = beside(child.terms.stopPrice, child.kind.isBuy,
+                                       nxOrderTerms::GetOr(wanted.bracketStopLimit, 0));
+        if (trails) child.trailDistance = GetTicks(unit, ticks);
+    } else {
+        child.kind.execution = nxOrderExecution::None;
+        child.terms.price = beside(fill.price, parent.kind.isBuy, wanted.bracketProfit.GetValue());
+    }
+    if (child.kind.duration == nxOrderDuration::Date) child.terms.expiry = wanted.expiry;
+    if (child.kind.IsForOpening()) child.kind.duration = nxOrderDuration::Day;
+    _Tell(child, nxExchangeEvent::Kind::ChildCreated);
+    child.triggered = !isStop;
+    _SetExpiry(child);
+}
+
+void nxSimulatedExchange::_EnterOpening(Market& market)
+{
+    if (!std::exchange(market.opens, false)) return;
+    for (nxExchangeOrder* order : std::exchange(market.opening, {})) {
+        if (order->triggered) {
+            order->status = nxOrderStatus_Working;
+            _Tell(*order, nxExchangeEvent::Kind::Triggered);
+        }
+        _Start(*order);
+    }
+}
+
+void nxSimulatedExchange::_EndImmediates(Market& market, long long time)
+{
+    std::erase_if(market.immediates, [&](nxExchangeOrder* order) {
+        if (order->IsAlive() && order->arrived >= time) return false;
+        if (order->IsAlive()) _End(*order, _GetEndOfImmediate(*order));
+        return true;
+    });
+}
+
+void nxSimulatedExchange::OnQuote(unsigned int product, const nxFeedQuote& quote, long long time)
+{
+    _time = std::max(_time, time);
+    Market& market = *_markets[product];
+    if (!market.isOpen) return;
+    market.book.OnQuote(quote);
+    _EnterOpening(market);
+    _Settle();
+}
+
+void nxSimulatedExchange::OnDepth(unsigned int product, std::span<const nxFeedLevel> levels, long long time)
+{
+    _time = std::max(_time, time);
+    Market& market = *_markets[product];
+    if (!market.isOpen) return;
+    market.book.OnDepth(levels);
+    _EnterOpening(market);
+    _Settle();
+}
+
+void nxSimulatedExchange::OnBar(unsigned int product, const nxFeedBar& bar, long long time)
+{
+    _time = std::max(_time, time);
+    Market& market = *_markets[product];
+    if (!market.isOpen) return;
+    _EnterOpening(market);
+    market.book.OnBar(bar, time);
+    _EndImmediates(market, time);
+    _Settle();
+}
+
+void nxSimulatedExchange::OnOpen(unsigned int product, long long time)
+{
+    _time = std::max(_time, time);
+    Market& market = *_markets[product];
+    if (std::exchange(market.isOpen, true)) return;
+    market.opens = true;
+    market.book.Resume();
+}
+
+void nxSimulatedExchange::OnClose(unsigned int product, long long time)
+{
+    _time = std::max(_time, time);
+    Market& market = *_markets[product];
+    market.isOpen = market.opens = false;
+}

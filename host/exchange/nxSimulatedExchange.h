@@ -1,0 +1,190 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "host/exchange/nxExchangeBook.h"
+#include "host/feed/nxTradingHours.h"
+
+// A time in nanoseconds that a message takes: constant, or drawn evenly from a range.
+struct nxLatency
+{
+    long long least = 0;
+    long long most = 0;
+};
+
+struct nxExchangeOptions
+{
+    nxFillModel fills = nxFillModel::Queue;
+    nxLatency request;  // from the script to the exchange
+    nxLatency answer;   // and back
+    unsigned long long seed = 1;
+    unsigned int participation = 0;  // hundredths of a bar's volume; 0: all that is wanted
+    bool reportQueue = false;        // tell each move in a queue
+};
+
+// What the exchange tells about an order, as it stood right then.
+struct nxExchangeEvent
+{
+    enum class Kind {
+        Accepted,
+        ChildCreated,  // of a bracket; Accepted follows
+        Triggered,     // what was held is working now: a stop, or an order that waited for the opening
+        Filled,
+        Amended,
+        Cancelled,  // by request, by its own terms or by its date; reason tells
+        Rejected,
+        AmendRejected,
+        CancelRejected,
+        QueueMoved
+    };
+
+    Kind kind = Kind::Accepted;
+    unsigned int order = 0;
+    unsigned int owner = 0;
+    long long time = 0;  // at the exchange
+    long long due = 0;   // at the script
+    nxOrderStatusEnum status;
+    nxDecimal price, stopPrice;  // of the order
+    unsigned int volume = 0;
+    unsigned int executed = 0;
+    nxVolume ahead;  // in the queue
+    nxDecimal fillPrice;
+    unsigned int fillVolume = 0;
+    bool isMaker = false;
+    nxFillCause cause = nxFillCause::Took;
+    std::string reason;
+};
+
+// A simulated exchange over recorded markets: takes requests, holds the orders, fills them by its model and
+// answers with events, each way after its latency. Requests and answers keep their order. Nothing of it
+// touches the recorded market. Used on the replay's thread; the same requests, data and seed give the same
+// events.
+//
+// The life of an order: pending until it arrives; rejected, or working; held while it is a stop that waits or
+// waits for the opening; partially filled; and in the end filled or deleted. docs/exchange.md tells it in
+// full.
+class nxSimulatedExchange : private nxExchangeBook::Listener
+{
+public:
+    struct Product
+    {
+        const nxMarketProduct* market = nullptr;  // outlives the exchange
+        nxDecimal tickSize;                       // null: any price will do
+        nxTradingHours hours;                     // empty: a day ends at midnight UTC
+        bool isOfBars = false;
+    };
+
+    explicit nxSimulatedExchange(const nxExchangeOptions& options);
+    ~nxSimulatedExchange();
+
+    // The number by which orders name it, from 0.
+    unsigned int AddProduct(const Product& product);
+    void SetTickSize(unsigned int product, const nxDecimal& tickSize);
+
+    // Requests at the recorded time now. A new order has its number at once, from 1 on.
+    unsigned int Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
+    void Amend(unsigned int order, const nxOrderTerms& changes, long long now);
+    void Cancel(unsigned int order, long long now);
+
+    // Why an order with these terms makes no sense; null when it does. What depends on the market's state
+    // is only known on arrival.
+    static const char* FindFault(const nxOrderKind& kind, const nxOrderTerms& terms);
+
+    // When something is due next, a request, an answer or an order's date; the last of all times for never.
+    long long GetNextTime() const;
+    // Carries out what is due up to that time.
+    void Advance(long long time);
+    // The next answer that has come in by that time.
+    bool PopEvent(nxExchangeEvent& event, long long time);
+
+    // What the market did, after the market shows it and Advance was called for its time. While a market is
+    // closed nothing is filled in it; once it opens it begins with the next event of its data, until when
+    // orders are held, since what is shown is from before.
+    void OnQuote(unsigned int product, const nxFeedQuote& quote, long long time);
+    void OnDepth(unsigned int product, std::span<const nxFeedLevel> levels, long long time);
+    void OnBar(unsigned int product, const nxFeedBar& bar, long long time);
+    void OnOpen(unsigned int product, long long time);
+    void OnClose(unsigned int product, long long time);
+
+    const nxExchangeOrder& GetOrder(unsigned int order) const { return _orders[order - 1]; }
+    unsigned int GetOrderCount() const { return static_cast<unsigned int>(_orders.size()); }
+    const nxExchangeBook& GetBook(unsigned int product) const;
+
+private:
+    struct Market
+    {
+        Market(const Product& which, nxFillModel model, nxExactRandom& random,
+               nxExchangeBook::Listener& listener)
+            : product(which), book(*which.market, model, random, listener)
+        {
+        }
+
+        Product product;
+        nxExchangeBook book;
+        bool isOpen = false;
+        bool opens = false;                        // with the next event of its data
+        std::vector<nxExchangeOrder*> opening;     // orders that wait for that
+        std::vector<nxExchangeOrder*> immediates;  // of bars, until the next one
+    };
+    enum class RequestKind { New, Amend, Cancel };
+    struct Request
+    {
+        RequestKind kind;
+        unsigned int order;
+        long long due;
+        nxOrderTerms terms;  // of an amendment
+    };
+    // What is left to do about a fill once the book is done: children of a bracket, or the change of a
+    // sibling.
+    struct Consequence
+    {
+        unsigned int order;
+        nxDecimal price;
+        unsigned int volume;
+    };
+
+    nxExchangeOrder& _GetOrder(unsigned int id) { return _orders[id - 1]; }
+    long long _Draw(const nxLatency& latency);
+    void _Send(RequestKind kind, unsigned int order, long long now, const nxOrderTerms& terms);
+    nxExchangeEvent& _Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, std::string reason = {});
+    void _Carry(const Request& request);
+    void _Arrive(nxExchangeOrder& order);
+    void _ArriveAmend(nxExchangeOrder& order, const nxOrderTerms& changes);
+    void _ArriveCancel(nxExchangeOrder& order);
+    std::string _FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given) const;
+    std::string _FindOwnTrade(const nxExchangeOrder& order) const;
+    bool _SetTrail(nxExchangeOrder& order) const;
+    void _SetExpiry(nxExchangeOrder& order);
+    void _Expire(long long time);
+    void _Enter(nxExchangeOrder& order);
+    void _Start(nxExchangeOrder& order);
+    void _End(nxExchangeOrder& order, const char* reason);
+    static std::string _FindEnd(const nxExchangeOrder& order);
+    static const char* _GetEndOfImmediate(const nxExchangeOrder& order);
+    void _EnterOpening(Market& market);
+    void _EndImmediates(Market& market, long long time);
+    void _Settle();
+    void _AddChild(const nxExchangeOrder& parent, const Consequence& fill, bool isStop);
+
+    void OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume, bool isMaker,
+                nxFillCause cause) override;
+    void OnTriggered(nxExchangeOrder& order) override;
+    void OnQueueMoved(nxExchangeOrder& order) override;
+
+    const nxExchangeOptions _options;
+    nxExactRandom _latencyRandom;
+    nxExactRandom _peakRandom;
+    std::vector<std::unique_ptr<Market>> _markets;
+    std::deque<nxExchangeOrder> _orders;  // by number; they stay, and stay where they are
+    std::deque<Request> _requests;        // in the order of their times
+    std::deque<nxExchangeEvent> _events;  // likewise
+    // When orders end by themselves; also of some that are dead or have another date by now.
+    std::map<long long, std::vector<unsigned int>> _expiries;
+    std::vector<Consequence> _consequences;
+    long long _time = 0;  // at the exchange
+};
