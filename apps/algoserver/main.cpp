@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 
+#include "apps/algoserver/check.h"
 #include "apps/algoserver/generate.h"
 #include "apps/algoserver/run.h"
 
@@ -15,6 +16,7 @@ int main(int argc, char** argv)
     int status = 0;
     AddRunCommand(app, status);
     AddGenerateCommand(app, status);
+    AddCheckCommand(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {

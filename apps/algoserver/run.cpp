@@ -13,6 +13,7 @@
 #include "base/log/nxLogManager.h"
 #include "host/feed/nxProductFile.h"
 #include "host/server/nxReplayServer.h"
+#include "host/server/nxRunArguments.h"
 
 namespace {
 
@@ -29,6 +30,7 @@ void OnInterrupt(int)
 struct RunArguments
 {
     nxRunOptions options;
+    nxRunArguments jobs;
     std::string productFile;
     std::string onError = "stop";
     std::string logLevel = "error";
@@ -40,6 +42,17 @@ const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Det
                                                        {"warn", nxLogLevel_Warn},
                                                        {"error", nxLogLevel_Error}};
 
+// Names what has to be given, which the library would show as optional: Run tells of a missing script itself,
+// since --data has usually taken it.
+class RunFormatter : public CLI::Formatter
+{
+public:
+    std::string make_usage(const CLI::App*, std::string name) const override
+    {
+        return "Usage: " + name + " [OPTIONS] SCRIPT... --data FILE...\n";
+    }
+};
+
 int Refuse(const std::string& text)
 {
     std::cerr << "algoserver run: " << text << "\n";
@@ -49,7 +62,7 @@ int Refuse(const std::string& text)
 int Run(RunArguments& arguments)
 {
     nxRunOptions& options = arguments.options;
-    if (options.script.empty())
+    if (arguments.jobs.scripts.empty())
         return Refuse("no script; it stands in front of --data, which takes every name behind it");
     if (!arguments.productFile.empty()) {
         nxFeedError error;
@@ -57,6 +70,10 @@ int Run(RunArguments& arguments)
             std::cerr << error.GetText() << "\n";
             return static_cast<int>(nxRunResult::InputFailed);
         }
+    }
+    if (const auto error = arguments.jobs.Apply(options)) {
+        std::cerr << *error << "\n";
+        return static_cast<int>(nxRunResult::InputFailed);
     }
     options.continueOnError = arguments.onError == "continue";
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
@@ -79,24 +96,53 @@ void AddRunCommand(CLI::App& app, int& status)
 {
     const auto arguments = std::make_shared<RunArguments>();
     nxRunOptions& options = arguments->options;
-    CLI::App* run = app.add_subcommand("run", "Run a script over recorded market data");
+    nxRunArguments& jobs = arguments->jobs;
+    CLI::App* run = app.add_subcommand("run", "Run scripts over recorded market data");
+    // An option that may stand several times, with one value each time: what follows may be a script.
+    const auto addRepeated = [run](const char* names, std::vector<std::string>& values, const char* help) {
+        return run->add_option(names, values, help)
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->allow_extra_args(false);
+    };
     run->footer(
-        "The script's log and the summary go to standard output and repeat to the byte; failures, progress "
-        "and\n"
-        "speed go to standard error. Ctrl-C ends the run properly: OnShutdown runs and the summary is "
+        "Each script is a job with a Lua state of its own; events reach the jobs in the order of the "
+        "scripts.\n"
+        "The scripts' log and the summary go to standard output and repeat to the byte; failures, progress\n"
+        "and speed go to standard error. Ctrl-C ends the run properly: OnShutdown runs and the summary is\n"
         "printed.\n\n"
         "Data files are CSV, plain, .gz or .zst; the kind is told by the header row:\n"
         "  quotes  time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side   (an empty cell: "
         "unchanged)\n"
         "  depth   time,product,side,price,volume                                  (0 removes the level)\n"
         "  bars    time,product,open,high,low,close,volume");
-    run->add_option("script", options.script, "The Lua script; it has to be given");
+    run->formatter(std::make_shared<RunFormatter>());
+    run->add_option("script", jobs.scripts, "The Lua scripts, one for each job, in front of --data")
+        ->option_text("SCRIPT... REQUIRED");
     run->add_option("--data,-d", options.data, "Recorded data, one or more files merged by time")->required();
     run->add_option("--products,-p", arguments->productFile,
                     "TOML file that describes products: tick size, lot size, point value, currency");
-    run->add_option("--module,-m", options.modules, "Lua file to put in front of the script; may be repeated")
+    addRepeated("--module,-m", options.modules, "Lua file to put in front of every script; may be repeated");
+    addRepeated("--name,-n", jobs.names,
+                "Name of a job, in the order of the scripts; without it the file's name. May be repeated");
+    addRepeated(
+        "--param", jobs.parameters,
+        "Parameter of the job, or of all jobs; may be repeated. TYPE: decimal, uint, price, double, int, "
+        "bool or text; without it as the value looks")
+        ->type_name("[JOB/]NAME[:TYPE]=VALUE");
+    addRepeated("--params", jobs.parameterFiles, "TOML file of parameters: [parameters] and [jobs.NAME]");
+    run->add_option("--at", jobs.changes, "Change a parameter at that recorded time; may be repeated")
         ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false)
+        ->type_name("TIME [JOB/]NAME=VALUE");
+    addRepeated("--events", jobs.eventFiles, "CSV file of parameter changes: time,parameter,value,tag");
+    addRepeated("--select", jobs.selections,
+                "What the job, or every job, is launched on: product, side, volume, price, spread")
+        ->type_name("[JOB/]KEY=VALUE,...");
+    run->add_option("--account", jobs.account, "The account that scripts are told");
+    run->add_option("--record", options.recordFile,
+                    "JSON Lines file to write all that leaves the scripts to");
     run->add_option("--speed,-s", options.speed,
                     "Recorded seconds for each real one; without it as fast as it can")
         ->check(CLI::Validator(
@@ -111,7 +157,7 @@ void AddRunCommand(CLI::App& app, int& status)
         ->check(CLI::IsMember({"stop", "continue"}))
         ->capture_default_str();
     run->add_flag("--lenient,-l", options.lenient, "Count and skip malformed rows instead of ending the run");
-    run->add_option("--memory-limit", arguments->memoryLimit, "MiB that the script may hold; 0 for no limit")
+    run->add_option("--memory-limit", arguments->memoryLimit, "MiB that each script may hold; 0 for no limit")
         ->capture_default_str();
     run->add_option("--log-level", arguments->logLevel,
                     "What the library logs to standard error: detail, info, warn or error")

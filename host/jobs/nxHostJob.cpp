@@ -2,17 +2,33 @@
 
 #include "host/jobs/nxHostServices.h"
 
-nxHostJob::nxHostJob(nxHostServices& services, std::string name)
-    : _services(services), _name(std::move(name)), _logPrefix("[" + _name + "] "), _object(this)
+nxHostJob::nxHostJob(nxHostServices& services, const nxJobOptions& options, unsigned int index,
+                     const std::string& logName)
+    : _services(services),
+      _options(options),
+      _index(index),
+      _logPrefix("[" + logName + "] "),
+      _selection(options.selection.value_or(nxJobSelection())),
+      _selectedPrice(_selection.price.IsValid() ? _selection.price.GetAsDouble() : 0.0),
+      _object(std::in_place, this)
 {
+    _status.SetJobID(index + 1);
+    _status.SetJobName(options.name);
+    _status.SetScriptName(options.script);
 }
 
 nxErrorEnum nxHostJob::Start()
 {
     _inOnInit = true;
-    const nxErrorEnum error = _object.StartJob();
+    const nxErrorEnum error = _object->StartJob();
     _inOnInit = false;
     return error;
+}
+
+nxAlgoVorantJobCollectionObject* nxHostJob::GetVorantJobs()
+{
+    if (_watchedJobs == nullptr) _watchedJobs = std::make_unique<nxWatchedJobs>(_services, *this);
+    return _watchedJobs.get();
 }
 
 nxAlgoProductObject* nxHostJob::GetProduct(const std::string& productName)
@@ -39,7 +55,7 @@ nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, int price, int depth, 
     product.wantsState += state;
     if (price > 0 || depth > 0 || state > 0) {
         _subscribed = true;
-        _services.NoteSubscription(product);
+        _services.NoteSubscription(*this, product);
     }
     return {};
 }
@@ -82,24 +98,4 @@ nxErrorEnum nxHostJob::SubscribeState(nxAlgoProductObject* product)
 nxErrorEnum nxHostJob::UnsubscribeState(nxAlgoProductObject* product)
 {
     return _Want(product, 0, 0, -1);
-}
-
-void nxHostJob::LogText(const std::string& text)
-{
-    _services.LogText(*this, text);
-}
-
-void nxHostJob::StartTimer(const std::string& name, unsigned int milliseconds)
-{
-    _services.StartTimer(*this, name, milliseconds);
-}
-
-void nxHostJob::StopTimer(const std::string& name)
-{
-    _services.StopTimer(*this, name);
-}
-
-void nxHostJob::Shutdown()
-{
-    _services.NoteShutdown(*this);
 }

@@ -2,26 +2,63 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
-#include <vector>
+#include <utility>
 
+#include "base/records/nxVorantJobStatus.h"
 #include "host/jobs/nxHostProduct.h"
+#include "host/jobs/nxJobOptions.h"
 #include "host/jobs/nxQuietJobInterface.h"
+#include "host/jobs/nxWatchedJobs.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 
 class nxHostServices;
 
-// One job of the reference host: the script's job object, the products it asked for, and the bridge from the
-// script to the server. Owned by the server, used on the replay's thread.
+// One job of the reference host: the script's job object, what it was started with, the products it asked
+// for, what it shows to the jobs that watch it, and the bridge from the script to the server. Owned by the
+// server, used on the replay's thread.
 class nxHostJob : public nxQuietJobInterface
 {
 public:
-    nxHostJob(nxHostServices& services, std::string name);
+    // What changed for those that watch the job.
+    struct Changes
+    {
+        bool status = false;  // user texts, user state
+        bool rest = false;    // output parameters, reference, selection
+    };
 
-    const std::string& GetName() const { return _name; }
-    nxAlgoJobObject& GetObject() { return _object; }
+    // The index counts the jobs of a run from 0. The options' account is also the owner that others see.
+    nxHostJob(nxHostServices& services, const nxJobOptions& options, unsigned int index,
+              const std::string& logName);
+
+    const std::string& GetName() const { return _options.name; }
+    unsigned int GetIndex() const { return _index; }
+    // Until Close.
+    nxAlgoJobObject& GetObject() { return *_object; }
+    // Ends the script, whose finalizers may still use this job and those that it watches.
+    void Close() { _object.reset(); }
     const std::map<std::string, std::unique_ptr<nxHostProduct>>& GetProducts() const { return _products; }
     bool HasSubscribed() const { return _subscribed; }
+    const nxJobOptions& GetOptions() const { return _options; }
+
+    [[nodiscard]] nxErrorEnum Start();
+    // Between a start that succeeded and the end.
+    bool IsRunning() const { return _running; }
+    void SetRunning(bool running) { _running = running; }
+    // A value that the job's own parameter of that name refuses leaves it alone; null when it is taken.
+    [[nodiscard]] std::optional<std::string> ChangeParameter(const std::string& name,
+                                                             const std::string& value)
+    {
+        return _options.parameters.Change(name, value);
+    }
+
+    // The other jobs as this one's script sees them; null until it has asked.
+    nxWatchedJobs* GetWatchedJobs() { return _watchedJobs.get(); }
+    // What changed since the last call.
+    Changes TakeChanges() { return std::exchange(_changes, {}); }
+    const nxVorantJobStatus& GetStatus();
+    const std::string& GetReference() const { return _reference; }
 
     nxAlgoProductObject* GetProduct(const std::string& productName) override;
     nxErrorEnum SubscribePrices(nxAlgoProductObject*) override;
@@ -32,26 +69,78 @@ public:
     nxErrorEnum UnsubscribeMarketDepth(nxAlgoProductObject*) override;
     nxErrorEnum SubscribeState(nxAlgoProductObject*) override;
     nxErrorEnum UnsubscribeState(nxAlgoProductObject*) override;
+
     void LogText(const std::string& text) override;
+    void SendUserState(const nxLogLevelEnum& level, const std::string& text) override;
+    void SendUserText1(const std::string& text) override;
+    void SendUserText2(const std::string& text) override;
+    void SendUserText3(const std::string& text) override;
+    bool SendUserLog(const std::map<std::string, std::string>& fields, std::string& error) override;
+    bool SetParameter(const std::string& name, const std::string& value) override;
+    void PublishParameter(const std::string& name, const std::string& value) override;
+    void SendParameter(const std::string& tag, const std::string& name, const std::string& value) override;
+    std::string GetDynamicParameter(const std::string& tag, std::string name) override;
     void StartTimer(const std::string& name, unsigned int milliseconds) override;
     void StopTimer(const std::string& name) override;
     void Shutdown() override;
-    bool IsActive() const override { return _object.IsActive(); }
+    void SetTag(const std::string& tag) override;
+    std::string GetTag() override { return _tag; }
+    void SetReference(const std::string& text) override;
+    void SetOrderUserString(const std::string& text) override;
+    void SetOrderUserString2(const std::string& text) override;
+    void SetShatterOnExit(bool on) override;
+    void SetEnableCrossProtection(bool on) override;
+    void SetDisableParentFills(bool on) override;
+    void SetDisableReport(bool on) override;
+    void SetEnablePandL(bool on) override;
+    bool SetChartLine(const std::string& chart, const std::string& line, double value,
+                      unsigned int colour) override;
+    bool RemoveChartLine(const std::string& chart, const std::string& line) override;
+
+    nxVorantParameter* GetParameter(const std::string& id) const override;
+    bool HasContext() override { return _options.selection.has_value(); }
+    std::string GetSelectedProduct() override { return _selection.product; }
+    unsigned int GetSelectedVolume() const override;
+    double GetSelectedPrice() const override { return _selectedPrice; }
+    std::string GetSelectedSide() override { return _selection.side; }
+    std::string GetSelectedSpreadSpec() override { return _selection.spread; }
+    void SetSelectedPrice(const double& price) override;
+    std::string GetAccount() override { return _options.account; }
+
+    nxVolume GetID() override { return _index + 1; }
+    nxAlgoVorantJobCollectionObject* GetVorantJobs() override;
+    bool IsActive() const override { return _object && _object->IsActive(); }
     bool IsInOnInit() override { return _inOnInit; }
     const std::string& GetLogPrefix() const override { return _logPrefix; }
 
-    [[nodiscard]] nxErrorEnum Start();
+    // The selection as it stands now: a script may set its price. Empty without a context.
+    const nxJobSelection& GetSelection() const { return _selection; }
 
 private:
     // Adds to what the product's events are wanted for.
     nxErrorEnum _Want(nxAlgoProductObject* product, int price, int depth, int state);
+    void _SendUserText(const char* type, void (nxVorantJobStatus::*set)(const std::string&),
+                       const std::string& (nxVorantJobStatus::*get)() const, const std::string& text);
+    void _RecordFlag(const char* name, bool on);
+    void _NoteChange(bool& change);
 
     nxHostServices& _services;
-    std::string _name;
+    nxJobOptions _options;
+    unsigned int _index;
     std::string _logPrefix;
     bool _inOnInit = false;
+    bool _running = false;
     bool _subscribed = false;
-    // The products outlive the script, whose finalizers may still use them.
+    nxJobSelection _selection;
+    double _selectedPrice = 0.0;  // as the script set it, which may be no decimal
+    std::string _tag;
+    std::string _reference;
+    nxVorantJobStatus _status;  // its output parameters are behind while _outputsJoined is false
+    std::map<std::string, std::string> _outputs;
+    bool _outputsJoined = true;
+    Changes _changes;
+    // What the script holds outlives it, since its finalizers may still use it.
     std::map<std::string, std::unique_ptr<nxHostProduct>> _products;
-    nxAlgoJobObject _object;
+    std::unique_ptr<nxWatchedJobs> _watchedJobs;
+    std::optional<nxAlgoJobObject> _object;
 };

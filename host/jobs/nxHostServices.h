@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/feed/nxProductDescription.h"
+#include "host/report/nxRunRecord.h"
 
 class nxHostJob;
 class nxHostProduct;
@@ -16,13 +18,26 @@ public:
     virtual nxMarketProduct* FindMarket(const std::string& name) = 0;
     // Tells the product what is known of it: tick size, point value, exchange.
     virtual void Describe(nxHostProduct& product) = 0;
+    // A line for the person who watches the run.
     virtual void LogText(nxHostJob& job, const std::string& text) = 0;
+    // One entry of the run's record. The fields are read before it returns.
+    virtual void Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields) = 0;
     virtual void StartTimer(nxHostJob& job, const std::string& name, unsigned int milliseconds) = 0;
     virtual void StopTimer(nxHostJob& job, const std::string& name) = 0;
     virtual void NoteShutdown(nxHostJob& job) = 0;
+    // The job has news for those that watch it, to be taken when the callback has returned.
+    virtual void NoteChange(nxHostJob& job) = 0;
     virtual void NoteUnknownProduct(nxHostJob& job, const std::string& name) = 0;
     // A script asked for a product's events.
-    virtual void NoteSubscription(nxHostProduct& product) = 0;
+    virtual void NoteSubscription(nxHostJob& job, nxHostProduct& product) = 0;
+    // The jobs of the run in their order, without the one that asks.
+    virtual std::vector<nxHostJob*> GetOtherJobs(const nxHostJob& job) = 0;
+    // Ends a job when the running callback has returned. An error for one that has ended.
+    [[nodiscard]] virtual nxErrorEnum StopJob(nxHostJob& job, const nxHostJob& by) = 0;
+    // The board of named values that all jobs share, by tag and name; "" where nothing stands.
+    virtual std::string GetDynamicParameter(const std::string& tag, const std::string& name) = 0;
+    virtual void SetDynamicParameter(const std::string& tag, const std::string& name,
+                                     const std::string& value) = 0;
 
 protected:
     ~nxHostServices() = default;

@@ -3,6 +3,9 @@
 #include <fmt/format.h>
 #include <sys/resource.h>
 
+#include <algorithm>
+#include <string_view>
+
 #include "host/feed/nxFeedTime.h"
 
 namespace {
@@ -20,10 +23,10 @@ std::string Count(unsigned long long number, const char* one, const char* many)
     return GroupThousands(number) + " " + (number == 1 ? one : many);
 }
 
-std::string GetPlace(const nxRunStatistics::Failure& failure)
+std::string GetPlace(const nxJobStatistics::Failure& failure)
 {
     if (!failure.callback) return "while the script was loaded";
-    return std::string("in ") + nxCallbackNames[static_cast<std::size_t>(*failure.callback)];
+    return std::string("in ") + nxGetCallbackName(*failure.callback);
 }
 
 std::string JoinEvents(const nxRunStatistics& statistics)
@@ -39,7 +42,44 @@ std::string JoinEvents(const nxRunStatistics& statistics)
         text += " (from " + Count(statistics.depthRows, "depth row)", "depth rows)");
     add(statistics.bars, "bar", "bars");
     add(statistics.timers, "timer", "timers");
+    add(statistics.parameterChanges, "parameter change", "parameter changes");
     return text.empty() ? "none" : text;
+}
+
+// Rows of the summary, the label in front of the first of those that share one.
+class Rows
+{
+public:
+    // With several jobs each row about a job bears its name.
+    Rows(std::ostream& out, const nxRunStatistics& statistics) : _out(out)
+    {
+        if (statistics.jobs.size() == 1) return;
+        for (const nxJobStatistics& job : statistics.jobs)
+            _nameWidth = std::max(_nameWidth, job.name.size() + 2);
+    }
+
+    std::ostream& Begin(const char* label, const std::string& job)
+    {
+        const bool isSame = _label == label;
+        _label = label;
+        _out << fmt::format("{:<12}", isSame ? "" : label);
+        if (_nameWidth != 0) _out << fmt::format("{:<{}}", job, _nameWidth);
+        return _out;
+    }
+
+private:
+    std::ostream& _out;
+    std::string_view _label;
+    std::size_t _nameWidth = 0;
+};
+
+void WriteFailureRow(std::ostream& out, const nxJobStatistics::Failure& failure)
+{
+    out << failure.what.message << " (" << GetPlace(failure);
+    if (failure.callback) out << ", " << Count(failure.count, "time", "times");
+    if (failure.callback && failure.firstTime)
+        out << ", first at " << nxFeedTime::GetAsString(*failure.firstTime);
+    out << ")\n";
 }
 
 }  // namespace
@@ -48,29 +88,37 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
 {
     out << "--- summary\n";
     out << "end         " << end << "\n";
-    if (statistics.GetEventCount() != statistics.timers)
+    if (statistics.GetRowEventCount() != 0)
         out << "recorded    " << nxFeedTime::GetAsString(statistics.firstTime) << " to "
             << nxFeedTime::GetAsString(statistics.lastTime) << "\n";
     out << "events      " << JoinEvents(statistics) << "\n";
-    const char* label = "callbacks   ";
-    for (std::size_t i = 0; i < nxCallbackNames.size(); ++i) {
-        const nxRunStatistics::Callback& callback = statistics.callbacks[i];
-        if (!callback.defined) continue;
-        out << label << fmt::format("{:<16}{:>14}", nxCallbackNames[i], GroupThousands(callback.count));
-        if (callback.failures != 0) out << "  " << GroupThousands(callback.failures) << " failed";
-        out << "\n";
-        label = "            ";
+    Rows rows(out, statistics);
+    if (statistics.jobs.size() > 1)
+        for (const nxJobStatistics& job : statistics.jobs)
+            rows.Begin("job", job.name) << job.end << "\n";
+    for (const nxJobStatistics& job : statistics.jobs) {
+        for (std::size_t i = 0; i < nxCallbackNames.size(); ++i) {
+            const nxJobStatistics::Callback& callback = job.callbacks[i];
+            if (!callback.defined) continue;
+            const std::string count = GroupThousands(callback.count);
+            const std::string_view name = nxCallbackNames[i];
+            constexpr std::size_t width = 30;  // of name and count
+            rows.Begin("callbacks", job.name)
+                << name
+                << fmt::format("{:>{}}", count,
+                               std::max(width, name.size() + 1 + count.size()) - name.size());
+            if (callback.failures != 0) out << "  " << GroupThousands(callback.failures) << " failed";
+            out << "\n";
+        }
     }
-    for (const nxRunStatistics::Failure& failure : statistics.failures) {
-        out << "failure     " << failure.what.message << " (" << GetPlace(failure);
-        if (failure.callback) out << ", " << Count(failure.count, "time", "times");
-        if (failure.callback && failure.firstTime)
-            out << ", first at " << nxFeedTime::GetAsString(*failure.firstTime);
-        out << ")\n";
-    }
+    for (const nxJobStatistics& job : statistics.jobs)
+        for (const nxJobStatistics::Failure& failure : job.failures)
+            WriteFailureRow(Rows(out, statistics).Begin("failure", job.name), failure);
     for (const std::string& remark : statistics.remarks)
         out << "data        " << remark << "\n";
-    if (!statistics.nothingDelivered.empty()) out << "no events   " << statistics.nothingDelivered << "\n";
+    for (const nxJobStatistics& job : statistics.jobs)
+        if (!job.nothingDelivered.empty())
+            Rows(out, statistics).Begin("no events", job.name) << job.nothingDelivered << "\n";
 }
 
 void nxRunSummary::WriteSpeed(std::ostream& err, const nxRunStatistics& statistics)
@@ -84,24 +132,32 @@ void nxRunSummary::WriteSpeed(std::ostream& err, const nxRunStatistics& statisti
         seconds > 0 ? GroupThousands(static_cast<unsigned long long>(static_cast<double>(events) / seconds))
                     : "-",
         static_cast<double>(usage.ru_maxrss) / 1024.0);
-    const char* label = "script      ";
-    for (std::size_t i = 0; i < nxCallbackNames.size(); ++i) {
-        const nxRunStatistics::Callback& callback = statistics.callbacks[i];
-        if (!callback.defined || callback.count == 0) continue;
-        err << label
-            << fmt::format("{:<16}{:>10.3f} s {:>10.0f} ns each\n", nxCallbackNames[i],
-                           static_cast<double>(callback.nanoseconds) * 1e-9,
-                           static_cast<double>(callback.nanoseconds) / static_cast<double>(callback.count));
-        label = "            ";
+    Rows rows(err, statistics);
+    std::size_t width = 16;
+    for (const nxJobStatistics& job : statistics.jobs)
+        for (std::size_t i = 0; i < nxCallbackNames.size(); ++i)
+            if (job.callbacks[i].count != 0)
+                width = std::max(width, std::string_view(nxCallbackNames[i]).size());
+    for (const nxJobStatistics& job : statistics.jobs) {
+        for (std::size_t i = 0; i < nxCallbackNames.size(); ++i) {
+            const nxJobStatistics::Callback& callback = job.callbacks[i];
+            if (!callback.defined || callback.count == 0) continue;
+            rows.Begin("script", job.name) << fmt::format(
+                "{:<{}}{:>10.3f} s {:>10.0f} ns each\n", nxCallbackNames[i], width,
+                static_cast<double>(callback.nanoseconds) * 1e-9,
+                static_cast<double>(callback.nanoseconds) / static_cast<double>(callback.count));
+        }
     }
 }
 
-void nxRunSummary::WriteFailure(std::ostream& err, const nxRunStatistics::Failure& failure)
+void nxRunSummary::WriteFailure(std::ostream& err, const nxJobStatistics::Failure& failure,
+                                const std::string& job)
 {
     err << failure.what.message << "\n";
     if (failure.what.location && !failure.what.location->text.empty())
         err << fmt::format("{:>6} | {}\n", failure.what.location->line, failure.what.location->text);
     err << "       " << GetPlace(failure);
+    if (!job.empty()) err << " of " << job;
     if (failure.callback && failure.firstTime) err << " at " << nxFeedTime::GetAsString(*failure.firstTime);
     err << "\n";
 }

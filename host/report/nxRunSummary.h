@@ -13,6 +13,7 @@ public:
     static void WriteCounts(std::ostream& out, const nxRunStatistics& statistics, const std::string& end);
     // Times, rates and memory of this machine.
     static void WriteSpeed(std::ostream& err, const nxRunStatistics& statistics);
-    // One failure of the script, with its source line.
-    static void WriteFailure(std::ostream& err, const nxRunStatistics::Failure& failure);
+    // One failure of a script, with its source line. No job: the only one.
+    static void WriteFailure(std::ostream& err, const nxJobStatistics::Failure& failure,
+                             const std::string& job);
 };

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <deque>
+#include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -9,20 +11,20 @@
 
 #include "host/exchange/nxMarketProduct.h"
 #include "host/feed/nxFeed.h"
-#include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostServices.h"
-#include "host/jobs/nxScriptSource.h"
 #include "host/report/nxProgressBar.h"
+#include "host/report/nxRunRecord.h"
 #include "host/report/nxRunStatistics.h"
+#include "host/server/nxJobRunner.h"
 #include "host/server/nxReplayTime.h"
 #include "host/server/nxRunOptions.h"
 #include "host/server/nxTimerQueue.h"
 
-// Runs a script over recorded data: merges the data by time, keeps the recorded time as the thread's "now",
-// delivers prices, depth, states and timers to the script, and ends it properly. Single-threaded; one server,
-// one run.
+// Runs jobs over recorded data: merges the data by time, keeps the recorded time as the thread's "now",
+// delivers prices, depth, states, timers, changed parameters and the news of watched jobs to the scripts, in
+// the order of the jobs, and ends each job properly. Single-threaded; one server, one run.
 //
-// Log lines of the script and the summary go to out and are the same to the byte for the same script, data
+// Log lines of the scripts, the summary and the record are the same to the byte for the same scripts, data
 // and options. Failures, progress and speed go to err.
 class nxReplayServer : private nxHostServices
 {
@@ -37,44 +39,96 @@ private:
     // A product of the feed, at the same index: its market and the jobs' products over it.
     struct Market
     {
-        Market(const std::string& name, const nxDecimal& tick) : product(name), tickSize(tick) {}
+        Market(const std::string& name, const nxDecimal& tick, std::size_t jobs)
+            : product(name), tickSize(tick), subscribers(jobs)
+        {
+        }
 
         nxMarketProduct product;
         nxDecimal tickSize;
-        std::vector<std::pair<nxHostJob*, nxHostProduct*>> subscribers;
+        std::vector<nxHostProduct*> subscribers;  // by the index of the job; null: the job asked for nothing
+    };
+    // What a job is told of another one that it watches.
+    struct News
+    {
+        nxCallback callback;
+        nxJobRunner* watcher;
+        nxWatchedJob* subject;
     };
 
-    bool _Prepare();
-    bool _LoadScript();
-    bool _StartJob();
+    bool _Prepare(std::vector<nxScriptSource>& sources);
+    void _MakeJobs(std::vector<nxScriptSource> sources);
     void _Replay();
     void _Finish();
+    void _CloseRecord();
     void _WriteSummary();
+    bool _IsAlone() const { return _runners.size() == 1; }
+    bool _IsEnding() const;
+    // Ends the run after the current callback. The first reason holds.
+    void _EndRun(const std::string& reason);
 
+    void _SetTime(long long time);
+    void _SetClocks(long long time);
+    void _WaitFor(long long time);
     void _Apply(const nxFeedEvent& event);
-    void _RunTimers(long long until);
+    void _RunDue(long long until);
+    void _RunTimer();
+    void _FindNextChange();
+    void _ApplyChanges();
     void _DeliverPrice(Market& market);
     void _DeliverDepth(Market& market);
     void _SetState(Market& market, unsigned int bits);
-    // Calls the job and accounts for it.
-    template <class Entry, class... Arguments>
-    void _Call(nxCallback callback, nxHostJob& job, Entry entry, Arguments&... arguments);
-    // No callback: while the script was loaded.
-    void _NoteFailure(std::optional<nxCallback> callback, const std::string& errorText);
-    bool _IsEnding() const;
-    void _WaitFor(long long time);
     Market& _GetMarket(unsigned int index);
+
+    void _LoadJob(nxJobRunner& runner);
+    void _StartJob(nxJobRunner& runner);
+    void _EndJob(nxJobRunner& runner, const std::string& reason, bool isEarly);
+    void _EndAskedJobs();
+    // No callback: while the script was loaded. `message` is told instead of what the script left.
+    void _NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callback,
+                      const std::string& message = {});
     std::string _GetNames() const;
-    std::string _ExplainNothing() const;
+    std::string _ExplainNothing(nxJobRunner& runner, bool isEarly) const;
+
+    // Puts news of a job up for those that watch it.
+    void _Announce(nxCallback callback, nxJobRunner& subject);
+    void _Publish(nxJobRunner& subject);
+    // After a callback that left something to do: publishes what changed, ends jobs, delivers news.
+    void _Settle(nxJobRunner& runner);
+    void _DeliverNews();
+
+    // Calls the script, and does what it left to do.
+    template <class Entry, class... Arguments>
+    void _Call(nxCallback callback, nxJobRunner& runner, Entry entry, Arguments&... arguments)
+    {
+        if (!runner.Call(callback, entry, arguments...)) [[unlikely]]
+            _NoteFailure(runner, callback);
+        if (_isUnsettled) [[unlikely]]
+            _Settle(runner);
+    }
+    // The same for an event, which a job that has ended does not get.
+    template <class Entry, class... Arguments>
+    void _Deliver(nxCallback callback, nxJobRunner& runner, Entry entry, Arguments&... arguments)
+    {
+        if (!runner.IsOver()) _Call(callback, runner, entry, arguments...);
+    }
+    nxJobRunner& _GetRunner(const nxHostJob& job) { return *_runners[job.GetIndex()]; }
 
     nxMarketProduct* FindMarket(const std::string& name) override;
     void Describe(nxHostProduct& product) override;
     void LogText(nxHostJob& job, const std::string& text) override;
+    void Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields) override;
     void StartTimer(nxHostJob& job, const std::string& name, unsigned int milliseconds) override;
     void StopTimer(nxHostJob& job, const std::string& name) override;
     void NoteShutdown(nxHostJob& job) override;
+    void NoteChange(nxHostJob& job) override;
     void NoteUnknownProduct(nxHostJob& job, const std::string& name) override;
-    void NoteSubscription(nxHostProduct& product) override;
+    void NoteSubscription(nxHostJob& job, nxHostProduct& product) override;
+    std::vector<nxHostJob*> GetOtherJobs(const nxHostJob& job) override;
+    nxErrorEnum StopJob(nxHostJob& job, const nxHostJob& by) override;
+    std::string GetDynamicParameter(const std::string& tag, const std::string& name) override;
+    void SetDynamicParameter(const std::string& tag, const std::string& name,
+                             const std::string& value) override;
 
     nxRunOptions _options;
     std::ostream& _out;
@@ -83,16 +137,22 @@ private:
     nxReplayTime _time;
     nxFeed _feed;
     const nxFeedEvent* _next = nullptr;
-    nxScriptSource _source;
+    std::size_t _nextChange = 0;  // of _options.changes
+    long long _nextChangeTime = 0;
     nxTimerQueue _timers;
-    std::vector<std::unique_ptr<Market>> _markets;  // null until the product is met
-    std::unique_ptr<nxHostJob> _job;                // after the markets, which its products look at
+    nxRunRecord _record;
+    std::map<std::pair<std::string, std::string>, std::string> _board;  // by tag and name
     nxRunStatistics _statistics;
-    std::string _unknownProduct;
+    std::vector<std::unique_ptr<Market>> _markets;       // null until the product is met
+    std::vector<std::unique_ptr<nxJobRunner>> _runners;  // behind the markets, which their products look at
+    std::size_t _jobsToGo = 0;                           // that have not ended
+    std::deque<News> _news;
+    bool _isUnsettled = false;  // a callback left something for _Settle
+    bool _isSettling = false;
     std::string _end;
     nxRunResult _result = nxRunResult::Done;
-    bool _hasTime = false;   // the data holds a row, so there is a recorded time
-    bool _shutdown = false;  // the script asked for it
-    bool _failed = false;    // and that ends the run
+    bool _hasTime = false;  // the data holds a row, so there is a recorded time
+    bool _isOver = false;   // a failure ended the run, or no job is left
+    long long _clockTime = 0;
     std::chrono::steady_clock::time_point _wallStart;
 };

@@ -5,19 +5,23 @@
 #include <vector>
 
 #include "host/feed/nxProductDescription.h"
+#include "host/jobs/nxJobOptions.h"
+#include "host/server/nxParameterChange.h"
 
 // What a run is asked to do.
 struct nxRunOptions
 {
-    std::string script;
-    std::vector<std::string> modules;  // Lua files in front of the script, in their order
+    std::vector<nxJobOptions> jobs;          // at least one, under different names
+    std::vector<std::string> modules;        // Lua files in front of every script, in their order
+    std::vector<nxParameterChange> changes;  // by time; each fits the jobs' parameters
     std::vector<std::string> data;
     std::vector<nxProductDescription> products;
-    double speed = 0.0;  // recorded seconds for each real one; 0: as fast as it can
+    std::string recordFile;  // where to write what leaves the scripts; empty: nowhere
+    double speed = 0.0;      // recorded seconds for each real one; 0: as fast as it can
     bool lenient = false;
     bool continueOnError = false;
     bool showProgress = false;
-    std::size_t memoryLimit = 0;  // bytes the script may hold; 0: no limit
+    std::size_t memoryLimit = 0;  // bytes that each script may hold; 0: no limit
     // Set from elsewhere, such as a signal handler, to end the run after the current event.
     const std::atomic<bool>* interrupted = nullptr;
 };

@@ -8,6 +8,7 @@ Prints "N passed, N failed"; the exit status is 1 when a case failed.
 """
 
 import gzip
+import json
 import os
 import pty
 import signal
@@ -17,6 +18,7 @@ import tempfile
 import time
 
 GOLDEN = os.path.join(os.path.dirname(os.path.abspath(__file__)), "golden")
+EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples")
 TIMEOUT = 60
 
 QUOTES = "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n"
@@ -69,7 +71,25 @@ FILES = {
     "products.toml": '[[product]]\nname = "A"\ntickSize = 0.5\n',
     "wrong_key.toml": '[[product]]\nname = "A"\nticksize = 0.5\n',
     "broken.toml": "[[product]]\nname = \n",
+    "params.toml": '[parameters]\nn = 1\n[jobs.asks]\nsize = { type = "uint", value = 5 }\n',
+    "strange_job.toml": "[jobs.other]\nn = 1\n",
+    "strange_key.toml": "[parameter]\nn = 1\n",
+    "asks.lua": """\
+function OnInit()
+  job:getProduct("A"):subscribePrice()
+  job:logText(table.concat({ type(job:getParameter("n")), tostring(job:getParameter("size")), job.selectedSide,
+                             job.selectedPrice, job.account }, " "))
+end
+function OnParameter(name, value, tag) job:logText(name .. "=" .. value .. tag) end
+function OnJobParametersChanged() job:logText("changed") end
+function OnShutdown() job:sendUserState("WARN", "bye") end
+""",
+    "changes.csv.gz": gzip.compress(b"time,parameter,value,tag\n20240108:14:30:03,n,7,T\n", mtime=0),
+    "bad_changes.csv": "time,parameter,value,tag\n20240108:14:30:03,asks/n,x,T\n",
 }
+for path in ("parent.lua", "worker.lua", "data/demo_quotes.csv.gz"):
+    with open(os.path.join(EXAMPLES, path), "rb") as example:
+        FILES[os.path.basename(path)] = example.read()
 
 END = "\nend         "
 
@@ -77,7 +97,7 @@ END = "\nend         "
 # file), texts that standard error holds. None: it is empty.
 CASES = [
     ("help", "--help", 0, ["Exit status: 0 done, 1 the script failed, 2 bad input", "run ", "generate "], None),
-    ("help of run", "run --help", 0, ["--data", "--on-error", "(an empty cell: unchanged)"], None),
+    ("help of run", "run --help", 0, ["run [OPTIONS] SCRIPT... --data FILE...", "--on-error", "(an empty cell: unchanged)"], None),
     ("help of generate", "generate --help", 0, ["--seed", "bytes on every machine"], None),
     ("version", "--version", 0, ["0."], None),
     ("no arguments", "", 2, None, ["no command; there are run and generate. Try 'algoserver --help'."]),
@@ -147,6 +167,36 @@ CASES = [
      ["not enough memory; the script may hold 8 MiB\n"]),
     ("nothing delivered", "run quiet.lua --data day.csv", 0,
      ["no events   the script asked for no product; the data holds A\n"], ["--- speed"]),
+
+    ("a job that watches another", "run parent.lua worker.lua --data demo_quotes.csv.gz --param enough=40", 0,
+     "<parent.txt>", ["--- speed", "script      parent  OnInit"]),
+    ("two jobs and their names", "run tell.lua tell.lua --name one --name two --data day.csv", 0, "<two_jobs.txt>",
+     ["--- speed"]),
+    ("one of two jobs fails", "run broken.lua tell.lua --data day.csv", 1,
+     ["[tell] bid 98.5 ask 99\n", END + "the data ended\n", "\njob         broken  the script could not be loaded\n",
+      "\nfailure     broken  broken.lua:3: "], ["       while the script was loaded of broken\n"]),
+    ("parameters, selection and account", "run --params params.toml --param asks/size:uint=6 --account mine"
+     " --select side=SELL,price=1.5 --events changes.csv.gz --at 20240108:14:30:03 n=8 asks.lua --data day.csv", 0, "<asks.txt>",
+     ["--- speed"]),
+    ("two jobs of one name", "run tell.lua ./tell.lua --data day.csv", 2, None,
+     ['two jobs are named "tell": tell.lua and ./tell.lua; name them by --name\n']),
+    ("a parameter that does not parse", "run asks.lua --data day.csv --param n:uint=five", 2, None,
+     ['--param n:uint=five: parameter n: "five" is no uint: not a number\n']),
+    ("a parameter of no job", "run asks.lua --data day.csv --param other/n=5", 2, None,
+     ['--param other/n=5: no job named "other"; there is asks\n']),
+    ("parameter file with an unknown key", "run asks.lua --data day.csv --params strange_key.toml", 2, None,
+     ['strange_key.toml:1:1: unknown key "parameter"; known are parameters, jobs\n']),
+    ("parameter file with an unknown job", "run asks.lua --data day.csv --params strange_job.toml", 2, None,
+     ['strange_job.toml:1:1: no job named "other" in this run\n']),
+    ("a change that does not parse", "run asks.lua --data day.csv --param n=5 --events bad_changes.csv", 2, None,
+     ['bad_changes.csv:2:26: parameter n: "x" is no int: not a number\n']),
+    ("a change at no time", "run asks.lua --data day.csv --at noon n=5", 2, None, ['--at noon n=5: time: not a time: "noon"\n']),
+    ("a change without a value", "run asks.lua --data day.csv --at 20240108", 2, None, ["--at: 2 required"]),
+    ("missing file of changes", "run asks.lua --data day.csv --events none.csv", 2, None, ["none.csv: cannot open: "]),
+    ("an unknown key of the selection", "run asks.lua --data day.csv --select size=1", 2, None,
+     ['--select size=1: unknown key "size"; known are product, side, volume, price, spread\n']),
+    ("a record in no folder", "run asks.lua --data day.csv --record none/record.jsonl", 2, None,
+     ["none/record.jsonl: the record cannot be written: No such file or directory\n"]),
 
     ("generate quotes", "generate --seed 7 --duration 5", 0, "<generated_quotes.txt>", [" rows from "]),
     ("generate depth", "generate --seed 7 --duration 2 --kind depth", 0, "<generated_depth.txt>", [" rows from "]),
@@ -230,13 +280,36 @@ def test_full_disk(program):
     require(b"standard output cannot be written" in result.stderr, result.stderr.decode())
 
 
+def read_record(path):
+    with open(path) as file:
+        return [json.loads(line) for line in file]
+
+
+def test_record_repeats_to_the_byte(program):
+    for path in ("one.jsonl", "two.jsonl"):
+        execute(program, ["run", "parent.lua", "worker.lua", "--data", "demo_quotes.csv.gz", "--record", path])
+    with open("one.jsonl", "rb") as one, open("two.jsonl", "rb") as two:
+        require(one.read() == two.read(), "the records differ")
+    entries = read_record("one.jsonl")
+    require([entry["sequence"] for entry in entries] == list(range(1, len(entries) + 1)), "a gap in the sequence")
+    require(len(entries) > 20 and entries[-1]["type"] == "jobStopped", repr(entries[-1]))
+
+
+def test_record_on_a_full_disk(program):
+    if not os.path.exists("/dev/full"):
+        return
+    result = execute(program, ["run", "tell.lua", "--data", "day.csv", "--record", "/dev/full"])
+    require(result.returncode == 2, f"exit status {result.returncode}")
+    require(b"/dev/full: the record cannot be written: No space left" in result.stderr, result.stderr.decode())
+
+
 def start_slow_run(program, **streams):
     """A run of which the first row comes at once and the next in an hour, a timer in half an hour."""
     with open("slow.csv", "w") as file:
         file.write(QUOTES + "20240108:14:30:00,A,99,1,101,2,,,\n20240108:15:30:00,A,98,1,,,,,\n")
     with open("slow.lua", "w") as file:
         file.write(TELL.replace("2000", "1800000"))
-    return subprocess.Popen([program, "run", "slow.lua", "--data", "slow.csv", "--speed", "1"],
+    return subprocess.Popen([program, "run", "slow.lua", "--data", "slow.csv", "--speed", "1", "--record", "slow.jsonl"],
                             stdin=subprocess.DEVNULL, **streams)
 
 
@@ -260,6 +333,8 @@ def test_interrupted(program):
         check_text("standard output", out.decode(), ["20240108:14:30:00.000  bye\n", END + "interrupted\n", "\nevents      1 quote\n"],
                    False)
         check_text("standard error", err.decode(), ["--- speed"], False)
+        require([entry["type"] for entry in read_record("slow.jsonl")] ==
+                ["timerStart", "jobStarted", "log", "log", "jobStopped"], "the record is not whole")
 
 
 def test_progress_on_a_terminal(program):

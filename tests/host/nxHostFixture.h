@@ -33,7 +33,17 @@ public:
         std::ofstream(_folder + name, std::ios::binary) << content;
         return _folder + name;
     }
-    void SetScript(const std::string& text) { options.script = Write("script.lua", text); }
+    void SetScript(const std::string& text)
+    {
+        options.jobs.clear();
+        AddJob("script", text);
+    }
+    void AddJob(const std::string& name, const std::string& text)
+    {
+        nxJobOptions& job = options.jobs.emplace_back();
+        job.script = Write(name + ".lua", text);
+        job.name = name;
+    }
     void AddModule(const std::string& name, const std::string& text)
     {
         options.modules.push_back(Write(name, text));
@@ -58,8 +68,8 @@ public:
         nxReplayServer server(options, outStream, errStream);
         const nxRunResult result = server.Run();
         statistics = server.GetStatistics();
-        out = _Hide(outStream.str());
-        err = _Hide(errStream.str());
+        out = Hide(outStream.str());
+        err = Hide(errStream.str());
         return result;
     }
     /** Runs, and gives what the script logged, a line each. */
@@ -81,6 +91,14 @@ public:
     /** What was told on standard error, without the speed. */
     std::string GetErrors() const { return err.substr(0, err.find("--- speed\n")); }
 
+    /** Without the folder and the minute, as in `out` and `err`. */
+    std::string Hide(std::string text) const
+    {
+        _Replace(text, _folder, "");
+        _Replace(text, Minute, "");
+        return text;
+    }
+
     nxRunOptions options;
     nxRunStatistics statistics;
     std::string out;
@@ -99,12 +117,5 @@ private:
         _Replace(rows, "@", Minute);
         options.data.push_back(Write(name, header + rows));
     }
-    std::string _Hide(std::string text) const
-    {
-        _Replace(text, _folder, "");
-        _Replace(text, Minute, "");
-        return text;
-    }
-
     std::string _folder;
 };

@@ -98,8 +98,8 @@ TEST(nxReplayServerFailures, AScriptWhoseEveryMessageDiffersDoesNotGrowTheSummar
         rows += "@00,A," + std::to_string(i) + ",1,,,,,\n";
     run.AddQuotes(rows);
     EXPECT_EQ(run.Run(), nxRunResult::ScriptFailed);
-    EXPECT_EQ(run.statistics.failures.size(), 100u);
-    EXPECT_EQ(run.statistics[nxCallback::OnPrice].failures, 500u);
+    EXPECT_EQ(run.statistics.jobs[0].failures.size(), 100u);
+    EXPECT_EQ(run.statistics.jobs[0][nxCallback::OnPrice].failures, 500u);
 }
 
 TEST(nxReplayServerFailures, AScriptThatDoesNotStart)

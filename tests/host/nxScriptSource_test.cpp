@@ -9,8 +9,8 @@ std::string Fail(nxHostRun& run)
 {
     run.AddQuotes("@00,A,1,1,,,,,\n");
     static_cast<void>(run.Run());
-    if (run.statistics.failures.empty()) return run.err.substr(0, run.err.find("--- speed"));
-    const nxScriptSource::Failure& what = run.statistics.failures[0].what;
+    if (run.statistics.jobs[0].failures.empty()) return run.err.substr(0, run.err.find("--- speed"));
+    const nxScriptSource::Failure& what = run.statistics.jobs[0].failures[0].what;
     return what.message + (what.location ? " | " + what.location->text : "");
 }
 
@@ -170,7 +170,8 @@ TEST(nxScriptSource, RefusesWhatIsNoScriptBeforeAnythingRuns)
     run.AddQuotes("@00,A,1,1,,,,,\n");
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        run.options.script = row.path;
+        run.options.jobs.assign(1, {});
+        run.options.jobs[0].script = row.path;
         EXPECT_EQ(run.Run(), nxRunResult::InputFailed);
         EXPECT_EQ(run.err, row.told);
         EXPECT_EQ(run.out, "");

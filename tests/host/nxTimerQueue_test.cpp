@@ -16,11 +16,17 @@ class Silence : public nxHostServices
     nxMarketProduct* FindMarket(const std::string&) override { return nullptr; }
     void Describe(nxHostProduct&) override {}
     void LogText(nxHostJob&, const std::string&) override {}
+    void Record(const nxHostJob&, const char*, nxRunRecord::Fields) override {}
     void StartTimer(nxHostJob&, const std::string&, unsigned int) override {}
     void StopTimer(nxHostJob&, const std::string&) override {}
     void NoteShutdown(nxHostJob&) override {}
     void NoteUnknownProduct(nxHostJob&, const std::string&) override {}
-    void NoteSubscription(nxHostProduct&) override {}
+    void NoteSubscription(nxHostJob&, nxHostProduct&) override {}
+    void NoteChange(nxHostJob&) override {}
+    std::vector<nxHostJob*> GetOtherJobs(const nxHostJob&) override { return {}; }
+    nxErrorEnum StopJob(nxHostJob&, const nxHostJob&) override { return {}; }
+    std::string GetDynamicParameter(const std::string&, const std::string&) override { return {}; }
+    void SetDynamicParameter(const std::string&, const std::string&, const std::string&) override {}
 };
 
 class nxTimerQueueTest : public ::testing::Test
@@ -40,8 +46,8 @@ protected:
     }
 
     Silence services;
-    nxHostJob job{services, "job"};
-    nxHostJob other{services, "other"};
+    nxHostJob job{services, {}, 0, "job"};
+    nxHostJob other{services, {}, 1, "other"};
     nxTimerQueue queue;
 };
 
@@ -84,6 +90,15 @@ TEST_F(nxTimerQueueTest, StopTakesOutThatTimerOnly)
     EXPECT_EQ(Take(1), "a 10");
     queue.Stop(job, "a");
     EXPECT_EQ(Take(4), "b 10, other:a 10, b 20, other:a 20");
+}
+
+TEST_F(nxTimerQueueTest, TiesOfSeveralJobsComeInTheOrderOfTheJobs)
+{
+    queue.Start(other, "a", 0, 10);
+    queue.Start(job, "z", 0, 10);
+    EXPECT_EQ(Take(4), "z 10, other:a 10, z 20, other:a 20");
+    queue.StopAll(job);
+    EXPECT_EQ(Take(2), "other:a 30, other:a 40");
 }
 
 TEST_F(nxTimerQueueTest, AnIntervalBeyondTheEndOfTimeIsNeverDue)

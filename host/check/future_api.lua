@@ -1,0 +1,63 @@
+-- The members that a script may name and that no bound class of this version has yet. An entry goes when its
+-- member lands; a test tells of those that were left behind. "rw" is a property that may be written.
+
+local function names(text)
+  local result = {}
+  for name in text:gmatch("%S+") do
+    result[name] = "r"
+  end
+  return result
+end
+
+checker.future = {
+  nxAlgoOrderObject = {
+    functions = names "work pull getHedgeID",
+    properties = names [[
+      id product price side hedgeCount volume working executed type exec time spreadSpec stopPrice zephrinID
+      exchangeID state icebergMinPeakSize icebergMaxPeakSize icebergThreshold bracketProfit bracketStopLoss
+      bracketStopLossType bracketStopLossLimit bracketStopLossTrailing bracketStopLossVolume isSpreadHedge
+      isSpreadWorking isCurrentJob parent averagePrice lastFillPrice lastFillVolume spreadWorkingOrder account
+      lastVorantUpdateTime lastExchangeFillTime originatingZephrinID qposition paidUp reference]],
+  },
+  nxAlgoOrderUpdateObject = {
+    functions = names "isSpreadUnbalanced",
+    properties = names [[
+      id side reference working volume price executed fillPrice fillVolume order error vorantUpdateTime
+      exchangeFillTime]],
+  },
+  nxAlgoOrderStateObject = {
+    functions = names "isWorking isPending isFilled isDeleted isFailed isPendingAmend isPendingCancel",
+    properties = {},
+  },
+  nxAlgoOrderCollectionObject = { functions = names "getOrder setFilter", properties = names "count" },
+  nxAlgoEventWindowObject = {
+    functions = names "start stop enableRegression",
+    properties = names [[
+      id min max averagePrice vwap range totaltraded stddev change averageVolume first last size slope]],
+  },
+  nxAlgoTickDataCollectionObject = {
+    functions = names "subscribe get createIndicator getIndicator",
+    properties = names "count period product realTime",
+  },
+  nxAlgoTickDataObject = {
+    functions = {},
+    properties = names "open close high low volume time timeValue collection",
+  },
+  nxAlgoIndicatorObject = { functions = names "getValue getRealTimeValue", properties = names "name type" },
+  nxAlgoDataSeriesObject = {
+    functions = names "add get clear average stddev covariance maxX maxY minX minY",
+    properties = names "size slope capacity",
+  },
+  nxAlgoDataStoreObject = { functions = names "add set get clear", properties = names "count" },
+  nxAlgoMatrixObject = {
+    functions = names "add subtract multiply transpose determinant inverse",
+    properties = {},
+  },
+  nxAlgoQuantObject = { functions = names "normcdf", properties = {} },
+  nxAlgoLibraryObject = { functions = names "call", properties = {} },
+}
+checker.future.nxAlgoOrderObject.properties.reference = "rw"
+checker.future.nxAlgoDataSeriesObject.properties.capacity = "rw"
+
+-- The globals that the engine does not bind yet, with their classes.
+checker.futureGlobals = { matrix = "nxAlgoMatrixObject", quant = "nxAlgoQuantObject" }

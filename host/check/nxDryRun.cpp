@@ -1,0 +1,85 @@
+#include "host/check/nxDryRun.h"
+
+#include "host/check/nxScriptCheckTexts.h"
+#include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/market/nxAlgoProductObject.h"
+
+namespace {
+
+constexpr std::size_t MemoryLimit = std::size_t{256} << 20;
+
+// A product about 100, one tick wide, with one level on either side of its book.
+class DryProduct : public nxAlgoProductObject
+{
+public:
+    DryProduct(nxAlgoJobInterface* job, const std::string& name, unsigned int id)
+        : nxAlgoProductObject(job, nxGenericProductID(name), id)
+    {
+        const nxDecimal tickSize(1, 100, 2);
+        SetName(name);
+        SetTickSize(tickSize);
+        SetPriceManipulator(nxPriceManipulator(tickSize));
+        SetPointValue(nxMoney(nxDecimal(1, 1, 0), nxCurrencyEnum()));
+    }
+
+protected:
+    void _GetPriceSnapshot(nxPrice& price) const override
+    {
+        price.SetBidPrice(_bid);
+        price.SetBidVolume(nxVolume(10));
+        price.SetAskPrice(_ask);
+        price.SetAskVolume(nxVolume(10));
+        price.SetLastPrice(_bid);
+        price.SetLastVolume(nxVolume(1));
+        price.SetTotalTradedVolume(nxVolume(1));
+        for (const auto set : {&nxPrice::SetOpenPrice, &nxPrice::SetHighPrice, &nxPrice::SetLowPrice,
+                               &nxPrice::SetClosePrice, &nxPrice::SetPreviousClosePrice,
+                               &nxPrice::SetSettlementPrice, &nxPrice::SetPreviousSettlementPrice})
+            (price.*set)(_bid);
+    }
+
+    void _GetDepthSnapshot(nxMarketDepth& depth) const override
+    {
+        depth.SetBid(_bid, nxVolume(10));
+        depth.SetAsk(_ask, nxVolume(10));
+    }
+
+private:
+    const nxDecimal _bid{9999, 100, 2};
+    const nxDecimal _ask{10000, 100, 2};
+};
+
+}  // namespace
+
+nxDryRun::nxDryRun() = default;
+
+// The script's finalizers may still ask for products.
+nxDryRun::~nxDryRun()
+{
+    _DeleteJob();
+}
+
+nxAlgoProductObject* nxDryRun::GetProduct(const std::string& productName)
+{
+    std::unique_ptr<nxAlgoProductObject>& product = _products[productName];
+    if (product == nullptr)
+        product =
+            std::make_unique<DryProduct>(this, productName, static_cast<unsigned int>(_products.size()));
+    return product.get();
+}
+
+std::optional<nxScriptSource::Failure> nxDryRun::Try(const nxScriptSource& source)
+{
+    nxAlgoJobObject& job = *_GetJob();
+    job.SetMemoryLimit(MemoryLimit);
+    if (!CheckScript(nxScriptCheckDryRunText())) return source.Explain(job.GetErrorText());
+    job.SetScriptHelper(source.GetHelper());
+    if (!CheckScript(source.GetText())) return source.Explain(job.GetErrorText());
+    _hasOnInit = job.IsFunctionDefined("OnInit");
+    if (!_hasOnInit) return std::nullopt;
+    _inOnInit = true;
+    const bool succeeded = Run();
+    _inOnInit = false;
+    if (succeeded) return std::nullopt;
+    return source.Explain(job.GetErrorText());
+}

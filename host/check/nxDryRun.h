@@ -1,0 +1,82 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/jobs/nxScriptSource.h"
+#include "scriptFramework/job/nxAlgoScriptValidator.h"
+#include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
+
+// Tries a script on a market that is not there: loads it and runs its OnInit. Any product exists and has a
+// price, subscriptions succeed, there is a selection, parameters and stores are not there, no other job runs.
+// Nothing the script does leaves it, and it ends after a while in any case. For one script and one thread.
+class nxDryRun : public nxAlgoScriptValidator
+{
+public:
+    nxDryRun();
+    ~nxDryRun() override;
+
+    // What stopped the script, told in its own files; null when OnInit came to its end, or when there is
+    // none.
+    [[nodiscard]] std::optional<nxScriptSource::Failure> Try(const nxScriptSource& source);
+    // Whether the script, once loaded, has a function OnInit.
+    bool HasOnInit() const { return _hasOnInit; }
+
+    nxAlgoProductObject* GetProduct(const std::string& productName) override;
+    nxErrorEnum SubscribePrice(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum UnsubscribePrice(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum SubscribeMarketDepth(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum UnsubscribeMarketDepth(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum SubscribeState(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum UnsubscribeState(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum SubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
+    nxErrorEnum UnsubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
+    nxAlgoVorantJobCollectionObject* GetVorantJobs() override { return &_jobs; }
+    nxAlgoOrderCollectionObject* GetJobOrders() override { return nullptr; }
+    nxVolume GetID() override { return nxVolume(1); }
+    bool SetParameter(const std::string&, const std::string&) override { return true; }
+    bool SendUserLog(const std::map<std::string, std::string>&, std::string&) override { return true; }
+    std::string GetTag() override { return {}; }
+    void SetOrderUserString(const std::string&) override {}
+    void SetOrderUserString2(const std::string&) override {}
+    std::string GetSelectedProduct() override { return "PRODUCT"; }
+    unsigned int GetSelectedVolume() const override { return 1; }
+    double GetSelectedPrice() const override { return 100.0; }
+    std::string GetSelectedSide() override { return "BUY"; }
+    unsigned int GetTransactionCount() override { return 0; }
+    nxAlgoDataSeriesObject* CreateDataSeries() override { return nullptr; }
+    nxAlgoDataStoreObject* GetDataStore(const std::string&, bool) override { return nullptr; }
+    void SendParameter(const std::string&, const std::string&, const std::string&) override {}
+    void SetEnableCrossProtection(bool) override {}
+    void SetShatterOnExit(bool) override {}
+    void SetDisableParentFills(bool) override {}
+    void OnTickData(nxAlgoTickDataObject&) override {}
+    nxAlgoLibraryObject* LoadLibrary(const std::string&) override { return nullptr; }
+    std::string GetAccount() override { return "ACCOUNT"; }
+    bool HasContext() override { return true; }
+    void SetReference(const std::string&) override {}
+    void SetDisableReport(bool) override {}
+    bool IsInOnInit() override { return _inOnInit; }
+    void SetEnablePandL(bool) override {}
+    nxDecimal GetPandL(const nxCurrencyEnum&) override { return nxDecimal(0, 1, 0); }
+    bool SetChartLine(const std::string&, const std::string&, double, unsigned int) override { return true; }
+    bool RemoveChartLine(const std::string&, const std::string&) override { return true; }
+
+private:
+    class NoJobs : public nxAlgoVorantJobCollectionObject
+    {
+    public:
+        using nxAlgoVorantJobCollectionObject::nxAlgoVorantJobCollectionObject;
+
+    protected:
+        unsigned int _GetCount() override { return 0; }
+        nxAlgoVorantJobObject* _GetVorantJob(unsigned int) override { return nullptr; }
+    };
+
+    NoJobs _jobs{this};
+    std::map<std::string, std::unique_ptr<nxAlgoProductObject>> _products;
+    bool _inOnInit = false;
+    bool _hasOnInit = false;
+};

@@ -1,0 +1,131 @@
+#include "host/check/nxScriptCheck.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <sstream>
+
+#include "host/check/nxDryRun.h"
+#include "host/jobs/nxScriptSource.h"
+
+namespace {
+
+constexpr const char* SyntaxCode = "syntax";
+constexpr const char* NoOnInitCode = "no-oninit";
+constexpr const char* DryRunCode = "dry-run";
+
+// The files as they stand in the assembled text, lines and all.
+std::vector<nxScriptAnalysis::File> SplitFiles(const nxScriptSource& source)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(source.GetText());
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(std::move(line));
+    std::vector<nxScriptAnalysis::File> files;
+    for (const nxScriptHelper::Module& module : source.GetHelper().modules) {
+        files.push_back({module.name, {}});
+        for (std::size_t line = module.firstLine;
+             line <= std::min<std::size_t>(module.lastLine, lines.size()); ++line)
+            files.back().text += lines[line - 1] + '\n';
+    }
+    return files;
+}
+
+bool HasCode(const std::vector<nxScriptFinding>& findings, const char* code)
+{
+    return std::ranges::any_of(findings,
+                               [code](const nxScriptFinding& finding) { return finding.code == code; });
+}
+
+}  // namespace
+
+bool nxScriptCheck::Run()
+{
+    nxScriptAnalyzer analyzer;
+    std::string error;
+    if (!analyzer.Load(error)) {
+        _failures.push_back(error);
+        return false;
+    }
+    for (const std::string& script : _options.scripts)
+        if (!_CheckJob(analyzer, script)) break;
+    std::ranges::sort(_findings);
+    const auto repeated = std::ranges::unique(_findings);
+    _findings.erase(repeated.begin(), repeated.end());
+    return _failures.empty();
+}
+
+// False when no further job can be checked either.
+bool nxScriptCheck::_CheckJob(nxScriptAnalyzer& analyzer, const std::string& script)
+{
+    nxScriptSource source;
+    std::vector<std::string> paths = _options.modules;
+    paths.push_back(script);
+    for (const std::string& path : paths) {
+        const std::optional<std::string> failure = source.Add(path);
+        if (!failure) continue;
+        _failures.push_back(*failure);
+        return path == script;  // a module is missing in each job
+    }
+
+    std::vector<nxScriptFinding> findings;
+    std::string error;
+    if (!analyzer.Analyze(SplitFiles(source), findings, error)) {
+        _failures.push_back(script + ": " + error);
+        return true;
+    }
+    if (_options.dryRun && !HasCode(findings, SyntaxCode)) _TryJob(source, script, findings);
+    _findings.insert(_findings.end(), findings.begin(), findings.end());
+    return true;
+}
+
+void nxScriptCheck::_TryJob(const nxScriptSource& source, const std::string& script,
+                            std::vector<nxScriptFinding>& findings)
+{
+    nxDryRun run;
+    const std::optional<nxScriptSource::Failure> failure = run.Try(source);
+    // The script itself knows better than its text, which may define OnInit in ways that cannot be read.
+    if (run.HasOnInit())
+        std::erase_if(findings, [](const nxScriptFinding& finding) { return finding.code == NoOnInitCode; });
+    else if (!failure && !HasCode(findings, NoOnInitCode))
+        findings.push_back({script, 1, 1, 0, NoOnInitCode,
+                            "the script defines no global function OnInit, so it cannot be started"});
+    if (!failure) return;
+
+    nxScriptFinding finding{script, 0, 0, 0, DryRunCode, failure->message};
+    if (failure->location) {
+        finding.file = failure->location->file;
+        finding.line = failure->location->line;
+        const std::string place = finding.file + ":" + std::to_string(finding.line) + ": ";
+        if (finding.message.starts_with(place)) finding.message.erase(0, place.size());
+    }
+    // What ends the run is often what has been found on that line already.
+    const auto isSamePlace = [&finding](const nxScriptFinding& other) {
+        return other.file == finding.file && other.line == finding.line && other.code != NoOnInitCode;
+    };
+    if (finding.line != 0 && std::ranges::any_of(findings, isSamePlace)) return;
+    finding.message = (run.HasOnInit() ? "OnInit fails: " : "loading fails: ") + finding.message;
+    findings.push_back(std::move(finding));
+}
+
+void nxScriptCheck::WriteText(std::ostream& out) const
+{
+    for (const nxScriptFinding& finding : _findings)
+        out << finding.file << ':' << finding.line << ':' << finding.column << ": " << finding.message
+            << '\n';
+}
+
+void nxScriptCheck::WriteJson(std::ostream& out) const
+{
+    nlohmann::ordered_json array = nlohmann::ordered_json::array();
+    for (const nxScriptFinding& finding : _findings) {
+        nlohmann::ordered_json object = {
+            {"file", finding.file}, {"line", finding.line}, {"column", finding.column}};
+        if (finding.endColumn != 0) object["endColumn"] = finding.endColumn;
+        object["code"] = finding.code;
+        object["message"] = finding.message;
+        array.push_back(std::move(object));
+    }
+    // Scripts need not be UTF-8.
+    out << array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}

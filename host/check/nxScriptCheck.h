@@ -1,0 +1,47 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "host/check/nxScriptAnalyzer.h"
+#include "host/check/nxScriptFinding.h"
+
+class nxScriptSource;
+
+struct nxScriptCheckOptions
+{
+    std::vector<std::string> scripts;  // each a job of its own
+    std::vector<std::string> modules;  // Lua files in front of each script
+    bool dryRun = true;                // also load each script and run its OnInit
+};
+
+// Checks scripts without a market: whether they compile, what is wrong in their text, and whether OnInit runs
+// through. For one thread.
+class nxScriptCheck
+{
+public:
+    explicit nxScriptCheck(nxScriptCheckOptions options) : _options(std::move(options)) {}
+
+    // False when a file could not be read or the checker cannot work; GetFailures tells. What could be
+    // checked has been all the same.
+    [[nodiscard]] bool Run();
+
+    // Sorted by file, line and column; each once.
+    const std::vector<nxScriptFinding>& GetFindings() const { return _findings; }
+    const std::vector<std::string>& GetFailures() const { return _failures; }
+
+    // A line each, "file:line:column: message".
+    void WriteText(std::ostream&) const;
+    // One array of objects with the names of the finding's fields; endColumn only where it is known.
+    void WriteJson(std::ostream&) const;
+
+private:
+    [[nodiscard]] bool _CheckJob(nxScriptAnalyzer& analyzer, const std::string& script);
+    static void _TryJob(const nxScriptSource& source, const std::string& script,
+                        std::vector<nxScriptFinding>& findings);
+
+    nxScriptCheckOptions _options;
+    std::vector<nxScriptFinding> _findings;
+    std::vector<std::string> _failures;
+};

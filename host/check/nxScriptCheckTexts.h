@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+// The Lua files of this folder, put in at build time.
+const std::string& nxScriptCheckApiText();
+const std::string& nxScriptCheckFutureApiText();
+const std::string& nxScriptCheckNamesText();
+const std::string& nxScriptCheckTypesText();
+const std::string& nxScriptCheckRulesText();
+const std::string& nxScriptCheckAnalyzeText();
+const std::string& nxScriptCheckProbeText();
+const std::string& nxScriptCheckDryRunText();

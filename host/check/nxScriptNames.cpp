@@ -1,0 +1,62 @@
+#include "host/check/nxScriptNames.h"
+
+#include "host/check/nxScriptCheckTexts.h"
+#include "host/jobs/nxQuietJobInterface.h"
+#include "scriptFramework/analytics/nxAlgoClockObject.h"
+#include "scriptFramework/analytics/nxAlgoDateObject.h"
+#include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/market/nxAlgoMarketDepthObject.h"
+#include "scriptFramework/market/nxAlgoPositionObject.h"
+#include "scriptFramework/market/nxAlgoPriceObject.h"
+#include "scriptFramework/market/nxAlgoPriceTradeVolumesObject.h"
+#include "scriptFramework/market/nxAlgoProductObject.h"
+#include "scriptFramework/market/nxAlgoStateObject.h"
+#include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
+#include "scriptFramework/supervision/nxAlgoVorantJobObject.h"
+
+namespace {
+
+template <class T>
+std::string Describe()
+{
+    std::string text = std::string("checker.bound.") + T::className + " = { functions = {";
+    for (const auto* row = T::Functions; row->name != nullptr; ++row)
+        text += std::string(row->name) + "=true,";
+    text += "}, properties = {";
+    for (const auto* row = T::Properties; row->name != nullptr; ++row)
+        text += std::string(row->name) + (row->setter == nullptr ? "=\"r\"," : "=\"rw\",");
+    return text + "} }\n";
+}
+
+template <class... T>
+std::string DescribeAll()
+{
+    return (Describe<T>() + ...);
+}
+
+// Collects what the probe logs.
+class ProbeHost : public nxQuietJobInterface
+{
+public:
+    void LogText(const std::string& text) override { lines += text + "\n"; }
+
+    std::string lines;
+};
+
+}  // namespace
+
+std::string nxScriptNamesText()
+{
+    ProbeHost host;
+    {
+        nxAlgoJobObject job(&host);
+        if (!job.LoadScript(nxScriptCheckProbeText()).IsSuccess() || !job.StartJob().IsSuccess()) return {};
+    }
+    return "checker.bound = {}\n"
+           "environment = { registered = {}, standard = {}, removed = {}, bound = {} }\n" +
+           DescribeAll<nxAlgoPositionObject, nxAlgoPriceObject, nxAlgoMarketDepthObject, nxAlgoJobObject,
+                       nxAlgoProductObject, nxAlgoClockObject, nxAlgoStateObject,
+                       nxAlgoVorantJobCollectionObject, nxAlgoVorantJobObject, nxAlgoPriceTradeVolumesObject,
+                       nxAlgoDateObject>() +
+           host.lines;
+}

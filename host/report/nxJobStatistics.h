@@ -1,0 +1,88 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/jobs/nxScriptSource.h"
+
+// The callbacks that the reference host delivers, in the order of the report.
+enum class nxCallback {
+    OnInit,
+    OnPrice,
+    OnMarketDepth,
+    OnProductState,
+    OnTimer,
+    OnParameter,
+    OnJobParametersChanged,
+    OnVorantJobNew,
+    OnVorantJobStarted,
+    OnVorantJobStopped,
+    OnVorantJobStatusUpdate,
+    OnVorantJobUpdate,
+    OnShutdown,
+    Count
+};
+
+inline constexpr std::array<const char*, static_cast<std::size_t>(nxCallback::Count)> nxCallbackNames = {
+    "OnInit",
+    "OnPrice",
+    "OnMarketDepth",
+    "OnProductState",
+    "OnTimer",
+    "OnParameter",
+    "OnJobParametersChanged",
+    "OnVorantJobNew",
+    "OnVorantJobStarted",
+    "OnVorantJobStopped",
+    "OnVorantJobStatusUpdate",
+    "OnVorantJobUpdate",
+    "OnShutdown",
+};
+
+constexpr const char* nxGetCallbackName(nxCallback callback)
+{
+    return nxCallbackNames[static_cast<std::size_t>(callback)];
+}
+
+// What one job of a run counted. Everything but the times is a function of scripts, data, options and seed.
+struct nxJobStatistics
+{
+    struct Callback
+    {
+        bool defined = false;  // by the script
+        unsigned long long count = 0;
+        unsigned long long failures = 0;
+        long long nanoseconds = 0;
+    };
+    // One way in which the script failed; the same text again only counts.
+    struct Failure
+    {
+        nxScriptSource::Failure what;
+        std::optional<nxCallback> callback;  // none: while the script was loaded
+        std::optional<long long> firstTime;  // recorded, in nanoseconds since 1970; none in data without rows
+        unsigned long long count;
+    };
+
+    std::string name;
+    std::string end;  // why it ended
+    std::array<Callback, nxCallbackNames.size()> callbacks;
+    std::vector<Failure> failures;
+    std::string nothingDelivered;  // why no event reached the script; empty when one did
+
+    Callback& operator[](nxCallback callback) { return callbacks[static_cast<std::size_t>(callback)]; }
+    const Callback& operator[](nxCallback callback) const
+    {
+        return callbacks[static_cast<std::size_t>(callback)];
+    }
+    bool IsAnyDelivered() const
+    {
+        for (std::size_t i = 0; i < callbacks.size(); ++i) {
+            const auto callback = static_cast<nxCallback>(i);
+            const bool isEvent = callback != nxCallback::OnInit && callback != nxCallback::OnShutdown;
+            if (isEvent && callbacks[i].count != 0) return true;
+        }
+        return false;
+    }
+};

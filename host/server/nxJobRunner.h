@@ -1,0 +1,66 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxScriptSource.h"
+#include "host/report/nxJobStatistics.h"
+
+// One job of a run: its script's source, its way from the start to the end, and the accounts of what was
+// delivered to it. Owned by the server, used on the replay's thread; the statistics outlive it.
+class nxJobRunner
+{
+public:
+    nxJobRunner(nxHostServices& services, const nxJobOptions& options, unsigned int index,
+                const std::string& logName, nxScriptSource source, nxJobStatistics& statistics)
+        : _source(std::move(source)), _statistics(statistics), _job(services, options, index, logName)
+    {
+    }
+
+    nxHostJob& GetJob() { return _job; }
+    const nxScriptSource& GetSource() const { return _source; }
+    nxJobStatistics& GetStatistics() { return _statistics; }
+
+    // Both false on a failure, of which the job object knows the text.
+    [[nodiscard]] bool Load(std::size_t memoryLimit);
+    // Runs OnInit, which the script must define.
+    [[nodiscard]] bool Start();
+    void NoteDefinedCallbacks();
+
+    // Calls the script and accounts for it. False: the script failed. A script that does not define the
+    // callback is not called; it may come to define it later, from inside another one.
+    template <class Entry, class... Arguments>
+    [[nodiscard]] bool Call(nxCallback callback, Entry entry, Arguments&... arguments)
+    {
+        nxJobStatistics::Callback& counted = _statistics[callback];
+        if (!counted.defined) {
+            counted.defined = _job.GetObject().IsFunctionDefined(nxGetCallbackName(callback));
+            if (!counted.defined) return true;
+        }
+        const auto start = std::chrono::steady_clock::now();
+        const nxErrorEnum error = (_job.GetObject().*entry)(arguments...);
+        counted.nanoseconds += std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
+        ++counted.count;
+        if (error.IsSuccess()) return true;
+        ++counted.failures;
+        return false;
+    }
+
+    // The end of the job is wanted when the running callback has returned. The first reason holds.
+    void AskEnd(const std::string& reason);
+    bool IsEndAsked() const { return !_over && !_endReason.empty(); }
+    const std::string& GetEndReason() const { return _endReason; }
+    // The job has ended, or is just about to run its OnShutdown: it gets no further events.
+    bool IsOver() const { return _over; }
+    void SetOver() { _over = true; }
+
+    std::string unknownProduct;  // the last one that the script asked for and nobody knows
+
+private:
+    nxScriptSource _source;
+    nxJobStatistics& _statistics;
+    std::string _endReason;
+    bool _over = false;
+    nxHostJob _job;
+};

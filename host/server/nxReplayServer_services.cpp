@@ -1,0 +1,114 @@
+// What the server does for its jobs while their scripts run.
+
+#include <algorithm>
+#include <string_view>
+
+#include "host/feed/nxFeedTime.h"
+#include "host/server/nxReplayServer.h"
+
+nxMarketProduct* nxReplayServer::FindMarket(const std::string& name)
+{
+    const nxFeedProductTable& products = _feed.GetProducts();
+    for (unsigned int i = 0; i < products.GetCount(); ++i)
+        if (products.Get(i).GetName() == name) return &_GetMarket(i).product;
+    return nullptr;
+}
+
+void nxReplayServer::Describe(nxHostProduct& product)
+{
+    for (const auto& market : _markets) {
+        if (market == nullptr || &market->product != &product.GetMarket()) continue;
+        product.Describe(market->tickSize);
+    }
+    for (const nxProductDescription& description : _options.products) {
+        if (description.name != product.GetMarket().GetName()) continue;
+        product.SetExchange(description.exchange);
+        if (description.pointValue.IsValid())
+            product.SetPointValue(nxMoney(description.pointValue, description.currency));
+    }
+}
+
+void nxReplayServer::NoteSubscription(nxHostJob& job, nxHostProduct& product)
+{
+    for (const auto& market : _markets)
+        if (market != nullptr && &market->product == &product.GetMarket())
+            market->subscribers[job.GetIndex()] = &product;
+}
+
+void nxReplayServer::LogText(nxHostJob& job, const std::string& text)
+{
+    _progress.Erase();
+    constexpr std::size_t toMilliseconds = std::string_view("YYYYMMDD:HH:MM:SS.mmm").size();
+    const std::string stamp = _hasTime ? nxFeedTime::GetAsString(_time.Get()) : std::string();
+    _out << std::string_view(stamp).substr(0, toMilliseconds) << "  ";
+    if (!_IsAlone()) _out << job.GetLogPrefix();
+    _out << text << "\n";
+}
+
+void nxReplayServer::Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields)
+{
+    if (!_record.IsOpen()) return;
+    const auto time =
+        _hasTime ? std::optional(nxFeedTime::GetAsString(_time.Get())) : std::optional<std::string>();
+    _record.Write(time, job.GetName(), type, fields);
+    if (_record.HasFailed()) _EndRun("the record cannot be written");
+}
+
+void nxReplayServer::StartTimer(nxHostJob& job, const std::string& name, unsigned int milliseconds)
+{
+    constexpr long long nanosecondsPerMillisecond = 1'000'000;
+    // A job that is ending hears no timer.
+    if (!_GetRunner(job).IsOver())
+        _timers.Start(job, name, _time.Get(), milliseconds * nanosecondsPerMillisecond);
+}
+
+void nxReplayServer::StopTimer(nxHostJob& job, const std::string& name)
+{
+    _timers.Stop(job, name);
+}
+
+void nxReplayServer::NoteShutdown(nxHostJob& job)
+{
+    _GetRunner(job).AskEnd("the script shut down");
+    _isUnsettled = true;
+}
+
+void nxReplayServer::NoteChange(nxHostJob&)
+{
+    _isUnsettled = true;
+}
+
+void nxReplayServer::NoteUnknownProduct(nxHostJob& job, const std::string& name)
+{
+    _GetRunner(job).unknownProduct = name;
+}
+
+std::vector<nxHostJob*> nxReplayServer::GetOtherJobs(const nxHostJob& job)
+{
+    std::vector<nxHostJob*> others;
+    for (const auto& runner : _runners)
+        if (&runner->GetJob() != &job) others.push_back(&runner->GetJob());
+    return others;
+}
+
+nxErrorEnum nxReplayServer::StopJob(nxHostJob& job, const nxHostJob& by)
+{
+    Record(by, "stop", {{"name", job.GetName()}});
+    nxJobRunner& runner = _GetRunner(job);
+    if (runner.IsOver()) return nxError_GeneralFailure;
+    runner.AskEnd("stopped by " + by.GetName());
+    _isUnsettled = true;
+    return {};
+}
+
+std::string nxReplayServer::GetDynamicParameter(const std::string& tag, const std::string& name)
+{
+    const auto found = _board.find({tag, name});
+    return found == _board.end() ? std::string() : found->second;
+}
+
+void nxReplayServer::SetDynamicParameter(const std::string& tag, const std::string& name,
+                                         const std::string& value)
+{
+    _board[{tag, name}] = value;
+}

@@ -1,0 +1,11 @@
+function OnInit()
+  job:startTimer("tick")
+  job:logText("bid", 99)
+  job:setChartLine("a", "b", 1)
+  local product = job:getProduct()
+  product:subscribe("all")
+  job:logText(product:getLeg(1, 2).name)
+  job:sendParameter(unpack({ 1, 2, 3 }))
+  job:stopTimer("tick", unpack({}))
+  job:stopTimer("a", "b", unpack({}))
+end

@@ -1,0 +1,3 @@
+function Oninit()
+  job:logText("never")
+end

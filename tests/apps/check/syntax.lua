@@ -1,0 +1,5 @@
+function OnInit()
+  if job:hasContext() then
+    job:logText("a"
+  end
+end

@@ -1,0 +1,4 @@
+-- Columns count characters, not bytes.
+function OnInit()
+  local text = "größer" job:logTxt(text)
+end
