@@ -9,7 +9,7 @@ int main(int argc, char** argv)
 {
     CLI::App app(
         "Runs trading algorithms written in Lua 5.1 over recorded market data.\n"
-        "Exit status: 0 done, 1 the script failed, 2 bad input or usage.",
+        "Exit status: 0 done, 1 a script failed or check found something, 2 bad input or usage.",
         "algoserver");
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", NX_VERSION);
@@ -33,6 +33,6 @@ int main(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr << "algoserver: no command; there are run and generate. Try 'algoserver --help'.\n";
+    std::cerr << "algoserver: no command; there are run, check and generate. Try 'algoserver --help'.\n";
     return 2;
 }

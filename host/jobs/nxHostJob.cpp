@@ -47,55 +47,74 @@ nxAlgoProductObject* nxHostJob::GetProduct(const std::string& productName)
     return product.get();
 }
 
-nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, int price, int depth, int state)
+nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, std::initializer_list<nxMarketEvent> events,
+                             int change)
 {
     auto& product = static_cast<nxHostProduct&>(*object);  // every product of the job is one
-    product.wantsPrice += price;
-    product.wantsDepth += depth;
-    product.wantsState += state;
-    if (price > 0 || depth > 0 || state > 0) {
+    for (const nxMarketEvent event : events) {
+        if (!product.Want(event, change)) continue;
         _subscribed = true;
-        _services.NoteSubscription(*this, product);
+        _services.NoteSubscription(*this, product, event);
     }
     return {};
 }
 
 nxErrorEnum nxHostJob::SubscribePrices(nxAlgoProductObject* product)
 {
-    return _Want(product, 1, 1, 0);
+    return _Want(product, {nxMarketEvent::Price, nxMarketEvent::Depth}, 1);
 }
 
 nxErrorEnum nxHostJob::UnsubscribePrices(nxAlgoProductObject* product)
 {
-    return _Want(product, -1, -1, 0);
+    return _Want(product, {nxMarketEvent::Price, nxMarketEvent::Depth}, -1);
 }
 
 nxErrorEnum nxHostJob::SubscribePrice(nxAlgoProductObject* product)
 {
-    return _Want(product, 1, 0, 0);
+    return _Want(product, {nxMarketEvent::Price}, 1);
 }
 
 nxErrorEnum nxHostJob::UnsubscribePrice(nxAlgoProductObject* product)
 {
-    return _Want(product, -1, 0, 0);
+    return _Want(product, {nxMarketEvent::Price}, -1);
 }
 
 nxErrorEnum nxHostJob::SubscribeMarketDepth(nxAlgoProductObject* product)
 {
-    return _Want(product, 0, 1, 0);
+    return _Want(product, {nxMarketEvent::Depth}, 1);
 }
 
 nxErrorEnum nxHostJob::UnsubscribeMarketDepth(nxAlgoProductObject* product)
 {
-    return _Want(product, 0, -1, 0);
+    return _Want(product, {nxMarketEvent::Depth}, -1);
 }
 
 nxErrorEnum nxHostJob::SubscribeState(nxAlgoProductObject* product)
 {
-    return _Want(product, 0, 0, 1);
+    return _Want(product, {nxMarketEvent::State}, 1);
 }
 
 nxErrorEnum nxHostJob::UnsubscribeState(nxAlgoProductObject* product)
 {
-    return _Want(product, 0, 0, -1);
+    return _Want(product, {nxMarketEvent::State}, -1);
+}
+
+nxErrorEnum nxHostJob::SubscribePriceTradeVolumes(nxAlgoProductObject* product)
+{
+    return _Want(product, {nxMarketEvent::TradeVolumes}, 1);
+}
+
+nxErrorEnum nxHostJob::UnsubscribePriceTradeVolumes(nxAlgoProductObject* product)
+{
+    return _Want(product, {nxMarketEvent::TradeVolumes}, -1);
+}
+
+nxErrorEnum nxHostJob::SubscribePositions(nxAlgoProductObject* product)
+{
+    return _Want(product, {nxMarketEvent::Position}, 1);
+}
+
+nxErrorEnum nxHostJob::UnsubscribePositions(nxAlgoProductObject* product)
+{
+    return _Want(product, {nxMarketEvent::Position}, -1);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -69,6 +70,10 @@ public:
     nxErrorEnum UnsubscribeMarketDepth(nxAlgoProductObject*) override;
     nxErrorEnum SubscribeState(nxAlgoProductObject*) override;
     nxErrorEnum UnsubscribeState(nxAlgoProductObject*) override;
+    nxErrorEnum SubscribePriceTradeVolumes(nxAlgoProductObject*) override;
+    nxErrorEnum UnsubscribePriceTradeVolumes(nxAlgoProductObject*) override;
+    nxErrorEnum SubscribePositions(nxAlgoProductObject*) override;
+    nxErrorEnum UnsubscribePositions(nxAlgoProductObject*) override;
 
     void LogText(const std::string& text) override;
     void SendUserState(const nxLogLevelEnum& level, const std::string& text) override;
@@ -118,7 +123,7 @@ public:
 
 private:
     // Adds to what the product's events are wanted for.
-    nxErrorEnum _Want(nxAlgoProductObject* product, int price, int depth, int state);
+    nxErrorEnum _Want(nxAlgoProductObject* product, std::initializer_list<nxMarketEvent> events, int change);
     void _SendUserText(const char* type, void (nxVorantJobStatus::*set)(const std::string&),
                        const std::string& (nxVorantJobStatus::*get)() const, const std::string& text);
     void _RecordFlag(const char* name, bool on);

@@ -5,7 +5,8 @@ nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& mar
       _market(market),
       _priceEvent(job, &market.GetPrice(), &market.GetPriceUpdate(), id),
       _depthEvent(job, &market.GetDepth(), id),
-      _stateEvent(job, id)
+      _stateEvent(job, id),
+      _positionEvent(job, id)
 {
     SetName(market.GetName());
 }
@@ -22,6 +23,12 @@ nxAlgoStateObject& nxHostProduct::GetStateEvent()
 {
     _stateEvent.SetState(_market.GetState());
     return _stateEvent;
+}
+
+nxAlgoPositionObject& nxHostProduct::GetPositionEvent()
+{
+    _positionEvent.SetPosition(_GetPosition());
+    return _positionEvent;
 }
 
 void nxHostProduct::Describe(const nxDecimal& tickSize)

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <array>
+
 #include "host/exchange/nxMarketProduct.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
+
+// What a script can subscribe to.
+enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, Count };
 
 // A product of the reference host, one for each job that asked for it: the script's product over the replayed
 // market. Owned by its job. The objects that its events hand to the script live as long as the product, so a
@@ -20,10 +25,23 @@ public:
     // Also the rule by which prices of scripts are rounded.
     void Describe(const nxDecimal& tickSize);
 
+    // The volumes traded by price: what the market has at the time of the subscription, then each change.
+    nxAlgoPriceTradeVolumesObject& GetTradeVolumesEvent() { return _GetPriceTradeVolumes(); }
+    void UpdateTradeVolumes(const nxPriceTradeVolumes& update)
+    {
+        _GetPriceTradeVolumes().UpdatePriceTradeVolumes(update);
+    }
+    nxAlgoPositionObject& GetPositionEvent();
+
     // Which events the job is to get; counted, since two subscriptions can ask for the same.
-    int wantsPrice = 0;
-    int wantsDepth = 0;
-    int wantsState = 0;
+    bool Wants(nxMarketEvent event) const { return _wanted[static_cast<std::size_t>(event)] > 0; }
+    // True when the first subscription to the event begins.
+    bool Want(nxMarketEvent event, int change)
+    {
+        int& wanted = _wanted[static_cast<std::size_t>(event)];
+        wanted += change;
+        return change > 0 && wanted == change;
+    }
 
 protected:
     void _GetPriceSnapshot(nxPrice& price) const override { price = _market.GetPrice(); }
@@ -35,4 +53,6 @@ private:
     nxAlgoPriceObject _priceEvent;
     nxAlgoMarketDepthObject _depthEvent;
     nxAlgoStateObject _stateEvent;
+    nxAlgoPositionObject _positionEvent;
+    std::array<int, static_cast<std::size_t>(nxMarketEvent::Count)> _wanted{};
 };

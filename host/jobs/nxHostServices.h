@@ -8,6 +8,7 @@
 
 class nxHostJob;
 class nxHostProduct;
+enum class nxMarketEvent;
 class nxMarketProduct;
 
 // What a job needs of the server around it. Calls come on the replay's thread, from inside a callback.
@@ -29,7 +30,7 @@ public:
     virtual void NoteChange(nxHostJob& job) = 0;
     virtual void NoteUnknownProduct(nxHostJob& job, const std::string& name) = 0;
     // A script asked for a product's events.
-    virtual void NoteSubscription(nxHostJob& job, nxHostProduct& product) = 0;
+    virtual void NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event) = 0;
     // The jobs of the run in their order, without the one that asks.
     virtual std::vector<nxHostJob*> GetOtherJobs(const nxHostJob& job) = 0;
     // Ends a job when the running callback has returned. An error for one that has ended.

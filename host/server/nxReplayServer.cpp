@@ -113,7 +113,8 @@ void nxReplayServer::_Replay()
     constexpr unsigned int progressInterval = 4096;
     unsigned int untilProgress = progressInterval;
     while (_next != nullptr) {
-        if (std::min(_nextChangeTime, _timers.GetNextTime()) <= _next->time) _RunDue(_next->time);
+        if (std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()}) <= _next->time)
+            _RunDue(_next->time);
         if (_options.speed > 0.0) _WaitFor(_next->time);
         if (_IsEnding()) break;
         _SetTime(_next->time);
@@ -144,7 +145,8 @@ void nxReplayServer::_Finish()
         _end = "the data ended";
         // By index: a script may ask for one more product while it hears of this.
         for (std::size_t i = 0; i < _markets.size(); ++i)
-            if (_markets[i] != nullptr) _SetState(*_markets[i], nxAlgoStateObject::Closed);
+            if (_markets[i] != nullptr && _markets[i]->hours.IsEmpty())
+                _SetState(*_markets[i], nxAlgoStateObject::Closed);
         const std::size_t late = _options.changes.size() - _nextChange;
         if (late != 0)
             _statistics.remarks.push_back(std::to_string(late) + (late == 1
@@ -216,6 +218,16 @@ nxReplayServer::Market& nxReplayServer::_GetMarket(unsigned int index)
     if (market == nullptr) {
         const nxFeedProduct& known = _feed.GetProducts().Get(index);
         market = std::make_unique<Market>(known.GetName(), known.GetTickSize(), _runners.size());
+        for (const nxProductDescription& description : _options.products)
+            if (description.name == known.GetName()) market->hours = description.tradingHours;
+        if (!market->hours.IsEmpty()) {
+            // Nobody has subscribed to it yet, so nobody is told.
+            market->nextState = market->hours.GetNextChange(_time.Get());
+            _nextStateTime = std::min(_nextStateTime, market->nextState);
+            const bool isOpen = market->hours.IsOpen(_time.Get());
+            static_cast<void>(
+                market->product.SetState(isOpen ? nxAlgoStateObject::Open : nxAlgoStateObject::Closed));
+        }
     }
     return *market;
 }
@@ -230,17 +242,21 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
         for (nxHostProduct* product : market.subscribers)
             if (product != nullptr) product->Describe(market.tickSize);
     }
-    _SetState(market, nxAlgoStateObject::Open);
+    if (market.hours.IsEmpty()) _SetState(market, nxAlgoStateObject::Open);
     switch (event.kind) {
         case nxFeedKind::Quote:
             ++(event.quote.IsTrade() ? _statistics.trades : _statistics.quotes);
             market.product.ApplyQuote(event.quote, event.time);
+            _UpdateTradeVolumes(market);
             _DeliverPrice(market);
+            _DeliverTradeVolumes(market);
             break;
         case nxFeedKind::Bar:
             ++_statistics.bars;
             market.product.ApplyBar(event.bar, event.time);
+            _UpdateTradeVolumes(market);
             _DeliverPrice(market);
+            _DeliverTradeVolumes(market);
             break;
         case nxFeedKind::Depth:
             ++_statistics.depthChanges;
@@ -255,11 +271,11 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
     }
 }
 
-// Timers and changed parameters, in the order of their times; on equal times the parameters come first.
+// Changed parameters, trading hours and timers, in the order of their times, on equal times in this one.
 void nxReplayServer::_RunDue(long long until)
 {
     while (!_IsEnding()) {
-        const long long due = std::min(_nextChangeTime, _timers.GetNextTime());
+        const long long due = std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()});
         if (due > until || due == nxTimerQueue::Never) return;
         if (_options.speed > 0.0) _WaitFor(due);
         if (_IsEnding()) return;
@@ -267,6 +283,8 @@ void nxReplayServer::_RunDue(long long until)
         _SetTime(std::max(due, _time.Get()));
         if (due == _nextChangeTime) {
             _ApplyChanges();
+        } else if (due == _nextStateTime) {
+            _FollowHours();
         } else {
             _RunTimer();
         }
@@ -311,32 +329,75 @@ void nxReplayServer::_ApplyChanges()
                      &nxAlgoJobObject::OnJobParametersChanged);
 }
 
-void nxReplayServer::_DeliverPrice(Market& market)
+template <class Entry, class Event>
+void nxReplayServer::_DeliverMarket(Market& market, nxMarketEvent kind, nxCallback callback, Entry entry,
+                                    Event event)
 {
     for (std::size_t i = 0; i < market.subscribers.size() && !_IsEnding(); ++i) {
         nxHostProduct* const product = market.subscribers[i];
-        if (product != nullptr && product->wantsPrice > 0)
-            _Deliver(nxCallback::OnPrice, *_runners[i], &nxAlgoJobObject::OnPrice, product->GetPriceEvent());
+        if (product != nullptr && product->Wants(kind))
+            _Deliver(callback, *_runners[i], entry, event(*product));
     }
+}
+
+void nxReplayServer::_DeliverPrice(Market& market)
+{
+    _DeliverMarket(
+        market, nxMarketEvent::Price, nxCallback::OnPrice, &nxAlgoJobObject::OnPrice,
+        [](nxHostProduct & product) -> auto& { return product.GetPriceEvent(); });
 }
 
 void nxReplayServer::_DeliverDepth(Market& market)
 {
-    for (std::size_t i = 0; i < market.subscribers.size() && !_IsEnding(); ++i) {
-        nxHostProduct* const product = market.subscribers[i];
-        if (product != nullptr && product->wantsDepth > 0)
-            _Deliver(nxCallback::OnMarketDepth, *_runners[i], &nxAlgoJobObject::OnMarketDepth,
-                     product->GetDepthEvent());
-    }
+    _DeliverMarket(
+        market, nxMarketEvent::Depth, nxCallback::OnMarketDepth, &nxAlgoJobObject::OnMarketDepth,
+        [](nxHostProduct & product) -> auto& { return product.GetDepthEvent(); });
+}
+
+// Before anybody hears of the event, so that all see the same.
+void nxReplayServer::_UpdateTradeVolumes(Market& market)
+{
+    market.hasTradeVolumes = false;
+    const auto wants = [](const nxHostProduct* product) {
+        return product != nullptr && product->Wants(nxMarketEvent::TradeVolumes);
+    };
+    if (std::ranges::none_of(market.subscribers, wants)) return;
+    nxPriceTradeVolumes update;
+    market.hasTradeVolumes = market.product.GetTradeVolumesUpdate(update);
+    if (!market.hasTradeVolumes) return;
+    for (nxHostProduct* product : market.subscribers)
+        if (wants(product)) product->UpdateTradeVolumes(update);
+}
+
+void nxReplayServer::_DeliverTradeVolumes(Market& market)
+{
+    if (!market.hasTradeVolumes) return;
+    _DeliverMarket(
+        market, nxMarketEvent::TradeVolumes, nxCallback::OnPriceTradeVolumes,
+        &nxAlgoJobObject::OnPriceTradeVolumes,
+        [](nxHostProduct & product) -> auto& { return product.GetTradeVolumesEvent(); });
 }
 
 void nxReplayServer::_SetState(Market& market, unsigned int bits)
 {
     if (!market.product.SetState(bits)) return;
-    for (std::size_t i = 0; i < market.subscribers.size() && !_IsEnding(); ++i) {
-        nxHostProduct* const product = market.subscribers[i];
-        if (product != nullptr && product->wantsState > 0)
-            _Deliver(nxCallback::OnProductState, *_runners[i], &nxAlgoJobObject::OnProductState,
-                     product->GetStateEvent());
+    _DeliverMarket(
+        market, nxMarketEvent::State, nxCallback::OnProductState, &nxAlgoJobObject::OnProductState,
+        [](nxHostProduct & product) -> auto& { return product.GetStateEvent(); });
+}
+
+// Opens and closes the markets whose hours say so now, and finds out when they do next.
+void nxReplayServer::_FollowHours()
+{
+    const long long now = _time.Get();
+    // By index: a script may ask for one more product while it hears of this.
+    for (std::size_t i = 0; i < _markets.size() && !_IsEnding(); ++i) {
+        Market* const market = _markets[i].get();
+        if (market == nullptr || market->nextState > now) continue;
+        market->nextState = market->hours.GetNextChange(now);
+        _SetState(*market, market->hours.IsOpen(now) ? nxAlgoStateObject::Open : nxAlgoStateObject::Closed);
     }
+    _nextStateTime = nxTimerQueue::Never;
+    for (const auto& market : _markets)
+        if (market != nullptr) _nextStateTime = std::min(_nextStateTime, market->nextState);
 }

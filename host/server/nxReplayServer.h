@@ -46,6 +46,9 @@ private:
 
         nxMarketProduct product;
         nxDecimal tickSize;
+        nxTradingHours hours;                       // empty: open from its first row on
+        bool hasTradeVolumes = false;               // the latest event changed them
+        long long nextState = nxTimerQueue::Never;  // when these change its state
         std::vector<nxHostProduct*> subscribers;  // by the index of the job; null: the job asked for nothing
     };
     // What a job is told of another one that it watches.
@@ -75,8 +78,15 @@ private:
     void _RunTimer();
     void _FindNextChange();
     void _ApplyChanges();
+    void _FollowHours();
+    void _UpdateTradeVolumes(Market& market);
+    // To each job that subscribed to it: entry with what `event` gives of the job's product.
+    template <class Entry, class Event>
+    void _DeliverMarket(Market& market, nxMarketEvent kind, nxCallback callback, Entry entry, Event event);
     void _DeliverPrice(Market& market);
     void _DeliverDepth(Market& market);
+    void _DeliverTradeVolumes(Market& market);
+    void _DeliverPositions();
     void _SetState(Market& market, unsigned int bits);
     Market& _GetMarket(unsigned int index);
 
@@ -123,7 +133,7 @@ private:
     void NoteShutdown(nxHostJob& job) override;
     void NoteChange(nxHostJob& job) override;
     void NoteUnknownProduct(nxHostJob& job, const std::string& name) override;
-    void NoteSubscription(nxHostJob& job, nxHostProduct& product) override;
+    void NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event) override;
     std::vector<nxHostJob*> GetOtherJobs(const nxHostJob& job) override;
     nxErrorEnum StopJob(nxHostJob& job, const nxHostJob& by) override;
     std::string GetDynamicParameter(const std::string& tag, const std::string& name) override;
@@ -139,6 +149,7 @@ private:
     const nxFeedEvent* _next = nullptr;
     std::size_t _nextChange = 0;  // of _options.changes
     long long _nextChangeTime = 0;
+    long long _nextStateTime = nxTimerQueue::Never;  // of the markets' trading hours
     nxTimerQueue _timers;
     nxRunRecord _record;
     std::map<std::pair<std::string, std::string>, std::string> _board;  // by tag and name
@@ -147,7 +158,8 @@ private:
     std::vector<std::unique_ptr<nxJobRunner>> _runners;  // behind the markets, which their products look at
     std::size_t _jobsToGo = 0;                           // that have not ended
     std::deque<News> _news;
-    bool _isUnsettled = false;  // a callback left something for _Settle
+    std::deque<std::pair<nxJobRunner*, nxHostProduct*>> _positions;  // to be told of
+    bool _isUnsettled = false;                                       // a callback left something for _Settle
     bool _isSettling = false;
     std::string _end;
     nxRunResult _result = nxRunResult::Done;

@@ -157,10 +157,20 @@ void nxReplayServer::_Settle(nxJobRunner& runner)
     if (!_isSettling) _DeliverNews();
 }
 
+// A subscription to positions begins with the one of now.
+void nxReplayServer::_DeliverPositions()
+{
+    for (; !_positions.empty() && !_IsEnding(); _positions.pop_front()) {
+        const auto [runner, product] = _positions.front();
+        _Deliver(nxCallback::OnPosition, *runner, &nxAlgoJobObject::OnPosition, product->GetPositionEvent());
+    }
+}
+
 void nxReplayServer::_DeliverNews()
 {
     _isSettling = true;
     _EndAskedJobs();
+    _DeliverPositions();
     for (std::size_t delivered = 0; !_news.empty() && !_IsEnding(); ++delivered) {
         const News news = _news.front();
         _news.pop_front();
@@ -177,6 +187,7 @@ void nxReplayServer::_DeliverNews()
             NewsEntries, [&](const auto& known) { return known.callback == news.callback; });
         _Deliver(news.callback, *news.watcher, entry->entry, *news.subject);
         _EndAskedJobs();
+        _DeliverPositions();
     }
     _news.clear();
     _isSettling = false;
@@ -215,19 +226,19 @@ std::string nxReplayServer::_ExplainNothing(nxJobRunner& runner, bool isEarly) c
     for (const auto& [name, product] : job.GetProducts()) {
         if (!reason.empty()) break;
         const nxFeedProduct* known = _feed.GetProducts().Find(name);
-        const auto lacks = [&](nxCallback callback, int wanted) {
-            return wanted > 0 && !runner.GetStatistics()[callback].defined;
+        const auto lacks = [&](nxCallback callback, bool wanted) {
+            return wanted && !runner.GetStatistics()[callback].defined;
         };
         if (known == nullptr || !HasRows(*known)) {
             reason = "the data holds nothing of product " + name + "; it holds " + names;
-        } else if (lacks(nxCallback::OnPrice, product->wantsPrice)) {
+        } else if (lacks(nxCallback::OnPrice, product->Wants(nxMarketEvent::Price))) {
             reason = "the script subscribed to the prices of " + name + " but defines no function OnPrice";
-        } else if (lacks(nxCallback::OnMarketDepth, product->wantsDepth)) {
+        } else if (lacks(nxCallback::OnMarketDepth, product->Wants(nxMarketEvent::Depth))) {
             reason =
                 "the script subscribed to the depth of " + name + " but defines no function OnMarketDepth";
-        } else if (product->wantsDepth > 0) {
+        } else if (product->Wants(nxMarketEvent::Depth)) {
             reason = "the script subscribed to the depth of " + name + ", of which the data holds none";
-        } else if (lacks(nxCallback::OnProductState, product->wantsState)) {
+        } else if (lacks(nxCallback::OnProductState, product->Wants(nxMarketEvent::State))) {
             reason =
                 "the script subscribed to the state of " + name + " but defines no function OnProductState";
         }

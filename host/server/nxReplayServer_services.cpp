@@ -28,11 +28,17 @@ void nxReplayServer::Describe(nxHostProduct& product)
     }
 }
 
-void nxReplayServer::NoteSubscription(nxHostJob& job, nxHostProduct& product)
+void nxReplayServer::NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event)
 {
     for (const auto& market : _markets)
         if (market != nullptr && &market->product == &product.GetMarket())
             market->subscribers[job.GetIndex()] = &product;
+    if (event == nxMarketEvent::TradeVolumes)
+        product.UpdateTradeVolumes(product.GetMarket().GetTradeVolumes());
+    if (event == nxMarketEvent::Position) {
+        _positions.emplace_back(&_GetRunner(job), &product);
+        _isUnsettled = true;
+    }
 }
 
 void nxReplayServer::LogText(nxHostJob& job, const std::string& text)

@@ -96,12 +96,12 @@ END = "\nend         "
 # Name, arguments, exit status, texts that standard output holds (a name in angle brackets: it is that golden
 # file), texts that standard error holds. None: it is empty.
 CASES = [
-    ("help", "--help", 0, ["Exit status: 0 done, 1 the script failed, 2 bad input", "run ", "generate "], None),
+    ("help", "--help", 0, ["Exit status: 0 done, 1 a script failed or check found something, 2 bad input", "run ", "generate "], None),
     ("help of run", "run --help", 0, ["run [OPTIONS] SCRIPT... --data FILE...", "--on-error", "(an empty cell: unchanged)"], None),
     ("help of generate", "generate --help", 0, ["--seed", "bytes on every machine"], None),
     ("version", "--version", 0, ["0."], None),
-    ("no arguments", "", 2, None, ["no command; there are run and generate. Try 'algoserver --help'."]),
-    ("unknown command", "walk", 2, None, ["not expected: walk", "there are run and generate"]),
+    ("no arguments", "", 2, None, ["no command; there are run, check and generate. Try 'algoserver --help'."]),
+    ("unknown command", "walk", 2, None, ["not expected: walk", "there are run, check and generate"]),
     ("wrong flag", "run tell.lua --data day.csv --frob", 2, None, ["not expected: --frob", "algoserver run --help"]),
     ("wrong flag in front", "--frob run tell.lua --data day.csv", 2, None, ["not expected: --frob"]),
     ("no data", "run tell.lua", 2, None, ["--data is required"]),

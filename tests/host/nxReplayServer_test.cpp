@@ -172,6 +172,58 @@ function OnShutdown() log("end", a.state:isOpen(), a.state:isClosed()) end)");
 )");
 }
 
+// Also where the data hold no row at that time, and quotes from outside the hours open nothing.
+TEST_F(nxReplayServerTest, TradingHoursOpenAndCloseTheMarketAtTheirTimes)
+{
+    SetScript(R"(
+function OnInit() a = job:getProduct("A") a:subscribeState() a:subscribePrice() log(a.state:isOpen()) end
+function OnProductState(s) log(s:isOpen() and "open" or "closed") end
+function OnPrice(p) log(p.bidPrice, a.state:isOpen()) end)");
+    nxProductDescription product;
+    product.name = "A";
+    ASSERT_EQ(nxTradingHours::SetFromText("14:31-14:32", product.tradingHours), nullptr);
+    run.options.products = {product};
+    run.AddQuotes("@30,A,1,1,,,,,\n20240108:14:31:00,A,2,1,,,,,\n20240108:14:32:30,A,4,1,,,,,\n");
+    EXPECT_EQ(run.RunForLog(), R"(30.000  false
+30.000  1 false
+20240108:14:31:00.000  open
+20240108:14:31:00.000  2 true
+20240108:14:32:00.000  closed
+20240108:14:32:30.000  4 false
+)");
+}
+
+TEST_F(nxReplayServerTest, TradedVolumesBeginWithWhatTheMarketHasAndFollowTheTrades)
+{
+    SetScript(R"(
+function OnInit() a = job:getProduct("A") a:subscribePrice() end
+local function show(v) local t = {} for i = 1, v.count do t[i] = table.concat({v:getPriceVolumeAtIndex(i)}, "x") end return table.concat(t, " ") end
+function OnPrice(p)
+  if p.bidPrice == 2 then a:subscribePriceTradeVolumes() end
+  log("price", show(a.priceTradeVolumes))
+end
+function OnPriceTradeVolumes(v) log(v.id, show(v), v:getVolumeAtPrice(10)) end)");
+    run.AddQuotes(
+        "@00,A,1,1,,,10,3,BUY\n@01,A,2,1,,,,,\n@02,A,,,,,10,2,BUY\n@03,A,3,1,,,,,\n@04,A,,,,,11,1,SELL\n");
+    EXPECT_EQ(run.RunForLog(), R"(00.000  price 
+01.000  price 10x3
+02.000  price 10x5
+02.000  1 10x5 5
+03.000  price 10x5
+04.000  price 10x5 11x1
+04.000  1 10x5 11x1 5
+)");
+}
+
+TEST_F(nxReplayServerTest, ASubscriptionToPositionsBeginsWithTheOneOfNow)
+{
+    SetScript(R"(
+function OnInit() a = job:getProduct("A") a:subscribePositions() a:subscribePositions() log("started") end
+function OnPosition(p) log(p.id, p.totalNet, p.openPos) end)");
+    run.AddQuotes("@00,A,1,1,,,,,\n");
+    EXPECT_EQ(run.RunForLog(), "00.000  started\n00.000  1 0 0\n");
+}
+
 TEST_F(nxReplayServerTest, AProductMetWhileTheMarketsCloseDoesNoHarm)
 {
     SetScript(R"(

@@ -21,7 +21,7 @@ class Silence : public nxHostServices
     void StopTimer(nxHostJob&, const std::string&) override {}
     void NoteShutdown(nxHostJob&) override {}
     void NoteUnknownProduct(nxHostJob&, const std::string&) override {}
-    void NoteSubscription(nxHostJob&, nxHostProduct&) override {}
+    void NoteSubscription(nxHostJob&, nxHostProduct&, nxMarketEvent) override {}
     void NoteChange(nxHostJob&) override {}
     std::vector<nxHostJob*> GetOtherJobs(const nxHostJob&) override { return {}; }
     nxErrorEnum StopJob(nxHostJob&, const nxHostJob&) override { return {}; }
