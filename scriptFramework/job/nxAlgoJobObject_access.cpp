@@ -21,8 +21,8 @@ bool nxAlgoJobObject::getExistingOrder(nxLuaParameters& parameters, nxLuaResults
     if (parameters.Count() == 0) return results.Fail("getExistingOrder requires 1 argument [orderID]");
     const unsigned int id = parameters.Parameter(1).GetUnsigned();
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Get Existing Order ID : ", id);
-    // An error with an empty text, which is kept: scripts count on it not being nil.
     nxAlgoOrderObject* order = GetJob()->GetOrder(id);
+    // An error with an empty text, which is kept: scripts count on it not being nil.
     if (order == nullptr) return false;
     results.AddObject(order);
     return true;
