@@ -118,6 +118,7 @@ TEST_F(nxAlgoOrderObjectTest, WorkPullAndHedgesFailWithTheHostsReasonOrTheirOwn)
     script.host.lastError = "old";
     EXPECT_EQ(script.Evaluate("it:work(5) it:pull()"), "");
     EXPECT_TRUE(order.changes.GetVolume().IsNoChange());
+    EXPECT_EQ(order.locks, "oooooo");
 }
 
 TEST_F(nxAlgoOrderObjectTest, WorkLogsTheOrderAndItsParametersBeforeTheHostIsAsked)
