@@ -121,6 +121,46 @@ nxErrorEnum nxAlgoJobObject::OnMarketDepth(nxAlgoMarketDepthObject& depth)
     return _Deliver(&nxAlgoScriptEngine::OnMarketDepth, depth);
 }
 
+nxErrorEnum nxAlgoJobObject::OnOrderFill(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderFill, update);
+}
+
+nxErrorEnum nxAlgoJobObject::OnOrderNew(nxAlgoOrderObject& order)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderNew, order);
+}
+
+nxErrorEnum nxAlgoJobObject::OnOrderWorking(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderWorking, update);
+}
+
+nxErrorEnum nxAlgoJobObject::OnOrderRejected(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderRejected, update);
+}
+
+nxErrorEnum nxAlgoJobObject::OnOrderCancelled(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderCancelled, update);
+}
+
+nxErrorEnum nxAlgoJobObject::OnOrderCompleted(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderCompleted, update);
+}
+
+nxErrorEnum nxAlgoJobObject::OnOrderAmendRejected(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderAmendRejected, update);
+}
+
+nxErrorEnum nxAlgoJobObject::OnOrderCancelRejected(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderCancelRejected, update);
+}
+
 nxErrorEnum nxAlgoJobObject::OnProductState(nxAlgoStateObject& state)
 {
     return _Deliver(&nxAlgoScriptEngine::OnProductState, state);
@@ -184,6 +224,11 @@ nxErrorEnum nxAlgoJobObject::OnJobStatusUpdate(nxAlgoVorantJobObject& job)
 nxErrorEnum nxAlgoJobObject::OnJobUpdate(nxAlgoVorantJobObject& job)
 {
     return _Deliver(&nxAlgoScriptEngine::OnVorantJobUpdate, job);
+}
+
+nxErrorEnum nxAlgoJobObject::OnOrderQPosition(nxAlgoOrderObject& order)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnOrderQPosition, order);
 }
 
 nxErrorEnum nxAlgoJobObject::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& volumes)

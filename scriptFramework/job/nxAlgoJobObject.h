@@ -59,6 +59,14 @@ public:
     // callback has not asked for the event. Arguments need to live as long as the script may hold them.
     [[nodiscard]] nxErrorEnum OnPrice(nxAlgoPriceObject&);
     [[nodiscard]] nxErrorEnum OnMarketDepth(nxAlgoMarketDepthObject&);
+    [[nodiscard]] nxErrorEnum OnOrderFill(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderNew(nxAlgoOrderObject&);
+    [[nodiscard]] nxErrorEnum OnOrderWorking(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderRejected(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderCancelled(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderCompleted(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderAmendRejected(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderCancelRejected(nxAlgoOrderUpdateObject&);
     [[nodiscard]] nxErrorEnum OnProductState(nxAlgoStateObject&);
     [[nodiscard]] nxErrorEnum OnParameter(const std::string& name, const std::string& value,
                                           const std::string& tag);
@@ -74,6 +82,7 @@ public:
     [[nodiscard]] nxErrorEnum OnJobStopped(nxAlgoVorantJobObject&);
     [[nodiscard]] nxErrorEnum OnJobStatusUpdate(nxAlgoVorantJobObject&);
     [[nodiscard]] nxErrorEnum OnJobUpdate(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnOrderQPosition(nxAlgoOrderObject&);
     [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
 
     bool getParameter(nxLuaParameters&, nxLuaResults&);

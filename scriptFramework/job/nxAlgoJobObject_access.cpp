@@ -2,6 +2,8 @@
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
+#include "scriptFramework/orders/nxAlgoOrderCollectionObject.h"
+#include "scriptFramework/orders/nxAlgoOrderObject.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
 
 bool nxAlgoJobObject::getProduct(nxLuaParameters& parameters, nxLuaResults& results)
@@ -19,22 +21,27 @@ bool nxAlgoJobObject::getExistingOrder(nxLuaParameters& parameters, nxLuaResults
     if (parameters.Count() == 0) return results.Fail("getExistingOrder requires 1 argument [orderID]");
     const unsigned int id = parameters.Parameter(1).GetUnsigned();
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Get Existing Order ID : ", id);
+    nxAlgoOrderObject* order = GetJob()->GetOrder(id);
     // An error with an empty text, which is kept: scripts count on it not being nil.
-    if (GetJob()->GetOrder(id) == nullptr) return false;
-    return results.Fail("getExistingOrder is not available in this version");
+    if (order == nullptr) return false;
+    results.AddObject(order);
+    return true;
 }
 
+// Here and in the next two a null is wrapped as it comes: its functions do nothing and its properties are
+// nil.
 bool nxAlgoJobObject::getOrders(nxLuaParameters&, nxLuaResults& results)
 {
-    return results.Fail("getOrders is not available in this version");
+    results.AddObject(GetJob()->GetOrders());
+    return true;
 }
 
 bool nxAlgoJobObject::getJobOrders(nxLuaParameters&, nxLuaResults& results)
 {
-    return results.Fail("getJobOrders is not available in this version");
+    results.AddObject(GetJob()->GetJobOrders());
+    return true;
 }
 
-// A null is wrapped as it comes: its functions do nothing and its properties are nil.
 bool nxAlgoJobObject::getVorantJobs(nxLuaParameters&, nxLuaResults& results)
 {
     results.AddObject(GetJob()->GetVorantJobs());

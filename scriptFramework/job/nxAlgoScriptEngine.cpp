@@ -11,6 +11,9 @@
 #include "scriptFramework/market/nxAlgoPriceTradeVolumesObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/market/nxAlgoStateObject.h"
+#include "scriptFramework/orders/nxAlgoOrderCollectionObject.h"
+#include "scriptFramework/orders/nxAlgoOrderObject.h"
+#include "scriptFramework/orders/nxAlgoOrderUpdateObject.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobObject.h"
 
@@ -39,12 +42,16 @@ void nxAlgoScriptEngine::_RegisterCustomObjects()
 {
     lua_State* L = _GetState();
     nxLuaWrapper<nxAlgoPositionObject>::Register(L);
+    nxLuaWrapper<nxAlgoOrderUpdateObject>::Register(L);
+    nxLuaWrapper<nxAlgoOrderObject>::Register(L);
     nxLuaWrapper<nxAlgoPriceObject>::Register(L);
     nxLuaWrapper<nxAlgoMarketDepthObject>::Register(L);
     nxLuaWrapper<nxAlgoJobObject>::Register(L);
     nxLuaWrapper<nxAlgoProductObject>::Register(L);
+    nxLuaWrapper<nxAlgoOrderCollectionObject>::Register(L);
     nxLuaWrapper<nxAlgoClockObject>::Register(L);
     nxLuaWrapper<nxAlgoStateObject>::Register(L);
+    nxLuaWrapper<nxAlgoOrderStateObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobCollectionObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobObject>::Register(L);
     nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::Register(L);
@@ -125,6 +132,46 @@ nxErrorEnum nxAlgoScriptEngine::OnMarketDepth(nxAlgoMarketDepthObject& depth)
     return _Deliver(_onMarketDepth, depth, "OnMarketDepth failed. Error : ");
 }
 
+nxErrorEnum nxAlgoScriptEngine::OnOrderFill(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(_onOrderFill, update, "OnOrderFill failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnOrderNew(nxAlgoOrderObject& order)
+{
+    return _Deliver(_onOrderNew, order, "OnOrderNew failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnOrderWorking(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(_onOrderWorking, update, "OnOrderWorking failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnOrderRejected(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(_onOrderRejected, update, "OnOrderRejected failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnOrderCancelled(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(_onOrderCancelled, update, "OnOrderCancelled failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnOrderCompleted(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(_onOrderCompleted, update, "OnOrderCompleted failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnOrderAmendRejected(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(_onOrderAmendRejected, update, "OnOrderAmendRejected failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnOrderCancelRejected(nxAlgoOrderUpdateObject& update)
+{
+    return _Deliver(_onOrderCancelRejected, update, "OnOrderCancelRejected failed. Error : ");
+}
+
 nxErrorEnum nxAlgoScriptEngine::OnProductState(nxAlgoStateObject& state)
 {
     return _Deliver(_onProductState, state, "OnProductState failed. Error : ");
@@ -188,6 +235,11 @@ nxErrorEnum nxAlgoScriptEngine::OnVorantJobStatusUpdate(nxAlgoVorantJobObject& j
 nxErrorEnum nxAlgoScriptEngine::OnVorantJobUpdate(nxAlgoVorantJobObject& job)
 {
     return _Deliver(_onVorantJobUpdate, job, "OnVorantJobUpdate failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnOrderQPosition(nxAlgoOrderObject& order)
+{
+    return _Deliver(_onOrderQPosition, order, "OnOrderQPosition failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& volumes)

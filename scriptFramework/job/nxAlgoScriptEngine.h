@@ -12,6 +12,8 @@ class nxAlgoClockObject;
 class nxAlgoDateObject;
 class nxAlgoJobObject;
 class nxAlgoMarketDepthObject;
+class nxAlgoOrderObject;
+class nxAlgoOrderUpdateObject;
 class nxAlgoPositionObject;
 class nxAlgoPriceObject;
 class nxAlgoPriceTradeVolumesObject;
@@ -39,6 +41,14 @@ public:
 
     [[nodiscard]] nxErrorEnum OnPrice(nxAlgoPriceObject&);
     [[nodiscard]] nxErrorEnum OnMarketDepth(nxAlgoMarketDepthObject&);
+    [[nodiscard]] nxErrorEnum OnOrderFill(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderNew(nxAlgoOrderObject&);
+    [[nodiscard]] nxErrorEnum OnOrderWorking(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderRejected(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderCancelled(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderCompleted(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderAmendRejected(nxAlgoOrderUpdateObject&);
+    [[nodiscard]] nxErrorEnum OnOrderCancelRejected(nxAlgoOrderUpdateObject&);
     [[nodiscard]] nxErrorEnum OnProductState(nxAlgoStateObject&);
     [[nodiscard]] nxErrorEnum OnParameter(const std::string& name, const std::string& value,
                                           const std::string& tag);
@@ -52,6 +62,7 @@ public:
     [[nodiscard]] nxErrorEnum OnVorantJobStopped(nxAlgoVorantJobObject&);
     [[nodiscard]] nxErrorEnum OnVorantJobStatusUpdate(nxAlgoVorantJobObject&);
     [[nodiscard]] nxErrorEnum OnVorantJobUpdate(nxAlgoVorantJobObject&);
+    [[nodiscard]] nxErrorEnum OnOrderQPosition(nxAlgoOrderObject&);
     [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
 
     void SetClockSpeed(double speed);

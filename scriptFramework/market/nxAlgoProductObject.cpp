@@ -169,11 +169,6 @@ bool nxAlgoProductObject::subscribePriceTradeVolumes(nxLuaParameters&, nxLuaResu
     return true;
 }
 
-bool nxAlgoProductObject::createOrder(nxLuaParameters&, nxLuaResults& results)
-{
-    return results.Fail("createOrder is not available in this version");
-}
-
 bool nxAlgoProductObject::createTradeWindow(nxLuaParameters&, nxLuaResults& results)
 {
     return results.Fail("createTradeWindow is not available in this version");

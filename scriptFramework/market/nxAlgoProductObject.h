@@ -103,6 +103,8 @@ protected:
     virtual nxDecimal _GetOwnBestBid() const { return nxDecimal::GetNullDecimal(); }
     virtual double _GetDayPandL() const { return 0.0; }
     virtual double _GetTotalPandL() const { return 0.0; }
+    // Null refuses. The host owns the order and keeps it as long as the script can reach it. The texts are of
+    // createOrder's vocabulary, exec may be empty; which combinations make sense is for the host to judge.
     virtual nxAlgoOrderObject* _CreateOrder(const std::string& side, const std::string& type,
                                             const std::string& exec, const std::string& time,
                                             const std::string& spreadSpec, const std::string& spreadInstance);

@@ -2,6 +2,7 @@
 
 #include "tests/support/nxRecordingLog.h"
 #include "tests/support/nxScriptJob.h"
+#include "tests/support/nxTestOrder.h"
 
 namespace {
 
@@ -28,7 +29,6 @@ TEST(nxAlgoJobObjectAccess, GetProductAsksTheHost)
 
 TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
 {
-    const std::string orderMissing = "error: getExistingOrder is not available in this version";
     const std::string storeMissing = "error: getDataStore is not available in this version";
     const struct
     {
@@ -39,10 +39,11 @@ TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
     } rows[] = {
         {"job:getExistingOrder()", "error: getExistingOrder requires 1 argument [orderID]", "", ""},
         {"job:getExistingOrder(13)", "error: ", "GetOrder(13)", "32 [test] Get Existing Order ID : 13\n"},
-        {"job:getExistingOrder(2 ^ 32 + 12, 'x')", orderMissing, "GetOrder(12)",
+        {"job:getExistingOrder({})",
+         "error: bad argument #1 to 'getExistingOrder' (number expected, got table)", "", ""},
+        {"job:getExistingOrder(2 ^ 32 + 12, 'x').type", "'LIMIT'", "GetOrder(12)",
          "32 [test] Get Existing Order ID : 12\n"},
-        {"job:getOrders(1)", "error: getOrders is not available in this version", "", ""},
-        {"job:getJobOrders()", "error: getJobOrders is not available in this version", "", ""},
+        {"job:getOrders(1).count, job:getJobOrders({}).count", "1 0", "", ""},
         {"job:createDataSeries()", "error: createDataSeries is not available in this version", "", ""},
         {"job:getDataStore('a', 1)",
          "error: bad argument #2 to 'getDataStore' (boolean expected, got number)", "", ""},
@@ -56,6 +57,12 @@ TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
         {"job:getVorantJobs('x').count, job:getVorantJobs():getVorantJob(1)", "nil", "", ""},
     };
     nxScriptJob script;
+    nxTestOrder order(&script.host, &script.AddProduct("FDAX", 3));
+    nxTestOrderCollection all(&script.host, {&order});
+    nxTestOrderCollection own(&script.host, {});
+    script.host.order12 = &order;
+    script.host.orders = &all;
+    script.host.jobOrders = &own;
     nxRecordingLog log;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.code);

@@ -5,10 +5,13 @@
 #include <functional>
 #include <thread>
 
+#include "base/log/nxLogManager.h"
 #include "base/records/nxMarketDepth.h"
 #include "base/records/nxPrice.h"
+#include "scriptFramework/orders/nxAlgoOrderUpdateObject.h"
 #include "tests/support/nxRecordingLog.h"
 #include "tests/support/nxScriptJob.h"
+#include "tests/support/nxTestOrder.h"
 #include "tests/support/nxTestVorantJob.h"
 
 namespace {
@@ -32,6 +35,25 @@ Callback WatchedJob(const std::string& name)
     return {name, deliver, "id 6", name + " failed. Error : "};
 }
 
+template <auto Entry>
+Callback OfOrder(const std::string& name)
+{
+    const auto deliver = [](nxAlgoJobObject& job, nxAlgoJobInterface* host) {
+        nxTestOrder order(host);
+        if constexpr (std::is_invocable_v<decltype(Entry), nxAlgoJobObject&, nxTestOrder&>) {
+            return (job.*Entry)(order);
+        } else {
+            // The making logs a line of its own.
+            const nxLogLevelEnum level = nxLogManager::GetLevel();
+            nxLogManager::SetLevel(nxLogLevel::Error);
+            nxAlgoOrderUpdateObject update(host, &order, nullptr, nxTimeStamp());
+            nxLogManager::SetLevel(level);
+            return (job.*Entry)(update);
+        }
+    };
+    return {name, deliver, "id 1", name + " failed. Error : "};
+}
+
 const Callback Callbacks[] = {
     {"OnPrice",
      [](auto& job, auto* host) {
@@ -47,6 +69,14 @@ const Callback Callbacks[] = {
          return job.OnMarketDepth(object);
      },
      "id 2", "OnMarketDepth failed. Error : "},
+    OfOrder<&nxAlgoJobObject::OnOrderFill>("OnOrderFill"),
+    OfOrder<&nxAlgoJobObject::OnOrderNew>("OnOrderNew"),
+    OfOrder<&nxAlgoJobObject::OnOrderWorking>("OnOrderWorking"),
+    OfOrder<&nxAlgoJobObject::OnOrderRejected>("OnOrderRejected"),
+    OfOrder<&nxAlgoJobObject::OnOrderCancelled>("OnOrderCancelled"),
+    OfOrder<&nxAlgoJobObject::OnOrderCompleted>("OnOrderCompleted"),
+    OfOrder<&nxAlgoJobObject::OnOrderAmendRejected>("OnOrderAmendRejected"),
+    OfOrder<&nxAlgoJobObject::OnOrderCancelRejected>("OnOrderCancelRejected"),
     {"OnProductState",
      [](auto& job, auto* host) {
          nxAlgoStateObject object(host, 3);
@@ -73,6 +103,7 @@ const Callback Callbacks[] = {
     WatchedJob<&nxAlgoJobObject::OnJobStopped>("OnVorantJobStopped"),
     WatchedJob<&nxAlgoJobObject::OnJobStatusUpdate>("OnVorantJobStatusUpdate"),
     WatchedJob<&nxAlgoJobObject::OnJobUpdate>("OnVorantJobUpdate"),
+    OfOrder<&nxAlgoJobObject::OnOrderQPosition>("OnOrderQPosition"),
     {"OnPriceTradeVolumes",
      [](auto& job, auto* host) {
          nxAlgoPriceTradeVolumesObject object(host, 5);

@@ -185,6 +185,7 @@ TEST_F(nxAlgoProductObjectTest, AProductThatOverridesNothingStillAnswers)
                 {"q.state:isOpen(), q.position.totalNet, q.priceTradeVolumes.count", "false 0 0"},
                 {"q.ownBestBid, q.ownBestAsk, q.dayPandL, q.totalPandL, q.noLegs", "nil nil 0 0 0"},
                 {"q:setFlattenOnExit(true)", ""},
+                {"q:createOrder('BUY', 'LIMIT')", "error: createOrder Failed"},
                 {"q:getLeg(1)", "nil"}});
 }
 
@@ -203,7 +204,7 @@ TEST_F(nxAlgoProductObjectTest, SetFlattenOnExitTakesOneBoolean)
 
 TEST_F(nxAlgoProductObjectTest, FactoriesOfLaterVersionsSaySo)
 {
-    for (const char* function : {"createOrder", "createTradeWindow", "createTickDataCollection"})
+    for (const char* function : {"createTradeWindow", "createTickDataCollection"})
         EXPECT_EQ(script.Evaluate(std::string("p:") + function + "{}"),
                   std::string("error: ") + function + " is not available in this version");
 }

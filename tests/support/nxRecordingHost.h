@@ -24,9 +24,13 @@ public:
     std::string refusal;  // not empty: SetParameter, SendUserLog and the chart lines are refused, with it
     bool hasContext = false;
     bool inOnInit = false;
+    std::string lastError;  // what GetError answers
     nxDecimal pandL;
     std::map<std::string, std::unique_ptr<nxVorantParameter>> parameters;
     nxAlgoVorantJobCollectionObject* vorantJobs = nullptr;
+    nxAlgoOrderObject* order12 = nullptr;  // the only order that GetOrder knows
+    nxAlgoOrderCollectionObject* orders = nullptr;
+    nxAlgoOrderCollectionObject* jobOrders = nullptr;
     // Last, since their destructors call this host.
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> products;
 
@@ -70,9 +74,12 @@ public:
     const std::string& GetLogPrefix() const override { return logPrefix; }
 
     nxAlgoVorantJobCollectionObject* GetVorantJobs() override { return vorantJobs; }
-    // Only the order 12 and the store "old" exist, and creating gives a store: something not null, for the
-    // objects themselves are not there yet.
     nxAlgoOrderObject* GetOrder(unsigned int id) override;
+    nxAlgoOrderCollectionObject* GetOrders() override { return orders; }
+    nxAlgoOrderCollectionObject* GetJobOrders() override { return jobOrders; }
+    std::string GetError() override { return lastError; }
+    // Only the store "old" exists, and creating gives a store: something not null, for the objects themselves
+    // are not there yet.
     nxAlgoDataStoreObject* GetDataStore(const std::string& name, bool create) override;
     nxVorantParameter* GetParameter(const std::string& id) const override;
     bool SetParameter(const std::string& name, const std::string& value) override;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "scriptFramework/market/nxAlgoProductObject.h"
@@ -15,13 +16,15 @@ public:
 
     nxPrice price;
     nxMarketDepth depth;
-    unsigned int state = 0;
+    std::atomic<unsigned int> state = 0;
     nxDecimal ownBestBid;
     nxDecimal ownBestAsk;
     double dayPandL = 0.0;
     double totalPandL = 0.0;
     bool isStrategy = false;
-    std::string flattened;  // one letter for each call of setFlattenOnExit: t or f
+    nxAlgoOrderObject* order = nullptr;  // what createOrder answers
+    std::string created;                 // the six texts of each createOrder, each ended by a bar
+    std::string flattened;               // one letter for each call of setFlattenOnExit: t or f
 
     using nxAlgoProductObject::_GetDPForAverages;
     using nxAlgoProductObject::_GetPosition;
@@ -32,11 +35,19 @@ public:
 protected:
     void _GetPriceSnapshot(nxPrice& record) const override { record = price; }
     void _GetDepthSnapshot(nxMarketDepth& record) const override { record = depth; }
-    void _GetState(nxProductStateBitMask& mask) const override { mask |= state; }
+    void _GetState(nxProductStateBitMask& mask) const override { mask |= state.load(); }
     nxDecimal _GetOwnBestAsk() const override { return ownBestAsk; }
     nxDecimal _GetOwnBestBid() const override { return ownBestBid; }
     double _GetDayPandL() const override { return dayPandL; }
     double _GetTotalPandL() const override { return totalPandL; }
+    nxAlgoOrderObject* _CreateOrder(const std::string& side, const std::string& type, const std::string& exec,
+                                    const std::string& time, const std::string& spreadSpec,
+                                    const std::string& spreadInstance) override
+    {
+        for (const std::string* text : {&side, &type, &exec, &time, &spreadSpec, &spreadInstance})
+            created += *text + "|";
+        return order;
+    }
     void _SetFlattenOnExit(bool flatten) override { flattened += flatten ? 't' : 'f'; }
     bool _IsStrategy() const override { return isStrategy; }
 };

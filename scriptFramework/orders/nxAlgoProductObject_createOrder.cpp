@@ -1,0 +1,102 @@
+#include <algorithm>
+#include <initializer_list>
+#include <string_view>
+
+#include "base/log/nxLogMessage.h"
+#include "scriptFramework/market/nxAlgoProductObject.h"
+#include "scriptFramework/orders/nxAlgoOrderObject.h"
+
+namespace {
+
+bool IsOneOf(std::string_view text, std::initializer_list<std::string_view> vocabulary)
+{
+    return std::ranges::find(vocabulary, text) != vocabulary.end();
+}
+
+// What a script asks for, as texts of a closed vocabulary; what they mean together is the host's to judge.
+struct OrderRequest
+{
+    std::string side;
+    std::string type;
+    std::string exec;
+    std::string time;
+    std::string spreadSpec;
+    std::string spreadInstance;
+    bool hasShow = false;
+    bool show = false;
+
+    // createOrder(side, type [, spreadSpec]): the one form that knows "STOP" for a market order with a stop.
+    bool ReadPositions(nxLuaParameters& parameters, nxLuaResults& results)
+    {
+        side = parameters.Parameter(1).GetString();
+        const std::string_view kind = parameters.Parameter(2).GetString();
+        if (!IsOneOf(kind, {"LIMIT", "MARKET", "STOP"})) return results.Fail("Invalid type in createOrder");
+        type = kind == "LIMIT" ? "LIMIT" : "MARKET";
+        if (kind == "STOP") exec = "STOP";
+        if (parameters.Count() == 3) spreadSpec = parameters.Parameter(3).GetString();
+        return true;
+    }
+
+    // createOrder{side = ..., type = ..., ...}
+    bool ReadTable(const nxLuaParameter& table, nxLuaResults& results)
+    {
+        if (!table.IsTable())
+            return results.Fail(
+                "createOrder : One one argument that has to be a named value collection");  // sic
+        if (!table.GetNamedValue("side", side)) return results.Fail("createOrder : side not specified");
+        if (!table.GetNamedValue("type", type)) return results.Fail("createOrder : type not specified");
+        table.GetNamedValue("exec", exec);
+        table.GetNamedValue("spreadSpec", spreadSpec);
+        table.GetNamedValue("spreadInstance", spreadInstance);
+        table.GetNamedValue("time", time);
+        hasShow = table.GetNamedValue("show", show);
+        return true;
+    }
+
+    bool Check(nxLuaResults& results)
+    {
+        if (!IsOneOf(side, {"BUY", "SELL"}))
+            return results.Fail("createOrder : invalid side : [" + side + "] should be BUY or SELL");
+        if (!IsOneOf(type, {"MARKET", "LIMIT"}))
+            return results.Fail("createOrder : invalid type : [" + type + "] should be MARKET or LIMIT");
+        if (!exec.empty() && !IsOneOf(exec, {"IOC", "FOK", "STOP", "ICEBERG", "TRAILING_STOP", "BRACKET"}))
+            return results.Fail("createOrder : invalid exec : [" + exec +
+                                "] should be IOC, FOK, STOP, ICEBERG, TRAILING_STOP or BRACKET");
+        if (time.empty()) time = "GFD";
+        if (!IsOneOf(time, {"GFD", "GTD", "GTC", "OPEN", "PREOPEN"}))
+            return results.Fail("createOrder : invalid time : [" + time +
+                                "] should be GFD, GTC, GTD, OPEN or PREOPEN");
+        return true;
+    }
+};
+
+}  // namespace
+
+bool nxAlgoProductObject::createOrder(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    const unsigned int count = parameters.Count();
+    if (count < 1 || count > 3) return results.Fail("createOrder : Invalid number of parameters");
+    OrderRequest order;
+    if (!(count == 1 ? order.ReadTable(parameters.Parameter(1), results)
+                     : order.ReadPositions(parameters, results)))
+        return false;
+    if (order.hasShow)
+        nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "createOrder. show set to ", order.show);
+    if (!order.Check(results)) return false;
+    if (!_IsStrategy()) {
+        order.spreadSpec.clear();
+        order.spreadInstance.clear();
+    }
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "createOrder. side = ", order.side,
+                 " , type = ", order.type, " , exec = ", order.exec, " , time = ", order.time,
+                 " , spreadSpec = ", order.spreadSpec, " , spreadInstance = ", order.spreadInstance);
+    nxAlgoOrderObject* created =
+        _CreateOrder(order.side, order.type, order.exec, order.time, order.spreadSpec, order.spreadInstance);
+    if (created == nullptr) {
+        results.AddNull();
+        return results.Fail("createOrder Failed");
+    }
+    if (order.hasShow) created->SetShowOrder(order.show);
+    results.AddObject(created);
+    return true;
+}
