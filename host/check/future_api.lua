@@ -10,26 +10,6 @@ local function names(text)
 end
 
 checker.future = {
-  nxAlgoOrderObject = {
-    functions = names "work pull getHedgeID",
-    properties = names [[
-      id product price side hedgeCount volume working executed type exec time spreadSpec stopPrice zephrinID
-      exchangeID state icebergMinPeakSize icebergMaxPeakSize icebergThreshold bracketProfit bracketStopLoss
-      bracketStopLossType bracketStopLossLimit bracketStopLossTrailing bracketStopLossVolume isSpreadHedge
-      isSpreadWorking isCurrentJob parent averagePrice lastFillPrice lastFillVolume spreadWorkingOrder account
-      lastVorantUpdateTime lastExchangeFillTime originatingZephrinID qposition paidUp reference]],
-  },
-  nxAlgoOrderUpdateObject = {
-    functions = names "isSpreadUnbalanced",
-    properties = names [[
-      id side reference working volume price executed fillPrice fillVolume order error vorantUpdateTime
-      exchangeFillTime]],
-  },
-  nxAlgoOrderStateObject = {
-    functions = names "isWorking isPending isFilled isDeleted isFailed isPendingAmend isPendingCancel",
-    properties = {},
-  },
-  nxAlgoOrderCollectionObject = { functions = names "getOrder setFilter", properties = names "count" },
   nxAlgoEventWindowObject = {
     functions = names "start stop enableRegression",
     properties = names [[
@@ -56,7 +36,6 @@ checker.future = {
   nxAlgoQuantObject = { functions = names "normcdf", properties = {} },
   nxAlgoLibraryObject = { functions = names "call", properties = {} },
 }
-checker.future.nxAlgoOrderObject.properties.reference = "rw"
 checker.future.nxAlgoDataSeriesObject.properties.capacity = "rw"
 
 -- The globals that the engine does not bind yet, with their classes.

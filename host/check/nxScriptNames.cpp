@@ -11,6 +11,10 @@
 #include "scriptFramework/market/nxAlgoPriceTradeVolumesObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/market/nxAlgoStateObject.h"
+#include "scriptFramework/orders/nxAlgoOrderCollectionObject.h"
+#include "scriptFramework/orders/nxAlgoOrderObject.h"
+#include "scriptFramework/orders/nxAlgoOrderStateObject.h"
+#include "scriptFramework/orders/nxAlgoOrderUpdateObject.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobObject.h"
 
@@ -54,9 +58,10 @@ std::string nxScriptNamesText()
     }
     return "checker.bound = {}\n"
            "environment = { registered = {}, standard = {}, removed = {}, bound = {} }\n" +
-           DescribeAll<nxAlgoPositionObject, nxAlgoPriceObject, nxAlgoMarketDepthObject, nxAlgoJobObject,
-                       nxAlgoProductObject, nxAlgoClockObject, nxAlgoStateObject,
-                       nxAlgoVorantJobCollectionObject, nxAlgoVorantJobObject, nxAlgoPriceTradeVolumesObject,
-                       nxAlgoDateObject>() +
+           DescribeAll<nxAlgoPositionObject, nxAlgoOrderUpdateObject, nxAlgoOrderObject, nxAlgoPriceObject,
+                       nxAlgoMarketDepthObject, nxAlgoJobObject, nxAlgoProductObject,
+                       nxAlgoOrderCollectionObject, nxAlgoClockObject, nxAlgoStateObject,
+                       nxAlgoOrderStateObject, nxAlgoVorantJobCollectionObject, nxAlgoVorantJobObject,
+                       nxAlgoPriceTradeVolumesObject, nxAlgoDateObject>() +
            host.lines;
 }
