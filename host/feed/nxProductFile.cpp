@@ -1,48 +1,20 @@
 #include "host/feed/nxProductFile.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <toml.hpp>
 
 #include "base/values/nxStringHelper.h"
+#include "host/feed/nxTomlFile.h"
 
 namespace {
 
-// How a wrong file is told from within the reading; never leaves this file.
-struct Refusal
-{
-    nxFeedError error;
-};
-
-class Reader
+class Reader : public nxTomlFile
 {
 public:
-    explicit Reader(const std::string& path) : _path(path) {}
+    using nxTomlFile::nxTomlFile;
 
-    [[noreturn]] void Refuse(const toml::value& at, const std::string& reason) const
+    Entries GetEntries(const toml::value& table, const std::string& name) const
     {
-        const toml::source_location place = at.location();
-        throw Refusal{{_path, place.line(), static_cast<unsigned>(place.column()), reason}};
-    }
-
-    // The keys of a table in the order of the file, so that the first fault is the one told.
-    std::vector<std::pair<std::string, const toml::value*>> GetEntries(const toml::value& table,
-                                                                       const std::string& name) const
-    {
-        if (!table.is_table()) Refuse(table, name + " is no table; write [[" + name + "]]");
-        std::vector<std::pair<std::string, const toml::value*>> entries;
-        for (const auto& [key, value] : table.as_table())
-            entries.emplace_back(key, &value);
-        std::ranges::sort(entries, {}, [](const auto& entry) {
-            return std::make_tuple(entry.second->location().line(), entry.second->location().column(),
-                                   entry.first);
-        });
-        return entries;
+        return nxTomlFile::GetEntries(table, name + " is no table; write [[" + name + "]]");
     }
 
     const toml::array& GetTables(const toml::value& value, const std::string& name) const
@@ -79,15 +51,6 @@ public:
         if (number <= nxDecimalZero) Refuse(value, key + " is not above 0: " + number.GetAsString());
         return number;
     }
-
-    [[noreturn]] void RefuseKey(const toml::value& value, const std::string& key,
-                                const std::string& known) const
-    {
-        Refuse(value, fmt::format("unknown key \"{}\"; known are {}", key, known));
-    }
-
-private:
-    const std::string& _path;
 };
 
 nxProductLegDescription GetLeg(const Reader& reader, const toml::value& table)
@@ -168,43 +131,15 @@ std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::
     return products;
 }
 
-// The parser's report is a drawing of several lines; its first one holds the reason behind the parser's own
-// names.
-std::string GetReason(std::string_view report)
-{
-    report = report.substr(0, report.find('\n'));
-    const std::size_t names = report.rfind("toml::");
-    const std::size_t colon = names == report.npos ? report.npos : report.find(": ", names);
-    if (colon != report.npos) report.remove_prefix(colon + 2);
-    return report.empty() ? "is not TOML" : std::string(report);
-}
-
 }  // namespace
 
 bool nxProductFile::Read(const std::string& path, std::vector<nxProductDescription>& products,
                          nxFeedError& error)
 {
-    try {
-        if (std::filesystem::is_directory(path)) {
-            error = {path, 0, 0, "is a directory, not a file of products"};
-            return false;
-        }
-        std::ifstream stream(path, std::ios::binary);
-        if (!stream)
-            error = {path, 0, 0, std::string("cannot open: ") + std::strerror(errno)};
-        else {
-            const Reader reader(path);
-            std::vector<nxProductDescription> read = GetProducts(reader, toml::parse(stream, path));
-            products.insert(products.end(), read.begin(), read.end());
-            return true;
-        }
-    } catch (const Refusal& refusal) {
-        error = refusal.error;
-    } catch (const toml::exception& failure) {
-        const toml::source_location& place = failure.location();
-        error = {path, place.line(), static_cast<unsigned>(place.column()), GetReason(failure.what())};
-    } catch (const std::exception& failure) {
-        error = {path, 0, 0, GetReason(failure.what())};
-    }
-    return false;
+    const Reader reader(path);
+    const auto read = [&](const toml::value& root) {
+        const std::vector<nxProductDescription> added = GetProducts(reader, root);
+        products.insert(products.end(), added.begin(), added.end());
+    };
+    return reader.Read("products", read, error);
 }

@@ -1,0 +1,78 @@
+#include "host/feed/nxTomlFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <tuple>
+
+namespace {
+
+// How a wrong file is told from within the reading; never leaves this file.
+struct Refusal
+{
+    nxFeedError error;
+};
+
+// The parser's report is a drawing of several lines; its first one holds the reason behind the parser's own
+// names.
+std::string GetReason(std::string_view report)
+{
+    report = report.substr(0, report.find('\n'));
+    const std::size_t names = report.rfind("toml::");
+    const std::size_t colon = names == report.npos ? report.npos : report.find(": ", names);
+    if (colon != report.npos) report.remove_prefix(colon + 2);
+    return report.empty() ? "is not TOML" : std::string(report);
+}
+
+}  // namespace
+
+bool nxTomlFile::Read(const std::string& content, const std::function<void(const toml::value&)>& read,
+                      nxFeedError& error) const
+{
+    try {
+        std::ifstream stream(_path, std::ios::binary);
+        if (!stream) {
+            error = {_path, 0, 0, std::string("cannot open: ") + std::strerror(errno)};
+        } else if (std::filesystem::is_directory(_path)) {
+            error = {_path, 0, 0, "is a directory, not a file of " + content};
+        } else {
+            read(toml::parse(stream, _path));
+            return true;
+        }
+    } catch (const Refusal& refusal) {
+        error = refusal.error;
+    } catch (const toml::exception& failure) {
+        const toml::source_location& place = failure.location();
+        error = {_path, place.line(), static_cast<unsigned>(place.column()), GetReason(failure.what())};
+    } catch (const std::exception& failure) {
+        error = {_path, 0, 0, GetReason(failure.what())};
+    }
+    return false;
+}
+
+void nxTomlFile::Refuse(const toml::value& at, const std::string& reason) const
+{
+    const toml::source_location place = at.location();
+    throw Refusal{{_path, place.line(), static_cast<unsigned>(place.column()), reason}};
+}
+
+void nxTomlFile::RefuseKey(const toml::value& at, const std::string& key, const std::string& known) const
+{
+    Refuse(at, "unknown key \"" + key + "\"; known are " + known);
+}
+
+nxTomlFile::Entries nxTomlFile::GetEntries(const toml::value& table, const std::string& complaint) const
+{
+    if (!table.is_table()) Refuse(table, complaint);
+    Entries entries;
+    for (const auto& [key, value] : table.as_table())
+        entries.emplace_back(key, &value);
+    std::ranges::sort(entries, {}, [](const auto& entry) {
+        const toml::source_location place = entry.second->location();
+        return std::make_tuple(place.line(), place.column(), entry.first);
+    });
+    return entries;
+}
