@@ -29,10 +29,8 @@ TEST(nxLuaWrapper, ReadsAndWritesProperties)
             {"probe.first", "1"},
             {"probe.readOnly", "'fixed'"},
             {"probe.unknown", "nil"},
-            {"probe[1]", "nil"},
             {"probe[true]", "nil"},
             {"probe.writeOnly", "nil"},
-            {"(probe.pair)", "1"},
             {"probe.failing", "error: cannot be read: 100%s"},
             {"probe.failing = 1", "error: Error setting parameter"},
             {"probe.first = 5; return probe.first", "5"},
@@ -59,15 +57,12 @@ TEST(nxLuaWrapper, WritesOfMetamethodNamesReachTheFirstRowsSetter)
 TEST(nxLuaWrapper, EveryPushIsANewWrapperOverTheSameObject)
 {
     nxProbeEngine engine;
-    ExpectRows(engine,
-               {
-                   {"probe:again() == probe:again()", "false"},
-                   {"local a, b = probe:again(), probe:again(); a.first = 9; return b.first", "9"},
-                   {"local a = probe:again(); a.run = 1; return a.run, probe:again().run", "1 function"},
-                   {"local a, b = probe:again(), probe:again(); return a.run == b.run", "false"},
-                   {"type(probe[0]), type(rawget(probe, 'run')), rawget(probe, 'first')",
-                    "'userdata' 'function' nil"},
-               });
+    ExpectRows(engine, {
+                           {"probe:again() == probe:again()", "false"},
+                           {"local a, b = probe:again(), probe:again(); a.first = 9; return b.first", "9"},
+                           {"type(probe[0]), type(rawget(probe, 'run')), rawget(probe, 'first')",
+                            "'userdata' 'function' nil"},
+                       });
 }
 
 TEST(nxLuaWrapper, CallsFunctionsOfItsOwnClassOnly)
@@ -77,16 +72,15 @@ TEST(nxLuaWrapper, CallsFunctionsOfItsOwnClassOnly)
     ExpectRows(
         engine,
         {
-            {"other:twice()", "84"},
+            {"other.value = 10; local twice = other:twice() other.value = 42 return twice", "20"},
             {"probe:getOther():twice()", "84"},
-            {"probe:getOther().value", "42"},
             {"probe.run()", "error: bad argument #1 to 'run' (nxProbe expected, got no value)"},
-            {"probe.run(1)", "error: bad argument #1 to 'run' (nxProbe expected, got number)"},
             {"probe.run(probe[0])", "error: bad argument #1 to 'run' (nxProbe expected, got userdata)"},
             {"probe.run({})", ""},
             {"probe.run(other)", "error: bad argument #1 to 'run' (nxProbe expected, got table)"},
             {"other.twice(probe)", "error: bad argument #1 to 'twice' (nxOther expected, got table)"},
         });
+    EXPECT_EQ(engine.other.padding, 7);  // which lies in front of what the wrapper holds
     engine.probe.other = nullptr;
     EXPECT_EQ(engine.Evaluate("probe:getOther()"), "nil");
 }
@@ -100,7 +94,6 @@ TEST(nxLuaWrapper, TellsAFailureWithItsText)
         std::function<bool(nxLuaParameters&, nxLuaResults&)> body;
         const char* expected;
     } rows[] = {
-        {"text", [](auto&, auto& results) { return results.Fail("too %d much"); }, "error: too %d much"},
         {"no text", [](auto&, auto&) { return false; }, "error: "},
         {"results before the failure are dropped",
          [](auto&, auto& results) {
@@ -109,13 +102,6 @@ TEST(nxLuaWrapper, TellsAFailureWithItsText)
          },
          "error: late"},
         {"exception", [](auto&, auto&) -> bool { throw std::runtime_error("host: %s"); }, "error: host: %s"},
-        {"a text forgotten on success",
-         [](auto&, auto& results) {
-             results.SetError("unused");
-             results.Add(true);
-             return true;
-         },
-         "true"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
@@ -166,13 +152,6 @@ TEST(nxLuaWrapper, AClearedPointerGivesNothing)
                         {"cleared.first", "nil"},
                         {"cleared.first = 1", ""},
                         {"cleared.own = 2; return cleared.own", "2"}});
-}
-
-TEST(nxLuaWrapper, ReachesObjectsWhoseFirstBaseIsAnother)
-{
-    nxProbeEngine engine;
-    ExpectRows(engine, {{"other.value = 10; return other.value, other:twice()", "10 20"}});
-    EXPECT_EQ(engine.other.padding, 7);
 }
 
 }  // namespace
