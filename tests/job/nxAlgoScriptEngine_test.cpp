@@ -143,19 +143,6 @@ TEST(nxAlgoScriptEngine, EachCallbackBringsItsArgumentsAndTellsItsFailure)
     }
 }
 
-TEST(nxAlgoScriptEngine, CallbacksThatTheScriptDoesNotDefineSucceed)
-{
-    nxRecordingHost host;
-    nxAlgoJobObject job(&host);
-    ASSERT_TRUE(job.LoadScript("function OnInit() end").IsSuccess());
-    ASSERT_TRUE(job.StartJob().IsSuccess());
-    nxRecordingLog log;
-    for (const Callback& row : Callbacks)
-        EXPECT_TRUE(row.deliver(job, &host).IsSuccess()) << row.name;
-    EXPECT_TRUE(job.IsActive());
-    EXPECT_EQ(log.TakeLines(), "");
-}
-
 // Whatever raises outside the script's own protected calls: the entry fails with a text, and the next works.
 TEST(nxAlgoScriptEngine, AnErrorBeforeTheScriptRunsFailsTheEntry)
 {

@@ -60,7 +60,6 @@ TEST(nxAlgoScriptValidator, TellsWhetherAScriptLoadsAndStarts)
     } rows[] = {
         {"function OnInit() x = 1 end", true, true, ""},
         {"function OnInit( end", false, false, "32 BASEFailed to load text\n32 BASEOnInit does not exist\n"},
-        {"x = os.time()", true, false, "32 BASEOnInit does not exist\n"},
         {"function OnInit() os.time() end", true, false, "global 'os' (a nil value)\n"},
         {"function OnInit() job:getProduct('FDAX') end", true, false,
          "getProduct could not find product FDAX\n"},
