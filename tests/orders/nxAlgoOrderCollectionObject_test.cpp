@@ -21,13 +21,10 @@ TEST(nxAlgoOrderCollectionObject, GivesTheOrdersOfTheHost)
         const char* log;
     } rows[] = {
         {"o = job:getOrders() return o.count", "1", ""},
-        {"o:getOrder(1).type", "'LIMIT'", "32 [test] Get Order at index 1\n"},
         {"o:getOrder(2 ^ 32 + 1.5).type", "'LIMIT'", "32 [test] Get Order at index 1\n"},
         {"o:getOrder(2)", "error: invalid index for getOrder",
          "32 [test] Get Order at index 2\n37 [test] Get Order at index 2 is invalid. Size1\n"},
         {"o:getOrder()", "error: ", ""},
-        {"o:getOrder(1, 2)", "error: ", ""},
-        {"o:getOrder({})", "error: bad argument #1 to 'getOrder' (number expected, got table)", ""},
         {"o:setFilter() o:setFilter('a', {}, nil) return o.count", "1", ""},
     };
     nxRecordingLog log;
