@@ -248,23 +248,19 @@ TEST(nxDecimal, RoundsTheExactBinaryValueOfADouble)
 TEST(nxDecimal, DoublesAtTheEdges)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    const struct
-    {
-        double value;
-        unsigned char places;
-        const char* text;
-    } rows[] = {{1.005, 2, "1.00"},  // the double lies below 1.005
-                {-0.0, 1, "0.0"},
-                {5e-324, 18, "0.000000000000000000"},
-                {9223372036854774784.0, 0, "9223372036854774784"},
-                {9223372036854775808.0, 0, ""},
-                {1, 19, ""},
-                {infinity, 0, ""},
-                {std::nan(""), 0, ""}};
-    for (const auto& row : rows) {
+    const std::tuple<double, unsigned char, const char*> rows[] = {
+        {1.005, 2, "1.00"},  // the double lies below 1.005
+        {-0.0, 1, "0.0"},
+        {5e-324, 18, "0.000000000000000000"},
+        {9223372036854774784.0, 0, "9223372036854774784"},
+        {9223372036854775808.0, 0, ""},
+        {1, 19, ""},
+        {infinity, 0, ""},
+        {std::nan(""), 0, ""}};
+    for (const auto& [given, places, text] : rows) {
         nxDecimal value = nxDecimalOne;
-        value.SetFromDouble(row.value, row.places);
-        EXPECT_EQ(value.GetAsString(), row.text) << row.value;
+        value.SetFromDouble(given, places);
+        EXPECT_EQ(value.GetAsString(), text) << given;
     }
 }
 
@@ -304,20 +300,16 @@ TEST(nxDecimal, RoundsToTheNearestTick)
 
 TEST(nxDecimal, NormalisesWithoutLosingADigit)
 {
-    const struct
-    {
-        const char* value;
-        unsigned char places;
-        const char* expected;
-    } rows[] = {{"100.0040000000", 0, "100.004"},
-                {"100.5000", 2, "100.50"},
-                {"1.5", 4, "1.5000"},
-                {"9000000000000000000", 3, "9000000000000000000"},
-                {"1", 99, "1.000000000000000000"}};
-    for (const auto& row : rows) {
-        nxDecimal value = Parse(row.value);
-        value.Normalise(row.places);
-        EXPECT_EQ(value.GetAsString(), row.expected) << row.value;
+    const std::tuple<const char*, unsigned char, const char*> rows[] = {
+        {"100.0040000000", 0, "100.004"},
+        {"100.5000", 2, "100.50"},
+        {"1.5", 4, "1.5000"},
+        {"9000000000000000000", 3, "9000000000000000000"},
+        {"1", 99, "1.000000000000000000"}};
+    for (const auto& [given, places, expected] : rows) {
+        nxDecimal value = Parse(given);
+        value.Normalise(places);
+        EXPECT_EQ(value.GetAsString(), expected) << given;
     }
 }
 

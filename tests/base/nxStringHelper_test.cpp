@@ -41,24 +41,19 @@ TEST(nxStringHelper, DoublesGoThereAndBack)
 
 TEST(nxStringHelper, ReadsDoublesAsAWhole)
 {
-    const struct
-    {
-        const char* text;
-        char separator;
-        unsigned error;
-        double value;
-    } rows[] = {{"+1.5", '.', 0, 1.5},
-                {"-1,5", ',', 0, -1.5},
-                {"1.5E-1", '.', 0, 0.15},
-                {"1.5", ',', nxError_NotANumber, 0},
-                {" 1", '.', nxError_NotANumber, 0},
-                {"nan", '.', nxError_NotANumber, 0},
-                {"0x10", '.', nxError_NotANumber, 0},
-                {"1e400", '.', nxError_NumberOutOfRange, 0}};
-    for (const auto& row : rows) {
+    const std::tuple<const char*, char, unsigned, double> rows[] = {
+        {"+1.5", '.', 0, 1.5},
+        {"-1,5", ',', 0, -1.5},
+        {"1.5E-1", '.', 0, 0.15},
+        {"1.5", ',', nxError_NotANumber, 0},
+        {" 1", '.', nxError_NotANumber, 0},
+        {"nan", '.', nxError_NotANumber, 0},
+        {"0x10", '.', nxError_NotANumber, 0},
+        {"1e400", '.', nxError_NumberOutOfRange, 0}};
+    for (const auto& [text, separator, error, given] : rows) {
         double value = 42;
-        EXPECT_EQ(nxStringHelper::SetFromString(row.text, value, row.separator), row.error) << row.text;
-        EXPECT_EQ(value, row.error == 0 ? row.value : 42) << row.text;
+        EXPECT_EQ(nxStringHelper::SetFromString(text, value, separator), error) << text;
+        EXPECT_EQ(value, error == 0 ? given : 42) << text;
     }
 }
 

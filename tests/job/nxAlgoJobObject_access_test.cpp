@@ -27,13 +27,7 @@ TEST(nxAlgoJobObjectAccess, GetProductAsksTheHost)
 TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
 {
     const std::string storeMissing = "error: getDataStore is not available in this version";
-    const struct
-    {
-        const char* code;
-        std::string answer;
-        const char* calls;
-        const char* log;
-    } rows[] = {
+    const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
         {"job:getExistingOrder()", "error: getExistingOrder requires 1 argument [orderID]", "", ""},
         {"job:getExistingOrder(13)", "error: ", "GetOrder(13)", "32 [test] Get Existing Order ID : 13\n"},
         {"job:getExistingOrder(2 ^ 32 + 12, 'x').type", "'LIMIT'", "GetOrder(12)",
@@ -55,11 +49,11 @@ TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
     script.host.orders = &all;
     script.host.jobOrders = &own;
     nxRecordingLog log;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.code);
-        EXPECT_EQ(script.Evaluate(row.code), row.answer);
-        EXPECT_EQ(script.host.TakeCalls(), row.calls);
-        EXPECT_EQ(log.TakeLines(), row.log);
+    for (const auto& [code, answer, calls, logged] : rows) {
+        SCOPED_TRACE(code);
+        EXPECT_EQ(script.Evaluate(code), answer);
+        EXPECT_EQ(script.host.TakeCalls(), calls);
+        EXPECT_EQ(log.TakeLines(), logged);
     }
 }
 

@@ -21,12 +21,7 @@ private:
 TEST(nxAlgoJobObjectParameters, GetParameterTurnsEachTypeIntoItsLuaValue)
 {
     const nxNoChangeInitalizer noChange;
-    const struct
-    {
-        nxVorantParameter* parameter;
-        const char* value;
-        const char* log;
-    } rows[] = {
+    const std::tuple<nxVorantParameter*, const char*, const char*> rows[] = {
         {new nxVorantPriceParameter("", nxDecimal::FromMantissa(-1250, 2)), "-12.5", "-12.50 ( PRICE )"},
         {new nxVorantPriceParameter("", nxDecimal(noChange)), "nil", " ( PRICE )"},
         {new nxVorantVolumeParameter("", 4294967293), "4294967293", "4294967293 ( VOLUME )"},
@@ -42,10 +37,10 @@ TEST(nxAlgoJobObjectParameters, GetParameterTurnsEachTypeIntoItsLuaValue)
     };
     nxScriptJob script;
     nxRecordingLog log;
-    for (const auto& row : rows) {
-        script.host.parameters["12"].reset(row.parameter);
-        EXPECT_EQ(script.Evaluate("job:getParameter(12)"), row.value) << row.log;
-        EXPECT_EQ(log.TakeLines(), "32 [test] Get Parameter : 12 = " + std::string(row.log) + "\n");
+    for (const auto& [parameter, value, logged] : rows) {
+        script.host.parameters["12"].reset(parameter);
+        EXPECT_EQ(script.Evaluate("job:getParameter(12)"), value) << logged;
+        EXPECT_EQ(log.TakeLines(), "32 [test] Get Parameter : 12 = " + std::string(logged) + "\n");
     }
     EXPECT_EQ(script.Evaluate("job:getParameter('none')"), "nil");
     EXPECT_EQ(log.TakeLines(), "32 [test] Get Parameter : none = [NIL]\n");
@@ -53,14 +48,8 @@ TEST(nxAlgoJobObjectParameters, GetParameterTurnsEachTypeIntoItsLuaValue)
 
 TEST(nxAlgoJobObjectParameters, CallsTheHost)
 {
-    const struct
-    {
-        bool ready;  // with a context, inside OnInit, nothing refused
-        const char* code;
-        std::string answer;
-        const char* calls;
-        const char* log;
-    } rows[] = {
+    // ready: with a context, inside OnInit, nothing refused
+    const std::tuple<bool, const char*, std::string, const char*, const char*> rows[] = {
         {true, "job:setOutputParameter('a', 1.5)", "", "SetParameter(a,1.5)",
          "31 [test] Set Output Parameter : a = 1.5 ok\n"},
         {false, "job:setOutputParameter('a', 'b')", "error: setOutputParameter failed a , b",
@@ -82,15 +71,15 @@ TEST(nxAlgoJobObjectParameters, CallsTheHost)
     };
     nxScriptJob script;
     nxRecordingLog log;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.code);
-        script.host.hasContext = script.host.inOnInit = row.ready;
-        script.host.refusal = row.ready ? "" : "no";
-        EXPECT_EQ(script.Evaluate(row.code), row.answer);
-        EXPECT_EQ(script.host.TakeCalls(), row.calls);
-        EXPECT_EQ(log.TakeLines(), row.log);
-        const std::string code = row.code;
-        if (row.ready && code.starts_with("job.selected")) {
+    for (const auto& [ready, lua, answer, calls, logged] : rows) {
+        SCOPED_TRACE(lua);
+        script.host.hasContext = script.host.inOnInit = ready;
+        script.host.refusal = ready ? "" : "no";
+        EXPECT_EQ(script.Evaluate(lua), answer);
+        EXPECT_EQ(script.host.TakeCalls(), calls);
+        EXPECT_EQ(log.TakeLines(), logged);
+        const std::string code = lua;
+        if (ready && code.starts_with("job.selected")) {
             script.host.hasContext = false;
             EXPECT_EQ(script.Evaluate(code),
                       "error: Job doesn't have context. Therefore cannot use " + code.substr(4));

@@ -52,12 +52,7 @@ TEST_F(nxAlgoJobObjectTest, WithoutOnInitNothingIsStarted)
 
 TEST_F(nxAlgoJobObjectTest, AFailedStartTellsWhyAndMayBeRepeated)
 {
-    const struct
-    {
-        const char* script;
-        const char* log;
-        const char* error;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"function OnInit() error('not yet', 0) end", "32 [test] OnInit failed. Error : not yet\n",
          "not yet"},
         {"function OnInit() end OnInit2, OnInit = OnInit, nil "
@@ -66,15 +61,15 @@ TEST_F(nxAlgoJobObjectTest, AFailedStartTellsWhyAndMayBeRepeated)
         {"function OnInit() end setmetatable(_G, {__newindex = function(_, k) error('no ' .. k, 0) end})",
          "37 [test] Script Engine Start Failed. Error : no job\n", "no job"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.script);
+    for (const auto& [script, logged, error] : rows) {
+        SCOPED_TRACE(script);
         nxAlgoJobObject starting(&host);
-        ASSERT_TRUE(starting.LoadScript(row.script).IsSuccess());
+        ASSERT_TRUE(starting.LoadScript(script).IsSuccess());
         nxRecordingLog log;
-        const bool hasOnInit = std::string(row.log).find("does not exist") == std::string::npos;
+        const bool hasOnInit = std::string(logged).find("does not exist") == std::string::npos;
         EXPECT_EQ(starting.StartJob(), nxErrorEnum(hasOnInit ? nxError_StartFailed : nxError_NoOnInit));
-        EXPECT_EQ(log.TakeLines(), row.log);
-        EXPECT_EQ(starting.GetErrorText(), row.error);
+        EXPECT_EQ(log.TakeLines(), logged);
+        EXPECT_EQ(starting.GetErrorText(), error);
         EXPECT_TRUE(starting.IsActive());
         ASSERT_TRUE(starting.LoadScript("setmetatable(_G, nil); function OnInit() end").IsSuccess());
         EXPECT_TRUE(starting.StartJob().IsSuccess()) << starting.GetErrorText();

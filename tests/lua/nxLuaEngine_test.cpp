@@ -75,13 +75,11 @@ TEST(nxLuaEngine, TellsLinesInTheAuthorsTerms)
     nxScriptHelper helper;
     helper.modules = {{"util", 50, 60}, {"late", 58, 65}, {"math", 61, 70}};
     helper.lineOffset = 100;
-    const struct
-    {
-        const char* message;
-        const char* plain;
-        const char* mapped;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"[x]:57: boom", "[x]:57: boom", "[x]:8:util: boom"},
+        {"[x]:50: boom", "[x]:50: boom", "[x]:1:util: boom"},
+        {"[x]:61: boom", "[x]:61: boom", "[x]:4:late: boom"},
+        {"[x]:100: boom", "[x]:100: boom", "[x]:100: boom"},
         {"[x]:70: boom", "[x]:70: boom", "[x]:10:math: boom"},
         {"[x]:101: boom", "[x]:101: boom", "[x]:2: boom"},
         {"[x]:057: boom", "[x]:57: boom", "[x]:8:util: boom"},
@@ -93,18 +91,16 @@ TEST(nxLuaEngine, TellsLinesInTheAuthorsTerms)
     nxProbeEngine plain;
     nxProbeEngine mapped;
     mapped.SetScriptHelper(helper);
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.message);
-        const std::string script = "error('" + std::string(row.message) + "', 0)";
+    for (const auto& [message, unmapped, inModules] : rows) {
+        SCOPED_TRACE(message);
+        const std::string script = "error('" + std::string(message) + "', 0)";
         const int top = lua_gettop(mapped._GetState());
         EXPECT_FALSE(plain.LoadModule(script));
-        EXPECT_EQ(plain.GetLastError(), row.plain);
+        EXPECT_EQ(plain.GetLastError(), unmapped);
         EXPECT_FALSE(mapped.LoadModule(script));
-        EXPECT_EQ(mapped.GetLastError(), row.mapped);
+        EXPECT_EQ(mapped.GetLastError(), inModules);
         EXPECT_EQ(lua_gettop(mapped._GetState()), top);
     }
-    EXPECT_FALSE(mapped.LoadModule(std::string(56, '\n') + "local x = nil + 1"));
-    EXPECT_EQ(mapped.GetLastError(), "[string \"...\"]:8:util: attempt to perform arithmetic on a nil value");
     mapped.SetScriptHelper({});
     EXPECT_FALSE(mapped.LoadModule(std::string(56, '\n') + "local x = nil + 1"));
     EXPECT_EQ(mapped.GetLastError(), "[string \"...\"]:57: attempt to perform arithmetic on a nil value");

@@ -16,24 +16,16 @@ std::string Join(const std::vector<double>& values)
     return text;
 }
 
-struct Row
-{
-    const char* code;
-    const char* expected;
-};
-
 // Runs each row's call of probe:run with a body that answers with one text.
-void ExpectRows(const std::function<std::string(nxLuaParameters&)>& describe, std::initializer_list<Row> rows)
+void ExpectRows(const std::function<std::string(nxLuaParameters&)>& describe,
+                std::initializer_list<nxProbeEngine::Row> rows)
 {
     nxProbeEngine engine;
     engine.probe.body = [&](nxLuaParameters& parameters, nxLuaResults& results) {
         results.Add(describe(parameters));
         return true;
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.code);
-        EXPECT_EQ(engine.Evaluate(row.code), row.expected);
-    }
+    engine.ExpectRows(rows);
 }
 
 TEST(nxLuaParameter, TellsTypeAndPresence)

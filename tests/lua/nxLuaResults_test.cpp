@@ -27,12 +27,7 @@ return join(probe:run())
 TEST(nxLuaResults, GivesEachKindOfValue)
 {
     using Matrix = std::vector<std::vector<double>>;
-    const struct
-    {
-        const char* name;
-        std::function<void(nxLuaResults&)> add;
-        const char* expected;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void(nxLuaResults&)>, const char*> rows[] = {
         {"null literal", [](auto& r) { r.Add(static_cast<const char*>(nullptr)); }, "'nil'"},
         {"bool", [](auto& r) { r.Add(true), r.Add(false); }, "'true false'"},
         {"greatest unsigned", [](auto& r) { r.Add(0xFFFFFFFFu); }, "'4294967295'"},
@@ -55,13 +50,13 @@ TEST(nxLuaResults, GivesEachKindOfValue)
         {"several, in order", [](auto& r) { r.AddNull(), r.Add(1.0), r.AddNull(); }, "'nil 1 nil'"},
     };
     nxProbeEngine engine;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        engine.probe.body = [&row](auto&, nxLuaResults& results) {
-            row.add(results);
+    for (const auto& [name, add, expected] : rows) {
+        SCOPED_TRACE(name);
+        engine.probe.body = [&add = add](auto&, nxLuaResults& results) {
+            add(results);
             return true;
         };
-        EXPECT_EQ(engine.Evaluate(Shown), row.expected);
+        EXPECT_EQ(engine.Evaluate(Shown), expected);
     }
 }
 

@@ -76,26 +76,6 @@ TEST(nxLuaUnprotected, LackOfMemory)
     EXPECT_TRUE(onX.Call(engine.probe)) << engine.GetLastError();
 }
 
-TEST(nxLuaUnprotected, GlobalsThatRaise)
-{
-    nxProbeEngine engine;
-    ASSERT_TRUE(
-        engine.LoadText("local function boo() error('boo', 0) end "
-                        "function OnX() end; setmetatable(_G, {__index = boo, __newindex = boo})"));
-    nxLuaFunction onX(engine, "OnX");
-    nxLuaFunction onY(engine, "OnY");
-    EXPECT_TRUE(onX.Call(engine.probe));
-    EXPECT_FALSE(onY.Call(engine.probe));
-    EXPECT_EQ(engine.GetLastError(), "boo");
-    EXPECT_FALSE(nxLuaWrapper<nxProbe>::SetGlobal(engine, "fresh", &engine.probe));
-    EXPECT_EQ(engine.GetLastError(), "boo");
-    engine.RemoveFunction("fresh");
-    EXPECT_FALSE(engine.LoadModule("fresh = 1"));
-    EXPECT_EQ(engine.GetLastError(), "boo");
-    EXPECT_TRUE(engine.LoadModule("setmetatable(_G, nil); fresh = 1"));
-    EXPECT_TRUE(onY.Call(engine.probe)) << engine.GetLastError();
-}
-
 // What the script hung on its globals may raise there, or make the host throw.
 TEST(nxLuaUnprotected, AnErrorBelowAMetamethodOfTheGlobals)
 {

@@ -23,13 +23,8 @@ protected:
 
 TEST_F(nxAlgoOrderObjectTest, ShowsTheHostsAnswersEachUnderItsLock)
 {
-    const struct
-    {
-        const char* code;
-        const char* base;
-        const char* host;
-        const char* locks;  // of the calls into the host
-    } rows[] = {
+    // locks: of the calls into the host
+    const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
         {"it.id, it.product.id, it.price, it.side, it.hedgeCount, it.volume, it.working, it.executed",
          "0 12 nil '' 0 0 0 0", "1 12 2.25 'BUY' 6 3 4 5", "oooooo"},
         {"it.type, it.exec, it.time, it.spreadSpec, it.exchangeID, it.account, it.bracketStopLossType",
@@ -49,15 +44,15 @@ TEST_F(nxAlgoOrderObjectTest, ShowsTheHostsAnswersEachUnderItsLock)
         {"it:getHedgeID(0), it:getHedgeID(2 ^ 32 + 2.9)", "nil nil", "nil 2", "oo"},
     };
     order.SetSide("BUY");
-    for (const auto& row : rows) {
-        EXPECT_EQ(script.Evaluate(row.code), row.host) << row.code;
-        EXPECT_EQ(order.TakeLocks(), row.locks) << row.code;
-        EXPECT_FALSE(order.IsMutexHeld()) << row.code;
+    for (const auto& [code, bases, host, locks] : rows) {
+        EXPECT_EQ(script.Evaluate(code), host) << code;
+        EXPECT_EQ(order.TakeLocks(), locks) << code;
+        EXPECT_FALSE(order.IsMutexHeld()) << code;
     }
     nxAlgoOrderObject base(&script.host, &product);
     ASSERT_TRUE(script.job.OnOrderNew(base).IsSuccess());
-    for (const auto& row : rows)
-        EXPECT_EQ(script.Evaluate(row.code), row.base) << row.code;
+    for (const auto& [code, bases, host, locks] : rows)
+        EXPECT_EQ(script.Evaluate(code), bases) << code;
     EXPECT_EQ(script.Evaluate("it:work{volume = 1} it:pull()"), "");
 }
 

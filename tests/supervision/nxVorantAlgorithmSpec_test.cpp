@@ -10,12 +10,7 @@ using Parameters = std::map<std::string, std::string>;
 
 TEST(nxVorantAlgorithmSpec, ExtractsWhatCanBeReadOfAnyText)
 {
-    const struct
-    {
-        const char* text;
-        Parameters parameters;
-        bool whole;
-    } rows[] = {
+    const std::tuple<const char*, Parameters, bool> rows[] = {
         {"a=1;b=;c=x y", {{"a", "1"}, {"b", ""}, {"c", "x y"}}, true},
         {";;a=1;;", {{"a", "1"}}, true},
         {"a=1;a=2", {{"a", "2"}}, true},
@@ -26,12 +21,11 @@ TEST(nxVorantAlgorithmSpec, ExtractsWhatCanBeReadOfAnyText)
         {R"(a=1\)", {{"a", R"(1\)"}}, true},
         {R"(a\=1)", {}, false},
     };
-    for (const auto& row : rows) {
+    for (const auto& [text, expected, whole] : rows) {
         Parameters parameters;
-        EXPECT_EQ(nxVorantAlgorithmSpec::ExtractParametersFromUserString(row.text, parameters).IsSuccess(),
-                  row.whole)
-            << row.text;
-        EXPECT_EQ(parameters, row.parameters) << row.text;
+        EXPECT_EQ(nxVorantAlgorithmSpec::ExtractParametersFromUserString(text, parameters).IsSuccess(), whole)
+            << text;
+        EXPECT_EQ(parameters, expected) << text;
     }
 }
 
