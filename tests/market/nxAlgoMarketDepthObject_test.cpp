@@ -14,11 +14,7 @@ nxDecimal Price(const char* text)
     return price;
 }
 
-struct Row
-{
-    const char* code;
-    const char* expected;
-};
+using Row = std::pair<const char*, const char*>;  // code and what it evaluates to
 
 class nxAlgoMarketDepthObjectTest : public testing::Test
 {
@@ -35,8 +31,8 @@ protected:
     void ExpectRows(nxAlgoMarketDepthObject& depth, std::initializer_list<Row> rows)
     {
         ASSERT_TRUE(script.job.OnMarketDepth(depth).IsSuccess());
-        for (const Row& row : rows)
-            EXPECT_EQ(script.Evaluate(row.code), row.expected) << row.code;
+        for (const auto& [code, expected] : rows)
+            EXPECT_EQ(script.Evaluate(code), expected) << code;
     }
 
     nxMarketDepth book;

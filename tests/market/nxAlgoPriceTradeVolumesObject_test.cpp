@@ -18,17 +18,13 @@ nxPriceTradeVolumes Trades(std::initializer_list<std::pair<const char*, unsigned
     return update;
 }
 
-struct Row
-{
-    const char* code;
-    const char* expected;
-};
+using Row = std::pair<const char*, const char*>;  // code and what it evaluates to
 
 void ExpectRows(nxScriptJob& script, nxAlgoPriceTradeVolumesObject& object, std::initializer_list<Row> rows)
 {
     ASSERT_TRUE(script.job.OnPriceTradeVolumes(object).IsSuccess());
-    for (const Row& row : rows)
-        EXPECT_EQ(script.Evaluate(row.code), row.expected) << row.code;
+    for (const auto& [code, expected] : rows)
+        EXPECT_EQ(script.Evaluate(code), expected) << code;
 }
 
 TEST(nxAlgoPriceTradeVolumesObject, GivesVolumesByIndexFromTheLowestPrice)

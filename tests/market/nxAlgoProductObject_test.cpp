@@ -9,11 +9,7 @@
 
 namespace {
 
-struct Row
-{
-    const char* code;
-    const char* expected;
-};
+using Row = std::pair<const char*, const char*>;  // code and what it evaluates to
 
 class nxAlgoProductObjectTest : public testing::Test
 {
@@ -22,8 +18,8 @@ protected:
 
     void ExpectRows(std::initializer_list<Row> rows)
     {
-        for (const Row& row : rows)
-            EXPECT_EQ(script.Evaluate(row.code), row.expected) << row.code;
+        for (const auto& [code, expected] : rows)
+            EXPECT_EQ(script.Evaluate(code), expected) << code;
     }
 
     nxScriptJob script;
