@@ -169,8 +169,8 @@ TEST(nxFeedReaderTest, BadRowsAreToldByPlaceAndReasonAfterWhatCameBefore)
     const std::string quoteEvent = "@5 A bid 10.5 x1 ask 11 x1\n";
     const std::string depth = Depth + "@5,A,BUY,10,1\n";
     const std::string depthEvent = "@5 A bid 10 x1\n";
-    const std::string bar = Bars + "20240808,A,1,2,1,2,5\n";
-    const std::string barEvent = "1723075200000000000 A 1 2 1 2 x5\n";
+    const std::string bar = Bars + "20240808,A,2,2,2,2,5\n";
+    const std::string barEvent = "1723075200000000000 A 2 2 2 2 x5\n";
     const struct
     {
         std::string before;
@@ -323,12 +323,12 @@ TEST(nxFeedReaderTest, CrossedAndLockedQuotesAreDeliveredAndCounted)
                                  "1,A,11,1,,,,,\n"  // locked
                                  "1,B,50,1,60,1,,,\n"
                                  "1,A,,,,,11,1,\n"
-                                 "1,A,,,10.5,1,,,\n"   // crossed
-                                 "1,A,12.00,1,,,,,\n"  // crossed
-                                 "1,A,,,12,1,,,\n"     // locked
-                                 "1,A,11.9,1,,,,,\n");
+                                 "1,A,,,10.5,1,,,\n"    // crossed
+                                 "1,A,12.00,1,,,,,\n"   // crossed
+                                 "1,A,,,12,1,,,\n"      // locked
+                                 "1,A,12.5,1,,,,,\n");  // crossed
     EXPECT_EQ(std::ranges::count(outcome.text, '\n'), 8);
-    EXPECT_THAT(outcome.remarks, testing::ElementsAre("A: 2 crossed quotes (bid above ask)",
+    EXPECT_THAT(outcome.remarks, testing::ElementsAre("A: 3 crossed quotes (bid above ask)",
                                                       "A: 2 locked quotes (bid equal to ask)"));
 }
 

@@ -174,6 +174,9 @@ TEST_F(nxRunArgumentsTest, RefusesAChangeWithItsPlace)
     const std::pair<const char*, const char*> rows[] = {
         {"", "e.csv: no header row; known are time,parameter,value,tag"},
         {"time,name,value\n", "e.csv:1:6: unknown column \"name\"; known are time,parameter,value,tag"},
+        {"time,value,value\n", "e.csv:1:12: column given twice: \"value\""},
+        {"time,parameter,value\n\n20240108,n\n", "e.csv:3:10: too few cells: 2 instead of 3"},
+        {"time,parameter,value\n20240108,n,\"1\n", "e.csv:2:12: a quote is not closed"},
         {"time,value\n", "e.csv:1:1: missing column \"parameter\"; known are time,parameter,value,tag"},
         {"time,parameter,value\n20240108,n,1,\n", "e.csv:2:14: too many cells: 4 instead of 3"},
         {"time,parameter,value\nsoon,n,1\n", "e.csv:2:1: time: not a time: \"soon\""},
