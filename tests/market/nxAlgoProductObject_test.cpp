@@ -134,6 +134,18 @@ TEST_F(nxAlgoProductObjectTest, ViewsAreRefreshedOnEachRead)
     ExpectRows({{"p.depth:getBidVolumeAtPrice(98.2), d:getBidVolumeAtPrice(98.4)", "9 4"}});
 }
 
+TEST_F(nxAlgoProductObjectTest, APointValueWithoutNumberHasNoCurrencyEither)
+{
+    EXPECT_EQ(product._GetDPForAverages(), 1);
+    product.SetTickSize(nxDecimal::FromMantissa(50, 2));
+    EXPECT_EQ(product._GetDPForAverages(), 3);
+    product.SetPointValue(nxMoney(nxDecimal(5, 2, 1), nxCurrencyEnum(nxCurrency_EUR)));
+    ExpectRows({{"p.tickSize, p.pointValue, p.currency, p.exchange", "0.5 2.5 'EUR' nil"},
+                {"p:createTradeWindow{}", "error: createTradeWindow is not available in this version"}});
+    product.SetPointValue(nxMoney(nxDecimal(), nxCurrencyEnum(nxCurrency_EUR)));
+    ExpectRows({{"p.pointValue, p.currency", "nil nil"}});
+}
+
 TEST_F(nxAlgoProductObjectTest, SetFlattenOnExitIsLogged)
 {
     nxRecordingLog log;
