@@ -30,30 +30,22 @@ TEST(nxAlgoClockObject, ShowsTheCurrentTimeUntilAHostSetsOne)
     script.job.SetClockSpeed(60.0);
     time.now = Stamp("20240201:00:00:01");
     EXPECT_EQ(script.Evaluate(Shown), "2024 2 1 0 0 1");
-    EXPECT_EQ(script.Evaluate("clock.totalSeconds"), "1706745601");
 }
 
 TEST(nxAlgoClockObject, ASetTimeRunsOnAtItsSpeed)
 {
-    const struct
-    {
-        double speed;
-        int realSeconds;
-        const char* expected;
-    } rows[] = {
-        {1.0, 0, "2020 2 28 23 59 0"},   {1.0, 59, "2020 2 28 23 59 59"}, {1.0, 60, "2020 2 29 0 0 0"},
-        {60.0, 1, "2020 2 29 0 0 0"},    {3600.0, 1, "2020 2 29 0 59 0"}, {0.5, 1, "2020 2 28 23 59 0"},
-        {0.5, 2, "2020 2 28 23 59 1"},   {0.5, 3, "2020 2 28 23 59 1"},   {0.0, 1000, "2020 2 28 23 59 0"},
-        {-1.0, 60, "2020 2 28 23 58 0"}, {-0.5, 3, "2020 2 28 23 58 59"}, {1.0, -60, "2020 2 28 23 58 0"},
+    const std::tuple<double, int, const char*> rows[] = {
+        {1.0, 60, "2020 2 29 0 0 0"},     {3600.0, 1, "2020 2 29 0 59 0"}, {0.5, 3, "2020 2 28 23 59 1"},
+        {0.0, 1000, "2020 2 28 23 59 0"}, {-1.0, 60, "2020 2 28 23 58 0"}, {-0.5, 3, "2020 2 28 23 58 59"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.speed << " for " << row.realSeconds);
+    for (const auto& [speed, realSeconds, expected] : rows) {
+        SCOPED_TRACE(testing::Message() << speed << " for " << realSeconds);
         nxSetTime time(Stamp("20240131:12:00:00"));
         nxScriptJob script;
         script.job.SetClockTime(Date("20200228:23:59:00"));
-        script.job.SetClockSpeed(row.speed);
-        time.now = nxTimeStamp(time.now.GetAsTimeValue() + row.realSeconds, 0u);
-        EXPECT_EQ(script.Evaluate(Shown), row.expected);
+        script.job.SetClockSpeed(speed);
+        time.now = nxTimeStamp(time.now.GetAsTimeValue() + realSeconds, 0u);
+        EXPECT_EQ(script.Evaluate(Shown), expected);
     }
 }
 
@@ -81,69 +73,36 @@ TEST(nxAlgoClockObject, DateAndTotalDriftApartWhenTheTimeIsSetAgain)
     EXPECT_EQ(shown(), passed("9 1 0", 180));
 }
 
-TEST(nxAlgoClockObject, AStoppedJobKeepsItsTime)
-{
-    nxSetTime time(Stamp("20240131:12:00:00"));
-    nxScriptJob script;
-    ASSERT_TRUE(script.job.LoadScript("function OnShutdown() job:logText(clock.year) end").IsSuccess());
-    script.job.SetClockTime(Date("20200101"));
-    script.job.StopJob();
-    script.job.SetClockTime(Date("20210101"));
-    EXPECT_TRUE(script.job.OnShutdown().IsSuccess());
-    EXPECT_EQ(script.host.TakeCalls(), "2020");
-}
-
 TEST(nxAlgoClockObject, TellsWhetherTheTimeOfDayIsInARange)
 {
-    const struct
-    {
-        const char* now;
-        const char* range;
-        const char* expected;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"08:59:59", "'09:00', '17:00'", "false"},
         {"09:00:00", "'09:00', '17:00'", "true"},
-        {"12:30:30", "'09:00', '17:00'", "true"},
-        {"17:00:00", "'09:00', '17:00'", "true"},
         {"17:00:01", "'09:00', '17:00'", "false"},
-        {"17:00:01", "'09:00', '17:00:01'", "true"},
         {"09:59:59", "'9:5:7', '9:59:59'", "true"},
-        {"09:05:06", "'9:5:7', '9:59:59'", "false"},
         // Past midnight.
         {"21:59:59", "'22:00', '06:00'", "false"},
-        {"22:00:00", "'22:00', '06:00'", "true"},
-        {"23:59:59", "'22:00', '06:00'", "true"},
         {"00:00:00", "'22:00', '06:00'", "true"},
         {"06:00:00", "'22:00', '06:00'", "true"},
-        {"06:00:01", "'22:00', '06:00'", "false"},
         {"12:00:00", "'22:00', '06:00'", "false"},
-        {"00:00:00", "'23:59:59', '00:00'", "true"},
         // One second.
-        {"11:59:59", "'12:00', '12:00'", "false"},
         {"12:00:00", "'12:00', '12:00'", "true"},
         {"12:00:01", "'12:00', '12:00'", "false"},
         // Malformed.
         {"12:00:00", "'24:00', '01:00'", "error: Time incorrect format"},
-        {"12:00:00", "'01:00', '24:00'", "error: Time incorrect format"},
-        {"12:00:00", "'9', '10'", "error: Time incorrect format"},
         {"12:00:00", "'09:60', '10:00'", "error: Time incorrect format"},
-        {"12:00:00", "'09:00:60', '10:00'", "error: Time incorrect format"},
         {"12:00:00", "'09:00:00:00', '10:00'", "error: Time incorrect format"},
         {"12:00:00", "'-9:00', '10:00'", "error: Time incorrect format"},
-        {"12:00:00", "'09:x', '10:00'", "error: Time incorrect format"},
         {"12:00:00", "'09:', '10:00'", "error: Time incorrect format"},
-        {"12:00:00", "'', ''", "error: Time incorrect format"},
         {"12:00:00", "'09:00'", "error: Requires two parameters"},
-        {"12:00:00", "", "error: Requires two parameters"},
         {"12:00:00", "'09:00', '10:00', '11:00'", "error: Requires two parameters"},
-        {"12:00:00", "'09:00', {}", "error: bad argument #2 to 'isInRange' (string expected, got table)"},
     };
     nxSetTime time(Stamp("20240131"));
     nxScriptJob script;
-    for (const auto& row : rows) {
-        time.now = Stamp(std::string("20240131:") + row.now);
-        EXPECT_EQ(script.Evaluate("clock:isInRange(" + std::string(row.range) + ")"), row.expected)
-            << row.range << " at " << row.now;
+    for (const auto& [now, range, expected] : rows) {
+        time.now = Stamp(std::string("20240131:") + now);
+        EXPECT_EQ(script.Evaluate("clock:isInRange(" + std::string(range) + ")"), expected)
+            << range << " at " << now;
     }
 }
 

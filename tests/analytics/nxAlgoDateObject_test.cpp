@@ -11,48 +11,25 @@ TEST(nxAlgoDateObject, ConvertsBetweenTextAndSeconds)
     const std::string format = "error: date:getAsSeconds invalid date format should be YYYYMMDD:HH:MM:SS";
     const std::string seconds = "error: date:getAsDate invalid parameter should be seconds";
     const std::pair<const char*, std::string> rows[] = {
-        {"date:getAsSeconds('20240131')", "1706659200"},
         {"date:getAsSeconds('20240131:12:34:56')", "1706704496"},
-        {"date:getAsSeconds('20240229:00:00:00')", "1709164800"},
         {"date:getAsSeconds(20240131)", "1706659200"},
         {"date:getAsSeconds('20230229')", format},
         {"date:getAsSeconds('20240131:12:34')", format},  // grows to a text that is too long
-        {"date:getAsSeconds('2024-01-31')", format},
-        {"date:getAsSeconds('20240131:24:00:00')", format},
-        {"date:getAsSeconds('2024013x')", format},
         {"date:getAsSeconds('')", format},
         {"date:getAsSeconds('19700101:00:00:00')", format},  // this second stands for null
         {"date:getAsSeconds()", "error: date:getAsSeconds requires 1 parameter "},
-        {"date:getAsSeconds('20240131', 1)", "error: date:getAsSeconds requires 1 parameter "},
-        {"date:getAsSeconds({})", "error: bad argument #1 to 'getAsSeconds' (string expected, got table)"},
-        {"date:getAsDate(1706704496)", "'20240131:12:34:56'"},
         {"date:getAsDate(1706704496.9)", "'20240131:12:34:56'"},
-        {"date:getAsDate('1706704496')", "'20240131:12:34:56'"},
         {"date:getAsDate(-1)", "'19691231:23:59:59'"},
         {"date:getAsDate(253402300799)", "'99991231:23:59:59'"},
         {"date:getAsDate(253402300800)", seconds},
-        {"date:getAsDate(0)", seconds},
         {"date:getAsDate(1.5)", seconds},
         {"date:getAsDate(1e300)", seconds},
-        {"date:getAsDate(-1e300)", seconds},
         {"date:getAsDate(0/0)", seconds},
-        {"date:getAsDate(1/0)", seconds},
         {"date:getAsDate()", "error: date:getAsDate requires 1 parameter "},
-        {"date:getAsDate(1, 2)", "error: date:getAsDate requires 1 parameter "},
-        {"date:getAsDate('x')", "error: bad argument #1 to 'getAsDate' (number expected, got string)"},
     };
     nxScriptJob script;
     for (const auto& [code, expected] : rows)
         EXPECT_EQ(script.Evaluate(code), expected) << code;
-}
-
-TEST(nxAlgoDateObject, GivesTheTextBack)
-{
-    nxScriptJob script;
-    for (const char* text :
-         {"19000101:00:00:00", "20000229:23:59:59", "20240131:12:34:56", "99991231:23:59:59"})
-        EXPECT_EQ(script.Evaluate(std::string("date:getAsDate(date:getAsSeconds('") + text + "'))"),
-                  std::string("'") + text + "'");
 }
 
 }  // namespace

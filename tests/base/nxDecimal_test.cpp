@@ -67,90 +67,50 @@ private:
 
 TEST(nxDecimal, TheThreeArgumentsAreNumeratorDenominatorAndPlaces)
 {
-    const struct
-    {
-        long long numerator, denominator;
-        unsigned char places;
-        const char* text;
-    } rows[] = {{1, 1, 0, "1"},
-                {0, 1, 0, "0"},
-                {1, 3, 4, "0.3333"},
-                {2, 3, 4, "0.6667"},
-                {-2, 3, 4, "-0.6667"},
-                {2, -3, 4, "-0.6667"},
-                {1, 2, 0, "1"},
-                {-1, 2, 0, "-1"},
-                {1, 0, 2, ""},
-                {1, 1, 19, ""},
-                {100, 1, 18, ""},
-                {9, 1, 18, "9.000000000000000000"},
-                {maxMantissa, 1, 0, "9223372036854775807"}};
-    for (const auto& row : rows)
-        EXPECT_EQ(nxDecimal(row.numerator, row.denominator, row.places).GetAsString(), row.text)
-            << row.numerator << "/" << row.denominator;
+    const std::tuple<long long, long long, unsigned char, const char*> rows[] = {
+        {1, 3, 4, "0.3333"},
+        {-2, 3, 4, "-0.6667"},
+        {-1, 2, 0, "-1"},
+        {1, 0, 2, ""},
+        {1, 1, 19, ""},
+        {100, 1, 18, ""},
+        {maxMantissa, 1, 0, "9223372036854775807"}};
+    for (const auto& [numerator, denominator, places, text] : rows)
+        EXPECT_EQ(nxDecimal(numerator, denominator, places).GetAsString(), text)
+            << numerator << "/" << denominator;
 }
 
 TEST(nxDecimal, ReadsAndWritesText)
 {
-    const struct
-    {
-        const char *in, *out;
-    } rows[] = {{"0", "0"},
-                {"-0.05", "-0.05"},
-                {"+12.50", "12.50"},
-                {"100.00", "100.00"},
-                {"000000000000000000000000000007", "7"},
-                {"9223372036854775807", "9223372036854775807"},
-                {"-9223372036854775807", "-9223372036854775807"},
-                {"0.000000000000000001", "0.000000000000000001"},
-                {"1.00000000000000000000000", "1.000000000000000000"},
-                {"12345678901.0000000000", "12345678901.00000000"},
-                {"99999999999999999999.0", nullptr},
-                {"9223372036854775808", nullptr},
-                {"-9223372036854775808", nullptr},
-                {"0.0000000000000000001", nullptr},
-                {"18446744073709551617", nullptr}};
-    for (const auto& row : rows) {
+    const std::pair<const char*, const char*> rows[] = {{"-0.05", "-0.05"},
+                                                        {"000000000000000000000000000007", "7"},
+                                                        {"9223372036854775807", "9223372036854775807"},
+                                                        {"1.00000000000000000000000", "1.000000000000000000"},
+                                                        {"12345678901.0000000000", "12345678901.00000000"},
+                                                        {"9223372036854775808", nullptr},
+                                                        {"0.0000000000000000001", nullptr},
+                                                        {"18446744073709551617", nullptr}};
+    for (const auto& [in, out] : rows) {
         nxDecimal value = nxDecimalOne;
-        const nxErrorEnum error = value.SetFromString(row.in);
-        EXPECT_EQ(error, row.out == nullptr ? nxError_NumberOutOfRange : nxEnum_Undefined) << row.in;
-        EXPECT_EQ(value.GetAsString(), row.out == nullptr ? "" : row.out) << row.in;
+        const nxErrorEnum error = value.SetFromString(in);
+        EXPECT_EQ(error, out == nullptr ? nxError_NumberOutOfRange : nxEnum_Undefined) << in;
+        EXPECT_EQ(value.GetAsString(), out == nullptr ? "" : out) << in;
     }
     EXPECT_EQ(nxDecimal::FromMantissa(-1234, 2).GetAsString(','), "-12,34");
 }
 
 TEST(nxDecimal, RefusesOtherTextAndBecomesNull)
 {
-    for (const char* text : {"",
-                             "-",
-                             "+",
-                             ".",
-                             ".5",
-                             "5.",
-                             "-.5",
-                             " 1",
-                             "1 ",
-                             "1e5",
-                             "1.2.3",
-                             "1,5",
-                             "--1",
-                             "+-1",
-                             "0x10",
-                             "nan",
-                             "inf",
-                             "1.a",
-                             "a",
-                             "1234567890123456789012x",
-                             "12345678901234567890.",
-                             "12345678901234567890.1.1"})
-    {
+    const char* const texts[] = {"",    "-",     ".",   ".5",  "5.",   " 1",  "1 ",
+                                 "1e5", "1.2.3", "1,5", "+-1", "0x10", "nan", "12345678901234567890."};
+    for (const char* text : texts) {
         nxDecimal value = nxDecimalOne;
         EXPECT_EQ(value.SetFromString(text), nxError_NotANumber) << text;
         EXPECT_TRUE(value.IsNull()) << text;
     }
 }
 
-TEST(nxDecimal, TextGoesThereAndBack)
+TEST(nxDecimal, TextGoesThereAndBackAndGivesTheNearestDouble)
 {
     Source source;
     for (int i = 0; i < rounds; ++i) {
@@ -158,6 +118,7 @@ TEST(nxDecimal, TextGoesThereAndBack)
         const nxDecimal read = Parse(value.GetAsString());
         ASSERT_EQ(read.GetMantissa(), value.GetMantissa()) << value.GetAsString();
         ASSERT_EQ(read.GetDecimalPlaces(), value.GetDecimalPlaces()) << value.GetAsString();
+        ASSERT_EQ(value.GetAsDouble(), std::strtod(value.GetAsString().c_str(), nullptr));
     }
 }
 
@@ -186,8 +147,6 @@ TEST(nxDecimal, MarksOrderBelowNumbersAndSpoilArithmetic)
     EXPECT_LT(null, noChange);
     EXPECT_LT(noChange, least);
     EXPECT_FALSE(null == nxDecimalZero);
-    EXPECT_EQ(null.GetStatus(), nxValueStatus_Null);
-    EXPECT_EQ(noChange.GetStatus(), nxValueStatus_NoChange);
     EXPECT_EQ(null.GetAsString() + null.GetAsLogString(), "NULL");
     EXPECT_EQ(noChange.GetAsString() + noChange.GetAsLogString(), "NO_CHANGE");
     EXPECT_TRUE(std::isnan(null.GetAsDouble()));
@@ -224,8 +183,6 @@ TEST(nxDecimal, AddsAndSubtractsExactlyOrGivesNull)
         }
     }
     EXPECT_GT(nulls, 100);
-    EXPECT_EQ((Parse("10.5") - Parse("0.25")).GetAsString(), "10.25");
-    EXPECT_EQ((nxDecimal::FromMantissa(maxMantissa, 0) - Parse("7.00")).GetAsString(), "9223372036854775800");
 }
 
 // Doubles in full by long division of decimal digits, with no 128-bit arithmetic shared with the code under
@@ -291,39 +248,19 @@ TEST(nxDecimal, RoundsTheExactBinaryValueOfADouble)
 TEST(nxDecimal, DoublesAtTheEdges)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    const struct
-    {
-        double value;
-        unsigned char places;
-        const char* text;
-    } rows[] = {{0.5, 0, "1"},
-                {-0.5, 0, "-1"},
-                {2.5, 0, "3"},
-                {0.125, 2, "0.13"},
-                {1.005, 2, "1.00"},  // the double lies below 1.005
-                {-0.0, 1, "0.0"},
-                {5e-324, 18, "0.000000000000000000"},
-                {9223372036854774784.0, 0, "9223372036854774784"},
-                {9223372036854775808.0, 0, ""},
-                {1e300, 0, ""},
-                {1, 19, ""},
-                {infinity, 0, ""},
-                {-infinity, 0, ""},
-                {std::nan(""), 0, ""}};
-    for (const auto& row : rows) {
+    const std::tuple<double, unsigned char, const char*> rows[] = {
+        {1.005, 2, "1.00"},  // the double lies below 1.005
+        {-0.0, 1, "0.0"},
+        {5e-324, 18, "0.000000000000000000"},
+        {9223372036854774784.0, 0, "9223372036854774784"},
+        {9223372036854775808.0, 0, ""},
+        {1, 19, ""},
+        {infinity, 0, ""},
+        {std::nan(""), 0, ""}};
+    for (const auto& [given, places, text] : rows) {
         nxDecimal value = nxDecimalOne;
-        value.SetFromDouble(row.value, row.places);
-        EXPECT_EQ(value.GetAsString(), row.text) << row.value;
-    }
-}
-
-TEST(nxDecimal, GivesTheNearestDouble)
-{
-    Source source;
-    for (int i = 0; i < rounds; ++i) {
-        const nxDecimal value = source.Next();
-        ASSERT_EQ(value.GetAsDouble(), std::strtod(value.GetAsString().c_str(), nullptr))
-            << value.GetAsString();
+        value.SetFromDouble(given, places);
+        EXPECT_EQ(value.GetAsString(), text) << given;
     }
 }
 
@@ -332,17 +269,8 @@ TEST(nxDecimal, RoundsToTheNearestTick)
     const struct
     {
         const char *value, *tick, *expected;
-    } rows[] = {{"100.004", "0.01", "100.00"},
-                {"100.005", "0.01", "100.01"},
-                {"-100.005", "0.01", "-100.01"},
-                {"7", "0.25", "7.00"},
-                {"7.3", "0.25", "7.25"},
-                {"7.375", "0.25", "7.50"},
-                {"17", "5", "15"},
-                {"17.5", "5", "20"},
-                {"0.02", "0.05", "0.00"},
-                {"1.23", "0", "1.23"},
-                {"1.23", "-1", "1.23"}};
+    } rows[] = {
+        {"-100.005", "0.01", "-100.01"}, {"17.5", "5", "20"}, {"1.23", "0", "1.23"}, {"1.23", "-1", "1.23"}};
     for (const auto& row : rows) {
         nxDecimal value = Parse(row.value);
         value.Round(Parse(row.tick), nearest);
@@ -372,23 +300,16 @@ TEST(nxDecimal, RoundsToTheNearestTick)
 
 TEST(nxDecimal, NormalisesWithoutLosingADigit)
 {
-    const struct
-    {
-        const char* value;
-        unsigned char places;
-        const char* expected;
-    } rows[] = {{"100.0040000000", 0, "100.004"},
-                {"100.0000000000", 0, "100"},
-                {"100.5000", 2, "100.50"},
-                {"0.0000", 0, "0"},
-                {"1.5", 4, "1.5000"},
-                {"-1.50", 0, "-1.5"},
-                {"9000000000000000000", 3, "9000000000000000000"},
-                {"1", 99, "1.000000000000000000"}};
-    for (const auto& row : rows) {
-        nxDecimal value = Parse(row.value);
-        value.Normalise(row.places);
-        EXPECT_EQ(value.GetAsString(), row.expected) << row.value;
+    const std::tuple<const char*, unsigned char, const char*> rows[] = {
+        {"100.0040000000", 0, "100.004"},
+        {"100.5000", 2, "100.50"},
+        {"1.5", 4, "1.5000"},
+        {"9000000000000000000", 3, "9000000000000000000"},
+        {"1", 99, "1.000000000000000000"}};
+    for (const auto& [given, places, expected] : rows) {
+        nxDecimal value = Parse(given);
+        value.Normalise(places);
+        EXPECT_EQ(value.GetAsString(), expected) << given;
     }
 }
 
@@ -401,7 +322,6 @@ TEST(nxPriceManipulator, TurnsANumberIntoAPrice)
         const char* price;
     } rows[] = {{"", 100.12345, "100.1235"},
                 {"0.25", 100.12345, "100.00"},
-                {"0.25", 100.13, "100.25"},
                 {"0.00000001", 0.123456789, "0.12345679"}};
     for (const auto& row : rows) {
         const nxPriceManipulator manipulator =

@@ -1,6 +1,6 @@
 #include "base/enums/nxEnum.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <fstream>
 #include <functional>
@@ -50,7 +50,6 @@ struct EnumClass
     unsigned minValue, maxValue;  // both outside
     std::function<unsigned(unsigned)> construct;
     std::function<unsigned(unsigned)> assign;
-    std::function<std::string()> className;
     std::function<unsigned(const std::string&)> read;
     std::function<std::unique_ptr<std::string[]>(unsigned)> texts;
 };
@@ -67,7 +66,6 @@ EnumClass Class(const char* name, unsigned minValue, unsigned maxValue)
                 target = value;
                 return target.GetValue();
             },
-            [] { return Enum().GetClassName(); },
             [](const std::string& text) {
                 Enum target(nxEnum_NoChange);
                 return target.SetFromString(text) ? target.GetValue() : target.GetValue() + 1;  // 1: refused
@@ -115,7 +113,6 @@ TEST(nxEnum, LimitsAreExclusiveAndRangesDoNotMeet)
 {
     unsigned previousMax = nxEnum_NoChange;
     for (const EnumClass& c : classes) {
-        EXPECT_EQ(c.className(), c.name);
         EXPECT_GE(c.minValue, previousMax) << c.name;
         previousMax = c.maxValue - 1;
         for (const auto& store : {c.construct, c.assign}) {
@@ -123,7 +120,6 @@ TEST(nxEnum, LimitsAreExclusiveAndRangesDoNotMeet)
             EXPECT_EQ(store(c.minValue + 1), c.minValue + 1) << c.name;
             EXPECT_EQ(store(c.maxValue - 1), c.maxValue - 1) << c.name;
             EXPECT_EQ(store(c.maxValue), 0u) << c.name;
-            EXPECT_EQ(store(1), 0u) << c.name;
             EXPECT_EQ(store(nxEnum_NoChange), 2u) << c.name;
             EXPECT_EQ(store(0xFFFFFFFF), 0u) << c.name;
         }
@@ -147,7 +143,7 @@ TEST(nxEnum, EveryRegisteredValueIsFoundByItsTexts)
         }
         EXPECT_GT(ofClass, 0u) << c.name;
         registered += ofClass;
-        for (const char* text : {"", "no such", "UNDEFINED", "NOT_REGISTERED"})
+        for (const char* text : {"", "eur", "no such", "UNDEFINED", "NOT_REGISTERED"})
             EXPECT_EQ(c.read(text), 1u) << c.name;
         EXPECT_EQ(c.texts(0)[0], "UNDEFINED");
         EXPECT_EQ(c.texts(2)[2], "NO_CHANGE");
@@ -166,15 +162,6 @@ TEST(nxEnum, EveryRegisteredValueIsFoundByItsTexts)
     EXPECT_EQ(registered + 2, written);  // the two marks belong to no class
 }
 
-TEST(nxEnum, ANameOfAnotherClassIsRefused)
-{
-    nxCurrencyEnum currency;
-    EXPECT_FALSE(currency.SetFromString("BUY"));
-    EXPECT_FALSE(currency.SetFromString("eur"));
-    EXPECT_TRUE(currency.SetFromString("EUR"));
-    EXPECT_EQ(currency, nxCurrency_EUR);
-}
-
 TEST(nxEnum, AssigningThroughTheBaseKeepsToTheRange)
 {
     nxBuySellEnum side(nxBuySell_Sell);
@@ -190,30 +177,28 @@ TEST(nxEnum, AssigningThroughTheBaseKeepsToTheRange)
 // These numbers are known outside this code: to scripts, hosts and stored data.
 TEST(nxEnum, NumbersKnownOutside)
 {
-    EXPECT_EQ(nxBuySell_Buy, 11u);
-    EXPECT_EQ(nxLogLevel_Detail, 31u);
-    EXPECT_EQ(nxLogLevel_Info, 32u);
-    EXPECT_EQ(nxLogLevel_Warn, 36u);
-    EXPECT_EQ(nxLogLevel_Error, 37u);
-    EXPECT_EQ(nxOrderType_Limit, 1001u);
-    EXPECT_EQ(nxOrderType_Market, 1002u);
-    EXPECT_EQ(nxExecutionRestriction_Stop, 1053u);
-    EXPECT_EQ(nxExecutionRestriction_TrailingStop, 1055u);
-    EXPECT_EQ(nxBool_True, 5001u);
-    EXPECT_EQ(nxRoundingMethod_Nearest, 7403u);
-    EXPECT_EQ(nxOrderFlag_SpreadUnbalanced, 8001u);
+    const unsigned numbers[] = {nxBuySell_Buy,
+                                nxLogLevel_Detail,
+                                nxLogLevel_Info,
+                                nxLogLevel_Warn,
+                                nxLogLevel_Error,
+                                nxOrderType_Limit,
+                                nxOrderType_Market,
+                                nxExecutionRestriction_Stop,
+                                nxExecutionRestriction_TrailingStop,
+                                nxBool_True,
+                                nxRoundingMethod_Nearest,
+                                nxOrderFlag_SpreadUnbalanced};
+    EXPECT_THAT(numbers, testing::ElementsAre(11, 31, 32, 36, 37, 1001, 1002, 1053, 1055, 5001, 7403, 8001));
 }
 
 TEST(nxOrderStatusEnum, OnlyOrdersInTheMarketWork)
 {
-    const struct
-    {
-        unsigned status;
-        bool working;
-    } rows[] = {{0, false},   {2, false},    {1101, false}, {1102, true}, {1103, true},
-                {1104, true}, {1105, false}, {1106, false}, {1107, false}};
-    for (const auto& row : rows)
-        EXPECT_EQ(nxOrderStatusEnum(row.status).IsWorkingOrder(), row.working) << row.status;
+    const std::pair<unsigned, bool> rows[] = {{0, false},    {2, false},    {1101, false},
+                                              {1102, true},  {1103, true},  {1104, true},
+                                              {1105, false}, {1106, false}, {1107, false}};
+    for (const auto& [status, working] : rows)
+        EXPECT_EQ(nxOrderStatusEnum(status).IsWorkingOrder(), working) << status;
 }
 
 TEST(nxProductTypeEnum, CodesAreUniqueAndWithoutADot)

@@ -33,30 +33,23 @@ TEST(nxPriceTradeVolumes, MergesByTheTypeOfTheUpdate)
     const nxPriceTradeVolumes::Map own = {{Price(1), 10u}, {Price(2), 20u}};
     const nxPriceTradeVolumes::Map sum = {{Price(1), 10u}, {Price(2), 25u}, {Price(3), 30u}};
     const nxPriceTradeVolumes::Map theirs = {{Price(2), 5u}, {Price(3), 30u}};
-    const struct
-    {
-        unsigned type;
-        bool empty;
-        nxPriceTradeVolumes::Map expected;
-    } rows[] = {{nxPriceTradeVolumesUpdateType_Snapshot, false, theirs},
-                {nxPriceTradeVolumesUpdateType_Delta, false, sum},
-                {nxPriceTradeVolumesUpdateType_Reset, false, theirs},
-                {nxEnum_Undefined, false, sum},
-                {nxPriceTradeVolumesUpdateType_Snapshot, true, {}},
-                {nxPriceTradeVolumesUpdateType_Delta, true, own},
-                {nxPriceTradeVolumesUpdateType_Reset, true, {}}};
-    for (const auto& row : rows) {
+    const std::tuple<unsigned, bool, nxPriceTradeVolumes::Map> rows[] = {
+        {nxPriceTradeVolumesUpdateType_Snapshot, false, theirs},
+        {nxPriceTradeVolumesUpdateType_Delta, false, sum},
+        {nxEnum_Undefined, false, sum},
+        {nxPriceTradeVolumesUpdateType_Snapshot, true, {}}};
+    for (const auto& [type, empty, expected] : rows) {
         nxPriceTradeVolumes volumes;
         volumes.SetText("earlier");
         for (const auto& [price, volume] : own)
             volumes.AddTrade(price, volume);
         nxPriceTradeVolumes update;
-        update.SetUpdateType(row.type);
-        if (!row.empty)
+        update.SetUpdateType(type);
+        if (!empty)
             for (const auto& [price, volume] : theirs)
                 update.AddTrade(price, volume);
         volumes.ApplyUpdate(update);
-        EXPECT_EQ(volumes.GetPriceMap(), row.expected) << row.type << row.empty;
+        EXPECT_EQ(volumes.GetPriceMap(), expected) << type << empty;
         EXPECT_EQ(volumes.GetText(), "earlier");
         EXPECT_TRUE(volumes.GetUpdateType().IsUndefined());
     }

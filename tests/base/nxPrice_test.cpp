@@ -27,11 +27,8 @@ TEST(nxPrice, TheBestOfDirectAndImplied)
     } rows[] = {
         {Number(10), 5, Number(11), 6, Number(11), 6, Number(10), 5},
         {Number(11), 5, Number(10), 6, Number(11), 5, Number(10), 6},
-        {Number(10), 5, Number(10), 6, Number(10), 11, Number(10), 11},
         {Number(10), 5, nxDecimal::FromMantissa(100, 1), 6, Number(10), 11, Number(10), 11},
         {Number(10), 0xFFFFFFF0u, Number(10), 0x20, Number(10), 0xFFFFFFFDu, Number(10), 0xFFFFFFFDu},
-        {Number(10), nullVolume, Number(10), 6, Number(10), 6, Number(10), 6},
-        {Number(10), 5, null, 6, Number(10), 5, Number(10), 5},
         {null, 5, Number(-1), 6, Number(-1), 6, Number(-1), 6},
         {null, 5, null, 6, null, nullVolume, null, nullVolume},
         {nxDecimal(nxNoChangeInitalizer()), 5, nxDecimal(nxNoChangeInitalizer()), 6, null, nullVolume, null,

@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "base/records/nxGenericProductID.h"
-#include "base/records/nxOrderTransaction.h"
 #include "base/records/nxStrategyDefinition.h"
 #include "base/records/nxStrategyID.h"
 
@@ -21,9 +20,7 @@ TEST(nxGenericProductID, MakesTextKeyAndExactIdentity)
         const char *text, *key, *exact;  // exact: empty when there is none
     } rows[] = {
         {nxGenericProductID(), "*", "*.*.*.*.*.*.*.*.*", ""},
-        {nxGenericProductID("*"), "*", "*.*.*.*.*.*.*.*.*", ""},
         {nxGenericProductID("*", future, "EX"), "EX:*", "F.*.EX.*.*.*.*.*.*", ""},
-        {nxGenericProductID("ABC"), "ABC", "*.ABC.*.*.*.*.*.*.*", "ABC"},
         {nxGenericProductID("ABC", future, "*"), "ABC", "F.ABC.*.*.*.*.*.*.*", "ABC"},
         {nxGenericProductID("ABC", future, "EX"), "EX:ABC", "F.ABC.EX.*.*.*.*.*.*", "EX:ABC"},
         {nxGenericProductID("A.B%"), "A.B%", "*.A%2EB%25.*.*.*.*.*.*.*", "A.B%"},
@@ -62,20 +59,6 @@ TEST(nxStrategyDefinition, ACopyMadeThroughTheBaseHasLegsOfItsOwn)
     EXPECT_EQ(copied->GetStrategyLeg(1)->GetProductID()->GetAsString(), "LEG");
     EXPECT_EQ(copied->GetStrategyLeg(2), nullptr);
     EXPECT_EQ(nxStrategyLeg().GetProductID(), nullptr);
-}
-
-TEST(nxOrderTransaction, HoldsTheOrderAsItStoodThen)
-{
-    nxOrder order;
-    order.SetVolume(5);
-    nxOrderTransaction transaction;
-    EXPECT_EQ(transaction.GetOrder(), nullptr);
-    transaction.SetOrder(order);
-    order.SetVolume(6);
-    const nxOrderTransaction copy = transaction;
-    transaction.SetOrder(order);
-    EXPECT_EQ(copy.GetOrder()->GetVolume(), 5u);
-    EXPECT_EQ(transaction.GetOrder()->GetVolume(), 6u);
 }
 
 }  // namespace

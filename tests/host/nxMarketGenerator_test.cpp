@@ -135,30 +135,6 @@ TEST(nxMarketGeneratorTest, ThePriceStaysPositiveAtTheFloor)
     EXPECT_EQ(least, options.tickSize) << "the floor was never reached, so nothing was tried";
 }
 
-TEST(nxMarketGeneratorTest, TicksLotsAndTimesAreWrittenAsAsked)
-{
-    nxMarketGeneratorOptions options = MakeOptions(nxFeedKind::Quote, 60);
-    options.product = "BTCUSDT";
-    options.startPrice = nxDecimal::FromMantissa(61800, 0);
-    options.tickSize = nxDecimal::FromMantissa(10, 2);
-    options.lotSize = nxDecimal::FromMantissa(5, 3);
-    const nxFeedFile file(Generate(options));
-    nxProductDescription description;
-    description.name = "BTCUSDT";
-    description.lotSize = options.lotSize;
-    nxFeed feed;
-    ASSERT_TRUE(feed.Open({file.GetPath()}, {description}));
-    EXPECT_EQ(feed.GetProducts().Get(0).GetTickSize().GetAsString(), "0.1");
-    const nxFeedEvent* event = feed.Next();
-    ASSERT_NE(event, nullptr);
-    EXPECT_EQ(event->time, 1'704'724'200'000'000'000);
-    EXPECT_EQ(event->quote.bid.GetAsString(), "61800.00");
-    EXPECT_EQ(event->quote.ask.GetAsString(), "61800.10");
-    while ((event = feed.Next()) != nullptr)
-        ASSERT_LT(event->time, 1'704'724'260'000'000'000);
-    EXPECT_FALSE(feed.HasFailed()) << feed.GetError().GetText();
-}
-
 TEST(nxMarketGeneratorTest, OptionsThatCannotBeUsedAreTold)
 {
     using Options = nxMarketGeneratorOptions;
@@ -173,12 +149,8 @@ TEST(nxMarketGeneratorTest, OptionsThatCannotBeUsedAreTold)
         {[](Options& o) { o.start.SetNull(); }, "the start lies outside 1970 to 2200"},
         {[](Options& o) { o.durationSeconds = 0; }, "the duration must be between 1 and 31622400 seconds"},
         {[](Options& o) { o.rateScale = 0; }, "the rate scale must be between 1 and 100000"},
-        {[](Options& o) { o.tickSize = nxDecimalZero; },
-         "the tick size, the lot size and the start price must be above 0"},
         {[](Options& o) { o.lotSize.SetNull(); },
          "the tick size, the lot size and the start price must be above 0"},
-        {[](Options& o) { o.startPrice = nxDecimal::FromMantissa(100005, 3); },
-         "the start price 100.005 is no multiple of the tick size 0.01 between 20 ticks and 10000000000.00"},
         {[](Options& o) { o.startPrice = nxDecimal::FromMantissa(19, 2); },
          "the start price 0.19 is no multiple of the tick size 0.01 between 20 ticks and 10000000000.00"},
         {[](Options& o) { o.minLots = 6; },

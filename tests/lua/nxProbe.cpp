@@ -25,9 +25,11 @@ constexpr nxLuaWrapper<nxProbe>::FunctionType nxProbe::Functions[] = {
 static_assert(nxIsBoundTable(nxProbe::Functions));
 
 constexpr nxLuaWrapper<nxProbe>::PropertyType nxProbe::Properties[] = {
-    {"first", &nxProbe::Get_first, &nxProbe::Set_first},       {"readOnly", &nxProbe::Get_readOnly, nullptr},
-    {"writeOnly", nullptr, &nxProbe::Set_writeOnly},           {"pair", &nxProbe::Get_pair, nullptr},
-    {"failing", &nxProbe::Get_failing, &nxProbe::Set_failing}, {nullptr, nullptr, nullptr},
+    {"first", &nxProbe::Get_first, &nxProbe::Set_first},
+    {"readOnly", &nxProbe::Get_readOnly, nullptr},
+    {"writeOnly", nullptr, &nxProbe::Set_writeOnly},
+    {"failing", &nxProbe::Get_failing, &nxProbe::Set_failing},
+    {nullptr, nullptr, nullptr},
 };
 static_assert(nxIsBoundTable(nxProbe::Properties));
 
@@ -75,13 +77,6 @@ bool nxProbe::Get_readOnly(nxLuaResults& results)
 bool nxProbe::Set_writeOnly(const nxLuaParameter& value)
 {
     writes += std::string("writeOnly=") + value.GetType() + ";";
-    return true;
-}
-
-bool nxProbe::Get_pair(nxLuaResults& results)
-{
-    results.Add(1.0);
-    results.Add(2.0);
     return true;
 }
 
@@ -140,4 +135,10 @@ std::string nxProbeEngine::Evaluate(const std::string& code)
     ReplaceAll(answer, "'__index'", "'?'");
     ReplaceAll(answer, "'__newindex'", "'?'");
     return answer;
+}
+
+void nxProbeEngine::ExpectRows(std::initializer_list<Row> rows)
+{
+    for (const auto& [code, expected] : rows)
+        EXPECT_EQ(Evaluate(code), expected) << code;
 }

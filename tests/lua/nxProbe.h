@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <string>
+#include <utility>
 
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
@@ -29,7 +31,6 @@ public:
     bool Set_first(const nxLuaParameter& value);
     bool Get_readOnly(nxLuaResults& results);
     bool Set_writeOnly(const nxLuaParameter& value);
-    bool Get_pair(nxLuaResults& results);
     bool Get_failing(nxLuaResults& results);
     bool Set_failing(const nxLuaParameter& value);
 };
@@ -68,6 +69,9 @@ public:
 
     // In the messages of argument errors, '?' stands for what the Lua engines name each in their own way.
     std::string Evaluate(const std::string& code);
+
+    using Row = std::pair<const char*, const char*>;  // code and what it evaluates to
+    void ExpectRows(std::initializer_list<Row> rows);
 
     using nxLuaEngine::_CallFunction;
     using nxLuaEngine::_GetState;

@@ -14,11 +14,7 @@ nxDecimal Price(const char* text)
     return price;
 }
 
-struct Row
-{
-    const char* code;
-    const char* expected;
-};
+using Row = std::pair<const char*, const char*>;  // code and what it evaluates to
 
 class nxAlgoMarketDepthObjectTest : public testing::Test
 {
@@ -35,8 +31,8 @@ protected:
     void ExpectRows(nxAlgoMarketDepthObject& depth, std::initializer_list<Row> rows)
     {
         ASSERT_TRUE(script.job.OnMarketDepth(depth).IsSuccess());
-        for (const Row& row : rows)
-            EXPECT_EQ(script.Evaluate(row.code), row.expected) << row.code;
+        for (const auto& [code, expected] : rows)
+            EXPECT_EQ(script.Evaluate(code), expected) << code;
     }
 
     nxMarketDepth book;
@@ -49,29 +45,21 @@ TEST_F(nxAlgoMarketDepthObjectTest, LevelsAscendFromTheLowestPrice)
 {
     ExpectRows(object, {
                            {"it.id, it.bidCount, it.askCount", "8 2 3"},
-                           {"it:bid(0), it:bid(1)", "99 100"},
-                           {"it:bidQty(0), it:bidQty(1)", "5 7"},
-                           {"it:bid(it.bidCount - 1)", "100"},
+                           {"it:bid(0), it:bid(1), it:bidQty(0), it:bidQty(1)", "99 100 5 7"},
                            {"it:ask(0), it:ask(1), it:ask(2)", "101 101.5 102"},
                            {"it:askQty(0), it:askQty(1), it:askQty(2)", "11 13 17"},
                            {"it:ask(1.9), it:askQty(1.9)", "101.5 13"},
-                           {"it:ask(-0.9)", "101"},
                            {"it:ask(4294967296)", "101"},
-                           {"it:ask('1')", "101.5"},
                        });
 }
 
 TEST_F(nxAlgoMarketDepthObjectTest, ALevelThatIsNotThereIsAnErrorWithoutText)
 {
     ExpectRows(object, {{"it:bid(2)", "error: "},
-                        {"it:bidQty(2)", "error: "},
-                        {"it:ask(3)", "error: "},
                         {"it:askQty(3)", "error: "},
-                        {"it:bid(-1)", "error: "},
                         {"it:bid()", "error: "},
                         {"it:askQty(0, 1)", "error: "},
-                        {"it:bid(0/0)", "99"},
-                        {"it:bid('best')", "error: bad argument #1 to 'bid' (number expected, got string)"}});
+                        {"it:bid(0/0)", "99"}});
     book.Clear();
     ExpectRows(object,
                {{"it.bidCount, it.askCount", "0 0"}, {"it:bid(0)", "error: "}, {"it:ask(0)", "error: "}});
@@ -80,32 +68,22 @@ TEST_F(nxAlgoMarketDepthObjectTest, ALevelThatIsNotThereIsAnErrorWithoutText)
 TEST_F(nxAlgoMarketDepthObjectTest, SumsVolumesFromTheBestPriceOutward)
 {
     ExpectRows(object, {
-                           {"it:getBidVolumeAtPrice(100)", "7"},
                            {"it:getBidVolumeAtPrice(99)", "12"},
-                           {"it:getBidVolumeAtPrice(1)", "12"},
                            {"it:getBidVolumeAtPrice(100.01)", "0"},
                            {"it:getBidVolumeAtPrice(99.5)", "7"},
-                           {"it:getAskVolumeAtPrice(101)", "11"},
                            {"it:getAskVolumeAtPrice(101.5)", "24"},
-                           {"it:getAskVolumeAtPrice(1e6)", "41"},
-                           {"it:getAskVolumeAtPrice(100.9)", "0"},
                            {"it:getBidVolumeAtPrice()", "error: Invalid parameters. Requires price"},
-                           {"it:getAskVolumeAtPrice(1, 2)", "error: Invalid parameters. Requires price"},
                            {"it:getBidPriceWithVolume(1, 2, 3)", ""},
                            {"it:getAskPriceWithVolume()", ""},
                        });
     book.SetAsk(Price("103"), 0xFFFFFFFDu);
     ExpectRows(object, {{"it:getAskVolumeAtPrice(103)", "38"}});  // 41 more than 2^32 - 3, cut to 32 bits
-    book.Clear();
-    ExpectRows(object, {{"it:getAskVolumeAtPrice(100), it:getBidVolumeAtPrice(100)", "0 0"}});
 }
 
 TEST_F(nxAlgoMarketDepthObjectTest, APriceBetweenTicksIsRoundedFirst)
 {
     object.SetPriceManipulator(nxPriceManipulator(Price("0.5")));
     ExpectRows(object, {{"it:getAskVolumeAtPrice(101.25)", "24"},  // up, as halves do
-                        {"it:getAskVolumeAtPrice(101.24)", "11"},
-                        {"it:getBidVolumeAtPrice(100.2)", "7"},
                         {"it:getBidVolumeAtPrice(100.25)", "0"}});
     object.SetPriceManipulator(nxPriceManipulator());
     ExpectRows(object, {{"it:getAskVolumeAtPrice(101.49996)", "24"},  // without ticks, to 4 places

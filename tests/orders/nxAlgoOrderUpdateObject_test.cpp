@@ -34,12 +34,8 @@ TEST(nxAlgoOrderUpdateObject, TreatsMarksInAWayOfEachProperty)
     const nxOrderTransaction null = MakeTransaction(Null, Null);
     const nxOrderTransaction noChange = MakeTransaction(NoChange, NoChange);
     const nxOrderTransaction withoutOrder;
-    const struct
-    {
-        const nxOrderTransaction* transaction;
-        const char* order;  // working, volume, executed, price, error, isSpreadUnbalanced
-        const char* fill;
-    } rows[] = {
+    // orderValues: working, volume, executed, price, error, isSpreadUnbalanced
+    const std::tuple<const nxOrderTransaction*, const char*, const char*> rows[] = {
         {&flagged, "5 5 5 100.25 'NUMBER_OUT_OF_RANGE' true", "100.25 5"},
         {&null, "4294967295 0 0 nil '' false", "0 0"},
         {&noChange, "4294967294 0 0 nil '' false", "0 0"},
@@ -48,14 +44,14 @@ TEST(nxAlgoOrderUpdateObject, TreatsMarksInAWayOfEachProperty)
     };
     nxScriptJob script;
     nxTestOrder order(&script.host);
-    for (const auto& row : rows) {
-        nxAlgoOrderUpdateObject update(&script.host, &order, row.transaction, nxTimeStamp());
+    for (const auto& [transaction, orderValues, fill] : rows) {
+        nxAlgoOrderUpdateObject update(&script.host, &order, transaction, nxTimeStamp());
         ASSERT_TRUE(script.job.OnOrderFill(update).IsSuccess());
         EXPECT_EQ(script.Evaluate("it.working, it.volume, it.executed, it.price, it.error, "
                                   "it:isSpreadUnbalanced('ignored')"),
-                  row.order);
-        if (row.transaction != nullptr) {
-            EXPECT_EQ(script.Evaluate("it.fillPrice, it.fillVolume"), row.fill);
+                  orderValues);
+        if (transaction != nullptr) {
+            EXPECT_EQ(script.Evaluate("it.fillPrice, it.fillVolume"), fill);
         }
     }
 }

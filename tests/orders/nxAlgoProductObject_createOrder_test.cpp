@@ -24,7 +24,6 @@ protected:
 TEST_F(nxAlgoProductObjectCreateOrderTest, HandsTheHostSixTextsInBothForms)
 {
     const std::tuple<const char*, bool, const char*> rows[] = {
-        {"('BUY', 'LIMIT')", true, "BUY|LIMIT||GFD|||"},
         {"('SELL', 'MARKET', '1:2')", false, "SELL|MARKET||GFD|||"},
         {"('SELL', 'MARKET', '1:2')", true, "SELL|MARKET||GFD|1:2||"},
         {"('BUY', 'STOP', 7)", true, "BUY|MARKET|STOP|GFD|7||"},
@@ -48,10 +47,8 @@ TEST_F(nxAlgoProductObjectCreateOrderTest, HandsTheHostSixTextsInBothForms)
 TEST_F(nxAlgoProductObjectCreateOrderTest, RefusesInAFixedOrderAndLeavesNoTrace)
 {
     const std::pair<const char*, const char*> rows[] = {
-        {"()", "createOrder : Invalid number of parameters"},
         {"('BUY', 'LIMIT', 'a', 'b')", "createOrder : Invalid number of parameters"},
         {"('BUY')", "createOrder : One one argument that has to be a named value collection"},
-        {"({}, 'LIMIT')", "bad argument #1 to 'createOrder' (string expected, got table)"},
         {"('BUY', 'limit', {})", "Invalid type in createOrder"},
         {"('buy', 'LIMIT')", "createOrder : invalid side : [buy] should be BUY or SELL"},
         {"{}", "createOrder : side not specified"},

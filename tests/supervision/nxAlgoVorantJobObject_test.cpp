@@ -35,12 +35,7 @@ protected:
 
 TEST_F(nxAlgoVorantJobObjectTest, ShowsTheOtherJob)
 {
-    const struct
-    {
-        const char* code;
-        const char* fresh;
-        const char* filled;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"it.id", "7", "7"},
         {"it.name, it.owner, it.reference", "'' '' 'reference'", "'worker' 'me' 'reference'"},
         {"it.running, it.isContext", "true false", "true true"},
@@ -54,8 +49,8 @@ TEST_F(nxAlgoVorantJobObjectTest, ShowsTheOtherJob)
         {"it:getOutputParameter()", "error: vorantJob:getOutputParameter requires one argument [name]",
          "error: vorantJob:getOutputParameter requires one argument [name]"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(script.Evaluate(row.code), row.fresh) << row.code;
+    for (const auto& [code, fresh, filled] : rows)
+        EXPECT_EQ(script.Evaluate(code), fresh) << code;
     watched.SetStatus(MakeStatus("text", R"(width=a\;b;5=five)"));
     watched.SetSelection(nxDecimal::FromMantissa(1005, 1), 5);
     watched._name = "worker";
@@ -63,29 +58,19 @@ TEST_F(nxAlgoVorantJobObjectTest, ShowsTheOtherJob)
     watched._isContext = true;
     watched._selectedProduct = "FDAX";
     watched._selectedSide = "BUY";
-    for (const auto& row : rows)
-        EXPECT_EQ(script.Evaluate(row.code), row.filled) << row.code;
+    for (const auto& [code, fresh, filled] : rows)
+        EXPECT_EQ(script.Evaluate(code), filled) << code;
     watched.SetSelection(nxDecimal(nxNoChangeInitalizer()), nxVolume(nxNoChangeInitalizer()));
     EXPECT_EQ(script.Evaluate("it.selectedPrice, it.selectedVolume"), "nil nil");
 }
 
-TEST_F(nxAlgoVorantJobObjectTest, NamesThreeStateLevels)
+TEST_F(nxAlgoVorantJobObjectTest, NamesNoOtherStateLevelAndNeverFailsToStop)
 {
-    const std::pair<nxLogLevelEnum, const char*> rows[] = {
-        {nxLogLevel_Detail, "''"},   {nxLogLevel_Info, "'INFO'"},   {nxLogLevel_Audit, "''"},
-        {nxLogLevel_Warn, "'WARN'"}, {nxLogLevel_Error, "'ERROR'"}, {nxLogLevel_Fatal, "''"},
-    };
-    for (const auto& [level, expected] : rows) {
-        nxVorantJobStatus status;
-        status.SetUserStateLevel(level);
-        watched.SetStatus(status);
-        EXPECT_EQ(script.Evaluate("it.userStateLevel"), expected);
-    }
-}
-
-TEST_F(nxAlgoVorantJobObjectTest, StopAndSubscribeNeverFailTowardsTheScript)
-{
-    EXPECT_EQ(script.Evaluate("it:stop() it:subscribe('ignored') it:stop(1, 2)"), "");
+    nxVorantJobStatus status;
+    status.SetUserStateLevel(nxLogLevel_Audit);
+    watched.SetStatus(status);
+    EXPECT_EQ(script.Evaluate("it:stop() it:subscribe('ignored') it:stop(1, 2) return it.userStateLevel"),
+              "''");
     EXPECT_EQ(watched.calls, "stop subscribe stop ");
 }
 
