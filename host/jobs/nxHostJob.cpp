@@ -47,6 +47,44 @@ nxAlgoProductObject* nxHostJob::GetProduct(const std::string& productName)
     return product.get();
 }
 
+void nxHostJob::NoteRequest()
+{
+    ++_requestCount;
+    _services.NoteRequest(*this);
+}
+
+nxAlgoOrderObject* nxHostJob::CreateOrder(nxAlgoProductObject* product, const std::string& side,
+                                          const std::string& type, const std::string& exec,
+                                          const std::string& time, const std::string&)
+{
+    auto& known = static_cast<nxHostProduct&>(*product);  // every product of the job is one
+    const unsigned int id = _services.ReserveOrder();
+    _orders.push_back(
+        std::make_unique<nxHostOrder>(*this, known, nxHostOrder::Texts{side, type, exec, time}, id));
+    _services.NoteOrder(*_orders.back());
+    return _orders.back().get();
+}
+
+nxHostOrder& nxHostJob::AddChild(const nxExchangeOrder& child, nxHostOrder& parent)
+{
+    _orders.push_back(std::make_unique<nxHostOrder>(*this, parent.GetHostProduct(), child, parent));
+    _services.NoteOrder(*_orders.back());
+    return *_orders.back();
+}
+
+nxAlgoOrderObject* nxHostJob::GetOrder(unsigned int id)
+{
+    nxHostOrder* const order = _services.FindOrder(id);
+    if (order == nullptr || &order->GetOwner() == this) return order;
+    std::unique_ptr<nxHostOrder>& view = _foreignOrders[id];
+    if (view == nullptr) {
+        nxAlgoProductObject* const product = GetProduct(order->GetHostProduct().GetMarket().GetName());
+        view = std::make_unique<nxHostOrder>(*this, static_cast<nxHostProduct&>(*product), *order);
+    }
+    view->Refresh(*order);
+    return view.get();
+}
+
 nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, std::initializer_list<nxMarketEvent> events,
                              int change)
 {

@@ -1,5 +1,7 @@
 #include "host/jobs/nxHostProduct.h"
 
+#include "host/jobs/nxHostJob.h"
+
 nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id)
     : nxAlgoProductObject(job, nxGenericProductID(market.GetName()), id),
       _market(market),
@@ -29,6 +31,13 @@ nxAlgoPositionObject& nxHostProduct::GetPositionEvent()
 {
     _positionEvent.SetPosition(_GetPosition());
     return _positionEvent;
+}
+
+nxAlgoOrderObject* nxHostProduct::_CreateOrder(const std::string& side, const std::string& type,
+                                               const std::string& exec, const std::string& time,
+                                               const std::string& spreadSpec, const std::string&)
+{
+    return GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
 }
 
 void nxHostProduct::Describe(const nxDecimal& tickSize)

@@ -47,6 +47,9 @@ protected:
     void _GetPriceSnapshot(nxPrice& price) const override { price = _market.GetPrice(); }
     void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = _market.GetDepth(); }
     void _GetState(nxProductStateBitMask& state) const override { state = _market.GetState(); }
+    nxAlgoOrderObject* _CreateOrder(const std::string& side, const std::string& type, const std::string& exec,
+                                    const std::string& time, const std::string& spreadSpec,
+                                    const std::string& spreadInstance) override;
 
 private:
     const nxMarketProduct& _market;

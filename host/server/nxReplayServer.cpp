@@ -113,8 +113,7 @@ void nxReplayServer::_Replay()
     constexpr unsigned int progressInterval = 4096;
     unsigned int untilProgress = progressInterval;
     while (_next != nullptr) {
-        if (std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()}) <= _next->time)
-            _RunDue(_next->time);
+        if (_GetNextDue() <= _next->time) _RunDue(_next->time);
         if (_options.speed > 0.0) _WaitFor(_next->time);
         if (_IsEnding()) break;
         _SetTime(_next->time);
@@ -158,6 +157,7 @@ void nxReplayServer::_Finish()
     const std::string reason = _end;
     for (const auto& runner : _runners)
         _EndJob(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
+    _TakeLastAnswers();
 }
 
 void nxReplayServer::_CloseRecord()
@@ -228,6 +228,7 @@ nxReplayServer::Market& nxReplayServer::_GetMarket(unsigned int index)
             static_cast<void>(
                 market->product.SetState(isOpen ? nxAlgoStateObject::Open : nxAlgoStateObject::Closed));
         }
+        if (_exchange) _AddToExchange(*market);
     }
     return *market;
 }
@@ -241,13 +242,19 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
         market.tickSize = known.GetTickSize();
         for (nxHostProduct* product : market.subscribers)
             if (product != nullptr) product->Describe(market.tickSize);
+        if (_exchange) _exchange->SetTickSize(market.exchangeProduct, market.tickSize);
     }
     if (market.hours.IsEmpty()) _SetState(market, nxAlgoStateObject::Open);
+    market.isFresh = false;
     switch (event.kind) {
         case nxFeedKind::Quote:
             ++(event.quote.IsTrade() ? _statistics.trades : _statistics.quotes);
             market.product.ApplyQuote(event.quote, event.time);
             _UpdateTradeVolumes(market);
+            if (_exchange) {
+                _exchange->OnQuote(market.exchangeProduct, event.quote, event.time);
+                _RunExchange();
+            }
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -255,6 +262,10 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             ++_statistics.bars;
             market.product.ApplyBar(event.bar, event.time);
             _UpdateTradeVolumes(market);
+            if (_exchange) {
+                _exchange->OnBar(market.exchangeProduct, event.bar, event.time);
+                _RunExchange();
+            }
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -262,6 +273,10 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             ++_statistics.depthChanges;
             _statistics.depthRows += event.rows;
             market.product.ApplyDepth(event.levels);
+            if (_exchange) {
+                _exchange->OnDepth(market.exchangeProduct, event.levels, event.time);
+                _RunExchange();
+            }
             _DeliverDepth(market);
             // A product with quotes of its own has its prices from there.
             if (!known.Has(nxFeedKind::Quote) && !known.Has(nxFeedKind::Bar) &&
@@ -271,11 +286,18 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
     }
 }
 
-// Changed parameters, trading hours and timers, in the order of their times, on equal times in this one.
+long long nxReplayServer::_GetNextDue() const
+{
+    const long long own = std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()});
+    return _exchange ? std::min(own, _exchange->GetNextTime()) : own;
+}
+
+// Changed parameters, trading hours, orders with their answers, and timers, in the order of their times, on
+// equal times in this one.
 void nxReplayServer::_RunDue(long long until)
 {
     while (!_IsEnding()) {
-        const long long due = std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()});
+        const long long due = _GetNextDue();
         if (due > until || due == nxTimerQueue::Never) return;
         if (_options.speed > 0.0) _WaitFor(due);
         if (_IsEnding()) return;
@@ -285,6 +307,8 @@ void nxReplayServer::_RunDue(long long until)
             _ApplyChanges();
         } else if (due == _nextStateTime) {
             _FollowHours();
+        } else if (_exchange && due == _exchange->GetNextTime()) {
+            _RunExchange();
         } else {
             _RunTimer();
         }
@@ -381,6 +405,10 @@ void nxReplayServer::_DeliverTradeVolumes(Market& market)
 void nxReplayServer::_SetState(Market& market, unsigned int bits)
 {
     if (!market.product.SetState(bits)) return;
+    const bool isOpen = bits == nxAlgoStateObject::Open;
+    market.isFresh = isOpen;
+    if (_exchange && isOpen) _exchange->OnOpen(market.exchangeProduct, _time.Get());
+    if (_exchange && !isOpen) _exchange->OnClose(market.exchangeProduct, _time.Get());
     _DeliverMarket(
         market, nxMarketEvent::State, nxCallback::OnProductState, &nxAlgoJobObject::OnProductState,
         [](nxHostProduct & product) -> auto& { return product.GetStateEvent(); });
