@@ -9,14 +9,8 @@
 
 #include "base/enums/nxErrorEnum.h"
 #include "host/exchange/nxExchangeBook.h"
+#include "host/exchange/nxLatency.h"
 #include "host/feed/nxTradingHours.h"
-
-// A time in nanoseconds that a message takes: constant, or drawn evenly from a range.
-struct nxLatency
-{
-    long long least = 0;
-    long long most = 0;
-};
 
 struct nxExchangeOptions
 {

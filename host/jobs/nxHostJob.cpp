@@ -1,5 +1,7 @@
 #include "host/jobs/nxHostJob.h"
 
+#include <algorithm>
+
 #include "host/jobs/nxHostServices.h"
 
 nxHostJob::nxHostJob(nxHostServices& services, const nxJobOptions& options, unsigned int index,
@@ -49,8 +51,52 @@ nxAlgoProductObject* nxHostJob::GetProduct(const std::string& productName)
 
 void nxHostJob::NoteRequest()
 {
-    ++_requestCount;
+    _status.SetTransactionCount(++_requestCount);
+    _NoteChange(_changes.status);
     _services.NoteRequest(*this);
+}
+
+void nxHostJob::AddFill(nxHostProduct& product, bool isBuy, const nxExchangeEvent& fill)
+{
+    product.GetAccount().AddFill(isBuy, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    ++_trading.fills;
+    _trading.volume += fill.fillVolume;
+    if (fill.isMaker) _trading.makerVolume += fill.fillVolume;
+    Revalue(product);
+}
+
+void nxHostJob::Revalue(nxHostProduct& changed)
+{
+    const nxCurrencyEnum& currency = changed.GetAccount().GetCurrency();
+    nxTradingStatistics::Money& money = _trading[currency];
+    money.profit = money.open = money.fees = {};
+    for (const auto& [name, product] : _products) {
+        if (product->GetAccount().GetCurrency() != currency) continue;
+        const nxPositionKeeper& keeper = product->GetAccount().GetKeeper();
+        const nxDecimal mark = product->GetMark();
+        money.profit += keeper.GetTotalProfit(mark);
+        money.open += keeper.GetOpenProfit(mark);
+        money.fees += keeper.GetTotal().fees;
+    }
+    if ((money.best - money.profit).IsNegative()) money.best = money.profit;
+    const nxExactAmount fallen = money.best - money.profit;
+    if ((money.drawdown - fallen).IsNegative()) money.drawdown = fallen;
+}
+
+nxDecimal nxHostJob::GetPandL(const nxCurrencyEnum& currency)
+{
+    nxExactAmount profit;
+    for (const auto& [name, product] : _products)
+        if (product->GetAccount().GetCurrency() == currency)
+            profit += product->GetAccount().GetKeeper().GetTotalProfit(product->GetMark());
+    return profit.GetAsDecimal();
+}
+
+const nxTradingStatistics& nxHostJob::GetTrading()
+{
+    _trading.orders = static_cast<unsigned long long>(
+        std::ranges::count_if(_orders, [](const auto& order) { return order->IsSent(); }));
+    return _trading;
 }
 
 nxAlgoOrderObject* nxHostJob::CreateOrder(nxAlgoProductObject* product, const std::string& side,

@@ -15,6 +15,7 @@
 #include "host/jobs/nxJobOptions.h"
 #include "host/jobs/nxQuietJobInterface.h"
 #include "host/jobs/nxWatchedJobs.h"
+#include "host/report/nxTradingStatistics.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 
 class nxHostServices;
@@ -70,6 +71,10 @@ public:
     // Of a bracket's order, when the exchange tells of it.
     nxHostOrder& AddChild(const nxExchangeOrder& child, nxHostOrder& parent);
     void NoteRequest();
+    void AddFill(nxHostProduct& product, bool isBuy, const nxExchangeEvent& fill);
+    // The market of a product that the job traded has moved.
+    void Revalue(nxHostProduct& product);
+    const nxTradingStatistics& GetTrading();
     bool IsCrossProtected() const { return _crossProtected; }
     const std::string& GetOrderUserString() const { return _orderUserString; }
     const std::string& GetOrderUserString2() const { return _orderUserString2; }
@@ -84,6 +89,9 @@ public:
     unsigned int GetTransactionCount() override { return _requestCount; }
     void SetError(const std::string& text) override { _error = text; }
     std::string GetError() override { return _error; }
+
+    // Realised and open, less fees, over the products of that currency.
+    nxDecimal GetPandL(const nxCurrencyEnum& currency) override;
 
     nxAlgoProductObject* GetProduct(const std::string& productName) override;
     nxErrorEnum SubscribePrices(nxAlgoProductObject*) override;
@@ -172,6 +180,7 @@ private:
     std::string _orderUserString, _orderUserString2;
     bool _crossProtected = false;
     unsigned int _requestCount = 0;
+    nxTradingStatistics _trading;
     // What the script holds outlives it, since its finalizers may still use it.
     std::map<std::string, std::unique_ptr<nxHostProduct>> _products;
     std::vector<std::unique_ptr<nxHostOrder>> _orders;

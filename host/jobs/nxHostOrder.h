@@ -39,6 +39,7 @@ public:
     nxHostJob& GetOwner() const { return *_state->owner; }
     nxHostProduct& GetHostProduct() const { return _hostProduct; }
     const nxOrderKind& GetKind() const { return _state->kind; }
+    bool IsSent() const { return _state->isSent; }
     // Sent, and not known to be over.
     bool IsOpen() const;
     // What a view does not share: the script's label and the last fill.

@@ -158,6 +158,8 @@ void nxReplayServer::_Finish()
     for (const auto& runner : _runners)
         _EndJob(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
     _TakeLastAnswers();
+    for (const auto& runner : _runners)
+        runner->GetStatistics().trading = runner->GetJob().GetTrading();
 }
 
 void nxReplayServer::_CloseRecord()
@@ -186,6 +188,8 @@ void nxReplayServer::_SetTime(long long time)
     {
         _SetClocks(FloorSecond(time));
     }
+    if (time >= _nextDay) [[unlikely]]
+        _BeginDay(time);
     _time.Set(time);
 }
 
@@ -218,8 +222,13 @@ nxReplayServer::Market& nxReplayServer::_GetMarket(unsigned int index)
     if (market == nullptr) {
         const nxFeedProduct& known = _feed.GetProducts().Get(index);
         market = std::make_unique<Market>(known.GetName(), known.GetTickSize(), _runners.size());
-        for (const nxProductDescription& description : _options.products)
-            if (description.name == known.GetName()) market->hours = description.tradingHours;
+        for (const nxProductDescription& description : _options.products) {
+            if (description.name != known.GetName()) continue;
+            market->hours = description.tradingHours;
+            market->none = market->everybody =
+                nxProductAccount(description.pointValue, description.currency,
+                                 {description.makerFee, description.takerFee, description.feeIsRate});
+        }
         if (!market->hours.IsEmpty()) {
             // Nobody has subscribed to it yet, so nobody is told.
             market->nextState = market->hours.GetNextChange(_time.Get());
@@ -253,6 +262,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             _UpdateTradeVolumes(market);
             if (_exchange) {
                 _exchange->OnQuote(market.exchangeProduct, event.quote, event.time);
+                _Revalue(market);
                 _RunExchange();
             }
             _DeliverPrice(market);
@@ -264,6 +274,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             _UpdateTradeVolumes(market);
             if (_exchange) {
                 _exchange->OnBar(market.exchangeProduct, event.bar, event.time);
+                _Revalue(market);
                 _RunExchange();
             }
             _DeliverPrice(market);
@@ -275,6 +286,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             market.product.ApplyDepth(event.levels);
             if (_exchange) {
                 _exchange->OnDepth(market.exchangeProduct, event.levels, event.time);
+                _Revalue(market);
                 _RunExchange();
             }
             _DeliverDepth(market);

@@ -50,6 +50,9 @@ private:
         bool hasTradeVolumes = false;               // the latest event changed them
         long long nextState = nxTimerQueue::Never;  // when these change its state
         bool isFresh = true;                        // nothing of its data has come since it opened
+        nxProductAccount none;                      // how an account begins
+        nxProductAccount everybody;                 // of all jobs together
+        std::vector<nxHostProduct*> traded;         // the jobs' products that had a fill
         unsigned int exchangeProduct = 0;           // once there is an exchange
         std::vector<nxHostProduct*> subscribers;  // by the index of the job; null: the job asked for nothing
     };
@@ -99,6 +102,10 @@ private:
     void _RunExchange();
     bool _IsAnswerDue();
     void _DeliverAnswer();
+    void _AddFill(nxHostOrder& order, const nxExchangeEvent& fill);
+    void _Revalue(Market& market);
+    void _BeginDay(long long time);
+    Market& _GetMarketOf(const nxHostProduct& product);
     nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
     void _TakeLastAnswers();
     void _PullOrders(nxHostJob& job);
@@ -194,5 +201,6 @@ private:
     bool _hasTime = false;  // the data holds a row, so there is a recorded time
     bool _isOver = false;   // a failure ended the run, or no job is left
     long long _clockTime = 0;
+    long long _nextDay = nxTimerQueue::Never;  // of the accounts, once there is an exchange
     std::chrono::steady_clock::time_point _wallStart;
 };

@@ -27,6 +27,13 @@ constexpr struct
     {Kind::CancelRejected, nxCallback::OnOrderCancelRejected, &nxAlgoJobObject::OnOrderCancelRejected},
 };
 
+long long GetNextMidnight(long long time)
+{
+    constexpr long long day = 86'400'000'000'000;
+    const long long into = time % day;
+    return time - into + (into < 0 ? 0 : day);
+}
+
 }  // namespace
 
 // A run without orders has no exchange, and does nothing for it.
@@ -37,6 +44,7 @@ void nxReplayServer::_OpenExchange()
         return runner->GetJob().GetObject().IsFunctionDefined("OnOrderQPosition");
     });
     _exchange.emplace(options);
+    _nextDay = GetNextMidnight(_time.Get());
     for (const auto& market : _markets)
         if (market != nullptr) _AddToExchange(*market);
 }
@@ -61,12 +69,56 @@ unsigned int nxReplayServer::ReserveOrder()
     return _exchange->Reserve();
 }
 
-unsigned int nxReplayServer::GetExchangeProduct(const nxHostProduct& product)
+nxReplayServer::Market& nxReplayServer::_GetMarketOf(const nxHostProduct& product)
 {
-    const auto found = std::ranges::find_if(_markets, [&](const auto& market) {
+    return **std::ranges::find_if(_markets, [&](const auto& market) {
         return market != nullptr && &market->product == &product.GetMarket();
     });
-    return (*found)->exchangeProduct;
+}
+
+unsigned int nxReplayServer::GetExchangeProduct(const nxHostProduct& product)
+{
+    return _GetMarketOf(product).exchangeProduct;
+}
+
+void nxReplayServer::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
+{
+    nxHostProduct& product = order.GetHostProduct();
+    Market& market = _GetMarketOf(product);
+    const bool isBuy = order.GetKind().isBuy;
+    order.GetOwner().AddFill(product, isBuy, fill);
+    market.everybody.AddFill(isBuy, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    if (std::ranges::find(market.traded, &product) == market.traded.end()) market.traded.push_back(&product);
+    for (const auto& runner : _runners) {
+        const auto known = runner->GetJob().GetProducts().find(market.product.GetName());
+        if (known == runner->GetJob().GetProducts().end()) continue;
+        known->second->ShowPosition(market.everybody);
+        if (known->second->Wants(nxMarketEvent::Position))
+            _positions.emplace_back(runner.get(), known->second.get());
+    }
+}
+
+// What is open follows the market, for the largest fall of the profit.
+void nxReplayServer::_Revalue(Market& market)
+{
+    for (nxHostProduct* product : market.traded)
+        if (product->GetAccount().GetKeeper().GetNet() != 0) product->GetOwner().Revalue(*product);
+}
+
+// Days of the accounts are those of the market's figures, in UTC.
+void nxReplayServer::_BeginDay(long long time)
+{
+    for (const auto& market : _markets) {
+        if (market == nullptr) continue;
+        market->everybody.BeginDay(market->product.GetPrice());
+        for (const auto& runner : _runners) {
+            const auto known = runner->GetJob().GetProducts().find(market->product.GetName());
+            if (known == runner->GetJob().GetProducts().end()) continue;
+            known->second->GetAccount().BeginDay(market->product.GetPrice());
+            known->second->ShowPosition(market->everybody);
+        }
+    }
+    _nextDay = GetNextMidnight(time);
 }
 
 void nxReplayServer::NoteOrder(nxHostOrder& order)
@@ -108,6 +160,7 @@ nxHostOrder& nxReplayServer::_ApplyAnswer(const nxExchangeEvent& event)
     }
     nxHostOrder& order = *FindOrder(event.order);
     order.Apply(event);
+    if (event.kind == Kind::Filled) _AddFill(order, event);
     return order;
 }
 
