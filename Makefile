@@ -34,8 +34,8 @@ build: packages
 
 demo: build
 	@echo
-	@echo '$$ algoserver run examples/spread_watch.lua --data examples/data/demo_quotes.csv.gz'
-	@build/release/apps/algoserver/algoserver run examples/spread_watch.lua --data examples/data/demo_quotes.csv.gz
+	@echo '$$ algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz'
+	@build/release/apps/algoserver/algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz
 
 test: packages
 	cmake --preset dev

@@ -42,6 +42,9 @@ const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Det
                                                        {"warn", nxLogLevel_Warn},
                                                        {"error", nxLogLevel_Error}};
 
+const std::map<std::string, nxFillModel> FillModels = {
+    {"queue", nxFillModel::Queue}, {"cross", nxFillModel::Cross}, {"touch", nxFillModel::Touch}};
+
 // Names what has to be given, which the library would show as optional: Run tells of a missing script itself,
 // since --data has usually taken it.
 class RunFormatter : public CLI::Formatter
@@ -143,6 +146,28 @@ void AddRunCommand(CLI::App& app, int& status)
     run->add_option("--account", jobs.account, "The account that scripts are told");
     run->add_option("--record", options.recordFile,
                     "JSON Lines file to write all that leaves the scripts to");
+    nxExchangeOptions& exchange = options.exchange;
+    run->add_option("--fills", exchange.fills,
+                    "How resting orders are filled: queue (behind what the market shows), cross (only when "
+                    "traded through) or touch (at once)")
+        ->transform(CLI::CheckedTransformer(FillModels))
+        ->option_text("queue|cross|touch [queue]");
+    run->add_option_function<std::string>(
+           "--latency",
+           [&exchange](const std::string& text) {
+               if (!exchange.request.SetFromText(text))
+                   throw CLI::ValidationError("--latency", text + " is no MS or MIN-MAX");
+               exchange.answer = exchange.request;
+           },
+           "Milliseconds that a request takes to the exchange, and its answer back")
+        ->option_text("MS|MIN-MAX");
+    run->add_option("--seed", exchange.seed, "For what the simulated exchange draws by lot")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    run->add_option("--participation", exchange.participation,
+                    "With bars: the share of a bar's volume that orders can have; without it any")
+        ->check(CLI::Range(1u, 100u))
+        ->option_text("PERCENT");
     run->add_option("--speed,-s", options.speed,
                     "Recorded seconds for each real one; without it as fast as it can")
         ->check(CLI::Validator(

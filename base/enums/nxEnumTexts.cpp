@@ -250,6 +250,21 @@ const std::vector<Texts>& Table()
         {nxError_ScriptLoadFailed, "SCRIPT_LOAD_FAILED", "script load failed",
          "the script could not be loaded"},
         {nxError_CallbackFailed, "CALLBACK_FAILED", "callback failed", "a callback of the script failed"},
+        {nxError_OrderTermsInvalid, "ORDER_TERMS_INVALID", "order terms invalid",
+         "what the order asks for makes no sense together"},
+        {nxError_OrderPriceOffTick, "ORDER_PRICE_OFF_TICK", "order price off tick",
+         "a price of the order is no multiple of the product's tick size"},
+        {nxError_OrderDateInPast, "ORDER_DATE_IN_PAST", "order date in past",
+         "the last day of the order is over"},
+        {nxError_OrderMarketState, "ORDER_MARKET_STATE", "order against market state",
+         "the state of the market does not allow such an order"},
+        {nxError_OrderStopMisplaced, "ORDER_STOP_MISPLACED", "order stop misplaced",
+         "the stop is triggered already, or does not lie behind the market"},
+        {nxError_OrderMeetsOwn, "ORDER_MEETS_OWN", "order meets own order",
+         "the order would trade with another one of its owner"},
+        {nxError_OrderIsOver, "ORDER_IS_OVER", "order is over", "the order is filled, deleted or rejected"},
+        {nxError_OrderIsExecuted, "ORDER_IS_EXECUTED", "order is executed",
+         "more of the order is executed than the change leaves"},
     };
     return *table;
 }

@@ -263,4 +263,12 @@ enum nxEnumValue : unsigned {
     nxError_StartFailed = 1018001,
     nxError_ScriptLoadFailed = 1018003,
     nxError_CallbackFailed = 1018012,
+    nxError_OrderTermsInvalid = 1018101,
+    nxError_OrderPriceOffTick = 1018102,
+    nxError_OrderDateInPast = 1018103,
+    nxError_OrderMarketState = 1018104,
+    nxError_OrderStopMisplaced = 1018105,
+    nxError_OrderMeetsOwn = 1018106,
+    nxError_OrderIsOver = 1018107,
+    nxError_OrderIsExecuted = 1018108,
 };

@@ -23,6 +23,13 @@ public:
     }
 
 protected:
+    nxAlgoOrderObject* _CreateOrder(const std::string& side, const std::string& type, const std::string& exec,
+                                    const std::string& time, const std::string& spreadSpec,
+                                    const std::string&) override
+    {
+        return GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
+    }
+
     void _GetPriceSnapshot(nxPrice& price) const override
     {
         price.SetBidPrice(_bid);
@@ -49,6 +56,33 @@ private:
     const nxDecimal _ask{10000, 100, 2};
 };
 
+// An order that is on its way for ever.
+class DryOrder : public nxAlgoOrderObject
+{
+public:
+    DryOrder(nxAlgoJobInterface* job, nxAlgoProductObject* product, unsigned int id, std::string type,
+             std::string exec, std::string time)
+        : nxAlgoOrderObject(job, product),
+          _id(id),
+          _type(std::move(type)),
+          _exec(std::move(exec)),
+          _time(std::move(time))
+    {
+    }
+
+    unsigned int GetID() const override { return _id; }
+    std::string GetType() override { return _type; }
+    std::string GetExec() override { return _exec; }
+    std::string GetTime() override { return _time; }
+
+protected:
+    void _GetOrderStatus(nxOrderStatusEnum& status) override { status = nxOrderStatus_Pending; }
+
+private:
+    const unsigned int _id;
+    const std::string _type, _exec, _time;
+};
+
 }  // namespace
 
 nxDryRun::nxDryRun() = default;
@@ -66,6 +100,16 @@ nxAlgoProductObject* nxDryRun::GetProduct(const std::string& productName)
         product =
             std::make_unique<DryProduct>(this, productName, static_cast<unsigned int>(_products.size()));
     return product.get();
+}
+
+nxAlgoOrderObject* nxDryRun::CreateOrder(nxAlgoProductObject* product, const std::string& side,
+                                         const std::string& type, const std::string& exec,
+                                         const std::string& time, const std::string&)
+{
+    _orders.orders.push_back(
+        std::make_unique<DryOrder>(this, product, _orders.GetCount() + 1, type, exec, time));
+    _orders.orders.back()->SetSide(side);
+    return _orders.orders.back().get();
 }
 
 std::optional<nxScriptSource::Failure> nxDryRun::Try(const nxScriptSource& source)

@@ -4,14 +4,18 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/jobs/nxScriptSource.h"
 #include "scriptFramework/job/nxAlgoScriptValidator.h"
+#include "scriptFramework/orders/nxAlgoOrderCollectionObject.h"
+#include "scriptFramework/orders/nxAlgoOrderObject.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
 
 // Tries a script on a market that is not there: loads it and runs its OnInit. Any product exists and has a
-// price, subscriptions succeed, there is a selection, parameters and stores are not there, no other job runs.
-// Nothing the script does leaves it, and it ends after a while in any case. For one script and one thread.
+// price, subscriptions succeed, orders can be made and are never answered, there is a selection, parameters
+// and stores are not there, no other job runs. Nothing the script does leaves it, and it ends after a while
+// in any case. For one script and one thread.
 class nxDryRun : public nxAlgoScriptValidator
 {
 public:
@@ -34,7 +38,12 @@ public:
     nxErrorEnum SubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
     nxErrorEnum UnsubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
     nxAlgoVorantJobCollectionObject* GetVorantJobs() override { return &_jobs; }
-    nxAlgoOrderCollectionObject* GetJobOrders() override { return nullptr; }
+    nxAlgoOrderCollectionObject* GetOrders() override { return &_orders; }
+    nxAlgoOrderCollectionObject* GetJobOrders() override { return &_orders; }
+    nxAlgoOrderObject* CreateOrder(nxAlgoProductObject* product, const std::string& side,
+                                   const std::string& type, const std::string& exec, const std::string& time,
+                                   const std::string& spreadSpec) override;
+    nxAlgoOrderObject* GetOrder(unsigned int id) override { return _orders.GetOrder(id); }
     nxVolume GetID() override { return nxVolume(1); }
     bool SetParameter(const std::string&, const std::string&) override { return true; }
     bool SendUserLog(const std::map<std::string, std::string>&, std::string&) override { return true; }
@@ -75,7 +84,22 @@ private:
         nxAlgoVorantJobObject* _GetVorantJob(unsigned int) override { return nullptr; }
     };
 
+    class Orders : public nxAlgoOrderCollectionObject
+    {
+    public:
+        using nxAlgoOrderCollectionObject::nxAlgoOrderCollectionObject;
+
+        nxAlgoOrderObject* GetOrder(unsigned int index) override
+        {
+            return index == 0 || index > orders.size() ? nullptr : orders[index - 1].get();
+        }
+        unsigned int GetCount() override { return static_cast<unsigned int>(orders.size()); }
+
+        std::vector<std::unique_ptr<nxAlgoOrderObject>> orders;
+    };
+
     NoJobs _jobs{this};
+    Orders _orders{this};
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> _products;
     bool _inOnInit = false;
     bool _hasOnInit = false;

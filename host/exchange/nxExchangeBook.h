@@ -79,6 +79,8 @@ public:
     void OnBar(const nxFeedBar& bar, long long time);
     // Looks at the whole market anew, after a time in which the book was not told of it.
     void Resume();
+    // Takes the market as it is, for one that began without the book.
+    void Join();
 
     // By price, then in the order of their queue; for tests and queries.
     void ForEachOrder(const std::function<void(const nxExchangeOrder&)>& visit) const;

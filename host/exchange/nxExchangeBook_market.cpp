@@ -231,6 +231,14 @@ void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
     if (!_hasTraded) _TryStops();
 }
 
+void nxExchangeBook::Join()
+{
+    _usesDepth = !_market.GetDepth().GetBidMap().empty() || !_market.GetDepth().GetAskMap().empty();
+    _hasTraded = _market.GetPrice().GetLastPrice().IsValid();
+    for (const bool asks : {false, true})
+        if (!_usesDepth) _best[asks] = _GetBest(asks);
+}
+
 void nxExchangeBook::Resume()
 {
     for (const bool asks : {false, true}) {

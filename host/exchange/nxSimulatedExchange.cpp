@@ -63,12 +63,24 @@ void nxSimulatedExchange::_Send(RequestKind kind, unsigned int order, long long 
 
 unsigned int nxSimulatedExchange::Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now)
 {
+    const unsigned int id = Reserve();
+    Submit(id, kind, terms, now);
+    return id;
+}
+
+unsigned int nxSimulatedExchange::Reserve()
+{
     nxExchangeOrder& order = _orders.emplace_back();
-    order.id = static_cast<unsigned int>(_orders.size());
+    return order.id = static_cast<unsigned int>(_orders.size());
+}
+
+void nxSimulatedExchange::Submit(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
+                                 long long now)
+{
+    nxExchangeOrder& order = _GetOrder(reserved);
     order.kind = kind;
     order.terms = terms;
-    _Send(RequestKind::New, order.id, now, {});
-    return order.id;
+    _Send(RequestKind::New, reserved, now, {});
 }
 
 void nxSimulatedExchange::Amend(unsigned int order, const nxOrderTerms& changes, long long now)
@@ -100,6 +112,12 @@ nxExchangeEvent& nxSimulatedExchange::_Tell(const nxExchangeOrder& order, nxExch
     event.ahead = order.isResting ? order.ahead : nxVolume();
     event.reason = std::move(reason);
     return event;
+}
+
+void nxSimulatedExchange::_TellRefusal(const nxExchangeOrder& order, nxExchangeEvent::Kind kind,
+                                       Refusal refusal)
+{
+    _Tell(order, kind, std::move(refusal.text)).error = refusal.error;
 }
 
 long long nxSimulatedExchange::GetNextTime() const
@@ -302,6 +320,14 @@ void nxSimulatedExchange::OnOpen(unsigned int product, long long time)
     if (std::exchange(market.isOpen, true)) return;
     market.opens = true;
     market.book.Resume();
+}
+
+void nxSimulatedExchange::Join(unsigned int product, long long time)
+{
+    _time = std::max(_time, time);
+    Market& market = *_markets[product];
+    market.isOpen = true;
+    market.book.Join();
 }
 
 void nxSimulatedExchange::OnClose(unsigned int product, long long time)

@@ -7,15 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "base/enums/nxErrorEnum.h"
 #include "host/exchange/nxExchangeBook.h"
+#include "host/exchange/nxLatency.h"
 #include "host/feed/nxTradingHours.h"
-
-// A time in nanoseconds that a message takes: constant, or drawn evenly from a range.
-struct nxLatency
-{
-    long long least = 0;
-    long long most = 0;
-};
 
 struct nxExchangeOptions
 {
@@ -57,6 +52,8 @@ struct nxExchangeEvent
     unsigned int fillVolume = 0;
     bool isMaker = false;
     nxFillCause cause = nxFillCause::Took;
+    bool isRequested = false;  // an amendment: by its owner, not because of the other child of a bracket
+    nxErrorEnum error;         // of what was rejected: the cause
     std::string reason;
 };
 
@@ -86,7 +83,13 @@ public:
     unsigned int AddProduct(const Product& product);
     void SetTickSize(unsigned int product, const nxDecimal& tickSize);
 
-    // Requests at the recorded time now. A new order has its number at once, from 1 on.
+    // What the market shows already, of one that was open before the exchange was there.
+    void Join(unsigned int product, long long time);
+
+    // Requests at the recorded time now. A new order has its number at once, from 1 on; a reserved one before
+    // it is sent.
+    unsigned int Reserve();
+    void Submit(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
     unsigned int Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
     void Amend(unsigned int order, const nxOrderTerms& changes, long long now);
     void Cancel(unsigned int order, long long now);
@@ -132,6 +135,11 @@ private:
         std::vector<nxExchangeOrder*> immediates;  // of bars, until the next one
     };
     enum class RequestKind { New, Amend, Cancel };
+    struct Refusal
+    {
+        nxErrorEnum error;
+        std::string text;  // empty: none
+    };
     struct Request
     {
         RequestKind kind;
@@ -152,19 +160,20 @@ private:
     long long _Draw(const nxLatency& latency);
     void _Send(RequestKind kind, unsigned int order, long long now, const nxOrderTerms& terms);
     nxExchangeEvent& _Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, std::string reason = {});
+    void _TellRefusal(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, Refusal refusal);
     void _Carry(const Request& request);
     void _Arrive(nxExchangeOrder& order);
     void _ArriveAmend(nxExchangeOrder& order, const nxOrderTerms& changes);
     void _ArriveCancel(nxExchangeOrder& order);
-    std::string _FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given) const;
-    std::string _FindOwnTrade(const nxExchangeOrder& order) const;
+    Refusal _FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given) const;
+    Refusal _FindOwnTrade(const nxExchangeOrder& order) const;
     bool _SetTrail(nxExchangeOrder& order) const;
     void _SetExpiry(nxExchangeOrder& order);
     void _Expire(long long time);
     void _Enter(nxExchangeOrder& order);
     void _Start(nxExchangeOrder& order);
     void _End(nxExchangeOrder& order, const char* reason);
-    static std::string _FindEnd(const nxExchangeOrder& order);
+    static Refusal _FindEnd(const nxExchangeOrder& order);
     static const char* _GetEndOfImmediate(const nxExchangeOrder& order);
     void _EnterOpening(Market& market);
     void _EndImmediates(Market& market, long long time);

@@ -91,31 +91,33 @@ const char* nxSimulatedExchange::FindFault(const nxOrderKind& kind, const nxOrde
 
 // Why the order cannot be as its terms say now, `given` being those that the request names; empty when it
 // can.
-std::string nxSimulatedExchange::_FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given) const
+nxSimulatedExchange::Refusal nxSimulatedExchange::_FindRefusal(const nxExchangeOrder& order,
+                                                               const nxOrderTerms& given) const
 {
-    if (const char* fault = FindFault(order.kind, order.terms)) return fault;
+    if (const char* fault = FindFault(order.kind, order.terms)) return {nxError_OrderTermsInvalid, fault};
     const nxDecimal& tick = _markets[order.kind.product]->product.tickSize;
     for (const nxDecimal* price : {&given.price, &given.stopPrice}) {
         if (!price->IsValid() || !tick.IsValid()) continue;
         nxDecimal rounded = *price;
         rounded.Round(tick, nxRoundingMethodEnum(nxRoundingMethod_Nearest));
         if (rounded != *price)
-            return fmt::format("{} is no multiple of the tick size {}", price->GetAsString(),
-                               tick.GetAsString());
+            return {nxError_OrderPriceOffTick, fmt::format("{} is no multiple of the tick size {}",
+                                                           price->GetAsString(), tick.GetAsString())};
     }
     if (order.terms.expiry.IsValid() && GetEnd(order.terms.expiry) <= _time)
-        return "the expiryDate is in the past";
+        return {nxError_OrderDateInPast, "the expiryDate is in the past"};
     if (order.executed > order.terms.volume.GetValue())
-        return fmt::format("{} of the order are executed already", order.executed);
+        return {nxError_OrderIsExecuted, fmt::format("{} of the order are executed already", order.executed)};
     return {};
 }
 
 // Why an order that is about to be matched must not be; empty when it may.
-std::string nxSimulatedExchange::_FindOwnTrade(const nxExchangeOrder& order) const
+nxSimulatedExchange::Refusal nxSimulatedExchange::_FindOwnTrade(const nxExchangeOrder& order) const
 {
     if (!order.kind.crossProtected || !order.triggered) return {};
     const nxExchangeOrder* own = _markets[order.kind.product]->book.FindOwnCounterpart(order);
-    return own == nullptr ? std::string() : fmt::format("it would trade with the own order {}", own->id);
+    if (own == nullptr) return {};
+    return {nxError_OrderMeetsOwn, fmt::format("it would trade with the own order {}", own->id)};
 }
 
 // False when a stop that trails is not behind the market, or there is none to follow.
@@ -182,16 +184,17 @@ void nxSimulatedExchange::_Arrive(nxExchangeOrder& order)
     const Market& market = *_markets[order.kind.product];
     order.arrived = _time;
     order.triggered = !order.kind.IsStop();
-    std::string refusal = _FindRefusal(order, order.terms);
-    if (refusal.empty() && order.kind.IsForOpening() && market.isOpen && !market.opens)
-        refusal = "the market is open already";
-    if (refusal.empty() && !order.kind.IsForOpening() && !market.isOpen) refusal = "the market is not open";
-    if (refusal.empty() && !_SetTrail(order))
-        refusal = "the stopPrice does not lie behind the market's price";
-    if (refusal.empty()) refusal = _FindOwnTrade(order);
-    if (!refusal.empty()) {
+    Refusal refusal = _FindRefusal(order, order.terms);
+    if (refusal.text.empty() && order.kind.IsForOpening() && market.isOpen && !market.opens)
+        refusal = {nxError_OrderMarketState, "the market is open already"};
+    if (refusal.text.empty() && !order.kind.IsForOpening() && !market.isOpen)
+        refusal = {nxError_OrderMarketState, "the market is not open"};
+    if (refusal.text.empty() && !_SetTrail(order))
+        refusal = {nxError_OrderStopMisplaced, "the stopPrice does not lie behind the market's price"};
+    if (refusal.text.empty()) refusal = _FindOwnTrade(order);
+    if (!refusal.text.empty()) {
         order.status = nxOrderStatus_Rejected;
-        _Tell(order, nxExchangeEvent::Kind::Rejected, std::move(refusal));
+        _TellRefusal(order, nxExchangeEvent::Kind::Rejected, std::move(refusal));
         return;
     }
     _SetExpiry(order);
@@ -247,14 +250,15 @@ void nxSimulatedExchange::_End(nxExchangeOrder& order, const char* reason)
 void nxSimulatedExchange::_ArriveCancel(nxExchangeOrder& order)
 {
     if (order.IsAlive()) return _End(order, "");
-    _Tell(order, nxExchangeEvent::Kind::CancelRejected, _FindEnd(order));
+    _TellRefusal(order, nxExchangeEvent::Kind::CancelRejected, _FindEnd(order));
 }
 
 // Why nothing can be done to an order any more; empty while it is alive.
-std::string nxSimulatedExchange::_FindEnd(const nxExchangeOrder& order)
+nxSimulatedExchange::Refusal nxSimulatedExchange::_FindEnd(const nxExchangeOrder& order)
 {
     if (order.IsAlive()) return {};
-    return order.status == nxOrderStatus_Filled ? "the order is filled" : "the order is no longer working";
+    return {nxError_OrderIsOver,
+            order.status == nxOrderStatus_Filled ? "the order is filled" : "the order is no longer working"};
 }
 
 // Nothing of the order is touched before it is sure that the change can be.
@@ -267,14 +271,15 @@ void nxSimulatedExchange::_ArriveAmend(nxExchangeOrder& order, const nxOrderTerm
     const bool keepsPlace =
         !order.isResting || (!movesStop && wanted.terms.price == order.terms.price &&
                              wanted.terms.volume.GetValue() <= order.terms.volume.GetValue());
-    std::string refusal = _FindEnd(order);
-    if (refusal.empty()) refusal = _FindRefusal(wanted, changes);
-    if (refusal.empty() && movesStop && order.triggered) refusal = "the stop is triggered already";
-    if (refusal.empty() && movesStop && !_SetTrail(wanted))
-        refusal = "the stopPrice does not lie behind the market's price";
-    if (refusal.empty() && !keepsPlace) refusal = _FindOwnTrade(wanted);
-    if (!refusal.empty()) {
-        _Tell(order, nxExchangeEvent::Kind::AmendRejected, std::move(refusal));
+    Refusal refusal = _FindEnd(order);
+    if (refusal.text.empty()) refusal = _FindRefusal(wanted, changes);
+    if (refusal.text.empty() && movesStop && order.triggered)
+        refusal = {nxError_OrderStopMisplaced, "the stop is triggered already"};
+    if (refusal.text.empty() && movesStop && !_SetTrail(wanted))
+        refusal = {nxError_OrderStopMisplaced, "the stopPrice does not lie behind the market's price"};
+    if (refusal.text.empty() && !keepsPlace) refusal = _FindOwnTrade(wanted);
+    if (!refusal.text.empty()) {
+        _TellRefusal(order, nxExchangeEvent::Kind::AmendRejected, std::move(refusal));
         return;
     }
     if (!keepsPlace) {
@@ -285,7 +290,7 @@ void nxSimulatedExchange::_ArriveAmend(nxExchangeOrder& order, const nxOrderTerm
     order.terms = wanted.terms;
     order.trailDistance = wanted.trailDistance;
     if (isDated) _SetExpiry(order);
-    _Tell(order, nxExchangeEvent::Kind::Amended);
+    _Tell(order, nxExchangeEvent::Kind::Amended).isRequested = true;
     if (order.GetRemaining() == 0) return _End(order, "the volume is executed");
     if (keepsPlace) {
         book.Shrink(order);

@@ -32,5 +32,6 @@ struct nxProductDescription
     nxTradingHours tradingHours;
     nxDecimal makerFee;  // negative: a rebate
     nxDecimal takerFee;
+    bool feeIsRate = false;  // fees are a share of the money that changes hands, not a sum for each lot
     std::vector<nxProductLegDescription> legs;
 };

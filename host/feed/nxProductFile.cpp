@@ -103,14 +103,19 @@ nxProductDescription GetProduct(const Reader& reader, const toml::value& table)
             product.makerFee = reader.GetNumber(*value, key);
         else if (key == "takerFee")
             product.takerFee = reader.GetNumber(*value, key);
-        else if (key == "leg") {
+        else if (key == "feeIsRate") {
+            if (!value->is_boolean())
+                reader.Refuse(*value, "feeIsRate is neither true nor false");
+            else
+                product.feeIsRate = value->as_boolean();
+        } else if (key == "leg") {
             for (const toml::value& leg : reader.GetTables(*value, "product.leg"))
                 product.legs.push_back(GetLeg(reader, leg));
         } else
             reader.RefuseKey(
                 *value, key,
                 "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
-                "makerFee, takerFee, leg");
+                "makerFee, takerFee, feeIsRate, leg");
     }
     if (product.name.empty()) reader.Refuse(table, "product without a name");
     return product;

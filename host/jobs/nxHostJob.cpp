@@ -1,5 +1,7 @@
 #include "host/jobs/nxHostJob.h"
 
+#include <algorithm>
+
 #include "host/jobs/nxHostServices.h"
 
 nxHostJob::nxHostJob(nxHostServices& services, const nxJobOptions& options, unsigned int index,
@@ -45,6 +47,88 @@ nxAlgoProductObject* nxHostJob::GetProduct(const std::string& productName)
     product = std::make_unique<nxHostProduct>(this, *market, id);
     _services.Describe(*product);
     return product.get();
+}
+
+void nxHostJob::NoteRequest()
+{
+    _status.SetTransactionCount(++_requestCount);
+    _NoteChange(_changes.status);
+    _services.NoteRequest(*this);
+}
+
+void nxHostJob::AddFill(nxHostProduct& product, bool isBuy, const nxExchangeEvent& fill)
+{
+    product.GetAccount().AddFill(isBuy, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    ++_trading.fills;
+    _trading.volume += fill.fillVolume;
+    if (fill.isMaker) _trading.makerVolume += fill.fillVolume;
+    Revalue(product);
+}
+
+void nxHostJob::Revalue(nxHostProduct& changed)
+{
+    const nxCurrencyEnum& currency = changed.GetAccount().GetCurrency();
+    nxTradingStatistics::Money& money = _trading[currency];
+    money.profit = money.open = money.fees = {};
+    for (const auto& [name, product] : _products) {
+        if (product->GetAccount().GetCurrency() != currency) continue;
+        const nxPositionKeeper& keeper = product->GetAccount().GetKeeper();
+        const nxDecimal mark = product->GetMark();
+        money.profit += keeper.GetTotalProfit(mark);
+        money.open += keeper.GetOpenProfit(mark);
+        money.fees += keeper.GetTotal().fees;
+    }
+    if ((money.best - money.profit).IsNegative()) money.best = money.profit;
+    const nxExactAmount fallen = money.best - money.profit;
+    if ((money.drawdown - fallen).IsNegative()) money.drawdown = fallen;
+}
+
+nxDecimal nxHostJob::GetPandL(const nxCurrencyEnum& currency)
+{
+    nxExactAmount profit;
+    for (const auto& [name, product] : _products)
+        if (product->GetAccount().GetCurrency() == currency)
+            profit += product->GetAccount().GetKeeper().GetTotalProfit(product->GetMark());
+    return profit.GetAsDecimal();
+}
+
+const nxTradingStatistics& nxHostJob::GetTrading()
+{
+    _trading.orders = static_cast<unsigned long long>(
+        std::ranges::count_if(_orders, [](const auto& order) { return order->IsSent(); }));
+    return _trading;
+}
+
+nxAlgoOrderObject* nxHostJob::CreateOrder(nxAlgoProductObject* product, const std::string& side,
+                                          const std::string& type, const std::string& exec,
+                                          const std::string& time, const std::string&)
+{
+    auto& known = static_cast<nxHostProduct&>(*product);  // every product of the job is one
+    const unsigned int id = _services.ReserveOrder();
+    _orders.push_back(
+        std::make_unique<nxHostOrder>(*this, known, nxHostOrder::Texts{side, type, exec, time}, id));
+    _services.NoteOrder(*_orders.back());
+    return _orders.back().get();
+}
+
+nxHostOrder& nxHostJob::AddChild(const nxExchangeOrder& child, nxHostOrder& parent)
+{
+    _orders.push_back(std::make_unique<nxHostOrder>(*this, parent.GetHostProduct(), child, parent));
+    _services.NoteOrder(*_orders.back());
+    return *_orders.back();
+}
+
+nxAlgoOrderObject* nxHostJob::GetOrder(unsigned int id)
+{
+    nxHostOrder* const order = _services.FindOrder(id);
+    if (order == nullptr || &order->GetOwner() == this) return order;
+    std::unique_ptr<nxHostOrder>& view = _foreignOrders[id];
+    if (view == nullptr) {
+        nxAlgoProductObject* const product = GetProduct(order->GetHostProduct().GetMarket().GetName());
+        view = std::make_unique<nxHostOrder>(*this, static_cast<nxHostProduct&>(*product), *order);
+    }
+    view->Refresh(*order);
+    return view.get();
 }
 
 nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, std::initializer_list<nxMarketEvent> events,

@@ -6,12 +6,16 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "base/records/nxVorantJobStatus.h"
+#include "host/jobs/nxHostOrder.h"
+#include "host/jobs/nxHostOrders.h"
 #include "host/jobs/nxHostProduct.h"
 #include "host/jobs/nxJobOptions.h"
 #include "host/jobs/nxQuietJobInterface.h"
 #include "host/jobs/nxWatchedJobs.h"
+#include "host/report/nxTradingStatistics.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 
 class nxHostServices;
@@ -60,6 +64,34 @@ public:
     Changes TakeChanges() { return std::exchange(_changes, {}); }
     const nxVorantJobStatus& GetStatus();
     const std::string& GetReference() const { return _reference; }
+
+    nxHostServices& GetServices() { return _services; }
+    // In the order in which they came to be; they stay.
+    const std::vector<std::unique_ptr<nxHostOrder>>& GetOwnOrders() const { return _orders; }
+    // Of a bracket's order, when the exchange tells of it.
+    nxHostOrder& AddChild(const nxExchangeOrder& child, nxHostOrder& parent);
+    void NoteRequest();
+    void AddFill(nxHostProduct& product, bool isBuy, const nxExchangeEvent& fill);
+    // The market of a product that the job traded has moved.
+    void Revalue(nxHostProduct& product);
+    const nxTradingStatistics& GetTrading();
+    bool IsCrossProtected() const { return _crossProtected; }
+    const std::string& GetOrderUserString() const { return _orderUserString; }
+    const std::string& GetOrderUserString2() const { return _orderUserString2; }
+
+    nxAlgoOrderObject* CreateOrder(nxAlgoProductObject* product, const std::string& side,
+                                   const std::string& type, const std::string& exec, const std::string& time,
+                                   const std::string& spreadSpec) override;
+    nxAlgoOrderObject* GetOrder(unsigned int id) override;
+    nxAlgoOrderCollectionObject* GetOrders() override { return &_allOrders; }
+    nxAlgoOrderCollectionObject* GetJobOrders() override { return &_jobOrders; }
+    // Requests sent to the exchange.
+    unsigned int GetTransactionCount() override { return _requestCount; }
+    void SetError(const std::string& text) override { _error = text; }
+    std::string GetError() override { return _error; }
+
+    // Realised and open, less fees, over the products of that currency.
+    nxDecimal GetPandL(const nxCurrencyEnum& currency) override;
 
     nxAlgoProductObject* GetProduct(const std::string& productName) override;
     nxErrorEnum SubscribePrices(nxAlgoProductObject*) override;
@@ -144,8 +176,17 @@ private:
     std::map<std::string, std::string> _outputs;
     bool _outputsJoined = true;
     Changes _changes;
+    std::string _error;  // the latest refusal
+    std::string _orderUserString, _orderUserString2;
+    bool _crossProtected = false;
+    unsigned int _requestCount = 0;
+    nxTradingStatistics _trading;
     // What the script holds outlives it, since its finalizers may still use it.
     std::map<std::string, std::unique_ptr<nxHostProduct>> _products;
+    std::vector<std::unique_ptr<nxHostOrder>> _orders;
+    std::map<unsigned int, std::unique_ptr<nxHostOrder>> _foreignOrders;  // by number, as looked at
+    nxHostOrders _allOrders{*this, false};
+    nxHostOrders _jobOrders{*this, true};
     std::unique_ptr<nxWatchedJobs> _watchedJobs;
     std::optional<nxAlgoJobObject> _object;
 };

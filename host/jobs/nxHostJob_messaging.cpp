@@ -126,11 +126,13 @@ void nxHostJob::SetReference(const std::string& text)
 // The order strings, the switches and the chart are for those who read the record.
 void nxHostJob::SetOrderUserString(const std::string& text)
 {
+    _orderUserString = text;
     _services.Record(*this, "orderUserString1", {{"text", text}});
 }
 
 void nxHostJob::SetOrderUserString2(const std::string& text)
 {
+    _orderUserString2 = text;
     _services.Record(*this, "orderUserString2", {{"text", text}});
 }
 
@@ -146,6 +148,7 @@ void nxHostJob::SetShatterOnExit(bool on)
 
 void nxHostJob::SetEnableCrossProtection(bool on)
 {
+    _crossProtected = on;
     _RecordFlag("enableCrossProtection", on);
 }
 

@@ -1,5 +1,8 @@
 #include "host/jobs/nxHostProduct.h"
 
+#include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxHostServices.h"
+
 nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id)
     : nxAlgoProductObject(job, nxGenericProductID(market.GetName()), id),
       _market(market),
@@ -29,6 +32,44 @@ nxAlgoPositionObject& nxHostProduct::GetPositionEvent()
 {
     _positionEvent.SetPosition(_GetPosition());
     return _positionEvent;
+}
+
+nxAlgoOrderObject* nxHostProduct::_CreateOrder(const std::string& side, const std::string& type,
+                                               const std::string& exec, const std::string& time,
+                                               const std::string& spreadSpec, const std::string&)
+{
+    return GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
+}
+
+nxHostJob& nxHostProduct::GetOwner() const
+{
+    return static_cast<nxHostJob&>(*GetJob());  // who makes every product of the host
+}
+
+void nxHostProduct::ShowPosition(const nxProductAccount& everybody)
+{
+    everybody.FillTotal(_GetPosition());
+    _account.FillLocal(_GetPosition());
+}
+
+double nxHostProduct::_GetTotalPandL() const
+{
+    return _account.GetKeeper().GetTotalProfit(GetMark()).GetAsDecimal().GetAsDouble();
+}
+
+double nxHostProduct::_GetDayPandL() const
+{
+    return _account.GetKeeper().GetDayProfit(GetMark()).GetAsDecimal().GetAsDouble();
+}
+
+nxDecimal nxHostProduct::_GetOwnBest(bool isBuy) const
+{
+    nxHostJob& job = GetOwner();
+    nxHostServices& services = job.GetServices();
+    if (!services.HasExchange()) return {};
+    return services.GetExchange()
+        .GetBook(services.GetExchangeProduct(*this))
+        .GetOwnBest(isBuy, job.GetIndex());
 }
 
 void nxHostProduct::Describe(const nxDecimal& tickSize)

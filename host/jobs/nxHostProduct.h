@@ -3,7 +3,10 @@
 #include <array>
 
 #include "host/exchange/nxMarketProduct.h"
+#include "host/jobs/nxProductAccount.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
+
+class nxHostJob;
 
 // What a script can subscribe to.
 enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, Count };
@@ -24,6 +27,15 @@ public:
     nxAlgoStateObject& GetStateEvent();
     // Also the rule by which prices of scripts are rounded.
     void Describe(const nxDecimal& tickSize);
+
+    nxHostJob& GetOwner() const;
+    // What the job's own fills came to.
+    nxProductAccount& GetAccount() { return _account; }
+    nxDecimal GetMark() const { return _account.GetMark(_market.GetPrice()); }
+    // Begins the job's account with nothing in it.
+    void SetAccount(const nxProductAccount& account) { _account = account; }
+    // Shows the script its position: total and day are those of all jobs together.
+    void ShowPosition(const nxProductAccount& everybody);
 
     // The volumes traded by price: what the market has at the time of the subscription, then each change.
     nxAlgoPriceTradeVolumesObject& GetTradeVolumesEvent() { return _GetPriceTradeVolumes(); }
@@ -47,9 +59,19 @@ protected:
     void _GetPriceSnapshot(nxPrice& price) const override { price = _market.GetPrice(); }
     void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = _market.GetDepth(); }
     void _GetState(nxProductStateBitMask& state) const override { state = _market.GetState(); }
+    nxDecimal _GetOwnBestAsk() const override { return _GetOwnBest(false); }
+    nxDecimal _GetOwnBestBid() const override { return _GetOwnBest(true); }
+    double _GetDayPandL() const override;
+    double _GetTotalPandL() const override;
+    nxAlgoOrderObject* _CreateOrder(const std::string& side, const std::string& type, const std::string& exec,
+                                    const std::string& time, const std::string& spreadSpec,
+                                    const std::string& spreadInstance) override;
 
 private:
+    nxDecimal _GetOwnBest(bool isBuy) const;
+
     const nxMarketProduct& _market;
+    nxProductAccount _account;
     nxAlgoPriceObject _priceEvent;
     nxAlgoMarketDepthObject _depthEvent;
     nxAlgoStateObject _stateEvent;

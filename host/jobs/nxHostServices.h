@@ -7,9 +7,11 @@
 #include "host/report/nxRunRecord.h"
 
 class nxHostJob;
+class nxHostOrder;
 class nxHostProduct;
 enum class nxMarketEvent;
 class nxMarketProduct;
+class nxSimulatedExchange;
 
 // What a job needs of the server around it. Calls come on the replay's thread, from inside a callback.
 class nxHostServices
@@ -39,6 +41,25 @@ public:
     virtual std::string GetDynamicParameter(const std::string& tag, const std::string& name) = 0;
     virtual void SetDynamicParameter(const std::string& tag, const std::string& name,
                                      const std::string& value) = 0;
+
+    // The recorded time, in nanoseconds since 1970.
+    virtual long long GetTime() const = 0;
+    // The number of a new order; from the first one on there is an exchange.
+    virtual unsigned int ReserveOrder() = 0;
+    virtual bool HasExchange() const = 0;
+    virtual nxSimulatedExchange& GetExchange() = 0;
+    virtual unsigned int GetExchangeProduct(const nxHostProduct& product) = 0;
+    // The order exists; to be called once, under its number.
+    virtual void NoteOrder(nxHostOrder& order) = 0;
+    // Null for a number that no job knows of.
+    virtual nxHostOrder* FindOrder(unsigned int id) = 0;
+    // Of all jobs, in the order in which they came to be.
+    virtual const std::vector<nxHostOrder*>& GetOrders() const = 0;
+    // Something was sent to the exchange, to be carried out when the callback has returned.
+    virtual void NoteRequest(nxHostJob& job) = 0;
+    // False for a job that has ended.
+    virtual bool MayTrade(const nxHostJob& job) = 0;
+    virtual bool IsRecording() const = 0;
 
 protected:
     ~nxHostServices() = default;

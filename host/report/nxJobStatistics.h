@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/jobs/nxScriptSource.h"
+#include "host/report/nxTradingStatistics.h"
 
 // The callbacks that the reference host delivers, in the order of the report.
 enum class nxCallback {
@@ -15,6 +16,15 @@ enum class nxCallback {
     OnProductState,
     OnPriceTradeVolumes,
     OnPosition,
+    OnOrderNew,
+    OnOrderWorking,
+    OnOrderFill,
+    OnOrderCompleted,
+    OnOrderCancelled,
+    OnOrderRejected,
+    OnOrderAmendRejected,
+    OnOrderCancelRejected,
+    OnOrderQPosition,
     OnTimer,
     OnParameter,
     OnJobParametersChanged,
@@ -34,6 +44,15 @@ inline constexpr std::array<const char*, static_cast<std::size_t>(nxCallback::Co
     "OnProductState",
     "OnPriceTradeVolumes",
     "OnPosition",
+    "OnOrderNew",
+    "OnOrderWorking",
+    "OnOrderFill",
+    "OnOrderCompleted",
+    "OnOrderCancelled",
+    "OnOrderRejected",
+    "OnOrderAmendRejected",
+    "OnOrderCancelRejected",
+    "OnOrderQPosition",
     "OnTimer",
     "OnParameter",
     "OnJobParametersChanged",
@@ -73,6 +92,7 @@ struct nxJobStatistics
     std::string end;  // why it ended
     std::array<Callback, nxCallbackNames.size()> callbacks;
     std::vector<Failure> failures;
+    nxTradingStatistics trading;
     std::string nothingDelivered;  // why no event reached the script; empty when one did
 
     Callback& operator[](nxCallback callback) { return callbacks[static_cast<std::size_t>(callback)]; }

@@ -73,6 +73,40 @@ private:
     std::size_t _nameWidth = 0;
 };
 
+std::string Money(const nxExactAmount& amount)
+{
+    constexpr unsigned char places = 8;  // those that the rounded averages leave exact
+    nxDecimal number = amount.GetAsDecimal(places);
+    number.Normalise(0);
+    return number.GetAsString();
+}
+
+// Nothing for a run without orders.
+void WriteTrading(Rows& rows, const nxRunStatistics& statistics)
+{
+    const auto hasTraded = [](const nxJobStatistics& job) { return job.trading.orders != 0; };
+    for (const nxJobStatistics& job : statistics.jobs) {
+        if (!hasTraded(job)) continue;
+        const nxTradingStatistics& trading = job.trading;
+        std::ostream& out = rows.Begin("orders", job.name);
+        out << Count(trading.orders, "order", "orders") << ", " << Count(trading.fills, "fill", "fills")
+            << ", volume " << GroupThousands(trading.volume);
+        if (trading.volume != 0)
+            out << fmt::format(", maker share {:.1f}%", 100.0 * static_cast<double>(trading.makerVolume) /
+                                                            static_cast<double>(trading.volume));
+        out << "\n";
+    }
+    for (const nxJobStatistics& job : statistics.jobs) {
+        for (const nxTradingStatistics::Money& money : job.trading.money) {
+            std::ostream& out = rows.Begin("profit", job.name);
+            if (!money.currency.IsUndefined()) out << money.currency.GetAsString() << " ";
+            out << Money(money.profit) << ": realised " << Money(money.profit - money.open) << ", open "
+                << Money(money.open) << ", fees in it " << Money(money.fees) << ", largest drawdown "
+                << Money(money.drawdown) << "\n";
+        }
+    }
+}
+
 void WriteFailureRow(std::ostream& out, const nxJobStatistics::Failure& failure)
 {
     out << failure.what.message << " (" << GetPlace(failure);
@@ -111,6 +145,7 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
             out << "\n";
         }
     }
+    WriteTrading(rows, statistics);
     for (const nxJobStatistics& job : statistics.jobs)
         for (const nxJobStatistics::Failure& failure : job.failures)
             WriteFailureRow(Rows(out, statistics).Begin("failure", job.name), failure);

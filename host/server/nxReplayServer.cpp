@@ -113,8 +113,7 @@ void nxReplayServer::_Replay()
     constexpr unsigned int progressInterval = 4096;
     unsigned int untilProgress = progressInterval;
     while (_next != nullptr) {
-        if (std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()}) <= _next->time)
-            _RunDue(_next->time);
+        if (_GetNextDue() <= _next->time) _RunDue(_next->time);
         if (_options.speed > 0.0) _WaitFor(_next->time);
         if (_IsEnding()) break;
         _SetTime(_next->time);
@@ -158,6 +157,9 @@ void nxReplayServer::_Finish()
     const std::string reason = _end;
     for (const auto& runner : _runners)
         _EndJob(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
+    _TakeLastAnswers();
+    for (const auto& runner : _runners)
+        runner->GetStatistics().trading = runner->GetJob().GetTrading();
 }
 
 void nxReplayServer::_CloseRecord()
@@ -186,6 +188,8 @@ void nxReplayServer::_SetTime(long long time)
     {
         _SetClocks(FloorSecond(time));
     }
+    if (time >= _nextDay) [[unlikely]]
+        _BeginDay(time);
     _time.Set(time);
 }
 
@@ -218,8 +222,13 @@ nxReplayServer::Market& nxReplayServer::_GetMarket(unsigned int index)
     if (market == nullptr) {
         const nxFeedProduct& known = _feed.GetProducts().Get(index);
         market = std::make_unique<Market>(known.GetName(), known.GetTickSize(), _runners.size());
-        for (const nxProductDescription& description : _options.products)
-            if (description.name == known.GetName()) market->hours = description.tradingHours;
+        for (const nxProductDescription& description : _options.products) {
+            if (description.name != known.GetName()) continue;
+            market->hours = description.tradingHours;
+            market->none = market->everybody =
+                nxProductAccount(description.pointValue, description.currency,
+                                 {description.makerFee, description.takerFee, description.feeIsRate});
+        }
         if (!market->hours.IsEmpty()) {
             // Nobody has subscribed to it yet, so nobody is told.
             market->nextState = market->hours.GetNextChange(_time.Get());
@@ -228,6 +237,7 @@ nxReplayServer::Market& nxReplayServer::_GetMarket(unsigned int index)
             static_cast<void>(
                 market->product.SetState(isOpen ? nxAlgoStateObject::Open : nxAlgoStateObject::Closed));
         }
+        if (_exchange) _AddToExchange(*market);
     }
     return *market;
 }
@@ -241,13 +251,20 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
         market.tickSize = known.GetTickSize();
         for (nxHostProduct* product : market.subscribers)
             if (product != nullptr) product->Describe(market.tickSize);
+        if (_exchange) _exchange->SetTickSize(market.exchangeProduct, market.tickSize);
     }
     if (market.hours.IsEmpty()) _SetState(market, nxAlgoStateObject::Open);
+    market.isFresh = false;
     switch (event.kind) {
         case nxFeedKind::Quote:
             ++(event.quote.IsTrade() ? _statistics.trades : _statistics.quotes);
             market.product.ApplyQuote(event.quote, event.time);
             _UpdateTradeVolumes(market);
+            if (_exchange) {
+                _exchange->OnQuote(market.exchangeProduct, event.quote, event.time);
+                _Revalue(market);
+                _RunExchange();
+            }
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -255,6 +272,11 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             ++_statistics.bars;
             market.product.ApplyBar(event.bar, event.time);
             _UpdateTradeVolumes(market);
+            if (_exchange) {
+                _exchange->OnBar(market.exchangeProduct, event.bar, event.time);
+                _Revalue(market);
+                _RunExchange();
+            }
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -262,6 +284,11 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             ++_statistics.depthChanges;
             _statistics.depthRows += event.rows;
             market.product.ApplyDepth(event.levels);
+            if (_exchange) {
+                _exchange->OnDepth(market.exchangeProduct, event.levels, event.time);
+                _Revalue(market);
+                _RunExchange();
+            }
             _DeliverDepth(market);
             // A product with quotes of its own has its prices from there.
             if (!known.Has(nxFeedKind::Quote) && !known.Has(nxFeedKind::Bar) &&
@@ -271,11 +298,18 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
     }
 }
 
-// Changed parameters, trading hours and timers, in the order of their times, on equal times in this one.
+long long nxReplayServer::_GetNextDue() const
+{
+    const long long own = std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()});
+    return _exchange ? std::min(own, _exchange->GetNextTime()) : own;
+}
+
+// Changed parameters, trading hours, orders with their answers, and timers, in the order of their times, on
+// equal times in this one.
 void nxReplayServer::_RunDue(long long until)
 {
     while (!_IsEnding()) {
-        const long long due = std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()});
+        const long long due = _GetNextDue();
         if (due > until || due == nxTimerQueue::Never) return;
         if (_options.speed > 0.0) _WaitFor(due);
         if (_IsEnding()) return;
@@ -285,6 +319,8 @@ void nxReplayServer::_RunDue(long long until)
             _ApplyChanges();
         } else if (due == _nextStateTime) {
             _FollowHours();
+        } else if (_exchange && due == _exchange->GetNextTime()) {
+            _RunExchange();
         } else {
             _RunTimer();
         }
@@ -381,6 +417,10 @@ void nxReplayServer::_DeliverTradeVolumes(Market& market)
 void nxReplayServer::_SetState(Market& market, unsigned int bits)
 {
     if (!market.product.SetState(bits)) return;
+    const bool isOpen = bits == nxAlgoStateObject::Open;
+    market.isFresh = isOpen;
+    if (_exchange && isOpen) _exchange->OnOpen(market.exchangeProduct, _time.Get());
+    if (_exchange && !isOpen) _exchange->OnClose(market.exchangeProduct, _time.Get());
     _DeliverMarket(
         market, nxMarketEvent::State, nxCallback::OnProductState, &nxAlgoJobObject::OnProductState,
         [](nxHostProduct & product) -> auto& { return product.GetStateEvent(); });

@@ -49,6 +49,11 @@ private:
         nxTradingHours hours;                       // empty: open from its first row on
         bool hasTradeVolumes = false;               // the latest event changed them
         long long nextState = nxTimerQueue::Never;  // when these change its state
+        bool isFresh = true;                        // nothing of its data has come since it opened
+        nxProductAccount none;                      // how an account begins
+        nxProductAccount everybody;                 // of all jobs together
+        std::vector<nxHostProduct*> traded;         // the jobs' products that had a fill
+        unsigned int exchangeProduct = 0;           // once there is an exchange
         std::vector<nxHostProduct*> subscribers;  // by the index of the job; null: the job asked for nothing
     };
     // What a job is told of another one that it watches.
@@ -89,6 +94,21 @@ private:
     void _DeliverPositions();
     void _SetState(Market& market, unsigned int bits);
     Market& _GetMarket(unsigned int index);
+    long long _GetNextDue() const;
+
+    void _OpenExchange();
+    void _AddToExchange(Market& market);
+    // Carries out what is due at the exchange, and delivers its answers.
+    void _RunExchange();
+    bool _IsAnswerDue();
+    void _DeliverAnswer();
+    void _AddFill(nxHostOrder& order, const nxExchangeEvent& fill);
+    void _Revalue(Market& market);
+    void _BeginDay(long long time);
+    Market& _GetMarketOf(const nxHostProduct& product);
+    nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
+    void _TakeLastAnswers();
+    void _PullOrders(nxHostJob& job);
 
     void _LoadJob(nxJobRunner& runner);
     void _StartJob(nxJobRunner& runner);
@@ -136,6 +156,17 @@ private:
     void NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event) override;
     std::vector<nxHostJob*> GetOtherJobs(const nxHostJob& job) override;
     nxErrorEnum StopJob(nxHostJob& job, const nxHostJob& by) override;
+    long long GetTime() const override { return _time.Get(); }
+    unsigned int ReserveOrder() override;
+    bool HasExchange() const override { return _exchange.has_value(); }
+    nxSimulatedExchange& GetExchange() override { return *_exchange; }
+    unsigned int GetExchangeProduct(const nxHostProduct& product) override;
+    void NoteOrder(nxHostOrder& order) override;
+    nxHostOrder* FindOrder(unsigned int id) override;
+    const std::vector<nxHostOrder*>& GetOrders() const override { return _orders; }
+    void NoteRequest(nxHostJob&) override { _isUnsettled = true; }
+    bool MayTrade(const nxHostJob& job) override { return !_GetRunner(job).IsOver(); }
+    bool IsRecording() const override { return _record.IsOpen(); }
     std::string GetDynamicParameter(const std::string& tag, const std::string& name) override;
     void SetDynamicParameter(const std::string& tag, const std::string& name,
                              const std::string& value) override;
@@ -155,6 +186,10 @@ private:
     std::map<std::pair<std::string, std::string>, std::string> _board;  // by tag and name
     nxRunStatistics _statistics;
     std::vector<std::unique_ptr<Market>> _markets;       // null until the product is met
+    std::optional<nxSimulatedExchange> _exchange;        // from the first order on; behind the markets
+    std::vector<nxHostOrder*> _orders;                   // as they came to be
+    std::vector<nxHostOrder*> _ordersByNumber;           // from 1; null: no job knows of it yet
+    std::optional<nxExchangeEvent> _answer;              // taken from the exchange, and not delivered
     std::vector<std::unique_ptr<nxJobRunner>> _runners;  // behind the markets, which their products look at
     std::size_t _jobsToGo = 0;                           // that have not ended
     std::deque<News> _news;
@@ -166,5 +201,6 @@ private:
     bool _hasTime = false;  // the data holds a row, so there is a recorded time
     bool _isOver = false;   // a failure ended the run, or no job is left
     long long _clockTime = 0;
+    long long _nextDay = nxTimerQueue::Never;  // of the accounts, once there is an exchange
     std::chrono::steady_clock::time_point _wallStart;
 };

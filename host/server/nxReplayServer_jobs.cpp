@@ -82,6 +82,7 @@ void nxReplayServer::_EndJob(nxJobRunner& runner, const std::string& reason, boo
     runner.GetJob().GetObject().StopJob();
     runner.GetJob().SetRunning(false);
     _timers.StopAll(runner.GetJob());
+    _PullOrders(runner.GetJob());
     Record(runner.GetJob(), "jobStopped", {{"reason", reason}});
     _Publish(runner);
     _Announce(nxCallback::OnVorantJobStopped, runner);
@@ -171,21 +172,39 @@ void nxReplayServer::_DeliverNews()
     _isSettling = true;
     _EndAskedJobs();
     _DeliverPositions();
-    for (std::size_t delivered = 0; !_news.empty() && !_IsEnding(); ++delivered) {
-        const News news = _news.front();
-        _news.pop_front();
-        // Jobs that answer each other's news would hold the recorded time for ever.
-        if (delivered == MostNews * _runners.size()) {
-            _NoteFailure(*news.watcher, news.callback,
-                         fmt::format("jobs {} and {} answer each other without end: {} callbacks at one "
-                                     "recorded time",
-                                     news.subject->GetWatched().GetName(), news.watcher->GetJob().GetName(),
-                                     delivered));
+    // Scripts that answer each other's news, or the answers to their own orders, would hold the recorded time
+    // for ever.
+    for (std::size_t delivered = 0; !_IsEnding(); ++delivered) {
+        const bool isEndless = delivered == MostNews * _runners.size();
+        if (_IsAnswerDue()) {
+            if (isEndless) {
+                nxJobRunner& runner = _GetRunner(FindOrder(_answer->order)->GetOwner());
+                _NoteFailure(runner, nxCallback::OnOrderWorking,
+                             fmt::format("orders are sent upon the answers to orders without end: {} answers "
+                                         "at one recorded time",
+                                         delivered));
+                runner.AskEnd("its orders had no end");
+                _EndAskedJobs();
+                break;
+            }
+            _DeliverAnswer();
+        } else if (!_news.empty()) {
+            const News news = _news.front();
+            _news.pop_front();
+            if (isEndless) {
+                _NoteFailure(*news.watcher, news.callback,
+                             fmt::format("jobs {} and {} answer each other without end: {} callbacks at one "
+                                         "recorded time",
+                                         news.subject->GetWatched().GetName(),
+                                         news.watcher->GetJob().GetName(), delivered));
+                break;
+            }
+            const auto entry = std::ranges::find_if(
+                NewsEntries, [&](const auto& known) { return known.callback == news.callback; });
+            _Deliver(news.callback, *news.watcher, entry->entry, *news.subject);
+        } else {
             break;
         }
-        const auto entry = std::ranges::find_if(
-            NewsEntries, [&](const auto& known) { return known.callback == news.callback; });
-        _Deliver(news.callback, *news.watcher, entry->entry, *news.subject);
         _EndAskedJobs();
         _DeliverPositions();
     }

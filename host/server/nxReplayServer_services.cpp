@@ -19,6 +19,8 @@ void nxReplayServer::Describe(nxHostProduct& product)
     for (const auto& market : _markets) {
         if (market == nullptr || &market->product != &product.GetMarket()) continue;
         product.Describe(market->tickSize);
+        product.SetAccount(market->none);
+        product.ShowPosition(market->everybody);
     }
     for (const nxProductDescription& description : _options.products) {
         if (description.name != product.GetMarket().GetName()) continue;

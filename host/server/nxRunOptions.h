@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/exchange/nxSimulatedExchange.h"
 #include "host/feed/nxProductDescription.h"
 #include "host/jobs/nxJobOptions.h"
 #include "host/server/nxParameterChange.h"
@@ -16,8 +17,9 @@ struct nxRunOptions
     std::vector<nxParameterChange> changes;  // by time; each fits the jobs' parameters
     std::vector<std::string> data;
     std::vector<nxProductDescription> products;
-    std::string recordFile;  // where to write what leaves the scripts; empty: nowhere
-    double speed = 0.0;      // recorded seconds for each real one; 0: as fast as it can
+    nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
+    std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
+    double speed = 0.0;          // recorded seconds for each real one; 0: as fast as it can
     bool lenient = false;
     bool continueOnError = false;
     bool showProgress = false;

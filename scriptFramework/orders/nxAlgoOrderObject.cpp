@@ -193,8 +193,12 @@ bool nxAlgoOrderObject::Get_lastExchangeFillTime(nxLuaResults& results)
 
 bool nxAlgoOrderObject::Set_reference(const nxLuaParameter& value)
 {
-    std::string reference = value.GetString();
-    const nxMutexGuard guard(_orderMutex);
-    _reference = std::move(reference);
+    SetReference(value.GetString());
     return true;
+}
+
+void nxAlgoOrderObject::SetReference(const std::string& reference)
+{
+    const nxMutexGuard guard(_orderMutex);
+    _reference = reference;
 }

@@ -75,6 +75,7 @@ public:
     const std::string& GetSide() const { return _side; }
     // The script's own label. For the thread that runs the script.
     const std::string& GetReference() const { return _reference; }
+    void SetReference(const std::string& reference);
     void SetShowOrder(bool show);
     // False, and value left alone, for an order that was created without the flag.
     bool GetShowOrder(bool& value) const;

@@ -89,7 +89,7 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
     const std::string known =
         "; known are name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
         "makerFee, "
-        "takerFee, leg";
+        "takerFee, feeIsRate, leg";
     const std::string product = "[[product]]\nname = \"A\"\n";
     const struct
     {

@@ -279,7 +279,7 @@ function OnPrice(p) if p.bidPrice == 2 then job:shutdown() error("x") end end)")
     run.AddQuotes(TwoQuotes);
     run.options.recordFile = run.Write("record.jsonl", "old");
     EXPECT_EQ(run.Run(), nxRunResult::ScriptFailed);
-    EXPECT_EQ(run.GetLog(), "00.000  caf\xe9\n00.000  ERROR s\n00.000  gnil0\n");
+    EXPECT_EQ(run.GetLog(), "00.000  caf\xe9\n00.000  ERROR s\n00.000  g00\n");
     const char* const expected[] = {
         R"("log","text":"caf�"})",
         R"("state","level":"ERROR","text":"s"})",
@@ -302,7 +302,7 @@ function OnPrice(p) if p.bidPrice == 2 then job:shutdown() error("x") end end)")
         R"("orderUserString1","text":"1"})",
         R"("orderUserString2","text":"2"})",
         R"("selectedPrice","price":1.25})",
-        R"("log","text":"gnil0"})",
+        R"("log","text":"g00"})",
         R"("jobStarted"})",
         R"("shutdown"})",
         R"("callbackFailure","callback":"OnPrice","text":"script.lua:12: x"})",

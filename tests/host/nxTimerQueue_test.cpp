@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <memory>
 #include <sstream>
 
@@ -25,8 +26,21 @@ class Silence : public nxHostServices
     void NoteChange(nxHostJob&) override {}
     std::vector<nxHostJob*> GetOtherJobs(const nxHostJob&) override { return {}; }
     nxErrorEnum StopJob(nxHostJob&, const nxHostJob&) override { return {}; }
+    long long GetTime() const override { return 0; }
+    unsigned int ReserveOrder() override { return 0; }
+    bool HasExchange() const override { return false; }
+    nxSimulatedExchange& GetExchange() override { std::abort(); }
+    unsigned int GetExchangeProduct(const nxHostProduct&) override { return 0; }
+    void NoteOrder(nxHostOrder&) override {}
+    nxHostOrder* FindOrder(unsigned int) override { return nullptr; }
+    const std::vector<nxHostOrder*>& GetOrders() const override { return _orders; }
+    void NoteRequest(nxHostJob&) override {}
+    bool MayTrade(const nxHostJob&) override { return false; }
+    bool IsRecording() const override { return false; }
     std::string GetDynamicParameter(const std::string&, const std::string&) override { return {}; }
     void SetDynamicParameter(const std::string&, const std::string&, const std::string&) override {}
+
+    std::vector<nxHostOrder*> _orders;
 };
 
 class nxTimerQueueTest : public ::testing::Test

@@ -1,0 +1,209 @@
+// The exchange of a run: how it comes to be with the first order, and how its answers reach the scripts.
+
+#include <algorithm>
+#include <limits>
+
+#include "host/server/nxReplayServer.h"
+
+namespace {
+
+using Kind = nxExchangeEvent::Kind;
+using UpdateEntry = nxErrorEnum (nxAlgoJobObject::*)(nxAlgoOrderUpdateObject&);
+
+// What a script hears of an order, by event. A fill and a child have more to them.
+constexpr struct
+{
+    Kind kind;
+    nxCallback callback;
+    UpdateEntry entry;
+} AnswerEntries[] = {
+    {Kind::Accepted, nxCallback::OnOrderWorking, &nxAlgoJobObject::OnOrderWorking},
+    {Kind::Triggered, nxCallback::OnOrderWorking, &nxAlgoJobObject::OnOrderWorking},
+    {Kind::Amended, nxCallback::OnOrderWorking, &nxAlgoJobObject::OnOrderWorking},
+    {Kind::Filled, nxCallback::OnOrderFill, &nxAlgoJobObject::OnOrderFill},
+    {Kind::Cancelled, nxCallback::OnOrderCancelled, &nxAlgoJobObject::OnOrderCancelled},
+    {Kind::Rejected, nxCallback::OnOrderRejected, &nxAlgoJobObject::OnOrderRejected},
+    {Kind::AmendRejected, nxCallback::OnOrderAmendRejected, &nxAlgoJobObject::OnOrderAmendRejected},
+    {Kind::CancelRejected, nxCallback::OnOrderCancelRejected, &nxAlgoJobObject::OnOrderCancelRejected},
+};
+
+long long GetNextMidnight(long long time)
+{
+    constexpr long long day = 86'400'000'000'000;
+    const long long into = time % day;
+    return time - into + (into < 0 ? 0 : day);
+}
+
+}  // namespace
+
+// A run without orders has no exchange, and does nothing for it.
+void nxReplayServer::_OpenExchange()
+{
+    nxExchangeOptions options = _options.exchange;
+    options.reportQueue = std::ranges::any_of(_runners, [](const auto& runner) {
+        return runner->GetJob().GetObject().IsFunctionDefined("OnOrderQPosition");
+    });
+    _exchange.emplace(options);
+    _nextDay = GetNextMidnight(_time.Get());
+    for (const auto& market : _markets)
+        if (market != nullptr) _AddToExchange(*market);
+}
+
+void nxReplayServer::_AddToExchange(Market& market)
+{
+    const nxFeedProduct* known = _feed.GetProducts().Find(market.product.GetName());
+    const bool isOfBars = known != nullptr && known->Has(nxFeedKind::Bar);
+    market.exchangeProduct =
+        _exchange->AddProduct({&market.product, market.tickSize, market.hours, isOfBars});
+    if (market.product.GetState().GetValue() != nxAlgoStateObject::Open) return;
+    if (market.isFresh) {
+        _exchange->OnOpen(market.exchangeProduct, _time.Get());
+    } else {
+        _exchange->Join(market.exchangeProduct, _time.Get());
+    }
+}
+
+unsigned int nxReplayServer::ReserveOrder()
+{
+    if (!_exchange) _OpenExchange();
+    return _exchange->Reserve();
+}
+
+nxReplayServer::Market& nxReplayServer::_GetMarketOf(const nxHostProduct& product)
+{
+    return **std::ranges::find_if(_markets, [&](const auto& market) {
+        return market != nullptr && &market->product == &product.GetMarket();
+    });
+}
+
+unsigned int nxReplayServer::GetExchangeProduct(const nxHostProduct& product)
+{
+    return _GetMarketOf(product).exchangeProduct;
+}
+
+void nxReplayServer::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
+{
+    nxHostProduct& product = order.GetHostProduct();
+    Market& market = _GetMarketOf(product);
+    const bool isBuy = order.GetKind().isBuy;
+    order.GetOwner().AddFill(product, isBuy, fill);
+    market.everybody.AddFill(isBuy, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    if (std::ranges::find(market.traded, &product) == market.traded.end()) market.traded.push_back(&product);
+    for (const auto& runner : _runners) {
+        const auto known = runner->GetJob().GetProducts().find(market.product.GetName());
+        if (known == runner->GetJob().GetProducts().end()) continue;
+        known->second->ShowPosition(market.everybody);
+        if (known->second->Wants(nxMarketEvent::Position))
+            _positions.emplace_back(runner.get(), known->second.get());
+    }
+}
+
+// What is open follows the market, for the largest fall of the profit.
+void nxReplayServer::_Revalue(Market& market)
+{
+    for (nxHostProduct* product : market.traded)
+        if (product->GetAccount().GetKeeper().GetNet() != 0) product->GetOwner().Revalue(*product);
+}
+
+// Days of the accounts are those of the market's figures, in UTC.
+void nxReplayServer::_BeginDay(long long time)
+{
+    for (const auto& market : _markets) {
+        if (market == nullptr) continue;
+        market->everybody.BeginDay(market->product.GetPrice());
+        for (const auto& runner : _runners) {
+            const auto known = runner->GetJob().GetProducts().find(market->product.GetName());
+            if (known == runner->GetJob().GetProducts().end()) continue;
+            known->second->GetAccount().BeginDay(market->product.GetPrice());
+            known->second->ShowPosition(market->everybody);
+        }
+    }
+    _nextDay = GetNextMidnight(time);
+}
+
+void nxReplayServer::NoteOrder(nxHostOrder& order)
+{
+    const unsigned int id = order.GetID();
+    if (id >= _ordersByNumber.size()) _ordersByNumber.resize(id + 1);
+    _ordersByNumber[id] = &order;
+    _orders.push_back(&order);
+}
+
+nxHostOrder* nxReplayServer::FindOrder(unsigned int id)
+{
+    return id < _ordersByNumber.size() ? _ordersByNumber[id] : nullptr;
+}
+
+void nxReplayServer::_RunExchange()
+{
+    // What comes inside a callback's aftermath is for the loop that is under way.
+    if (!_isSettling && _exchange->GetNextTime() <= _time.Get()) _DeliverNews();
+}
+
+bool nxReplayServer::_IsAnswerDue()
+{
+    if (!_exchange) return false;
+    if (_answer) return true;
+    _exchange->Advance(_time.Get());
+    nxExchangeEvent event;
+    if (!_exchange->PopEvent(event, _time.Get())) return false;
+    _answer = std::move(event);
+    return true;
+}
+
+nxHostOrder& nxReplayServer::_ApplyAnswer(const nxExchangeEvent& event)
+{
+    if (event.kind == Kind::ChildCreated) {
+        const nxExchangeOrder& child = _exchange->GetOrder(event.order);
+        nxHostOrder& parent = *FindOrder(child.parent);
+        parent.GetOwner().AddChild(child, parent);
+    }
+    nxHostOrder& order = *FindOrder(event.order);
+    order.Apply(event);
+    if (event.kind == Kind::Filled) _AddFill(order, event);
+    return order;
+}
+
+void nxReplayServer::_DeliverAnswer()
+{
+    const nxExchangeEvent event = *std::exchange(_answer, std::nullopt);
+    nxHostOrder& order = _ApplyAnswer(event);
+    nxHostJob& job = order.GetOwner();
+    nxJobRunner& runner = _GetRunner(job);
+    if (!event.error.IsSuccess()) {
+        const char* const what = event.kind == Kind::Rejected        ? "is rejected: "
+                                 : event.kind == Kind::AmendRejected ? "is not amended: "
+                                                                     : "is not pulled: ";
+        job.SetError(event.reason);
+        LogText(job, "order " + std::to_string(event.order) + " " + what + event.reason);
+    }
+    if (event.kind == Kind::ChildCreated) {
+        _Deliver(nxCallback::OnOrderNew, runner, &nxAlgoJobObject::OnOrderNew, order);
+    } else if (event.kind == Kind::QueueMoved) {
+        _Deliver(nxCallback::OnOrderQPosition, runner, &nxAlgoJobObject::OnOrderQPosition, order);
+    } else {
+        const auto known = std::ranges::find_if(
+            AnswerEntries, [&](const auto& candidate) { return candidate.kind == event.kind; });
+        _Deliver(known->callback, runner, known->entry, order.GetUpdate());
+    }
+    if (event.kind == Kind::Filled && event.status == nxOrderStatus_Filled)
+        _Deliver(nxCallback::OnOrderCompleted, runner, &nxAlgoJobObject::OnOrderCompleted, order.GetUpdate());
+}
+
+// What was on its way to the scripts when the run ended counts, though nobody hears of it.
+void nxReplayServer::_TakeLastAnswers()
+{
+    if (!_exchange) return;
+    if (_answer) _ApplyAnswer(*std::exchange(_answer, std::nullopt));
+    nxExchangeEvent event;
+    while (_exchange->PopEvent(event, std::numeric_limits<long long>::max()))
+        _ApplyAnswer(event);
+}
+
+// Of a job that ends while the others go on.
+void nxReplayServer::_PullOrders(nxHostJob& job)
+{
+    if (_IsEnding() || !_exchange) return;
+    for (const auto& order : job.GetOwnOrders())
+        if (order->IsOpen()) static_cast<void>(order->Pull());
+}

@@ -1,0 +1,172 @@
+#include "host/jobs/nxHostOrder.h"
+
+#include "tests/host/nxHostFixture.h"
+
+namespace {
+
+// Tells each order callback in a line of its own, and would tell one inside another.
+constexpr const char* Teller = R"(
+local inside
+local function tell(name, update, text)
+  if inside then job:logText(name .. " inside " .. inside) end
+  inside = name
+  job:logText(name .. " " .. update.id .. " " .. text)
+  if after then after(name, update) end
+  inside = nil
+end
+for _, name in ipairs{"Working", "Completed", "Cancelled", "Rejected", "AmendRejected", "CancelRejected"} do
+  _G["OnOrder" .. name] = function(update)
+    tell(name, update, update.executed .. "/" .. update.volume .. " at " .. tostring(update.price) ..
+      (update.error ~= "" and " " .. update.error or ""))
+  end
+end
+function OnOrderFill(update) tell("Fill", update, update.fillVolume .. " at " .. update.fillPrice) end
+function OnOrderNew(order) tell("New", order, order.side .. " " .. order.type .. order.exec .. " of " .. order.parent.id) end
+function OnPrice(price)
+  inside = "OnPrice"
+  count = (count or 0) + 1
+  if step then step(count) end
+  inside = nil
+end
+function OnInit() product = job:getProduct("A") product:subscribePrice() end
+function make(side, kind) return product:createOrder{side = side, type = kind} end
+function limit(side, volume, price) local o = make(side, "LIMIT") o:work{volume = volume, price = price} return o end
+function try(order, name, ...) local ok, text = pcall(order[name], order, ...) job:logText(ok and "ok" or text:gsub("^.*: ", "")) end
+)";
+
+constexpr const char* Quotes =
+    "@00,A,99,10,101,10,100,1,BUY\n"
+    "@01,A,99,10,101,10,,,\n"
+    "@02,A,,,,,99,12,SELL\n"
+    "@03,A,99,5,101,10,,,\n";
+
+std::string RunWith(const std::string& script, const std::string& rows = Quotes,
+                    const nxExchangeOptions& exchange = {})
+{
+    nxHostRun run;
+    run.options.exchange = exchange;
+    run.SetScript(Teller + script);
+    run.AddQuotes(rows);
+    std::string log = run.RunForLog() + run.GetErrors();
+    for (std::size_t at = 0; (at = log.find(".000  ", at)) != std::string::npos;)
+        log.replace(at, 6, " ");
+    return log;
+}
+
+TEST(HostOrder, TellsItsLifeInOrderAndOutsideOtherCallbacks)
+{
+    const struct
+    {
+        const char* name;
+        const char* script;
+        const char* log;
+    } cases[] = {
+        {"takes", "function step(n) if n == 1 then limit('BUY', 3, 101) end end",
+         "00 Working 1 0/3 at 101\n00 Fill 1 3 at 101\n00 Completed 1 3/3 at 101\n"},
+        {"rests behind the queue", "function step(n) if n == 1 then limit('BUY', 5, 99) end end",
+         "00 Working 1 0/5 at 99\n02 Fill 1 2 at 99\n"},
+        {"amends and pulls",
+         "function step(n) if n == 1 then o = limit('BUY', 5, 98) elseif n == 2 then o:work{price = 97} "
+         "o:pull() end end",
+         "00 Working 1 0/5 at 98\n01 Working 1 0/5 at 97\n01 Cancelled 1 0/5 at 97\n"},
+        {"bracket",
+         "function step(n) if n == 1 then o = product:createOrder{side='BUY', type='LIMIT', exec='BRACKET'}\n"
+         "o:work{volume=1, price=101, bracketProfit=5, bracketStopLoss=7} end end",
+         "00 Working 1 0/1 at 101\n00 Fill 1 1 at 101\n00 Completed 1 1/1 at 101\n"
+         "00 New 2 SELL MARKETSTOP of 1\n00 New 3 SELL LIMIT of 1\n"
+         "00 Working 2 0/1 at nil\n00 Working 3 0/1 at 106\n"},
+        {"sent from an answer",
+         "function after(name, u) if name == 'Fill' and u.id == 1 then limit('SELL', 1, 110) end end\n"
+         "function step(n) if n == 1 then limit('BUY', 1, 101) end end",
+         "00 Working 1 0/1 at 101\n00 Fill 1 1 at 101\n00 Completed 1 1/1 at 101\n00 Working 2 0/1 at 110\n"},
+        {"rejected with a cause",
+         "function step(n) if n == 1 then o = product:createOrder{side='BUY', type='LIMIT', time='PREOPEN'} "
+         "o:work{volume=1, price=9} end end",
+         "00 order 1 is rejected: the market is open already\n00 Rejected 1 0/1 at 9 ORDER_MARKET_STATE\n"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(RunWith(row.script), row.log);
+    }
+}
+
+TEST(HostOrder, RefusesAtOnceWithAReason)
+{
+    const struct
+    {
+        const char* call;
+        const char* reason;
+    } cases[] = {
+        {"try(make('BUY', 'LIMIT'), 'work', {volume = 1})", "a LIMIT order needs a price"},
+        {"try(make('BUY', 'MARKET'), 'work', {volume = 0})", "the volume is 0"},
+        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, stopVolume = 1})",
+         "stopVolume is not supported by the simulated exchange"},
+        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, minVolume = 1})",
+         "minVolume is not supported by the simulated exchange"},
+        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, finesseTicks = 1})",
+         "finesseTicks is not supported by the simulated exchange"},
+        {"try(make('BUY', 'LIMIT'), 'pull')", "the order was never worked"},
+        {"local o = limit('BUY', 1, 9) o:pull() try(o, 'pull')", "the order is being pulled"},
+        {"local o = limit('BUY', 1, 9) o:pull() try(o, 'work', {volume = 2})", "the order is being pulled"},
+        {"filled = limit('BUY', 1, 101)", ""},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.call);
+        const std::string log =
+            RunWith("function step(n) if n == 1 then " + std::string(row.call) + " end end");
+        if (*row.reason != '\0') {
+            EXPECT_TRUE(log.starts_with("00 " + std::string(row.reason) + "\n")) << log;
+        }
+    }
+    EXPECT_NE(
+        RunWith("function step(n) if n == 1 then o = limit('BUY', 1, 101) elseif n == 2 then try(o, 'work', "
+                "{volume = 2}) try(o, 'pull') end end")
+            .find("01 the order is filled\n01 the order is filled\n"),
+        std::string::npos);
+}
+
+TEST(HostOrder, AnswersTravelInRecordedTime)
+{
+    nxExchangeOptions exchange;
+    exchange.request = exchange.answer = {250'000'000, 250'000'000};
+    EXPECT_EQ(
+        RunWith("function step(n) if n == 1 then o = limit('BUY', 5, 98) elseif n == 2 then "
+                "job:logText(o.working) o:pull() job:logText(tostring(o.state:isPendingCancel())) end end",
+                Quotes, exchange),
+        "00.500  Working 1 0/5 at 98\n01 5\n01 true\n01.500  Cancelled 1 0/5 at 98\n");
+}
+
+TEST(HostOrder, OtherJobsLookAtItAndChangeNothing)
+{
+    nxHostRun run;
+    run.AddJob("one",
+               std::string(Teller) +
+                   "function step(n) if n == 1 then o = limit('BUY', 5, 98) o.reference = 'mine' end end");
+    run.AddJob("two", std::string(Teller) + R"(
+function step(n)
+  if n ~= 2 then return end
+  local o = job:getOrders():getOrder(1)
+  job:logText(table.concat({o.id, o.price, o.reference, tostring(o.isCurrentJob), job:getJobOrders().count}, " "))
+  try(o, "pull")
+end)");
+    run.AddQuotes(Quotes);
+    EXPECT_EQ(run.RunForLog(),
+              "00.000  [one] Working 1 0/5 at 98\n01.000  [two] 1 98 mine false 0\n"
+              "01.000  [two] the order is another job's\n");
+}
+
+TEST(HostOrder, OrdersWithoutEndEndTheJob)
+{
+    nxHostRun run;
+    run.options.continueOnError = true;
+    run.SetScript(
+        "function OnInit() p = job:getProduct('A') p:subscribePrice() end\n"
+        "function OnPrice() if o then return end o = p:createOrder{side='BUY', type='LIMIT'} "
+        "o:work{volume=1, price=9} end\n"
+        "function OnOrderWorking() o:work{price = o.price == 9 and 8 or 9} end\n");
+    run.AddQuotes(Quotes);
+    EXPECT_EQ(run.Run(), nxRunResult::ScriptFailed);
+    EXPECT_EQ(run.GetLine("end"), "its orders had no end");
+}
+
+}  // namespace
