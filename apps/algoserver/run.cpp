@@ -147,10 +147,11 @@ void AddRunCommand(CLI::App& app, int& status)
     run->add_option("--record", options.recordFile,
                     "JSON Lines file to write all that leaves the scripts to");
     nxExchangeOptions& exchange = options.exchange;
-    run->add_option("--fills", exchange.fills,
-                    "How resting orders are filled: queue (behind what the market shows), cross (only when "
-                    "traded through) or touch (at once)")
-        ->transform(CLI::CheckedTransformer(FillModels))
+    run->add_option_function<std::string>(
+           "--fills", [&exchange](const std::string& name) { exchange.fills = FillModels.at(name); },
+           "How resting orders are filled: queue (behind what the market shows), cross (only when "
+           "traded through) or touch (at once)")
+        ->check(CLI::IsMember(FillModels))
         ->option_text("queue|cross|touch [queue]");
     run->add_option_function<std::string>(
            "--latency",
