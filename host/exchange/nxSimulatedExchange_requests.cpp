@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "host/exchange/nxSimulatedExchange.h"
+#include "host/feed/nxFeedTime.h"
 
 namespace {
 
@@ -13,16 +14,10 @@ constexpr long long Never = std::numeric_limits<long long>::max();
 constexpr unsigned int LargestVolume = 1'000'000'000;
 constexpr unsigned int MostTicks = 1'000'000;
 
-long long GetNextMidnight(long long time)
-{
-    const long long into = time % NanosecondsPerDay;
-    return time - into + (into < 0 ? 0 : NanosecondsPerDay);
-}
-
 // The end of an order's last day.
 long long GetEnd(const nxDateTime& date)
 {
-    return GetNextMidnight(date.GetAsTimeValue() * NanosecondsPerSecond);
+    return nxFeedTime::GetNextMidnight(date.GetAsTimeValue() * NanosecondsPerSecond);
 }
 
 const char* FindVolumeFault(const nxVolume& volume)
@@ -139,7 +134,7 @@ void nxSimulatedExchange::_SetExpiry(nxExchangeOrder& order)
         case nxOrderDuration::Day:
         case nxOrderDuration::PreOpen:
             if (hours.IsEmpty()) {
-                order.expires = GetNextMidnight(_time);
+                order.expires = nxFeedTime::GetNextMidnight(_time);
             } else {
                 order.expires = hours.GetNextChange(_time);
                 // Before the opening the next change is that; the day ends with the one behind it.

@@ -156,6 +156,13 @@ const char* nxFeedTime::SetFromInteger(unsigned long long count, long long& time
     return nullptr;
 }
 
+long long nxFeedTime::GetNextMidnight(long long time)
+{
+    constexpr long long day = 86'400 * NanosecondsPerSecond;
+    const long long into = time % day;
+    return time - into + (into < 0 ? 0 : day);
+}
+
 std::string nxFeedTime::GetAsString(long long time)
 {
     const std::chrono::sys_time<std::chrono::nanoseconds> point{std::chrono::nanoseconds(time)};

@@ -260,11 +260,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             ++(event.quote.IsTrade() ? _statistics.trades : _statistics.quotes);
             market.product.ApplyQuote(event.quote, event.time);
             _UpdateTradeVolumes(market);
-            if (_exchange) {
-                _exchange->OnQuote(market.exchangeProduct, event.quote, event.time);
-                _Revalue(market);
-                _RunExchange();
-            }
+            if (_exchange) _TellExchange(market, event);
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -272,11 +268,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             ++_statistics.bars;
             market.product.ApplyBar(event.bar, event.time);
             _UpdateTradeVolumes(market);
-            if (_exchange) {
-                _exchange->OnBar(market.exchangeProduct, event.bar, event.time);
-                _Revalue(market);
-                _RunExchange();
-            }
+            if (_exchange) _TellExchange(market, event);
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -284,11 +276,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             ++_statistics.depthChanges;
             _statistics.depthRows += event.rows;
             market.product.ApplyDepth(event.levels);
-            if (_exchange) {
-                _exchange->OnDepth(market.exchangeProduct, event.levels, event.time);
-                _Revalue(market);
-                _RunExchange();
-            }
+            if (_exchange) _TellExchange(market, event);
             _DeliverDepth(market);
             // A product with quotes of its own has its prices from there.
             if (!known.Has(nxFeedKind::Quote) && !known.Has(nxFeedKind::Bar) &&

@@ -99,6 +99,7 @@ private:
     void _OpenExchange();
     void _AddToExchange(Market& market);
     // Carries out what is due at the exchange, and delivers its answers.
+    void _TellExchange(Market& market, const nxFeedEvent& event);
     void _RunExchange();
     bool _IsAnswerDue();
     void _DeliverAnswer();

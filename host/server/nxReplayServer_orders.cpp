@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "host/feed/nxFeedTime.h"
 #include "host/server/nxReplayServer.h"
 
 namespace {
@@ -27,13 +28,6 @@ constexpr struct
     {Kind::CancelRejected, nxCallback::OnOrderCancelRejected, &nxAlgoJobObject::OnOrderCancelRejected},
 };
 
-long long GetNextMidnight(long long time)
-{
-    constexpr long long day = 86'400'000'000'000;
-    const long long into = time % day;
-    return time - into + (into < 0 ? 0 : day);
-}
-
 }  // namespace
 
 // A run without orders has no exchange, and does nothing for it.
@@ -44,7 +38,7 @@ void nxReplayServer::_OpenExchange()
         return runner->GetJob().GetObject().IsFunctionDefined("OnOrderQPosition");
     });
     _exchange.emplace(options);
-    _nextDay = GetNextMidnight(_time.Get());
+    _nextDay = nxFeedTime::GetNextMidnight(_time.Get());
     for (const auto& market : _markets)
         if (market != nullptr) _AddToExchange(*market);
 }
@@ -118,7 +112,7 @@ void nxReplayServer::_BeginDay(long long time)
             known->second->ShowPosition(market->everybody);
         }
     }
-    _nextDay = GetNextMidnight(time);
+    _nextDay = nxFeedTime::GetNextMidnight(time);
 }
 
 void nxReplayServer::NoteOrder(nxHostOrder& order)
@@ -132,6 +126,24 @@ void nxReplayServer::NoteOrder(nxHostOrder& order)
 nxHostOrder* nxReplayServer::FindOrder(unsigned int id)
 {
     return id < _ordersByNumber.size() ? _ordersByNumber[id] : nullptr;
+}
+
+// What the market did meets the orders in it, and what that leads to is told before the event itself.
+void nxReplayServer::_TellExchange(Market& market, const nxFeedEvent& event)
+{
+    switch (event.kind) {
+        case nxFeedKind::Quote:
+            _exchange->OnQuote(market.exchangeProduct, event.quote, event.time);
+            break;
+        case nxFeedKind::Bar:
+            _exchange->OnBar(market.exchangeProduct, event.bar, event.time);
+            break;
+        case nxFeedKind::Depth:
+            _exchange->OnDepth(market.exchangeProduct, event.levels, event.time);
+            break;
+    }
+    _Revalue(market);
+    _RunExchange();
 }
 
 void nxReplayServer::_RunExchange()
