@@ -1,7 +1,9 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "base/records/nxGenericProductID.h"
 #include "base/records/nxMarketDepth.h"
@@ -128,6 +130,9 @@ protected:
     bool _IsDepthWanted() const { return _depthWanted; }
     nxAlgoPosition& _GetPosition() { return _position; }
     nxAlgoPriceTradeVolumesObject& _GetPriceTradeVolumes() { return _priceTradeVolumes; }
+    // Frees the windows and collections of the product. For a host's destructor: they end their subscriptions
+    // by operations that the host overrides.
+    void _FreeOwned() { _owned.clear(); }
 
 private:
     using HostCall = nxErrorEnum (nxAlgoJobInterface::*)(nxAlgoProductObject*);
@@ -164,4 +169,5 @@ private:
     nxAlgoPositionObject _positionObject;
     nxAlgoStateObject _stateObject;
     std::string _name;
+    std::vector<std::unique_ptr<nxAlgoObject>> _owned;  // trade windows and tick data collections
 };
