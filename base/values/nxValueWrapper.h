@@ -43,11 +43,11 @@ public:
     {
         return IsNull() ? nxNullText : IsNoChange() ? nxNoChangeText : nxStringHelper::GetAsString(_value);
     }
-    /** As nxStringHelper::SetFromString; a reserved value is out of range. On an error the value is null. */
+    /** As nxStringHelper::SetFromString; the number of a mark gives the mark. On an error the value is null.
+     */
     nxErrorEnum SetFromString(const std::string& text)
     {
-        nxErrorEnum error = nxStringHelper::SetFromString(text, _value);
-        if (error.IsSuccess() && !IsValid()) error = nxError_NumberOutOfRange;
+        const nxErrorEnum error = nxStringHelper::SetFromString(text, _value);
         if (!error.IsSuccess()) SetNull();
         return error;
     }

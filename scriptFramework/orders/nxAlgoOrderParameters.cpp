@@ -38,7 +38,6 @@ bool nxAlgoOrderParameters::_SetNumbers(const nxLuaParameter& table, std::initia
     std::string text;
     for (const auto& [key, field] : keys) {
         if (!table.GetNamedValue(key, text)) continue;
-        // The two marks are no numbers that a script can give; whatever fails is null.
         const nxErrorEnum result = field.SetFromString(text);
         if (result.IsSuccess()) continue;
         error = _GetErrorString(key, text, result);

@@ -23,7 +23,8 @@ TEST(nxValueWrapper, ReadsItsValueFromText)
 {
     const std::tuple<const char*, unsigned, unsigned> rows[] = {
         {"4294967293", 0, 4294967293u},
-        {"4294967294", nxError_NumberOutOfRange, 0xFFFFFFFF},  // would read as a mark
+        {"4294967294", 0, 0xFFFFFFFE},  // a mark by its number
+        {"4294967296", nxError_NumberOutOfRange, 0xFFFFFFFF},
         {"-1", nxError_NotANumber, 0xFFFFFFFF}};
     for (const auto& [text, error, value] : rows) {
         nxVolume volume = 7;

@@ -75,7 +75,7 @@ TEST_F(nxAlgoOrderParametersTest, RefusesWhatItCanNotRead)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"{volume = 10.5}", "Can not set volume to [10.5]. not a number"},
-        {"{volume = 4294967295}", "Can not set volume to [4294967295]. number out of range"},
+        {"{volume = 4294967296}", "Can not set volume to [4294967296]. number out of range"},
         {"{stopPrice = '1e-5'}", "Can not set stopPrice to [1e-5]. not a number"},
         {"{bracketStopLossType = 'STOP'}",
          "Can not set bracketStopLossType to ]STOP] should be MARKET or LIMIT"},
