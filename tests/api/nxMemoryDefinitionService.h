@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -22,10 +23,16 @@ public:
     // To be called before there are threads.
     void Add(const nxProductDefinition& definition)
     {
-        _definitions[definition.GetGenericProductID().GetAsIndexedMapKey()].reset(definition.CopyInstance());
+        _records[_GetKey(definition)].definition.reset(definition.CopyInstance());
     }
-    static void Push(const nxProductDefinition& definition)
+    // A record's lock keeps a snapshot from overtaking a newer update.
+    void Push(const nxProductDefinition& definition)
     {
+        std::unique_lock<std::mutex> lock;
+        if (const auto record = _records.find(_GetKey(definition)); record != _records.end()) {
+            lock = std::unique_lock(record->second.mutex);
+            record->second.definition.reset(definition.CopyInstance());
+        }
         const std::unique_ptr<nxProductDefinition> copy(definition.CopyInstance());
         std::vector<nxProductDefinition*> definitions = {copy.get()};
         nxProductCache::GetInstance().DeliverUpdates(definitions);
@@ -41,8 +48,11 @@ public:
                             bool) override
     {
         std::vector<nxProductDefinition*> found;
-        const auto definition = _definitions.find(productID.GetAsIndexedMapKey());
-        if (definition != _definitions.end()) found.push_back(definition->second.get());
+        std::unique_lock<std::mutex> lock;
+        if (const auto record = _records.find(productID.GetAsIndexedMapKey()); record != _records.end()) {
+            lock = std::unique_lock(record->second.mutex);
+            found.push_back(record->second.definition.get());
+        }
         nxProductCache::GetInstance().OnDataObjectSnapshot({}, found, requester);
         return _Record('?', productID);
     }
@@ -54,5 +64,16 @@ private:
         return {};
     }
 
-    std::map<std::string, std::unique_ptr<nxProductDefinition>> _definitions;
+    struct Record
+    {
+        std::mutex mutex;  // comes before the cache's locks but the subscription's
+        std::unique_ptr<nxProductDefinition> definition;
+    };
+
+    static std::string _GetKey(const nxProductDefinition& definition)
+    {
+        return definition.GetGenericProductID().GetAsIndexedMapKey();
+    }
+
+    std::map<std::string, Record> _records;
 };

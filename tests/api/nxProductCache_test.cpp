@@ -45,7 +45,7 @@ TEST(nxProductCache, AsksTheServiceOnceAndKeepsWhatItBrought)
         EXPECT_EQ(Ask(Future("B"), true) + ", " + Ask(Future("B"), true), "null, null");
         EXPECT_EQ(Ask(nxProductID("A"), true), "null");  // of no type
         EXPECT_EQ(service.calls, "+A ?A +B ?B ");
-        nxMemoryDefinitionService::Push(Make(nxGenericProductID(Future("A")), 2));
+        service.Push(Make(nxGenericProductID(Future("A")), 2));
         EXPECT_EQ(Ask(Future("A")), "A 0.02");
         const std::unique_ptr<nxProductDefinition> copy(nxProductCache::GetInstance().GetProductDefinition(
             nxProductID("S", nxProductType_Strategy), true, false));
@@ -62,6 +62,7 @@ TEST(nxProductCache, AsksTheServiceOnceAndKeepsWhatItBrought)
 
 TEST(nxProductCache, ADefinitionWithoutANameChangesWhatItGives)
 {
+    nxMemoryDefinitionService service;
     nxProductCache& cache = nxProductCache::GetInstance();
     nxStrategyDefinition spread;
     spread.SetName("spread");
@@ -72,11 +73,11 @@ TEST(nxProductCache, ADefinitionWithoutANameChangesWhatItGives)
     cache.SetProductDefinition(Future("A", "X"), Make({}, 1));
     cache.SetProductDefinition(Future("A", "Y"), Make({}, 1));
     cache.SetProductDefinition(Future("B"), Make({}, 1));
-    nxMemoryDefinitionService::Push(Make(nxGenericProductID("", {}, "X"), 5));
-    nxMemoryDefinitionService::Push(Make(nxGenericProductID(), 7));  // for nobody
+    service.Push(Make(nxGenericProductID("", {}, "X"), 5));
+    service.Push(Make(nxGenericProductID(), 7));  // for nobody
     EXPECT_EQ(Ask(strategy) + Ask(Future("A", "X")) + Ask(Future("A", "Y")) + Ask(Future("B")),
               "spread 0.05 0.05 0.01 0.01");
-    nxMemoryDefinitionService::Push(Make(nxGenericProductID("*", nxProductType_Future), 9));
+    service.Push(Make(nxGenericProductID("*", nxProductType_Future), 9));
     EXPECT_EQ(Ask(strategy) + Ask(Future("A", "X")) + Ask(Future("A", "Y")) + Ask(Future("B")),
               "spread 0.05 0.09 0.09 0.09");
     const std::unique_ptr<nxProductDefinition> copy(cache.GetProductDefinition(strategy, false, false));
@@ -100,7 +101,6 @@ TEST(nxProductCache, ADefinitionWithoutANameChangesWhatItGives)
     for (const auto& row : rows)
         EXPECT_EQ(cache.GetProductDefinitions(row.pattern).size(), row.count)
             << row.pattern.GetAsIndexedMapKey();
-    cache.Destroy();
 }
 
 }  // namespace
