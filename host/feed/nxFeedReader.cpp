@@ -50,6 +50,7 @@ void nxFeedReader::_Peek()
         if (result != nxCsvReader::Result::Row || _row.product.empty()) continue;
         nxFeedProduct& product = _products.Get(_products.Add(_row.product));
         product.NoteKind(_kind);
+        if (_kind == nxFeedKind::Bar) product.NoteBarTime(_row.time);
         for (const nxFeedColumn& column : _csv.GetFormat().columns) {
             if (column.type != Number || !_row.numbers[column.slot].isGiven) continue;
             if (column.isSize)
