@@ -67,8 +67,10 @@ public:
     /** The time of a bar's row, of those that are looked at in front. */
     void NoteBarTime(long long time)
     {
-        const long long distance = time - _lastBarTime;
-        if (_hasBarTime && distance > 0 && (_barPeriod == 0 || distance < _barPeriod)) _barPeriod = distance;
+        long long distance = 0;
+        if (_hasBarTime && !__builtin_sub_overflow(time, _lastBarTime, &distance) && distance > 0 &&
+            (_barPeriod == 0 || distance < _barPeriod))
+            _barPeriod = distance;
         _lastBarTime = time;
         _hasBarTime = true;
     }

@@ -8,6 +8,9 @@ constexpr long long Second = 1'000'000'000;
 constexpr long long Minute = 60 * Second;
 constexpr long long Hour = 60 * Minute;
 constexpr long long Day = 24 * Hour;
+// What recorded times reach, without the outermost days, whose bars would begin or end beyond.
+constexpr long long Earliest = std::numeric_limits<long long>::min() + 2 * Day;
+constexpr long long Latest = std::numeric_limits<long long>::max() - 2 * Day;
 constexpr unsigned int LargestVolume = 0xFFFFFFFD;  // beyond lie the marks
 
 long long GetLength(const nxTickDataPeriodEnum& period)
@@ -62,6 +65,7 @@ bool nxBarBuilder::CanFoldRows() const
 bool nxBarBuilder::_FindSpan(long long time)
 {
     if (time >= _begin && time < _end) return true;
+    if (time < Earliest || time > Latest) return false;
     const long long length = _length == 0 ? Day : _length;
     if (_length == 0 && !_hours.IsEmpty()) {
         if (!_hours.IsOpen(time)) return false;
@@ -103,7 +107,7 @@ const nxTickData* nxBarBuilder::AddRow(const nxFeedBar& row, long long time)
     const bool isSession = _length == 0 && IsDaily(_rowPeriod);
     if (isSession) {
         _begin = time;
-    } else if (!_FindSpan(time - 1)) {
+    } else if (time < Earliest || !_FindSpan(time - 1)) {
         return nullptr;
     }
     if (_isEmpty) _Begin(row.open);
