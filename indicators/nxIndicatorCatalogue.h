@@ -3,10 +3,13 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "indicators/nxIndicatorType.h"
 #include "indicators/nxTechnicalIndicator.h"
 
-// Every indicator that a script can ask for by its type.
+// Every indicator that a script can ask for by its type. docs/indicators.md describes them for authors of
+// scripts. May be used by any thread.
 class nxIndicatorCatalogue
 {
 public:
@@ -17,4 +20,7 @@ public:
     // makes no sense.
     static std::unique_ptr<nxTechnicalIndicator> Create(const std::string& type, const Parameters& parameters,
                                                         std::string& error);
+
+    // All types with their parameters and result lines, family by family.
+    static const std::vector<nxIndicatorType>& GetTypes();
 };

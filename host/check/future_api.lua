@@ -15,15 +15,6 @@ checker.future = {
     properties = names [[
       id min max averagePrice vwap range totaltraded stddev change averageVolume first last size slope]],
   },
-  nxAlgoTickDataCollectionObject = {
-    functions = names "subscribe get createIndicator getIndicator",
-    properties = names "count period product realTime",
-  },
-  nxAlgoTickDataObject = {
-    functions = {},
-    properties = names "open close high low volume time timeValue collection",
-  },
-  nxAlgoIndicatorObject = { functions = names "getValue getRealTimeValue", properties = names "name type" },
   nxAlgoDataSeriesObject = {
     functions = names "add get clear average stddev covariance maxX maxY minX minY",
     properties = names "size slope capacity",

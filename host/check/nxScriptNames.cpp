@@ -4,6 +4,7 @@
 #include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
+#include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
 #include "scriptFramework/market/nxAlgoPositionObject.h"
@@ -62,6 +63,7 @@ std::string nxScriptNamesText()
                        nxAlgoMarketDepthObject, nxAlgoJobObject, nxAlgoProductObject,
                        nxAlgoOrderCollectionObject, nxAlgoClockObject, nxAlgoStateObject,
                        nxAlgoOrderStateObject, nxAlgoVorantJobCollectionObject, nxAlgoVorantJobObject,
-                       nxAlgoPriceTradeVolumesObject, nxAlgoDateObject>() +
+                       nxAlgoPriceTradeVolumesObject, nxAlgoTickDataCollectionObject, nxAlgoTickDataObject,
+                       nxAlgoIndicatorObject, nxAlgoDateObject>() +
            host.lines;
 }

@@ -1,5 +1,7 @@
 #include "host/feed/nxFeed.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 bool nxFeed::Open(const std::vector<std::string>& paths,
@@ -58,6 +60,14 @@ std::vector<std::string> nxFeed::GetRemarks() const
                               " skipped");
         else if (reader->GetRowCount() == 0)
             remarks.push_back(reader->GetPath() + ": no rows");
+        const nxFeedReader::Gaps& gaps = reader->GetGaps();
+        if (gaps.count != 0) {
+            const long long seconds = gaps.longest / 1'000'000'000;
+            remarks.push_back(
+                fmt::format("{}:{}: {} between bars, the longest of {}:{:02}:{:02} in front of this line",
+                            reader->GetPath(), gaps.line, count(gaps.count, "gap"), seconds / 3600,
+                            seconds / 60 % 60, seconds % 60));
+        }
     }
     for (unsigned i = 0; i < _products.GetCount(); ++i) {
         const nxFeedProduct& product = _products.Get(i);

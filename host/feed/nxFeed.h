@@ -33,7 +33,7 @@ public:
     [[nodiscard]] const std::vector<std::unique_ptr<nxFeedReader>>& GetReaders() const { return _readers; }
 
     /** What a person should hear at the end of a run beside errors: files without rows, bad rows that were
-       skipped, crossed and locked quotes. */
+       skipped, gaps between bars, crossed and locked quotes. */
     [[nodiscard]] std::vector<std::string> GetRemarks() const;
 
     /** Of the files as they lie on the disk. The total is 0 when one of them is a pipe. */

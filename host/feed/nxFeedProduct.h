@@ -29,6 +29,9 @@ public:
     {
         return _rows[static_cast<std::size_t>(kind)];
     }
+    /** Nanoseconds between its bars: the least distance between two of those that were looked at in front; 0
+       where there were none. */
+    [[nodiscard]] long long GetBarPeriod() const { return _barPeriod; }
     /** Rows with a bid or an ask after which the bid stood above the ask, or met it. */
     [[nodiscard]] unsigned long long GetCrossedCount() const { return _crossed; }
     [[nodiscard]] unsigned long long GetLockedCount() const { return _locked; }
@@ -61,6 +64,16 @@ public:
     [[nodiscard]] bool HasBid() const { return _bid.IsValid(); }
     [[nodiscard]] bool HasAsk() const { return _ask.IsValid(); }
     [[nodiscard]] bool HasLast() const { return _hasLast; }
+    /** The time of a bar's row, of those that are looked at in front. */
+    void NoteBarTime(long long time)
+    {
+        long long distance = 0;
+        if (_hasBarTime && !__builtin_sub_overflow(time, _lastBarTime, &distance) && distance > 0 &&
+            (_barPeriod == 0 || distance < _barPeriod))
+            _barPeriod = distance;
+        _lastBarTime = time;
+        _hasBarTime = true;
+    }
     void NoteLast() { _hasLast = true; }
 
 private:
@@ -76,6 +89,9 @@ private:
     unsigned char _sizePlaces = 0;
     nxDecimal _bid, _ask;  // null until a row gave one
     nxLotScale _lots;
+    bool _hasBarTime = false;
+    long long _lastBarTime = 0;
+    long long _barPeriod = 0;
     std::array<bool, 3> _hasKind{};
     std::array<unsigned long long, 3> _rows{};
     unsigned long long _crossed = 0;

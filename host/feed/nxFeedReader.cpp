@@ -50,6 +50,7 @@ void nxFeedReader::_Peek()
         if (result != nxCsvReader::Result::Row || _row.product.empty()) continue;
         nxFeedProduct& product = _products.Get(_products.Add(_row.product));
         product.NoteKind(_kind);
+        if (_kind == nxFeedKind::Bar) product.NoteBarTime(_row.time);
         for (const nxFeedColumn& column : _csv.GetFormat().columns) {
             if (column.type != Number || !_row.numbers[column.slot].isGiven) continue;
             if (column.isSize)
@@ -160,8 +161,34 @@ bool nxFeedReader::_JudgeBar(nxFeedProduct& product)
         !_GetPrice(product, Low, bar.low) || !_GetPrice(product, Close, bar.close) ||
         !_GetLots(product, BarVolume, bar.volume))
         return false;
-    if (bar.high >= bar.low) return true;
-    return _Reject("high", bar.high.GetAsString() + " is below the low " + bar.low.GetAsString());
+    if (bar.high < bar.low)
+        return _Reject("high", bar.high.GetAsString() + " is below the low " + bar.low.GetAsString());
+    for (const auto& [name, price] : {std::pair("open", bar.open), std::pair("close", bar.close)})
+        if (price < bar.low || price > bar.high)
+            return _Reject(name, price.GetAsString() + " is outside of the bar, " + bar.low.GetAsString() +
+                                     " to " + bar.high.GetAsString());
+    return _JudgeBarTime(product);
+}
+
+bool nxFeedReader::_JudgeBarTime(const nxFeedProduct& product)
+{
+    constexpr long long never = std::numeric_limits<long long>::min();
+    if (_productIndex >= _barTimes.size()) _barTimes.resize(_productIndex + 1, never);
+    long long& last = _barTimes[_productIndex];
+    if (last != never) {
+        if (last == _row.time)
+            return _Reject(
+                "time", "a second bar of " + product.GetName() + " at " + nxFeedTime::GetAsString(_row.time));
+        long long distance = 0;
+        if (__builtin_sub_overflow(_row.time, last, &distance))
+            distance = std::numeric_limits<long long>::max();
+        if (product.GetBarPeriod() != 0 && distance > product.GetBarPeriod()) {
+            ++_gaps.count;
+            if (distance > _gaps.longest) _gaps = {_gaps.count, distance, _row.line};
+        }
+    }
+    last = _row.time;
+    return true;
 }
 
 bool nxFeedReader::_Reject(std::string_view column, const std::string& reason)

@@ -8,7 +8,8 @@
 #include "host/feed/nxFeedProductTable.h"
 
 /** The events of one file, front to back. Judges what nxCsvReader reads: time does not run backwards, sizes
-   are whole lots and not negative, a bar's high is not below its low. Rows of a depth file that follow each
+   are whole lots and not negative, a bar's prices lie between its low and its high, a product has one bar at
+   a time. Gaps between bars are no fault, but counted. Rows of a depth file that follow each
    other and have one time and one product are one event, up to MaxLevels of them. Owned by an nxFeed and used
    by its thread; the product table outlives it. */
 class nxFeedReader
@@ -42,6 +43,14 @@ public:
     [[nodiscard]] unsigned long long GetBadRowCount() const { return _badRowCount; }
     /** The first few of a lenient reader's bad rows. */
     [[nodiscard]] const std::vector<nxFeedError>& GetBadRows() const { return _badRows; }
+    /** Where a product's next bar came later than its bars are apart, and the longest of these gaps. */
+    struct Gaps
+    {
+        unsigned long long count = 0;
+        long long longest = 0;        // nanoseconds between the bars on either side
+        unsigned long long line = 0;  // behind the longest
+    };
+    [[nodiscard]] const Gaps& GetGaps() const { return _gaps; }
     [[nodiscard]] const nxInputStream& GetStream() const { return _csv.GetStream(); }
 
 private:
@@ -51,6 +60,7 @@ private:
     bool _JudgeQuote(nxFeedProduct& product);
     bool _JudgeLevel(nxFeedProduct& product);
     bool _JudgeBar(nxFeedProduct& product);
+    bool _JudgeBarTime(const nxFeedProduct& product);
     bool _Reject(std::string_view column, const std::string& reason);
     bool _GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& price);
     bool _GetLots(const nxFeedProduct& product, unsigned slot, nxVolume& lots);
@@ -70,6 +80,8 @@ private:
     nxFeedLevel _level;                // depth: the row read last
     bool _isRowPending = false;        // depth: that row belongs to the next event
     long long _lastTime;               // of the last good row
+    std::vector<long long> _barTimes;  // bars: of the last one, by product
+    Gaps _gaps;
     bool _isOver = false;
     unsigned long long _rowCount = 0;
     unsigned long long _badRowCount = 0;

@@ -119,6 +119,20 @@ bool nxTradingHours::IsOpen(long long time) const
     });
 }
 
+long long nxTradingHours::GetLastChange(long long time) const
+{
+    constexpr long long never = std::numeric_limits<long long>::min();
+    if (GetNextChange(time) == std::numeric_limits<long long>::max()) return never;
+    const long long floor = (time - Modulo(time, NanosecondsPerSecond)) / NanosecondsPerSecond;
+    const long long second = Modulo(floor, Week);
+    long long behind = Week;
+    for (const Session& session : _sessions)
+        for (const long long edge : {session.begin, session.end})
+            behind = std::min(behind, Modulo(second - edge, Week));
+    long long change = 0;
+    return __builtin_mul_overflow(floor - behind, NanosecondsPerSecond, &change) ? never : change;
+}
+
 long long nxTradingHours::GetNextChange(long long time) const
 {
     constexpr long long never = std::numeric_limits<long long>::max();

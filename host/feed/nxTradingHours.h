@@ -26,6 +26,8 @@ public:
     /** The first moment behind time at which the market opens or closes; the last of all times when it is
        always open or always closed. */
     long long GetNextChange(long long time) const;
+    /** The last moment up to time at which it did; the first of all times when there was none. */
+    long long GetLastChange(long long time) const;
 
 private:
     struct Session

@@ -131,6 +131,11 @@ nxAlgoOrderObject* nxHostJob::GetOrder(unsigned int id)
     return view.get();
 }
 
+void nxHostJob::OnTickData(nxAlgoTickDataObject& tick)
+{
+    _services.DeliverTickData(*this, tick);
+}
+
 nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, std::initializer_list<nxMarketEvent> events,
                              int change)
 {

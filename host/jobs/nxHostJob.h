@@ -45,6 +45,7 @@ public:
     void Close() { _object.reset(); }
     const std::map<std::string, std::unique_ptr<nxHostProduct>>& GetProducts() const { return _products; }
     bool HasSubscribed() const { return _subscribed; }
+    void NoteSubscribed() { _subscribed = true; }
     const nxJobOptions& GetOptions() const { return _options; }
 
     [[nodiscard]] nxErrorEnum Start();
@@ -106,6 +107,8 @@ public:
     nxErrorEnum UnsubscribePriceTradeVolumes(nxAlgoProductObject*) override;
     nxErrorEnum SubscribePositions(nxAlgoProductObject*) override;
     nxErrorEnum UnsubscribePositions(nxAlgoProductObject*) override;
+
+    void OnTickData(nxAlgoTickDataObject& tick) override;
 
     void LogText(const std::string& text) override;
     void SendUserState(const nxLogLevelEnum& level, const std::string& text) override;

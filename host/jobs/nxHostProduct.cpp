@@ -2,6 +2,7 @@
 
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxHostTickDataCollection.h"
 
 nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id)
     : nxAlgoProductObject(job, nxGenericProductID(market.GetName()), id),
@@ -16,6 +17,7 @@ nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& mar
 
 nxHostProduct::~nxHostProduct()
 {
+    _FreeOwned();
     Unsubscribe();
     UnsubscribePositions();
     UnsubscribeState();
@@ -39,6 +41,30 @@ nxAlgoOrderObject* nxHostProduct::_CreateOrder(const std::string& side, const st
                                                const std::string& spreadSpec, const std::string&)
 {
     return GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
+}
+
+nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const std::string& period,
+                                                                         unsigned int ticks,
+                                                                         const nxDateTime& start,
+                                                                         const nxDateTime& end)
+{
+    nxTickDataPeriodEnum periodEnum;
+    static_cast<void>(periodEnum.SetFromString(period));  // the library lets no other texts through
+    auto collection = std::make_unique<nxHostTickDataCollection>(
+        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().GetBarSource(*this));
+    collection->LoadHistory();
+    return collection.release();
+}
+
+void nxHostProduct::SubscribePrices(nxAlgoTickDataCollectionObject* collection)
+{
+    GetOwner().NoteSubscribed();
+    GetOwner().GetServices().AttachCollection(static_cast<nxHostTickDataCollection&>(*collection));
+}
+
+void nxHostProduct::UnsubscribePrices(nxAlgoTickDataCollectionObject* collection)
+{
+    GetOwner().GetServices().DetachCollection(static_cast<nxHostTickDataCollection&>(*collection));
 }
 
 nxHostJob& nxHostProduct::GetOwner() const

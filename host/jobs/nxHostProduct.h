@@ -21,6 +21,11 @@ public:
     // Ends its subscriptions while it is still a host's product, for the job to count.
     ~nxHostProduct() override;
 
+    using nxAlgoProductObject::SubscribePrices;
+    using nxAlgoProductObject::UnsubscribePrices;
+    void SubscribePrices(nxAlgoTickDataCollectionObject* collection) override;
+    void UnsubscribePrices(nxAlgoTickDataCollectionObject* collection) override;
+
     const nxMarketProduct& GetMarket() const { return _market; }
     nxAlgoPriceObject& GetPriceEvent() { return _priceEvent; }
     nxAlgoMarketDepthObject& GetDepthEvent() { return _depthEvent; }
@@ -66,6 +71,9 @@ protected:
     nxAlgoOrderObject* _CreateOrder(const std::string& side, const std::string& type, const std::string& exec,
                                     const std::string& time, const std::string& spreadSpec,
                                     const std::string& spreadInstance) override;
+    nxAlgoTickDataCollectionObject* _CreateTickDataCollection(const std::string& period, unsigned int ticks,
+                                                              const nxDateTime& start,
+                                                              const nxDateTime& end) override;
 
 private:
     nxDecimal _GetOwnBest(bool isBuy) const;

@@ -261,6 +261,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             market.product.ApplyQuote(event.quote, event.time);
             _UpdateTradeVolumes(market);
             if (_exchange) _TellExchange(market, event);
+            _FeedCollections(market, event);
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -269,6 +270,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             market.product.ApplyBar(event.bar, event.time);
             _UpdateTradeVolumes(market);
             if (_exchange) _TellExchange(market, event);
+            _FeedCollections(market, event);
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -277,6 +279,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             _statistics.depthRows += event.rows;
             market.product.ApplyDepth(event.levels);
             if (_exchange) _TellExchange(market, event);
+            ++_applied;
             _DeliverDepth(market);
             // A product with quotes of its own has its prices from there.
             if (!known.Has(nxFeedKind::Quote) && !known.Has(nxFeedKind::Bar) &&
@@ -288,12 +291,12 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
 
 long long nxReplayServer::_GetNextDue() const
 {
-    const long long own = std::min({_nextChangeTime, _nextStateTime, _timers.GetNextTime()});
+    const long long own = std::min({_nextBarEnd, _nextChangeTime, _nextStateTime, _timers.GetNextTime()});
     return _exchange ? std::min(own, _exchange->GetNextTime()) : own;
 }
 
-// Changed parameters, trading hours, orders with their answers, and timers, in the order of their times, on
-// equal times in this one.
+// Ends of bars, changed parameters, trading hours, orders with their answers, and timers, in the order of
+// their times, on equal times in this one.
 void nxReplayServer::_RunDue(long long until)
 {
     while (!_IsEnding()) {
@@ -303,7 +306,9 @@ void nxReplayServer::_RunDue(long long until)
         if (_IsEnding()) return;
         // A change from before the data takes place where the run begins.
         _SetTime(std::max(due, _time.Get()));
-        if (due == _nextChangeTime) {
+        if (due == _nextBarEnd) {
+            _CloseBars();
+        } else if (due == _nextChangeTime) {
             _ApplyChanges();
         } else if (due == _nextStateTime) {
             _FollowHours();

@@ -12,6 +12,7 @@
 #include "host/exchange/nxMarketProduct.h"
 #include "host/feed/nxFeed.h"
 #include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxHostTickDataCollection.h"
 #include "host/report/nxProgressBar.h"
 #include "host/report/nxRunRecord.h"
 #include "host/report/nxRunStatistics.h"
@@ -46,14 +47,15 @@ private:
 
         nxMarketProduct product;
         nxDecimal tickSize;
-        nxTradingHours hours;                       // empty: open from its first row on
-        bool hasTradeVolumes = false;               // the latest event changed them
-        long long nextState = nxTimerQueue::Never;  // when these change its state
-        bool isFresh = true;                        // nothing of its data has come since it opened
-        nxProductAccount none;                      // how an account begins
-        nxProductAccount everybody;                 // of all jobs together
-        std::vector<nxHostProduct*> traded;         // the jobs' products that had a fill
-        unsigned int exchangeProduct = 0;           // once there is an exchange
+        nxTradingHours hours;                                // empty: open from its first row on
+        bool hasTradeVolumes = false;                        // the latest event changed them
+        long long nextState = nxTimerQueue::Never;           // when these change its state
+        bool isFresh = true;                                 // nothing of its data has come since it opened
+        nxProductAccount none;                               // how an account begins
+        nxProductAccount everybody;                          // of all jobs together
+        std::vector<nxHostProduct*> traded;                  // the jobs' products that had a fill
+        unsigned int exchangeProduct = 0;                    // once there is an exchange
+        std::vector<nxHostTickDataCollection*> collections;  // of all jobs
         std::vector<nxHostProduct*> subscribers;  // by the index of the job; null: the job asked for nothing
     };
     // What a job is told of another one that it watches.
@@ -92,6 +94,9 @@ private:
     void _DeliverDepth(Market& market);
     void _DeliverTradeVolumes(Market& market);
     void _DeliverPositions();
+    void _FeedCollections(Market& market, const nxFeedEvent& event);
+    // Ends the bars that end now.
+    void _CloseBars();
     void _SetState(Market& market, unsigned int bits);
     Market& _GetMarket(unsigned int index);
     long long _GetNextDue() const;
@@ -168,6 +173,13 @@ private:
     void NoteRequest(nxHostJob&) override { _isUnsettled = true; }
     bool MayTrade(const nxHostJob& job) override { return !_GetRunner(job).IsOver(); }
     bool IsRecording() const override { return _record.IsOpen(); }
+    nxBarSource GetBarSource(const nxHostProduct& product) override;
+    unsigned long long GetEventCount() const override { return _applied; }
+    void ReadHistory(const nxHostProduct& product,
+                     const std::function<void(const nxFeedEvent&)>& take) override;
+    void AttachCollection(nxHostTickDataCollection& collection) override;
+    void DetachCollection(nxHostTickDataCollection& collection) override;
+    void DeliverTickData(nxHostJob& job, nxAlgoTickDataObject& tick) override;
     std::string GetDynamicParameter(const std::string& tag, const std::string& name) override;
     void SetDynamicParameter(const std::string& tag, const std::string& name,
                              const std::string& value) override;
@@ -181,6 +193,8 @@ private:
     const nxFeedEvent* _next = nullptr;
     std::size_t _nextChange = 0;  // of _options.changes
     long long _nextChangeTime = 0;
+    unsigned long long _applied = 0;                 // events of the feed that collections have heard of
+    long long _nextBarEnd = nxTimerQueue::Never;     // of the collections; never late, perhaps early
     long long _nextStateTime = nxTimerQueue::Never;  // of the markets' trading hours
     nxTimerQueue _timers;
     nxRunRecord _record;

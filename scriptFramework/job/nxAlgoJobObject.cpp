@@ -235,3 +235,8 @@ nxErrorEnum nxAlgoJobObject::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& 
 {
     return _Deliver(&nxAlgoScriptEngine::OnPriceTradeVolumes, volumes);
 }
+
+nxErrorEnum nxAlgoJobObject::OnTickData(nxAlgoTickDataObject& tick)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnTickData, tick);
+}

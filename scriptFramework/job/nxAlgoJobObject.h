@@ -84,6 +84,7 @@ public:
     [[nodiscard]] nxErrorEnum OnJobUpdate(nxAlgoVorantJobObject&);
     [[nodiscard]] nxErrorEnum OnOrderQPosition(nxAlgoOrderObject&);
     [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
+    [[nodiscard]] nxErrorEnum OnTickData(nxAlgoTickDataObject&);
 
     bool getParameter(nxLuaParameters&, nxLuaResults&);
     bool setOutputParameter(nxLuaParameters&, nxLuaResults&);

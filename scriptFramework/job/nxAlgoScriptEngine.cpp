@@ -3,6 +3,7 @@
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
+#include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/job/nxScriptPrelude.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
@@ -55,6 +56,9 @@ void nxAlgoScriptEngine::_RegisterCustomObjects()
     nxLuaWrapper<nxAlgoVorantJobCollectionObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobObject>::Register(L);
     nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::Register(L);
+    nxLuaWrapper<nxAlgoTickDataCollectionObject>::Register(L);
+    nxLuaWrapper<nxAlgoTickDataObject>::Register(L);
+    nxLuaWrapper<nxAlgoIndicatorObject>::Register(L);
     nxLuaWrapper<nxAlgoDateObject>::Register(L);
 }
 
@@ -245,6 +249,11 @@ nxErrorEnum nxAlgoScriptEngine::OnOrderQPosition(nxAlgoOrderObject& order)
 nxErrorEnum nxAlgoScriptEngine::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& volumes)
 {
     return _Deliver(_onPriceTradeVolumes, volumes, "OnPriceTradeVolumes failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnTickData(nxAlgoTickDataObject& tick)
+{
+    return _Deliver(_onTickData, tick, "OnTickData failed. Error : ");
 }
 
 void nxAlgoScriptEngine::SetClockSpeed(double speed)

@@ -18,6 +18,7 @@ class nxAlgoPositionObject;
 class nxAlgoPriceObject;
 class nxAlgoPriceTradeVolumesObject;
 class nxAlgoStateObject;
+class nxAlgoTickDataObject;
 class nxAlgoVorantJobObject;
 class nxDateTime;
 
@@ -64,6 +65,7 @@ public:
     [[nodiscard]] nxErrorEnum OnVorantJobUpdate(nxAlgoVorantJobObject&);
     [[nodiscard]] nxErrorEnum OnOrderQPosition(nxAlgoOrderObject&);
     [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
+    [[nodiscard]] nxErrorEnum OnTickData(nxAlgoTickDataObject&);
 
     void SetClockSpeed(double speed);
     // Nothing once the engine has stopped.

@@ -68,6 +68,7 @@ nxAlgoProductObject::nxAlgoProductObject(nxAlgoJobInterface* job, const nxGeneri
 nxAlgoProductObject::~nxAlgoProductObject()
 {
     nxLogMessage(nxLogLevel::Detail, GetLogPrefix(), "Deleting Product ");
+    _FreeOwned();  // they look at the product, and go before what they stand on
     Unsubscribe();
     UnsubscribePositions();
     UnsubscribeState();
@@ -172,11 +173,6 @@ bool nxAlgoProductObject::subscribePriceTradeVolumes(nxLuaParameters&, nxLuaResu
 bool nxAlgoProductObject::createTradeWindow(nxLuaParameters&, nxLuaResults& results)
 {
     return results.Fail("createTradeWindow is not available in this version");
-}
-
-bool nxAlgoProductObject::createTickDataCollection(nxLuaParameters&, nxLuaResults& results)
-{
-    return results.Fail("createTickDataCollection is not available in this version");
 }
 
 nxAlgoOrderObject* nxAlgoProductObject::_CreateOrder(const std::string&, const std::string&,

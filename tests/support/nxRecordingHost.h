@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -66,6 +67,11 @@ public:
     nxErrorEnum UnsubscribePriceTradeVolumes(nxAlgoProductObject*) override
     {
         return _Answer("UnsubscribePriceTradeVolumes");
+    }
+    std::function<void(nxAlgoTickDataObject&)> onTickData;
+    void OnTickData(nxAlgoTickDataObject& tick) override
+    {
+        if (onTickData) onTickData(tick);
     }
     void LogText(const std::string& text) override;
     void StartTimer(const std::string& name, unsigned int interval) override;

@@ -49,7 +49,7 @@ function OnInit() keep.job = job; keep.log = job.logText end
 function OnTimer(code) keep.log(keep.job, evaluate(code)) end
 local function take(object) it = object end
 OnPrice, OnMarketDepth, OnProductState, OnPosition, OnPriceTradeVolumes = take, take, take, take, take
-OnVorantJobUpdate, OnOrderNew, OnOrderFill = take, take, take
+OnVorantJobUpdate, OnOrderNew, OnOrderFill, OnTickData = take, take, take, take
 )lua";
     EXPECT_TRUE(job.LoadScript(script).IsSuccess()) << job.GetErrorText();
     EXPECT_TRUE(job.StartJob().IsSuccess()) << job.GetErrorText();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <string>
 
 #include "scriptFramework/market/nxAlgoProductObject.h"
@@ -23,8 +24,12 @@ public:
     double totalPandL = 0.0;
     bool isStrategy = false;
     nxAlgoOrderObject* order = nullptr;  // what createOrder answers
-    std::string created;                 // the six texts of each createOrder, each ended by a bar
-    std::string flattened;               // one letter for each call of setFlattenOnExit: t or f
+    // Makes what createTickDataCollection answers; called with the request.
+    std::function<nxAlgoTickDataCollectionObject*(const std::string& period, unsigned int ticks,
+                                                  const nxDateTime& start, const nxDateTime& end)>
+        makeCollection;
+    std::string created;    // the six texts of each createOrder, each ended by a bar
+    std::string flattened;  // one letter for each call of setFlattenOnExit: t or f
 
     using nxAlgoProductObject::_GetDPForAverages;
     using nxAlgoProductObject::_GetPosition;
@@ -47,6 +52,12 @@ protected:
         for (const std::string* text : {&side, &type, &exec, &time, &spreadSpec, &spreadInstance})
             created += *text + "|";
         return order;
+    }
+    nxAlgoTickDataCollectionObject* _CreateTickDataCollection(const std::string& period, unsigned int ticks,
+                                                              const nxDateTime& start,
+                                                              const nxDateTime& end) override
+    {
+        return makeCollection ? makeCollection(period, ticks, start, end) : nullptr;
     }
     void _SetFlattenOnExit(bool flatten) override { flattened += flatten ? 't' : 'f'; }
     bool _IsStrategy() const override { return isStrategy; }

@@ -1,0 +1,138 @@
+#include "host/jobs/nxHostTickDataCollection.h"
+
+#include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxHostServices.h"
+#include "indicators/nxIndicatorCatalogue.h"
+
+nxHostTickDataCollection::nxHostTickDataCollection(nxHostProduct& product, const std::string& period,
+                                                   const nxTickDataPeriodEnum& periodEnum, unsigned int ticks,
+                                                   const nxDateTime& start, const nxDateTime& end,
+                                                   const nxBarSource& source)
+    : nxAlgoTickDataCollectionObject(product.GetJob(), &product, period, periodEnum, ticks),
+      _start(start),
+      _endDate(end),
+      _source(source),
+      _builder(periodEnum, source.hours, source.rowPeriod)
+{
+}
+
+nxHostTickDataCollection::~nxHostTickDataCollection()
+{
+    if (_isSubscribed) _GetProduct()->UnsubscribePrices(this);
+}
+
+nxHostProduct& nxHostTickDataCollection::GetHostProduct() const
+{
+    return static_cast<nxHostProduct&>(*_GetProduct());  // who makes every collection of the host
+}
+
+bool nxHostTickDataCollection::_IsWanted(const nxTickData& bar) const
+{
+    return (!_start.IsValid() || bar.GetTime() >= _start) &&
+           (!_endDate.IsValid() || bar.GetTime() <= _endDate);
+}
+
+bool nxHostTickDataCollection::_ReadTrade(const nxFeedQuote& quote)
+{
+    if (!quote.IsTrade()) return false;
+    if (quote.last.IsValid()) _last = quote.last;
+    _lastVolume = quote.lastVolume.IsValid() ? quote.lastVolume.GetValue() : 0;
+    return _last.IsValid();
+}
+
+std::deque<nxTickData> nxHostTickDataCollection::_ReadBars(unsigned long long known, std::size_t most)
+{
+    std::deque<nxTickData> bars;
+    _completed = 0;
+    const auto take = [&](const nxTickData* bar) {
+        if (bar == nullptr || ++_completed <= known || !_IsWanted(*bar)) return;
+        bars.push_back(*bar);
+        if (bars.size() > most) bars.pop_front();
+    };
+    nxHostServices& services = GetHostProduct().GetOwner().GetServices();
+    services.ReadHistory(GetHostProduct(), [&](const nxFeedEvent& event) {
+        if (event.kind == nxFeedKind::Bar) {
+            take(_builder.Close(event.time));
+            take(_builder.AddRow(event.bar, event.time));
+        } else if (event.kind == nxFeedKind::Quote && _ReadTrade(event.quote) && !_source.hasRows) {
+            take(_builder.Close(event.time));
+            static_cast<void>(_builder.AddTrade(_last, _lastVolume, event.quote.side, event.time));
+        }
+    });
+    take(_builder.Close(services.GetTime()));
+    _seen = services.GetEventCount();
+    return bars;
+}
+
+void nxHostTickDataCollection::LoadHistory()
+{
+    if (_source.hasRows && !_builder.CanFoldRows()) {
+        nxHostJob& job = GetHostProduct().GetOwner();
+        job.GetServices().LogText(
+            job, "no " + GetPeriod().GetAsString() + " bars of " + GetHostProduct().GetMarket().GetName() +
+                     ": the rows of its bars file are " + std::to_string(_source.rowPeriod / 1'000'000'000) +
+                     " seconds apart");
+        return;
+    }
+    const std::size_t most = _GetRequestedTicks() == 0 ? std::string::npos : _GetRequestedTicks();
+    for (const nxTickData& bar : _ReadBars(0, most))
+        AddTickData(bar, false);
+}
+
+bool nxHostTickDataCollection::_Subscribe(bool realTime)
+{
+    if (_isSubscribed || (_source.hasRows && !_builder.CanFoldRows())) return true;
+    _isSubscribed = true;
+    _realTime = realTime;
+    nxHostServices& services = GetHostProduct().GetOwner().GetServices();
+    if (_seen != services.GetEventCount()) {
+        _builder = nxBarBuilder(GetPeriod(), _source.hours, _source.rowPeriod);
+        for (const nxTickData& bar : _ReadBars(_completed, std::string::npos))
+            AddTickData(bar, true);
+    }
+    _GetProduct()->SubscribePrices(this);
+    return true;
+}
+
+void nxHostTickDataCollection::_Add(const nxTickData* bar)
+{
+    if (bar == nullptr) return;
+    ++_completed;
+    if (_IsWanted(*bar)) AddTickData(*bar, true);
+}
+
+void nxHostTickDataCollection::Close(long long time)
+{
+    _Add(_builder.Close(time));
+}
+
+void nxHostTickDataCollection::Feed(const nxFeedEvent& event)
+{
+    if (event.kind == nxFeedKind::Bar) {
+        _Add(_builder.Close(event.time));
+        _Add(_builder.AddRow(event.bar, event.time));
+        const nxTickData* const bar = _builder.GetBar();
+        if (_realTime && !_source.hasTrades && bar != nullptr && _IsWanted(*bar)) SetRealTimeTickData(*bar);
+        return;
+    }
+    if (event.kind != nxFeedKind::Quote || !_ReadTrade(event.quote)) return;
+    if (!_source.hasRows) {
+        _Add(_builder.Close(event.time));
+        if (!_builder.AddTrade(_last, _lastVolume, event.quote.side, event.time) ||
+            !_IsWanted(*_builder.GetBar()))
+            return;
+    }
+    if (_realTime)
+        OnTick(_last, _lastVolume, nxTimeStamp::FromNanoseconds(event.time).GetAsDateTime(),
+               event.quote.side);
+}
+
+nxAlgoIndicatorObject* nxHostTickDataCollection::_createIndicator(
+    const std::string& type, const std::map<std::string, std::string>& parameters, std::string& error)
+{
+    std::unique_ptr<nxTechnicalIndicator> indicator = nxIndicatorCatalogue::Create(type, parameters, error);
+    if (indicator == nullptr) return nullptr;
+    auto object = std::make_unique<nxAlgoIndicatorObject>(GetJob(), indicator.release());
+    _Calculate(*object);
+    return object.release();
+}

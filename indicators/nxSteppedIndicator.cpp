@@ -1,0 +1,92 @@
+#include "indicators/nxSteppedIndicator.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "indicators/blocks/nxNoResult.h"
+
+namespace {
+
+bool IsFinite(const nxIndicatorBar& bar)
+{
+    return std::isfinite(bar.open) && std::isfinite(bar.high) && std::isfinite(bar.low) &&
+           std::isfinite(bar.close) && std::isfinite(bar.volume);
+}
+
+}  // namespace
+
+nxSteppedIndicator::nxSteppedIndicator(const nxIndicatorType& type, const nxIndicatorArguments& arguments)
+    : _type(type),
+      _arguments(arguments),
+      _formula(type.create(arguments)),
+      _realTime(type.lines.size(), nxNoResult)
+{
+    for (const nxIndicatorLine& line : type.lines) {
+        _barsBack.push_back(line.barsBack ? arguments.GetCount(line.barsBack) : 0);
+    }
+}
+
+std::vector<std::string> nxSteppedIndicator::GetResultNames() const
+{
+    std::vector<std::string> names;
+    for (const nxIndicatorLine& line : _type.lines)
+        names.emplace_back(line.name);
+    return names;
+}
+
+std::size_t nxSteppedIndicator::_FindLine(const std::string& name) const
+{
+    const auto& lines = _type.lines;
+    const auto isNamed = [&name](const nxIndicatorLine& line) { return name == line.name; };
+    return static_cast<std::size_t>(std::find_if(lines.begin(), lines.end(), isNamed) - lines.begin());
+}
+
+bool nxSteppedIndicator::GetNamedResult(unsigned int index, const std::string& name, double& result) const
+{
+    const std::size_t lines = _type.lines.size();
+    const std::size_t line = _FindLine(name);
+    if (line == lines || index >= _GetSize() || index < _barsBack[line]) return false;
+    const double value = _results[(_GetSize() - 1 - (index - _barsBack[line])) * lines + line];
+    if (!std::isfinite(value)) return false;
+    result = value;
+    return true;
+}
+
+bool nxSteppedIndicator::GetRealTimeResult(const std::string& name, double& result) const
+{
+    const std::size_t line = _FindLine(name);
+    // A line that belongs to earlier bars knows nothing of the one under construction.
+    if (!_hasRealTime || line == _type.lines.size() || _barsBack[line] > 0) return false;
+    if (!std::isfinite(_realTime[line])) return false;
+    result = _realTime[line];
+    return true;
+}
+
+void nxSteppedIndicator::CalculateNewResult(const Values& open, const Values& high, const Values& low,
+                                            const Values& close, const Values& volume, unsigned int count)
+{
+    count = static_cast<unsigned int>(std::min<std::size_t>(count, close.size()));
+    if (count < _size) {
+        _formula = _type.create(_arguments);
+        _size = 0;
+    }
+    const std::size_t lines = _type.lines.size();
+    _results.resize(_size * lines);
+    _results.resize(count * lines, nxNoResult);
+    for (; _size < count; ++_size) {
+        const nxIndicatorBar bar{open[_size], high[_size], low[_size], close[_size], volume[_size]};
+        if (IsFinite(bar)) _formula->Step(bar, &_results[_size * lines]);
+    }
+}
+
+void nxSteppedIndicator::CalculateRealTime(const Values& open, const Values& high, const Values& low,
+                                           const Values& close, const Values& volume)
+{
+    _hasRealTime = !close.empty();
+    if (!_hasRealTime) return;
+    const auto completed = static_cast<unsigned int>(close.size() - 1);
+    if (_size != completed) CalculateNewResult(open, high, low, close, volume, completed);
+    std::fill(_realTime.begin(), _realTime.end(), nxNoResult);
+    const nxIndicatorBar bar{open.back(), high.back(), low.back(), close.back(), volume.back()};
+    if (IsFinite(bar)) _formula->Try(bar, _realTime.data());
+}

@@ -1,0 +1,254 @@
+#include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
+
+#include "base/log/nxLogMessage.h"
+#include "base/threads/nxMutexGuard.h"
+#include "scriptFramework/job/nxAlgoJobInterface.h"
+#include "scriptFramework/market/nxAlgoProductObject.h"
+
+using Self = nxAlgoTickDataCollectionObject;
+
+constexpr nxLuaWrapper<Self>::FunctionType Self::Functions[] = {
+    {"subscribe", &Self::subscribe},       {"get", &Self::get}, {"createIndicator", &Self::createIndicator},
+    {"getIndicator", &Self::getIndicator}, {nullptr, nullptr},
+};
+static_assert(nxIsBoundTable(Self::Functions));
+
+constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
+    {"count", &Self::Get_count, nullptr},
+    {"period", &Self::Get_period, nullptr},
+    {"product", &Self::Get_product, nullptr},
+    {"realTime", &Self::Get_realTime, nullptr},
+    {nullptr, nullptr, nullptr},
+};
+static_assert(nxIsBoundTable(Self::Properties));
+
+nxAlgoTickDataCollectionObject::nxAlgoTickDataCollectionObject(nxAlgoJobInterface* job,
+                                                               nxAlgoProductObject* product,
+                                                               const std::string& period,
+                                                               const nxTickDataPeriodEnum& periodEnum,
+                                                               unsigned int tickCount)
+    : nxAlgoObject(job),
+      _product(product),
+      _period(period),
+      _periodEnum(periodEnum),
+      _tickCount(tickCount),
+      _realTimeObject(job, this)
+{
+}
+
+nxAlgoTickDataCollectionObject::~nxAlgoTickDataCollectionObject()
+{
+    _realTimeTick.reset();
+    _indicators.clear();
+}
+
+const nxGenericProductID& nxAlgoTickDataCollectionObject::GetProductID() const
+{
+    return _product->GetGenericProductID();
+}
+
+void nxAlgoTickDataCollectionObject::_AppendRaw(const nxTickData& tick)
+{
+    _closeValues.push_back(tick.GetClose().GetAsDouble());
+    _openValues.push_back(tick.GetOpen().GetAsDouble());
+    _highValues.push_back(tick.GetHigh().GetAsDouble());
+    _lowValues.push_back(tick.GetLow().GetAsDouble());
+    _volumeValues.push_back(tick.GetVolume());
+}
+
+void nxAlgoTickDataCollectionObject::_ReplaceRaw(const nxTickData& tick)
+{
+    _closeValues.back() = tick.GetClose().GetAsDouble();
+    _openValues.back() = tick.GetOpen().GetAsDouble();
+    _highValues.back() = tick.GetHigh().GetAsDouble();
+    _lowValues.back() = tick.GetLow().GetAsDouble();
+    _volumeValues.back() = tick.GetVolume();
+}
+
+nxAlgoTickDataObject* nxAlgoTickDataCollectionObject::AddTickData(const nxTickData& tick, bool recalculate)
+{
+    const nxMutexGuard guard(_mutex);
+    if (_tickTotal % TicksPerChunk == 0) _ticks.emplace_back().reserve(TicksPerChunk);
+    nxAlgoTickDataObject& added = _ticks.back().emplace_back(GetJob(), this);
+    added.SetTickData(tick);
+    ++_tickTotal;
+    if (_closeValues.size() == _tickTotal) {
+        _ReplaceRaw(tick);
+    } else {
+        _AppendRaw(tick);
+    }
+    _realTimeTick.reset();
+    if (recalculate) {
+        for (const auto& [name, indicator] : _indicators) {
+            indicator->ClearRealTimeResult();
+            indicator->CalculateNewResult(_openValues, _highValues, _lowValues, _closeValues, _volumeValues,
+                                          static_cast<unsigned int>(_tickTotal));
+        }
+    }
+    return &added;
+}
+
+// The time is not kept: the bar under construction has none.
+void nxAlgoTickDataCollectionObject::OnTick(const nxDecimal& price, const nxVolume& volume, const nxDateTime&,
+                                            const nxBuySellEnum& buySell)
+{
+    const unsigned int amount = volume.IsValid() ? volume.GetValue() : 0;
+    const unsigned int bought = buySell == nxBuySell_Buy ? amount : 0;
+    const unsigned int sold = buySell == nxBuySell_Sell ? amount : 0;
+    if (_realTimeTick == nullptr) {
+        _realTimeTick = std::make_unique<nxTickData>();
+        _realTimeTick->SetOpen(price);
+        _realTimeTick->SetLow(price);
+        _realTimeTick->SetHigh(price);
+    }
+    nxTickData& tick = *_realTimeTick;
+    if (!(tick.GetLow() < price)) tick.SetLow(price);
+    if (!(tick.GetHigh() > price)) tick.SetHigh(price);
+    tick.SetClose(price);
+    tick.SetVolume(tick.GetVolume() + amount);
+    tick.SetBuyVolume(tick.GetBuyVolume() + bought);
+    tick.SetSellVolume(tick.GetSellVolume() + sold);
+    _SetRealTimeRawData(tick);
+    _realTimeObject.SetTickData(tick);
+    _CalculateRealTime();
+    GetJob()->OnTickData(_realTimeObject);
+}
+
+void nxAlgoTickDataCollectionObject::SetRealTimeTickData(const nxTickData& tick)
+{
+    _realTimeTick.reset(tick.CopyInstance());
+    _realTimeObject.SetTickData(*_realTimeTick);
+    _SetRealTimeRawData(*_realTimeTick);
+    _CalculateRealTime();
+}
+
+void nxAlgoTickDataCollectionObject::_SetRealTimeRawData(const nxTickData&)
+{
+    const nxMutexGuard guard(_mutex);
+    if (_tickTotal + 1 == _closeValues.size()) {
+        _ReplaceRaw(*_realTimeTick);
+        return;
+    }
+    _AppendRaw(*_realTimeTick);
+    if (_tickTotal + 1 != _closeValues.size())
+        nxLogMessage(nxLogLevel::Info, GetLogPrefix(),
+                     "Invalid tick collection size with real time data. Tick data : ", _tickTotal,
+                     " , close : ", _closeValues.size());
+}
+
+void nxAlgoTickDataCollectionObject::_CalculateRealTime()
+{
+    for (const auto& [name, indicator] : _indicators)
+        indicator->CalculateRealTime(_openValues, _highValues, _lowValues, _closeValues, _volumeValues);
+}
+
+void nxAlgoTickDataCollectionObject::_Calculate(nxAlgoIndicatorObject& indicator)
+{
+    const nxMutexGuard guard(_mutex);
+    if (_tickTotal != 0)
+        indicator.CalculateNewResult(_openValues, _highValues, _lowValues, _closeValues, _volumeValues,
+                                     static_cast<unsigned int>(_tickTotal));
+    if (_realTimeTick != nullptr)
+        indicator.CalculateRealTime(_openValues, _highValues, _lowValues, _closeValues, _volumeValues);
+}
+
+nxAlgoIndicatorObject* nxAlgoTickDataCollectionObject::_createIndicator(
+    const std::string&, const std::map<std::string, std::string>&, std::string&)
+{
+    return nullptr;
+}
+
+bool nxAlgoTickDataCollectionObject::_Subscribe(bool)
+{
+    return false;
+}
+
+bool nxAlgoTickDataCollectionObject::subscribe(nxLuaParameters&, nxLuaResults&)
+{
+    return _Subscribe(_enableRealTime);
+}
+
+bool nxAlgoTickDataCollectionObject::get(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() > 1)
+        return results.Fail("tickDataCollection:get requires none or one argument [index]");
+    const unsigned int index = parameters.Count() == 1 ? parameters.Parameter(1).GetUnsigned() : 0;
+    nxAlgoTickDataObject* tick = nullptr;
+    {
+        const nxMutexGuard guard(_mutex);
+        if (index < _tickTotal) tick = &_GetTick(_tickTotal - 1 - index);
+    }
+    if (tick == nullptr) {
+        nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "tickDataCollection:get invalid index : ", index);
+        return results.Fail("tickDataCollection:get invalid index");
+    }
+    results.AddObject(tick);
+    return true;
+}
+
+bool nxAlgoTickDataCollectionObject::createIndicator(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() != 1)
+        return results.Fail(
+            "createIndicator incorrect number of parameters. Requires a collection of parameters");
+    const nxLuaParameter& table = parameters.Parameter(1);
+    if (!table.IsTable()) return results.Fail("createIndicator requires a collection of parameters");
+    std::map<std::string, std::string> values;
+    if (!table.GetAsNameValueMap(values))
+        return results.Fail("createIndicator incorrect collection of parameters");
+    const auto name = values.find("name");
+    if (name == values.end()) return results.Fail("createIndicator Name not specified");
+    if (_indicators.contains(name->second))
+        return results.Fail("createIndicator " + name->second + " already exists");
+    const auto type = values.find("type");
+    if (type == values.end()) return results.Fail("createIndicator Type not specified");
+    std::string error;
+    std::unique_ptr<nxAlgoIndicatorObject> indicator(_createIndicator(type->second, values, error));
+    if (indicator == nullptr) return results.Fail("createIndicator " + error);
+    indicator->SetName(name->second);
+    nxAlgoIndicatorObject* const created = indicator.get();
+    _indicators[name->second] = std::move(indicator);
+    results.AddObject(created);
+    return true;
+}
+
+bool nxAlgoTickDataCollectionObject::getIndicator(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() != 1)
+        return results.Fail("tickDataCollection:getIndicator requires one argument [name]");
+    const std::string name = parameters.Parameter(1).GetString();
+    const auto found = _indicators.find(name);
+    if (found == _indicators.end())
+        return results.Fail("tickDataCollection:getIndicator indicator " + name + " not found");
+    results.AddObject(found->second.get());
+    return true;
+}
+
+bool nxAlgoTickDataCollectionObject::Get_count(nxLuaResults& results)
+{
+    std::size_t count = 0;
+    {
+        const nxMutexGuard guard(_mutex);
+        count = _tickTotal;
+    }
+    results.Add(static_cast<unsigned int>(count));
+    return true;
+}
+
+bool nxAlgoTickDataCollectionObject::Get_period(nxLuaResults& results)
+{
+    results.Add(_period);
+    return true;
+}
+
+bool nxAlgoTickDataCollectionObject::Get_product(nxLuaResults& results)
+{
+    results.AddObject(_product);
+    return true;
+}
+
+bool nxAlgoTickDataCollectionObject::Get_realTime(nxLuaResults& results)
+{
+    results.AddObjectOrNull(_HaveRealTime() ? &_realTimeObject : nullptr);
+    return true;
+}

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/enums/nxBuySellEnum.h"
+#include "base/enums/nxTickDataPeriodEnum.h"
+#include "base/records/nxTickData.h"
+#include "base/threads/nxMutex.h"
+#include "scriptFramework/analytics/nxAlgoIndicatorObject.h"
+#include "scriptFramework/analytics/nxAlgoTickDataObject.h"
+
+class nxAlgoProductObject;
+class nxGenericProductID;
+
+// The history of a product in bars of one period, perhaps with a bar under construction, and the indicators
+// over it. The host derives from it, fills it and decides when a bar is complete; the product owns it, and it
+// owns its bars and indicators. It never trims: it grows as long as the host adds bars. A bar costs some 150
+// bytes, its address stays.
+//
+// The mutex guards the completed bars and the raw arrays, so that the host may add bars on a thread of its
+// own while a script reads count and get. Indicators and the bar under construction have no lock.
+class nxAlgoTickDataCollectionObject : public nxAlgoObject
+{
+public:
+    static constexpr const char* className = "nxAlgoTickDataCollectionObject";
+    static const nxLuaWrapper<nxAlgoTickDataCollectionObject>::FunctionType Functions[];
+    static const nxLuaWrapper<nxAlgoTickDataCollectionObject>::PropertyType Properties[];
+
+    // tickCount is what the script asked for; no logic here reads it.
+    nxAlgoTickDataCollectionObject(nxAlgoJobInterface* job, nxAlgoProductObject* product,
+                                   const std::string& period, const nxTickDataPeriodEnum& periodEnum,
+                                   unsigned int tickCount);
+    ~nxAlgoTickDataCollectionObject() override;
+    nxAlgoTickDataCollectionObject(const nxAlgoTickDataCollectionObject&) = delete;
+    nxAlgoTickDataCollectionObject& operator=(const nxAlgoTickDataCollectionObject&) = delete;
+
+    // Appends a completed bar, which takes the place of the one under construction. `recalculate` brings the
+    // indicators up to it; without it their next calculation does. The result is the collection's.
+    nxAlgoTickDataObject* AddTickData(const nxTickData& tick, bool recalculate);
+    // Folds one trade into the bar under construction, whose time stays null, and tells the host by its
+    // OnTickData, also where the script did not ask for real time. A marked volume counts 0.
+    void OnTick(const nxDecimal& price, const nxVolume& volume, const nxDateTime& time,
+                const nxBuySellEnum& buySell);
+    // Makes a copy of a ready record the bar under construction, without a notification.
+    void SetRealTimeTickData(const nxTickData& tick);
+
+    void SetEnableRealTime(bool enable) { _enableRealTime = enable; }
+    const nxTickDataPeriodEnum& GetPeriod() const { return _periodEnum; }
+    const nxGenericProductID& GetProductID() const;
+
+    bool subscribe(nxLuaParameters&, nxLuaResults&);
+    bool get(nxLuaParameters&, nxLuaResults&);
+    bool createIndicator(nxLuaParameters&, nxLuaResults&);
+    bool getIndicator(nxLuaParameters&, nxLuaResults&);
+
+    bool Get_count(nxLuaResults&);
+    bool Get_period(nxLuaResults&);
+    bool Get_product(nxLuaResults&);
+    bool Get_realTime(nxLuaResults&);
+
+protected:
+    // A new indicator, already calculated over the bars there are; the collection owns it. Null refuses, with
+    // a reason for the script in `error`. The parameters hold "name" and "type", too.
+    virtual nxAlgoIndicatorObject* _createIndicator(const std::string& type,
+                                                    const std::map<std::string, std::string>& parameters,
+                                                    std::string& error);
+    // Begins to keep the collection fresh. False is a script error without a text.
+    virtual bool _Subscribe(bool realTime);
+
+    bool _HaveRealTime() const { return _enableRealTime && _realTimeTick != nullptr; }
+    // Writes the bar under construction, not the argument, to the end of the raw arrays.
+    void _SetRealTimeRawData(const nxTickData& tick);
+    nxAlgoProductObject* _GetProduct() const { return _product; }
+    unsigned int _GetRequestedTicks() const { return _tickCount; }
+    std::size_t _GetCompletedTicks() const { return _tickTotal; }
+    // Calculates an indicator over the completed bars, and over the one under construction if there is one.
+    void _Calculate(nxAlgoIndicatorObject& indicator);
+
+private:
+    // The raw series in the order in which indicators take them; an entry's place is that of its bar. As long
+    // as there are bars, or longer by the one under construction.
+    void _AppendRaw(const nxTickData& tick);
+    void _ReplaceRaw(const nxTickData& tick);
+    void _CalculateRealTime();
+    nxAlgoTickDataObject& _GetTick(std::size_t place)
+    {
+        return _ticks[place / TicksPerChunk][place % TicksPerChunk];
+    }
+
+    static constexpr std::size_t TicksPerChunk = 256;
+
+    std::vector<double> _closeValues, _openValues, _highValues, _lowValues, _volumeValues;
+    nxAlgoProductObject* _product;
+    std::vector<std::vector<nxAlgoTickDataObject>> _ticks;  // oldest first, in chunks that never move
+    std::size_t _tickTotal = 0;
+    nxMutex _mutex;
+    std::string _period;
+    nxTickDataPeriodEnum _periodEnum;
+    unsigned int _tickCount;
+    std::map<std::string, std::unique_ptr<nxAlgoIndicatorObject>> _indicators;
+    std::unique_ptr<nxTickData> _realTimeTick;
+    bool _enableRealTime = false;
+    nxAlgoTickDataObject _realTimeObject;
+};

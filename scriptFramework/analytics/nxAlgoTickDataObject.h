@@ -1,0 +1,45 @@
+#pragma once
+
+#include "base/time/nxDateTime.h"
+#include "base/values/nxDecimal.h"
+#include "base/values/nxValueWrapper.h"
+#include "scriptFramework/lua/nxAlgoObject.h"
+#include "scriptFramework/lua/nxLuaWrapper.h"
+
+class nxAlgoTickDataCollectionObject;
+class nxTickData;
+
+// One bar as a script sees it: a copy of a record's values, which does not refer to the record afterwards.
+// Owned by its collection, and lives as long as that. All values are null until SetTickData. Takes no lock.
+class nxAlgoTickDataObject : public nxAlgoObject
+{
+public:
+    static constexpr const char* className = "nxAlgoTickDataObject";
+    static const nxLuaWrapper<nxAlgoTickDataObject>::FunctionType Functions[];
+    static const nxLuaWrapper<nxAlgoTickDataObject>::PropertyType Properties[];
+
+    nxAlgoTickDataObject(nxAlgoJobInterface* job, nxAlgoTickDataCollectionObject* collection)
+        : nxAlgoObject(job), _collection(collection)
+    {
+    }
+
+    void SetTickData(const nxTickData& tick);
+
+    bool Get_open(nxLuaResults&);
+    bool Get_close(nxLuaResults&);
+    bool Get_high(nxLuaResults&);
+    bool Get_low(nxLuaResults&);
+    bool Get_volume(nxLuaResults&);
+    bool Get_time(nxLuaResults&);
+    bool Get_timeValue(nxLuaResults&);
+    bool Get_collection(nxLuaResults&);
+
+private:
+    nxDecimal _open;
+    nxDecimal _close;
+    nxDecimal _high;
+    nxDecimal _low;
+    nxVolume _volume;
+    nxDateTime _time;
+    nxAlgoTickDataCollectionObject* _collection;
+};
