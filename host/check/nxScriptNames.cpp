@@ -3,7 +3,12 @@
 #include "host/check/nxScriptCheckTexts.h"
 #include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
+#include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
+#include "scriptFramework/analytics/nxAlgoLibraryObject.h"
+#include "scriptFramework/analytics/nxAlgoMatrixObject.h"
+#include "scriptFramework/analytics/nxAlgoQuantObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
 #include "scriptFramework/market/nxAlgoPositionObject.h"
@@ -62,6 +67,7 @@ std::string nxScriptNamesText()
                        nxAlgoMarketDepthObject, nxAlgoJobObject, nxAlgoProductObject,
                        nxAlgoOrderCollectionObject, nxAlgoClockObject, nxAlgoStateObject,
                        nxAlgoOrderStateObject, nxAlgoVorantJobCollectionObject, nxAlgoVorantJobObject,
-                       nxAlgoPriceTradeVolumesObject, nxAlgoDateObject>() +
+                       nxAlgoPriceTradeVolumesObject, nxAlgoDateObject, nxAlgoEventWindowObject,
+                       nxAlgoDataSeriesObject, nxAlgoLibraryObject, nxAlgoMatrixObject, nxAlgoQuantObject>() +
            host.lines;
 }

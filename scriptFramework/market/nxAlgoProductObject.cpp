@@ -68,6 +68,7 @@ nxAlgoProductObject::nxAlgoProductObject(nxAlgoJobInterface* job, const nxGeneri
 nxAlgoProductObject::~nxAlgoProductObject()
 {
     nxLogMessage(nxLogLevel::Detail, GetLogPrefix(), "Deleting Product ");
+    _FreeOwned();
     Unsubscribe();
     UnsubscribePositions();
     UnsubscribeState();
@@ -167,11 +168,6 @@ bool nxAlgoProductObject::subscribePriceTradeVolumes(nxLuaParameters&, nxLuaResu
 {
     _SwitchOn(_tradeVolumesSubscribed, &nxAlgoJobInterface::SubscribePriceTradeVolumes);
     return true;
-}
-
-bool nxAlgoProductObject::createTradeWindow(nxLuaParameters&, nxLuaResults& results)
-{
-    return results.Fail("createTradeWindow is not available in this version");
 }
 
 bool nxAlgoProductObject::createTickDataCollection(nxLuaParameters&, nxLuaResults& results)

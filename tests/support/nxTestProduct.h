@@ -3,6 +3,7 @@
 #include <atomic>
 #include <string>
 
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 // A product whose answers to the library are set by the test.
@@ -13,6 +14,20 @@ public:
         : nxAlgoProductObject(job, productID, id)
     {
     }
+    ~nxTestProduct() override { _FreeOwned(); }
+
+    using nxAlgoProductObject::SubscribePrices;
+    using nxAlgoProductObject::UnsubscribePrices;
+    void SubscribePrices(nxAlgoEventWindowObject* subscriber) override
+    {
+        window = subscriber;
+        windowCalls += '+';
+    }
+    void UnsubscribePrices(nxAlgoEventWindowObject*) override
+    {
+        window = nullptr;
+        windowCalls += '-';
+    }
 
     nxPrice price;
     nxMarketDepth depth;
@@ -22,9 +37,11 @@ public:
     double dayPandL = 0.0;
     double totalPandL = 0.0;
     bool isStrategy = false;
-    nxAlgoOrderObject* order = nullptr;  // what createOrder answers
-    std::string created;                 // the six texts of each createOrder, each ended by a bar
-    std::string flattened;               // one letter for each call of setFlattenOnExit: t or f
+    nxAlgoOrderObject* order = nullptr;         // what createOrder answers
+    std::string created;                        // the six texts of each createOrder, each ended by a bar
+    nxAlgoEventWindowObject* window = nullptr;  // the latest that subscribed
+    std::string windowCalls;                    // + for each that subscribed, - for each that went
+    std::string flattened;                      // one letter for each call of setFlattenOnExit: t or f
 
     using nxAlgoProductObject::_GetDPForAverages;
     using nxAlgoProductObject::_GetPosition;
@@ -47,6 +64,10 @@ protected:
         for (const std::string* text : {&side, &type, &exec, &time, &spreadSpec, &spreadInstance})
             created += *text + "|";
         return order;
+    }
+    nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override
+    {
+        return new nxAlgoEventWindowObject(GetJob(), this, duration, frequency);
     }
     void _SetFlattenOnExit(bool flatten) override { flattened += flatten ? 't' : 'f'; }
     bool _IsStrategy() const override { return isStrategy; }
