@@ -107,6 +107,14 @@ public:
     nxErrorEnum SubscribePositions(nxAlgoProductObject*) override;
     nxErrorEnum UnsubscribePositions(nxAlgoProductObject*) override;
 
+    // Starts or stops one trade window of a product.
+    void WantTrades(nxHostProduct& product, int change);
+    void StartEventWindowTimer(nxAlgoEventWindowObject* window, double seconds) override;
+    void StopEventWindowTimer(nxAlgoEventWindowObject* window) override;
+    void OnEventWindow(nxAlgoEventWindowObject& window) override;
+    nxAlgoDataSeriesObject* CreateDataSeries() override;
+    nxAlgoLibraryObject* LoadLibrary(const std::string& name) override;
+
     void LogText(const std::string& text) override;
     void SendUserState(const nxLogLevelEnum& level, const std::string& text) override;
     void SendUserText1(const std::string& text) override;
@@ -187,6 +195,7 @@ private:
     std::map<unsigned int, std::unique_ptr<nxHostOrder>> _foreignOrders;  // by number, as looked at
     nxHostOrders _allOrders{*this, false};
     nxHostOrders _jobOrders{*this, true};
+    std::vector<std::unique_ptr<nxAlgoObject>> _made;  // data series and native libraries
     std::unique_ptr<nxWatchedJobs> _watchedJobs;
     std::optional<nxAlgoJobObject> _object;
 };

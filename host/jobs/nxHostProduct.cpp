@@ -1,7 +1,10 @@
 #include "host/jobs/nxHostProduct.h"
 
+#include <algorithm>
+
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostServices.h"
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 
 nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id)
     : nxAlgoProductObject(job, nxGenericProductID(market.GetName()), id),
@@ -16,6 +19,7 @@ nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& mar
 
 nxHostProduct::~nxHostProduct()
 {
+    _FreeOwned();
     Unsubscribe();
     UnsubscribePositions();
     UnsubscribeState();
@@ -39,6 +43,34 @@ nxAlgoOrderObject* nxHostProduct::_CreateOrder(const std::string& side, const st
                                                const std::string& spreadSpec, const std::string&)
 {
     return GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
+}
+
+nxAlgoEventWindowObject* nxHostProduct::_CreateEventWindow(double duration, double frequency)
+{
+    return new nxAlgoEventWindowObject(GetJob(), this, duration, frequency);
+}
+
+void nxHostProduct::SubscribePrices(nxAlgoEventWindowObject* window)
+{
+    _windows.push_back(window);
+    GetOwner().WantTrades(*this, 1);
+}
+
+void nxHostProduct::UnsubscribePrices(nxAlgoEventWindowObject* window)
+{
+    std::ranges::replace(_windows, window, nullptr);
+    if (!_isForwarding) std::erase(_windows, nullptr);
+    GetOwner().WantTrades(*this, -1);
+}
+
+void nxHostProduct::ForwardTrade()
+{
+    _isForwarding = true;
+    const std::size_t count = _windows.size();
+    for (std::size_t i = 0; i < count; ++i)
+        if (_windows[i] != nullptr) _windows[i]->OnPrice(_market.GetPriceUpdate());
+    _isForwarding = false;
+    std::erase(_windows, nullptr);
 }
 
 nxHostJob& nxHostProduct::GetOwner() const
