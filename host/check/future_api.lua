@@ -10,24 +10,5 @@ local function names(text)
 end
 
 checker.future = {
-  nxAlgoEventWindowObject = {
-    functions = names "start stop enableRegression",
-    properties = names [[
-      id min max averagePrice vwap range totaltraded stddev change averageVolume first last size slope]],
-  },
-  nxAlgoDataSeriesObject = {
-    functions = names "add get clear average stddev covariance maxX maxY minX minY",
-    properties = names "size slope capacity",
-  },
   nxAlgoDataStoreObject = { functions = names "add set get clear", properties = names "count" },
-  nxAlgoMatrixObject = {
-    functions = names "add subtract multiply transpose determinant inverse",
-    properties = {},
-  },
-  nxAlgoQuantObject = { functions = names "normcdf", properties = {} },
-  nxAlgoLibraryObject = { functions = names "call", properties = {} },
 }
-checker.future.nxAlgoDataSeriesObject.properties.capacity = "rw"
-
--- The globals that the engine does not bind yet, with their classes.
-checker.futureGlobals = { matrix = "nxAlgoMatrixObject", quant = "nxAlgoQuantObject" }

@@ -1,6 +1,8 @@
 #include "host/check/nxDryRun.h"
 
 #include "host/check/nxScriptCheckTexts.h"
+#include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
@@ -28,6 +30,11 @@ protected:
                                     const std::string&) override
     {
         return GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
+    }
+
+    nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override
+    {
+        return new nxAlgoEventWindowObject(GetJob(), this, duration, frequency);
     }
 
     void _GetPriceSnapshot(nxPrice& price) const override
@@ -110,6 +117,11 @@ nxAlgoOrderObject* nxDryRun::CreateOrder(nxAlgoProductObject* product, const std
         std::make_unique<DryOrder>(this, product, _orders.GetCount() + 1, type, exec, time));
     _orders.orders.back()->SetSide(side);
     return _orders.orders.back().get();
+}
+
+nxAlgoDataSeriesObject* nxDryRun::CreateDataSeries()
+{
+    return _series.emplace_back(std::make_unique<nxAlgoDataSeriesObject>(this)).get();
 }
 
 std::optional<nxScriptSource::Failure> nxDryRun::Try(const nxScriptSource& source)

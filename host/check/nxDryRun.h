@@ -55,7 +55,7 @@ public:
     double GetSelectedPrice() const override { return 100.0; }
     std::string GetSelectedSide() override { return "BUY"; }
     unsigned int GetTransactionCount() override { return 0; }
-    nxAlgoDataSeriesObject* CreateDataSeries() override { return nullptr; }
+    nxAlgoDataSeriesObject* CreateDataSeries() override;
     nxAlgoDataStoreObject* GetDataStore(const std::string&, bool) override { return nullptr; }
     void SendParameter(const std::string&, const std::string&, const std::string&) override {}
     void SetEnableCrossProtection(bool) override {}
@@ -101,6 +101,7 @@ private:
     NoJobs _jobs{this};
     Orders _orders{this};
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> _products;
+    std::vector<std::unique_ptr<nxAlgoDataSeriesObject>> _series;
     bool _inOnInit = false;
     bool _hasOnInit = false;
 };

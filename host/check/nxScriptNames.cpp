@@ -3,7 +3,12 @@
 #include "host/check/nxScriptCheckTexts.h"
 #include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
+#include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
+#include "scriptFramework/analytics/nxAlgoLibraryObject.h"
+#include "scriptFramework/analytics/nxAlgoMatrixObject.h"
+#include "scriptFramework/analytics/nxAlgoQuantObject.h"
 #include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
@@ -64,6 +69,7 @@ std::string nxScriptNamesText()
                        nxAlgoOrderCollectionObject, nxAlgoClockObject, nxAlgoStateObject,
                        nxAlgoOrderStateObject, nxAlgoVorantJobCollectionObject, nxAlgoVorantJobObject,
                        nxAlgoPriceTradeVolumesObject, nxAlgoTickDataCollectionObject, nxAlgoTickDataObject,
-                       nxAlgoIndicatorObject, nxAlgoDateObject>() +
+                       nxAlgoIndicatorObject, nxAlgoDateObject, nxAlgoEventWindowObject,
+                       nxAlgoDataSeriesObject, nxAlgoLibraryObject, nxAlgoMatrixObject, nxAlgoQuantObject>() +
            host.lines;
 }

@@ -35,9 +35,6 @@ end
 
 -- What a script finds from OnInit on, by name.
 checker.globals = {}
-for name, class in pairs(checker.futureGlobals) do
-  checker.globals[name] = { class = class }
-end
 for _, source in ipairs({ environment.standard, environment.bound }) do
   for name, description in pairs(source) do
     checker.globals[name] = description

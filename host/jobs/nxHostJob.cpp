@@ -3,6 +3,9 @@
 #include <algorithm>
 
 #include "host/jobs/nxHostServices.h"
+#include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
+#include "scriptFramework/analytics/nxAlgoLibraryObject.h"
 
 nxHostJob::nxHostJob(nxHostServices& services, const nxJobOptions& options, unsigned int index,
                      const std::string& logName)
@@ -206,4 +209,40 @@ nxErrorEnum nxHostJob::SubscribePositions(nxAlgoProductObject* product)
 nxErrorEnum nxHostJob::UnsubscribePositions(nxAlgoProductObject* product)
 {
     return _Want(product, {nxMarketEvent::Position}, -1);
+}
+
+void nxHostJob::WantTrades(nxHostProduct& product, int change)
+{
+    static_cast<void>(_Want(&product, {nxMarketEvent::TradeWindow}, change));
+}
+
+void nxHostJob::StartEventWindowTimer(nxAlgoEventWindowObject* window, double seconds)
+{
+    _services.StartTimer(*this, *window, seconds);
+}
+
+void nxHostJob::StopEventWindowTimer(nxAlgoEventWindowObject* window)
+{
+    _services.StopTimer(*this, *window);
+}
+
+void nxHostJob::OnEventWindow(nxAlgoEventWindowObject& window)
+{
+    _services.DeliverWindow(*this, window);
+}
+
+nxAlgoDataSeriesObject* nxHostJob::CreateDataSeries()
+{
+    auto series = std::make_unique<nxAlgoDataSeriesObject>(this);
+    nxAlgoDataSeriesObject* const result = series.get();
+    _made.push_back(std::move(series));
+    return result;
+}
+
+nxAlgoLibraryObject* nxHostJob::LoadLibrary(const std::string&)
+{
+    auto library = std::make_unique<nxAlgoLibraryObject>(this);
+    nxAlgoLibraryObject* const result = library.get();
+    _made.push_back(std::move(library));
+    return result;
 }

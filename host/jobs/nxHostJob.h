@@ -109,6 +109,13 @@ public:
     nxErrorEnum UnsubscribePositions(nxAlgoProductObject*) override;
 
     void OnTickData(nxAlgoTickDataObject& tick) override;
+    // Starts or stops one trade window of a product.
+    void WantTrades(nxHostProduct& product, int change);
+    void StartEventWindowTimer(nxAlgoEventWindowObject* window, double seconds) override;
+    void StopEventWindowTimer(nxAlgoEventWindowObject* window) override;
+    void OnEventWindow(nxAlgoEventWindowObject& window) override;
+    nxAlgoDataSeriesObject* CreateDataSeries() override;
+    nxAlgoLibraryObject* LoadLibrary(const std::string& name) override;
 
     void LogText(const std::string& text) override;
     void SendUserState(const nxLogLevelEnum& level, const std::string& text) override;
@@ -190,6 +197,7 @@ private:
     std::map<unsigned int, std::unique_ptr<nxHostOrder>> _foreignOrders;  // by number, as looked at
     nxHostOrders _allOrders{*this, false};
     nxHostOrders _jobOrders{*this, true};
+    std::vector<std::unique_ptr<nxAlgoObject>> _made;  // data series and native libraries
     std::unique_ptr<nxWatchedJobs> _watchedJobs;
     std::optional<nxAlgoJobObject> _object;
 };

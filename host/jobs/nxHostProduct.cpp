@@ -1,8 +1,11 @@
 #include "host/jobs/nxHostProduct.h"
 
+#include <algorithm>
+
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 
 nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id)
     : nxAlgoProductObject(job, nxGenericProductID(market.GetName()), id),
@@ -65,6 +68,34 @@ void nxHostProduct::SubscribePrices(nxAlgoTickDataCollectionObject* collection)
 void nxHostProduct::UnsubscribePrices(nxAlgoTickDataCollectionObject* collection)
 {
     GetOwner().GetServices().DetachCollection(static_cast<nxHostTickDataCollection&>(*collection));
+}
+
+nxAlgoEventWindowObject* nxHostProduct::_CreateEventWindow(double duration, double frequency)
+{
+    return new nxAlgoEventWindowObject(GetJob(), this, duration, frequency);
+}
+
+void nxHostProduct::SubscribePrices(nxAlgoEventWindowObject* window)
+{
+    _windows.push_back(window);
+    GetOwner().WantTrades(*this, 1);
+}
+
+void nxHostProduct::UnsubscribePrices(nxAlgoEventWindowObject* window)
+{
+    std::ranges::replace(_windows, window, nullptr);
+    if (!_isForwarding) std::erase(_windows, nullptr);
+    GetOwner().WantTrades(*this, -1);
+}
+
+void nxHostProduct::ForwardTrade()
+{
+    _isForwarding = true;
+    const std::size_t count = _windows.size();
+    for (std::size_t i = 0; i < count; ++i)
+        if (_windows[i] != nullptr) _windows[i]->OnPrice(_market.GetPriceUpdate());
+    _isForwarding = false;
+    std::erase(_windows, nullptr);
 }
 
 nxHostJob& nxHostProduct::GetOwner() const

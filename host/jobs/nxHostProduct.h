@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <vector>
 
 #include "host/exchange/nxMarketProduct.h"
 #include "host/jobs/nxProductAccount.h"
@@ -9,7 +10,7 @@
 class nxHostJob;
 
 // What a script can subscribe to.
-enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, Count };
+enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, TradeWindow, Count };
 
 // A product of the reference host, one for each job that asked for it: the script's product over the replayed
 // market. Owned by its job. The objects that its events hand to the script live as long as the product, so a
@@ -50,6 +51,12 @@ public:
     }
     nxAlgoPositionObject& GetPositionEvent();
 
+    void SubscribePrices(nxAlgoEventWindowObject* window) override;
+    void UnsubscribePrices(nxAlgoEventWindowObject* window) override;
+    // Shows the market's latest event, a trade, to the trade windows that are started. Their callbacks may
+    // start and stop windows: one that starts meanwhile waits for the next trade.
+    void ForwardTrade();
+
     // Which events the job is to get; counted, since two subscriptions can ask for the same.
     bool Wants(nxMarketEvent event) const { return _wanted[static_cast<std::size_t>(event)] > 0; }
     // True when the first subscription to the event begins.
@@ -74,6 +81,7 @@ protected:
     nxAlgoTickDataCollectionObject* _CreateTickDataCollection(const std::string& period, unsigned int ticks,
                                                               const nxDateTime& start,
                                                               const nxDateTime& end) override;
+    nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override;
 
 private:
     nxDecimal _GetOwnBest(bool isBuy) const;
@@ -85,4 +93,6 @@ private:
     nxAlgoStateObject _stateEvent;
     nxAlgoPositionObject _positionEvent;
     std::array<int, static_cast<std::size_t>(nxMarketEvent::Count)> _wanted{};
+    std::vector<nxAlgoEventWindowObject*> _windows;  // that are started; null: stopped while forwarding
+    bool _isForwarding = false;
 };

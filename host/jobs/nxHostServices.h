@@ -10,6 +10,7 @@
 struct nxBarSource;
 struct nxFeedEvent;
 class nxAlgoTickDataObject;
+class nxAlgoEventWindowObject;
 class nxHostJob;
 class nxHostOrder;
 class nxHostProduct;
@@ -17,6 +18,7 @@ class nxHostTickDataCollection;
 enum class nxMarketEvent;
 class nxMarketProduct;
 class nxSimulatedExchange;
+class nxTimerCallback;
 
 // What a job needs of the server around it. Calls come on the replay's thread, from inside a callback.
 class nxHostServices
@@ -32,6 +34,10 @@ public:
     virtual void Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields) = 0;
     virtual void StartTimer(nxHostJob& job, const std::string& name, unsigned int milliseconds) = 0;
     virtual void StopTimer(nxHostJob& job, const std::string& name) = 0;
+    virtual void StartTimer(nxHostJob& job, nxTimerCallback& callback, double seconds) = 0;
+    virtual void StopTimer(nxHostJob& job, nxTimerCallback& callback) = 0;
+    // A trade window of the job has news. The one call that comes outside of the job's callbacks.
+    virtual void DeliverWindow(nxHostJob& job, nxAlgoEventWindowObject& window) = 0;
     virtual void NoteShutdown(nxHostJob& job) = 0;
     // The job has news for those that watch it, to be taken when the callback has returned.
     virtual void NoteChange(nxHostJob& job) = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "base/time/nxTimerCallback.h"
 #include "host/report/nxRunSummary.h"
 
 namespace {
@@ -262,6 +263,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             _UpdateTradeVolumes(market);
             if (_exchange) _TellExchange(market, event);
             _FeedCollections(market, event);
+            if (market.hasWindows && event.quote.IsTrade()) _DeliverTrade(market);
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -271,6 +273,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
             _UpdateTradeVolumes(market);
             if (_exchange) _TellExchange(market, event);
             _FeedCollections(market, event);
+            if (market.hasWindows) _DeliverTrade(market);
             _DeliverPrice(market);
             _DeliverTradeVolumes(market);
             break;
@@ -324,6 +327,7 @@ void nxReplayServer::_RunTimer()
 {
     const nxTimerQueue::Due timer = _timers.Pop();
     ++_statistics.timers;
+    if (timer.callback != nullptr) return timer.callback->OnTimer();
     _Deliver(nxCallback::OnTimer, _GetRunner(*timer.job), &nxAlgoJobObject::OnTimer, timer.name);
 }
 
@@ -366,6 +370,15 @@ void nxReplayServer::_DeliverMarket(Market& market, nxMarketEvent kind, nxCallba
         nxHostProduct* const product = market.subscribers[i];
         if (product != nullptr && product->Wants(kind))
             _Deliver(callback, *_runners[i], entry, event(*product));
+    }
+}
+
+void nxReplayServer::_DeliverTrade(Market& market)
+{
+    for (std::size_t i = 0; i < market.subscribers.size() && !_IsEnding(); ++i) {
+        nxHostProduct* const product = market.subscribers[i];
+        if (product != nullptr && product->Wants(nxMarketEvent::TradeWindow) && !_runners[i]->IsOver())
+            product->ForwardTrade();
     }
 }
 

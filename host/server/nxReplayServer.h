@@ -49,6 +49,7 @@ private:
         nxDecimal tickSize;
         nxTradingHours hours;                                // empty: open from its first row on
         bool hasTradeVolumes = false;                        // the latest event changed them
+        bool hasWindows = false;                             // a script has started a trade window of it
         long long nextState = nxTimerQueue::Never;           // when these change its state
         bool isFresh = true;                                 // nothing of its data has come since it opened
         nxProductAccount none;                               // how an account begins
@@ -90,6 +91,8 @@ private:
     // To each job that subscribed to it: entry with what `event` gives of the job's product.
     template <class Entry, class Event>
     void _DeliverMarket(Market& market, nxMarketEvent kind, nxCallback callback, Entry entry, Event event);
+    // To the trade windows, which come before OnPrice so that it finds the trade in them.
+    void _DeliverTrade(Market& market);
     void _DeliverPrice(Market& market);
     void _DeliverDepth(Market& market);
     void _DeliverTradeVolumes(Market& market);
@@ -156,6 +159,9 @@ private:
     void Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields) override;
     void StartTimer(nxHostJob& job, const std::string& name, unsigned int milliseconds) override;
     void StopTimer(nxHostJob& job, const std::string& name) override;
+    void StartTimer(nxHostJob& job, nxTimerCallback& callback, double seconds) override;
+    void StopTimer(nxHostJob& job, nxTimerCallback& callback) override;
+    void DeliverWindow(nxHostJob& job, nxAlgoEventWindowObject& window) override;
     void NoteShutdown(nxHostJob& job) override;
     void NoteChange(nxHostJob& job) override;
     void NoteUnknownProduct(nxHostJob& job, const std::string& name) override;

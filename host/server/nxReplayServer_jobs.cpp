@@ -255,6 +255,9 @@ std::string nxReplayServer::_ExplainNothing(nxJobRunner& runner, bool isEarly) c
         } else if (lacks(nxCallback::OnMarketDepth, product->Wants(nxMarketEvent::Depth))) {
             reason =
                 "the script subscribed to the depth of " + name + " but defines no function OnMarketDepth";
+        } else if (lacks(nxCallback::OnTradeWindowEvent, product->Wants(nxMarketEvent::TradeWindow))) {
+            reason = "the script started a trade window of " + name +
+                     " but defines no function OnTradeWindowEvent";
         } else if (product->Wants(nxMarketEvent::Depth)) {
             reason = "the script subscribed to the depth of " + name + ", of which the data holds none";
         } else if (lacks(nxCallback::OnProductState, product->Wants(nxMarketEvent::State))) {

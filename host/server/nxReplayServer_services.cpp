@@ -1,6 +1,7 @@
 // What the server does for its jobs while their scripts run.
 
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 
 #include "host/feed/nxFeedTime.h"
@@ -32,9 +33,11 @@ void nxReplayServer::Describe(nxHostProduct& product)
 
 void nxReplayServer::NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event)
 {
-    for (const auto& market : _markets)
-        if (market != nullptr && &market->product == &product.GetMarket())
-            market->subscribers[job.GetIndex()] = &product;
+    for (const auto& market : _markets) {
+        if (market == nullptr || &market->product != &product.GetMarket()) continue;
+        market->subscribers[job.GetIndex()] = &product;
+        if (event == nxMarketEvent::TradeWindow) market->hasWindows = true;
+    }
     if (event == nxMarketEvent::TradeVolumes)
         product.UpdateTradeVolumes(product.GetMarket().GetTradeVolumes());
     if (event == nxMarketEvent::Position) {
@@ -73,6 +76,26 @@ void nxReplayServer::StartTimer(nxHostJob& job, const std::string& name, unsigne
 void nxReplayServer::StopTimer(nxHostJob& job, const std::string& name)
 {
     _timers.Stop(job, name);
+}
+
+void nxReplayServer::StartTimer(nxHostJob& job, nxTimerCallback& callback, double seconds)
+{
+    // No shorter than a script's own timers, lest the recorded time stand still; no longer than it reaches.
+    constexpr double shortest = 1e-3;
+    constexpr double longest = 9e9;
+    if (!_GetRunner(job).IsOver())
+        _timers.Start(job, callback, _time.Get(), std::llround(std::clamp(seconds, shortest, longest) * 1e9));
+}
+
+void nxReplayServer::StopTimer(nxHostJob& job, nxTimerCallback& callback)
+{
+    _timers.Stop(job, callback);
+}
+
+void nxReplayServer::DeliverWindow(nxHostJob& job, nxAlgoEventWindowObject& window)
+{
+    if (!_IsEnding())
+        _Deliver(nxCallback::OnTradeWindowEvent, _GetRunner(job), &nxAlgoJobObject::OnEventWindow, window);
 }
 
 void nxReplayServer::NoteShutdown(nxHostJob& job)

@@ -12,26 +12,46 @@ long long Later(long long time, long long interval)
 
 }  // namespace
 
-void nxTimerQueue::Start(nxHostJob& job, const std::string& name, long long now, long long interval)
+void nxTimerQueue::_Start(const Key& key, long long now, long long interval)
 {
-    Stop(job, name);
-    const auto [timer, isNew] = _timers.emplace(Key{&job, name}, Timer{{}, interval});
-    timer->second.place = {Later(now, interval), job.GetIndex(), _started++, &timer->first};
+    _Stop(key);
+    const auto [timer, isNew] = _timers.emplace(key, Timer{{}, interval});
+    timer->second.place = {Later(now, interval), key.job->GetIndex(), _started++, &timer->first};
     _order.insert(timer->second.place);
 }
 
-void nxTimerQueue::Stop(nxHostJob& job, const std::string& name)
+void nxTimerQueue::_Stop(const Key& key)
 {
-    const auto timer = _timers.find(Key{&job, name});
+    const auto timer = _timers.find(key);
     if (timer == _timers.end()) return;
     _order.erase(timer->second.place);
     _timers.erase(timer);
 }
 
+void nxTimerQueue::Start(nxHostJob& job, const std::string& name, long long now, long long interval)
+{
+    _Start({&job, name, nullptr}, now, interval);
+}
+
+void nxTimerQueue::Stop(nxHostJob& job, const std::string& name)
+{
+    _Stop({&job, name, nullptr});
+}
+
+void nxTimerQueue::Start(nxHostJob& job, nxTimerCallback& callback, long long now, long long interval)
+{
+    _Start({&job, {}, &callback}, now, interval);
+}
+
+void nxTimerQueue::Stop(nxHostJob& job, nxTimerCallback& callback)
+{
+    _Stop({&job, {}, &callback});
+}
+
 void nxTimerQueue::StopAll(nxHostJob& job)
 {
-    std::erase_if(_order, [&](const Place& place) { return place.key->first == &job; });
-    std::erase_if(_timers, [&](const auto& timer) { return timer.first.first == &job; });
+    std::erase_if(_order, [&](const Place& place) { return place.key->job == &job; });
+    std::erase_if(_timers, [&](const auto& timer) { return timer.first.job == &job; });
 }
 
 nxTimerQueue::Due nxTimerQueue::Pop()
@@ -42,5 +62,5 @@ nxTimerQueue::Due nxTimerQueue::Pop()
     timer.place.due = Later(timer.place.due, timer.interval);
     node.value() = timer.place;
     _order.insert(std::move(node));
-    return {key.first, key.second};
+    return {key.job, key.name, key.callback};
 }

@@ -172,6 +172,11 @@ nxErrorEnum nxAlgoJobObject::OnParameter(const std::string& name, const std::str
     return _Deliver(&nxAlgoScriptEngine::OnParameter, name, value, tag);
 }
 
+nxErrorEnum nxAlgoJobObject::OnEventWindow(nxAlgoEventWindowObject& window)
+{
+    return _Deliver(&nxAlgoScriptEngine::OnEventWindow, window);
+}
+
 nxErrorEnum nxAlgoJobObject::OnPosition(nxAlgoPositionObject& position)
 {
     return _Deliver(&nxAlgoScriptEngine::OnPosition, position);

@@ -70,6 +70,8 @@ public:
     [[nodiscard]] nxErrorEnum OnProductState(nxAlgoStateObject&);
     [[nodiscard]] nxErrorEnum OnParameter(const std::string& name, const std::string& value,
                                           const std::string& tag);
+    // Of OnTradeWindowEvent.
+    [[nodiscard]] nxErrorEnum OnEventWindow(nxAlgoEventWindowObject&);
     [[nodiscard]] nxErrorEnum OnPosition(nxAlgoPositionObject&);
     [[nodiscard]] nxErrorEnum OnTimer(const std::string& name);
     [[nodiscard]] nxErrorEnum OnJobChanged();
@@ -133,8 +135,10 @@ public:
     bool Get_tag(nxLuaResults&);
     bool Set_tag(const nxLuaParameter&);
 
-    // A worked example of passing vectors, in no table, so that a script cannot reach it.
+    // In no table, so that a script cannot reach them: a worked example of passing vectors, and the way to a
+    // native library.
     bool calculate(nxLuaParameters&, nxLuaResults&);
+    bool loadLibrary(nxLuaParameters&, nxLuaResults&);
 
 private:
     template <class Entry, class... Arguments>

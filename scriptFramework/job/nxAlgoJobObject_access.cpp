@@ -1,4 +1,6 @@
 #include "base/log/nxLogMessage.h"
+#include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
+#include "scriptFramework/analytics/nxAlgoLibraryObject.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
@@ -28,7 +30,7 @@ bool nxAlgoJobObject::getExistingOrder(nxLuaParameters& parameters, nxLuaResults
     return true;
 }
 
-// Here and in the next two a null is wrapped as it comes: its functions do nothing and its properties are
+// Here and in the next three a null is wrapped as it comes: its functions do nothing and its properties are
 // nil.
 bool nxAlgoJobObject::getOrders(nxLuaParameters&, nxLuaResults& results)
 {
@@ -50,7 +52,8 @@ bool nxAlgoJobObject::getVorantJobs(nxLuaParameters&, nxLuaResults& results)
 
 bool nxAlgoJobObject::createDataSeries(nxLuaParameters&, nxLuaResults& results)
 {
-    return results.Fail("createDataSeries is not available in this version");
+    results.AddObject(GetJob()->CreateDataSeries());
+    return true;
 }
 
 bool nxAlgoJobObject::getDataStore(nxLuaParameters& parameters, nxLuaResults& results)
@@ -77,5 +80,15 @@ bool nxAlgoJobObject::calculate(nxLuaParameters& parameters, nxLuaResults& resul
         b.push_back(2.0 * element);
     results.Add(a);
     results.Add(b);
+    return true;
+}
+
+bool nxAlgoJobObject::loadLibrary(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() != 1) return results.Fail("loadLibrary requires 1 argument [libraryname]");
+    const std::string name = parameters.Parameter(1).GetString();
+    nxAlgoLibraryObject* library = GetJob()->LoadLibrary(name);
+    if (library == nullptr) return results.Fail("loadLibrary could not load library " + name);
+    results.AddObject(library);
     return true;
 }

@@ -2,7 +2,12 @@
 
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
+#include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
+#include "scriptFramework/analytics/nxAlgoLibraryObject.h"
+#include "scriptFramework/analytics/nxAlgoMatrixObject.h"
+#include "scriptFramework/analytics/nxAlgoQuantObject.h"
 #include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/job/nxScriptPrelude.h"
@@ -30,6 +35,8 @@ nxAlgoScriptEngine::nxAlgoScriptEngine(nxAlgoJobObject* job) : _job(job)
 {
     nxAlgoJobInterface* interface = job == nullptr ? nullptr : job->GetJob();
     _clock = std::make_unique<nxAlgoClockObject>(interface);
+    _matrix = std::make_unique<nxAlgoMatrixObject>(interface);
+    _quant = std::make_unique<nxAlgoQuantObject>(interface);
     _date = std::make_unique<nxAlgoDateObject>(interface);
 }
 
@@ -49,10 +56,15 @@ void nxAlgoScriptEngine::_RegisterCustomObjects()
     nxLuaWrapper<nxAlgoMarketDepthObject>::Register(L);
     nxLuaWrapper<nxAlgoJobObject>::Register(L);
     nxLuaWrapper<nxAlgoProductObject>::Register(L);
+    nxLuaWrapper<nxAlgoEventWindowObject>::Register(L);
     nxLuaWrapper<nxAlgoOrderCollectionObject>::Register(L);
     nxLuaWrapper<nxAlgoClockObject>::Register(L);
+    nxLuaWrapper<nxAlgoDataSeriesObject>::Register(L);
     nxLuaWrapper<nxAlgoStateObject>::Register(L);
     nxLuaWrapper<nxAlgoOrderStateObject>::Register(L);
+    nxLuaWrapper<nxAlgoLibraryObject>::Register(L);
+    nxLuaWrapper<nxAlgoMatrixObject>::Register(L);
+    nxLuaWrapper<nxAlgoQuantObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobCollectionObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobObject>::Register(L);
     nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::Register(L);
@@ -72,6 +84,8 @@ bool nxAlgoScriptEngine::_BindGlobals()
 {
     return nxLuaWrapper<nxAlgoJobObject>::SetGlobal(*this, "job", _job) &&
            nxLuaWrapper<nxAlgoClockObject>::SetGlobal(*this, "clock", _clock.get()) &&
+           nxLuaWrapper<nxAlgoMatrixObject>::SetGlobal(*this, "matrix", _matrix.get()) &&
+           nxLuaWrapper<nxAlgoQuantObject>::SetGlobal(*this, "quant", _quant.get()) &&
            nxLuaWrapper<nxAlgoDateObject>::SetGlobal(*this, "date", _date.get());
 }
 
@@ -186,6 +200,12 @@ nxErrorEnum nxAlgoScriptEngine::OnParameter(const std::string& name, const std::
 {
     if (!IsActive() || _onParameter.Call(name, value, tag)) return {};
     return _Failed("OnParameter ( ", name, " , ", value, " ) Tag = ", tag, " failed. Error : ");
+}
+
+nxErrorEnum nxAlgoScriptEngine::OnEventWindow(nxAlgoEventWindowObject& window)
+{
+    // The text keeps another name, which those who read logs search for.
+    return _Deliver(_onTradeWindowEvent, window, "OnTradeStreamEvent failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnPosition(nxAlgoPositionObject& position)

@@ -10,13 +10,16 @@
 
 class nxAlgoClockObject;
 class nxAlgoDateObject;
+class nxAlgoEventWindowObject;
 class nxAlgoJobObject;
 class nxAlgoMarketDepthObject;
+class nxAlgoMatrixObject;
 class nxAlgoOrderObject;
 class nxAlgoOrderUpdateObject;
 class nxAlgoPositionObject;
 class nxAlgoPriceObject;
 class nxAlgoPriceTradeVolumesObject;
+class nxAlgoQuantObject;
 class nxAlgoStateObject;
 class nxAlgoTickDataObject;
 class nxAlgoVorantJobObject;
@@ -53,6 +56,7 @@ public:
     [[nodiscard]] nxErrorEnum OnProductState(nxAlgoStateObject&);
     [[nodiscard]] nxErrorEnum OnParameter(const std::string& name, const std::string& value,
                                           const std::string& tag);
+    [[nodiscard]] nxErrorEnum OnEventWindow(nxAlgoEventWindowObject&);
     [[nodiscard]] nxErrorEnum OnPosition(nxAlgoPositionObject&);
     [[nodiscard]] nxErrorEnum OnTimer(const std::string& name);
     [[nodiscard]] nxErrorEnum OnJobChanged();
@@ -116,5 +120,7 @@ private:
     nxLuaFunction _onTickData{*this, "OnTickData"};
 
     std::unique_ptr<nxAlgoClockObject> _clock;
+    std::unique_ptr<nxAlgoMatrixObject> _matrix;
+    std::unique_ptr<nxAlgoQuantObject> _quant;
     std::unique_ptr<nxAlgoDateObject> _date;
 };

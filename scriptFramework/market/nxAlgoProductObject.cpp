@@ -170,11 +170,6 @@ bool nxAlgoProductObject::subscribePriceTradeVolumes(nxLuaParameters&, nxLuaResu
     return true;
 }
 
-bool nxAlgoProductObject::createTradeWindow(nxLuaParameters&, nxLuaResults& results)
-{
-    return results.Fail("createTradeWindow is not available in this version");
-}
-
 nxAlgoOrderObject* nxAlgoProductObject::_CreateOrder(const std::string&, const std::string&,
                                                      const std::string&, const std::string&,
                                                      const std::string&, const std::string&)

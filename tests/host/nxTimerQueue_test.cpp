@@ -20,6 +20,9 @@ class Silence : public nxHostServices
     void Record(const nxHostJob&, const char*, nxRunRecord::Fields) override {}
     void StartTimer(nxHostJob&, const std::string&, unsigned int) override {}
     void StopTimer(nxHostJob&, const std::string&) override {}
+    void StartTimer(nxHostJob&, nxTimerCallback&, double) override {}
+    void StopTimer(nxHostJob&, nxTimerCallback&) override {}
+    void DeliverWindow(nxHostJob&, nxAlgoEventWindowObject&) override {}
     void NoteShutdown(nxHostJob&) override {}
     void NoteUnknownProduct(nxHostJob&, const std::string&) override {}
     void NoteSubscription(nxHostJob&, nxHostProduct&, nxMarketEvent) override {}

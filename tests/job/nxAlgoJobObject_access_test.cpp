@@ -33,7 +33,6 @@ TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
         {"job:getExistingOrder(2 ^ 32 + 12, 'x').type", "'LIMIT'", "GetOrder(12)",
          "32 [test] Get Existing Order ID : 12\n"},
         {"job:getOrders(1).count, job:getJobOrders({}).count", "1 0", "", ""},
-        {"job:createDataSeries()", "error: createDataSeries is not available in this version", "", ""},
         {"job:getDataStore('a')", "nil", "GetDataStore(a,false)",
          "32 [test] getDataStore. name: a, create: false\n"},
         {"job:getDataStore('a', true)", storeMissing, "GetDataStore(a,true)",

@@ -40,6 +40,12 @@ void nxRecordingHost::Shutdown()
     if (stopOnShutdown != nullptr) stopOnShutdown->StopJob();
 }
 
+void nxRecordingHost::OnEventWindow(nxAlgoEventWindowObject& window)
+{
+    calls.emplace_back("OnEventWindow");
+    if (windowJob != nullptr) static_cast<void>(windowJob->OnEventWindow(window));
+}
+
 nxAlgoOrderObject* nxRecordingHost::GetOrder(unsigned int id)
 {
     _Note("GetOrder", id);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/jobs/nxQuietJobInterface.h"
+#include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/supervision/nxVorantParameter.h"
 
@@ -32,6 +33,9 @@ public:
     nxAlgoOrderObject* order12 = nullptr;  // the only order that GetOrder knows
     nxAlgoOrderCollectionObject* orders = nullptr;
     nxAlgoOrderCollectionObject* jobOrders = nullptr;
+    std::vector<std::unique_ptr<nxAlgoDataSeriesObject>> series;  // those that the script has created
+    nxAlgoLibraryObject* library = nullptr;                       // what LoadLibrary answers
+    class nxAlgoJobObject* windowJob = nullptr;                   // to which trade windows' news go on
     // Last, since their destructors call this host.
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> products;
 
@@ -75,6 +79,24 @@ public:
     }
     void LogText(const std::string& text) override;
     void StartTimer(const std::string& name, unsigned int interval) override;
+    void StartEventWindowTimer(nxAlgoEventWindowObject*, double interval) override
+    {
+        _Note("StartEventWindowTimer", interval);
+    }
+    void StopEventWindowTimer(nxAlgoEventWindowObject*) override
+    {
+        calls.emplace_back("StopEventWindowTimer");
+    }
+    void OnEventWindow(nxAlgoEventWindowObject& window) override;
+    nxAlgoDataSeriesObject* CreateDataSeries() override
+    {
+        return series.emplace_back(std::make_unique<nxAlgoDataSeriesObject>(this)).get();
+    }
+    nxAlgoLibraryObject* LoadLibrary(const std::string& name) override
+    {
+        _Note("LoadLibrary", name);
+        return library;
+    }
     void StopTimer(const std::string& name) override { _Note("StopTimer", name); }
     void Shutdown() override;
     const std::string& GetLogPrefix() const override { return logPrefix; }

@@ -50,7 +50,9 @@ function OnTimer(code) keep.log(keep.job, evaluate(code)) end
 local function take(object) it = object end
 OnPrice, OnMarketDepth, OnProductState, OnPosition, OnPriceTradeVolumes = take, take, take, take, take
 OnVorantJobUpdate, OnOrderNew, OnOrderFill, OnTickData = take, take, take, take
+OnVorantJobUpdate, OnOrderNew, OnOrderFill, OnTradeWindowEvent = take, take, take, take
 )lua";
+    host.windowJob = &job;
     EXPECT_TRUE(job.LoadScript(script).IsSuccess()) << job.GetErrorText();
     EXPECT_TRUE(job.StartJob().IsSuccess()) << job.GetErrorText();
 }

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 // A product whose answers to the library are set by the test.
@@ -13,6 +14,20 @@ public:
     nxTestProduct(nxAlgoJobInterface* job, const nxGenericProductID& productID, unsigned int id)
         : nxAlgoProductObject(job, productID, id)
     {
+    }
+    ~nxTestProduct() override { _FreeOwned(); }
+
+    using nxAlgoProductObject::SubscribePrices;
+    using nxAlgoProductObject::UnsubscribePrices;
+    void SubscribePrices(nxAlgoEventWindowObject* subscriber) override
+    {
+        window = subscriber;
+        windowCalls += '+';
+    }
+    void UnsubscribePrices(nxAlgoEventWindowObject*) override
+    {
+        window = nullptr;
+        windowCalls += '-';
     }
 
     nxPrice price;
@@ -28,8 +43,10 @@ public:
     std::function<nxAlgoTickDataCollectionObject*(const std::string& period, unsigned int ticks,
                                                   const nxDateTime& start, const nxDateTime& end)>
         makeCollection;
-    std::string created;    // the six texts of each createOrder, each ended by a bar
-    std::string flattened;  // one letter for each call of setFlattenOnExit: t or f
+    std::string created;                        // the six texts of each createOrder, each ended by a bar
+    nxAlgoEventWindowObject* window = nullptr;  // the latest that subscribed
+    std::string windowCalls;                    // + for each that subscribed, - for each that went
+    std::string flattened;                      // one letter for each call of setFlattenOnExit: t or f
 
     using nxAlgoProductObject::_GetDPForAverages;
     using nxAlgoProductObject::_GetPosition;
@@ -58,6 +75,10 @@ protected:
                                                               const nxDateTime& end) override
     {
         return makeCollection ? makeCollection(period, ticks, start, end) : nullptr;
+    }
+    nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override
+    {
+        return new nxAlgoEventWindowObject(GetJob(), this, duration, frequency);
     }
     void _SetFlattenOnExit(bool flatten) override { flattened += flatten ? 't' : 'f'; }
     bool _IsStrategy() const override { return isStrategy; }

@@ -1,0 +1,18 @@
+#include "base/log/nxLogMessage.h"
+#include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
+#include "scriptFramework/market/nxAlgoProductObject.h"
+
+bool nxAlgoProductObject::createTradeWindow(nxLuaParameters& parameters, nxLuaResults& results)
+{
+    if (parameters.Count() < 1 || parameters.Count() > 2)
+        return results.Fail("createTradeWindow requires 1 or 2 parameters");
+    const double duration = parameters.Parameter(1).GetNumber();
+    const double frequency = parameters.Parameter(2).GetNumber();
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Create Trade Window.  Duration : ", duration,
+                 " , Frequency : ", frequency);
+    nxAlgoEventWindowObject* window = _CreateEventWindow(duration, frequency);
+    _owned.emplace_back(window);
+    // A null is wrapped as it comes: its functions do nothing and its properties are nil.
+    results.AddObject(window);
+    return true;
+}

@@ -1,0 +1,137 @@
+#include "scriptFramework/analytics/nxTimeSeries.h"
+
+#include <gtest/gtest.h>
+
+#include "scriptFramework/analytics/nxTimeSeries_Trade.h"
+#include "tests/support/nxSetTime.h"
+
+namespace {
+
+constexpr long long Start = 1704724200;
+
+nxDecimal Decimal(const char* text)
+{
+    nxDecimal value;
+    EXPECT_TRUE(value.SetFromString(text).IsSuccess()) << text;
+    return value;
+}
+
+class nxTimeSeriesTest : public testing::Test
+{
+protected:
+    struct Trade
+    {
+        double seconds;
+        const char* price;
+        unsigned int volume;
+    };
+
+    void SetTime(double seconds)
+    {
+        time.now = nxTimeStamp::FromNanoseconds(Start * 1000000000 + static_cast<long long>(seconds * 1e9));
+    }
+    void Add(std::initializer_list<Trade> trades)
+    {
+        for (const auto& [seconds, price, volume] : trades) {
+            SetTime(seconds);
+            series.AddTrade(Decimal(price), volume);
+        }
+    }
+    // The statistics with all their places: a zero of 4 places is another one than a zero of 8.
+    std::string Recalculate()
+    {
+        series.Recalculate();
+        std::string text =
+            std::to_string(series.GetSize()) + " " + std::to_string(series.GetTotalTraded().GetValue());
+        for (const nxDecimal* value :
+             {&series.GetMin(), &series.GetMax(), &series.GetRange(), &series.GetFirst(), &series.GetLast(),
+              &series.GetAverage(), &series.GetStandardDeviation(), &series.GetVWAP(),
+              &series.GetAverageVolume(), &series.GetPercentageChange(), &series.GetSlope()})
+            text += " " + (value->IsNull() ? "-" : value->GetAsString());
+        return text;
+    }
+
+    nxSetTime time{nxTimeStamp(Start, 0u)};
+    nxTimeSeries_Trade series;
+};
+
+// Expected values of these tests: Python's decimals, over the same trades.
+TEST_F(nxTimeSeriesTest, CalculatesOverTheTradesInTheWindow)
+{
+    series.SetDuration(10);
+    Add({{0, "100.25", 3}, {1, "100.75", 1}, {2.5, "99.50", 4}, {4, "101", 2}});
+    EXPECT_TRUE(series.GetMin().IsNull() && series.GetTotalTraded().IsNull()) << "calculated at insertion";
+    EXPECT_EQ(Recalculate(),
+              "4 10 99.50 101 1.50 100.25 101 100.37500000 0.57282196 100.15000000 2.50000000 0.74812968 -");
+    series.EnableRegression();
+    EXPECT_TRUE(Recalculate().ends_with(" 0.74812968 0.07482993"));
+    // One that is exactly as old as the window stays.
+    SetTime(10);
+    EXPECT_EQ(Recalculate().substr(0, 4), "4 10");
+    SetTime(10.001);
+    EXPECT_EQ(Recalculate().substr(0, 3), "3 7");
+    SetTime(14);
+    EXPECT_EQ(Recalculate(),
+              "1 2 101 101 0 101 101 101.00000000 0.00000000 101.00000000 2.00000000 0.0000 0.0000");
+    SetTime(14.001);
+    EXPECT_EQ(Recalculate(), "0 0 - - - - - - - - - 0.0000 -");
+}
+
+TEST_F(nxTimeSeriesTest, SumsOfZeroAndSumsThatWrap)
+{
+    struct Row
+    {
+        std::initializer_list<Trade> trades;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {{{0, "0", 2}, {0, "0.0", 3}}, "2 5 0 0 0 0 0.0 0.0000 0.0000 0.0000 2.50000000 0.0000 -"},
+        // A spread around 0.
+        {{{0, "-1.5", 1}, {0, "1.5", 1}},
+         "2 2 -1.5 1.5 3.0 -1.5 1.5 0.0000 0.0000 0.0000 1.00000000 -200.00000000 -"},
+        {{{0, "0", 1}, {0, "5", 1}},  // from nothing to something is no percentage
+         "2 2 0 5 5 0 5 2.50000000 2.50000000 2.50000000 1.00000000 - -"},
+        {{{0, "2", 0}}, "1 0 2 2 0 2 2 2.00000000 0.00000000 0.0000 0.00000000 0.0000 -"},
+        // 4294967293 + 5 = 2 beyond 2^32; 4294967293 + 3 is 0, by which the weighted sum is divided.
+        {{{0, "1", 4294967293u}, {0, "1", 5}},
+         "2 2 1 1 0 1 1 1.00000000 0.00000000 2147483649.00000000 1.00000000 0.0000 -"},
+        {{{0, "1", 4294967293u}, {0, "1", 3}}, "2 0 1 1 0 1 1 1.00000000 0.00000000 - 0.00000000 0.0000 -"},
+    };
+    for (const Row& row : rows) {
+        series.SetDuration(-1);  // all go
+        static_cast<void>(Recalculate());
+        series.SetDuration(0);
+        Add(row.trades);
+        EXPECT_EQ(Recalculate(), row.expected);
+    }
+}
+
+TEST_F(nxTimeSeriesTest, TheSlopeNeedsTwoMoments)
+{
+    series.SetDuration(60);
+    series.EnableRegression();
+    Add({{0, "100", 1}, {0, "200", 1}});
+    series.Recalculate();
+    EXPECT_EQ(series.GetSlope().GetAsString(), "0.0000");
+    Add({{0.25, "150.5", 1}});
+    series.Recalculate();
+    EXPECT_EQ(series.GetSlope().GetAsString(), "2.00000000");
+}
+
+TEST_F(nxTimeSeriesTest, ThePlainSeriesKnowsItsLowestValue)
+{
+    nxTimeSeries values;
+    values.SetDuration(5);
+    values.Adjust();
+    EXPECT_TRUE(values.GetMinValue().IsNull());
+    values.AddValue(Decimal("1.5"));
+    SetTime(2);
+    values.AddValue(Decimal("2.5"));
+    values.AddValue(Decimal("2"));
+    SetTime(5.5);
+    EXPECT_EQ(values.GetMinValue().GetAsString(), "1.5");
+    values.Adjust();
+    EXPECT_EQ(values.GetMinValue().GetAsString(), "2");
+}
+
+}  // namespace
