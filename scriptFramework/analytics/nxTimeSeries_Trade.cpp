@@ -22,6 +22,8 @@ void nxTimeSeries_Trade::AddTrade(const nxDecimal& price, const nxVolume& volume
 {
     const Entry entry{nxTimeStamp().GetTotalSecondsAsDouble(), price.GetAsDouble(), price, volume.GetValue()};
     const nxMutexGuard guard(_mutex);
+    // Also here, for windows that are seldom or never calculated.
+    _Expire(entry.seconds);
     _entries.push_back(entry);
 }
 
@@ -35,7 +37,8 @@ void nxTimeSeries_Trade::Recalculate()
 {
     const nxMutexGuard guard(_mutex);
     _Reset();
-    _Adjust();
+    if (_entries.empty()) return;
+    _Expire(nxTimeStamp().GetTotalSecondsAsDouble());
     if (_entries.empty()) return;
     _Summarise();
     if (_regressionEnabled) _FindSlope();
@@ -51,10 +54,8 @@ void nxTimeSeries_Trade::_Reset()
     _size = 0;
 }
 
-void nxTimeSeries_Trade::_Adjust()
+void nxTimeSeries_Trade::_Expire(double now)
 {
-    if (_entries.empty()) return;
-    const double now = nxTimeStamp().GetTotalSecondsAsDouble();
     while (!_entries.empty() && now - _entries.front().seconds > _duration)
         _entries.pop_front();
 }

@@ -65,7 +65,7 @@ private:
         return value;
     }
     void _Reset();
-    void _Adjust();
+    void _Expire(double now);
     void _Summarise();
     void _FindDeviation(double sum);
     void _FindSlope();

@@ -2,19 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include "scriptFramework/analytics/nxAlgoLibraryObject.h"
-#include "scriptFramework/lua/nxLuaWrapper.h"
 #include "tests/support/nxScriptJob.h"
 
 namespace {
 
-struct Row
-{
-    const char* code;
-    const char* expected;
-};
-
-void ExpectRows(nxScriptJob& script, std::initializer_list<Row> rows)
+void ExpectRows(nxScriptJob& script, std::initializer_list<std::pair<const char*, const char*>> rows)
 {
     for (const auto& [code, expected] : rows)
         EXPECT_EQ(script.Evaluate(code), expected) << code;
@@ -86,66 +78,6 @@ TEST(nxAlgoDataSeriesObject, Statistics)
                         {"s:minY()", "5 1"},
                         {"s:clear() s:add(1, 2) s:add(3, 6) return s:stddev()", "1 2"},
                         {"s:covariance()", "2"}});
-}
-
-// A script cannot reach loadLibrary; this class binds it for the test.
-struct LibraryLoader : public nxAlgoObject
-{
-    static constexpr const char* className = "LibraryLoader";
-    static const nxLuaWrapper<LibraryLoader>::FunctionType Functions[];
-    static const nxLuaWrapper<LibraryLoader>::PropertyType Properties[];
-
-    explicit LibraryLoader(nxAlgoJobObject& object) : nxAlgoObject(object.GetJob()), job(object) {}
-    bool load(nxLuaParameters& parameters, nxLuaResults& results)
-    {
-        return job.loadLibrary(parameters, results);
-    }
-
-    nxAlgoJobObject& job;
-};
-
-constexpr nxLuaWrapper<LibraryLoader>::FunctionType LibraryLoader::Functions[] = {
-    {"load", &LibraryLoader::load},
-    {nullptr, nullptr},
-};
-constexpr nxLuaWrapper<LibraryLoader>::PropertyType LibraryLoader::Properties[] = {
-    {nullptr, nullptr, nullptr},
-};
-
-class LoaderEngine : public nxLuaEngine
-{
-protected:
-    void _RegisterCustomObjects() override
-    {
-        nxLuaWrapper<LibraryLoader>::Register(_GetState());
-        nxLuaWrapper<nxAlgoLibraryObject>::Register(_GetState());
-    }
-};
-
-TEST(nxAlgoLibraryObject, IsLoadedByTheHostAndCallsNothing)
-{
-    nxRecordingHost host;
-    nxAlgoJobObject job(&host);
-    LibraryLoader loader(job);
-    nxAlgoLibraryObject library(&host);  // there is none at its path
-    LoaderEngine engine;
-    ASSERT_TRUE(engine.LoadText("")) << engine.GetLastError();
-    ASSERT_TRUE(nxLuaWrapper<LibraryLoader>::SetGlobal(engine, "loader", &loader));
-    const auto fails = [&](const std::string& code, const std::string& error) {
-        return engine.LoadText("local ok, text = pcall(function() " + code +
-                               " end) assert(not ok and text:find('" + error + "$'), text)");
-    };
-    EXPECT_TRUE(fails("loader:load()", "loadLibrary requires 1 argument %[libraryname%]"))
-        << engine.GetLastError();
-    EXPECT_TRUE(fails("loader:load('m')", "loadLibrary could not load library m")) << engine.GetLastError();
-    EXPECT_EQ(host.TakeCalls(), "LoadLibrary(m)");
-    host.library = &library;
-    EXPECT_TRUE(
-        engine.LoadText("local l = loader:load('m')\n"
-                        "assert(select('#', l:call({1, 2, 3})) == 1 and l:call({1, 2, 3}) == nil)\n"
-                        "assert(select('#', l:call(5)) == 0 and select('#', l:call({'x'})) == 0)\n"
-                        "assert(select('#', l:call()) == 0)"))
-        << engine.GetLastError();
 }
 
 }  // namespace

@@ -234,6 +234,8 @@ TEST(nxReplayServerFailures, SaysWhyNothingReachedTheScript)
          "the script subscribed to the depth of A, of which the data holds none"},
         {"no OnProductState", "job:getProduct('A'):subscribeState() end",
          "the script subscribed to the state of A but defines no function OnProductState"},
+        {"no OnTradeWindowEvent", "job:getProduct('A'):createTradeWindow(60):start() end",
+         "the script started a trade window of A but defines no function OnTradeWindowEvent"},
         {"OnShutdown fails, too", "end function OnShutdown() error('x') end",
          "the script asked for no product; the data holds A, AB"},
         {"ended by the script itself", "job:shutdown() end", ""},

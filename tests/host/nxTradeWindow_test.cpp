@@ -5,11 +5,12 @@ namespace {
 class nxTradeWindowTest : public ::testing::Test
 {
 protected:
-    // A function show(window) stands in front.
     void SetScript(const std::string& text)
     {
         run.SetScript(R"(
-function show(what, w) job:logText(table.concat({ what, tostring(w.size), tostring(w.totaltraded), tostring(w.vwap) }, " ")) end
+function show(what, w)
+  job:logText(what .. " " .. w.size .. " " .. tostring(w.totaltraded) .. " " .. tostring(w.vwap))
+end
 )" + text);
     }
 
@@ -105,41 +106,22 @@ function OnShutdown() one:start() two:stop() end)");
 )");
 }
 
-TEST_F(nxTradeWindowTest, AFailureEndsTheJobAndTheOthersGoOn)
+TEST_F(nxTradeWindowTest, AFailureEndsTheRunUnlessItGoesOnOnErrors)
 {
     SetScript(R"(
 function OnInit()
   one, two = job:getProduct("A"):createTradeWindow(60), job:getProduct("A"):createTradeWindow(60, 1)
   one:start() two:start()
+  s = job:createDataSeries()
 end
-function OnTradeWindowEvent(w) if w.id == one.id then error("broken") end show("two", w) end
-function OnShutdown() show("end", two) end)");
-    run.AddQuotes("@00,A,,,,,100,1,BUY\n@02,A,,,,,100,2,BUY\n@03,A,99,1,,,,,\n");
+function OnTradeWindowEvent(w) if w.id == one.id then error("broken") end s:add(1, w.size) show("two", w) end
+function OnShutdown() show("end " .. s.size, two) end)");
+    run.AddQuotes("@00,A,,,,,100,1,BUY\n@02,A,,,,,100,2,BUY\n");
     EXPECT_EQ(run.Run(), nxRunResult::ScriptFailed);
-    EXPECT_EQ(run.GetLog(), "00.000  end 0 nil nil\n");
+    EXPECT_EQ(run.GetLog(), "00.000  end 0 0 nil nil\n");
     EXPECT_NE(run.err.find("in OnTradeWindowEvent at 00.000000000"), std::string::npos) << run.err;
     run.options.continueOnError = true;
-    EXPECT_EQ(run.RunForLog(),
-              "01.000  two 1 1 100\n02.000  two 1 1 100\n03.000  two 2 3 100\n03.000  end 2 3 100\n");
-}
-
-TEST_F(nxTradeWindowTest, AWindowThatTellsNobodyIsExplained)
-{
-    SetScript("function OnInit() job:getProduct('A'):createTradeWindow(60):start() end");
-    run.AddQuotes("@00,A,,,,,100,1,BUY\n");
-    static_cast<void>(run.Run());
-    EXPECT_EQ(run.GetLine("no events"),
-              "the script started a trade window of A but defines no function OnTradeWindowEvent");
-}
-
-TEST_F(nxTradeWindowTest, DataSeriesLiveThroughTheRun)
-{
-    SetScript(R"(
-function OnInit() s = job:createDataSeries() s.capacity = 2 job:getProduct("A"):subscribePrice() end
-function OnPrice(price) s:add(clock.totalSeconds, price.lastPrice) end
-function OnShutdown() job:logText(s.size .. " " .. select(2, s:average())) end)");
-    run.AddQuotes("@00,A,,,,,100,1,BUY\n@01,A,,,,,101,1,BUY\n@02,A,,,,,102,1,BUY\n");
-    EXPECT_EQ(run.RunForLog(), "02.000  2 101.5\n");
+    EXPECT_EQ(run.RunForLog(), "01.000  two 1 1 100\n02.000  two 1 1 100\n02.000  end 2 1 1 100\n");
 }
 
 }  // namespace
