@@ -62,19 +62,15 @@ private:
     int _version = 0;
 };
 
-class Monitor : public nxProductCache::Monitor
+struct Monitor : nxProductCache::Monitor
 {
-public:
     std::atomic<int> additions{0};
     std::atomic<int> updates{0};
-
     void OnCacheEntryAddition(const nxProductCacheEntry*, bool) override { ++additions; }
     void OnCacheUpdate(const nxProductDefinition&) override { ++updates; }
 };
 
-class nxProductCacheThread : public testing::TestWithParam<bool>
-{
-};
+using nxProductCacheThread = testing::TestWithParam<bool>;
 INSTANTIATE_TEST_SUITE_P(CacheAndEntryLocks, nxProductCacheThread, testing::Bool());
 
 // Services push, consumers ask, watch and go, and observers of one product detach themselves and each other.
@@ -97,15 +93,18 @@ TEST_P(nxProductCacheThread, ServicesConsumersAndObserversMeet)
         other.victim = &other;
     }
 
+    nxProductDefinition forMany[2];
+    for (const int first : {0, 1}) {
+        forMany[first].SetGenericProductID(
+            nxGenericProductID("*", nxProductType_Future, first == 0 ? "X" : "Y"));
+        forMany[first].SetTickSize(nxDecimal(1, 4, 2));
+        service.Add(forMany[first]);
+    }
     const auto push = [&](int first) {
         for (int version = 1; version <= rounds; ++version) {
             for (int product = first; product < productCount; product += 2)
                 service.Push(Make(product, version));
-            nxProductDefinition forMany;
-            forMany.SetGenericProductID(
-                nxGenericProductID("*", nxProductType_Future, first == 0 ? "X" : "Y"));
-            forMany.SetTickSize(nxDecimal::FromMantissa(version, 2));
-            service.Push(forMany);
+            service.Push(forMany[first]);
         }
     };
     const auto consume = [&](unsigned seed) {
@@ -122,6 +121,8 @@ TEST_P(nxProductCacheThread, ServicesConsumersAndObserversMeet)
             const std::unique_ptr<nxProductDefinition> watched(passing.GetCachedDataObjectCopy());
             ASSERT_NE(watched, nullptr);
             EXPECT_GE(GetVersion(*watched), GetVersion(*copy));
+            for (Observer& observer : quarrelling[product])
+                attach(product, observer, 3);
             if (round % 16 == 0)
                 for (const auto& definition : cache.GetProductDefinitions(nxGenericProductID("", {}, "X")))
                     GetVersion(*definition);
@@ -129,29 +130,24 @@ TEST_P(nxProductCacheThread, ServicesConsumersAndObserversMeet)
             passing.isDetached = true;
         }
     };
-    const auto quarrel = [&] {
-        for (int round = 0; round < rounds; ++round)
-            for (auto& observer : quarrelling[round % productCount])
-                attach(round % productCount, observer, 3);
-    };
     std::vector<std::thread> threads;
     for (const int first : {0, 1})
         threads.emplace_back(push, first);
     for (const unsigned seed : {1u, 2u})
         threads.emplace_back(consume, seed);
-    threads.emplace_back(quarrel);
     for (std::thread& thread : threads)
         thread.join();
 
     cache.RemoveMonitor(monitor);
     EXPECT_EQ(monitor.additions, productCount);
     EXPECT_GE(monitor.updates, productCount * rounds);
-    EXPECT_EQ(std::count(service.calls.begin(), service.calls.end(), '?'), productCount);
+    EXPECT_EQ(std::count(service.told.begin(), service.told.end(), '?'), productCount);
     for (int product = 0; product < productCount; ++product) {
         const auto found = cache.GetProductDefinitions(Product(product));
         ASSERT_EQ(found.size(), 1u);
         EXPECT_EQ(GetVersion(*found[0]), rounds);
     }
+    cache.Destroy();  // while the observers are there
     cache.SetEnableEntryLevelLocking(false);
 }
 
