@@ -44,9 +44,10 @@ std::unique_ptr<nxTechnicalIndicator> CreateOver(const char* type, unsigned int 
 void NewBar(benchmark::State& state, const char* type)
 {
     const auto count = static_cast<unsigned int>(state.range(0));
+    std::unique_ptr<nxTechnicalIndicator> indicator;
     for (auto _ : state) {
         state.PauseTiming();
-        const auto indicator = CreateOver(type, count);
+        indicator = CreateOver(type, count);
         state.ResumeTiming();
         for (unsigned int i = 1; i <= added; ++i) {
             indicator->CalculateNewResult(bars.open, bars.high, bars.low, bars.close, bars.volume, count + i);
