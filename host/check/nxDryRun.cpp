@@ -1,12 +1,31 @@
 #include "host/check/nxDryRun.h"
 
 #include "host/check/nxScriptCheckTexts.h"
+#include "indicators/nxIndicatorCatalogue.h"
+#include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 namespace {
 
 constexpr std::size_t MemoryLimit = std::size_t{256} << 20;
+
+// Without bars, as in a replay that is about to begin.
+class DryCollection : public nxAlgoTickDataCollectionObject
+{
+public:
+    using nxAlgoTickDataCollectionObject::nxAlgoTickDataCollectionObject;
+
+protected:
+    nxAlgoIndicatorObject* _createIndicator(const std::string& type,
+                                            const std::map<std::string, std::string>& parameters,
+                                            std::string& error) override
+    {
+        auto indicator = nxIndicatorCatalogue::Create(type, parameters, error);
+        return indicator == nullptr ? nullptr : new nxAlgoIndicatorObject(GetJob(), indicator.release());
+    }
+    bool _Subscribe(bool) override { return true; }
+};
 
 // A product about 100, one tick wide, with one level on either side of its book.
 class DryProduct : public nxAlgoProductObject
@@ -28,6 +47,14 @@ protected:
                                     const std::string&) override
     {
         return GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
+    }
+
+    nxAlgoTickDataCollectionObject* _CreateTickDataCollection(const std::string& period, unsigned int ticks,
+                                                              const nxDateTime&, const nxDateTime&) override
+    {
+        nxTickDataPeriodEnum periodEnum;
+        static_cast<void>(periodEnum.SetFromString(period));
+        return new DryCollection(GetJob(), this, period, periodEnum, ticks);
     }
 
     void _GetPriceSnapshot(nxPrice& price) const override

@@ -51,7 +51,7 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
     nxTickDataPeriodEnum periodEnum;
     static_cast<void>(periodEnum.SetFromString(period));  // the library lets no other texts through
     auto collection = std::make_unique<nxHostTickDataCollection>(
-        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().GetBarSource(*this));
+        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().GetBarOrigin(*this));
     collection->LoadHistory();
     return collection.release();
 }

@@ -7,7 +7,7 @@
 #include "host/feed/nxProductDescription.h"
 #include "host/report/nxRunRecord.h"
 
-struct nxBarSource;
+struct nxBarOrigin;
 struct nxFeedEvent;
 class nxAlgoTickDataObject;
 class nxHostJob;
@@ -67,7 +67,7 @@ public:
     virtual bool IsRecording() const = 0;
 
     // What the data of the run holds for the product's bars.
-    virtual nxBarSource GetBarSource(const nxHostProduct& product) = 0;
+    virtual nxBarOrigin GetBarOrigin(const nxHostProduct& product) = 0;
     // How many events were replayed so far, over all products.
     virtual unsigned long long GetEventCount() const = 0;
     // Gives those of the product among them once more, read from the files anew, so that nothing is kept for

@@ -7,7 +7,7 @@
 nxHostTickDataCollection::nxHostTickDataCollection(nxHostProduct& product, const std::string& period,
                                                    const nxTickDataPeriodEnum& periodEnum, unsigned int ticks,
                                                    const nxDateTime& start, const nxDateTime& end,
-                                                   const nxBarSource& source)
+                                                   const nxBarOrigin& source)
     : nxAlgoTickDataCollectionObject(product.GetJob(), &product, period, periodEnum, ticks),
       _start(start),
       _endDate(end),

@@ -173,7 +173,7 @@ private:
     void NoteRequest(nxHostJob&) override { _isUnsettled = true; }
     bool MayTrade(const nxHostJob& job) override { return !_GetRunner(job).IsOver(); }
     bool IsRecording() const override { return _record.IsOpen(); }
-    nxBarSource GetBarSource(const nxHostProduct& product) override;
+    nxBarOrigin GetBarOrigin(const nxHostProduct& product) override;
     unsigned long long GetEventCount() const override { return _applied; }
     void ReadHistory(const nxHostProduct& product,
                      const std::function<void(const nxFeedEvent&)>& take) override;

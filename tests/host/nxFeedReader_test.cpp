@@ -202,6 +202,10 @@ TEST(nxFeedReaderTest, BadRowsAreToldByPlaceAndReasonAfterWhatCameBefore)
          "FILE:3:26: bidVolume: size 2.507 is not a whole number of lots of 1; lotSize = 0.001 would fit"},
         {depth, "@6,A,,10,1", depthEvent, "FILE:3:23: side: is empty"},
         {bar, "20240809,A,1,2,3,2,5", barEvent, "FILE:3:14: high: 2 is below the low 3"},
+        {bar, "20240809,A,1,3,2,2,5", barEvent, "FILE:3:12: open: 1 is outside of the bar, 2 to 3"},
+        {bar, "20240809,A,2,3,2,4,5", barEvent, "FILE:3:18: close: 4 is outside of the bar, 2 to 3"},
+        {bar, "20240808,A,2,2,2,2,5", barEvent,
+         "FILE:3:1: time: a second bar of A at 20240808:00:00:00.000000000"},
         {bar, "20240809,A,1,2,1,2,6000000000", barEvent,
          "FILE:3:20: volume: size 6000000000 is more than 4294967293 lots of 1; lotSize = 10 would fit"},
     };
