@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostServices.h"
 
 nxHostJob::nxHostJob(nxHostServices& services, const nxJobOptions& options, unsigned int index,
@@ -133,7 +134,7 @@ nxAlgoOrderObject* nxHostJob::GetOrder(unsigned int id)
 
 void nxHostJob::OnTickData(nxAlgoTickDataObject& tick)
 {
-    _services.DeliverTickData(*this, tick);
+    _services.GetBars().DeliverTickData(*this, tick);
 }
 
 nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, std::initializer_list<nxMarketEvent> events,

@@ -1,5 +1,6 @@
 #include "host/jobs/nxHostProduct.h"
 
+#include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
@@ -51,7 +52,7 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
     nxTickDataPeriodEnum periodEnum;
     static_cast<void>(periodEnum.SetFromString(period));  // the library lets no other texts through
     auto collection = std::make_unique<nxHostTickDataCollection>(
-        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().GetBarOrigin(*this));
+        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().GetBars().GetBarOrigin(*this));
     collection->LoadHistory();
     return collection.release();
 }
@@ -59,12 +60,12 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
 void nxHostProduct::SubscribePrices(nxAlgoTickDataCollectionObject* collection)
 {
     GetOwner().NoteSubscribed();
-    GetOwner().GetServices().AttachCollection(static_cast<nxHostTickDataCollection&>(*collection));
+    GetOwner().GetServices().GetBars().AttachCollection(static_cast<nxHostTickDataCollection&>(*collection));
 }
 
 void nxHostProduct::UnsubscribePrices(nxAlgoTickDataCollectionObject* collection)
 {
-    GetOwner().GetServices().DetachCollection(static_cast<nxHostTickDataCollection&>(*collection));
+    GetOwner().GetServices().GetBars().DetachCollection(static_cast<nxHostTickDataCollection&>(*collection));
 }
 
 nxHostJob& nxHostProduct::GetOwner() const

@@ -87,7 +87,7 @@ function OnShutdown() all() done() end)lua"),
 TEST_F(nxReplayBarsTest, TradesMakeBarsThatEndByRecordedTime)
 {
     run.AddQuotes(
-        "@1,A,9,1,11,1,,,\n@2,A,,,,,10,3,BUY\n@30,A,,,,,12,1,SELL\n@59.999,A,,,,,9,2,\n"
+        "@01,A,9,1,11,1,,,\n@02,A,,,,,10,3,BUY\n@30,A,,,,,12,1,SELL\n@59.999,A,,,,,9,2,\n"
         "20240108:14:31:00,A,,,,,8,1,BUY\n20240108:14:33:30,A,,,,,7,1,BUY\n20240108:14:33:31,A,,,,,,5,\n");
     EXPECT_EQ(
         RunFor(R"lua(
@@ -108,7 +108,7 @@ function OnShutdown() all() done() end)lua"),
 TEST_F(nxReplayBarsTest, ACollectionMadeLaterKnowsThePast)
 {
     const std::string trades =
-        "@5,A,,,,,1,1,\n20240108:14:31:05,A,,,,,2,1,\n20240108:14:32:05,A,,,,,3,1,\n20240108:14:32:30,A,,,,,"
+        "@05,A,,,,,1,1,\n20240108:14:31:05,A,,,,,2,1,\n20240108:14:32:05,A,,,,,3,1,\n20240108:14:32:30,A,,,,,"
         "4,1,\n"
         "20240108:14:33:05,A,,,,,5,1,\n20240108:14:34:05,A,,,,,6,1,\n";
     const struct
@@ -231,7 +231,7 @@ function OnShutdown() say(c.count) c = day all() say(day:get().time) done() end)
 
 TEST_F(nxReplayBarsTest, AFailureInOnTickDataIsTold)
 {
-    run.AddQuotes("@1,A,,,,,10,3,BUY\n@2,A,,,,,10,3,BUY\n");
+    run.AddQuotes("@01,A,,,,,10,3,BUY\n@02,A,,,,,10,3,BUY\n");
     RunFor(
         "function OnInit() make{period = 'MINUTE', ticks = 1, realTime = true} end "
         "function OnTickData() error('no') end");
