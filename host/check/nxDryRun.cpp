@@ -1,14 +1,33 @@
 #include "host/check/nxDryRun.h"
 
 #include "host/check/nxScriptCheckTexts.h"
+#include "indicators/nxIndicatorCatalogue.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
+#include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 namespace {
 
 constexpr std::size_t MemoryLimit = std::size_t{256} << 20;
+
+// Without bars, as in a replay that is about to begin.
+class DryCollection : public nxAlgoTickDataCollectionObject
+{
+public:
+    using nxAlgoTickDataCollectionObject::nxAlgoTickDataCollectionObject;
+
+protected:
+    nxAlgoIndicatorObject* _createIndicator(const std::string& type,
+                                            const std::map<std::string, std::string>& parameters,
+                                            std::string& error) override
+    {
+        auto indicator = nxIndicatorCatalogue::Create(type, parameters, error);
+        return indicator == nullptr ? nullptr : new nxAlgoIndicatorObject(GetJob(), indicator.release());
+    }
+    bool _Subscribe(bool) override { return true; }
+};
 
 // A product about 100, one tick wide, with one level on either side of its book.
 class DryProduct : public nxAlgoProductObject
@@ -35,6 +54,13 @@ protected:
     nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override
     {
         return new nxAlgoEventWindowObject(GetJob(), this, duration, frequency);
+    }
+    nxAlgoTickDataCollectionObject* _CreateTickDataCollection(const std::string& period, unsigned int ticks,
+                                                              const nxDateTime&, const nxDateTime&) override
+    {
+        nxTickDataPeriodEnum periodEnum;
+        static_cast<void>(periodEnum.SetFromString(period));
+        return new DryCollection(GetJob(), this, period, periodEnum, ticks);
     }
 
     void _GetPriceSnapshot(nxPrice& price) const override

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostServices.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
@@ -136,7 +137,7 @@ nxAlgoOrderObject* nxHostJob::GetOrder(unsigned int id)
 
 void nxHostJob::OnTickData(nxAlgoTickDataObject& tick)
 {
-    _services.DeliverTickData(*this, tick);
+    _services.GetBars().DeliverTickData(*this, tick);
 }
 
 nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, std::initializer_list<nxMarketEvent> events,

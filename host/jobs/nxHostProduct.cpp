@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
@@ -54,7 +55,7 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
     nxTickDataPeriodEnum periodEnum;
     static_cast<void>(periodEnum.SetFromString(period));  // the library lets no other texts through
     auto collection = std::make_unique<nxHostTickDataCollection>(
-        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().GetBarSource(*this));
+        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().GetBars().GetBarOrigin(*this));
     collection->LoadHistory();
     return collection.release();
 }
@@ -62,12 +63,12 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
 void nxHostProduct::SubscribePrices(nxAlgoTickDataCollectionObject* collection)
 {
     GetOwner().NoteSubscribed();
-    GetOwner().GetServices().AttachCollection(static_cast<nxHostTickDataCollection&>(*collection));
+    GetOwner().GetServices().GetBars().AttachCollection(static_cast<nxHostTickDataCollection&>(*collection));
 }
 
 void nxHostProduct::UnsubscribePrices(nxAlgoTickDataCollectionObject* collection)
 {
-    GetOwner().GetServices().DetachCollection(static_cast<nxHostTickDataCollection&>(*collection));
+    GetOwner().GetServices().GetBars().DetachCollection(static_cast<nxHostTickDataCollection&>(*collection));
 }
 
 nxAlgoEventWindowObject* nxHostProduct::_CreateEventWindow(double duration, double frequency)

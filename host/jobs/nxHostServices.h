@@ -1,20 +1,16 @@
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "host/feed/nxProductDescription.h"
 #include "host/report/nxRunRecord.h"
 
-struct nxBarSource;
-struct nxFeedEvent;
-class nxAlgoTickDataObject;
 class nxAlgoEventWindowObject;
+class nxBarServices;
 class nxHostJob;
 class nxHostOrder;
 class nxHostProduct;
-class nxHostTickDataCollection;
 enum class nxMarketEvent;
 class nxMarketProduct;
 class nxSimulatedExchange;
@@ -71,20 +67,7 @@ public:
     // False for a job that has ended.
     virtual bool MayTrade(const nxHostJob& job) = 0;
     virtual bool IsRecording() const = 0;
-
-    // What the data of the run holds for the product's bars.
-    virtual nxBarSource GetBarSource(const nxHostProduct& product) = 0;
-    // How many events were replayed so far, over all products.
-    virtual unsigned long long GetEventCount() const = 0;
-    // Gives those of the product among them once more, read from the files anew, so that nothing is kept for
-    // what nobody asks for. Nothing of data that cannot be read twice, which the job's log then tells.
-    virtual void ReadHistory(const nxHostProduct& product,
-                             const std::function<void(const nxFeedEvent&)>& take) = 0;
-    // From now on the collection is fed, until it is detached.
-    virtual void AttachCollection(nxHostTickDataCollection& collection) = 0;
-    virtual void DetachCollection(nxHostTickDataCollection& collection) = 0;
-    // The bar under construction changed.
-    virtual void DeliverTickData(nxHostJob& job, nxAlgoTickDataObject& tick) = 0;
+    virtual nxBarServices& GetBars() = 0;
 
 protected:
     ~nxHostServices() = default;

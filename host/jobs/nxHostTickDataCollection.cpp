@@ -1,5 +1,6 @@
 #include "host/jobs/nxHostTickDataCollection.h"
 
+#include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostServices.h"
 #include "indicators/nxIndicatorCatalogue.h"
@@ -7,7 +8,7 @@
 nxHostTickDataCollection::nxHostTickDataCollection(nxHostProduct& product, const std::string& period,
                                                    const nxTickDataPeriodEnum& periodEnum, unsigned int ticks,
                                                    const nxDateTime& start, const nxDateTime& end,
-                                                   const nxBarSource& source)
+                                                   const nxBarOrigin& source)
     : nxAlgoTickDataCollectionObject(product.GetJob(), &product, period, periodEnum, ticks),
       _start(start),
       _endDate(end),
@@ -50,7 +51,7 @@ std::deque<nxTickData> nxHostTickDataCollection::_ReadBars(unsigned long long kn
         if (bars.size() > most) bars.pop_front();
     };
     nxHostServices& services = GetHostProduct().GetOwner().GetServices();
-    services.ReadHistory(GetHostProduct(), [&](const nxFeedEvent& event) {
+    services.GetBars().ReadHistory(GetHostProduct(), [&](const nxFeedEvent& event) {
         if (event.kind == nxFeedKind::Bar) {
             take(_builder.Close(event.time));
             take(_builder.AddRow(event.bar, event.time));
@@ -60,7 +61,7 @@ std::deque<nxTickData> nxHostTickDataCollection::_ReadBars(unsigned long long kn
         }
     });
     take(_builder.Close(services.GetTime()));
-    _seen = services.GetEventCount();
+    _seen = services.GetBars().GetEventCount();
     return bars;
 }
 
@@ -85,7 +86,7 @@ bool nxHostTickDataCollection::_Subscribe(bool realTime)
     _isSubscribed = true;
     _realTime = realTime;
     nxHostServices& services = GetHostProduct().GetOwner().GetServices();
-    if (_seen != services.GetEventCount()) {
+    if (_seen != services.GetBars().GetEventCount()) {
         _builder = nxBarBuilder(GetPeriod(), _source.hours, _source.rowPeriod);
         for (const nxTickData& bar : _ReadBars(_completed, std::string::npos))
             AddTickData(bar, true);

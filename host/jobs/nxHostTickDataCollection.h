@@ -8,7 +8,7 @@
 class nxHostProduct;
 
 // What a collection of a product is built from.
-struct nxBarSource
+struct nxBarOrigin
 {
     bool hasRows = false;     // a bars file of the run holds the product
     bool hasTrades = false;   // quotes and trades do
@@ -27,7 +27,7 @@ public:
     // of the history are taken, the newest ones; 0: all.
     nxHostTickDataCollection(nxHostProduct& product, const std::string& period,
                              const nxTickDataPeriodEnum& periodEnum, unsigned int ticks,
-                             const nxDateTime& start, const nxDateTime& end, const nxBarSource& source);
+                             const nxDateTime& start, const nxDateTime& end, const nxBarOrigin& source);
     ~nxHostTickDataCollection() override;
 
     // Takes in what was replayed so far; to be called once.
@@ -57,7 +57,7 @@ private:
 
     nxDateTime _start;
     nxDateTime _endDate;
-    nxBarSource _source;
+    nxBarOrigin _source;
     nxBarBuilder _builder;
     unsigned long long _completed = 0;  // bars that the builder gave, wanted or not
     unsigned long long _seen = 0;       // events replayed when it was up to date last

@@ -179,8 +179,8 @@ void nxRunSummary::WriteSpeed(std::ostream& err, const nxRunStatistics& statisti
             if (!callback.defined || callback.count == 0) continue;
             rows.Begin("script", job.name) << fmt::format(
                 "{:<{}}{:>10.3f} s {:>10.0f} ns each\n", nxCallbackNames[i], width,
-                static_cast<double>(callback.nanoseconds) * 1e-9,
-                static_cast<double>(callback.nanoseconds) / static_cast<double>(callback.count));
+                callback.GetMeanNanoseconds() * static_cast<double>(callback.count) * 1e-9,
+                callback.GetMeanNanoseconds());
         }
     }
 }

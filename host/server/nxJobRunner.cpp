@@ -19,7 +19,7 @@ bool nxJobRunner::Start()
     const auto start = std::chrono::steady_clock::now();
     const nxErrorEnum error = _job.Start();
     nxJobStatistics::Callback& counted = _statistics[nxCallback::OnInit];
-    counted.count = 1;
+    counted.count = counted.timed = 1;
     counted.nanoseconds = std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
     return error.IsSuccess();
 }

@@ -38,9 +38,15 @@ public:
             counted.defined = _job.GetObject().IsFunctionDefined(nxGetCallbackName(callback));
             if (!counted.defined) return true;
         }
-        const auto start = std::chrono::steady_clock::now();
-        const nxErrorEnum error = (_job.GetObject().*entry)(arguments...);
-        counted.nanoseconds += std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
+        nxErrorEnum error;
+        if (counted.IsToBeTimed()) {
+            const auto start = std::chrono::steady_clock::now();
+            error = (_job.GetObject().*entry)(arguments...);
+            counted.nanoseconds += std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
+            ++counted.timed;
+        } else {
+            error = (_job.GetObject().*entry)(arguments...);
+        }
         ++counted.count;
         if (error.IsSuccess()) return true;
         ++counted.failures;

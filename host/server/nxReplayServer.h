@@ -11,6 +11,7 @@
 
 #include "host/exchange/nxMarketProduct.h"
 #include "host/feed/nxFeed.h"
+#include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
 #include "host/report/nxProgressBar.h"
@@ -27,7 +28,7 @@
 //
 // Log lines of the scripts, the summary and the record are the same to the byte for the same scripts, data
 // and options. Failures, progress and speed go to err.
-class nxReplayServer : private nxHostServices
+class nxReplayServer : private nxHostServices, private nxBarServices
 {
 public:
     nxReplayServer(nxRunOptions options, std::ostream& out, std::ostream& err);
@@ -179,7 +180,8 @@ private:
     void NoteRequest(nxHostJob&) override { _isUnsettled = true; }
     bool MayTrade(const nxHostJob& job) override { return !_GetRunner(job).IsOver(); }
     bool IsRecording() const override { return _record.IsOpen(); }
-    nxBarSource GetBarSource(const nxHostProduct& product) override;
+    nxBarServices& GetBars() override { return *this; }
+    nxBarOrigin GetBarOrigin(const nxHostProduct& product) override;
     unsigned long long GetEventCount() const override { return _applied; }
     void ReadHistory(const nxHostProduct& product,
                      const std::function<void(const nxFeedEvent&)>& take) override;

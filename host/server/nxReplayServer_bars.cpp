@@ -31,9 +31,9 @@ void nxReplayServer::_CloseBars()
     }
 }
 
-nxBarSource nxReplayServer::GetBarSource(const nxHostProduct& product)
+nxBarOrigin nxReplayServer::GetBarOrigin(const nxHostProduct& product)
 {
-    nxBarSource source;
+    nxBarOrigin source;
     source.hours = _GetMarketOf(product).hours;
     if (const nxFeedProduct* known = _feed.GetProducts().Find(product.GetMarket().GetName())) {
         source.hasRows = known->Has(nxFeedKind::Bar);

@@ -87,10 +87,12 @@ function OnShutdown() job:sendUserState("WARN", "bye") end
     "changes.csv.gz": gzip.compress(b"time,parameter,value,tag\n20240108:14:30:03,n,7,T\n", mtime=0),
     "bad_changes.csv": "time,parameter,value,tag\n20240108:14:30:03,asks/n,x,T\n",
 }
-for path in ("bracket.lua", "market_maker.lua", "moving_average.lua", "parent.lua", "trade_window.lua", "worker.lua",
-             "data/demo_quotes.csv.gz"):
-    with open(os.path.join(EXAMPLES, path), "rb") as example:
-        FILES[os.path.basename(path)] = example.read()
+for folder in ("", "data"):
+    for name in os.listdir(os.path.join(EXAMPLES, folder)):
+        if not name.endswith((".lua", ".toml", ".gz", ".py")):
+            continue
+        with open(os.path.join(EXAMPLES, folder, name), "rb") as example:
+            FILES[name] = example.read()
 
 END = "\nend         "
 
@@ -175,6 +177,7 @@ CASES = [
     ("brackets", "run bracket.lua --data demo_quotes.csv.gz", 0, "<bracket.txt>", ["--- speed"]),
     ("a crossover", "run moving_average.lua --data demo_quotes.csv.gz", 0, "<moving_average.txt>", ["--- speed"]),
     ("trade windows", "run trade_window.lua --data demo_quotes.csv.gz", 0, "<trade_window.txt>", ["--- speed"]),
+    ("bands over bars", "run bollinger.lua --data demo_bars.csv.gz", 0, "<bollinger.txt>", ["--- speed"]),
     ("wrong latency", "run tell.lua --data day.csv --latency 5-1", 2, None, ["--latency: 5-1 is no MS or MIN-MAX"]),
     ("a job that watches another", "run parent.lua worker.lua --data demo_quotes.csv.gz --param enough=40", 0,
      "<parent.txt>", ["--- speed", "script      parent  OnInit"]),

@@ -202,6 +202,10 @@ TEST(nxFeedReaderTest, BadRowsAreToldByPlaceAndReasonAfterWhatCameBefore)
          "FILE:3:26: bidVolume: size 2.507 is not a whole number of lots of 1; lotSize = 0.001 would fit"},
         {depth, "@6,A,,10,1", depthEvent, "FILE:3:23: side: is empty"},
         {bar, "20240809,A,1,2,3,2,5", barEvent, "FILE:3:14: high: 2 is below the low 3"},
+        {bar, "20240809,A,1,3,2,2,5", barEvent, "FILE:3:12: open: 1 is outside of the bar, 2 to 3"},
+        {bar, "20240809,A,2,3,2,4,5", barEvent, "FILE:3:18: close: 4 is outside of the bar, 2 to 3"},
+        {bar, "20240808,A,2,2,2,2,5", barEvent,
+         "FILE:3:1: time: a second bar of A at 20240808:00:00:00.000000000"},
         {bar, "20240809,A,1,2,1,2,6000000000", barEvent,
          "FILE:3:20: volume: size 6000000000 is more than 4294967293 lots of 1; lotSize = 10 would fit"},
     };
@@ -209,12 +213,15 @@ TEST(nxFeedReaderTest, BadRowsAreToldByPlaceAndReasonAfterWhatCameBefore)
         SCOPED_TRACE(row.row);
         EXPECT_EQ(Read(row.before + row.row + "\n").text, Expand(row.event) + row.text + "\n");
         // The other way to treat it: the row is told, and what follows is read.
-        const std::string after = row.before.substr(row.before.find('\n') + 1);
+        const bool isBar = row.event == barEvent;  // of which there is one at a time
+        const std::string after =
+            isBar ? "20240810,A,2,2,2,2,5\n" : row.before.substr(row.before.find('\n') + 1);
+        const std::string afterEvent = isBar ? "1723248000000000000 A 2 2 2 2 x5\n" : row.event;
         const Outcome lenient = Read(row.before + row.row + "\n" + after, true);
         EXPECT_THAT(lenient.badRows, testing::ElementsAre(row.text));
         EXPECT_THAT(lenient.remarks, testing::Contains("FILE: 1 bad row skipped"));
         const bool isOneChange = row.event == depthEvent;  // the two rows of depth are neighbours now
-        EXPECT_EQ(lenient.text, Expand(isOneChange ? "@5 A bid 10 x1 bid 10 x1\n" : row.event + row.event));
+        EXPECT_EQ(lenient.text, Expand(isOneChange ? "@5 A bid 10 x1 bid 10 x1\n" : row.event + afterEvent));
     }
 }
 

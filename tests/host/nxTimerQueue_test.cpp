@@ -40,6 +40,7 @@ class Silence : public nxHostServices
     void NoteRequest(nxHostJob&) override {}
     bool MayTrade(const nxHostJob&) override { return false; }
     bool IsRecording() const override { return false; }
+    nxBarServices& GetBars() override { std::abort(); }
     std::string GetDynamicParameter(const std::string&, const std::string&) override { return {}; }
     void SetDynamicParameter(const std::string&, const std::string&, const std::string&) override {}
 

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+
+class nxAlgoTickDataObject;
+struct nxBarOrigin;
+struct nxFeedEvent;
+class nxHostJob;
+class nxHostProduct;
+class nxHostTickDataCollection;
+
+// What tick data collections need of the server around their job. Calls come on the replay's thread, from
+// inside a callback or while a collection is fed.
+class nxBarServices
+{
+public:
+    // What the data of the run holds for the product's bars.
+    virtual nxBarOrigin GetBarOrigin(const nxHostProduct& product) = 0;
+    // How many events were replayed so far, over all products.
+    virtual unsigned long long GetEventCount() const = 0;
+    // Gives those of the product among them once more, read from the files anew, so that nothing is kept for
+    // what nobody asks for. Nothing of data that cannot be read twice, which the job's log then tells.
+    virtual void ReadHistory(const nxHostProduct& product,
+                             const std::function<void(const nxFeedEvent&)>& take) = 0;
+    // From now on the collection is fed, until it is detached.
+    virtual void AttachCollection(nxHostTickDataCollection& collection) = 0;
+    virtual void DetachCollection(nxHostTickDataCollection& collection) = 0;
+    // The bar under construction changed.
+    virtual void DeliverTickData(nxHostJob& job, nxAlgoTickDataObject& tick) = 0;
+
+protected:
+    ~nxBarServices() = default;
+};
