@@ -28,7 +28,6 @@ checker.future = {
     functions = names "add get clear average stddev covariance maxX maxY minX minY",
     properties = names "size slope capacity",
   },
-  nxAlgoDataStoreObject = { functions = names "add set get clear", properties = names "count" },
   nxAlgoMatrixObject = {
     functions = names "add subtract multiply transpose determinant inverse",
     properties = {},

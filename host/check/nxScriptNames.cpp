@@ -3,6 +3,7 @@
 #include "host/check/nxScriptCheckTexts.h"
 #include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
+#include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
@@ -62,6 +63,6 @@ std::string nxScriptNamesText()
                        nxAlgoMarketDepthObject, nxAlgoJobObject, nxAlgoProductObject,
                        nxAlgoOrderCollectionObject, nxAlgoClockObject, nxAlgoStateObject,
                        nxAlgoOrderStateObject, nxAlgoVorantJobCollectionObject, nxAlgoVorantJobObject,
-                       nxAlgoPriceTradeVolumesObject, nxAlgoDateObject>() +
+                       nxAlgoDataStoreObject, nxAlgoPriceTradeVolumesObject, nxAlgoDateObject>() +
            host.lines;
 }

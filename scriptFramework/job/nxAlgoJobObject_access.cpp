@@ -1,4 +1,5 @@
 #include "base/log/nxLogMessage.h"
+#include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
@@ -60,9 +61,7 @@ bool nxAlgoJobObject::getDataStore(nxLuaParameters& parameters, nxLuaResults& re
     const std::string name = parameters.Parameter(1).GetString();
     const bool create = parameters.Parameter(2).GetBool();
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "getDataStore. name: ", name, ", create: ", create);
-    if (GetJob()->GetDataStore(name, create) != nullptr)
-        return results.Fail("getDataStore is not available in this version");
-    results.AddNull();
+    results.AddObjectOrNull(GetJob()->GetDataStore(name, create));
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
+#include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/job/nxScriptPrelude.h"
@@ -54,6 +55,7 @@ void nxAlgoScriptEngine::_RegisterCustomObjects()
     nxLuaWrapper<nxAlgoOrderStateObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobCollectionObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobObject>::Register(L);
+    nxLuaWrapper<nxAlgoDataStoreObject>::Register(L);
     nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::Register(L);
     nxLuaWrapper<nxAlgoDateObject>::Register(L);
 }

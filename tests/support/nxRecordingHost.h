@@ -31,6 +31,7 @@ public:
     nxAlgoOrderObject* order12 = nullptr;  // the only order that GetOrder knows
     nxAlgoOrderCollectionObject* orders = nullptr;
     nxAlgoOrderCollectionObject* jobOrders = nullptr;
+    nxAlgoDataStoreObject* dataStore = nullptr;  // named "old", or any when it may be created
     // Last, since their destructors call this host.
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> products;
 
