@@ -32,6 +32,7 @@ std::optional<std::string> nxDataStores::_Prepare(const std::string& directory)
             return directory +
                    ": these data stores are in use: another server, or a program that looks into " + _path +
                    ", holds them";
+        if (_database.IsDamaged()) return _path + ": is damaged: " + _database.GetFailure();
         if (_database.IsForeign()) return _path + ": is not a database of stores";
         return _path + ": cannot be opened: " + _database.GetFailure();
     }

@@ -2,8 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <cstring>
-
 bool nxSqliteDatabase::Row::IsNull(int column) const
 {
     return sqlite3_column_type(_statement, column) == SQLITE_NULL;
@@ -66,9 +64,8 @@ bool nxSqliteDatabase::_Check(int code)
     if (HasFailed()) return false;
     _code = code & 0xff;  // without what extends it
     _failure = _database == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(_database);
-    const int systemError = _database == nullptr ? 0 : sqlite3_system_errno(_database);
-    if (systemError != 0 && (_code == SQLITE_IOERR || _code == SQLITE_CANTOPEN))
-        _failure += std::string(": ") + std::strerror(systemError);
+    // What the operating system said is lost by then; the long code tells at least what was tried.
+    if (_code == SQLITE_IOERR) _failure += " (SQLite " + std::to_string(code) + ")";
     return false;
 }
 
@@ -143,4 +140,9 @@ bool nxSqliteDatabase::IsHeld() const
 bool nxSqliteDatabase::IsForeign() const
 {
     return _code == SQLITE_NOTADB;
+}
+
+bool nxSqliteDatabase::IsDamaged() const
+{
+    return _code == SQLITE_CORRUPT;
 }

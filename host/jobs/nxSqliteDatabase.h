@@ -59,9 +59,10 @@ public:
 
     bool HasFailed() const { return !_failure.empty(); }
     const std::string& GetFailure() const { return _failure; }
-    // What failed is that another one holds the database, or that it is none.
+    // What failed is that another one holds the database, that it is none, or that it is damaged.
     bool IsHeld() const;
     bool IsForeign() const;
+    bool IsDamaged() const;
 
 private:
     struct Finalizer
