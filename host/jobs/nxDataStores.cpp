@@ -1,5 +1,6 @@
 #include "host/jobs/nxDataStores.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -46,7 +47,7 @@ std::optional<std::string> nxDataStores::_Prepare(const std::string& directory)
             return _path + ": was written by a newer program: it has layout version " +
                    std::to_string(version) + ", and this one knows " + std::to_string(LayoutVersion);
         // A save needs its journal beside the file, of which the database hears only then.
-        if (_database.IsReadOnly() || access(directory.c_str(), W_OK) != 0)
+        if (_database.IsReadOnly() || faccessat(AT_FDCWD, directory.c_str(), W_OK, AT_EACCESS) != 0)
             return _path + ": cannot be written: it, or its directory, is read-only";
     }
     if (isNew) {

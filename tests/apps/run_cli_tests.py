@@ -228,6 +228,8 @@ CASES = [
     ("no stores", "run keeps.lua --data day.csv", 1, ["\nend         OnInit failed\n"],
      ["[keeps.lua] getDataStore. no store n: the server was given no directory for data stores (--store)\n"]),
     ("stores in a file", "run keeps.lua --data day.csv --store day.csv", 2, None, ["day.csv: is no directory for data stores\n"]),
+    ("stores in no folder", "run keeps.lua --data day.csv --store no/stores", 2, None,
+     ["no/stores: the directory for data stores cannot be made: No such file or directory\n"]),
     ("stores saved all the time", "run keeps.lua --data day.csv --store memory --store-every 0", 2, None,
      ["--store-every: 0 is no number of seconds from 0.001 to 1000000000"]),
 
@@ -355,29 +357,24 @@ def test_stores_of_a_killed_run(program):
         require(rows_of_store(folder) == rows, f"{folder}: {rows_of_store(folder)} rows")
 
 
-def test_stores_on_a_full_disk(program):
-    """Files may grow to what the store has now: the run fails, and leaves the store as it was."""
-    arguments = ["run", "keeps.lua", "--data", "day.csv", "--store", "full"]
-    execute(program, arguments)
-    rows = rows_of_store("full")
-    limit = lambda: (signal.signal(signal.SIGXFSZ, signal.SIG_IGN), resource.setrlimit(resource.RLIMIT_FSIZE, (600, 600)))
-    result = execute(program, arguments, preexec_fn=limit, restore_signals=False)
-    require(result.returncode == 1, f"exit status {result.returncode}")
-    check_text("standard error", result.stderr.decode(), ["full/stores.sqlite: the data stores cannot be saved: "], False)
-    require(rows_of_store("full") == rows, "the store has changed")
-
-
-def test_stores_for_one_server(program):
+def test_stores_on_a_full_disk_and_for_one_server(program):
+    """Interrupted, a run saves what OnShutdown did; a full disk fails the next run, and leaves that."""
+    keeps = ["run", "keeps.lua", "--data", "day.csv", "--store", "held"]
     process = start_slow_run(program, "--store", "held", script=FILES["keeps.lua"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     try:
         process.stdout.readline()
-        second = execute(program, ["run", "keeps.lua", "--data", "day.csv", "--store", "held"])
-        require(second.returncode == 2, f"exit status {second.returncode}")
-        check_text("standard error", second.stderr.decode(), ["held: these data stores are in use: another server, "], False)
+        second = execute(program, keeps)
         interrupt(process, signal.SIGINT)
     finally:
         process.kill()
-    require(process.returncode == 0 and rows_of_store("held") >= 1, "what OnShutdown added is not saved")
+    rows = rows_of_store("held")
+    require(process.returncode == 0 and rows >= 1, f"exit status {process.returncode}, {rows} rows")
+    limit = lambda: (signal.signal(signal.SIGXFSZ, signal.SIG_IGN), resource.setrlimit(resource.RLIMIT_FSIZE, (600, 600)))
+    full = execute(program, keeps, preexec_fn=limit, restore_signals=False)
+    for result, status, text in ((second, 2, "held: these data stores are in use: another server, "),
+                                 (full, 1, "held/stores.sqlite: the data stores cannot be saved: ")):
+        require(result.returncode == status and text in result.stderr.decode(), f"{result.returncode}: {result.stderr.decode()}")
+    require(rows_of_store("held") == rows, "the store has changed")
 
 
 def start_slow_run(program, *arguments, script=TELL.replace("2000", "1800000"), **streams):

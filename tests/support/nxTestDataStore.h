@@ -9,7 +9,6 @@ public:
     using nxAlgoDataStoreObject::nxAlgoDataStoreObject;
 
     void Load(const Row& row) { _LoadRow(row); }
-    void SetInvalid() { _SetInvalid(); }
     std::string Save()
     {
         saved.clear();
