@@ -82,7 +82,7 @@ TEST_F(nxDataStoresTest, AFailedSaveLeavesTheOldStateAndTheNextOneTriesAgain)
     std::mt19937 random(5);
     unsigned int failed = 0;
     std::string expected = "''";
-    for (int run = 0; run < 8; ++run) {
+    for (int run = 0; run < 5; ++run) {
         Server server(folder);
         EXPECT_EQ(server.Read(), expected);
         for (int i = 0; i < 30; ++i) {
@@ -104,7 +104,7 @@ TEST_F(nxDataStoresTest, AFailedSaveLeavesTheOldStateAndTheNextOneTriesAgain)
             }
         }
     }
-    EXPECT_GT(failed, 20u);
+    EXPECT_GT(failed, 10u);
 }
 
 // As a host may fill it, with what no script could.
@@ -144,36 +144,30 @@ TEST_F(nxDataStoresTest, RefusesWhatItCannotUse)
     const auto make = [this] { EXPECT_EQ(nxDataStores().Open(folder), std::nullopt); };
     const auto protect = [](const std::string& path) { fs::permissions(path, fs::perms(0555)); };
     nxDataStores first;
-    const std::string readOnly = "F: cannot be written: it, or its directory, is read-only";
-    const std::tuple<const char*, std::function<void()>, std::string> rows[] = {
-        {"no database", [&] { write(std::string(2000, 'x')); }, "F: is not a database of stores"},
-        {"another's", [&] { execute("CREATE TABLE t (x)"); }, "F: is a database of another program"},
-        {"another's, marked", [&] { execute("PRAGMA application_id = 7"); },
-         "F: is a database of another program"},
-        {"newer", [&] { make(), execute("PRAGMA user_version = 2"); },
-         "F: was written by a newer program: it has layout version 2, and this one knows 1"},
-        {"damaged", [&] { make(), fs::resize_file(file, fs::file_size(file) - 4096); }, "F: is damaged: "},
-        {"a folder", [&] { fs::create_directory(file); }, "F: is a directory, not a database of stores"},
-        {"in use", [&] { EXPECT_EQ(first.Open(folder), std::nullopt); },
-         "D: these data stores are in use: another server, or a program that looks into F, holds them"},
-        {"read-only file", [&] { make(), protect(file); }, readOnly},
-        {"read-only folder", [&] { make(), fs::permissions(file, fs::perms(0666)), protect(folder); },
-         readOnly},
-        {"empty file", [&] { write(""); }, "opens"},
+    const std::string readOnly = "stores.sqlite: cannot be written: it, or its directory, is read-only";
+    const std::pair<std::function<void()>, std::string> rows[] = {
+        {[&] { write(std::string(2000, 'x')); }, "stores.sqlite: is not a database of stores"},
+        {[&] { execute("CREATE TABLE t (x)"); }, "stores.sqlite: is a database of another program"},
+        {[&] { execute("PRAGMA application_id = 7"); }, "stores.sqlite: is a database of another program"},
+        {[&] { make(), execute("PRAGMA user_version = 2"); },
+         "it has layout version 2, and this one knows 1"},
+        {[&] { make(), fs::resize_file(file, fs::file_size(file) - 4096); }, "stores.sqlite: is damaged: "},
+        {[&] { fs::create_directory(file); }, "stores.sqlite: is a directory, not a database of stores"},
+        {[&] { EXPECT_EQ(first.Open(folder), std::nullopt); },
+         "these data stores are in use: another server"},
+        {[&] { make(), protect(file); }, readOnly},
+        {[&] { make(), fs::permissions(file, fs::perms(0666)), protect(folder); }, readOnly},
+        {[&] { write(""); }, "nothing"},
     };
-    for (const auto& [name, prepare, expected] : rows) {
-        SCOPED_TRACE(name);
+    for (const auto& [prepare, expected] : rows) {
         fs::remove_all(folder);
         fs::create_directory(folder);
         prepare();
         const bool isRoot = expected == readOnly && geteuid() == 0;  // who may write everywhere
         ASSERT_TRUE(!isRoot || seteuid(65534) == 0);
-        std::string text = nxDataStores().Open(folder).value_or("opens");
+        const std::string text = nxDataStores().Open(folder).value_or("nothing");
         ASSERT_TRUE(!isRoot || seteuid(0) == 0);
-        for (std::size_t at = 0; (at = text.find(file)) != std::string::npos;)
-            text.replace(at, file.size(), "F");
-        if (text.starts_with(folder)) text.replace(0, folder.size(), "D");
-        EXPECT_EQ(text.substr(0, expected.size()), expected) << text;
+        EXPECT_NE(text.find(expected), std::string::npos) << text << "\nis no " << expected;
         fs::permissions(folder, fs::perms(0755));
     }
 }
@@ -184,8 +178,7 @@ TEST_F(nxDataStoresTest, RefusesWhatItCannotUse)
     Server server(folder);
     for (unsigned int n = 1;; ++n) {
         static_cast<void>(server.script.Evaluate(
-            "n = " + std::to_string(n) +
-            " s:clear() for i = 1, 50 + n * 7 % 90 do s:add(n, ('x'):rep(n % 9 * 60)) end"));
+            "n = (n or 0) + 1 s:clear() for i = 1, 50 + n * 7 % 90 do s:add(n, ('x'):rep(n % 9 * 60)) end"));
         if (server.stores.Save() || ::write(pipe, &n, sizeof(n)) != sizeof(n)) _exit(1);
     }
 }
@@ -193,16 +186,15 @@ TEST_F(nxDataStoresTest, RefusesWhatItCannotUse)
 TEST_F(nxDataStoresTest, AProcessKilledAtAnyMomentLeavesTheLastCompleteSave)
 {
     std::mt19937 random(11);
-    unsigned int cutShort = 0;
+    int cutShort = 0;
     for (int round = 0; round < 50; ++round) {
-        SCOPED_TRACE(round);
         int ends[2];
         ASSERT_EQ(pipe(ends), 0);
         const pid_t child = fork();
         if (child == 0) SaveUntilKilled(folder, ends[1]);
         close(ends[1]);
         unsigned int told = 0, latest = 0;
-        for (std::size_t i = random() % 4; i > 0; --i)
+        for (std::size_t i = round % 8 == 0 ? 0 : 1 + random() % 3; i > 0; --i)
             ASSERT_EQ(read(ends[0], &told, sizeof(told)), ssize_t{sizeof(told)});
         usleep(static_cast<unsigned int>(random() % 20000));
         kill(child, SIGKILL);
@@ -210,12 +202,11 @@ TEST_F(nxDataStoresTest, AProcessKilledAtAnyMomentLeavesTheLastCompleteSave)
         while (read(ends[0], &latest, sizeof(latest)) == ssize_t{sizeof(latest)})
             told = latest;
         close(ends[0]);
-        cutShort += std::ifstream(file + "-journal").get() > 0;  // it is hot: its header is not blank
+        cutShort += std::ifstream(file + "-journal").get() > 0;  // its header is not blank
 
         const std::string found = Server(folder).script.Evaluate(R"lua(
-            if s.count == 0 then return 0 end
-            local n = tonumber((s:get(1)))
-            assert(s.count == 50 + n * 7 % 90, "not all rows, or too many")
+            local n = s.count == 0 and 0 or tonumber((s:get(1)))
+            assert(s.count == 0 or s.count == 50 + n * 7 % 90, "not all rows, or too many")
             for i = 1, s.count do
               local m, text = s:get(i)
               assert(tonumber(m) == n and #text == n % 9 * 60, "rows of two saves")
@@ -223,10 +214,10 @@ TEST_F(nxDataStoresTest, AProcessKilledAtAnyMomentLeavesTheLastCompleteSave)
             return n)lua");
         // The save that was under way may have come through without being told.
         EXPECT_TRUE(found == std::to_string(told) || found == std::to_string(told + 1))
-            << found << " of " << told;
+            << found << ", " << told;
         fs::remove(file);
     }
-    RecordProperty("saves cut short", static_cast<int>(cutShort));
+    RecordProperty("saves cut short", cutShort);
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
     script.host.orders = &all;
     script.host.jobOrders = &own;
     nxTestDataStore store(&script.host);
-    store.Load({"row"});
+    store._LoadRow({"row"});
     script.host.dataStore = &store;
     nxRecordingLog log;
     for (const auto& [code, answer, calls, logged] : rows) {
