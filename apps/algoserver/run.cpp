@@ -169,6 +169,20 @@ void AddRunCommand(CLI::App& app, int& status)
                     "With bars: the share of a bar's volume that orders can have; without it any")
         ->check(CLI::Range(1u, 100u))
         ->option_text("PERCENT");
+    run->add_option("--store", options.storeDirectory,
+                    "Directory of the data stores; one server at a time. Without it scripts have none")
+        ->type_name("DIR");
+    run->add_option("--store-every", options.storeEvery,
+                    "Recorded seconds between saves of the stores; without it when jobs and the run end")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                double number = 0.0;
+                return CLI::detail::lexical_cast(text, number) && number >= 0.001 && number <= 1e9
+                           ? std::string()
+                           : text + " is no number of seconds from 0.001 to 1000000000";
+            },
+            ""))
+        ->option_text("SECONDS");
     run->add_option("--speed,-s", options.speed,
                     "Recorded seconds for each real one; without it as fast as it can")
         ->check(CLI::Validator(

@@ -9,6 +9,4 @@ local function names(text)
   return result
 end
 
-checker.future = {
-  nxAlgoDataStoreObject = { functions = names "add set get clear", properties = names "count" },
-}
+checker.future = {}

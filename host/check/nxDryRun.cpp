@@ -116,6 +116,18 @@ private:
     const std::string _type, _exec, _time;
 };
 
+// Is forgotten with the run.
+class DryStore : public nxAlgoDataStoreObject
+{
+public:
+    using nxAlgoDataStoreObject::nxAlgoDataStoreObject;
+
+protected:
+    bool _BeginPersist() override { return false; }
+    void _PersistRow(const Row*) override {}
+    void _EndPersist() override {}
+};
+
 }  // namespace
 
 nxDryRun::nxDryRun() = default;
@@ -148,6 +160,13 @@ nxAlgoOrderObject* nxDryRun::CreateOrder(nxAlgoProductObject* product, const std
 nxAlgoDataSeriesObject* nxDryRun::CreateDataSeries()
 {
     return _series.emplace_back(std::make_unique<nxAlgoDataSeriesObject>(this)).get();
+}
+
+nxAlgoDataStoreObject* nxDryRun::GetDataStore(const std::string& name, bool create)
+{
+    const auto known = _stores.find(name);
+    if (known != _stores.end()) return known->second.get();
+    return create ? (_stores[name] = std::make_unique<DryStore>(this)).get() : nullptr;
 }
 
 std::optional<nxScriptSource::Failure> nxDryRun::Try(const nxScriptSource& source)

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/jobs/nxScriptSource.h"
+#include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/job/nxAlgoScriptValidator.h"
 #include "scriptFramework/orders/nxAlgoOrderCollectionObject.h"
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
@@ -14,8 +15,8 @@
 
 // Tries a script on a market that is not there: loads it and runs its OnInit. Any product exists and has a
 // price, subscriptions succeed, orders can be made and are never answered, there is a selection, parameters
-// and stores are not there, no other job runs. Nothing the script does leaves it, and it ends after a while
-// in any case. For one script and one thread.
+// are not there nor stores that the script does not create, no other job runs. Nothing the script does leaves
+// it, and it ends after a while in any case. For one script and one thread.
 class nxDryRun : public nxAlgoScriptValidator
 {
 public:
@@ -56,7 +57,7 @@ public:
     std::string GetSelectedSide() override { return "BUY"; }
     unsigned int GetTransactionCount() override { return 0; }
     nxAlgoDataSeriesObject* CreateDataSeries() override;
-    nxAlgoDataStoreObject* GetDataStore(const std::string&, bool) override { return nullptr; }
+    nxAlgoDataStoreObject* GetDataStore(const std::string& name, bool create) override;
     void SendParameter(const std::string&, const std::string&, const std::string&) override {}
     void SetEnableCrossProtection(bool) override {}
     void SetShatterOnExit(bool) override {}
@@ -102,6 +103,7 @@ private:
     Orders _orders{this};
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> _products;
     std::vector<std::unique_ptr<nxAlgoDataSeriesObject>> _series;
+    std::map<std::string, std::unique_ptr<nxAlgoDataStoreObject>> _stores;
     bool _inOnInit = false;
     bool _hasOnInit = false;
 };

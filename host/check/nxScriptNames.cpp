@@ -4,6 +4,7 @@
 #include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
+#include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 #include "scriptFramework/analytics/nxAlgoLibraryObject.h"
@@ -70,6 +71,7 @@ std::string nxScriptNamesText()
                        nxAlgoOrderStateObject, nxAlgoVorantJobCollectionObject, nxAlgoVorantJobObject,
                        nxAlgoPriceTradeVolumesObject, nxAlgoTickDataCollectionObject, nxAlgoTickDataObject,
                        nxAlgoIndicatorObject, nxAlgoDateObject, nxAlgoEventWindowObject,
-                       nxAlgoDataSeriesObject, nxAlgoLibraryObject, nxAlgoMatrixObject, nxAlgoQuantObject>() +
+                       nxAlgoDataSeriesObject, nxAlgoLibraryObject, nxAlgoMatrixObject, nxAlgoQuantObject,
+                       nxAlgoDataStoreObject>() +
            host.lines;
 }

@@ -37,6 +37,11 @@ nxAlgoVorantJobCollectionObject* nxHostJob::GetVorantJobs()
     return _watchedJobs.get();
 }
 
+nxAlgoDataStoreObject* nxHostJob::GetDataStore(const std::string& name, bool create)
+{
+    return _services.GetDataStore(*this, name, create);
+}
+
 nxAlgoProductObject* nxHostJob::GetProduct(const std::string& productName)
 {
     const auto known = _products.find(productName);

@@ -156,6 +156,7 @@ public:
 
     nxVolume GetID() override { return _index + 1; }
     nxAlgoVorantJobCollectionObject* GetVorantJobs() override;
+    nxAlgoDataStoreObject* GetDataStore(const std::string& name, bool create) override;
     bool IsActive() const override { return _object && _object->IsActive(); }
     bool IsInOnInit() override { return _inOnInit; }
     const std::string& GetLogPrefix() const override { return _logPrefix; }

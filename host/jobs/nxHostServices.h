@@ -8,6 +8,7 @@
 
 class nxAlgoEventWindowObject;
 class nxBarServices;
+class nxAlgoDataStoreObject;
 class nxHostJob;
 class nxHostOrder;
 class nxHostProduct;
@@ -48,6 +49,9 @@ public:
     virtual std::string GetDynamicParameter(const std::string& tag, const std::string& name) = 0;
     virtual void SetDynamicParameter(const std::string& tag, const std::string& name,
                                      const std::string& value) = 0;
+
+    // One for all jobs; null when there is none of that name or it cannot be had.
+    virtual nxAlgoDataStoreObject* GetDataStore(nxHostJob& job, const std::string& name, bool create) = 0;
 
     // The recorded time, in nanoseconds since 1970.
     virtual long long GetTime() const = 0;

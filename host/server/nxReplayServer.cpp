@@ -16,6 +16,12 @@ long long FloorSecond(long long time)
     return time - (rest < 0 ? rest + NanosecondsPerSecond : rest);
 }
 
+// Never beyond the end of all times.
+long long Later(long long time, long long by)
+{
+    return time > nxTimerQueue::Never - by ? nxTimerQueue::Never : time + by;
+}
+
 }  // namespace
 
 nxReplayServer::nxReplayServer(nxRunOptions options, std::ostream& out, std::ostream& err)
@@ -40,6 +46,12 @@ nxRunResult nxReplayServer::Run()
     _wallStart = std::chrono::steady_clock::now();
     _MakeJobs(std::move(sources));
     _FindNextChange();
+    if (_options.storeEvery > 0.0 && _stores.IsOpen() && _hasTime) {
+        constexpr double longest = 1e9;
+        const double seconds = std::clamp(_options.storeEvery, 1.0 / NanosecondsPerSecond, longest);
+        _saveInterval = static_cast<long long>(seconds * NanosecondsPerSecond);
+        _nextSaveTime = Later(_time.Get(), _saveInterval);
+    }
     for (const auto& runner : _runners)
         _LoadJob(*runner);
     _SetClocks(_time.Get());
@@ -76,6 +88,12 @@ bool nxReplayServer::_Prepare(std::vector<nxScriptSource>& sources)
     if (_next == nullptr && _feed.HasFailed()) {
         _err << _feed.GetError().GetText() << "\n";
         return false;
+    }
+    if (!_options.storeDirectory.empty()) {
+        if (const auto error = _stores.Open(_options.storeDirectory)) {
+            _err << *error << "\n";
+            return false;
+        }
     }
     if (_options.recordFile.empty()) return true;
     const auto error = _record.Open(_options.recordFile);
@@ -159,6 +177,7 @@ void nxReplayServer::_Finish()
     for (const auto& runner : _runners)
         _EndJob(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
     _TakeLastAnswers();
+    _SaveStores(true);
     for (const auto& runner : _runners)
         runner->GetStatistics().trading = runner->GetJob().GetTrading();
 }
@@ -294,12 +313,13 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
 
 long long nxReplayServer::_GetNextDue() const
 {
-    const long long own = std::min({_nextBarEnd, _nextChangeTime, _nextStateTime, _timers.GetNextTime()});
+    const long long own =
+        std::min({_nextBarEnd, _nextChangeTime, _nextStateTime, _timers.GetNextTime(), _nextSaveTime});
     return _exchange ? std::min(own, _exchange->GetNextTime()) : own;
 }
 
-// Ends of bars, changed parameters, trading hours, orders with their answers, and timers, in the order of
-// their times, on equal times in this one.
+// Ends of bars, changed parameters, trading hours, orders with their answers, timers and saves, in the order
+// of their times, on equal times in this one.
 void nxReplayServer::_RunDue(long long until)
 {
     while (!_IsEnding()) {
@@ -317,10 +337,25 @@ void nxReplayServer::_RunDue(long long until)
             _FollowHours();
         } else if (_exchange && due == _exchange->GetNextTime()) {
             _RunExchange();
-        } else {
+        } else if (due == _timers.GetNextTime()) {
             _RunTimer();
+        } else {
+            _SaveStoresInTime(until);
         }
     }
+}
+
+// Over a time in which nothing happens once is enough.
+void nxReplayServer::_SaveStoresInTime(long long until)
+{
+    _SaveStores();
+    const long long now = std::exchange(_nextSaveTime, nxTimerQueue::Never);
+    const long long next = std::min(_GetNextDue(), until);
+    const auto interval = static_cast<unsigned long long>(_saveInterval);
+    const unsigned long long since =
+        static_cast<unsigned long long>(next) - static_cast<unsigned long long>(now);
+    const auto over = static_cast<long long>(since % interval);
+    _nextSaveTime = since != 0 && over == 0 ? next : Later(next, _saveInterval - over);
 }
 
 void nxReplayServer::_RunTimer()

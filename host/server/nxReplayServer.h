@@ -12,6 +12,7 @@
 #include "host/exchange/nxMarketProduct.h"
 #include "host/feed/nxFeed.h"
 #include "host/jobs/nxBarServices.h"
+#include "host/jobs/nxDataStores.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
 #include "host/report/nxProgressBar.h"
@@ -74,6 +75,10 @@ private:
     void _Finish();
     void _CloseRecord();
     void _WriteSummary();
+    // On the way a failure is logged, since a later save may make up for it; the last one fails the run.
+    void _SaveStores(bool isLast = false);
+    // A save that is due, and the time of the next one: nothing else happens before `until`.
+    void _SaveStoresInTime(long long until);
     bool _IsAlone() const { return _runners.size() == 1; }
     bool _IsEnding() const;
     // Ends the run after the current callback. The first reason holds.
@@ -170,6 +175,7 @@ private:
     std::vector<nxHostJob*> GetOtherJobs(const nxHostJob& job) override;
     nxErrorEnum StopJob(nxHostJob& job, const nxHostJob& by) override;
     long long GetTime() const override { return _time.Get(); }
+    nxAlgoDataStoreObject* GetDataStore(nxHostJob& job, const std::string& name, bool create) override;
     unsigned int ReserveOrder() override;
     bool HasExchange() const override { return _exchange.has_value(); }
     nxSimulatedExchange& GetExchange() override { return *_exchange; }
@@ -205,6 +211,10 @@ private:
     long long _nextBarEnd = nxTimerQueue::Never;     // of the collections; never late, perhaps early
     long long _nextStateTime = nxTimerQueue::Never;  // of the markets' trading hours
     nxTimerQueue _timers;
+    nxDataStores _stores;
+    long long _nextSaveTime = nxTimerQueue::Never;
+    long long _saveInterval = 0;  // in nanoseconds
+    std::string _storeFailure;    // of one that could not be read
     nxRunRecord _record;
     std::map<std::pair<std::string, std::string>, std::string> _board;  // by tag and name
     nxRunStatistics _statistics;

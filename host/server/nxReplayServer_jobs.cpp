@@ -92,8 +92,13 @@ void nxReplayServer::_EndJob(nxJobRunner& runner, const std::string& reason, boo
 
 void nxReplayServer::_EndAskedJobs()
 {
-    for (const auto& runner : _runners)
-        if (runner->IsEndAsked()) _EndJob(*runner, runner->GetEndReason(), true);
+    bool hasEnded = false;
+    for (const auto& runner : _runners) {
+        if (!runner->IsEndAsked()) continue;
+        _EndJob(*runner, runner->GetEndReason(), true);
+        hasEnded = true;
+    }
+    if (hasEnded) _SaveStores();
 }
 
 void nxReplayServer::_NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callback,

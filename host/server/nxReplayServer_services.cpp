@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "base/log/nxLogMessage.h"
 #include "host/feed/nxFeedTime.h"
 #include "host/server/nxReplayServer.h"
 
@@ -142,4 +143,36 @@ void nxReplayServer::SetDynamicParameter(const std::string& tag, const std::stri
                                          const std::string& value)
 {
     _board[{tag, name}] = value;
+}
+
+nxAlgoDataStoreObject* nxReplayServer::GetDataStore(nxHostJob& job, const std::string& name, bool create)
+{
+    if (!_stores.IsOpen()) {
+        // Only who looks whether there is one may go on without.
+        nxLogMessage(create ? nxLogLevel::Error : nxLogLevel::Info, job.GetLogPrefix(),
+                     "getDataStore. no store ", name,
+                     ": the server was given no directory for data stores (--store)");
+        return nullptr;
+    }
+    std::string failure;
+    nxAlgoDataStoreObject* const store = _stores.Get(name, create, failure);
+    if (!failure.empty()) {
+        nxLogMessage(nxLogLevel::Error, job.GetLogPrefix(), failure);
+        _storeFailure = failure;
+    }
+    return store;
+}
+
+void nxReplayServer::_SaveStores(bool isLast)
+{
+    const std::optional<std::string> failure = _stores.IsOpen() ? _stores.Save() : std::nullopt;
+    if (!isLast) {
+        if (failure) nxLogMessage(nxLogLevel::Error, *failure);
+        return;
+    }
+    for (const std::string& text : {_storeFailure, failure.value_or("")}) {
+        if (text.empty()) continue;
+        _err << text << "\n";
+        if (_result == nxRunResult::Done) _result = nxRunResult::ScriptFailed;
+    }
 }

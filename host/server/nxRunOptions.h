@@ -19,6 +19,8 @@ struct nxRunOptions
     std::vector<nxProductDescription> products;
     nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
     std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
+    std::string storeDirectory;  // where the data stores of scripts are kept; empty: there are none
+    double storeEvery = 0.0;     // recorded seconds between their saves; 0: when jobs and the run end
     double speed = 0.0;          // recorded seconds for each real one; 0: as fast as it can
     bool lenient = false;
     bool continueOnError = false;

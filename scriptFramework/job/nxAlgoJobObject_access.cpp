@@ -1,5 +1,6 @@
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
+#include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/analytics/nxAlgoLibraryObject.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
@@ -63,9 +64,7 @@ bool nxAlgoJobObject::getDataStore(nxLuaParameters& parameters, nxLuaResults& re
     const std::string name = parameters.Parameter(1).GetString();
     const bool create = parameters.Parameter(2).GetBool();
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "getDataStore. name: ", name, ", create: ", create);
-    if (GetJob()->GetDataStore(name, create) != nullptr)
-        return results.Fail("getDataStore is not available in this version");
-    results.AddNull();
+    results.AddObjectOrNull(GetJob()->GetDataStore(name, create));
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
+#include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/analytics/nxAlgoDateObject.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 #include "scriptFramework/analytics/nxAlgoLibraryObject.h"
@@ -67,6 +68,7 @@ void nxAlgoScriptEngine::_RegisterCustomObjects()
     nxLuaWrapper<nxAlgoQuantObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobCollectionObject>::Register(L);
     nxLuaWrapper<nxAlgoVorantJobObject>::Register(L);
+    nxLuaWrapper<nxAlgoDataStoreObject>::Register(L);
     nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::Register(L);
     nxLuaWrapper<nxAlgoTickDataCollectionObject>::Register(L);
     nxLuaWrapper<nxAlgoTickDataObject>::Register(L);

@@ -1,5 +1,6 @@
 #include "scriptFramework/lua/nxLuaResults.h"
 
+#include <algorithm>
 #include <lua.hpp>
 
 namespace {
@@ -103,6 +104,12 @@ void nxLuaResults::AddNull()
 {
     lua_pushnil(_L);
     ++_count;
+}
+
+void nxLuaResults::Reserve(std::size_t count)
+{
+    constexpr std::size_t most = 1 << 20;  // far beyond what a Lua stack can hold
+    luaL_checkstack(_L, static_cast<int>(std::min(count, most)), "too many results");
 }
 
 bool nxLuaResults::Fail(const std::string& text)

@@ -31,6 +31,9 @@ public:
     void Add(
         const std::vector<std::vector<double>>& matrix);  // nil when empty; an empty row is an empty table
     void AddNull();
+    // Room for that many results, which is asked for when there may be more than a few; raises when there is
+    // none.
+    void Reserve(std::size_t count);
 
     // Pushes an object of a bound class as a new wrapper table. The object stays its owner's.
     template <class T>

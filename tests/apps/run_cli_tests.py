@@ -7,11 +7,14 @@
 Prints "N passed, N failed"; the exit status is 1 when a case failed.
 """
 
+import contextlib
 import gzip
 import json
 import os
 import pty
+import resource
 import signal
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -83,6 +86,22 @@ end
 function OnParameter(name, value, tag) job:logText(name .. "=" .. value .. tag) end
 function OnJobParametersChanged() job:logText("changed") end
 function OnShutdown() job:sendUserState("WARN", "bye") end
+""",
+    # Counts in a store, once a second and at its end; killed at each fourth row, unless a job of that name ends first.
+    "keeps.lua": """\
+local execute = os.execute
+function OnInit()
+  store = job:getDataStore("n", true)
+  job:logText("found " .. store.count)
+  job:startTimer("count", 1000)
+  job:getProduct("A"):subscribePrice()
+end
+function OnTimer()
+  store:add("x")
+  if job:getParameter("killed") and store.count % 4 == 0 then execute("kill -9 $PPID") end
+  if job:getParameter("ends") then job:shutdown() end
+end
+function OnShutdown() store:add("end") end
 """,
     "changes.csv.gz": gzip.compress(b"time,parameter,value,tag\n20240108:14:30:03,n,7,T\n", mtime=0),
     "bad_changes.csv": "time,parameter,value,tag\n20240108:14:30:03,asks/n,x,T\n",
@@ -209,6 +228,16 @@ CASES = [
     ("a record in no folder", "run asks.lua --data day.csv --record none/record.jsonl", 2, None,
      ["none/record.jsonl: the record cannot be written: No such file or directory\n"]),
 
+    ("remembers, run one", "run remember.lua --data demo_quotes.csv.gz --store memory", 0, "<remember_1.txt>", ["--- speed"]),
+    ("remembers, run two", "run remember.lua --data demo_quotes.csv.gz --store memory", 0, "<remember_2.txt>", ["--- speed"]),
+    ("no stores", "run keeps.lua --data day.csv", 1, ["\nend         OnInit failed\n"],
+     ["[keeps.lua] getDataStore. no store n: the server was given no directory for data stores (--store)\n"]),
+    ("stores in a file", "run keeps.lua --data day.csv --store day.csv", 2, None, ["day.csv: is no directory for data stores\n"]),
+    ("stores in no folder", "run keeps.lua --data day.csv --store no/stores", 2, None,
+     ["no/stores: the directory for data stores cannot be made: No such file or directory\n"]),
+    ("stores saved all the time", "run keeps.lua --data day.csv --store memory --store-every 0", 2, None,
+     ["--store-every: 0 is no number of seconds from 0.001 to 1000000000"]),
+
     ("generate quotes", "generate --seed 7 --duration 5", 0, "<generated_quotes.txt>", [" rows from "]),
     ("generate depth", "generate --seed 7 --duration 2 --kind depth", 0, "<generated_depth.txt>", [" rows from "]),
     ("generate of an unknown kind", "generate --kind bars", 2, None, ["bars not in {quotes,depth}"]),
@@ -314,13 +343,52 @@ def test_record_on_a_full_disk(program):
     require(b"/dev/full: the record cannot be written: No space left" in result.stderr, result.stderr.decode())
 
 
-def start_slow_run(program, **streams):
+def rows_of_store(folder):
+    with contextlib.closing(sqlite3.connect(os.path.join(folder, "stores.sqlite"))) as database:
+        return database.execute("SELECT count(*) FROM rows").fetchone()[0]
+
+
+def test_stores_of_a_killed_run(program):
+    """What was saved by the recorded time, or when a job ended, is there; the killed second is not."""
+    keeps = ["run", "keeps.lua", "keeps.lua", "--name", "a", "--name", "b", "--data", "day.csv", "--param", "b/killed=true"]
+    # Both count in the one store: two rows a second.
+    for folder, arguments, status, rows in (
+            ("timed", ["--store-every", "1"], -signal.SIGKILL, 2),
+            ("rarely", ["--store-every", "5"], -signal.SIGKILL, 0),
+            ("ended", ["--param", "a/ends=true"], -signal.SIGKILL, 2),
+            ("whole", ["--param", "b/ends=true"], 0, 10)):
+        result = execute(program, keeps + ["--store", folder] + arguments)
+        require(result.returncode == status, f"{folder}: exit status {result.returncode}: {result.stderr.decode()}")
+        require(rows_of_store(folder) == rows, f"{folder}: {rows_of_store(folder)} rows")
+
+
+def test_stores_on_a_full_disk_and_for_one_server(program):
+    """Interrupted, a run saves what OnShutdown did; a full disk fails the next run, and leaves that."""
+    keeps = ["run", "keeps.lua", "--data", "day.csv", "--store", "held"]
+    process = start_slow_run(program, "--store", "held", script=FILES["keeps.lua"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    try:
+        process.stdout.readline()
+        second = execute(program, keeps)
+        interrupt(process, signal.SIGINT)
+    finally:
+        process.kill()
+    rows = rows_of_store("held")
+    require(process.returncode == 0 and rows >= 1, f"exit status {process.returncode}, {rows} rows")
+    limit = lambda: (signal.signal(signal.SIGXFSZ, signal.SIG_IGN), resource.setrlimit(resource.RLIMIT_FSIZE, (600, 600)))
+    full = execute(program, keeps, preexec_fn=limit, restore_signals=False)
+    for result, status, text in ((second, 2, "held: these data stores are in use: another server, "),
+                                 (full, 1, "held/stores.sqlite: the data stores cannot be saved: ")):
+        require(result.returncode == status and text in result.stderr.decode(), f"{result.returncode}: {result.stderr.decode()}")
+    require(rows_of_store("held") == rows, "the store has changed")
+
+
+def start_slow_run(program, *arguments, script=TELL.replace("2000", "1800000"), **streams):
     """A run of which the first row comes at once and the next in an hour, a timer in half an hour."""
     with open("slow.csv", "w") as file:
         file.write(QUOTES + "20240108:14:30:00,A,99,1,101,2,,,\n20240108:15:30:00,A,98,1,,,,,\n")
     with open("slow.lua", "w") as file:
-        file.write(TELL.replace("2000", "1800000"))
-    return subprocess.Popen([program, "run", "slow.lua", "--data", "slow.csv", "--speed", "1", "--record", "slow.jsonl"],
+        file.write(script)
+    return subprocess.Popen([program, "run", "slow.lua", "--data", "slow.csv", "--speed", "1", "--record", "slow.jsonl", *arguments],
                             stdin=subprocess.DEVNULL, **streams)
 
 

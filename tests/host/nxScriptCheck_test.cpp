@@ -198,6 +198,7 @@ TEST(DryRun, AnswersAllThatThisVersionHas)
           job:setReference("r") job:sendUserLog({ a = 1 }) job:setChartLine("c", "l", sum, 1)
           job:removeChartLine("c", "l") job:setOutputParameter("n", "v") job:startTimer("t", 1) job.tag = "t"
           assert(job:getParameter("n") == nil and job:getDataStore("s") == nil and job:getPandL("USD") == 0)
+          local store = job:getDataStore("s", true) store:add("a") assert(job:getDataStore("s").count == 1)
           for i = 0, job:getVorantJobs().count - 1 do job:getVorantJobs():getVorantJob(i).name() end
           job:shutdown()
           print("nothing of this is printed")

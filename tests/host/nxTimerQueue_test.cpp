@@ -29,6 +29,7 @@ class Silence : public nxHostServices
     void NoteChange(nxHostJob&) override {}
     std::vector<nxHostJob*> GetOtherJobs(const nxHostJob&) override { return {}; }
     nxErrorEnum StopJob(nxHostJob&, const nxHostJob&) override { return {}; }
+    nxAlgoDataStoreObject* GetDataStore(nxHostJob&, const std::string&, bool) override { return nullptr; }
     long long GetTime() const override { return 0; }
     unsigned int ReserveOrder() override { return 0; }
     bool HasExchange() const override { return false; }

@@ -2,6 +2,7 @@
 
 #include "tests/support/nxRecordingLog.h"
 #include "tests/support/nxScriptJob.h"
+#include "tests/support/nxTestDataStore.h"
 #include "tests/support/nxTestOrder.h"
 
 namespace {
@@ -26,7 +27,6 @@ TEST(nxAlgoJobObjectAccess, GetProductAsksTheHost)
 
 TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
 {
-    const std::string storeMissing = "error: getDataStore is not available in this version";
     const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
         {"job:getExistingOrder()", "error: getExistingOrder requires 1 argument [orderID]", "", ""},
         {"job:getExistingOrder(13)", "error: ", "GetOrder(13)", "32 [test] Get Existing Order ID : 13\n"},
@@ -35,8 +35,12 @@ TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
         {"job:getOrders(1).count, job:getJobOrders({}).count", "1 0", "", ""},
         {"job:getDataStore('a')", "nil", "GetDataStore(a,false)",
          "32 [test] getDataStore. name: a, create: false\n"},
-        {"job:getDataStore('a', true)", storeMissing, "GetDataStore(a,true)",
+        {"job:getDataStore('a', true).count", "1", "GetDataStore(a,true)",
          "32 [test] getDataStore. name: a, create: true\n"},
+        {"job:getDataStore('a', true, 1)",
+         "error: getDataStore requires at leastt 1 argument. name, [create]", "", ""},
+        {"job:getDataStore('a', 1)",
+         "error: bad argument #2 to 'getDataStore' (boolean expected, got number)", "", ""},
         // The host has no collection here.
         {"job:getVorantJobs('x').count, job:getVorantJobs():getVorantJob(1)", "nil", "", ""},
     };
@@ -47,6 +51,9 @@ TEST(nxAlgoJobObjectAccess, AsksTheHostForWhatItKeeps)
     script.host.order12 = &order;
     script.host.orders = &all;
     script.host.jobOrders = &own;
+    nxTestDataStore store(&script.host);
+    store._LoadRow({"row"});
+    script.host.dataStore = &store;
     nxRecordingLog log;
     for (const auto& [code, answer, calls, logged] : rows) {
         SCOPED_TRACE(code);

@@ -55,7 +55,7 @@ nxAlgoOrderObject* nxRecordingHost::GetOrder(unsigned int id)
 nxAlgoDataStoreObject* nxRecordingHost::GetDataStore(const std::string& name, bool create)
 {
     _Note("GetDataStore", name, create);
-    return create || name == "old" ? static_cast<nxAlgoDataStoreObject*>(static_cast<void*>(this)) : nullptr;
+    return create || name == "old" ? dataStore : nullptr;
 }
 
 nxVorantParameter* nxRecordingHost::GetParameter(const std::string& id) const

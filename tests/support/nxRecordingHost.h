@@ -36,6 +36,7 @@ public:
     std::vector<std::unique_ptr<nxAlgoDataSeriesObject>> series;  // those that the script has created
     nxAlgoLibraryObject* library = nullptr;                       // what LoadLibrary answers
     class nxAlgoJobObject* windowJob = nullptr;                   // to which trade windows' news go on
+    nxAlgoDataStoreObject* dataStore = nullptr;  // named "old", or any when it may be created
     // Last, since their destructors call this host.
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> products;
 

@@ -1,0 +1,101 @@
+#include "host/jobs/nxDataStores.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+std::optional<std::string> nxDataStores::Open(const std::string& directory)
+{
+    std::error_code error;
+    if (!std::filesystem::is_directory(directory, error)) {
+        if (std::filesystem::exists(directory, error)) return directory + ": is no directory for data stores";
+        if (!std::filesystem::create_directory(directory, error) && error)
+            return directory + ": the directory for data stores cannot be made: " + error.message();
+    }
+    _path = (std::filesystem::path(directory) / "stores.sqlite").string();
+    std::optional<std::string> failure = _Prepare(directory);
+    if (failure) {
+        _database.Close();
+    } else {
+        _isOpen = true;
+    }
+    return failure;
+}
+
+std::optional<std::string> nxDataStores::_Prepare(const std::string& directory)
+{
+    std::error_code error;
+    if (std::filesystem::is_directory(_path, error))
+        return _path + ": is a directory, not a database of stores";
+    if (!_database.Open(_path)) {
+        if (_database.IsHeld())
+            return directory +
+                   ": these data stores are in use: another server, or a program that looks into " + _path +
+                   ", holds them";
+        if (_database.IsDamaged()) return _path + ": is damaged: " + _database.GetFailure();
+        if (_database.IsForeign()) return _path + ": is not a database of stores";
+        return _path + ": cannot be opened: " + _database.GetFailure();
+    }
+    const long long application = _database.GetNumber("PRAGMA application_id");
+    const long long version = _database.GetNumber("PRAGMA user_version");
+    const bool isNew = _database.GetNumber("SELECT count(*) FROM sqlite_schema") == 0;
+    if (!_database.HasFailed()) {
+        if (application != ApplicationID && !(isNew && application == 0 && version == 0))
+            return _path + ": is a database of another program";
+        if (!isNew && version > LayoutVersion)
+            return _path + ": was written by a newer program: it has layout version " +
+                   std::to_string(version) + ", and this one knows " + std::to_string(LayoutVersion);
+        // A save needs its journal beside the file, of which the database hears only then.
+        if (_database.IsReadOnly() || faccessat(AT_FDCWD, directory.c_str(), W_OK, AT_EACCESS) != 0)
+            return _path + ": cannot be written: it, or its directory, is read-only";
+    }
+    if (isNew) {
+        nxSqliteDataStore::CreateTables(_database);
+        _database.Run("PRAGMA application_id = " + std::to_string(ApplicationID));
+        _database.Run("PRAGMA user_version = " + std::to_string(LayoutVersion));
+    }
+    std::string damage;
+    _database.Run("PRAGMA quick_check(1)", {},
+                  [&damage](const nxSqliteDatabase::Row& row) { damage = row.GetBytes(0); });
+    if (!_database.HasFailed() && damage != "ok") return _path + ": is damaged: " + damage;
+    _database.Commit();
+    if (_database.HasFailed()) return _path + ": cannot be used: " + _database.GetFailure();
+    return std::nullopt;
+}
+
+nxAlgoDataStoreObject* nxDataStores::Get(const std::string& name, bool create, std::string& failure)
+{
+    if (const auto known = _stores.find(name); known != _stores.end()) return known->second.get();
+    if (const auto known = _unreadable.find(name); known != _unreadable.end()) {
+        failure = known->second;
+        return nullptr;
+    }
+    auto store = std::make_unique<nxSqliteDataStore>(_database, name);
+    const bool isThere = store->Load();
+    if (!store->Valid()) {
+        failure = _path + ": the store " + name + " cannot be read: " + _database.GetFailure();
+        _unreadable[name] = failure;
+        _database.Rollback();
+        return nullptr;
+    }
+    if (!isThere && !create) return nullptr;
+    return (_stores[name] = std::move(store)).get();
+}
+
+std::optional<std::string> nxDataStores::Save()
+{
+    for (const auto& [name, store] : _stores)
+        static_cast<void>(store->Persist());
+    if (_database.IsInTransaction()) _database.Commit();
+    if (!_database.HasFailed()) {
+        for (const auto& [name, store] : _stores)
+            store->NoteCommit();
+        return std::nullopt;
+    }
+    const std::string failure = _path + ": the data stores cannot be saved: " + _database.GetFailure();
+    _database.Rollback();
+    for (const auto& [name, store] : _stores)
+        store->NoteRollback();
+    return failure;
+}

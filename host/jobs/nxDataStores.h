@@ -1,0 +1,43 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/jobs/nxSqliteDataStore.h"
+#include "host/jobs/nxSqliteDatabase.h"
+
+// The data stores of one server, in one database in a directory of their own: DIRECTORY/stores.sqlite. The
+// directory is held from Open until the end, so that no second server saves over this one. Used on the
+// server's thread; it outlives the scripts that hold its stores.
+class nxDataStores
+{
+public:
+    // What a database of this layout bears: who reads it later can tell whose it is, and how old.
+    static constexpr long long ApplicationID = 0x6e785354;  // "nxST"
+    static constexpr long long LayoutVersion = 1;
+
+    // Makes the directory, though not the one that it is in, and the database where there are none. Null, or
+    // why it cannot be used, with its path.
+    [[nodiscard]] std::optional<std::string> Open(const std::string& directory);
+    bool IsOpen() const { return _isOpen; }
+
+    // The one store of that name, loaded whole when it is asked for first. Null when there is none and it is
+    // not to be created, and when it cannot be read; then `failure` gets the reason, with the path.
+    nxAlgoDataStoreObject* Get(const std::string& name, bool create, std::string& failure);
+
+    // Writes all stores that changed, in one transaction. Null, or why not: then the database holds what it
+    // held, and the next save tries again.
+    [[nodiscard]] std::optional<std::string> Save();
+
+private:
+    std::optional<std::string> _Prepare(const std::string& directory);
+
+    std::string _path;
+    nxSqliteDatabase _database;
+    bool _isOpen = false;
+    std::map<std::string, std::unique_ptr<nxSqliteDataStore>> _stores;
+    // Why stores cannot be read. They are not tried again: one must not be created over what is left of it.
+    std::map<std::string, std::string> _unreadable;
+};

@@ -1,0 +1,110 @@
+#include "host/jobs/nxSqliteDataStore.h"
+
+#include <algorithm>
+
+#include "base/threads/nxMutexGuard.h"
+#include "host/jobs/nxSqliteDatabase.h"
+
+nxSqliteDataStore::nxSqliteDataStore(nxSqliteDatabase& database, std::string name)
+    : nxAlgoDataStoreObject(nullptr),
+      _database(database),
+      _name(std::move(name)),
+      _logPrefix("[store " + _name + "] ")
+{
+}
+
+// Names and texts are blobs: a script's text is any bytes. Rows count from 0, and stand apart from their
+// columns since there are some without any.
+void nxSqliteDataStore::CreateTables(nxSqliteDatabase& database)
+{
+    database.Run("CREATE TABLE stores (store INTEGER PRIMARY KEY, name BLOB NOT NULL UNIQUE)");
+    database.Run(
+        "CREATE TABLE rows (store INTEGER NOT NULL, row INTEGER NOT NULL, PRIMARY KEY (store, row)) WITHOUT "
+        "ROWID");
+    database.Run(
+        "CREATE TABLE columns (store INTEGER NOT NULL, row INTEGER NOT NULL, col INTEGER NOT NULL, "
+        "value BLOB NOT NULL, PRIMARY KEY (store, row, col)) WITHOUT ROWID");
+}
+
+bool nxSqliteDataStore::Load()
+{
+    _database.Run("SELECT store FROM stores WHERE name = ?", {_name},
+                  [this](const nxSqliteDatabase::Row& found) { _id = found.GetNumber(0); });
+    long long latest = -1;
+    if (_id != 0)
+        _database.Run(
+            "SELECT rows.row, columns.value FROM rows LEFT JOIN columns "
+            "ON columns.store = rows.store AND columns.row = rows.row "
+            "WHERE rows.store = ? ORDER BY rows.row, columns.col",
+            {_id}, [this, &latest](const nxSqliteDatabase::Row& found) {
+                if (std::exchange(latest, found.GetNumber(0)) != found.GetNumber(0)) _saved.emplace_back();
+                if (!found.IsNull(1)) _saved.back().push_back(found.GetBytes(1));
+            });
+    if (_database.HasFailed()) {
+        _SetInvalid();
+        return true;
+    }
+    for (const Row& row : _saved)
+        _LoadRow(row);
+    return _id != 0;
+}
+
+bool nxSqliteDataStore::_HasChanged()
+{
+    const nxMutexGuard guard(_mutex);
+    return _id == 0 || !std::ranges::equal(
+                           _rows, _saved, {}, [](const auto& row) -> auto& { return *row; });
+}
+
+bool nxSqliteDataStore::_BeginPersist()
+{
+    if (!Valid() || _database.HasFailed() || !_HasChanged() || !_database.Begin()) return false;
+    _position = 0;
+    _newID = _id;
+    if (_id == 0) {
+        _database.Run("INSERT INTO stores (name) VALUES (?)", {_name});
+        _newID = _database.GetLastID();
+    }
+    return true;
+}
+
+void nxSqliteDataStore::_PersistRow(const Row* row)
+{
+    const std::size_t place = _position++;
+    if (place < _saved.size() && *row == _saved[place]) return;
+    const auto number = static_cast<long long>(place);
+    if (place < _saved.size()) {
+        _database.Run("DELETE FROM columns WHERE store = ? AND row = ?", {_newID, number});
+    } else {
+        _database.Run("INSERT INTO rows (store, row) VALUES (?, ?)", {_newID, number});
+    }
+    long long column = 0;
+    for (const std::string& value : *row)
+        _database.Run("INSERT INTO columns (store, row, col, value) VALUES (?, ?, ?, ?)",
+                      {_newID, number, column++, value});
+    _written.emplace_back(place, *row);
+}
+
+void nxSqliteDataStore::_EndPersist()
+{
+    if (_position >= _saved.size()) return;
+    const auto first = static_cast<long long>(_position);
+    _database.Run("DELETE FROM columns WHERE store = ? AND row >= ?", {_newID, first});
+    _database.Run("DELETE FROM rows WHERE store = ? AND row >= ?", {_newID, first});
+}
+
+void nxSqliteDataStore::NoteCommit()
+{
+    if (_newID == 0) return;  // was not part of it
+    _id = std::exchange(_newID, 0);
+    _saved.resize(_position);
+    for (auto& [place, row] : _written)
+        _saved[place] = std::move(row);
+    _written.clear();
+}
+
+void nxSqliteDataStore::NoteRollback()
+{
+    _newID = 0;
+    _written.clear();
+}

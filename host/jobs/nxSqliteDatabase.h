@@ -1,0 +1,80 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+// One open SQLite database, held exclusively until it is closed: no other process or connection can read or
+// write it meanwhile. For one thread at a time.
+//
+// The first failure sticks: what is asked afterwards does nothing and fails, until Rollback. So a series of
+// calls can be checked once, at its end, and nothing is ever written behind a statement that went wrong.
+class nxSqliteDatabase
+{
+public:
+    using Value = std::variant<long long, std::string_view>;  // a number, or bytes
+
+    // A row that a query gave; good until its function returns.
+    class Row
+    {
+    public:
+        explicit Row(sqlite3_stmt* statement) : _statement(statement) {}
+        bool IsNull(int column) const;
+        long long GetNumber(int column) const;
+        std::string GetBytes(int column) const;
+
+    private:
+        sqlite3_stmt* _statement;
+    };
+
+    nxSqliteDatabase();
+    ~nxSqliteDatabase();
+
+    // Opens or creates the file, and begins a transaction that holds it. False: GetFailure() tells why.
+    [[nodiscard]] bool Open(const std::string& path);
+    // Ends what is under way without keeping it, and lets go of the file.
+    void Close();
+    bool IsReadOnly() const;
+
+    // One statement; its rows go to `take`. It is kept compiled.
+    bool Run(std::string_view sql, std::initializer_list<Value> values = {},
+             const std::function<void(const Row&)>& take = {});
+    // What the statement gives in its first row and column.
+    long long GetNumber(std::string_view sql);
+    long long GetLastID() const;
+
+    // Of a transaction that is begun already, nothing.
+    bool Begin();
+    bool IsInTransaction() const;
+    bool Commit() { return Run("COMMIT"); }
+    // Also ends a failure.
+    void Rollback();
+
+    bool HasFailed() const { return !_failure.empty(); }
+    const std::string& GetFailure() const { return _failure; }
+    // What failed is that another one holds the database, that it is none, or that it is damaged.
+    bool IsHeld() const;
+    bool IsForeign() const;
+    bool IsDamaged() const;
+
+private:
+    struct Finalizer
+    {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+
+    bool _Check(int code);
+
+    sqlite3* _database = nullptr;
+    std::map<std::string, std::unique_ptr<sqlite3_stmt, Finalizer>, std::less<>>
+        _statements;  // by their text
+    int _code = 0;    // of the failure
+    std::string _failure;
+};
