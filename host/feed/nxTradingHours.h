@@ -27,6 +27,8 @@ public:
        always open or always closed. */
     long long GetNextChange(long long time) const;
 
+    bool operator==(const nxTradingHours&) const = default;
+
 private:
     struct Session
     {
@@ -34,6 +36,7 @@ private:
         // next week.
         long long begin;
         long long end;
+        bool operator==(const Session&) const = default;
     };
 
     // Ascend by begin, apart from each other, also across the end of the week.

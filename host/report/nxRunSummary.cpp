@@ -41,6 +41,7 @@ std::string JoinEvents(const nxRunStatistics& statistics)
     if (statistics.depthRows != statistics.depthChanges)
         text += " (from " + Count(statistics.depthRows, "depth row)", "depth rows)");
     add(statistics.bars, "bar", "bars");
+    add(statistics.impliedQuotes, "implied quote", "implied quotes");
     add(statistics.timers, "timer", "timers");
     add(statistics.parameterChanges, "parameter change", "parameter changes");
     return text.empty() ? "none" : text;
