@@ -15,6 +15,9 @@ public:
     nxMutexGuard(const nxMutexGuard&) = delete;
     nxMutexGuard& operator=(const nxMutexGuard&) = delete;
 
+    /** False where the thread held the mutex already. */
+    bool IsHolder() const { return _locked; }
+
 private:
     nxMutex& _mutex;
     const bool _locked;

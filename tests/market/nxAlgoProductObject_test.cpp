@@ -158,7 +158,7 @@ TEST_F(nxAlgoProductObjectTest, SetFlattenOnExitIsLogged)
 class nxAlgoProductObjectLegsTest : public nxAlgoProductObjectTest
 {
 protected:
-    ~nxAlgoProductObjectLegsTest() override { nxProductCache::GetInstance().Clear(); }
+    ~nxAlgoProductObjectLegsTest() override { nxProductCache::GetInstance().Destroy(); }
 
     static nxStrategyLeg MakeLeg(const char* name, nxEnumValue side, const nxDecimal& price,
                                  const nxDecimal& trade)

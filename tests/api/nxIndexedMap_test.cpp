@@ -1,0 +1,231 @@
+#include "api/nxIndexedMap.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <stdexcept>
+
+#include "api/nxIndexedMapHashIndex.h"
+#include "api/nxIndexedMapPrefixIndex.h"
+
+namespace {
+
+using Map = nxIndexedMap<const std::string, '.'>;
+using Fields = std::vector<unsigned>;
+using HashIndex = nxIndexedMapHashIndex<const std::string, '.'>;
+using PrefixIndex = nxIndexedMapPrefixIndex<const std::string, '.'>;
+
+// Gathers the entries of a walk, up to a count.
+class Gather : public nxIndexedMapAction<const std::string>
+{
+public:
+    explicit Gather(std::size_t limit = SIZE_MAX) : _limit(limit) { _done = limit == 0; }
+    void operator()(const std::string* entry) override
+    {
+        found.push_back(*entry);
+        _done = found.size() >= _limit;
+    }
+    std::vector<std::string> found;
+
+private:
+    const std::size_t _limit;
+};
+
+std::string Walk(const Map& map, const std::string& pattern, std::size_t limit = SIZE_MAX)
+{
+    Gather gather(limit);
+    map.Apply(pattern, gather);
+    std::string text;
+    for (const std::string& entry : gather.found)
+        text += entry + ' ';
+    return text;
+}
+
+TEST(nxIndexedMapKey, MakesKeysCanonical)
+{
+    const struct
+    {
+        const char* key;
+        int fieldCount;
+        const char* canonical;
+    } rows[] = {
+        {"A.B", 4, "A.B.*.*"}, {"A..C", 4, "A.*.C.*"}, {"A.B.C", 2, "A.B"}, {"", 2, "*.*"},
+        {"A.", 2, "A.*"},      {"A.", 1, "A"},         {".", 3, "*.*.*"},   {"A.B", 0, ""},
+        {"A.B", -1, ""},       {"A*", 2, "A*.*"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(nxIndexedMapKey::GetCanonical(row.key, row.fieldCount, '.'), row.canonical) << row.key;
+}
+
+TEST(nxIndexedMapKey, MatchesFieldByField)
+{
+    const struct
+    {
+        const char* pattern;
+        const char* key;
+        bool matches;
+    } rows[] = {
+        {"A.*", "A.B", true},   {"A.*", "A.*", true},    {"A.B", "A.*", false},   {"*.*", "A.B", true},
+        {"A.*", "AB.C", false}, {"AB.*", "A.C", false},  {"A.*", "A.B.C", false}, {"A.*.*", "A.B", false},
+        {"a.*", "A.B", false},  {"A*.*", "AB.C", false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(nxIndexedMapKey::Matches(row.pattern, row.key, '.'), row.matches)
+            << row.pattern << " " << row.key;
+}
+
+TEST(nxIndexedMapKey, MaskHolds32Fields)
+{
+    EXPECT_EQ(nxIndexedMapKey::GetFieldMask("A.*.C.A*", '.').to_ulong(), 0b1101u);
+    EXPECT_TRUE(nxIndexedMapKey::GetFieldMask(nxIndexedMapKey::GetCanonical("", 32, '.'), '.').none());
+    EXPECT_THROW(nxIndexedMapKey::GetFieldMask(nxIndexedMapKey::GetCanonical("", 33, '.'), '.'),
+                 std::out_of_range);
+}
+
+TEST(nxIndexedMap, WalksInOrderAndEndsWhenTheActionIsDone)
+{
+    Map map(3);
+    const std::string entries[] = {"first", "second", "third", "fourth"};
+    map.Insert("A.B", &entries[0]);
+    map.Insert("B.B.C", &entries[1]);
+    map.Insert("A.C.C.D", &entries[2]);
+    EXPECT_EQ(Walk(map, ""), "first third second ");
+    EXPECT_EQ(Walk(map, "..C"), "third second ");
+    EXPECT_EQ(Walk(map, "..C", 1), "third ");
+    EXPECT_EQ(Walk(map, "A.C.C"), "third ");
+    EXPECT_EQ(Walk(map, "A.C.C", 0), "");
+    EXPECT_EQ(Walk(map, "A.X.C"), "");
+    map.Insert("A.B.*", &entries[3]);  // the same key again
+    EXPECT_EQ(Walk(map, "A"), "fourth third ");
+    EXPECT_EQ(map.Find("A.B"), nullptr);  // as it stands
+    EXPECT_EQ(map.Find("A.B.*"), &entries[3]);
+}
+
+TEST(nxIndexedMap, ChoosesTheIndexThatSharesMost)
+{
+    struct Made
+    {
+        Fields fields;
+        bool preferred = false;
+        bool direct = false;
+    };
+    const struct
+    {
+        std::vector<Made> indices;
+        Fields bound;
+        int index;  // -1: none
+        int matchKind;
+    } rows[] = {
+        {{}, {0}, -1, 0},
+        {{{{0}}}, {1}, -1, 0},
+        {{{{0}}, {{0, 1}}}, {0, 1}, 1, 1},              // the same fields win at once
+        {{{{0, 1, 2}, true}, {{0, 1}}}, {0, 1}, 1, 1},  // over a preferred one
+        {{{{0}}, {{0, 1}}}, {0, 1, 2}, 1, 2},
+        {{{{0, 1, 3}}, {{2}}}, {0, 1, 2}, 0, 3},            // more fields count, not whole ones
+        {{{{0}}, {{1}}}, {0, 1}, 0, 2},                     // the first of equals
+        {{{{0}}, {{1}, true}}, {0, 1}, 1, 2},               // unless one is preferred
+        {{{{0}, true}, {{1}, true}}, {0, 1}, 0, 2},         // the first of the preferred
+        {{{{0, 1}}, {{2}, true}}, {0, 1, 3}, 0, 2},         // preference does not outweigh fields
+        {{{{0, 1}}, {{0}, false, true}}, {0, 1}, 1, 1},     // a direct one comes before all
+        {{{{0, 1}}, {{0, 2}, false, true}}, {0, 1}, 0, 1},  // when all its fields are bound
+        {{{{0, 1}, false, true}, {{0}, false, true}}, {0}, 1, 1},
+    };
+    for (const auto& row : rows) {
+        Map map(4);
+        std::vector<Map::Index*> made;
+        for (const Made& index : row.indices) {
+            auto hash = std::make_unique<HashIndex>(index.fields, index.preferred);
+            made.push_back(hash.get());
+            map.AddIndex(std::move(hash), index.direct);
+        }
+        Map::FieldMask bound;
+        for (const unsigned field : row.bound)
+            bound.set(field);
+        const Map::Choice choice = map.ChooseIndex(bound);
+        const auto number = static_cast<std::size_t>(&row - rows);
+        EXPECT_EQ(choice.index, row.index < 0 ? nullptr : made[static_cast<std::size_t>(row.index)])
+            << number;
+        EXPECT_EQ(choice.matchKind, row.matchKind) << number;
+    }
+}
+
+TEST(nxIndexedMap, AnIndexLooksAtFewEntries)
+{
+    const std::string entry = "entry";
+    HashIndex hash(Fields{0, 2});
+    PrefixIndex prefix(Fields{2, 0});
+    for (char type = 'A'; type < 'E'; ++type)
+        for (char exchange = 'a'; exchange < 'k'; ++exchange)
+            for (Map::Index* index : {static_cast<Map::Index*>(&hash), static_cast<Map::Index*>(&prefix)})
+                index->Insert({type, '.', 'N', '.', exchange}, &entry);
+    EXPECT_EQ(hash.GetEntryCount(), 40u);
+    EXPECT_EQ(hash.CountCandidates("A.*.b", nxIndexedMapMatch::Bound), 1u);
+    EXPECT_EQ(hash.CountCandidates("A.*.*", nxIndexedMapMatch::PartBound), 10u);
+    EXPECT_EQ(prefix.CountCandidates("A.*.b", nxIndexedMapMatch::Bound), 1u);
+    EXPECT_EQ(prefix.CountCandidates("*.*.b", nxIndexedMapMatch::PartBound), 4u);
+    EXPECT_EQ(prefix.CountCandidates("A.*.*", nxIndexedMapMatch::PartBound), 40u);  // the first field is open
+}
+
+// Every walk of maps with random indices finds what a scan with the matcher finds, no more and no less.
+TEST(nxIndexedMap, EveryWalkFindsWhatAScanFinds)
+{
+    constexpr int fieldCount = 4;
+    std::mt19937 random(20240607);
+    const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };
+    const auto makeKey = [&](unsigned wildcards) {
+        const char* const values[] = {"A", "B", "AB", "C", "*"};
+        std::string key;
+        for (int i = 0; i < fieldCount; ++i)
+            key += (i > 0 ? "." : "") + std::string(below(10) < wildcards ? "*" : values[below(5)]);
+        return key;
+    };
+    const auto addIndex = [&](Map& map) {
+        Fields fields;
+        for (unsigned field = 0; field < fieldCount; ++field)
+            if (below(2) == 0) fields.push_back(field);
+        if (fields.empty()) fields.push_back(below(fieldCount));
+        std::shuffle(fields.begin(), fields.end(), random);
+        const bool preferred = below(2) == 0;
+        if (below(2) == 0)
+            map.AddIndex(std::make_unique<HashIndex>(fields, preferred), below(3) == 0);
+        else
+            map.AddIndex(std::make_unique<PrefixIndex>(fields, preferred), below(3) == 0);
+    };
+    for (int round = 0; round < 60; ++round) {
+        std::vector<std::unique_ptr<std::string>> entries;
+        Map map(fieldCount);
+        for (unsigned i = below(4); i > 0; --i)
+            addIndex(map);
+        for (unsigned i = below(150); i > 0; --i) {
+            const std::string key = makeKey(1);
+            if (below(6) == 0) {
+                map.Remove(key);
+                continue;
+            }
+            entries.push_back(std::make_unique<std::string>(key + "#" + std::to_string(i)));
+            map.Insert(key, entries.back().get());
+        }
+        addIndex(map);  // one that comes late
+        for (int walk = 0; walk < 60; ++walk) {
+            const std::string pattern = makeKey(6);
+            std::vector<std::string> expected;
+            for (const auto& [key, entry] : map.GetMap())
+                if (nxIndexedMapKey::Matches(pattern, key, '.')) expected.push_back(*entry);
+            Gather all;
+            map.Apply(pattern, all);
+            std::sort(all.found.begin(), all.found.end());
+            std::sort(expected.begin(), expected.end());
+            ASSERT_EQ(all.found, expected) << "round " << round << ", " << pattern;
+            const std::size_t limit = 1 + below(4);
+            Gather some(limit);
+            map.Apply(pattern, some);
+            ASSERT_EQ(some.found.size(), std::min(limit, expected.size()))
+                << "round " << round << ", " << pattern;
+        }
+        map.Clear();
+        ASSERT_EQ(Walk(map, makeKey(6)), "");
+    }
+}
+
+}  // namespace
