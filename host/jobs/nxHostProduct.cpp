@@ -1,12 +1,13 @@
 #include "host/jobs/nxHostProduct.h"
 
+#include "host/jobs/nxHostDefinitionService.h"
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostOrder.h"
 #include "host/jobs/nxHostServices.h"
-#include "host/jobs/nxProductDefinitions.h"
 
 nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id)
-    : nxAlgoProductObject(job, nxProductDefinitions::GetIdentity(market.GetName(), market.IsStrategy()), id),
+    : nxAlgoProductObject(job, nxHostDefinitionService::GetIdentity(market.GetName(), market.IsStrategy()),
+                          id),
       _market(market),
       _priceEvent(job, &market.GetPrice(), &market.GetPriceUpdate(), id),
       _depthEvent(job, &market.GetDepth(), id),

@@ -12,8 +12,8 @@
 #include "host/exchange/nxImpliedQuote.h"
 #include "host/exchange/nxMarketProduct.h"
 #include "host/feed/nxFeed.h"
+#include "host/jobs/nxHostDefinitionService.h"
 #include "host/jobs/nxHostServices.h"
-#include "host/jobs/nxProductDefinitions.h"
 #include "host/report/nxProgressBar.h"
 #include "host/report/nxRunRecord.h"
 #include "host/report/nxRunStatistics.h"
@@ -206,7 +206,7 @@ private:
     nxRunStatistics _statistics;
     std::vector<std::unique_ptr<Market>> _markets;  // null until the product is met
     std::vector<Market*> _strategies;               // each behind its legs
-    nxProductDefinitions _definitions;
+    nxHostDefinitionService _definitions;
     std::optional<nxFileWatch> _watch;                   // of the product file
     std::optional<nxSimulatedExchange> _exchange;        // from the first order on; behind the markets
     std::vector<nxHostOrder*> _orders;                   // as they came to be

@@ -39,7 +39,7 @@ nxFeedEvent GetEvent(const nxPrice& update, long long time)
 // Once the jobs are there, before their scripts are.
 void nxReplayServer::_MakeStrategies()
 {
-    _definitions.Publish(_options.products);
+    _definitions.SetProducts(_options.products);
     if (_options.watchProducts) _watch.emplace(_options.productFile, _options.watchInterval);
     // The described products are the first of the feed's, in their order.
     std::unordered_map<std::string_view, unsigned int> indexes;
@@ -159,7 +159,7 @@ void nxReplayServer::_FollowProducts()
         _Log(path + ": " + change);
     if (update.changes.empty()) return;
     _options.products = update.products;
-    _definitions.Publish(_options.products);
+    _definitions.SetProducts(_options.products);
     for (Market* strategy : _strategies)
         _SetTerms(*strategy, *std::ranges::find(_options.products, strategy->product.GetName(),
                                                 &nxProductDescription::name));

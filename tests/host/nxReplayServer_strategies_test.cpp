@@ -236,7 +236,7 @@ TEST_F(nxReplayServerStrategiesTest, AWatchedFileIsTakenOverAsFarAsItMayChange)
     Describe(Spread);
     SetScript(R"(
 function OnInit() s = job:getProduct("S") s:subscribePrice() job:getProduct("A"):subscribePrice() end
-function OnPrice(p) if p.impliedBidPrice then log(implied(p)) else log("A") end end)");
+function OnPrice(p) if p.impliedBidPrice then log(s.priceOffset, implied(p)) else log("A") end end)");
     run.AddQuotes("@00,B,3,9,3.5,7,,,\n@01,A,10,4,11,5,,,\n@02,A,,1,,,,,\n@03,A,,2,,,,,\n@04,A,,3,,,,,\n");
     run.options.watchProducts = true;
     run.options.watchInterval = {};
@@ -251,9 +251,9 @@ function OnPrice(p) if p.impliedBidPrice then log(implied(p)) else log("A") end 
             std::filesystem::file_time_type::clock::now() + std::chrono::hours(++version));
     };
     buffer.actions = {
-        {"  6.5 4 8 5\n", [&] { write("legs =", "priceOffset = 0.5\nlegs ="); }},
-        {"  7 1 8.5 5\n", [&] { write("pointValue = 10", "pointValue = 5"); }},
-        {"  7 2 8.5 5\n", [&] { write("= 10", "= "); }},
+        {" 6.5 4 8 5\n", [&] { write("legs =", "priceOffset = 0.5\nlegs ="); }},
+        {" 7 1 8.5 5\n", [&] { write("pointValue = 10", "pointValue = 5"); }},
+        {" 7 2 8.5 5\n", [&] { write("= 10", "= "); }},
     };
     std::ostream out(&buffer);
     std::ostringstream err;
@@ -261,16 +261,16 @@ function OnPrice(p) if p.impliedBidPrice then log(implied(p)) else log("A") end 
     EXPECT_EQ(server.Run(), nxRunResult::Done);
     const std::string log = run.Hide(buffer.str());
     EXPECT_EQ(log.substr(0, log.find("--- summary")), R"(01.000  A
-01.000  6.5 4 8 5
+01.000  nil 6.5 4 8 5
 01.000  products.toml: S: priceOffset is 0.5, was none
-01.000  7 4 8.5 5
+01.000  0.5 7 4 8.5 5
 02.000  A
-02.000  7 1 8.5 5
+02.000  0.5 7 1 8.5 5
 02.000  products.toml: pointValue of "S" cannot change during a run; the products stay as they were
 03.000  A
-03.000  7 2 8.5 5
+03.000  0.5 7 2 8.5 5
 03.000  products.toml:8:1: missing value after key-value separator '='; the products stay as they were
 04.000  A
-04.000  7 3 8.5 5
+04.000  0.5 7 3 8.5 5
 )");
 }
