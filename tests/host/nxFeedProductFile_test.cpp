@@ -162,6 +162,18 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
     EXPECT_THAT(GetError(product + "name = \"B\"\n"), testing::StartsWith("FILE:3:"));
 }
 
+TEST(nxFeedProductFileTest, TheExampleIsAFutureAShareAPairAndASpread)
+{
+    std::vector<nxProductDescription> products;
+    nxFeedError error;
+    ASSERT_TRUE(nxProductFile::Read(NX_SOURCE_DIR "/examples/products.toml", products, error))
+        << error.GetText();
+    std::string names;
+    for (const nxProductDescription& product : products)
+        names += product.name + (product.IsStrategy() ? " of legs," : ",");
+    EXPECT_EQ(names, "NEAR,FAR,SHARE,EURUSD,FAR-NEAR of legs,");
+}
+
 TEST(nxFeedProductFileTest, WhatCannotBeOpenedIsTold)
 {
     std::vector<nxProductDescription> products;
