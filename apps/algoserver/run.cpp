@@ -31,7 +31,6 @@ struct RunArguments
 {
     nxRunOptions options;
     nxRunArguments jobs;
-    std::string productFile;
     std::string onError = "stop";
     std::string logLevel = "error";
     unsigned int memoryLimit = 0;  // MiB
@@ -67,9 +66,11 @@ int Run(RunArguments& arguments)
     nxRunOptions& options = arguments.options;
     if (arguments.jobs.scripts.empty())
         return Refuse("no script; it stands in front of --data, which takes every name behind it");
-    if (!arguments.productFile.empty()) {
+    if (options.watchProducts && options.productFile.empty())
+        return Refuse("--watch-products is for the file of --products");
+    if (!options.productFile.empty()) {
         nxFeedError error;
-        if (!nxProductFile::Read(arguments.productFile, options.products, error)) {
+        if (!nxProductFile::Read(options.productFile, options.products, error)) {
             std::cerr << error.GetText() << "\n";
             return static_cast<int>(nxRunResult::InputFailed);
         }
@@ -123,8 +124,12 @@ void AddRunCommand(CLI::App& app, int& status)
     run->add_option("script", jobs.scripts, "The Lua scripts, one for each job, in front of --data")
         ->option_text("SCRIPT... REQUIRED");
     run->add_option("--data,-d", options.data, "Recorded data, one or more files merged by time")->required();
-    run->add_option("--products,-p", arguments->productFile,
-                    "TOML file that describes products: tick size, lot size, point value, currency");
+    run->add_option("--products,-p", options.productFile,
+                    "TOML file that describes products: tick size, lot size, point value, currency, legs of "
+                    "strategies");
+    run->add_flag("--watch-products", options.watchProducts,
+                  "Take over price offsets and ratios that change in the file of --products during the run, "
+                  "which does not repeat then");
     addRepeated("--module,-m", options.modules, "Lua file to put in front of every script; may be repeated");
     addRepeated("--name,-n", jobs.names,
                 "Name of a job, in the order of the scripts; without it the file's name. May be repeated");

@@ -28,9 +28,13 @@ nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, nxFillModel model,
 
 nxExchangeBook::Best nxExchangeBook::_GetBest(bool asks) const
 {
-    const nxPrice& price = _market.GetPrice();
-    return asks ? Best{price.GetAskPrice(), price.GetAskVolume()}
-                : Best{price.GetBidPrice(), price.GetBidVolume()};
+    Best best;
+    if (asks) {
+        _market.GetPrice().GetBestAskPriceAndVolume(best.price, best.volume);
+    } else {
+        _market.GetPrice().GetBestBidPriceAndVolume(best.price, best.volume);
+    }
+    return best;
 }
 
 nxVolume nxExchangeBook::_GetShown(bool bids, const nxDecimal& price) const

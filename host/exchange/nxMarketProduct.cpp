@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/exchange/nxImpliedQuote.h"
+
 namespace {
 
 constexpr long long NanosecondsPerDay = 86'400'000'000'000;
@@ -145,27 +147,50 @@ void nxMarketProduct::ApplyDepth(std::span<const nxFeedLevel> levels)
     }
 }
 
+// Into the price and, where it is news, into the update. True when it is.
+template <class Value>
+bool nxMarketProduct::_Change(const Value& (nxPrice::*getter)() const, void (nxPrice::*setter)(const Value&),
+                              const Value& value)
+{
+    if ((_price.*getter)() == value) return false;
+    (_price.*setter)(value);
+    (_update.*setter)(value);
+    return true;
+}
+
 bool nxMarketProduct::QuoteFromDepth()
 {
     _BeginUpdate();
-    bool changed = false;
-    const auto set = [&](auto getter, auto setter, const auto& value) {
-        if ((_price.*getter)() == value) return;
-        (_price.*setter)(value);
-        (_update.*setter)(value);
-        changed = true;
-    };
     const nxMarketDepth::Map& bids = _depth.GetBidMap();
     const nxMarketDepth::Map& asks = _depth.GetAskMap();
     const bool hasBid = !bids.empty();
     const bool hasAsk = !asks.empty();
-    set(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, hasBid ? bids.rbegin()->first : nxDecimal());
-    set(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume,
-        hasBid ? nxVolume(bids.rbegin()->second.volume) : nxVolume());
-    set(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, hasAsk ? asks.begin()->first : nxDecimal());
-    set(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume,
-        hasAsk ? nxVolume(asks.begin()->second.volume) : nxVolume());
+    bool changed =
+        _Change(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, hasBid ? bids.rbegin()->first : nxDecimal());
+    changed |= _Change(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume,
+                       hasBid ? nxVolume(bids.rbegin()->second.volume) : nxVolume());
+    changed |=
+        _Change(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, hasAsk ? asks.begin()->first : nxDecimal());
+    changed |= _Change(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume,
+                       hasAsk ? nxVolume(asks.begin()->second.volume) : nxVolume());
     return changed;
+}
+
+bool nxMarketProduct::ApplyImplied(const nxImpliedQuote& quote)
+{
+    nxImpliedQuote before;
+    before.bid = _price.GetImpliedBidPrice();
+    before.ask = _price.GetImpliedAskPrice();
+    before.bidVolume = _price.GetImpliedBidVolume();
+    before.askVolume = _price.GetImpliedAskVolume();
+    // The update stays that of the latest event.
+    if (before == quote) return false;
+    _BeginUpdate();
+    _Change(&nxPrice::GetImpliedBidPrice, &nxPrice::SetImpliedBidPrice, quote.bid);
+    _Change(&nxPrice::GetImpliedBidVolume, &nxPrice::SetImpliedBidVolume, quote.bidVolume);
+    _Change(&nxPrice::GetImpliedAskPrice, &nxPrice::SetImpliedAskPrice, quote.ask);
+    _Change(&nxPrice::GetImpliedAskVolume, &nxPrice::SetImpliedAskVolume, quote.askVolume);
+    return true;
 }
 
 bool nxMarketProduct::SetState(unsigned int bits)

@@ -10,6 +10,8 @@
 #include "base/records/nxPriceTradeVolumes.h"
 #include "host/feed/nxFeedEvent.h"
 
+struct nxImpliedQuote;
+
 // What the replayed market of one product looks like now: its price, the change that the latest event
 // brought, its book and its state. Owned by the server, one for all jobs; changed on the replay's thread
 // between callbacks only, so views may point into it.
@@ -25,6 +27,9 @@ public:
     nxMarketProduct& operator=(const nxMarketProduct&) = delete;
 
     const std::string& GetName() const { return _name; }
+    // It is described by legs, whose prices imply quotes of it.
+    bool IsStrategy() const { return _isStrategy; }
+    void SetStrategy() { _isStrategy = true; }
     const nxPrice& GetPrice() const { return _price; }
     const nxPrice& GetPriceUpdate() const { return _update; }
     const nxMarketDepth& GetDepth() const { return _depth; }
@@ -42,16 +47,22 @@ public:
     // Makes the best levels of the book the price, for a product that has no quotes of its own. False when
     // neither changed.
     [[nodiscard]] bool QuoteFromDepth();
+    // What the legs of a strategy imply now, beside its own quotes. False when it was that already.
+    [[nodiscard]] bool ApplyImplied(const nxImpliedQuote& quote);
     // False when the state is that already.
     [[nodiscard]] bool SetState(unsigned int bits);
 
 private:
     void _BeginUpdate();
+    template <class Value>
+    bool _Change(const Value& (nxPrice::*getter)() const, void (nxPrice::*setter)(const Value&),
+                 const Value& value);
     void _AddTrade(const nxDecimal& price, const nxVolume& volume, long long time);
     void _BeginDay(long long time);
     void _AddVolume(const nxVolume& volume);
 
     std::string _name;
+    bool _isStrategy = false;
     nxPrice _price;
     nxPrice _update;  // no-change in every field the latest event left alone
     nxMarketDepth _depth;

@@ -48,6 +48,11 @@ const nxFeedEvent* nxFeed::Next()
     return _heads.empty() ? nullptr : _heads.front().event;
 }
 
+void nxFeed::NotePrice(std::string_view product, const nxDecimal& price)
+{
+    _products.Get(_products.Add(product)).NotePrice({price.GetMantissa(), price.GetDecimalPlaces(), true});
+}
+
 std::vector<std::string> nxFeed::GetRemarks() const
 {
     std::vector<std::string> remarks;

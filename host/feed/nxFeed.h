@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/feed/nxFeedReader.h"
@@ -31,6 +32,9 @@ public:
 
     [[nodiscard]] const nxFeedProductTable& GetProducts() const { return _products; }
     [[nodiscard]] const std::vector<std::unique_ptr<nxFeedReader>>& GetReaders() const { return _readers; }
+
+    /** A price that a product is going to have beside those of its data, for the tick size. */
+    void NotePrice(std::string_view product, const nxDecimal& price);
 
     /** What a person should hear at the end of a run beside errors: files without rows, bad rows that were
        skipped, gaps between bars, crossed and locked quotes. */

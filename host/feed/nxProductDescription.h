@@ -8,18 +8,18 @@
 #include "base/values/nxDecimal.h"
 #include "host/feed/nxTradingHours.h"
 
-/** One leg of a described strategy. */
+/** One leg of a described strategy: what is done with its product when the strategy is bought. */
 struct nxProductLegDescription
 {
     std::string product;
     nxBuySellEnum side{nxBuySell_Buy};
-    nxDecimal priceRatio = nxDecimalOne;
-    nxDecimal tradeRatio = nxDecimalOne;
+    nxDecimal priceRatio = nxDecimalOne;  // above 0: the leg's share in the strategy's price
+    nxDecimal tradeRatio = nxDecimalOne;  // a whole number: its lots in one lot of the strategy
+
+    bool operator==(const nxProductLegDescription&) const = default;
 };
 
-/** What a product file says about one product. What it leaves out is null, empty or undefined. The replay
-   uses name, tick size, lot size, point value, currency, exchange and trading hours; the rest is kept for
-   those who ask. */
+/** What a product file says about one product. What it leaves out is null, empty or undefined. */
 struct nxProductDescription
 {
     std::string name;
@@ -33,5 +33,8 @@ struct nxProductDescription
     nxDecimal makerFee;  // negative: a rebate
     nxDecimal takerFee;
     bool feeIsRate = false;  // fees are a share of the money that changes hands, not a sum for each lot
-    std::vector<nxProductLegDescription> legs;
+    std::vector<nxProductLegDescription> legs;  // two at least, for a strategy; else none
+    nxDecimal priceOffset;                      // of a strategy: what its price has on top of its legs'
+
+    [[nodiscard]] bool IsStrategy() const { return !legs.empty(); }
 };

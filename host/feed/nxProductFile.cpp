@@ -1,8 +1,10 @@
 #include "host/feed/nxProductFile.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "base/values/nxStringHelper.h"
+#include "host/feed/nxStrategyOrder.h"
 #include "host/feed/nxTomlFile.h"
 
 namespace {
@@ -51,6 +53,16 @@ public:
         if (number <= nxDecimalZero) Refuse(value, key + " is not above 0: " + number.GetAsString());
         return number;
     }
+
+    nxDecimal GetTradeRatio(const toml::value& value, const std::string& key) const
+    {
+        constexpr nxDecimal most = nxDecimal::FromMantissa(1'000'000, 0);
+        nxDecimal number = GetNumber(value, key);
+        number.Normalise(0);
+        if (number.GetDecimalPlaces() != 0 || number <= nxDecimalZero || number > most)
+            Refuse(value, key + " is no whole number from 1 to 1000000: " + number.GetAsString());
+        return number;
+    }
 };
 
 nxProductLegDescription GetLeg(const Reader& reader, const toml::value& table)
@@ -65,14 +77,27 @@ nxProductLegDescription GetLeg(const Reader& reader, const toml::value& table)
                 reader.Refuse(*value, "side is neither \"BUY\" nor \"SELL\"");
             leg.side = side == "BUY" ? nxBuySell_Buy : nxBuySell_Sell;
         } else if (key == "priceRatio")
-            leg.priceRatio = reader.GetNumber(*value, key);
+            leg.priceRatio = reader.GetPositive(*value, key);
         else if (key == "tradeRatio")
-            leg.tradeRatio = reader.GetNumber(*value, key);
+            leg.tradeRatio = reader.GetTradeRatio(*value, key);
         else
             reader.RefuseKey(*value, key, "product, side, priceRatio, tradeRatio");
     }
     if (leg.product.empty()) reader.Refuse(table, "leg without a product");
     return leg;
+}
+
+void ReadLegs(const Reader& reader, const toml::value& value, nxProductDescription& product)
+{
+    if (product.IsStrategy()) reader.Refuse(value, "leg and legs are the same; write one of them");
+    const toml::array& tables = reader.GetTables(value, "product.legs");
+    for (const toml::value& table : tables) {
+        const nxProductLegDescription leg = GetLeg(reader, table);
+        if (std::ranges::count(product.legs, leg.product, &nxProductLegDescription::product) != 0)
+            reader.Refuse(table, "product \"" + leg.product + "\" is a leg twice");
+        product.legs.push_back(leg);
+    }
+    if (tables.size() < 2) reader.Refuse(value, "a strategy has at least two legs");
 }
 
 nxProductDescription GetProduct(const Reader& reader, const toml::value& table)
@@ -108,31 +133,65 @@ nxProductDescription GetProduct(const Reader& reader, const toml::value& table)
                 reader.Refuse(*value, "feeIsRate is neither true nor false");
             else
                 product.feeIsRate = value->as_boolean();
-        } else if (key == "leg") {
-            for (const toml::value& leg : reader.GetTables(*value, "product.leg"))
-                product.legs.push_back(GetLeg(reader, leg));
-        } else
+        } else if (key == "leg" || key == "legs") {
+            ReadLegs(reader, *value, product);
+        } else if (key == "priceOffset")
+            product.priceOffset = reader.GetNumber(*value, key);
+        else
             reader.RefuseKey(
                 *value, key,
                 "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
-                "makerFee, takerFee, feeIsRate, leg");
+                "makerFee, takerFee, feeIsRate, legs, priceOffset");
     }
     if (product.name.empty()) reader.Refuse(table, "product without a name");
+    for (const char* key : {"priceOffset", "tradingHours"}) {
+        const bool isOfStrategy = key == std::string_view("priceOffset");
+        if (product.IsStrategy() == isOfStrategy || !table.contains(key)) continue;
+        reader.Refuse(table.at(key), isOfStrategy ? "only a strategy, which has legs, has a priceOffset"
+                                                  : "a strategy has no tradingHours: it is open while its "
+                                                    "legs are");
+    }
     return product;
+}
+
+// What only all products together can tell of the legs. `tables` stand where the products do.
+void CheckLegs(const Reader& reader, const std::vector<nxProductDescription>& products,
+               const std::vector<const toml::value*>& tables)
+{
+    std::unordered_map<std::string_view, std::size_t> indexes;
+    for (std::size_t i = 0; i < products.size(); ++i)
+        if (!indexes.emplace(products[i].name, i).second)
+            reader.Refuse(*tables[i], "product \"" + products[i].name + "\" described twice");
+    for (std::size_t i = 0; i < products.size(); ++i) {
+        for (std::size_t leg = 0; leg < products[i].legs.size(); ++leg) {
+            const std::string& name = products[i].legs[leg].product;
+            if (indexes.contains(name)) continue;
+            const char* const key = tables[i]->contains("legs") ? "legs" : "leg";
+            reader.Refuse(tables[i]->at(key).as_array()[leg].at("product"),
+                          "leg of a product that is not described: \"" + name + "\"");
+        }
+    }
+    const nxStrategyOrder order(products);
+    if (order.cycle.empty()) return;
+    std::string names;
+    for (const std::size_t i : order.cycle)
+        names += products[i].name + " -> ";
+    reader.Refuse(*tables[order.cycle.front()],
+                  "a strategy is among its own legs: " + names + products[order.cycle.front()].name);
 }
 
 std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::value& root)
 {
     std::vector<nxProductDescription> products;
+    std::vector<const toml::value*> tables;
     for (const auto& [key, value] : reader.GetEntries(root, "product")) {
         if (key != "product") reader.RefuseKey(*value, key, "product");
         for (const toml::value& table : reader.GetTables(*value, "product")) {
             products.push_back(GetProduct(reader, table));
-            const std::string& name = products.back().name;
-            if (std::ranges::count(products, name, &nxProductDescription::name) > 1)
-                reader.Refuse(table, "product \"" + name + "\" described twice");
+            tables.push_back(&table);
         }
     }
+    CheckLegs(reader, products, tables);
     return products;
 }
 

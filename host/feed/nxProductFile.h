@@ -20,14 +20,16 @@
        makerFee = 0.25
        takerFee = 0.25
 
-       [[product.leg]]        # for strategies, once for each leg
+       priceOffset = 0.5      # of a strategy, whose legs are described, too
+
+       [[product.legs]]       # once for each leg; `product.leg` is the same
        product = "ESH4"
        side = "BUY"           # or "SELL"
        priceRatio = 1
        tradeRatio = 1
 
    A number written as a float counts as its shortest text, so 0.01 is exactly that. A key of another name, a
-   value of another type and a name given twice are refused. */
+   value of another type, a name given twice, and legs that make no sense are refused. */
 class nxProductFile
 {
 public:

@@ -29,6 +29,8 @@ public:
     /** The last moment up to time at which it did; the first of all times when there was none. */
     long long GetLastChange(long long time) const;
 
+    bool operator==(const nxTradingHours&) const = default;
+
 private:
     struct Session
     {
@@ -36,6 +38,7 @@ private:
         // next week.
         long long begin;
         long long end;
+        bool operator==(const Session&) const = default;
     };
 
     // Ascend by begin, apart from each other, also across the end of the week.

@@ -110,12 +110,12 @@ const nxTradingStatistics& nxHostJob::GetTrading()
 
 nxAlgoOrderObject* nxHostJob::CreateOrder(nxAlgoProductObject* product, const std::string& side,
                                           const std::string& type, const std::string& exec,
-                                          const std::string& time, const std::string&)
+                                          const std::string& time, const std::string& spreadSpec)
 {
     auto& known = static_cast<nxHostProduct&>(*product);  // every product of the job is one
     const unsigned int id = _services.ReserveOrder();
-    _orders.push_back(
-        std::make_unique<nxHostOrder>(*this, known, nxHostOrder::Texts{side, type, exec, time}, id));
+    const nxHostOrder::Texts texts{side, type, exec, time, spreadSpec, {}};
+    _orders.push_back(std::make_unique<nxHostOrder>(*this, known, texts, id));
     _services.NoteOrder(*_orders.back());
     return _orders.back().get();
 }

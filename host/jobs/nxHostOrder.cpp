@@ -44,7 +44,9 @@ nxOrderKind GetKindOf(const nxHostOrder::Texts& texts)
 
 nxHostOrder::Texts GetTextsOf(const nxOrderKind& kind)
 {
-    nxHostOrder::Texts texts{kind.isBuy ? "BUY" : "SELL", kind.isMarket ? "MARKET" : "LIMIT", {}, {}};
+    nxHostOrder::Texts texts;
+    texts.side = kind.isBuy ? "BUY" : "SELL";
+    texts.type = kind.isMarket ? "MARKET" : "LIMIT";
     for (const auto& known : Executions)
         if (kind.execution == known.execution) texts.exec = known.text;
     for (const auto& known : Durations)
@@ -165,6 +167,8 @@ nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxExchang
     : nxHostOrder(job, product, GetTextsOf(child.kind), child.id)
 {
     _state->parent = parent.GetID();
+    _state->texts.spreadSpec = parent._state->texts.spreadSpec;
+    _state->texts.spreadInstance = parent._state->texts.spreadInstance;
     _state->kind = child.kind;
     _state->terms = _state->wanted = child.terms;
     _state->isSent = true;
@@ -309,6 +313,8 @@ void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms)
                                {"orderType", _state->texts.type},
                                {"exec", _state->texts.exec},
                                {"timeInForce", _state->texts.time},
+                               {"spreadSpec", _state->texts.spreadSpec},
+                               {"spreadInstance", _state->texts.spreadInstance},
                                Number("volume", terms.volume),
                                Number("price", terms.price),
                                Number("stopPrice", terms.stopPrice),

@@ -28,6 +28,7 @@ public:
     struct Texts
     {
         std::string side, type, exec, time;
+        std::string spreadSpec, spreadInstance;  // of a strategy; kept for those who read them
     };
 
     nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& texts, unsigned int id);
@@ -59,6 +60,9 @@ public:
     std::string GetType() override { return _state->texts.type; }
     std::string GetExec() override { return _state->texts.exec; }
     std::string GetTime() override { return _state->texts.time; }
+    std::string GetSpreadSpec() override { return _state->texts.spreadSpec; }
+    // Before it is first worked.
+    void SetSpreadInstance(const std::string& text) { _state->texts.spreadInstance = text; }
     nxDecimal GetStopPrice() override { return _state->terms.stopPrice; }
     nxVolume GetIcebergMinPeakSize() override { return _state->terms.icebergMinPeak; }
     nxVolume GetIcebergMaxPeakSize() override { return _state->terms.icebergMaxPeak; }

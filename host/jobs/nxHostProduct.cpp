@@ -3,13 +3,16 @@
 #include <algorithm>
 
 #include "host/jobs/nxBarServices.h"
+#include "host/jobs/nxHostDefinitionService.h"
 #include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxHostOrder.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 
 nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id)
-    : nxAlgoProductObject(job, nxGenericProductID(market.GetName()), id),
+    : nxAlgoProductObject(job, nxHostDefinitionService::GetIdentity(market.GetName(), market.IsStrategy()),
+                          id),
       _market(market),
       _priceEvent(job, &market.GetPrice(), &market.GetPriceUpdate(), id),
       _depthEvent(job, &market.GetDepth(), id),
@@ -42,9 +45,13 @@ nxAlgoPositionObject& nxHostProduct::GetPositionEvent()
 
 nxAlgoOrderObject* nxHostProduct::_CreateOrder(const std::string& side, const std::string& type,
                                                const std::string& exec, const std::string& time,
-                                               const std::string& spreadSpec, const std::string&)
+                                               const std::string& spreadSpec,
+                                               const std::string& spreadInstance)
 {
-    return GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
+    nxAlgoOrderObject* const order = GetJob()->CreateOrder(this, side, type, exec, time, spreadSpec);
+    // The job's operation has no place for it.
+    static_cast<nxHostOrder&>(*order).SetSpreadInstance(spreadInstance);
+    return order;
 }
 
 nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const std::string& period,

@@ -68,6 +68,7 @@ public:
     }
 
 protected:
+    bool _IsStrategy() const override { return _market.IsStrategy(); }
     void _GetPriceSnapshot(nxPrice& price) const override { price = _market.GetPrice(); }
     void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = _market.GetDepth(); }
     void _GetState(nxProductStateBitMask& state) const override { state = _market.GetState(); }

@@ -13,8 +13,14 @@ nxDecimal OrZero(const nxDecimal& number)
 nxDecimal nxProductAccount::GetMark(const nxPrice& price) const
 {
     const long long net = _keeper.GetNet();
-    const nxDecimal& side = net < 0 ? price.GetAskPrice() : price.GetBidPrice();
-    if (net != 0 && side.IsValid()) return side;
+    nxDecimal side;
+    nxVolume volume;
+    if (net < 0) {
+        price.GetBestAskPriceAndVolume(side, volume);
+    } else if (net > 0) {
+        price.GetBestBidPriceAndVolume(side, volume);
+    }
+    if (side.IsValid()) return side;
     return price.GetLastPrice().IsValid() ? price.GetLastPrice() : nxDecimal();
 }
 

@@ -13,6 +13,7 @@ struct nxRunStatistics
     unsigned long long depthChanges = 0;
     unsigned long long depthRows = 0;
     unsigned long long bars = 0;
+    unsigned long long impliedQuotes = 0;  // of strategies
     unsigned long long timers = 0;
     unsigned long long parameterChanges = 0;
     long long firstTime = 0;
@@ -22,5 +23,8 @@ struct nxRunStatistics
     long long wallNanoseconds = 0;
 
     unsigned long long GetRowEventCount() const { return quotes + trades + depthChanges + bars; }
-    unsigned long long GetEventCount() const { return GetRowEventCount() + timers + parameterChanges; }
+    unsigned long long GetEventCount() const
+    {
+        return GetRowEventCount() + impliedQuotes + timers + parameterChanges;
+    }
 };

@@ -41,6 +41,7 @@ std::string JoinEvents(const nxRunStatistics& statistics)
     if (statistics.depthRows != statistics.depthChanges)
         text += " (from " + Count(statistics.depthRows, "depth row)", "depth rows)");
     add(statistics.bars, "bar", "bars");
+    add(statistics.impliedQuotes, "implied quote", "implied quotes");
     add(statistics.timers, "timer", "timers");
     add(statistics.parameterChanges, "parameter change", "parameter changes");
     return text.empty() ? "none" : text;
@@ -177,10 +178,10 @@ void nxRunSummary::WriteSpeed(std::ostream& err, const nxRunStatistics& statisti
         for (std::size_t i = 0; i < nxCallbackNames.size(); ++i) {
             const nxJobStatistics::Callback& callback = job.callbacks[i];
             if (!callback.defined || callback.count == 0) continue;
-            rows.Begin("script", job.name) << fmt::format(
-                "{:<{}}{:>10.3f} s {:>10.0f} ns each\n", nxCallbackNames[i], width,
-                callback.GetMeanNanoseconds() * static_cast<double>(callback.count) * 1e-9,
-                callback.GetMeanNanoseconds());
+            rows.Begin("script", job.name)
+                << fmt::format("{:<{}}{:>10.3f} s {:>10.0f} ns each\n", nxCallbackNames[i], width,
+                               callback.GetMeanNanoseconds() * static_cast<double>(callback.count) * 1e-9,
+                               callback.GetMeanNanoseconds());
         }
     }
 }

@@ -45,6 +45,7 @@ nxRunResult nxReplayServer::Run()
     const nxTimeSource::Installation installation(_time);
     _wallStart = std::chrono::steady_clock::now();
     _MakeJobs(std::move(sources));
+    _MakeStrategies();
     _FindNextChange();
     if (_options.storeEvery > 0.0 && _stores.IsOpen() && _hasTime) {
         constexpr double longest = 1e9;
@@ -132,6 +133,8 @@ void nxReplayServer::_Replay()
     constexpr unsigned int progressInterval = 4096;
     unsigned int untilProgress = progressInterval;
     while (_next != nullptr) {
+        if (_watch) [[unlikely]]
+            _FollowProducts();
         if (_GetNextDue() <= _next->time) _RunDue(_next->time);
         if (_options.speed > 0.0) _WaitFor(_next->time);
         if (_IsEnding()) break;
@@ -163,7 +166,7 @@ void nxReplayServer::_Finish()
         _end = "the data ended";
         // By index: a script may ask for one more product while it hears of this.
         for (std::size_t i = 0; i < _markets.size(); ++i)
-            if (_markets[i] != nullptr && _markets[i]->hours.IsEmpty())
+            if (_markets[i] != nullptr && _markets[i]->OpensWithData())
                 _SetState(*_markets[i], nxAlgoStateObject::Closed);
         const std::size_t late = _options.changes.size() - _nextChange;
         if (late != 0)
@@ -267,13 +270,8 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
     _statistics.lastTime = event.time;
     Market& market = _GetMarket(event.product);
     const nxFeedProduct& known = _feed.GetProducts().Get(event.product);
-    if (known.GetTickSize() != market.tickSize) {
-        market.tickSize = known.GetTickSize();
-        for (nxHostProduct* product : market.subscribers)
-            if (product != nullptr) product->Describe(market.tickSize);
-        if (_exchange) _exchange->SetTickSize(market.exchangeProduct, market.tickSize);
-    }
-    if (market.hours.IsEmpty()) _SetState(market, nxAlgoStateObject::Open);
+    if (known.GetTickSize() != market.tickSize) _TakeTickSize(market, known.GetTickSize());
+    if (market.OpensWithData()) _SetState(market, nxAlgoStateObject::Open);
     market.isFresh = false;
     switch (event.kind) {
         case nxFeedKind::Quote:
@@ -309,6 +307,7 @@ void nxReplayServer::_Apply(const nxFeedEvent& event)
                 _DeliverPrice(market);
             break;
     }
+    if (!market.strategies.empty()) _PriceStrategies(market.strategies);
 }
 
 long long nxReplayServer::_GetNextDue() const
@@ -465,6 +464,7 @@ void nxReplayServer::_SetState(Market& market, unsigned int bits)
     _DeliverMarket(
         market, nxMarketEvent::State, nxCallback::OnProductState, &nxAlgoJobObject::OnProductState,
         [](nxHostProduct & product) -> auto& { return product.GetStateEvent(); });
+    if (!market.product.IsStrategy()) _FollowLegs(market);
 }
 
 // Opens and closes the markets whose hours say so now, and finds out when they do next.

@@ -9,15 +9,18 @@
 #include <string>
 #include <vector>
 
+#include "host/exchange/nxImpliedQuote.h"
 #include "host/exchange/nxMarketProduct.h"
 #include "host/feed/nxFeed.h"
 #include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxDataStores.h"
+#include "host/jobs/nxHostDefinitionService.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
 #include "host/report/nxProgressBar.h"
 #include "host/report/nxRunRecord.h"
 #include "host/report/nxRunStatistics.h"
+#include "host/server/nxFileWatch.h"
 #include "host/server/nxJobRunner.h"
 #include "host/server/nxReplayTime.h"
 #include "host/server/nxRunOptions.h"
@@ -60,6 +63,10 @@ private:
         unsigned int exchangeProduct = 0;                    // once there is an exchange
         std::vector<nxHostTickDataCollection*> collections;  // of all jobs
         std::vector<nxHostProduct*> subscribers;  // by the index of the job; null: the job asked for nothing
+        nxStrategyTerms terms;                    // of a strategy
+        std::vector<Market*> strategies;          // over it, at any depth, each behind its legs
+
+        bool OpensWithData() const { return hours.IsEmpty() && !product.IsStrategy(); }
     };
     // What a job is told of another one that it watches.
     struct News
@@ -110,6 +117,15 @@ private:
     Market& _GetMarket(unsigned int index);
     long long _GetNextDue() const;
 
+    void _MakeStrategies();
+    void _SetTerms(Market& strategy, const nxProductDescription& description);
+    void _FollowTicks(Market& strategy);
+    void _TakeTickSize(Market& market, const nxDecimal& tickSize);
+    void _PriceStrategies(const std::vector<Market*>& strategies);
+    static unsigned int _GetStateOfLegs(const Market& strategy);
+    void _FollowLegs(const Market& leg);
+    void _FollowProducts();
+
     void _OpenExchange();
     void _AddToExchange(Market& market);
     // Carries out what is due at the exchange, and delivers its answers.
@@ -135,6 +151,8 @@ private:
     std::string _GetNames() const;
     std::string _ExplainNothing(nxJobRunner& runner, bool isEarly) const;
 
+    // A line for the person who watches the run.
+    void _Log(const std::string& text);
     // Puts news of a job up for those that watch it.
     void _Announce(nxCallback callback, nxJobRunner& subject);
     void _Publish(nxJobRunner& subject);
@@ -218,7 +236,10 @@ private:
     nxRunRecord _record;
     std::map<std::pair<std::string, std::string>, std::string> _board;  // by tag and name
     nxRunStatistics _statistics;
-    std::vector<std::unique_ptr<Market>> _markets;       // null until the product is met
+    std::vector<std::unique_ptr<Market>> _markets;  // null until the product is met
+    std::vector<Market*> _strategies;               // each behind its legs
+    nxHostDefinitionService _definitions;
+    std::optional<nxFileWatch> _watch;                   // of the product file
     std::optional<nxSimulatedExchange> _exchange;        // from the first order on; behind the markets
     std::vector<nxHostOrder*> _orders;                   // as they came to be
     std::vector<nxHostOrder*> _ordersByNumber;           // from 1; null: no job knows of it yet

@@ -253,7 +253,8 @@ std::string nxReplayServer::_ExplainNothing(nxJobRunner& runner, bool isEarly) c
         const auto lacks = [&](nxCallback callback, bool wanted) {
             return wanted && !runner.GetStatistics()[callback].defined;
         };
-        if (known == nullptr || !HasRows(*known)) {
+        const bool hasRows = known != nullptr && HasRows(*known);
+        if (!hasRows && !product->GetMarket().IsStrategy()) {
             reason = "the data holds nothing of product " + name + "; it holds " + names;
         } else if (lacks(nxCallback::OnPrice, product->Wants(nxMarketEvent::Price))) {
             reason = "the script subscribed to the prices of " + name + " but defines no function OnPrice";
@@ -268,6 +269,8 @@ std::string nxReplayServer::_ExplainNothing(nxJobRunner& runner, bool isEarly) c
         } else if (lacks(nxCallback::OnProductState, product->Wants(nxMarketEvent::State))) {
             reason =
                 "the script subscribed to the state of " + name + " but defines no function OnProductState";
+        } else if (!hasRows) {
+            reason = "the legs of " + name + " never had quotes of one side together";
         }
     }
     return reason;

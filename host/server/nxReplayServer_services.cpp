@@ -49,12 +49,15 @@ void nxReplayServer::NoteSubscription(nxHostJob& job, nxHostProduct& product, nx
 
 void nxReplayServer::LogText(nxHostJob& job, const std::string& text)
 {
+    _Log(_IsAlone() ? text : job.GetLogPrefix() + text);
+}
+
+void nxReplayServer::_Log(const std::string& text)
+{
     _progress.Erase();
     constexpr std::size_t toMilliseconds = std::string_view("YYYYMMDD:HH:MM:SS.mmm").size();
     const std::string stamp = _hasTime ? nxFeedTime::GetAsString(_time.Get()) : std::string();
-    _out << std::string_view(stamp).substr(0, toMilliseconds) << "  ";
-    if (!_IsAlone()) _out << job.GetLogPrefix();
-    _out << text << "\n";
+    _out << std::string_view(stamp).substr(0, toMilliseconds) << "  " << text << "\n";
 }
 
 void nxReplayServer::Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,11 @@ struct nxRunOptions
     std::vector<std::string> modules;        // Lua files in front of every script, in their order
     std::vector<nxParameterChange> changes;  // by time; each fits the jobs' parameters
     std::vector<std::string> data;
+    // Legs are products of this list and no strategy is among its own, as nxProductFile sees to.
     std::vector<nxProductDescription> products;
+    std::string productFile;     // where they come from
+    bool watchProducts = false;  // take over what changes in that file; such a run does not repeat
+    std::chrono::milliseconds watchInterval{1000};  // of real time, between looks at it
     nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
     std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
     std::string storeDirectory;  // where the data stores of scripts are kept; empty: there are none

@@ -71,7 +71,7 @@ FILES = {
     "backwards.csv": DAY + "20240108:14:30:06,A,98,1,,,,,\n",
     "bad.csv": DAY + "20240108:14:30:08,A,98.,x,,,,,\n20240108:14:30:09,A,97,1,,,,,\n",
     "lots.csv": QUOTES + "20240108,A,99,2.507,,,,,\n",
-    "products.toml": '[[product]]\nname = "A"\ntickSize = 0.5\n',
+    "half.toml": '[[product]]\nname = "A"\ntickSize = 0.5\n',
     "wrong_key.toml": '[[product]]\nname = "A"\nticksize = 0.5\n',
     "broken.toml": "[[product]]\nname = \n",
     "params.toml": '[parameters]\nn = 1\n[jobs.asks]\nsize = { type = "uint", value = 5 }\n',
@@ -137,7 +137,7 @@ CASES = [
     ("gzip, the same bytes", "run tell.lua --data day.csv.gz", 0, "<day.txt>", ["--- speed"]),
     ("two files", "run both.lua --data day.csv depth.csv", 0, "<two_files.txt>", ["--- speed"]),
     ("two files, named one by one", "run both.lua -d day.csv -d depth.csv", 0, "<two_files.txt>", ["--- speed"]),
-    ("with products", "run tell.lua --data day.csv --products products.toml", 0, "<day.txt>", ["--- speed"]),
+    ("with products", "run tell.lua --data day.csv --products half.toml", 0, "<day.txt>", ["--- speed"]),
     ("fast replay", "run tell.lua --data day.csv --speed 1000", 0, "<day.txt>", ["--- speed"]),
     ("print keeps its place", "run prints.lua --data day.csv", 0,
      ["one\n20240108:14:30:00.000  two\nthree\n--- summary\n"], ["--- speed"]),
@@ -197,6 +197,10 @@ CASES = [
     ("a crossover", "run moving_average.lua --data demo_quotes.csv.gz", 0, "<moving_average.txt>", ["--- speed"]),
     ("trade windows", "run trade_window.lua --data demo_quotes.csv.gz", 0, "<trade_window.txt>", ["--- speed"]),
     ("bands over bars", "run bollinger.lua --data demo_bars.csv.gz", 0, "<bollinger.txt>", ["--- speed"]),
+    ("a spread", "run spread.lua --data calendar_quotes.csv.gz --products products.toml", 0, "<spread.txt>", ["--- speed"]),
+    ("a spread's file watched", "run spread.lua --data calendar_quotes.csv.gz --products products.toml --watch-products", 0,
+     "<spread.txt>", ["--- speed"]),
+    ("nothing to watch", "run tell.lua --data day.csv --watch-products", 2, None, ["--watch-products is for the file of --products"]),
     ("wrong latency", "run tell.lua --data day.csv --latency 5-1", 2, None, ["--latency: 5-1 is no MS or MIN-MAX"]),
     ("a job that watches another", "run parent.lua worker.lua --data demo_quotes.csv.gz --param enough=40", 0,
      "<parent.txt>", ["--- speed", "script      parent  OnInit"]),
@@ -288,6 +292,11 @@ def run_case(program, case, update):
     check_text("standard output", result.stdout.decode(), out, update)
     check_text("standard error", stderr, err, update)
     require("\r" not in stderr and "\033" not in stderr, f"a progress bar in a pipe:\n{stderr!r}")
+
+
+def test_calendar_is_what_its_maker_prints(program):
+    made = subprocess.run([sys.executable, "make_calendar.py"], stdout=subprocess.PIPE, timeout=TIMEOUT, check=True)
+    require(made.stdout == gzip.decompress(FILES["calendar_quotes.csv.gz"]), "the shipped data are others")
 
 
 def test_generate_again(program):

@@ -31,18 +31,26 @@ takerFee = 0.25
 
 [[product]]
 name = "ESZ3-ESH4"
+priceOffset = -0.5
 [[product.leg]]
 product = "ESZ3"
 [[product.leg]]
 product = "ESH4"
 side = "SELL"
-priceRatio = 2
-tradeRatio = 0.5
+priceRatio = 0.5
+tradeRatio = "2.0"
+
+[[product]]
+name = "ESH4"
+
+[[product]]
+name = "short"
+legs = [{ product = "ESZ3-ESH4" }, { product = "ESZ3" }]
 )");
     std::vector<nxProductDescription> products;
     nxFeedError error;
     ASSERT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
-    ASSERT_EQ(products.size(), 2u);
+    ASSERT_EQ(products.size(), 4u);
     const nxProductDescription& future = products[0];
     EXPECT_EQ(future.name, "ESZ3");
     EXPECT_EQ(future.tickSize.GetAsString(), "0.25");
@@ -54,7 +62,7 @@ tradeRatio = 0.5
     EXPECT_FALSE(future.tradingHours.IsEmpty());
     EXPECT_EQ(future.makerFee.GetAsString(), "-0.01");
     EXPECT_EQ(future.takerFee.GetAsString(), "0.25");
-    EXPECT_TRUE(future.legs.empty());
+    EXPECT_FALSE(future.IsStrategy());
 
     const nxProductDescription& spread = products[1];
     EXPECT_TRUE(spread.tickSize.IsNull());
@@ -64,8 +72,10 @@ tradeRatio = 0.5
     EXPECT_EQ(spread.legs[0].priceRatio.GetAsString(), "1");
     EXPECT_EQ(spread.legs[1].product, "ESH4");
     EXPECT_EQ(spread.legs[1].side, nxBuySell_Sell);
-    EXPECT_EQ(spread.legs[1].priceRatio.GetAsString(), "2");
-    EXPECT_EQ(spread.legs[1].tradeRatio.GetAsString(), "0.5");
+    EXPECT_EQ(spread.legs[1].priceRatio.GetAsString(), "0.5");
+    EXPECT_EQ(spread.legs[1].tradeRatio.GetAsString(), "2");
+    EXPECT_EQ(spread.priceOffset.GetAsString(), "-0.5");
+    EXPECT_EQ(products[3].legs[0].product, "ESZ3-ESH4");
 }
 
 TEST(nxFeedProductFileTest, FloatsCountAsTheirShortestText)
@@ -89,8 +99,12 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
     const std::string known =
         "; known are name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
         "makerFee, "
-        "takerFee, feeIsRate, leg";
+        "takerFee, feeIsRate, legs, priceOffset";
     const std::string product = "[[product]]\nname = \"A\"\n";
+    const std::string more = "[[product]]\nname = \"B\"\n[[product]]\nname = \"C\"\n";
+    const auto legs = [&](const std::string& first, const std::string& second) {
+        return product + "legs = [{" + first + "},\n{" + second + "}]\n" + more;
+    };
     const struct
     {
         std::string content;
@@ -118,6 +132,27 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
          "FILE:5:8: side is neither \"BUY\" nor \"SELL\""},
         {product + "[[product.leg]]\nratio = 1\n",
          "FILE:4:9: unknown key \"ratio\"; known are product, side, priceRatio, tradeRatio"},
+        {legs("product = 'B'", "product = 'C'"), ""},
+        {legs("product = 'B'", "product = 'D'"), "FILE:4:12: leg of a product that is not described: \"D\""},
+        {legs("product = 'B'", "product = 'B'"), "FILE:4:1: product \"B\" is a leg twice"},
+        {legs("product = 'B'", "product = 'C', priceRatio = 0"), "FILE:4:30: priceRatio is not above 0: 0"},
+        {legs("product = 'B'", "product = 'C', tradeRatio = 0"),
+         "FILE:4:30: tradeRatio is no whole number from 1 to 1000000: 0"},
+        {legs("product = 'B'", "product = 'C', tradeRatio = 1.5"),
+         "FILE:4:30: tradeRatio is no whole number from 1 to 1000000: 1.5"},
+        {legs("product = 'B'", "product = 'A'"), "FILE:1:1: a strategy is among its own legs: A -> A"},
+        {product + "legs = [{product = 'B'}]\n" + more, "FILE:3:8: a strategy has at least two legs"},
+        {product + "legs = []\n", "FILE:3:8: a strategy has at least two legs"},
+        {product + "priceOffset = 1\n", "FILE:3:15: only a strategy, which has legs, has a priceOffset"},
+        {product + "tradingHours = '09:00-17:00'\nlegs = [{product = 'B'}, {product = 'C'}]\n" + more,
+         "FILE:3:16: a strategy has no tradingHours: it is open while its legs are"},
+        {product + "leg = [{product = 'B'}, {product = 'C'}]\nlegs = [{product = 'B'}]\n" + more,
+         "FILE:4:8: leg and legs are the same; write one of them"},
+        {more + product +
+             "legs = [{product = 'C'}, {product = 'X'}]\n[[product]]\nname = 'X'\nlegs = "
+             "[{product = 'B'}, {product = 'Y'}]\n[[product]]\nname = 'Y'\nlegs = "
+             "[{product = 'X'}, {product = 'C'}]\n",
+         "FILE:8:1: a strategy is among its own legs: X -> Y -> X"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.content);
@@ -125,6 +160,18 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
     }
     EXPECT_THAT(GetError(product + "tickSize = \n"), testing::StartsWith("FILE:3:"));
     EXPECT_THAT(GetError(product + "name = \"B\"\n"), testing::StartsWith("FILE:3:"));
+}
+
+TEST(nxFeedProductFileTest, TheExampleIsAFutureAShareAPairAndASpread)
+{
+    std::vector<nxProductDescription> products;
+    nxFeedError error;
+    ASSERT_TRUE(nxProductFile::Read(NX_SOURCE_DIR "/examples/products.toml", products, error))
+        << error.GetText();
+    std::string names;
+    for (const nxProductDescription& product : products)
+        names += product.name + (product.IsStrategy() ? " of legs," : ",");
+    EXPECT_EQ(names, "NEAR,FAR,SHARE,EURUSD,FAR-NEAR of legs,");
 }
 
 TEST(nxFeedProductFileTest, WhatCannotBeOpenedIsTold)
