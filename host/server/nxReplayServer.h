@@ -12,6 +12,7 @@
 #include "host/exchange/nxMarketProduct.h"
 #include "host/feed/nxFeed.h"
 #include "host/jobs/nxHostServices.h"
+#include "host/report/nxOrderStories.h"
 #include "host/report/nxProgressBar.h"
 #include "host/report/nxRunRecord.h"
 #include "host/report/nxRunStatistics.h"
@@ -70,6 +71,7 @@ private:
     void _Finish();
     void _CloseRecord();
     void _WriteSummary();
+    void _WriteStories();
     bool _IsAlone() const { return _runners.size() == 1; }
     bool _IsEnding() const;
     // Ends the run after the current callback. The first reason holds.
@@ -187,6 +189,7 @@ private:
     std::map<std::pair<std::string, std::string>, std::string> _board;  // by tag and name
     nxRunStatistics _statistics;
     std::vector<std::unique_ptr<Market>> _markets;       // null until the product is met
+    std::optional<nxOrderStories> _stories;              // where some are asked for
     std::optional<nxSimulatedExchange> _exchange;        // from the first order on; behind the markets
     std::vector<nxHostOrder*> _orders;                   // as they came to be
     std::vector<nxHostOrder*> _ordersByNumber;           // from 1; null: no job knows of it yet

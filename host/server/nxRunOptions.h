@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -17,13 +18,16 @@ struct nxRunOptions
     std::vector<nxParameterChange> changes;  // by time; each fits the jobs' parameters
     std::vector<std::string> data;
     std::vector<nxProductDescription> products;
-    nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
-    std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
-    double speed = 0.0;          // recorded seconds for each real one; 0: as fast as it can
+    nxExchangeOptions exchange;         // whether moves in a queue are told follows from the scripts
+    std::vector<unsigned int> explain;  // numbers of orders whose story is told behind the summary
+    std::string recordFile;             // where to write what leaves the scripts; empty: nowhere
+    double speed = 0.0;                 // recorded seconds for each real one; 0: as fast as it can
     bool lenient = false;
     bool continueOnError = false;
     bool showProgress = false;
-    std::size_t memoryLimit = 0;  // bytes that each script may hold; 0: no limit
+    std::ostream* progress = nullptr;  // where to; null: standard error of the run
+    std::string progressLabel;         // in front of it
+    std::size_t memoryLimit = 0;       // bytes that each script may hold; 0: no limit
     // Set from elsewhere, such as a signal handler, to end the run after the current event.
     const std::atomic<bool>* interrupted = nullptr;
 };
