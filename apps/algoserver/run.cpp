@@ -14,6 +14,7 @@
 #include "host/feed/nxProductFile.h"
 #include "host/server/nxReplayServer.h"
 #include "host/server/nxRunArguments.h"
+#include "host/server/nxRunEnvelope.h"
 
 namespace {
 
@@ -31,6 +32,7 @@ struct RunArguments
 {
     nxRunOptions options;
     nxRunArguments jobs;
+    bool envelope = false;
     std::string onError = "stop";
     std::string logLevel = "error";
     unsigned int memoryLimit = 0;  // MiB
@@ -79,6 +81,9 @@ int Run(RunArguments& arguments)
         std::cerr << *error << "\n";
         return static_cast<int>(nxRunResult::InputFailed);
     }
+    if (arguments.envelope)
+        if (const std::string obstacle = nxRunEnvelope::FindObstacle(options); !obstacle.empty())
+            return Refuse(obstacle);
     options.continueOnError = arguments.onError == "continue";
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
@@ -88,7 +93,8 @@ int Run(RunArguments& arguments)
     nxLogManager::GetLogEntriesQueue().AddDevice(&console);
     std::signal(SIGINT, OnInterrupt);
     std::signal(SIGTERM, OnInterrupt);
-    const nxRunResult result = nxReplayServer(options, std::cout, std::cerr).Run();
+    const nxRunResult result = arguments.envelope ? nxRunEnvelope::Run(options, std::cout, std::cerr)
+                                                  : nxReplayServer(options, std::cout, std::cerr).Run();
     const bool written = !std::cout.flush().fail();
     nxLogManager::GetLogEntriesQueue().RemoveDevice(&console);
     return written ? static_cast<int>(result) : Refuse("standard output cannot be written");
@@ -151,6 +157,14 @@ void AddRunCommand(CLI::App& app, int& status)
     run->add_option("--account", jobs.account, "The account that scripts are told");
     run->add_option("--record", options.recordFile,
                     "JSON Lines file to write all that leaves the scripts to");
+    run->add_flag("--envelope", arguments->envelope,
+                  "Run under the other fill models, too, and print what each comes to behind the summary");
+    run->add_option("--explain", options.explain,
+                    "Tell the story of the order with that number behind the summary; may be repeated")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false)
+        ->type_name("ORDER_ID");
     nxExchangeOptions& exchange = options.exchange;
     run->add_option_function<std::string>(
            "--fills", [&exchange](const std::string& name) { exchange.fills = FillModels.at(name); },

@@ -20,6 +20,12 @@ unsigned int GetVisible(const nxExchangeOrder& order)
 
 }  // namespace
 
+const char* nxGetText(nxFillModel model)
+{
+    constexpr const char* texts[] = {"touch", "cross", "queue"};
+    return texts[static_cast<std::size_t>(model)];
+}
+
 nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, nxFillModel model, nxExactRandom& random,
                                Listener& listener)
     : _market(market), _model(model), _random(random), _listener(listener)
@@ -93,6 +99,14 @@ const nxExchangeOrder* nxExchangeBook::FindOwnCounterpart(const nxExchangeOrder&
     return found;
 }
 
+nxVolume nxExchangeBook::GetAhead(const nxExchangeOrder& order) const
+{
+    if (order.kind.isMarket || _isOfBars) return {};
+    const Levels& levels = _GetLevels(order.kind.isBuy);
+    const auto level = levels.find(order.terms.price);
+    return level == levels.end() ? _GetShown(order.kind.isBuy, order.terms.price) : level->second.shown;
+}
+
 nxDecimal nxExchangeBook::GetOwnBest(bool isBuy, unsigned int owner) const
 {
     const auto has = [owner](const auto& entry) {
@@ -128,6 +142,8 @@ void nxExchangeBook::_Take(nxExchangeOrder& order)
     const bool asks = order.kind.isBuy;
     _ForEachShown(asks, [&](const nxDecimal& price, unsigned int shown) {
         if (!order.IsWithin(price)) return false;
+        if (order.noBetterThan.IsValid() && (asks ? price < order.noBetterThan : price > order.noBetterThan))
+            return true;
         _TakeOwn(order, &price);
         const unsigned int volume = std::min(order.GetRemaining(), _GetFree(asks, price, shown));
         if (volume != 0) {
@@ -180,7 +196,7 @@ void nxExchangeBook::_Rest(nxExchangeOrder& order)
     order.displayed = 0;
     level.orders.push_back(&order);
     _Replenish(level, level.orders.size() - 1);
-    _listener.OnQueueMoved(order);
+    _listener.OnQueueMoved(order, {}, nxQueueMove::Joined);
 }
 
 void nxExchangeBook::Remove(nxExchangeOrder& order)

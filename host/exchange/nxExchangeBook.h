@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "host/exchange/nxExchangeOrder.h"
+#include "host/exchange/nxExchangeObserver.h"
 #include "host/exchange/nxMarketProduct.h"
 #include "host/feed/nxExactRandom.h"
 #include "host/feed/nxFeedEvent.h"
@@ -16,6 +16,9 @@ enum class nxFillModel {
     Cross,  // by trades beyond its price and by quotes of the other side that reach it
     Queue,  // by trades at its price too, once what stood in front of it is gone
 };
+
+// As --fills names it.
+const char* nxGetText(nxFillModel model);
 
 // Why there was a fill.
 enum class nxFillCause { Took, Touched, TradedThrough, Queue, Crossed, Bar, OwnOrder };
@@ -39,7 +42,7 @@ public:
         virtual void OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume, bool isMaker,
                             nxFillCause cause) = 0;
         virtual void OnTriggered(nxExchangeOrder& order) = 0;
-        virtual void OnQueueMoved(nxExchangeOrder& order) = 0;
+        virtual void OnQueueMoved(nxExchangeOrder& order, const nxVolume& before, nxQueueMove move) = 0;
 
     protected:
         ~Listener() = default;
@@ -67,6 +70,8 @@ public:
     bool CanFill(const nxExchangeOrder& order) const;
     // A resting order of the same owner that the order would trade with; null if there is none.
     const nxExchangeOrder* FindOwnCounterpart(const nxExchangeOrder& order) const;
+    // What an order would have ahead if it joined the queue at its price now; null where that is not known.
+    nxVolume GetAhead(const nxExchangeOrder& order) const;
     // Best prices of the resting orders of an owner; null where there is none.
     nxDecimal GetOwnBest(bool isBuy, unsigned int owner) const;
     // What stops look at: the last trade, or, until there was one, the ask for a buy and the bid for a sell.
@@ -134,9 +139,11 @@ private:
     void _RefreshLevel(Level& level, const nxVolume& shown);
     void _RefreshAll(bool bids);
     bool _RefreshBest(bool asks, bool isGiven);
-    void _MeetQuotes(bool buys);
+    // isAnew: the data have just shown the quotes that the orders meet.
+    void _MeetQuotes(bool buys, bool isAnew);
     bool _TryStop(nxExchangeOrder& order);
-    void _TryStops();
+    // trade: what may trigger them; null for quotes. isAnew: whether the bids and asks are from behind it.
+    void _TryStops(const nxDecimal& trade, const bool (&isAnew)[2]);
     void _Trigger(nxExchangeOrder& order);
     nxDecimal _FindStopInBar(nxExchangeOrder& order, const nxFeedBar& bar) const;
     bool _FillByBar(nxExchangeOrder& order, const nxFeedBar& bar, unsigned int& budget);

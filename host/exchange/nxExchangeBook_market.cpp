@@ -51,7 +51,7 @@ void nxExchangeBook::_FillQueue(Level& level, const nxDecimal& price, unsigned i
         unsigned int left = ahead.GetValue() - std::min(ahead.GetValue(), consumed);
         if (level.shown.IsValid()) left = std::min(left, level.shown.GetValue());
         order->ahead = left;
-        if (order->ahead != ahead) _listener.OnQueueMoved(*order);
+        if (order->ahead != ahead) _listener.OnQueueMoved(*order, ahead, nxQueueMove::Traded);
     }
 }
 
@@ -91,7 +91,7 @@ void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
         if (ahead.IsValid() && before.IsValid() && now < before.GetValue())
             left -= (before.GetValue() - now) * left / before.GetValue();
         order->ahead = static_cast<unsigned int>(std::min<unsigned long long>(left, now));
-        if (order->ahead != ahead) _listener.OnQueueMoved(*order);
+        if (order->ahead != ahead) _listener.OnQueueMoved(*order, ahead, nxQueueMove::Shown);
     }
 }
 
@@ -116,10 +116,11 @@ bool nxExchangeBook::_RefreshBest(bool asks, bool isGiven)
 }
 
 // Resting orders that a quote of the other side has come to.
-void nxExchangeBook::_MeetQuotes(bool buys)
+void nxExchangeBook::_MeetQuotes(bool buys, bool isAnew)
 {
     for (std::size_t i = 0; i < _unlimited.size();) {
         nxExchangeOrder& order = *_unlimited[i];
+        if (order.kind.isBuy == buys && isAnew) order.noBetterThan.SetNull();
         if (order.kind.isBuy == buys) _Take(order);
         if (order.GetRemaining() == 0) {
             _unlimited.erase(_unlimited.begin() + static_cast<std::ptrdiff_t>(i));
@@ -174,7 +175,7 @@ bool nxExchangeBook::_TryStop(nxExchangeOrder& order)
     return false;
 }
 
-void nxExchangeBook::_TryStops()
+void nxExchangeBook::_TryStops(const nxDecimal& trade, const bool (&isAnew)[2])
 {
     for (std::size_t i = 0; i < _stops.size();) {
         nxExchangeOrder& order = *_stops[i];
@@ -183,6 +184,7 @@ void nxExchangeBook::_TryStops()
             continue;
         }
         _stops.erase(_stops.begin() + static_cast<std::ptrdiff_t>(i));
+        if (!isAnew[order.kind.isBuy]) order.noBetterThan = trade;
         _Trigger(order);
     }
 }
@@ -202,23 +204,26 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote)
     const nxDecimal& last = _market.GetPrice().GetLastPrice();
     const bool isTrade = quote.IsTrade() && last.IsValid();
     if (isTrade) _OnTrade(last, quote.lastVolume, quote.side);
+    bool isAnew[2] = {false, false};
     if (!_usesDepth) {
         // What the row of a trade repeats is the quote before it: the trade is counted in the queues already.
         const bool bid = !isTrade && (!quote.bid.IsNoChange() || !quote.bidVolume.IsNoChange());
         const bool ask = !isTrade && (!quote.ask.IsNoChange() || !quote.askVolume.IsNoChange());
-        const bool newBid = _RefreshBest(false, bid);
-        const bool newAsk = _RefreshBest(true, ask);
-        if (newAsk) _MeetQuotes(true);
-        if (newBid) _MeetQuotes(false);
+        isAnew[false] = _RefreshBest(false, bid);
+        isAnew[true] = _RefreshBest(true, ask);
+        if (isAnew[true]) _MeetQuotes(true, true);
+        if (isAnew[false]) _MeetQuotes(false, true);
     }
-    if (isTrade || !_hasTraded) _TryStops();
+    if (isTrade || !_hasTraded) _TryStops(isTrade ? last : nxDecimal(), isAnew);
 }
 
 void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
 {
     if (_isOfBars) return;
     if (!std::exchange(_usesDepth, true)) Resume();
+    bool isAnew[2] = {false, false};
     for (const nxFeedLevel& level : levels) {
+        isAnew[!level.isBid] = true;
         auto& taken = _taken[!level.isBid];
         const auto entry = taken.find(level.price);
         if (entry != taken.end() && entry->second.shown != level.volume.GetValue()) taken.erase(entry);
@@ -226,9 +231,9 @@ void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
         const auto found = own.find(level.price);
         if (found != own.end()) _RefreshLevel(found->second, level.volume);
     }
-    _MeetQuotes(true);
-    _MeetQuotes(false);
-    if (!_hasTraded) _TryStops();
+    _MeetQuotes(true, isAnew[true]);
+    _MeetQuotes(false, isAnew[false]);
+    if (!_hasTraded) _TryStops({}, isAnew);
 }
 
 void nxExchangeBook::Join()
@@ -246,4 +251,6 @@ void nxExchangeBook::Resume()
         _taken[asks].clear();
         _RefreshAll(!asks);
     }
+    for (nxExchangeOrder* order : _unlimited)
+        order->noBetterThan.SetNull();
 }

@@ -8,7 +8,20 @@ void Take(Value& field, const Value& change)
     if (!change.IsNoChange()) field = change;
 }
 
+constexpr const char* Executions[] = {"", "IOC", "FOK", "STOP", "ICEBERG", "TRAILING_STOP", "BRACKET"};
+constexpr const char* Durations[] = {"GFD", "GTD", "GTC", "OPEN", "PREOPEN"};
+
 }  // namespace
+
+const char* nxGetText(nxOrderExecution execution)
+{
+    return Executions[static_cast<std::size_t>(execution)];
+}
+
+const char* nxGetText(nxOrderDuration duration)
+{
+    return Durations[static_cast<std::size_t>(duration)];
+}
 
 nxOrderTerms nxOrderTerms::MakeNoChange()
 {

@@ -11,6 +11,10 @@
 enum class nxOrderExecution { None, ImmediateOrCancel, FillOrKill, Stop, Iceberg, TrailingStop, Bracket };
 enum class nxOrderDuration { Day, Date, Cancelled, Open, PreOpen };  // GFD, GTD, GTC, OPEN, PREOPEN
 
+// In createOrder's vocabulary; "" for none.
+const char* nxGetText(nxOrderExecution execution);
+const char* nxGetText(nxOrderDuration duration);
+
 // What an order is for its whole life.
 struct nxOrderKind
 {
@@ -79,6 +83,8 @@ struct nxExchangeOrder
     nxVolume ahead;
     unsigned int displayed = 0;  // of an iceberg's current peak
     nxDecimal trailDistance;
+    // Of a stop that a trade triggered: its price. Shown levels better than that are from before the trade.
+    nxDecimal noBetterThan;
     bool triggered = true;  // false: a stop that waits
     bool isResting = false;
 

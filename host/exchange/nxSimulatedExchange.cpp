@@ -52,13 +52,19 @@ long long nxSimulatedExchange::_Draw(const nxLatency& latency)
            static_cast<long long>(_latencyRandom.GetBelow(static_cast<unsigned long long>(span) + 1));
 }
 
-void nxSimulatedExchange::_Send(RequestKind kind, unsigned int order, long long now,
+void nxSimulatedExchange::_Send(nxOrderRequest kind, unsigned int order, long long now,
                                 const nxOrderTerms& terms)
 {
     // One line: a request does not overtake the one before it.
     long long due = now + _Draw(_options.request);
     if (!_requests.empty()) due = std::max(due, _requests.back().due);
     _requests.push_back({kind, order, due, terms});
+    if (_observer != nullptr) {
+        const nxExchangeOrder& known = GetOrder(order);
+        const bool isNew = kind == nxOrderRequest::New;
+        _observer->OnRequest(known, kind, isNew ? known.terms : terms,
+                             *_markets[known.kind.product]->product.market, now, due);
+    }
 }
 
 unsigned int nxSimulatedExchange::Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now)
@@ -80,21 +86,20 @@ void nxSimulatedExchange::Submit(unsigned int reserved, const nxOrderKind& kind,
     nxExchangeOrder& order = _GetOrder(reserved);
     order.kind = kind;
     order.terms = terms;
-    _Send(RequestKind::New, reserved, now, {});
+    _Send(nxOrderRequest::New, reserved, now, {});
 }
 
 void nxSimulatedExchange::Amend(unsigned int order, const nxOrderTerms& changes, long long now)
 {
-    _Send(RequestKind::Amend, order, now, changes);
+    _Send(nxOrderRequest::Amend, order, now, changes);
 }
 
 void nxSimulatedExchange::Cancel(unsigned int order, long long now)
 {
-    _Send(RequestKind::Cancel, order, now, {});
+    _Send(nxOrderRequest::Cancel, order, now, {});
 }
 
-nxExchangeEvent& nxSimulatedExchange::_Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind,
-                                            std::string reason)
+nxExchangeEvent& nxSimulatedExchange::_AddEvent(const nxExchangeOrder& order, nxExchangeEvent::Kind kind)
 {
     long long due = _time + _Draw(_options.answer);
     if (!_events.empty()) due = std::max(due, _events.back().due);
@@ -110,14 +115,21 @@ nxExchangeEvent& nxSimulatedExchange::_Tell(const nxExchangeOrder& order, nxExch
     event.volume = nxOrderTerms::GetOr(order.terms.volume, 0);
     event.executed = order.executed;
     event.ahead = order.isResting ? order.ahead : nxVolume();
-    event.reason = std::move(reason);
     return event;
+}
+
+void nxSimulatedExchange::_Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, const char* reason)
+{
+    _Tell(order, kind, [reason](nxExchangeEvent& event) { event.reason = reason; });
 }
 
 void nxSimulatedExchange::_TellRefusal(const nxExchangeOrder& order, nxExchangeEvent::Kind kind,
                                        Refusal refusal)
 {
-    _Tell(order, kind, std::move(refusal.text)).error = refusal.error;
+    _Tell(order, kind, [&](nxExchangeEvent& event) {
+        event.error = refusal.error;
+        event.reason = std::move(refusal.text);
+    });
 }
 
 long long nxSimulatedExchange::GetNextTime() const
@@ -160,11 +172,12 @@ bool nxSimulatedExchange::PopEvent(nxExchangeEvent& event, long long time)
 void nxSimulatedExchange::OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume,
                                  bool isMaker, nxFillCause cause)
 {
-    nxExchangeEvent& event = _Tell(order, nxExchangeEvent::Kind::Filled);
-    event.fillPrice = price;
-    event.fillVolume = volume;
-    event.isMaker = isMaker;
-    event.cause = cause;
+    _Tell(order, nxExchangeEvent::Kind::Filled, [&](nxExchangeEvent& event) {
+        event.fillPrice = price;
+        event.fillVolume = volume;
+        event.isMaker = isMaker;
+        event.cause = cause;
+    });
     if (order.kind.execution == nxOrderExecution::Bracket) _consequences.push_back({order.id, price, volume});
     if (order.sibling == 0) return;
     // At once, since the same event may come to the sibling next.
@@ -181,8 +194,9 @@ void nxSimulatedExchange::OnTriggered(nxExchangeOrder& order)
     _Tell(order, nxExchangeEvent::Kind::Triggered);
 }
 
-void nxSimulatedExchange::OnQueueMoved(nxExchangeOrder& order)
+void nxSimulatedExchange::OnQueueMoved(nxExchangeOrder& order, const nxVolume& before, nxQueueMove move)
 {
+    if (_observer != nullptr) _observer->OnQueueMove(order, before, move, _time);
     if (_options.reportQueue) _Tell(order, nxExchangeEvent::Kind::QueueMoved);
 }
 
@@ -290,6 +304,11 @@ void nxSimulatedExchange::OnQuote(unsigned int product, const nxFeedQuote& quote
     market.book.OnQuote(quote);
     _EnterOpening(market);
     _Settle();
+    if (_observer == nullptr) return;
+    const nxMarketProduct& shown = *market.product.market;
+    const nxDecimal& last = shown.GetPrice().GetLastPrice();
+    const nxTraded traded{last, last, quote.lastVolume, quote.side};
+    _observer->OnMarket(product, shown, quote.IsTrade() && last.IsValid() ? &traded : nullptr, time);
 }
 
 void nxSimulatedExchange::OnDepth(unsigned int product, std::span<const nxFeedLevel> levels, long long time)
@@ -300,6 +319,7 @@ void nxSimulatedExchange::OnDepth(unsigned int product, std::span<const nxFeedLe
     market.book.OnDepth(levels);
     _EnterOpening(market);
     _Settle();
+    if (_observer != nullptr) _observer->OnMarket(product, *market.product.market, nullptr, time);
 }
 
 void nxSimulatedExchange::OnBar(unsigned int product, const nxFeedBar& bar, long long time)
@@ -311,6 +331,8 @@ void nxSimulatedExchange::OnBar(unsigned int product, const nxFeedBar& bar, long
     market.book.OnBar(bar, time);
     _EndImmediates(market, time);
     _Settle();
+    const nxTraded traded{bar.low, bar.high, bar.volume, {}};
+    if (_observer != nullptr) _observer->OnMarket(product, *market.product.market, &traded, time);
 }
 
 void nxSimulatedExchange::OnOpen(unsigned int product, long long time)

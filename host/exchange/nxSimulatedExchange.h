@@ -47,7 +47,7 @@ struct nxExchangeEvent
     nxDecimal price, stopPrice;  // of the order
     unsigned int volume = 0;
     unsigned int executed = 0;
-    nxVolume ahead;  // in the queue
+    nxVolume ahead;  // in the queue; of an order that enters the market, before it takes what it can
     nxDecimal fillPrice;
     unsigned int fillVolume = 0;
     bool isMaker = false;
@@ -79,6 +79,8 @@ public:
     explicit nxSimulatedExchange(const nxExchangeOptions& options);
     ~nxSimulatedExchange();
 
+    // Null for none; outlives the exchange.
+    void SetObserver(nxExchangeObserver* observer) { _observer = observer; }
     // The number by which orders name it, from 0.
     unsigned int AddProduct(const Product& product);
     void SetTickSize(unsigned int product, const nxDecimal& tickSize);
@@ -134,7 +136,6 @@ private:
         std::vector<nxExchangeOrder*> opening;     // orders that wait for that
         std::vector<nxExchangeOrder*> immediates;  // of bars, until the next one
     };
-    enum class RequestKind { New, Amend, Cancel };
     struct Refusal
     {
         nxErrorEnum error;
@@ -142,7 +143,7 @@ private:
     };
     struct Request
     {
-        RequestKind kind;
+        nxOrderRequest kind;
         unsigned int order;
         long long due;
         nxOrderTerms terms;  // of an amendment
@@ -158,8 +159,12 @@ private:
 
     nxExchangeOrder& _GetOrder(unsigned int id) { return _orders[id - 1]; }
     long long _Draw(const nxLatency& latency);
-    void _Send(RequestKind kind, unsigned int order, long long now, const nxOrderTerms& terms);
-    nxExchangeEvent& _Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, std::string reason = {});
+    void _Send(nxOrderRequest kind, unsigned int order, long long now, const nxOrderTerms& terms);
+    // complete(event) adds what the order does not tell.
+    template <class Complete>
+    void _Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, Complete complete);
+    void _Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, const char* reason = "");
+    nxExchangeEvent& _AddEvent(const nxExchangeOrder& order, nxExchangeEvent::Kind kind);
     void _TellRefusal(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, Refusal refusal);
     void _Carry(const Request& request);
     void _Arrive(nxExchangeOrder& order);
@@ -183,7 +188,7 @@ private:
     void OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume, bool isMaker,
                 nxFillCause cause) override;
     void OnTriggered(nxExchangeOrder& order) override;
-    void OnQueueMoved(nxExchangeOrder& order) override;
+    void OnQueueMoved(nxExchangeOrder& order, const nxVolume& before, nxQueueMove move) override;
 
     const nxExchangeOptions _options;
     nxExactRandom _latencyRandom;
@@ -196,4 +201,13 @@ private:
     std::map<long long, std::vector<unsigned int>> _expiries;
     std::vector<Consequence> _consequences;
     long long _time = 0;  // at the exchange
+    nxExchangeObserver* _observer = nullptr;
 };
+
+template <class Complete>
+void nxSimulatedExchange::_Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, Complete complete)
+{
+    nxExchangeEvent& event = _AddEvent(order, kind);
+    complete(event);
+    if (_observer != nullptr) _observer->OnEvent(order, event, *_markets[order.kind.product]->product.market);
+}

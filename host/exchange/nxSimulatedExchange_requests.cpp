@@ -165,11 +165,11 @@ void nxSimulatedExchange::_Carry(const Request& request)
 {
     nxExchangeOrder& order = _GetOrder(request.order);
     switch (request.kind) {
-        case RequestKind::New:
+        case nxOrderRequest::New:
             return _Arrive(order);
-        case RequestKind::Amend:
+        case nxOrderRequest::Amend:
             return _ArriveAmend(order, request.terms);
-        case RequestKind::Cancel:
+        case nxOrderRequest::Cancel:
             return _ArriveCancel(order);
     }
 }
@@ -202,7 +202,9 @@ void nxSimulatedExchange::_Enter(nxExchangeOrder& order)
     Market& market = *_markets[order.kind.product];
     const bool waits = market.opens || !market.isOpen;
     order.status = waits || !order.triggered ? nxOrderStatus_Held : nxOrderStatus_Working;
-    _Tell(order, nxExchangeEvent::Kind::Accepted);
+    _Tell(order, nxExchangeEvent::Kind::Accepted, [&](nxExchangeEvent& event) {
+        if (!waits && order.triggered) event.ahead = market.book.GetAhead(order);
+    });
     if (waits) {
         market.opening.push_back(&order);
     } else {
@@ -280,12 +282,16 @@ void nxSimulatedExchange::_ArriveAmend(nxExchangeOrder& order, const nxOrderTerm
     if (!keepsPlace) {
         book.Remove(order);
         order.arrived = _time;
+        order.noBetterThan.SetNull();
     }
     const bool isDated = wanted.terms.expiry != order.terms.expiry;
     order.terms = wanted.terms;
     order.trailDistance = wanted.trailDistance;
     if (isDated) _SetExpiry(order);
-    _Tell(order, nxExchangeEvent::Kind::Amended).isRequested = true;
+    _Tell(order, nxExchangeEvent::Kind::Amended, [&](nxExchangeEvent& event) {
+        event.isRequested = true;
+        if (!keepsPlace && order.triggered) event.ahead = book.GetAhead(order);
+    });
     if (order.GetRemaining() == 0) return _End(order, "the volume is executed");
     if (keepsPlace) {
         book.Shrink(order);

@@ -29,7 +29,11 @@ public:
 
     void AddFill(bool isBuy, const nxDecimal& price, unsigned int volume, bool isMaker)
     {
-        _keeper.AddFill(isBuy, price, volume, _fees.GetFee(isMaker, price, volume, _pointValue));
+        _keeper.AddFill(isBuy, price, volume, GetFee(price, volume, isMaker));
+    }
+    nxExactAmount GetFee(const nxDecimal& price, unsigned int volume, bool isMaker) const
+    {
+        return _fees.GetFee(isMaker, price, volume, _pointValue);
     }
     void BeginDay(const nxPrice& price) { _keeper.BeginDay(GetMark(price)); }
 

@@ -2,7 +2,10 @@
 
 #include <fmt/format.h>
 
-nxProgressBar::nxProgressBar(std::ostream& out, bool enabled) : _out(out), _enabled(enabled) {}
+nxProgressBar::nxProgressBar(std::ostream& out, bool enabled, const std::string& label)
+    : _out(out), _enabled(enabled), _label(label.empty() ? label : label + "  ")
+{
+}
 
 void nxProgressBar::Update(unsigned long long events, unsigned long long bytes, unsigned long long total)
 {
@@ -21,7 +24,7 @@ void nxProgressBar::Update(unsigned long long events, unsigned long long bytes, 
         line = fmt::format("[{:=<{}}{:<{}}] {:3.0f} %  {}, {:.0f} s left", "", filled, "", width - filled,
                            done * 100, line, elapsed * (1 - done) / done);
     }
-    _out << "\r\033[K" << line << std::flush;
+    _out << "\r\033[K" << _label << line << std::flush;
     _drawn = true;
 }
 

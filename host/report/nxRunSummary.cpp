@@ -157,6 +157,47 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
             Rows(out, statistics).Begin("no events", job.name) << job.nothingDelivered << "\n";
 }
 
+void nxRunSummary::WriteEnvelope(std::ostream& out, const std::vector<Model>& models)
+{
+    std::vector<std::vector<std::string>> rows = {{"model", "job", "currency", "orders", "fills", "volume",
+                                                   "fees", "realised", "open", "profit", "drawdown"}};
+    bool hasCurrency = false;
+    for (const Model& model : models) {
+        for (const nxJobStatistics& job : model.statistics.jobs) {
+            const nxTradingStatistics& trading = job.trading;
+            std::vector<nxTradingStatistics::Money> money = trading.money;
+            if (money.empty()) money.emplace_back();
+            for (const nxTradingStatistics::Money& sum : money) {
+                const bool isDefined = !sum.currency.IsUndefined();
+                hasCurrency = hasCurrency || isDefined;
+                rows.push_back({model.name, job.name, isDefined ? sum.currency.GetAsString() : "",
+                                GroupThousands(trading.orders), GroupThousands(trading.fills),
+                                GroupThousands(trading.volume), Money(sum.fees), Money(sum.profit - sum.open),
+                                Money(sum.open), Money(sum.profit), Money(sum.drawdown)});
+            }
+        }
+    }
+    out << "--- envelope\n";
+    std::vector<std::size_t> widths(rows.front().size());
+    for (const auto& row : rows)
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], row[i].size());
+    constexpr std::size_t job = 1, currency = 2;
+    for (const auto& row : rows) {
+        out << fmt::format("{:<10}", row.front());
+        for (std::size_t i = 1; i < row.size(); ++i) {
+            if ((i == job && models.front().statistics.jobs.size() == 1) || (i == currency && !hasCurrency))
+                continue;
+            out << "  "
+                << (i <= currency ? fmt::format("{:<{}}", row[i], widths[i])
+                                  : fmt::format("{:>{}}", row[i], widths[i]));
+        }
+        out << "\n";
+    }
+    for (const Model& model : models)
+        if (!model.failure.empty()) out << "failure     " << model.name << ": " << model.failure << "\n";
+}
+
 void nxRunSummary::WriteSpeed(std::ostream& err, const nxRunStatistics& statistics)
 {
     const double seconds = static_cast<double>(statistics.wallNanoseconds) * 1e-9;

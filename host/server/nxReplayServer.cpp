@@ -28,7 +28,8 @@ nxReplayServer::nxReplayServer(nxRunOptions options, std::ostream& out, std::ost
     : _options(std::move(options)),
       _out(out),
       _err(err),
-      _progress(err, _options.showProgress),
+      _progress(_options.progress == nullptr ? err : *_options.progress, _options.showProgress,
+                _options.progressLabel),
       _feed(_options.lenient)
 {
 }
@@ -65,6 +66,7 @@ nxRunResult nxReplayServer::Run()
         std::chrono::nanoseconds(std::chrono::steady_clock::now() - _wallStart).count();
     _CloseRecord();
     _WriteSummary();
+    if (!_options.explain.empty()) _WriteStories();
     // A script that is closed may still look at the jobs that it watches.
     for (const auto& runner : _runners)
         runner->GetJob().Close();
@@ -200,6 +202,19 @@ void nxReplayServer::_WriteSummary()
     nxRunSummary::WriteCounts(_out, _statistics, _end);
     _out.flush();
     nxRunSummary::WriteSpeed(_err, _statistics);
+}
+
+void nxReplayServer::_WriteStories()
+{
+    std::vector<std::string> names;
+    for (const nxJobOptions& job : _options.jobs)
+        names.push_back(job.name);
+    // In a run without orders there is nobody yet to tell that there are none.
+    if (!_stories) _stories.emplace(_options.explain, nullptr);
+    const unsigned int orders = _exchange ? _exchange->GetOrderCount() : 0;
+    if (!_stories->Write(_out, _err, orders, names) && _result == nxRunResult::Done)
+        _result = nxRunResult::ScriptFailed;
+    _out.flush();
 }
 
 void nxReplayServer::_SetTime(long long time)

@@ -17,6 +17,7 @@
 #include "host/jobs/nxHostDefinitionService.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
+#include "host/report/nxOrderStories.h"
 #include "host/report/nxProgressBar.h"
 #include "host/report/nxRunRecord.h"
 #include "host/report/nxRunStatistics.h"
@@ -86,6 +87,7 @@ private:
     void _SaveStores(bool isLast = false);
     // A save that is due, and the time of the next one: nothing else happens before `until`.
     void _SaveStoresInTime(long long until);
+    void _WriteStories();
     bool _IsAlone() const { return _runners.size() == 1; }
     bool _IsEnding() const;
     // Ends the run after the current callback. The first reason holds.
@@ -240,6 +242,7 @@ private:
     std::vector<Market*> _strategies;               // each behind its legs
     nxHostDefinitionService _definitions;
     std::optional<nxFileWatch> _watch;                   // of the product file
+    std::optional<nxOrderStories> _stories;              // where some are asked for
     std::optional<nxSimulatedExchange> _exchange;        // from the first order on; behind the markets
     std::vector<nxHostOrder*> _orders;                   // as they came to be
     std::vector<nxHostOrder*> _ordersByNumber;           // from 1; null: no job knows of it yet

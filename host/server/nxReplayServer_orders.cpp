@@ -38,6 +38,15 @@ void nxReplayServer::_OpenExchange()
         return runner->GetJob().GetObject().IsFunctionDefined("OnOrderQPosition");
     });
     _exchange.emplace(options);
+    if (!_options.explain.empty()) {
+        _stories.emplace(_options.explain, [this](const nxExchangeOrder& order, const nxExchangeEvent& fill) {
+            const auto& market = *std::ranges::find_if(_markets, [&](const auto& known) {
+                return known != nullptr && known->exchangeProduct == order.kind.product;
+            });
+            return market->none.GetFee(fill.fillPrice, fill.fillVolume, fill.isMaker);
+        });
+        _exchange->SetObserver(&*_stories);
+    }
     _nextDay = nxFeedTime::GetNextMidnight(_time.Get());
     for (const auto& market : _markets)
         if (market != nullptr) _AddToExchange(*market);

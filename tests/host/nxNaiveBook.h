@@ -23,6 +23,7 @@ public:
         int price = 0, stop = 0, trail = 0;
         unsigned int volume = 0, executed = 0, peak = 0, threshold = 0, displayed = 0;
         std::optional<unsigned int> ahead;
+        std::optional<int> bound;  // of a stop that a trade triggered, until the other side is shown anew
         bool rests = false, waits = false;
 
         unsigned int GetRest() const { return volume - executed; }
@@ -68,6 +69,7 @@ public:
         if (keeps) {
             *Find(id) = order;
         } else {
+            order.bound.reset();
             Cancel(id);
             New(order);
         }
@@ -102,13 +104,14 @@ public:
                 shown.size() != 1 || shown.begin()->first != now.price || shown.begin()->second != now.volume;
             shown = {{now.price, now.volume}};
             if (changed[bids]) _taken[bids].clear();
+            if (changed[bids]) LiftBounds(!bids);
             if (changed[bids] || !hasTrade)
                 for (const int price : GetPrices(bids))
                     Refresh(bids, price, GetShown(bids, price));
         }
         if (changed[false]) Meet(true);
         if (changed[true]) Meet(false);
-        if (hasTrade || !_last) TryStops();
+        if (hasTrade || !_last) TryStops(hasTrade, changed);
     }
     void SetDepth(const std::vector<Change>& changes)
     {
@@ -118,12 +121,13 @@ public:
             shown[change.price] = change.volume;
             if (change.volume == 0) shown.erase(change.price);
             if (before != change.volume) _taken[change.isBid].erase(change.price);
+            LiftBounds(!change.isBid);
         }
         for (const Change& change : changes)
             Refresh(change.isBid, change.price, change.volume);
         Meet(true);
         Meet(false);
-        if (!_last) TryStops();
+        if (!_last) TryStops(false, {});
     }
 
 private:
@@ -138,6 +142,11 @@ private:
     void DropFilled()
     {
         std::erase_if(_orders, [](const Order& order) { return order.GetRest() == 0; });
+    }
+    void LiftBounds(bool buys)
+    {
+        for (Order& order : _orders)
+            if (order.rests && order.isMarket && order.isBuy == buys) order.bound.reset();
     }
     // Of resting limit orders, from the best on.
     std::vector<int> GetPrices(bool buys) const
@@ -233,13 +242,17 @@ private:
                 if (order->Reaches(price) && (!best || (order->isBuy ? price < *best : price > *best)))
                     best = price;
             };
+            const auto isOpen = [&](int price) {
+                const bool isStale =
+                    order->bound && (order->isBuy ? price < *order->bound : price > *order->bound);
+                return !isStale && _shown[!order->isBuy].contains(price);
+            };
             for (const int price : GetShownPrices(!order->isBuy))
-                if (GetFree(!order->isBuy, price) != 0) consider(price);
+                if (isOpen(price) && GetFree(!order->isBuy, price) != 0) consider(price);
             for (const int price : GetPrices(!order->isBuy))
                 consider(price);
             if (!best) return;
-            const bool isShown = _shown[!order->isBuy].contains(*best);
-            if (const unsigned int free = isShown ? GetFree(!order->isBuy, *best) : 0; free != 0) {
+            if (const unsigned int free = isOpen(*best) ? GetFree(!order->isBuy, *best) : 0; free != 0) {
                 const unsigned int volume = std::min(free, order->GetRest());
                 _taken[!order->isBuy][*best] += volume;
                 Note(*order, *best, volume, false);
@@ -367,15 +380,15 @@ private:
         }
     }
 
-    void TryStops()
+    void TryStops(bool hasTrade, const bool (&changed)[2])
     {
         std::vector<unsigned int> waiting;
         for (const Order& order : _orders)
             if (order.waits) waiting.push_back(order.id);
         for (const unsigned int id : waiting)
-            TryStop(id);
+            TryStop(id, hasTrade && !changed[!Find(id)->isBuy] ? _last : std::nullopt);
     }
-    void TryStop(unsigned int id)
+    void TryStop(unsigned int id, const std::optional<int>& bound = {})
     {
         Order& order = *Find(id);
         std::optional<int> price = _last;
@@ -389,6 +402,7 @@ private:
             return;
         }
         order.waits = false;
+        order.bound = bound;
         ToTheEnd(id);
         Enter(_orders.size() - 1);
     }
