@@ -197,12 +197,16 @@ TEST(nxIndicatorCatalogue, RealTimeBarForetellsAndDisturbsNothing)
 TEST(nxIndicatorCatalogue, FewerBarsAreAnotherHistory)
 {
     const Bars bars = ReadBars();
+    Bars other;
+    for (unsigned int i = 99; i > 39; --i) {
+        other.Add(bars.open[i], bars.high[i], bars.low[i], bars.close[i], bars.volume[i]);
+    }
     for (const std::string& text : GetOneOfEach()) {
         const auto again = Create(text);
         const auto once = Create(text);
         bars.Calculate(*again, 200);
-        bars.Calculate(*again, 60);
-        bars.Calculate(*once, 60);
+        other.Calculate(*again, 60);
+        other.Calculate(*once, 60);
         EXPECT_EQ(Print(*again, 201), Print(*once, 201)) << text;
     }
 }
@@ -257,6 +261,23 @@ TEST(nxIndicatorCatalogue, StandsStillWithTheMarket)
         flat.Calculate(*indicator, 100);
         EXPECT_EQ(Print(*indicator, 1), results) << type;
     }
+}
+
+// What differs by its rounding alone has not moved: the same typical price of other prices, the RSI of a
+// market that came to rest.
+TEST(nxIndicatorCatalogue, RoundingIsNoMovement)
+{
+    Bars bars;
+    for (int i = 0; i < 40; ++i)
+        bars.Add(10, 10.2 + 0.1 * (i % 3), 9, 10.2 - 0.1 * (i % 3), 100);
+    const auto flow = Create("MFI");
+    bars.Calculate(*flow, bars.GetCount());
+    EXPECT_EQ(Print(*flow, 1), "50 ");
+    for (int i = 0; i < 40; ++i)
+        bars.Add(10, 10.2, 9, 10.1, 100);
+    const auto place = Create("STOCHRSI");
+    bars.Calculate(*place, bars.GetCount());
+    EXPECT_EQ(Print(*place, 1), "50 50 ");
 }
 
 // A million bars around a level of a million with small changes, against the window computed anew.
