@@ -104,10 +104,11 @@ const nxTickData* nxBarBuilder::Close(long long time)
 
 const nxTickData* nxBarBuilder::AddRow(const nxFeedBar& row, long long time)
 {
+    if (time < Earliest) return nullptr;
     const bool isSession = _length == 0 && IsDaily(_rowPeriod);
     if (isSession) {
         _begin = time;
-    } else if (time < Earliest || !_FindSpan(time - 1)) {
+    } else if (!_FindSpan(time - 1)) {
         return nullptr;
     }
     if (_isEmpty) _Begin(row.open);

@@ -2,6 +2,7 @@
 
 #include <lua.hpp>
 
+#include "scriptFramework/lua/nxLuaArity.h"
 #include "scriptFramework/lua/nxLuaClass.h"
 #include "scriptFramework/lua/nxLuaEngine.h"
 
@@ -25,6 +26,36 @@ void nxLuaFunction::_PushFunction(lua_State* L)
     }
     lua_rawgeti(L, LUA_REGISTRYINDEX, _nameReference);
     lua_gettable(L, LUA_GLOBALSINDEX);
+}
+
+// Whether the function at the top of the stack, which was pushed just now, ignores what it is given.
+bool nxLuaFunction::_IgnoresArguments(lua_State* L)
+{
+    if (lua_topointer(L, -1) == _known) {
+        if (!_knownIgnores) return false;
+        // Another function may have come to lie where the known one lay, before it was collected.
+        lua_rawgeti(L, LUA_REGISTRYINDEX, _knownReference);
+        lua_rawgeti(L, -1, 1);
+        const bool isSame = lua_rawequal(L, -1, -3) != 0;
+        lua_pop(L, 2);
+        if (isSame) return true;
+    }
+    _known = lua_topointer(L, -1);
+    _knownIgnores = !nxLuaTakesArguments(L);
+    if (!_knownIgnores) return false;
+    if (_knownReference == 0) {
+        lua_createtable(L, 1, 0);
+        lua_createtable(L, 0, 1);
+        lua_pushliteral(L, "v");
+        lua_setfield(L, -2, "__mode");
+        lua_setmetatable(L, -2);
+        _knownReference = luaL_ref(L, LUA_REGISTRYINDEX);
+    }
+    lua_rawgeti(L, LUA_REGISTRYINDEX, _knownReference);
+    lua_pushvalue(L, -2);
+    lua_rawseti(L, -2, 1);
+    lua_pop(L, 1);
+    return true;
 }
 
 template <class Push>
@@ -86,6 +117,9 @@ bool nxLuaFunction::Call(unsigned int first, const std::string& second)
 bool nxLuaFunction::_CallWithObject(const nxLuaClass& type, void* object)
 {
     return _Call([&](lua_State* L) {
+        // The push costs more than many a callback, and a function without parameters never sees it. A script
+        // that holds the metatables would.
+        if (!_engine._state.AreMetatablesExposed() && _IgnoresArguments(L)) return 0u;
         type.Push(L, object);
         return 1u;
     });

@@ -42,10 +42,14 @@ private:
     bool _Call(Push push);
     bool _Check();
     void _PushFunction(lua_State* L);
+    bool _IgnoresArguments(lua_State* L);
 
     std::string _name;
     nxLuaEngine& _engine;
-    int _nameReference = 0;  // registry reference of the name as Lua keeps it, from the first call on
+    int _nameReference = 0;        // registry reference of the name as Lua keeps it, from the first call on
+    const void* _known = nullptr;  // the function that was asked last whether it takes arguments
+    bool _knownIgnores = false;
+    int _knownReference = 0;  // registry reference of a weak table with that function, if it takes none
     bool _checked = false;
     bool _exists = false;
 };
