@@ -189,7 +189,10 @@ void nxDataObjectCacheTemplate<D, E, O, K, e, w, S>::OnDataObjectUpdate_FineGrai
         E* entry = nullptr;
         {
             const nxMutexGuard guard(_cacheMutex);
+            const std::size_t createdBefore = createdEntries.size();
             entry = _RouteUpdate(*object, createdEntries);
+            // Nobody is to see the new entry without its object.
+            if (createdEntries.size() > createdBefore) entry->SetDataObject(*object);
         }
         if (entry != nullptr) entry->OnDataObjectUpdate(*object);
     }

@@ -69,7 +69,8 @@ public:
     // A copy that the caller owns, null when there is none. With `populate`, what is not here is subscribed
     // to, once for each subscription key; the answer is then what has come within the call. The error is that
     // of populating; `flag` goes to the subscription as it is.
-    virtual nxErrorEnum GetCachedDataObjectCopy(const Key& key, DataObject*& copy, bool populate, bool flag);
+    [[nodiscard]] virtual nxErrorEnum GetCachedDataObjectCopy(const Key& key, DataObject*& copy,
+                                                              bool populate, bool flag);
     virtual DataObject* GetCachedDataObjectCopy(const Key& key, bool populate, bool flag);
 
     // For the service; the objects stay its own. A requester hears of a snapshot that failed or is empty; of

@@ -44,35 +44,24 @@ std::string Walk(const Map& map, const std::string& pattern, std::size_t limit =
 
 TEST(nxIndexedMapKey, MakesKeysCanonical)
 {
-    const struct
-    {
-        const char* key;
-        int fieldCount;
-        const char* canonical;
-    } rows[] = {
+    const std::tuple<const char*, int, const char*> rows[] = {
         {"A.B", 4, "A.B.*.*"}, {"A..C", 4, "A.*.C.*"}, {"A.B.C", 2, "A.B"}, {"", 2, "*.*"},
         {"A.", 2, "A.*"},      {"A.", 1, "A"},         {".", 3, "*.*.*"},   {"A.B", 0, ""},
         {"A.B", -1, ""},       {"A*", 2, "A*.*"},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(nxIndexedMapKey::GetCanonical(row.key, row.fieldCount, '.'), row.canonical) << row.key;
+    for (const auto& [key, fieldCount, canonical] : rows)
+        EXPECT_EQ(nxIndexedMapKey::GetCanonical(key, fieldCount, '.'), canonical) << key;
 }
 
 TEST(nxIndexedMapKey, MatchesFieldByField)
 {
-    const struct
-    {
-        const char* pattern;
-        const char* key;
-        bool matches;
-    } rows[] = {
+    const std::tuple<const char*, const char*, bool> rows[] = {
         {"A.*", "A.B", true},   {"A.*", "A.*", true},    {"A.B", "A.*", false},   {"*.*", "A.B", true},
         {"A.*", "AB.C", false}, {"AB.*", "A.C", false},  {"A.*", "A.B.C", false}, {"A.*.*", "A.B", false},
         {"a.*", "A.B", false},  {"A*.*", "AB.C", false},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(nxIndexedMapKey::Matches(row.pattern, row.key, '.'), row.matches)
-            << row.pattern << " " << row.key;
+    for (const auto& [pattern, key, matches] : rows)
+        EXPECT_EQ(nxIndexedMapKey::Matches(pattern, key, '.'), matches) << pattern << " " << key;
 }
 
 TEST(nxIndexedMapKey, MaskHolds32Fields)
@@ -93,9 +82,7 @@ TEST(nxIndexedMap, WalksInOrderAndEndsWhenTheActionIsDone)
     EXPECT_EQ(Walk(map, ""), "first third second ");
     EXPECT_EQ(Walk(map, "..C"), "third second ");
     EXPECT_EQ(Walk(map, "..C", 1), "third ");
-    EXPECT_EQ(Walk(map, "A.C.C"), "third ");
-    EXPECT_EQ(Walk(map, "A.C.C", 0), "");
-    EXPECT_EQ(Walk(map, "A.X.C"), "");
+    EXPECT_EQ(Walk(map, "A.C.C") + Walk(map, "A.C.C", 0) + Walk(map, "A.X.C"), "third ");
     map.Insert("A.B.*", &entries[3]);  // the same key again
     EXPECT_EQ(Walk(map, "A"), "fourth third ");
     EXPECT_EQ(map.Find("A.B"), nullptr);  // as it stands

@@ -4,34 +4,19 @@
 
 TEST(nxInterface, NamesTheSubjectOfAFunction)
 {
-    const struct
-    {
-        unsigned function;
-        const char* key;
-        const char* subject;  // "old": none
-    } rows[] = {
-        {100231, "X", "QLX.EO.X"},
-        {100233, "X", "QLX.EOT.X"},
-        {100304, "X", "QLX.P.X"},
-        {100305, "X", "QLX.D.X"},
-        {100321, "X", "QLX.SD.X"},
-        {100326, "X", "QLX.MBO.X"},
-        {100328, "X", "QLX.PLV.X"},
-        {100332, "X", "QLX.THEO.X"},
-        {100336, "X", "QLX.RLP.X"},
-        {100418, "X", "QLX.IDU.X"},
-        {101502, "X", "QLX.QP.X"},
-        {102500, "X", "QLX.EOWP.X"},
-        {102600, "X.Y", "QLX.N.X.Y"},
-        {100305, "", "old"},
-        {100306, "X", "old"},
-        {0, "X", "old"},
-        {0, "", "old"},
-    };
-    for (const auto& row : rows) {
+    const std::pair<unsigned, const char*> rows[] = {
+        {100231, "QLX.EO."},  {100233, "QLX.EOT."},  {100304, "QLX.P."},
+        {100305, "QLX.D."},   {100321, "QLX.SD."},   {100326, "QLX.MBO."},
+        {100328, "QLX.PLV."}, {100332, "QLX.THEO."}, {100336, "QLX.RLP."},
+        {100418, "QLX.IDU."}, {101502, "QLX.QP."},   {102500, "QLX.EOWP."},
+        {102600, "QLX.N."},   {100306, ""},          {0, ""}};
+    for (const auto& [function, prefix] : rows) {
+        const bool isKnown = *prefix != '\0';
         std::string subject = "old";
-        const nxErrorEnum error = nxInterface::GetLightSubscriptionSubject(subject, row.function, row.key);
-        EXPECT_EQ(subject, row.subject) << row.function;
-        EXPECT_EQ(error.GetValue(), subject == "old" ? 1000002u : 0u) << row.function;
+        EXPECT_EQ(nxInterface::GetLightSubscriptionSubject(subject, function, "").GetValue(), 1000002u);
+        EXPECT_EQ(subject, "old");
+        const nxErrorEnum error = nxInterface::GetLightSubscriptionSubject(subject, function, "X.Y");
+        EXPECT_EQ(error.GetValue(), isKnown ? 0u : 1000002u) << function;
+        EXPECT_EQ(subject, isKnown ? prefix + std::string("X.Y") : "old") << function;
     }
 }

@@ -1,14 +1,14 @@
 #pragma once
 
 #include <map>
-#include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "api/nxProductCache.h"
 
-// Serves the process's product cache from memory: a snapshot within the call, updates when they are pushed,
-// which any thread may do. It is in service from construction to destruction, and leaves the cache empty.
+// Serves the process's product cache from memory: a snapshot within the call, updates when any thread pushes
+// them. In service from construction to destruction, when it leaves the cache empty.
 class nxMemoryDefinitionService : public nxProductDefinitionService
 {
 public:
@@ -19,40 +19,57 @@ public:
         nxProductCache::GetInstance().Destroy();
     }
 
+    // "+name " for Subscribe, "-name " for Unsubscribe, "?name " for GetSnapshot, "!" before the blank for
+    // its flag.
+    std::string told;
+    nxErrorEnum subscribeError;
+    nxErrorEnum snapshotError;
+    bool isSilent = false;  // no snapshot comes
+    nxProductCacheEntry* requester = nullptr;
+
     // To be called before there are threads.
     void Add(const nxProductDefinition& definition)
     {
-        _definitions[definition.GetGenericProductID().GetAsIndexedMapKey()].reset(definition.CopyInstance());
+        _records[definition.GetGenericProductID().GetAsIndexedMapKey()].definition = definition;
     }
-    static void Push(const nxProductDefinition& definition)
+    // The record's lock keeps a snapshot from overtaking a newer update.
+    void Push(nxProductDefinition definition)
     {
-        const std::unique_ptr<nxProductDefinition> copy(definition.CopyInstance());
-        std::vector<nxProductDefinition*> definitions = {copy.get()};
+        Record& record = _records[definition.GetGenericProductID().GetAsIndexedMapKey()];
+        const std::lock_guard lock(record.mutex);
+        record.definition = definition;
+        std::vector<nxProductDefinition*> definitions = {&definition};
         nxProductCache::GetInstance().DeliverUpdates(definitions);
     }
 
-    // "+" for Subscribe, "-" for Unsubscribe, "?" for GetSnapshot, each with the product; the cache calls one
-    // at a time.
-    std::string calls;
-
-    nxErrorEnum Subscribe(const nxGenericProductID& productID) override { return _Record('+', productID); }
-    nxErrorEnum Unsubscribe(const nxGenericProductID& productID) override { return _Record('-', productID); }
-    nxErrorEnum GetSnapshot(const nxGenericProductID& productID, nxProductCacheEntry* requester,
-                            bool) override
+    nxErrorEnum Subscribe(const nxGenericProductID& productID) override
     {
-        std::vector<nxProductDefinition*> found;
-        const auto definition = _definitions.find(productID.GetAsIndexedMapKey());
-        if (definition != _definitions.end()) found.push_back(definition->second.get());
-        nxProductCache::GetInstance().OnDataObjectSnapshot({}, found, requester);
-        return _Record('?', productID);
+        told += "+" + productID.GetName() + " ";
+        return subscribeError;
+    }
+    nxErrorEnum Unsubscribe(const nxGenericProductID& productID) override
+    {
+        told += "-" + productID.GetName() + " ";
+        return {};
+    }
+    nxErrorEnum GetSnapshot(const nxGenericProductID& productID, nxProductCacheEntry* entry,
+                            bool flag) override
+    {
+        told += "?" + productID.GetName() + (flag ? "! " : " ");
+        requester = entry;
+        const auto record = _records.find(productID.GetAsIndexedMapKey());
+        if (record == _records.end() || isSilent) return snapshotError;
+        const std::lock_guard lock(record->second.mutex);
+        std::vector<nxProductDefinition*> found = {&record->second.definition};
+        nxProductCache::GetInstance().OnDataObjectSnapshot({}, found, entry);
+        return snapshotError;
     }
 
 private:
-    nxErrorEnum _Record(char call, const nxGenericProductID& productID)
+    struct Record
     {
-        calls += call + productID.GetAsString() + ' ';
-        return {};
-    }
-
-    std::map<std::string, std::unique_ptr<nxProductDefinition>> _definitions;
+        std::mutex mutex;
+        nxProductDefinition definition;
+    };
+    std::map<std::string, Record> _records;
 };
