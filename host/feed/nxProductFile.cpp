@@ -1,7 +1,7 @@
 #include "host/feed/nxProductFile.h"
 
-#include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "base/values/nxStringHelper.h"
 #include "host/feed/nxStrategyOrder.h"
@@ -91,9 +91,10 @@ void ReadLegs(const Reader& reader, const toml::value& value, nxProductDescripti
 {
     if (product.IsStrategy()) reader.Refuse(value, "leg and legs are the same; write one of them");
     const toml::array& tables = reader.GetTables(value, "product.legs");
+    std::unordered_set<std::string> names;
     for (const toml::value& table : tables) {
         const nxProductLegDescription leg = GetLeg(reader, table);
-        if (std::ranges::count(product.legs, leg.product, &nxProductLegDescription::product) != 0)
+        if (!names.insert(leg.product).second)
             reader.Refuse(table, "product \"" + leg.product + "\" is a leg twice");
         product.legs.push_back(leg);
     }

@@ -34,7 +34,9 @@ nxStrategyOrder::nxStrategyOrder(const std::vector<nxProductDescription>& produc
     const auto stuck = std::ranges::find_if(missing, [](std::size_t count) { return count != 0; });
     if (stuck == missing.end()) return;
     std::size_t current = static_cast<std::size_t>(stuck - missing.begin());
-    while (std::ranges::find(cycle, current) == cycle.end()) {
+    std::vector<bool> isVisited(products.size());
+    while (!isVisited[current]) {
+        isVisited[current] = true;
         cycle.push_back(current);
         for (const nxProductLegDescription& leg : products[current].legs) {
             const auto found = indexes.find(leg.product);

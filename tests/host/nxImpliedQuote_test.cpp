@@ -57,6 +57,13 @@ TEST(nxImpliedQuoteTest, FollowsFromTheLegs)
     const nxVolume none;
     const Leg near{"BUY", "1", 1, "100.10", 5u, "100.12", 7u};
     const Leg far{"SELL", "1", 1, "99.95", 4u, "99.99", 6u};
+    const Leg noBid{"SELL", "1", 1, "", none, "99.99", 6u};
+    const Leg noVolumes{"SELL", "1", 1, "99.95", none, "99.99", none};
+    const Leg half{"BUY", "0.5", 3, "10", 10u, "11", 8u};
+    const Leg twice{"BUY", "2", 2, "7", 9u, "8", 7u};
+    const Leg small{"BUY", "1", 3, "10", 2u, "11", 3u};
+    const Leg huge{"BUY", Huge, 1, Huge, 1u, "0", 1u};
+    const Leg tiny{"BUY", "0.000000000000000001", 1, "0.000000000000000001", 1u, "0", 1u};
     const struct
     {
         const char* what;
@@ -65,46 +72,17 @@ TEST(nxImpliedQuoteTest, FollowsFromTheLegs)
         const char* tick;
         const char* quote;
     } rows[] = {
-        {"buys at the ask what it buys, at the bid what it sells",
-         {near, far},
-         "",
-         "0.01",
-         "0.11 5 / 0.17 4"},
+        {"sells at the bid, buys at the ask", {near, far}, "", "0.01", "0.11 5 / 0.17 4"},
         {"an offset of either sign", {near, far}, "-1", "0.01", "-0.89 5 / -0.83 4"},
         {"rounded to the safe side", {near, far}, "", "0.05", "0.10 5 / 0.20 4"},
         {"below 0, too", {near, far}, "-1", "0.25", "-1.00 5 / -0.75 4"},
         {"as it comes without a tick", {near, far}, "0.0005", "", "0.1105 5 / 0.1705 4"},
-        {"ratios of price and of lots",
-         {{"BUY", "0.5", 3, "10", 10u, "11", 8u}, {"BUY", "2", 2, "7", 9u, "8", 7u}},
-         "",
-         "0.5",
-         "19.0 3 / 21.5 2"},
-        {"less than one lot is no side",
-         {{"BUY", "1", 3, "10", 2u, "11", 3u}, {"SELL", "1", 1, "7", 9u, "8", 7u}},
-         "",
-         "1",
-         "NULL NULL / 4 1"},
-        {"a leg without a bid",
-         {near, {"SELL", "1", 1, "", none, "99.99", 6u}},
-         "",
-         "0.01",
-         "0.11 5 / NULL NULL"},
-        {"a leg without volumes",
-         {near, {"SELL", "1", 1, "99.95", none, "99.99", none}},
-         "",
-         "0.01",
-         "0.11 NULL / 0.17 NULL"},
-        {"too large for a decimal",
-         {{"BUY", Huge, 1, Huge, 1u, "1", 1u}, {"BUY", Huge, 1, Huge, 1u, "1", 1u}},
-         "",
-         "1",
-         "NULL NULL / NULL NULL"},
-        {"too fine for 128 bits",
-         {{"BUY", Huge, 1, Huge, 1u, "0", 1u},
-          {"BUY", "0.000000000000000001", 1, "0.000000000000000001", 1u, "0", 1u}},
-         "",
-         "",
-         "NULL NULL / 0 1"},
+        {"ratios of price and of lots", {half, twice}, "", "0.5", "19.0 3 / 21.5 2"},
+        {"less than one lot is no side", {small, twice}, "", "1", "NULL NULL / 27 1"},
+        {"a leg without a bid", {near, noBid}, "", "0.01", "0.11 5 / NULL NULL"},
+        {"a leg without volumes", {near, noVolumes}, "", "0.01", "0.11 NULL / 0.17 NULL"},
+        {"too large for a decimal", {huge, huge}, "", "1", "NULL NULL / 0 1"},
+        {"too fine for 128 bits", {huge, tiny}, "", "", "NULL NULL / 0 1"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);

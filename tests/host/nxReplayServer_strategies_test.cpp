@@ -14,16 +14,9 @@ end
 function implied(p) return p.impliedBidPrice, p.impliedBidVolume, p.impliedAskPrice, p.impliedAskVolume end
 )";
 
-constexpr const char* Spread = R"(
-[[product]]
-name = "A"
-[[product]]
-name = "B"
-[[product]]
-name = "S"
-pointValue = 10
-legs = [{ product = "A" }, { product = "B", side = "SELL" }]
-)";
+constexpr const char* Spread =
+    R"(product = [{ name = "A" }, { name = "B" }, { name = "S", pointValue = 10, legs = [
+  { product = "A" }, { product = "B", side = "SELL" }] }])";
 
 class nxReplayServerStrategiesTest : public ::testing::Test
 {
@@ -44,16 +37,8 @@ protected:
 
 TEST_F(nxReplayServerStrategiesTest, AScriptReadsTheLegsOfTheFile)
 {
-    Describe(R"(
-[[product]]
-name = "A"
-[[product]]
-name = "B"
-[[product]]
-name = "S"
-priceOffset = -0.25
-legs = [{ product = "A", priceRatio = 2.5 }, { product = "B", side = "SELL", tradeRatio = 3 }]
-)");
+    Describe(R"(product = [{ name = "A" }, { name = "B" }, { name = "S", priceOffset = -0.25, legs = [
+  { product = "A", priceRatio = 2.5 }, { product = "B", side = "SELL", tradeRatio = 3 }] }])");
     SetScript(R"(
 function OnInit()
   local s = job:getProduct("S")
@@ -99,15 +84,9 @@ end)");
 // The file names them in the wrong order, and one event of A is one price of each.
 TEST_F(nxReplayServerStrategiesTest, StrategiesOfStrategiesAreOfOneEvent)
 {
-    Describe(R"(
-[[product]]
-name = "T"
-legs = [{ product = "S" }, { product = "U", side = "SELL" }]
-[[product]]
-name = "U"
-tickSize = 0.5
-legs = [{ product = "A" }, { product = "B" }]
-)" + std::string(Spread));
+    Describe(R"(product = [{ name = "T", legs = [{ product = "S" }, { product = "U", side = "SELL" }] },
+  { name = "U", tickSize = 0.5, legs = [{ product = "A" }, { product = "B" }] }, { name = "A" },
+  { name = "B" }, { name = "S", legs = [{ product = "A" }, { product = "B", side = "SELL" }] }])");
     SetScript(R"(
 function OnInit()
   for _, name in ipairs({ "T", "S", "U" }) do job:getProduct(name):subscribePrice() end
@@ -150,19 +129,9 @@ function OnPrice(p) log(p.bidPrice, p.bidVolume, p.paperBidPrice, p.impliedBidPr
 
 TEST_F(nxReplayServerStrategiesTest, AStrategyIsOpenWhileAllItsLegsAre)
 {
-    Describe(R"(
-[[product]]
-name = "A"
-tradingHours = "14:30-14:31"
-[[product]]
-name = "B"
-[[product]]
-name = "S"
-legs = [{ product = "A" }, { product = "B" }]
-[[product]]
-name = "T"
-legs = [{ product = "S" }, { product = "B" }]
-)");
+    Describe(R"(product = [{ name = "A", tradingHours = "14:30-14:31" }, { name = "B" },
+  { name = "S", legs = [{ product = "A" }, { product = "B" }] },
+  { name = "T", legs = [{ product = "S" }, { product = "B" }] }])");
     SetScript(R"(
 function OnInit() for _, name in ipairs({ "S", "T", "A" }) do job:getProduct(name):subscribeState() end end
 function OnProductState(state)
@@ -251,9 +220,9 @@ function OnPrice(p) if p.impliedBidPrice then log(s.priceOffset, implied(p)) els
             std::filesystem::file_time_type::clock::now() + std::chrono::hours(++version));
     };
     buffer.actions = {
-        {" 6.5 4 8 5\n", [&] { write("legs =", "priceOffset = 0.5\nlegs ="); }},
+        {" 6.5 4 8 5\n", [&] { write("legs =", "priceOffset = 0.5, legs ="); }},
         {" 7 1 8.5 5\n", [&] { write("pointValue = 10", "pointValue = 5"); }},
-        {" 7 2 8.5 5\n", [&] { write("= 10", "= "); }},
+        {" 7 2 8.5 5\n", [&] { write("SELL", "HOLD"); }},
     };
     std::ostream out(&buffer);
     std::ostringstream err;
@@ -269,7 +238,7 @@ function OnPrice(p) if p.impliedBidPrice then log(s.priceOffset, implied(p)) els
 02.000  products.toml: pointValue of "S" cannot change during a run; the products stay as they were
 03.000  A
 03.000  0.5 7 2 8.5 5
-03.000  products.toml:8:1: missing value after key-value separator '='; the products stay as they were
+03.000  products.toml:2:46: side is neither "BUY" nor "SELL"; the products stay as they were
 04.000  A
 04.000  0.5 7 3 8.5 5
 )");
