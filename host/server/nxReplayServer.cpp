@@ -160,6 +160,7 @@ void nxReplayServer::_Finish()
     for (const auto& runner : _runners)
         _EndJob(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
     _TakeLastAnswers();
+    _FlattenAtEnd();
     for (const auto& runner : _runners)
         runner->GetStatistics().trading = runner->GetJob().GetTrading();
 }
