@@ -1,5 +1,7 @@
 #include "host/exchange/nxExchangeOrder.h"
 
+#include <algorithm>
+
 namespace {
 
 template <class Value>
@@ -11,7 +13,25 @@ void Take(Value& field, const Value& change)
 constexpr const char* Executions[] = {"", "IOC", "FOK", "STOP", "ICEBERG", "TRAILING_STOP", "BRACKET"};
 constexpr const char* Durations[] = {"GFD", "GTD", "GTC", "OPEN", "PREOPEN"};
 
+template <class Value, std::size_t size>
+bool SetFromText(const std::string& text, const char* const (&texts)[size], Value& value)
+{
+    const auto found = std::ranges::find(texts, text);
+    if (found != std::end(texts)) value = static_cast<Value>(found - std::begin(texts));
+    return found != std::end(texts);
+}
+
 }  // namespace
+
+bool nxSetFromText(const std::string& text, nxOrderExecution& execution)
+{
+    return SetFromText(text, Executions, execution);
+}
+
+bool nxSetFromText(const std::string& text, nxOrderDuration& duration)
+{
+    return SetFromText(text, Durations, duration);
+}
 
 const char* nxGetText(nxOrderExecution execution)
 {

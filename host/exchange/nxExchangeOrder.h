@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <optional>
+#include <string>
 
 #include "base/enums/nxOrderStatusEnum.h"
 #include "base/time/nxDateTime.h"
@@ -14,6 +15,9 @@ enum class nxOrderDuration { Day, Date, Cancelled, Open, PreOpen };  // GFD, GTD
 // In createOrder's vocabulary; "" for none.
 const char* nxGetText(nxOrderExecution execution);
 const char* nxGetText(nxOrderDuration duration);
+// False: there is no such text.
+[[nodiscard]] bool nxSetFromText(const std::string& text, nxOrderExecution& execution);
+[[nodiscard]] bool nxSetFromText(const std::string& text, nxOrderDuration& duration);
 
 // What an order is for its whole life.
 struct nxOrderKind
@@ -42,6 +46,15 @@ struct nxOrderKind
         return duration == nxOrderDuration::Open || duration == nxOrderDuration::PreOpen;
     }
 };
+
+inline const char* nxGetSideText(const nxOrderKind& kind)
+{
+    return kind.isBuy ? "BUY" : "SELL";
+}
+inline const char* nxGetTypeText(const nxOrderKind& kind)
+{
+    return kind.isMarket ? "MARKET" : "LIMIT";
+}
 
 // What a request may set. No-change in a field leaves it as it is; a new order starts from null.
 struct nxOrderTerms

@@ -1,6 +1,7 @@
 #include "host/exchange/nxSimulatedExchange.h"
 
 #include <algorithm>
+#include <cassert>
 #include <limits>
 #include <utility>
 
@@ -59,12 +60,31 @@ void nxSimulatedExchange::_Send(nxOrderRequest kind, unsigned int order, long lo
     long long due = now + _Draw(_options.request);
     if (!_requests.empty()) due = std::max(due, _requests.back().due);
     _requests.push_back({kind, order, due, terms});
-    if (_observer != nullptr) {
-        const nxExchangeOrder& known = GetOrder(order);
-        const bool isNew = kind == nxOrderRequest::New;
-        _observer->OnRequest(known, kind, isNew ? known.terms : terms,
-                             *_markets[known.kind.product]->product.market, now, due);
-    }
+    _Show(kind, order, terms, now, due);
+}
+
+void nxSimulatedExchange::_Show(nxOrderRequest kind, unsigned int order, const nxOrderTerms& terms,
+                                long long now, long long due) const
+{
+    if (_observer == nullptr) return;
+    const nxExchangeOrder& known = GetOrder(order);
+    const bool isNew = kind == nxOrderRequest::New;
+    _observer->OnRequest(known, kind, isNew ? known.terms : terms,
+                         *_markets[known.kind.product]->product.market, now, due);
+}
+
+void nxSimulatedExchange::TakeAtOnce(unsigned int reserved, const nxOrderKind& kind,
+                                     const nxOrderTerms& terms, long long now)
+{
+    nxExchangeOrder& order = _GetOrder(reserved);
+    order.kind = kind;
+    order.terms = terms;
+    order.arrived = _time = std::max(_time, now);
+    order.status = nxOrderStatus_Working;
+    _Show(nxOrderRequest::New, reserved, terms, _time, _time);
+    _Tell(order, nxExchangeEvent::Kind::Accepted);
+    _Start(order);
+    _Settle();
 }
 
 unsigned int nxSimulatedExchange::Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now)
@@ -74,10 +94,29 @@ unsigned int nxSimulatedExchange::Submit(const nxOrderKind& kind, const nxOrderT
     return id;
 }
 
+nxExchangeOrder& nxSimulatedExchange::_AddOrder()
+{
+    if (_free.empty()) _free.push_back(&_pool.emplace_back());
+    nxExchangeOrder& order = *_free.back();
+    _free.pop_back();
+    _orders.push_back(&order);
+    order = {};
+    order.id = GetOrderCount();
+    return order;
+}
+
 unsigned int nxSimulatedExchange::Reserve()
 {
-    nxExchangeOrder& order = _orders.emplace_back();
-    return order.id = static_cast<unsigned int>(_orders.size());
+    return _AddOrder().id;
+}
+
+void nxSimulatedExchange::Release(unsigned int id)
+{
+    nxExchangeOrder*& order = _orders[id - _released - 1];
+    assert(!order->IsAlive() && !order->isResting && order->status != nxOrderStatus_Pending);
+    _free.push_back(std::exchange(order, nullptr));
+    for (; !_orders.empty() && _orders.front() == nullptr; ++_released)
+        _orders.pop_front();
 }
 
 void nxSimulatedExchange::Submit(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
@@ -181,6 +220,7 @@ void nxSimulatedExchange::OnFill(nxExchangeOrder& order, const nxDecimal& price,
     if (order.kind.execution == nxOrderExecution::Bracket) _consequences.push_back({order.id, price, volume});
     if (order.sibling == 0) return;
     // At once, since the same event may come to the sibling next.
+    if (FindOrder(order.sibling) == nullptr) return;
     nxExchangeOrder& sibling = _GetOrder(order.sibling);
     const unsigned int given = std::min(sibling.GetRemaining(), volume);
     const bool isOver = !sibling.IsAlive() && sibling.status != nxOrderStatus_Pending;
@@ -216,11 +256,11 @@ void nxSimulatedExchange::_Settle()
             }
             continue;
         }
-        const auto first = static_cast<unsigned int>(_orders.size()) + 1;
+        const unsigned int first = GetOrderCount() + 1;
         // The stop first: it protects.
         if (nxOrderTerms::GetOr(order.terms.bracketStopLoss, 0) != 0) _AddChild(order, fill, true);
         if (nxOrderTerms::GetOr(order.terms.bracketProfit, 0) != 0) _AddChild(order, fill, false);
-        const auto last = static_cast<unsigned int>(_orders.size());
+        const unsigned int last = GetOrderCount();
         if (last > first) {
             _GetOrder(first).sibling = last;
             _GetOrder(last).sibling = first;
@@ -243,8 +283,7 @@ void nxSimulatedExchange::_AddChild(const nxExchangeOrder& parent, const Consequ
     const nxOrderTerms& wanted = parent.terms;
     const nxDecimal& tick = _markets[parent.kind.product]->product.tickSize;
     const nxDecimal unit = tick.IsValid() ? tick : nxDecimalOne;
-    nxExchangeOrder& child = _orders.emplace_back();
-    child.id = static_cast<unsigned int>(_orders.size());
+    nxExchangeOrder& child = _AddOrder();
     child.parent = parent.id;
     child.kind = parent.kind;
     child.kind.isBuy = !parent.kind.isBuy;
@@ -289,11 +328,13 @@ void nxSimulatedExchange::_EnterOpening(Market& market)
 
 void nxSimulatedExchange::_EndImmediates(Market& market, long long time)
 {
-    std::erase_if(market.immediates, [&](nxExchangeOrder* order) {
-        if (order->IsAlive() && order->arrived >= time) return false;
-        if (order->IsAlive()) _End(*order, _GetEndOfImmediate(*order));
-        return true;
-    });
+    for (nxExchangeOrder* order : std::exchange(market.immediates, {})) {
+        if (order->IsAlive() && order->arrived >= time) {
+            market.immediates.push_back(order);
+        } else if (order->IsAlive()) {
+            _End(*order, _GetEndOfImmediate(*order));
+        }
+    }
 }
 
 void nxSimulatedExchange::OnQuote(unsigned int product, const nxFeedQuote& quote, long long time)

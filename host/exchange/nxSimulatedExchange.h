@@ -52,7 +52,7 @@ struct nxExchangeEvent
     unsigned int fillVolume = 0;
     bool isMaker = false;
     nxFillCause cause = nxFillCause::Took;
-    bool isRequested = false;  // an amendment: by its owner, not because of the other child of a bracket
+    bool isRequested = false;  // an amendment or the end of an order: by its owner
     nxErrorEnum error;         // of what was rejected: the cause
     std::string reason;
 };
@@ -96,6 +96,10 @@ public:
     void Amend(unsigned int order, const nxOrderTerms& changes, long long now);
     void Cancel(unsigned int order, long long now);
 
+    // At the end of a run, where nothing travels any more and a market closes because its data end: the
+    // order, an IOC one, takes what the book shows now.
+    void TakeAtOnce(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
+
     // Why an order with these terms makes no sense; null when it does. What depends on the market's state
     // is only known on arrival.
     static const char* FindFault(const nxOrderKind& kind, const nxOrderTerms& terms);
@@ -116,8 +120,17 @@ public:
     void OnOpen(unsigned int product, long long time);
     void OnClose(unsigned int product, long long time);
 
-    const nxExchangeOrder& GetOrder(unsigned int order) const { return _orders[order - 1]; }
-    unsigned int GetOrderCount() const { return static_cast<unsigned int>(_orders.size()); }
+    // Its owner knows that the order is over, and will neither ask for it nor send anything for it again.
+    void Release(unsigned int order);
+    // One that was not released.
+    const nxExchangeOrder& GetOrder(unsigned int order) const { return *_orders[order - _released - 1]; }
+    // Null for a released one.
+    const nxExchangeOrder* FindOrder(unsigned int order) const
+    {
+        return order <= _released ? nullptr : _orders[order - _released - 1];
+    }
+    // With those that were released.
+    unsigned int GetOrderCount() const { return _released + static_cast<unsigned int>(_orders.size()); }
     const nxExchangeBook& GetBook(unsigned int product) const;
 
 private:
@@ -157,8 +170,20 @@ private:
         unsigned int volume;
     };
 
-    nxExchangeOrder& _GetOrder(unsigned int id) { return _orders[id - 1]; }
+    // When orders end by themselves; also of some that are dead or have another date by now, which are swept
+    // out before the list grows to twice what it was.
+    struct Expiry
+    {
+        std::vector<unsigned int> orders;
+        std::size_t sweepAt = 64;
+    };
+
+    nxExchangeOrder& _GetOrder(unsigned int id) { return *_orders[id - _released - 1]; }
+    nxExchangeOrder& _AddOrder();
+    bool _ExpiresAt(unsigned int id, long long time) const;
     long long _Draw(const nxLatency& latency);
+    void _Show(nxOrderRequest kind, unsigned int order, const nxOrderTerms& terms, long long now,
+               long long due) const;
     void _Send(nxOrderRequest kind, unsigned int order, long long now, const nxOrderTerms& terms);
     // complete(event) adds what the order does not tell.
     template <class Complete>
@@ -177,7 +202,7 @@ private:
     void _Expire(long long time);
     void _Enter(nxExchangeOrder& order);
     void _Start(nxExchangeOrder& order);
-    void _End(nxExchangeOrder& order, const char* reason);
+    void _End(nxExchangeOrder& order, const char* reason, bool isRequested = false);
     static Refusal _FindEnd(const nxExchangeOrder& order);
     static const char* _GetEndOfImmediate(const nxExchangeOrder& order);
     void _EnterOpening(Market& market);
@@ -194,11 +219,14 @@ private:
     nxExactRandom _latencyRandom;
     nxExactRandom _peakRandom;
     std::vector<std::unique_ptr<Market>> _markets;
-    std::deque<nxExchangeOrder> _orders;  // by number; they stay, and stay where they are
+    std::deque<nxExchangeOrder> _pool;    // they stay where they are
+    std::vector<nxExchangeOrder*> _free;  // of the pool
+    // By number; null for a released one. Those in front of the first that is not are gone.
+    std::deque<nxExchangeOrder*> _orders;
+    unsigned int _released = 0;           // that are gone from the front
     std::deque<Request> _requests;        // in the order of their times
     std::deque<nxExchangeEvent> _events;  // likewise
-    // When orders end by themselves; also of some that are dead or have another date by now.
-    std::map<long long, std::vector<unsigned int>> _expiries;
+    std::map<long long, Expiry> _expiries;
     std::vector<Consequence> _consequences;
     long long _time = 0;  // at the exchange
     nxExchangeObserver* _observer = nullptr;

@@ -149,16 +149,28 @@ void nxSimulatedExchange::_SetExpiry(nxExchangeOrder& order)
         case nxOrderDuration::Open:
             break;
     }
-    if (order.expires != Never) _expiries[order.expires].push_back(order.id);
+    if (order.expires == Never) return;
+    Expiry& expiry = _expiries[order.expires];
+    if (expiry.orders.size() == expiry.sweepAt) {
+        std::erase_if(expiry.orders, [&](unsigned int id) { return !_ExpiresAt(id, order.expires); });
+        expiry.sweepAt = std::max<std::size_t>(expiry.sweepAt, 2 * expiry.orders.size());
+    }
+    expiry.orders.push_back(order.id);
+}
+
+// False for one that is over; one that is on its way may come to live.
+bool nxSimulatedExchange::_ExpiresAt(unsigned int id, long long time) const
+{
+    const nxExchangeOrder* const order = FindOrder(id);
+    return order != nullptr && order->expires == time &&
+           (order->IsAlive() || order->status == nxOrderStatus_Pending);
 }
 
 void nxSimulatedExchange::_Expire(long long time)
 {
     const auto due = _expiries.extract(_expiries.begin());
-    for (const unsigned int id : due.mapped()) {
-        nxExchangeOrder& order = _GetOrder(id);
-        if (order.IsAlive() && order.expires == time) _End(order, "its time is over");
-    }
+    for (const unsigned int id : due.mapped().orders)
+        if (_ExpiresAt(id, time) && _GetOrder(id).IsAlive()) _End(_GetOrder(id), "its time is over");
 }
 
 void nxSimulatedExchange::_Carry(const Request& request)
@@ -235,18 +247,22 @@ void nxSimulatedExchange::_Start(nxExchangeOrder& order)
     }
 }
 
-void nxSimulatedExchange::_End(nxExchangeOrder& order, const char* reason)
+void nxSimulatedExchange::_End(nxExchangeOrder& order, const char* reason, bool isRequested)
 {
     Market& market = *_markets[order.kind.product];
     if (order.isResting) market.book.Remove(order);
     std::erase(market.opening, &order);
+    std::erase(market.immediates, &order);
     order.status = nxOrderStatus_Deleted;
-    _Tell(order, nxExchangeEvent::Kind::Cancelled, reason);
+    _Tell(order, nxExchangeEvent::Kind::Cancelled, [&](nxExchangeEvent& event) {
+        event.reason = reason;
+        event.isRequested = isRequested;
+    });
 }
 
 void nxSimulatedExchange::_ArriveCancel(nxExchangeOrder& order)
 {
-    if (order.IsAlive()) return _End(order, "");
+    if (order.IsAlive()) return _End(order, "", true);
     _TellRefusal(order, nxExchangeEvent::Kind::CancelRejected, _FindEnd(order));
 }
 

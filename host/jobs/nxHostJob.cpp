@@ -1,6 +1,10 @@
 #include "host/jobs/nxHostJob.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 #include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostServices.h"
@@ -71,25 +75,68 @@ void nxHostJob::AddFill(nxHostProduct& product, bool isBuy, const nxExchangeEven
     ++_trading.fills;
     _trading.volume += fill.fillVolume;
     if (fill.isMaker) _trading.makerVolume += fill.fillVolume;
-    Revalue(product);
+    _Value(product, product.GetMark());
 }
 
-void nxHostJob::Revalue(nxHostProduct& changed)
+void nxHostJob::Revalue(nxHostProduct& product)
 {
-    const nxCurrencyEnum& currency = changed.GetAccount().GetCurrency();
-    nxTradingStatistics::Money& money = _trading[currency];
-    money.profit = money.open = money.fees = {};
-    for (const auto& [name, product] : _products) {
-        if (product->GetAccount().GetCurrency() != currency) continue;
-        const nxPositionKeeper& keeper = product->GetAccount().GetKeeper();
-        const nxDecimal mark = product->GetMark();
-        money.profit += keeper.GetTotalProfit(mark);
-        money.open += keeper.GetOpenProfit(mark);
-        money.fees += keeper.GetTotal().fees;
-    }
-    if ((money.best - money.profit).IsNegative()) money.best = money.profit;
+    const nxDecimal mark = product.GetMark();
+    if (mark != product.GetValue().mark) _Value(product, mark);
+}
+
+// The sums of a currency change by what one of its products does.
+void nxHostJob::_Value(nxHostProduct& product, const nxDecimal& mark)
+{
+    const nxPositionKeeper& keeper = product.GetAccount().GetKeeper();
+    const nxHostProduct::Value now{mark, keeper.GetTotalProfit(mark), keeper.GetOpenProfit(mark),
+                                   keeper.GetTotal().fees};
+    const nxHostProduct::Value before = std::exchange(product.GetValue(), now);
+    nxTradingStatistics::Money& money = _trading[product.GetAccount().GetCurrency()];
+    money.profit += now.profit - before.profit;
+    money.open += now.open - before.open;
+    money.fees += now.fees - before.fees;
     const nxExactAmount fallen = money.best - money.profit;
+    if (fallen.IsNegative()) money.best = money.profit;
     if ((money.drawdown - fallen).IsNegative()) money.drawdown = fallen;
+}
+
+bool nxHostJob::HasOpenOrders(const nxHostProduct& product) const
+{
+    return std::ranges::any_of(
+        _orders, [&](const auto& order) { return &order->GetHostProduct() == &product && order->IsOpen(); });
+}
+
+void nxHostJob::Close(nxHostProduct& product, bool atOnce)
+{
+    constexpr long long most = 1'000'000'000;  // of one order
+    const long long net = product.GetAccount().GetKeeper().GetNet();
+    if (net == 0) return;
+    nxAlgoOrderObject* const order =
+        CreateOrder(&product, net > 0 ? "SELL" : "BUY", "MARKET", atOnce ? "IOC" : "", "GFD", "");
+    product.GetClosingOrders().push_back(static_cast<nxHostOrder*>(order));
+    product.GetClosingOrders().back()->Close(static_cast<unsigned int>(std::min(std::abs(net), most)),
+                                             atOnce);
+}
+
+std::vector<std::string> nxHostJob::DescribeExits(const std::function<std::string(nxHostProduct&)>& why)
+{
+    std::vector<std::string> texts;
+    for (const auto& [name, product] : _products) {
+        if (!product->FlattensOnExit()) continue;
+        const long long net = product->GetAccount().GetKeeper().GetNet();
+        std::string text;
+        for (nxHostOrder* order : product->GetClosingOrders()) {
+            if (order->GetExecuted() == 0) continue;
+            text += fmt::format("{}{} {} at {}", text.empty() ? "" : ", ",
+                                order->GetKind().isBuy ? "bought" : "sold", order->GetExecuted(),
+                                order->GetAveragePrice().GetAsString());
+        }
+        if (net != 0)
+            text += fmt::format("{}{} {}: {}", text.empty() ? "" : ", ", std::abs(net),
+                                net > 0 ? "long stay open" : "short stay open", why(*product));
+        if (!text.empty()) texts.push_back(name + ": " + text);
+    }
+    return texts;
 }
 
 nxDecimal nxHostJob::GetPandL(const nxCurrencyEnum& currency)
@@ -114,7 +161,7 @@ nxAlgoOrderObject* nxHostJob::CreateOrder(nxAlgoProductObject* product, const st
 {
     auto& known = static_cast<nxHostProduct&>(*product);  // every product of the job is one
     const unsigned int id = _services.ReserveOrder();
-    const nxHostOrder::Texts texts{side, type, exec, time, spreadSpec, {}};
+    const nxHostOrder::Texts texts{side, type, exec, time, spreadSpec};
     _orders.push_back(std::make_unique<nxHostOrder>(*this, known, texts, id));
     _services.NoteOrder(*_orders.back());
     return _orders.back().get();

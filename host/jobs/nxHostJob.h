@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -73,8 +74,15 @@ public:
     nxHostOrder& AddChild(const nxExchangeOrder& child, nxHostOrder& parent);
     void NoteRequest();
     void AddFill(nxHostProduct& product, bool isBuy, const nxExchangeEvent& fill);
-    // The market of a product that the job traded has moved.
+    // The market of a product that the job traded may have moved.
     void Revalue(nxHostProduct& product);
+    bool HasOpenOrders(const nxHostProduct& product) const;
+    // Its orders stay in the market when it ends.
+    bool ShattersOnExit() const { return _shatters; }
+    // Sends what closes the job's position in the product, if there is one.
+    void Close(nxHostProduct& product, bool atOnce);
+    // How the positions that were to be closed on exit ended; `why` tells it of one that is open.
+    std::vector<std::string> DescribeExits(const std::function<std::string(nxHostProduct&)>& why);
     const nxTradingStatistics& GetTrading();
     bool IsCrossProtected() const { return _crossProtected; }
     const std::string& GetOrderUserString() const { return _orderUserString; }
@@ -169,6 +177,7 @@ private:
     nxErrorEnum _Want(nxAlgoProductObject* product, std::initializer_list<nxMarketEvent> events, int change);
     void _SendUserText(const char* type, void (nxVorantJobStatus::*set)(const std::string&),
                        const std::string& (nxVorantJobStatus::*get)() const, const std::string& text);
+    void _Value(nxHostProduct& product, const nxDecimal& mark);
     void _RecordFlag(const char* name, bool on);
     void _NoteChange(bool& change);
 
@@ -190,6 +199,7 @@ private:
     std::string _error;  // the latest refusal
     std::string _orderUserString, _orderUserString2;
     bool _crossProtected = false;
+    bool _shatters = false;
     unsigned int _requestCount = 0;
     nxTradingStatistics _trading;
     // What the script holds outlives it, since its finalizers may still use it.

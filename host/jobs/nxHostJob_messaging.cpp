@@ -143,6 +143,7 @@ void nxHostJob::_RecordFlag(const char* name, bool on)
 
 void nxHostJob::SetShatterOnExit(bool on)
 {
+    _shatters = on;
     _RecordFlag("shatterOnExit", on);
 }
 

@@ -9,49 +9,14 @@
 
 namespace {
 
-constexpr struct
-{
-    const char* text;
-    nxOrderExecution execution;
-} Executions[] = {
-    {"", nxOrderExecution::None},           {"IOC", nxOrderExecution::ImmediateOrCancel},
-    {"FOK", nxOrderExecution::FillOrKill},  {"STOP", nxOrderExecution::Stop},
-    {"ICEBERG", nxOrderExecution::Iceberg}, {"TRAILING_STOP", nxOrderExecution::TrailingStop},
-    {"BRACKET", nxOrderExecution::Bracket},
-};
-
-constexpr struct
-{
-    const char* text;
-    nxOrderDuration duration;
-} Durations[] = {
-    {"GFD", nxOrderDuration::Day},         {"GTD", nxOrderDuration::Date},
-    {"GTC", nxOrderDuration::Cancelled},   {"OPEN", nxOrderDuration::Open},
-    {"PREOPEN", nxOrderDuration::PreOpen},
-};
-
 nxOrderKind GetKindOf(const nxHostOrder::Texts& texts)
 {
     nxOrderKind kind;
     kind.isBuy = texts.side == "BUY";
     kind.isMarket = texts.type == "MARKET";
-    for (const auto& known : Executions)
-        if (texts.exec == known.text) kind.execution = known.execution;
-    for (const auto& known : Durations)
-        if (texts.time == known.text) kind.duration = known.duration;
+    static_cast<void>(nxSetFromText(texts.exec, kind.execution));
+    static_cast<void>(nxSetFromText(texts.time, kind.duration));
     return kind;
-}
-
-nxHostOrder::Texts GetTextsOf(const nxOrderKind& kind)
-{
-    nxHostOrder::Texts texts;
-    texts.side = kind.isBuy ? "BUY" : "SELL";
-    texts.type = kind.isMarket ? "MARKET" : "LIMIT";
-    for (const auto& known : Executions)
-        if (kind.execution == known.execution) texts.exec = known.text;
-    for (const auto& known : Durations)
-        if (kind.duration == known.duration) texts.time = known.text;
-    return texts;
 }
 
 // What a script may not ask for; empty when there is nothing of that.
@@ -149,28 +114,32 @@ constexpr struct
 
 }  // namespace
 
-nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& texts, unsigned int id)
+nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxOrderKind& kind, unsigned int id)
     : nxAlgoOrderObject(&job, &product), _job(job), _hostProduct(product), _state(std::make_shared<State>())
 {
     _state->id = id;
     _state->owner = &job;
-    _state->texts = texts;
-    _state->kind = GetKindOf(texts);
+    _state->kind = kind;
+    SetSide(nxGetSideText(kind));
+}
+
+nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& texts, unsigned int id)
+    : nxHostOrder(job, product, GetKindOf(texts), id)
+{
+    _state->spreadSpec = texts.spreadSpec;
     _state->kind.product = job.GetServices().GetExchangeProduct(product);
     _state->kind.owner = job.GetIndex();
     _state->kind.crossProtected = job.IsCrossProtected();
-    SetSide(texts.side);
 }
 
 nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxExchangeOrder& child,
                          nxHostOrder& parent)
-    : nxHostOrder(job, product, GetTextsOf(child.kind), child.id)
+    : nxHostOrder(job, product, child.kind, child.id)
 {
     _state->parent = parent.GetID();
-    _state->texts.spreadSpec = parent._state->texts.spreadSpec;
-    _state->texts.spreadInstance = parent._state->texts.spreadInstance;
-    _state->kind = child.kind;
-    _state->terms = _state->wanted = child.terms;
+    _state->spreadSpec = parent._state->spreadSpec;
+    _state->spreadInstance = parent._state->spreadInstance;
+    _state->terms = child.terms;
     _state->isSent = true;
 }
 
@@ -218,8 +187,8 @@ nxDecimal nxHostOrder::GetAveragePrice()
 
 unsigned int nxHostOrder::GetOrderQPos()
 {
-    const nxExchangeOrder& order = _job.GetServices().GetExchange().GetOrder(_state->id);
-    return order.isResting && !order.kind.isMarket ? order.ahead.GetValue() : 0;
+    const nxExchangeOrder* const order = _job.GetServices().GetExchange().FindOrder(_state->id);
+    return order != nullptr && order->isResting && !order->kind.isMarket ? order->ahead.GetValue() : 0;
 }
 
 nxAlgoOrderObject* nxHostOrder::_GetParent()
@@ -264,12 +233,13 @@ bool nxHostOrder::_WorkOrder(const nxAlgoOrderParameters& parameters)
     if (!_job.GetServices().MayTrade(_job)) return _Refuse("the job has ended");
     if (const std::string refusal = FindUnsupported(parameters); !refusal.empty()) return _Refuse(refusal);
     const nxOrderTerms changes = GetTermsOf(parameters);
-    nxOrderTerms wanted = _state->wanted;
+    nxOrderTerms wanted = _state->terms;
+    for (const nxOrderTerms& amend : _state->amends)
+        wanted.Merge(amend);
     wanted.Merge(changes);
     if (const char* fault = nxSimulatedExchange::FindFault(_state->kind, wanted)) return _Refuse(fault);
     nxSimulatedExchange& exchange = _job.GetServices().GetExchange();
     const long long now = _job.GetServices().GetTime();
-    _state->wanted = wanted;
     if (_state->isSent) {
         _Record("amend", changes);
         _state->amends.push_back(changes);
@@ -284,6 +254,21 @@ bool nxHostOrder::_WorkOrder(const nxAlgoOrderParameters& parameters)
     return true;
 }
 
+void nxHostOrder::Close(unsigned int volume, bool atOnce)
+{
+    nxHostServices& services = _job.GetServices();
+    _state->terms.volume = volume;
+    _state->kind.crossProtected = _state->kind.crossProtected || atOnce;
+    _state->isSent = true;
+    _Record("flatten", _state->terms);
+    if (atOnce) {
+        services.GetExchange().TakeAtOnce(_state->id, _state->kind, _state->terms, services.GetTime());
+    } else {
+        services.GetExchange().Submit(_state->id, _state->kind, _state->terms, services.GetTime());
+    }
+    _job.NoteRequest();
+}
+
 bool nxHostOrder::_PullOrder(const nxVolume&)
 {
     const char* const fault = Pull();
@@ -295,7 +280,7 @@ const char* nxHostOrder::Pull()
     if (const char* end = _FindEnd()) return end;
     if (!_state->isSent) return "the order was never worked";
     _Record("pull", nxOrderTerms::MakeNoChange());
-    _state->isCancelPending = true;
+    _state->isCancelPending = _state->isPullUnanswered = true;
     _job.GetServices().GetExchange().Cancel(_state->id, _job.GetServices().GetTime());
     _job.NoteRequest();
     return nullptr;
@@ -309,12 +294,12 @@ void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms)
                               {{"request", request},
                                {"order", _state->id},
                                {"product", _hostProduct.GetMarket().GetName()},
-                               {"side", _state->texts.side},
-                               {"orderType", _state->texts.type},
-                               {"exec", _state->texts.exec},
-                               {"timeInForce", _state->texts.time},
-                               {"spreadSpec", _state->texts.spreadSpec},
-                               {"spreadInstance", _state->texts.spreadInstance},
+                               {"side", nxGetSideText(_state->kind)},
+                               {"orderType", nxGetTypeText(_state->kind)},
+                               {"exec", nxGetText(_state->kind.execution)},
+                               {"timeInForce", nxGetText(_state->kind.duration)},
+                               {"spreadSpec", _state->spreadSpec},
+                               {"spreadInstance", _state->spreadInstance},
                                Number("volume", terms.volume),
                                Number("price", terms.price),
                                Number("stopPrice", terms.stopPrice),
@@ -339,8 +324,10 @@ void nxHostOrder::Apply(const nxExchangeEvent& event)
     state.lastUpdateTime = event.due;
     if (event.kind == Kind::Amended && event.isRequested) state.terms.Merge(state.amends.front());
     if ((event.kind == Kind::Amended && event.isRequested) || event.kind == Kind::AmendRejected)
-        state.amends.pop_front();
+        state.amends.erase(state.amends.begin());
     if (event.kind == Kind::CancelRejected || event.kind == Kind::Cancelled) state.isCancelPending = false;
+    if (event.kind == Kind::CancelRejected || (event.kind == Kind::Cancelled && event.isRequested))
+        state.isPullUnanswered = false;
     state.terms.volume = event.volume;
     state.terms.price = event.price;
     state.terms.stopPrice = event.stopPrice;
@@ -351,20 +338,24 @@ void nxHostOrder::Apply(const nxExchangeEvent& event)
         state.lastFillTime = event.time;
         _SetLastFill(event.fillPrice, event.fillVolume);
     }
-    state.wanted = state.terms;
-    for (const nxOrderTerms& change : state.amends)
-        state.wanted.Merge(change);
-    _MakeUpdate(event);
-    if (!_job.GetServices().IsRecording()) return;
+    if (_update != nullptr) _MakeUpdate(event);
+    if (_job.GetServices().IsRecording()) _RecordEvent(event);
+    // Nothing of it is on its way any more, and it lets nothing be sent.
+    if (!IsOpen() && state.amends.empty() && !state.isPullUnanswered)
+        _job.GetServices().GetExchange().Release(state.id);
+}
+
+void nxHostOrder::_RecordEvent(const nxExchangeEvent& event)
+{
     const auto kind = std::ranges::find(EventNames, event.kind, [](const auto& row) { return row.kind; });
     const auto cause = std::ranges::find(CauseNames, event.cause, [](const auto& row) { return row.cause; });
-    const bool isFill = event.kind == Kind::Filled;
+    const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
     const std::string exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsString();
     _job.GetServices().Record(
         _job, "orderEvent",
         {{"event", kind->name},
          {"order", event.order},
-         {"parent", state.parent},
+         {"parent", _state->parent},
          {"exchangeTime", exchangeTime},
          {"status", event.status.GetAsString()},
          Number("price", event.price),
@@ -380,12 +371,20 @@ void nxHostOrder::Apply(const nxExchangeEvent& event)
          {"reason", event.reason}});
 }
 
+nxAlgoOrderUpdateObject& nxHostOrder::GetUpdate(const nxExchangeEvent& event)
+{
+    if (_update == nullptr) {
+        _update = std::make_unique<Update>();
+        _MakeUpdate(event);
+    }
+    return *_update->object;
+}
+
+// Without the names, of which scripts read the order's own.
 void nxHostOrder::_MakeUpdate(const nxExchangeEvent& event)
 {
     nxOrder record;
     record.SetOrderID(_state->id);
-    record.SetProductName(_hostProduct.GetMarket().GetName());
-    record.SetReference(GetReference());
     record.SetBuySell(GetBuySellEnum());
     record.SetOrderType(_state->kind.isMarket ? nxOrderType_Market : nxOrderType_Limit);
     record.SetOrderStatus(event.status);
@@ -397,13 +396,13 @@ void nxHostOrder::_MakeUpdate(const nxExchangeEvent& event)
     record.SetAverageFillPrice(GetAveragePrice());
     const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
     const nxDateTime exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsDateTime();
-    _transaction.SetOrder(record);
-    _transaction.SetTransactionTime(exchangeTime);
-    _transaction.SetFillPrice(isFill ? event.fillPrice : nxDecimal());
-    _transaction.SetFillVolume(isFill ? nxVolume(event.fillVolume) : nxVolume());
-    _transaction.SetError(event.error);
-    _transaction.SetErrorText(event.reason);
+    _update->transaction.SetOrder(record);
+    _update->transaction.SetTransactionTime(exchangeTime);
+    _update->transaction.SetFillPrice(isFill ? event.fillPrice : nxDecimal());
+    _update->transaction.SetFillVolume(isFill ? nxVolume(event.fillVolume) : nxVolume());
+    _update->transaction.SetError(event.error);
+    _update->transaction.SetErrorText(event.reason);
     // Anew in its place, where a script that kept it still finds it.
-    _update.emplace(&_job, this, &_transaction, nxTimeStamp::FromNanoseconds(event.due));
-    if (isFill) _update->SetExchangeFillTime(exchangeTime);
+    _update->object.emplace(&_job, this, &_update->transaction, nxTimeStamp::FromNanoseconds(event.due));
+    if (isFill) _update->object->SetExchangeFillTime(exchangeTime);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,8 +26,7 @@ public:
     // In createOrder's vocabulary.
     struct Texts
     {
-        std::string side, type, exec, time;
-        std::string spreadSpec, spreadInstance;  // of a strategy; kept for those who read them
+        const std::string &side, &type, &exec, &time, &spreadSpec;
     };
 
     nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& texts, unsigned int id);
@@ -46,9 +44,13 @@ public:
     // What a view does not share: the script's label and the last fill.
     void Refresh(const nxHostOrder& original);
 
-    // Takes over what the exchange tells. The update stays where it is and shows the newest event.
+    // Takes over what the exchange tells.
     void Apply(const nxExchangeEvent& event);
-    nxAlgoOrderUpdateObject& GetUpdate() { return *_update; }
+    // Of the event that was applied last. It stays where it is and shows the newest event.
+    nxAlgoOrderUpdateObject& GetUpdate(const nxExchangeEvent& event);
+    // Sends an order that closes a position, of that volume. atOnce: at the end of a run, to take what is
+    // shown then.
+    void Close(unsigned int volume, bool atOnce);
     // Asks for the rest to be taken out of the market; null, or why that cannot be.
     const char* Pull();
 
@@ -57,12 +59,12 @@ public:
     unsigned int GetVolume() override { return nxOrderTerms::GetOr(_state->terms.volume, 0); }
     unsigned int GetWorking() override;
     unsigned int GetExecuted() override { return _state->executed; }
-    std::string GetType() override { return _state->texts.type; }
-    std::string GetExec() override { return _state->texts.exec; }
-    std::string GetTime() override { return _state->texts.time; }
-    std::string GetSpreadSpec() override { return _state->texts.spreadSpec; }
+    std::string GetType() override { return nxGetTypeText(_state->kind); }
+    std::string GetExec() override { return nxGetText(_state->kind.execution); }
+    std::string GetTime() override { return nxGetText(_state->kind.duration); }
+    std::string GetSpreadSpec() override { return _state->spreadSpec; }
     // Before it is first worked.
-    void SetSpreadInstance(const std::string& text) { _state->texts.spreadInstance = text; }
+    void SetSpreadInstance(const std::string& text) { _state->spreadInstance = text; }
     nxDecimal GetStopPrice() override { return _state->terms.stopPrice; }
     nxVolume GetIcebergMinPeakSize() override { return _state->terms.icebergMinPeak; }
     nxVolume GetIcebergMaxPeakSize() override { return _state->terms.icebergMaxPeak; }
@@ -96,14 +98,14 @@ private:
         unsigned int id = 0;
         nxHostJob* owner = nullptr;
         unsigned int parent = 0;  // number; 0: none
-        Texts texts;
         nxOrderKind kind;
-        nxOrderTerms terms;               // as known to hold, or, before the answer, as first sent
-        nxOrderTerms wanted;              // with all that is on its way
-        std::deque<nxOrderTerms> amends;  // on their way
+        std::string spreadSpec, spreadInstance;  // of a strategy; kept for those who read them
+        nxOrderTerms terms;                      // as known to hold, or, before the answer, as first sent
+        std::vector<nxOrderTerms> amends;        // on their way
         nxOrderStatusEnum status{nxOrderStatus_Pending};
         bool isSent = false;
         bool isCancelPending = false;
+        bool isPullUnanswered = false;  // also once something else has ended the order
         unsigned int executed = 0;
         nxExactAmount filled;  // prices times volumes
         nxDecimal lastFillPrice;
@@ -111,15 +113,23 @@ private:
         std::optional<long long> lastFillTime, lastUpdateTime;
     };
 
+    // What a script is shown of events; made for the first one that it is told of.
+    struct Update
+    {
+        nxOrderTransaction transaction;
+        std::optional<nxAlgoOrderUpdateObject> object;
+    };
+
+    nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxOrderKind& kind, unsigned int id);
     // Why nothing can be asked of the order any more; null when it can.
     const char* _FindEnd() const;
     bool _Refuse(const std::string& text);
     void _Record(const char* request, const nxOrderTerms& terms);
+    void _RecordEvent(const nxExchangeEvent& event);
     void _MakeUpdate(const nxExchangeEvent& event);
 
     nxHostJob& _job;
     nxHostProduct& _hostProduct;
     std::shared_ptr<State> _state;
-    nxOrderTransaction _transaction;  // of the newest event
-    std::optional<nxAlgoOrderUpdateObject> _update;
+    std::unique_ptr<Update> _update;
 };

@@ -117,6 +117,13 @@ void nxHostProduct::ShowPosition(const nxProductAccount& everybody)
     _account.FillLocal(_GetPosition());
 }
 
+void nxHostProduct::_SetFlattenOnExit(bool flatten)
+{
+    _flattens = flatten;
+    nxHostJob& job = GetOwner();
+    job.GetServices().Record(job, "flattenOnExit", {{"product", _market.GetName()}, {"value", flatten}});
+}
+
 double nxHostProduct::_GetTotalPandL() const
 {
     return _account.GetKeeper().GetTotalProfit(GetMark()).GetAsDecimal().GetAsDouble();

@@ -8,6 +8,7 @@
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 class nxHostJob;
+class nxHostOrder;
 
 // What a script can subscribe to.
 enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, TradeWindow, Count };
@@ -40,6 +41,20 @@ public:
     nxDecimal GetMark() const { return _account.GetMark(_market.GetPrice()); }
     // Begins the job's account with nothing in it.
     void SetAccount(const nxProductAccount& account) { _account = account; }
+    // The server's number of the market.
+    unsigned int GetMarketIndex() const { return _marketIndex; }
+    void SetMarketIndex(unsigned int index) { _marketIndex = index; }
+    // What the job's money counts of it.
+    struct Value
+    {
+        nxDecimal mark;
+        nxExactAmount profit, open, fees;
+    };
+    Value& GetValue() { return _value; }
+
+    // Whether the job's position is to be closed when the job has ended, and the orders sent for that.
+    bool FlattensOnExit() const { return _flattens; }
+    std::vector<nxHostOrder*>& GetClosingOrders() { return _closingOrders; }
     // Shows the script its position: total and day are those of all jobs together.
     void ShowPosition(const nxProductAccount& everybody);
 
@@ -74,6 +89,7 @@ protected:
     void _GetState(nxProductStateBitMask& state) const override { state = _market.GetState(); }
     nxDecimal _GetOwnBestAsk() const override { return _GetOwnBest(false); }
     nxDecimal _GetOwnBestBid() const override { return _GetOwnBest(true); }
+    void _SetFlattenOnExit(bool flatten) override;
     double _GetDayPandL() const override;
     double _GetTotalPandL() const override;
     nxAlgoOrderObject* _CreateOrder(const std::string& side, const std::string& type, const std::string& exec,
@@ -89,6 +105,10 @@ private:
 
     const nxMarketProduct& _market;
     nxProductAccount _account;
+    unsigned int _marketIndex = 0;
+    Value _value;
+    bool _flattens = false;
+    std::vector<nxHostOrder*> _closingOrders;
     nxAlgoPriceObject _priceEvent;
     nxAlgoMarketDepthObject _depthEvent;
     nxAlgoStateObject _stateEvent;

@@ -106,7 +106,8 @@ struct nxJobStatistics
     std::array<Callback, nxCallbackNames.size()> callbacks;
     std::vector<Failure> failures;
     nxTradingStatistics trading;
-    std::string nothingDelivered;  // why no event reached the script; empty when one did
+    std::vector<std::string> exits;  // of the positions that were to be closed on exit
+    std::string nothingDelivered;    // why no event reached the script; empty when one did
 
     Callback& operator[](nxCallback callback) { return callbacks[static_cast<std::size_t>(callback)]; }
     const Callback& operator[](nxCallback callback) const

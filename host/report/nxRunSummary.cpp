@@ -148,6 +148,9 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
     }
     WriteTrading(rows, statistics);
     for (const nxJobStatistics& job : statistics.jobs)
+        for (const std::string& text : job.exits)
+            rows.Begin("on exit", job.name) << text << "\n";
+    for (const nxJobStatistics& job : statistics.jobs)
         for (const nxJobStatistics::Failure& failure : job.failures)
             WriteFailureRow(Rows(out, statistics).Begin("failure", job.name), failure);
     for (const std::string& remark : statistics.remarks)

@@ -28,16 +28,18 @@ public:
     [[nodiscard]] bool Start();
     void NoteDefinedCallbacks();
 
+    bool Defines(nxCallback callback)
+    {
+        bool& defined = _statistics[callback].defined;
+        return defined || (defined = _job.GetObject().IsFunctionDefined(nxGetCallbackName(callback)));
+    }
     // Calls the script and accounts for it. False: the script failed. A script that does not define the
     // callback is not called; it may come to define it later, from inside another one.
     template <class Entry, class... Arguments>
     [[nodiscard]] bool Call(nxCallback callback, Entry entry, Arguments&... arguments)
     {
+        if (!Defines(callback)) return true;
         nxJobStatistics::Callback& counted = _statistics[callback];
-        if (!counted.defined) {
-            counted.defined = _job.GetObject().IsFunctionDefined(nxGetCallbackName(callback));
-            if (!counted.defined) return true;
-        }
         nxErrorEnum error;
         if (counted.IsToBeTimed()) {
             const auto start = std::chrono::steady_clock::now();

@@ -182,6 +182,7 @@ void nxReplayServer::_Finish()
     for (const auto& runner : _runners)
         _EndJob(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
     _TakeLastAnswers();
+    _FlattenAtEnd();
     _SaveStores(true);
     for (const auto& runner : _runners)
         runner->GetStatistics().trading = runner->GetJob().GetTrading();

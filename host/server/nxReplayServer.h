@@ -138,10 +138,13 @@ private:
     void _AddFill(nxHostOrder& order, const nxExchangeEvent& fill);
     void _Revalue(Market& market);
     void _BeginDay(long long time);
-    Market& _GetMarketOf(const nxHostProduct& product);
+    Market& _GetMarketOf(const nxHostProduct& product) { return *_markets[product.GetMarketIndex()]; }
     nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
     void _TakeLastAnswers();
     void _PullOrders(nxHostJob& job);
+    void _Flatten(nxHostJob& job);
+    void _FlattenAtEnd();
+    const char* _FindNoExit(nxHostProduct& product);
 
     void _LoadJob(nxJobRunner& runner);
     void _StartJob(nxJobRunner& runner);

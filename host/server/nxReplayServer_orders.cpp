@@ -72,13 +72,6 @@ unsigned int nxReplayServer::ReserveOrder()
     return _exchange->Reserve();
 }
 
-nxReplayServer::Market& nxReplayServer::_GetMarketOf(const nxHostProduct& product)
-{
-    return **std::ranges::find_if(_markets, [&](const auto& market) {
-        return market != nullptr && &market->product == &product.GetMarket();
-    });
-}
-
 unsigned int nxReplayServer::GetExchangeProduct(const nxHostProduct& product)
 {
     return _GetMarketOf(product).exchangeProduct;
@@ -191,6 +184,7 @@ void nxReplayServer::_DeliverAnswer()
     nxHostOrder& order = _ApplyAnswer(event);
     nxHostJob& job = order.GetOwner();
     nxJobRunner& runner = _GetRunner(job);
+    if (runner.IsOver()) _Flatten(job);
     if (!event.error.IsSuccess()) {
         const char* const what = event.kind == Kind::Rejected        ? "is rejected: "
                                  : event.kind == Kind::AmendRejected ? "is not amended: "
@@ -198,6 +192,10 @@ void nxReplayServer::_DeliverAnswer()
         job.SetError(event.reason);
         LogText(job, "order " + std::to_string(event.order) + " " + what + event.reason);
     }
+    const auto tell = [&](nxCallback callback, UpdateEntry entry) {
+        if (!runner.IsOver() && runner.Defines(callback))
+            _Call(callback, runner, entry, order.GetUpdate(event));
+    };
     if (event.kind == Kind::ChildCreated) {
         _Deliver(nxCallback::OnOrderNew, runner, &nxAlgoJobObject::OnOrderNew, order);
     } else if (event.kind == Kind::QueueMoved) {
@@ -205,10 +203,10 @@ void nxReplayServer::_DeliverAnswer()
     } else {
         const auto known = std::ranges::find_if(
             AnswerEntries, [&](const auto& candidate) { return candidate.kind == event.kind; });
-        _Deliver(known->callback, runner, known->entry, order.GetUpdate());
+        tell(known->callback, known->entry);
     }
     if (event.kind == Kind::Filled && event.status == nxOrderStatus_Filled)
-        _Deliver(nxCallback::OnOrderCompleted, runner, &nxAlgoJobObject::OnOrderCompleted, order.GetUpdate());
+        tell(nxCallback::OnOrderCompleted, &nxAlgoJobObject::OnOrderCompleted);
 }
 
 // What was on its way to the scripts when the run ended counts, though nobody hears of it.
@@ -226,5 +224,43 @@ void nxReplayServer::_PullOrders(nxHostJob& job)
 {
     if (_IsEnding() || !_exchange) return;
     for (const auto& order : job.GetOwnOrders())
-        if (order->IsOpen()) static_cast<void>(order->Pull());
+        if (order->IsOpen() && (!job.ShattersOnExit() || order->GetHostProduct().FlattensOnExit()))
+            static_cast<void>(order->Pull());
+    _Flatten(job);
+}
+
+// Closes what is left of a job that has ended, once nothing of it is in the market; tried once.
+void nxReplayServer::_Flatten(nxHostJob& job)
+{
+    for (const auto& [name, product] : job.GetProducts())
+        if (product->FlattensOnExit() && product->GetClosingOrders().empty() && !job.HasOpenOrders(*product))
+            job.Close(*product, false);
+}
+
+// Why a position cannot be closed by what is shown at the end of the run; null when it can.
+const char* nxReplayServer::_FindNoExit(nxHostProduct& product)
+{
+    const Market& market = _GetMarketOf(product);
+    if (_exchange->GetBook(market.exchangeProduct).IsOfBars()) return "bars show no book";
+    // Without hours it is only the end of the data that closed it.
+    if (!market.hours.IsEmpty() && (!market.hours.IsOpen(_time.Get()) || market.isFresh))
+        return "the market is closed";
+    return nullptr;
+}
+
+void nxReplayServer::_FlattenAtEnd()
+{
+    if (!_exchange) return;
+    for (const auto& runner : _runners)
+        for (const auto& [name, product] : runner->GetJob().GetProducts())
+            if (product->FlattensOnExit() && _FindNoExit(*product) == nullptr)
+                runner->GetJob().Close(*product, true);
+    _TakeLastAnswers();
+    for (const auto& market : _markets)
+        if (market != nullptr) _Revalue(*market);
+    for (const auto& runner : _runners)
+        runner->GetStatistics().exits = runner->GetJob().DescribeExits([this](nxHostProduct& product) {
+            const char* const why = _FindNoExit(product);
+            return std::string(why == nullptr ? "the book showed no more" : why);
+        });
 }

@@ -18,8 +18,10 @@ nxMarketProduct* nxReplayServer::FindMarket(const std::string& name)
 
 void nxReplayServer::Describe(nxHostProduct& product)
 {
-    for (const auto& market : _markets) {
+    for (std::size_t i = 0; i < _markets.size(); ++i) {
+        const Market* const market = _markets[i].get();
         if (market == nullptr || &market->product != &product.GetMarket()) continue;
+        product.SetMarketIndex(static_cast<unsigned int>(i));
         product.Describe(market->tickSize);
         product.SetAccount(market->none);
         product.ShowPosition(market->everybody);
@@ -34,11 +36,9 @@ void nxReplayServer::Describe(nxHostProduct& product)
 
 void nxReplayServer::NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event)
 {
-    for (const auto& market : _markets) {
-        if (market == nullptr || &market->product != &product.GetMarket()) continue;
-        market->subscribers[job.GetIndex()] = &product;
-        if (event == nxMarketEvent::TradeWindow) market->hasWindows = true;
-    }
+    Market& market = _GetMarketOf(product);
+    market.subscribers[job.GetIndex()] = &product;
+    if (event == nxMarketEvent::TradeWindow) market.hasWindows = true;
     if (event == nxMarketEvent::TradeVolumes)
         product.UpdateTradeVolumes(product.GetMarket().GetTradeVolumes());
     if (event == nxMarketEvent::Position) {

@@ -60,10 +60,7 @@ constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
 };
 static_assert(nxIsBoundTable(Self::Properties));
 
-nxAlgoOrderObject::nxAlgoOrderObject(nxAlgoJobInterface* job)
-    : nxAlgoObject(job), _state(job), _lastExchangeFillTime(job), _lastVorantUpdateTime(job)
-{
-}
+nxAlgoOrderObject::nxAlgoOrderObject(nxAlgoJobInterface* job) : nxAlgoObject(job), _state(job) {}
 
 nxAlgoOrderObject::nxAlgoOrderObject(nxAlgoJobInterface* job, nxAlgoProductObject* product)
     : nxAlgoOrderObject(job)
@@ -175,20 +172,23 @@ bool nxAlgoOrderObject::Get_spreadWorkingOrder(nxLuaResults& results)
     return true;
 }
 
+bool nxAlgoOrderObject::_GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoTimeStamp>& time,
+                                  void (nxAlgoOrderObject::*set)(nxAlgoTimeStamp&))
+{
+    if (time == nullptr) time = std::make_unique<nxAlgoTimeStamp>(GetJob());
+    (this->*set)(*time);
+    results.AddObjectOrNull<nxAlgoClockObject>(time->IsValid() ? time.get() : nullptr);
+    return true;
+}
+
 bool nxAlgoOrderObject::Get_lastVorantUpdateTime(nxLuaResults& results)
 {
-    nxAlgoTimeStamp& time = _lastVorantUpdateTime;
-    _SetLastVorantUpdateTime(time);
-    results.AddObjectOrNull<nxAlgoClockObject>(time.IsValid() ? &time : nullptr);
-    return true;
+    return _GiveTime(results, _lastVorantUpdateTime, &nxAlgoOrderObject::_SetLastVorantUpdateTime);
 }
 
 bool nxAlgoOrderObject::Get_lastExchangeFillTime(nxLuaResults& results)
 {
-    nxAlgoTimeStamp& time = _lastExchangeFillTime;
-    _SetLastExchangeFillTime(time);
-    results.AddObjectOrNull<nxAlgoClockObject>(time.IsValid() ? &time : nullptr);
-    return true;
+    return _GiveTime(results, _lastExchangeFillTime, &nxAlgoOrderObject::_SetLastExchangeFillTime);
 }
 
 bool nxAlgoOrderObject::Set_reference(const nxLuaParameter& value)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "base/enums/nxBuySellEnum.h"
@@ -185,6 +186,9 @@ private:
         results.Add((this->*source)());
         return true;
     }
+    // Gives the time that `set` knows of, or nil.
+    bool _GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoTimeStamp>& time,
+                   void (nxAlgoOrderObject::*set)(nxAlgoTimeStamp&));
     // The host's reason, or the text when it gives none.
     bool _FailWithReason(nxLuaResults& results, const char* text) const;
 
@@ -202,8 +206,9 @@ private:
     nxMutex _lastFillMutex;
     nxDecimal _lastFillPrice;  // guarded by _lastFillMutex, as the next
     nxVolume _lastFillVolume;
-    nxAlgoTimeStamp _lastExchangeFillTime;
-    nxAlgoTimeStamp _lastVorantUpdateTime;
+    // Made when a script first asks: most orders of a long run are never asked.
+    std::unique_ptr<nxAlgoTimeStamp> _lastExchangeFillTime;
+    std::unique_ptr<nxAlgoTimeStamp> _lastVorantUpdateTime;
     bool _showOrder = false;
     bool _showOrderSet = false;
 };

@@ -10,15 +10,18 @@ namespace {
 class Pair
 {
 public:
-    Pair(nxFillModel model, bool hasDepth, unsigned long long seed)
+    // The exchange may join a market that has moved for a while.
+    Pair(nxFillModel model, bool hasDepth, unsigned long long seed, bool joinsLate)
         : _random(seed), _hasDepth(hasDepth), _real(MakeOptions(model)), _naive(model, hasDepth)
     {
-        _real.exchange.OnOpen(0, 0);
+        if (!joinsLate) _real.exchange.OnOpen(0, 0);
         if (_hasDepth) {
             _real.Depth({{Price(99), 5, true}}, 0);
             _naive.SetDepth({{true, 99, 5}});
         }
-        MoveMarket();
+        for (unsigned int moves = joinsLate ? 1 + Below(20) : 1; moves != 0; --moves)
+            MoveMarket();
+        if (joinsLate) _real.exchange.Join(0, ++_time);
     }
 
     void Step()
@@ -209,7 +212,7 @@ TEST_P(nxExchangeNaive, AgreesOnEveryFillAndEveryPlace)
     const auto [model, hasDepth] = GetParam();
     std::size_t fills = 0;
     for (unsigned long long seed = 1; seed <= 200; ++seed) {
-        Pair pair(model, hasDepth, seed);
+        Pair pair(model, hasDepth, seed, seed % 2 == 0);
         for (int step = 0; step < 150; ++step) {
             pair.Step();
             const std::string difference = pair.Compare();
