@@ -269,7 +269,7 @@ TEST(nxIndicatorCatalogue, RoundingIsNoMovement)
 {
     Bars bars;
     for (int i = 0; i < 40; ++i)
-        bars.Add(10, 10.2 + 0.1 * (i % 3), 9, 10.2 - 0.1 * (i % 3), 100);
+        bars.Add(10, i % 2 ? 10.21 : 10.51, 9, i % 2 ? 10.1 : 9.8, 100 + i);
     const auto flow = Create("MFI");
     bars.Calculate(*flow, bars.GetCount());
     EXPECT_EQ(Print(*flow, 1), "50 ");
