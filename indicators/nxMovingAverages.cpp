@@ -130,7 +130,7 @@ public:
         const double change = std::abs(value - _start.Push(value));
         const double path = _period * _path.Push(std::abs(value - _before));
         if (!std::isnan(path)) {
-            const double efficiency = path > 0 ? change / path : 0;
+            const double efficiency = path > 0 ? change / path : 1;
             const double weight = efficiency * (_fast - _slow) + _slow;
             // The average starts from the source a bar before its first result.
             if (std::isnan(_average)) _average = _before;

@@ -170,8 +170,8 @@ public:
             deviation += std::abs(each - mean);
             reach = std::max(reach, std::abs(each - value));
         }
-        // Of equal values the mean may differ by its rounding, and a ratio of roundings says nothing.
-        results[0] = reach == 0 ? 0 : (value - mean) / (0.015 * deviation / _period);
+        // Equal values and their mean may differ by their rounding, and a ratio of roundings says nothing.
+        results[0] = reach <= 1e-12 * std::abs(mean) ? 0 : (value - mean) / (0.015 * deviation / _period);
     }
 
 private:

@@ -19,6 +19,7 @@ nxSteppedIndicator::nxSteppedIndicator(const nxIndicatorType& type, const nxIndi
     : _type(type),
       _arguments(arguments),
       _formula(type.create(arguments)),
+      _newest(type.lines.size(), nxNoResult),
       _realTime(type.lines.size(), nxNoResult)
 {
     for (const nxIndicatorLine& line : type.lines) {
@@ -68,14 +69,14 @@ void nxSteppedIndicator::CalculateNewResult(const Values& open, const Values& hi
     count = static_cast<unsigned int>(std::min<std::size_t>(count, close.size()));
     if (count < _size) {
         _formula = _type.create(_arguments);
+        _results.clear();
         _size = 0;
     }
-    const std::size_t lines = _type.lines.size();
-    _results.resize(_size * lines);
-    _results.resize(count * lines, nxNoResult);
     for (; _size < count; ++_size) {
+        std::fill(_newest.begin(), _newest.end(), nxNoResult);
         const nxIndicatorBar bar{open[_size], high[_size], low[_size], close[_size], volume[_size]};
-        if (IsFinite(bar)) _formula->Step(bar, &_results[_size * lines]);
+        if (IsFinite(bar)) _formula->Step(bar, _newest.data());
+        _results.insert(_results.end(), _newest.begin(), _newest.end());
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <deque>
+
 #include "indicators/nxIndicatorArguments.h"
 #include "indicators/nxIndicatorType.h"
 #include "indicators/nxTechnicalIndicator.h"
@@ -34,7 +36,10 @@ private:
     nxIndicatorArguments _arguments;
     std::unique_ptr<nxIndicatorFormula> _formula;
     std::vector<unsigned int> _barsBack;  // of each line
-    Values _results;                      // bar after bar, oldest first, a value for each line
-    Values _realTime;                     // a value for each line
+    // Bar after bar, oldest first, a value for each line; in pieces, so that no bar pays for moving those
+    // before it.
+    std::deque<double> _results;
+    Values _newest;    // of the bar that is taken in, a value for each line
+    Values _realTime;  // a value for each line
     bool _hasRealTime = false;
 };

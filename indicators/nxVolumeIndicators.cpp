@@ -78,8 +78,11 @@ public:
         const double price = bar.GetTypical();
         const double change = price - std::exchange(_price, price);
         if (std::isnan(change)) return;
+        // Equal sums of three prices may differ by their rounding, and a bar's whole flow would go to one
+        // side.
+        const double rounding = 1e-12 * std::abs(price);
         const double amount = price * bar.volume;
-        const Sums flows = _flows.Push({change > 0 ? amount : 0, change < 0 ? amount : 0});
+        const Sums flows = _flows.Push({change > rounding ? amount : 0, change < -rounding ? amount : 0});
         if (!_flows.IsFull()) return;
         const double all = flows.first + flows.second;
         results[0] = all == 0 ? 50 : 100 * flows.first / all;

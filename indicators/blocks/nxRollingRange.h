@@ -21,11 +21,12 @@ public:
             return {std::max(a.highest, b.highest), std::min(a.lowest, b.lowest)};
         }
         double GetMiddle() const { return (highest + lowest) / 2; }
-        // Where in the range a value stands, from 0 at the lowest to 100 at the highest; the middle of a
-        // range without extent.
+        // Where in the range a value stands, from 0 at the lowest to 100 at the highest; the middle where the
+        // range has no extent but that of rounding.
         double GetPlace(double value) const
         {
-            return highest == lowest ? 50 : 100 * (value - lowest) / (highest - lowest);
+            const double extent = highest - lowest;
+            return extent <= 1e-12 * std::abs(highest) ? 50 : 100 * (value - lowest) / extent;
         }
     };
 
