@@ -202,7 +202,7 @@ void nxSimulatedExchange::Advance(long long time)
 
 bool nxSimulatedExchange::PopEvent(nxExchangeEvent& event, long long time)
 {
-    if (_events.empty() || _events.front().due > time) return false;
+    if (!IsEventDue(time)) return false;
     event = std::move(_events.front());
     _events.pop_front();
     return true;

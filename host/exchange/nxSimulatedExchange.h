@@ -108,6 +108,7 @@ public:
     long long GetNextTime() const;
     // Carries out what is due up to that time.
     void Advance(long long time);
+    bool IsEventDue(long long time) const { return !_events.empty() && _events.front().due <= time; }
     // The next answer that has come in by that time.
     bool PopEvent(nxExchangeEvent& event, long long time);
 

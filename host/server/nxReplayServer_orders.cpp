@@ -159,10 +159,7 @@ bool nxReplayServer::_IsAnswerDue()
     if (!_exchange) return false;
     if (_answer) return true;
     _exchange->Advance(_time.Get());
-    nxExchangeEvent event;
-    if (!_exchange->PopEvent(event, _time.Get())) return false;
-    _answer = std::move(event);
-    return true;
+    return _exchange->IsEventDue(_time.Get()) && _exchange->PopEvent(_answer.emplace(), _time.Get());
 }
 
 nxHostOrder& nxReplayServer::_ApplyAnswer(const nxExchangeEvent& event)
@@ -180,7 +177,8 @@ nxHostOrder& nxReplayServer::_ApplyAnswer(const nxExchangeEvent& event)
 
 void nxReplayServer::_DeliverAnswer()
 {
-    const nxExchangeEvent event = *std::exchange(_answer, std::nullopt);
+    const nxExchangeEvent event = std::move(*_answer);
+    _answer.reset();
     nxHostOrder& order = _ApplyAnswer(event);
     nxHostJob& job = order.GetOwner();
     nxJobRunner& runner = _GetRunner(job);

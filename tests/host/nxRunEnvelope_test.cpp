@@ -53,6 +53,7 @@ TEST_F(RunEnvelope, ShowsTheRunItselfAndWhatEachModelComesTo)
     std::ifstream record(run.options.recordFile);
     const std::string lines{std::istreambuf_iterator<char>(record), {}};
     EXPECT_NE(lines.find("\"fillVolume\":2"), std::string::npos);
+    EXPECT_NE(lines.find("\"executed\":0,\"ahead\":2"), std::string::npos) << lines;
     EXPECT_EQ(lines.find("\"fillVolume\":5"), std::string::npos);
 }
 
