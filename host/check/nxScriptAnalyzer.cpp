@@ -49,10 +49,9 @@ bool nxScriptAnalysis::add(nxLuaParameters& parameters, nxLuaResults&)
 bool nxScriptAnalyzer::Load(std::string& error)
 {
     const std::string names = nxScriptNamesText();
-    const std::string* const texts[] = {
-        &nxScriptCheckApiText(),    &nxScriptCheckFutureApiText(), &names,
-        &nxScriptCheckNamesText(),  &nxScriptCheckTypesText(),     &nxScriptCheckRulesText(),
-        &nxScriptCheckAnalyzeText()};
+    const std::string* const texts[] = {&nxScriptCheckApiText(),   &names,
+                                        &nxScriptCheckNamesText(), &nxScriptCheckTypesText(),
+                                        &nxScriptCheckRulesText(), &nxScriptCheckAnalyzeText()};
     for (const std::string* text : texts) {
         if (_engine.LoadText(*text)) continue;
         error = _engine.GetLastError();

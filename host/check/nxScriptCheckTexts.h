@@ -4,7 +4,6 @@
 
 // The Lua files of this folder, put in at build time.
 const std::string& nxScriptCheckApiText();
-const std::string& nxScriptCheckFutureApiText();
 const std::string& nxScriptCheckNamesText();
 const std::string& nxScriptCheckTypesText();
 const std::string& nxScriptCheckRulesText();

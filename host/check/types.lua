@@ -22,10 +22,8 @@ local function labelOf(className)
   return label:sub(1, 1):lower() .. label:sub(2)
 end
 
-for _, source in ipairs({ checker.bound, checker.future }) do
-  for name, class in pairs(source) do
-    addClass(name, labelOf(name), class.functions, class.properties)
-  end
+for name, class in pairs(checker.bound) do
+  addClass(name, labelOf(name), class.functions, class.properties)
 end
 
 -- The prelude's containers are classes too: an instance has their functions and two fields.

@@ -120,7 +120,7 @@ TEST_F(ScriptCheck, TakesTheFilesOfAJobTogether)
               "2:28 unknown-global");
 }
 
-// The table of what has not landed shrinks, and what is told beside the bound classes fits them.
+// What is told beside the bound classes fits them.
 TEST(ScriptCheckApi, FollowsTheBoundClasses)
 {
     const std::string check = R"(
@@ -128,17 +128,12 @@ TEST(ScriptCheckApi, FollowsTheBoundClasses)
         local function require(condition, ...)
           if not condition then faults[#faults + 1] = table.concat({ ... }, " ") end
         end
-        local all = {}
-        for name, class in pairs(checker.bound) do
+        local all = checker.bound
+        for name in pairs(all) do
           require(environment.registered[name], name, "is described and not registered")
-          all[name] = class
         end
         for name in pairs(environment.registered) do
-          require(checker.bound[name], name, "is registered; describe it in nxScriptNames.cpp")
-        end
-        for name, class in pairs(checker.future) do
-          require(not all[name], name, "has landed; take it out of future_api.lua")
-          all[name] = class
+          require(all[name], name, "is registered; describe it in nxScriptNames.cpp")
         end
         for name, class in pairs(all) do
           local signatures = checker.signatures[name] or {}
@@ -160,8 +155,7 @@ TEST(ScriptCheckApi, FollowsTheBoundClasses)
         end
         error(table.concat(faults, "\n"), 0))";
     nxLuaEngine engine;
-    for (const std::string& text :
-         {nxScriptCheckApiText(), nxScriptCheckFutureApiText(), nxScriptNamesText()})
+    for (const std::string& text : {nxScriptCheckApiText(), nxScriptNamesText()})
         ASSERT_TRUE(engine.LoadText(text)) << engine.GetLastError();
     EXPECT_FALSE(engine.LoadText(check));
     EXPECT_EQ(engine.GetLastError(), "");
