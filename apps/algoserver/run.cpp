@@ -70,6 +70,8 @@ int Run(RunArguments& arguments)
         return Refuse("no script; it stands in front of --data, which takes every name behind it");
     if (options.watchProducts && options.productFile.empty())
         return Refuse("--watch-products is for the file of --products");
+    if (options.storeEvery > 0.0 && options.storeDirectory.empty())
+        return Refuse("--store-every is for the stores of --store");
     if (!options.productFile.empty()) {
         nxFeedError error;
         if (!nxProductFile::Read(options.productFile, options.products, error)) {

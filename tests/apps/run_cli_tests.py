@@ -206,6 +206,7 @@ CASES = [
     ("a spread's file watched", "run spread.lua --data calendar_quotes.csv.gz --products products.toml --watch-products", 0,
      "<spread.txt>", ["--- speed"]),
     ("nothing to watch", "run tell.lua --data day.csv --watch-products", 2, None, ["--watch-products is for the file of --products"]),
+    ("nothing to save", "run tell.lua --data day.csv --store-every 5", 2, None, ["--store-every is for the stores of --store"]),
     ("wrong latency", "run tell.lua --data day.csv --latency 5-1", 2, None, ["--latency: 5-1 is no MS or MIN-MAX"]),
     ("a job that watches another", "run parent.lua worker.lua --data demo_quotes.csv.gz --param enough=40", 0,
      "<parent.txt>", ["--- speed", "script      parent  OnInit"]),
