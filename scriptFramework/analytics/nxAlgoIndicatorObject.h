@@ -9,7 +9,7 @@
 
 // A script's handle on one indicator over the bars of a collection: the indicator, which it owns, and the
 // name under which the script finds it. It computes nothing itself. Owned by the collection, which feeds it.
-// Takes no lock.
+// A copy shares the indicator. Takes no lock.
 class nxAlgoIndicatorObject : public nxAlgoObject
 {
 public:
@@ -46,6 +46,6 @@ public:
     bool Get_type(nxLuaResults&);
 
 private:
-    std::unique_ptr<nxTechnicalIndicator> _indicator;
+    std::shared_ptr<nxTechnicalIndicator> _indicator;
     std::string _name;
 };

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <iterator>
-#include <memory>
 
 #include "base/log/nxLogMessage.h"
 #include "base/time/nxDateTime.h"
@@ -56,15 +55,13 @@ bool nxAlgoProductObject::createTickDataCollection(nxLuaParameters& parameters, 
                  " , Ticks : ", count, " , Start Date : ", start.GetAsString(),
                  " , End Date : ", end.GetAsString(), " , RealTime : ", realTime ? "true" : "false");
 
-    std::unique_ptr<nxAlgoTickDataCollectionObject> collection(
-        _CreateTickDataCollection(period, count, start, end));
+    nxAlgoTickDataCollectionObject* const collection = _CreateTickDataCollection(period, count, start, end);
     if (collection == nullptr) {
         results.AddNull();
         return true;
     }
     collection->SetEnableRealTime(realTime);
-    nxAlgoTickDataCollectionObject* const created = collection.get();
-    _owned.push_back(std::move(collection));
-    results.AddObject(created);
+    _tickDataCollections.push_back(collection);
+    results.AddObject(collection);
     return true;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -39,8 +38,10 @@ public:
 
     // id: the product's number within the job, which every event of the product bears too.
     nxAlgoProductObject(nxAlgoJobInterface* job, const nxGenericProductID& productID, unsigned int id);
+    // The copy shares the trade windows and collections: only one of the two may be destroyed while it has
+    // any.
     nxAlgoProductObject(const nxAlgoProductObject&) = default;
-    // Ends every subscription that is on.
+    // Frees the trade windows, then the collections, then ends every subscription that is on.
     ~nxAlgoProductObject() override;
 
     const nxGenericProductID& GetGenericProductID() const { return _productID; }
@@ -132,7 +133,7 @@ protected:
     nxAlgoPriceTradeVolumesObject& _GetPriceTradeVolumes() { return _priceTradeVolumes; }
     // Frees the windows and collections of the product. For a host's destructor: they end their subscriptions
     // by operations that the host overrides.
-    void _FreeOwned() { _owned.clear(); }
+    void _FreeOwned();
 
 private:
     using HostCall = nxErrorEnum (nxAlgoJobInterface::*)(nxAlgoProductObject*);
@@ -160,6 +161,9 @@ private:
     nxMoney _pointValue;
     nxAlgoPriceTradeVolumesObject _priceTradeVolumes;
     bool _positionsSubscribed = false;
+    // Both owned. Bare pointers, since a copy shares them.
+    std::vector<nxAlgoEventWindowObject*> _tradeWindows;
+    std::vector<nxAlgoTickDataCollectionObject*> _tickDataCollections;
     nxDecimal _tickSize;
     nxPriceManipulator _priceManipulator;
     nxAlgoPriceObject _priceObject;
@@ -169,5 +173,4 @@ private:
     nxAlgoPositionObject _positionObject;
     nxAlgoStateObject _stateObject;
     std::string _name;
-    std::vector<std::unique_ptr<nxAlgoObject>> _owned;  // trade windows and tick data collections
 };

@@ -76,7 +76,13 @@ public:
     using nxAlgoTickDataCollectionObject::_HaveRealTime;
     using nxAlgoTickDataCollectionObject::nxAlgoTickDataCollectionObject;
 
+    ~nxTestCollection() override
+    {
+        if (windowsSeen != nullptr) *windowsSeen = static_cast<nxTestProduct*>(_GetProduct())->windowCalls;
+    }
+
     std::string* calls = nullptr;
+    std::string* windowsSeen = nullptr;  // takes what the product knew of windows when this one went
     bool accepts = true;
 
 protected:
@@ -289,3 +295,25 @@ TEST_F(nxAlgoTickDataCollectionObjectTest, ASubscriptionThatTheHostRefusesIsAnEr
 }
 
 }  // namespace
+
+TEST(nxAlgoProductObject, FreesItsWindowsBeforeItsCollections)
+{
+    static_assert(std::is_copy_constructible_v<nxAlgoProductObject>);
+    std::string seen;
+    {
+        nxScriptJob script;
+        nxTestProduct& product = script.AddProduct("FDAX", 12);
+        product.makeCollection = [&](const std::string& period, unsigned int ticks, const nxDateTime&,
+                                     const nxDateTime&) {
+            auto* const collection =
+                new nxTestCollection(&script.host, &product, period, nxTickDataPeriodEnum(), ticks);
+            collection->windowsSeen = &seen;
+            return collection;
+        };
+        EXPECT_EQ(script.Evaluate("p = job:getProduct('FDAX')"
+                                  " p:createTickDataCollection{period = 'MINUTE', ticks = 9}"
+                                  " p:createTradeWindow(60):start()"),
+                  "");
+    }
+    EXPECT_EQ(seen, "+-");
+}

@@ -1,5 +1,6 @@
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
+#include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 bool nxAlgoProductObject::createTradeWindow(nxLuaParameters& parameters, nxLuaResults& results)
@@ -10,9 +11,19 @@ bool nxAlgoProductObject::createTradeWindow(nxLuaParameters& parameters, nxLuaRe
     const double frequency = parameters.Parameter(2).GetNumber();
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Create Trade Window.  Duration : ", duration,
                  " , Frequency : ", frequency);
-    nxAlgoEventWindowObject* window = _CreateEventWindow(duration, frequency);
-    _owned.emplace_back(window);
+    nxAlgoEventWindowObject* const window = _CreateEventWindow(duration, frequency);
+    _tradeWindows.push_back(window);
     // A null is wrapped as it comes: its functions do nothing and its properties are nil.
     results.AddObject(window);
     return true;
+}
+
+void nxAlgoProductObject::_FreeOwned()
+{
+    for (nxAlgoEventWindowObject* window : _tradeWindows)
+        delete window;
+    _tradeWindows.clear();
+    for (nxAlgoTickDataCollectionObject* collection : _tickDataCollections)
+        delete collection;
+    _tickDataCollections.clear();
 }
