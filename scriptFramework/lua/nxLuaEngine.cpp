@@ -163,6 +163,9 @@ bool nxLuaEngine::_CallFunction(unsigned int arguments, unsigned int results)
         lua_pushstring(L, "C++ exception");
     }
     _ProcessError();
+    // What filled the memory is mostly garbage now, and the collector, which runs between allocations only,
+    // would not be asked before the next call has failed for want of the first few bytes.
+    if (status == LUA_ERRMEM) lua_gc(L, LUA_GCCOLLECT, 0);
     return false;
 }
 

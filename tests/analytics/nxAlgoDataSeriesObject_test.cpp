@@ -31,7 +31,9 @@ TEST(nxAlgoDataSeriesObject, CountsFromTheOldestPointAndDropsItAboveTheCapacity)
                 {"s:average()", "5 50"},
                 {"s.capacity = 2.7 return s.capacity, s:get(1)", "2 5 50"},
                 {"s.capacity = -1 s:add(7, 70) return s.capacity, s.size", "0 3"},
-                {"s.capacity = 'x'", "error: bad argument #3 to '?' (number expected, got string)"},
+                // How the assignment is called in it differs between the builds of Lua.
+                {"select(2, pcall(function() s.capacity = 'x' end)):match('bad argument #3 .*(%(.*)')",
+                 "'(number expected, got string)'"},
                 {"s.capacity = 4 s:clear() return s.capacity, s.size, s:get(1)", badIndex},
                 {"s.capacity, s.size", "4 0"},
                 {"job:createDataSeries().size, s.size", "0 0"}});
