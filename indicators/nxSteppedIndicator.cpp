@@ -19,11 +19,13 @@ nxSteppedIndicator::nxSteppedIndicator(const nxIndicatorType& type, const nxIndi
     : _type(type),
       _arguments(arguments),
       _formula(type.create(arguments)),
+      _lineCount(type.lines.size()),
       _newest(type.lines.size(), nxNoResult),
       _realTime(type.lines.size(), nxNoResult)
 {
     for (const nxIndicatorLine& line : type.lines) {
         _barsBack.push_back(line.barsBack ? arguments.GetCount(line.barsBack) : 0);
+        _names.push_back(line.name);
     }
 }
 
@@ -37,17 +39,17 @@ std::vector<std::string> nxSteppedIndicator::GetResultNames() const
 
 std::size_t nxSteppedIndicator::_FindLine(const std::string& name) const
 {
-    const auto& lines = _type.lines;
-    const auto isNamed = [&name](const nxIndicatorLine& line) { return name == line.name; };
-    return static_cast<std::size_t>(std::find_if(lines.begin(), lines.end(), isNamed) - lines.begin());
+    std::size_t line = 0;
+    while (line < _lineCount && _names[line] != name)
+        ++line;
+    return line;
 }
 
 bool nxSteppedIndicator::GetNamedResult(unsigned int index, const std::string& name, double& result) const
 {
-    const std::size_t lines = _type.lines.size();
     const std::size_t line = _FindLine(name);
-    if (line == lines || index >= _GetSize() || index < _barsBack[line]) return false;
-    const double value = _results[(_GetSize() - 1 - (index - _barsBack[line])) * lines + line];
+    if (line == _lineCount || index >= _GetSize() || index < _barsBack[line]) return false;
+    const double value = _results[(_GetSize() - 1 - (index - _barsBack[line])) * _lineCount + line];
     if (!std::isfinite(value)) return false;
     result = value;
     return true;
@@ -57,7 +59,7 @@ bool nxSteppedIndicator::GetRealTimeResult(const std::string& name, double& resu
 {
     const std::size_t line = _FindLine(name);
     // A line that belongs to earlier bars knows nothing of the one under construction.
-    if (!_hasRealTime || line == _type.lines.size() || _barsBack[line] > 0) return false;
+    if (!_hasRealTime || line == _lineCount || _barsBack[line] > 0) return false;
     if (!std::isfinite(_realTime[line])) return false;
     result = _realTime[line];
     return true;
@@ -69,14 +71,15 @@ void nxSteppedIndicator::CalculateNewResult(const Values& open, const Values& hi
     count = static_cast<unsigned int>(std::min<std::size_t>(count, close.size()));
     if (count < _size) {
         _formula = _type.create(_arguments);
-        _results.clear();
+        _results.Clear();
         _size = 0;
     }
     for (; _size < count; ++_size) {
         std::fill(_newest.begin(), _newest.end(), nxNoResult);
         const nxIndicatorBar bar{open[_size], high[_size], low[_size], close[_size], volume[_size]};
         if (IsFinite(bar)) _formula->Step(bar, _newest.data());
-        _results.insert(_results.end(), _newest.begin(), _newest.end());
+        for (const double value : _newest)
+            _results.Append(value);
     }
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <deque>
+#include <string_view>
 
+#include "base/memory/nxGrowingArray.h"
 #include "indicators/nxIndicatorArguments.h"
 #include "indicators/nxIndicatorType.h"
 #include "indicators/nxTechnicalIndicator.h"
@@ -35,11 +36,11 @@ private:
     const nxIndicatorType& _type;
     nxIndicatorArguments _arguments;
     std::unique_ptr<nxIndicatorFormula> _formula;
-    std::vector<unsigned int> _barsBack;  // of each line
-    // Bar after bar, oldest first, a value for each line; in pieces, so that no bar pays for moving those
-    // before it.
-    std::deque<double> _results;
-    Values _newest;    // of the bar that is taken in, a value for each line
-    Values _realTime;  // a value for each line
+    std::vector<unsigned int> _barsBack;   // of each line
+    std::vector<std::string_view> _names;  // of each line
+    std::size_t _lineCount;
+    nxGrowingArray<double> _results;  // bar after bar, oldest first, a value for each line
+    Values _newest;                   // of the bar that is taken in, a value for each line
+    Values _realTime;                 // a value for each line
     bool _hasRealTime = false;
 };

@@ -1,19 +1,21 @@
 #pragma once
 
-#include <memory>
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <span>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <thread>
 
-#include "host/feed/nxCsvRow.h"
-#include "host/feed/nxFeedError.h"
+#include "host/feed/nxCsvParser.h"
 #include "host/feed/nxInputStream.h"
 
-/** The rows of one file of recorded data, front to back, through a buffer of fixed size that always holds
-   whole lines. The header row tells the columns. A byte order mark, CRLF, blank lines and a last line without
-   its end are taken as they come; product names may stand in quotes. Reading a row allocates nothing once the
-   buffer stands. Owned by one nxFeedReader and used by one thread. Nothing here throws but for want of
-   memory. */
+/** The rows of one file of recorded data, front to back. What does not fit the first block is read, unpacked
+   and parsed ahead by a thread of the reader, a few blocks of fixed size far, so that memory stays flat.
+   Owned by one nxFeedReader and used by one thread. Nothing here throws but for want of memory, which ends
+   the process when it strikes the reader's own thread. */
 class nxCsvReader
 {
 public:
@@ -24,56 +26,66 @@ public:
         Failed  // the stream broke; there is nothing behind it
     };
 
-    explicit nxCsvReader(std::string path);
+    /** `interrupted`, if there is one, outlives the reader; once it is true, waiting for the next bytes of a
+       pipe ends in a failure. */
+    explicit nxCsvReader(std::string path, const std::atomic<bool>* interrupted = nullptr);
+    ~nxCsvReader();
+    nxCsvReader(const nxCsvReader&) = delete;
+    nxCsvReader& operator=(const nxCsvReader&) = delete;
 
-    /** Opens the file and reads the header row. False: GetError() tells why. */
+    /** Opens the file, reads the header row and as many rows as fit the first block. False: GetError() tells
+       why. */
     [[nodiscard]] bool Open();
 
-    [[nodiscard]] Result Next(nxCsvRow& row);
+    /** Those rows, bad ones among them. To be asked before the first Next(). */
+    [[nodiscard]] std::span<const nxCsvRow> GetFirstRows() const
+    {
+        return {_current->rows.data(), _current->count};
+    }
 
-    /** Looking ahead: from Mark() to Rewind() rows come out of what the buffer holds already, and Next()
-       answers End behind them; after Rewind() the same rows come again. Nothing is read from the file in
-       between. */
-    void Mark();
-    void Rewind();
+    [[nodiscard]] Result Next();
+    /** The row that Next() answered last; good until the next call. */
+    [[nodiscard]] const nxCsvRow& GetRow() const { return *_row; }
 
-    [[nodiscard]] const nxFeedFormat& GetFormat() const { return *_format; }
-    [[nodiscard]] const nxFeedError& GetError() const { return _error; }
+    [[nodiscard]] const nxFeedFormat& GetFormat() const { return _parser.GetFormat(); }
+    /** Why Next() answered Bad or Failed, or why Open() failed. */
+    [[nodiscard]] const nxFeedError& GetError() const { return *_error; }
 
     /** An error about the row read last: the place is that of the cell in the column of that name, or of the
        row if it has no such column. */
-    [[nodiscard]] nxFeedError MakeError(std::string_view column, const std::string& reason) const;
+    [[nodiscard]] nxFeedError MakeError(std::string_view column, const std::string& reason) const
+    {
+        return _parser.MakeError(*_row, column, reason);
+    }
 
-    [[nodiscard]] const nxInputStream& GetStream() const { return _stream; }
-
-    static constexpr std::size_t BufferSize = 256 * 1024;  // the longest row, too
+    /** Bytes of the file as it lies on the disk, up to the rows that are taken from now, and in all; the
+       latter is 0 when it is unknown (a pipe). */
+    [[nodiscard]] unsigned long long GetBytesConsumed() const { return _current->bytesConsumed; }
+    [[nodiscard]] unsigned long long GetBytesTotal() const { return _stream.GetBytesTotal(); }
 
 private:
-    bool _Fill();
-    bool _ReadHeader();
-    Result _ReadRow(nxCsvRow& row);
-    const char* _ReadTime(const char* cell, nxCsvRow& row, std::string& reason) const;
-    const char* _ReadProduct(const char* cell, nxCsvRow& row);
-    Result _Refuse(const char* cell, const std::string& reason);
-    std::string _GetCountReason(std::size_t cells) const;
+    void _Fill(nxCsvBlock& block, std::size_t least);
+    void _ReadAhead();
+    Result _NextBlock();
 
     std::string _path;
     nxInputStream _stream;
-    const nxFeedFormat* _format = nullptr;
-    std::vector<nxFeedColumn> _columns;  // in the order of the file
-    /** Bytes behind _linesEnd are the beginning of a line whose rest is still to come; a few bytes beyond the
-       size let the number reader look at eight bytes at a time. */
-    std::unique_ptr<char[]> _buffer;
-    const char* _cursor = nullptr;
-    const char* _linesEnd = nullptr;
-    const char* _filledEnd = nullptr;
-    const char* _rowBegin = nullptr;  // of the row read last
-    const char* _mark = nullptr;      // while looking ahead
-    unsigned long long _line = 0;
-    unsigned long long _markLine = 0;
+    nxCsvParser _parser;
+    std::string _rest;  // the beginning of a line whose end is still to come
     bool _isStreamOver = false;
-    bool _hasFailed = false;
-    std::string _product;  // of the row before
-    std::string _unquoted;
-    nxFeedError _error;
+
+    static constexpr std::size_t BlockCount = 4;
+    std::array<nxCsvBlock, BlockCount> _blocks;  // a ring
+    nxCsvBlock* _current = &_blocks[0];          // the one that rows are taken of
+    std::size_t _position = 0;                   // of the next row
+    std::size_t _refusal = 0;                    // of the next bad row
+    const nxCsvRow* _row = nullptr;
+    const nxFeedError* _error = nullptr;
+
+    std::thread _thread;
+    std::atomic<bool> _isLeaving = false;
+    std::mutex _mutex;  // guards the two counts
+    std::condition_variable _changed;
+    std::size_t _filled = 1;  // blocks ever filled and ever given back, each at its count in the ring
+    std::size_t _freed = 0;
 };

@@ -15,14 +15,16 @@ struct nxCsvNumber
 
 enum class nxCsvSide : unsigned char { None, Buy, Sell };
 
-/** The cells of one row, read but not judged. Belongs to the reader's caller and is used again for every row;
-   a column that the file lacks stays as it is made here: empty. */
+/** The cells of one row, read but not judged. Belongs to an nxCsvBlock and is used again for a later row; a
+   column that the file lacks stays as it is made here: empty. */
 struct nxCsvRow
 {
     long long time = 0;        // nanoseconds since 1970 UTC
-    std::string_view product;  // valid until the next row is read
+    std::string_view product;  // into the block
     bool isProductNew = true;  // false: surely the name of the row before
     nxCsvSide side = nxCsvSide::None;
     std::array<nxCsvNumber, nxFeedSlot::Count> numbers;
     unsigned long long line = 0;  // 1-based
+    const char* text = nullptr;   // where the row begins in the block's text
+    bool isBad = false;           // it cannot be read; the block's next refusal tells why
 };

@@ -15,7 +15,7 @@ bool nxFeed::Open(const std::vector<std::string>& paths,
     }
     for (const std::string& path : paths) {
         _readers.push_back(std::make_unique<nxFeedReader>(path, static_cast<unsigned>(_readers.size()),
-                                                          _products, _isLenient));
+                                                          _products, _isLenient, _interrupted));
         if (!_readers.back()->Open()) {
             _error = _readers.back()->GetError();
             return false;
@@ -90,7 +90,7 @@ unsigned long long nxFeed::GetBytesConsumed() const
 {
     unsigned long long sum = 0;
     for (const auto& reader : _readers)
-        sum += reader->GetStream().GetBytesConsumed();
+        sum += reader->GetBytesConsumed();
     return sum;
 }
 
@@ -98,7 +98,7 @@ unsigned long long nxFeed::GetBytesTotal() const
 {
     unsigned long long sum = 0;
     for (const auto& reader : _readers) {
-        const unsigned long long total = reader->GetStream().GetBytesTotal();
+        const unsigned long long total = reader->GetBytesTotal();
         if (total == 0) return 0;
         sum += total;
     }

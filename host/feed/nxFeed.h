@@ -8,13 +8,17 @@
 #include "host/feed/nxFeedReader.h"
 
 /** Recorded market data as one stream of events, ordered by time: on equal times the file named earlier comes
-   first, and a file's own order is kept. Memory stays flat whatever the length of the files: each has a
-   buffer of fixed size. Used by one thread. Nothing here throws but for want of memory. */
+   first, and a file's own order is kept. Memory stays flat whatever the length of the files: each has a few
+   buffers of fixed size. Used by one thread. Nothing here throws but for want of memory. */
 class nxFeed
 {
 public:
-    /** Lenient: bad rows are counted and skipped. */
-    explicit nxFeed(bool isLenient = false) : _isLenient(isLenient) {}
+    /** Lenient: bad rows are counted and skipped. `interrupted`, if there is one, outlives the feed; once it
+       is true, waiting for the next bytes of a pipe ends in an error. */
+    explicit nxFeed(bool isLenient = false, const std::atomic<bool>* interrupted = nullptr)
+        : _isLenient(isLenient), _interrupted(interrupted)
+    {
+    }
     nxFeed(const nxFeed&) = delete;
     nxFeed& operator=(const nxFeed&) = delete;
 
@@ -56,6 +60,7 @@ private:
     void _SiftDown();
 
     bool _isLenient;
+    const std::atomic<bool>* _interrupted;
     nxFeedProductTable _products;
     std::vector<std::unique_ptr<nxFeedReader>> _readers;
     std::vector<_Head> _heads;  // a heap, the earliest event in front

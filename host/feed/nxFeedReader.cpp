@@ -6,11 +6,11 @@
 #include "host/feed/nxFeedTime.h"
 
 nxFeedReader::nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products,
-                           bool isLenient)
+                           bool isLenient, const std::atomic<bool>* interrupted)
     : _path(path),
       _products(products),
       _isLenient(isLenient),
-      _csv(path),
+      _csv(path, interrupted),
       _lastTime(std::numeric_limits<long long>::min())
 {
     _event.file = index;
@@ -33,9 +33,9 @@ const nxFeedEvent* nxFeedReader::Next()
     if (_kind == nxFeedKind::Depth) return _NextDepth();
     if (!_NextRow()) return nullptr;
     _product->CountRows(_kind, 1);
-    _event.time = _row.time;
+    _event.time = _row->time;
     _event.product = _productIndex;
-    _event.line = _row.line;
+    _event.line = _row->line;
     return &_event;
 }
 
@@ -43,34 +43,31 @@ const nxFeedEvent* nxFeedReader::Next()
 void nxFeedReader::_Peek()
 {
     using enum nxFeedColumnType;
-    _csv.Mark();
-    nxCsvReader::Result result = nxCsvReader::Result::Row;
-    for (unsigned rows = 0; rows < PeekRows && result != nxCsvReader::Result::End; ++rows) {
-        result = _csv.Next(_row);
-        if (result != nxCsvReader::Result::Row || _row.product.empty()) continue;
-        nxFeedProduct& product = _products.Get(_products.Add(_row.product));
+    const std::span<const nxCsvRow> rows = _csv.GetFirstRows();
+    for (const nxCsvRow& row : rows.first(std::min<std::size_t>(rows.size(), PeekRows))) {
+        if (row.isBad || row.product.empty()) continue;
+        nxFeedProduct& product = _products.Get(_products.Add(row.product));
         product.NoteKind(_kind);
-        if (_kind == nxFeedKind::Bar) product.NoteBarTime(_row.time);
+        if (_kind == nxFeedKind::Bar) product.NoteBarTime(row.time);
         for (const nxFeedColumn& column : _csv.GetFormat().columns) {
-            if (column.type != Number || !_row.numbers[column.slot].isGiven) continue;
+            if (column.type != Number || !row.numbers[column.slot].isGiven) continue;
             if (column.isSize)
-                product.NoteSize(_row.numbers[column.slot]);
+                product.NoteSize(row.numbers[column.slot]);
             else
-                product.NotePrice(_row.numbers[column.slot]);
+                product.NotePrice(row.numbers[column.slot]);
         }
     }
-    _csv.Rewind();
-    _row = {};
 }
 
 // Reads up to the next good row. False: the end, or an error that is kept.
 bool nxFeedReader::_NextRow()
 {
     while (!_isOver) {
-        const nxCsvReader::Result result = _csv.Next(_row);
+        const nxCsvReader::Result result = _csv.Next();
+        if (result == nxCsvReader::Result::Row) _row = &_csv.GetRow();
         if (result == nxCsvReader::Result::Row && _Judge()) {
             ++_rowCount;
-            _lastTime = _row.time;
+            _lastTime = _row->time;
             return true;
         }
         const nxFeedError& error = result == nxCsvReader::Result::Row ? _rejection : _csv.GetError();
@@ -88,14 +85,14 @@ bool nxFeedReader::_NextRow()
 
 bool nxFeedReader::_Judge()
 {
-    if (_row.isProductNew || _product == nullptr) {
-        if (_row.product.empty()) return _Reject("product", "is empty");
-        _productIndex = _products.Add(_row.product);
+    if (_row->isProductNew || _product == nullptr) {
+        if (_row->product.empty()) return _Reject("product", "is empty");
+        _productIndex = _products.Add(_row->product);
         _product = &_products.Get(_productIndex);
         _product->NoteKind(_kind);
     }
-    if (_row.time < _lastTime)
-        return _Reject("time", "runs backwards: " + nxFeedTime::GetAsString(_row.time) + " after " +
+    if (_row->time < _lastTime)
+        return _Reject("time", "runs backwards: " + nxFeedTime::GetAsString(_row->time) + " after " +
                                    nxFeedTime::GetAsString(_lastTime));
     switch (_kind) {
         case nxFeedKind::Quote:
@@ -126,10 +123,10 @@ bool nxFeedReader::_JudgeQuote(nxFeedProduct& product)
         return _Reject("lastVolume", "no row so far gave a last of " + product.GetName());
 
     if (quote.IsTrade())
-        quote.side = _row.side == nxCsvSide::Buy    ? nxBuySell_Buy
-                     : _row.side == nxCsvSide::Sell ? nxBuySell_Sell
-                                                    : nxEnum_Undefined;
-    else if (_row.side == nxCsvSide::None)
+        quote.side = _row->side == nxCsvSide::Buy    ? nxBuySell_Buy
+                     : _row->side == nxCsvSide::Sell ? nxBuySell_Sell
+                                                     : nxEnum_Undefined;
+    else if (_row->side == nxCsvSide::None)
         quote.side = nxEnum_NoChange;
     else
         return _Reject("side", "stands without last and lastVolume");
@@ -141,10 +138,10 @@ bool nxFeedReader::_JudgeQuote(nxFeedProduct& product)
 
 bool nxFeedReader::_JudgeLevel(nxFeedProduct& product)
 {
-    if (_row.side == nxCsvSide::None) return _Reject("side", "is empty");
-    _level.isBid = _row.side == nxCsvSide::Buy;
+    if (_row->side == nxCsvSide::None) return _Reject("side", "is empty");
+    _level.isBid = _row->side == nxCsvSide::Buy;
     for (const unsigned slot : {nxFeedSlot::Price, nxFeedSlot::LevelVolume}) {
-        if (!_row.numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
+        if (!_row->numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
     }
     return _GetPrice(product, nxFeedSlot::Price, _level.price) &&
            _GetLots(product, nxFeedSlot::LevelVolume, _level.volume);
@@ -154,7 +151,7 @@ bool nxFeedReader::_JudgeBar(nxFeedProduct& product)
 {
     using namespace nxFeedSlot;
     for (const unsigned slot : {nxFeedSlot::Open, High, Low, Close, BarVolume}) {
-        if (!_row.numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
+        if (!_row->numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
     }
     nxFeedBar& bar = _event.bar;
     if (!_GetPrice(product, nxFeedSlot::Open, bar.open) || !_GetPrice(product, High, bar.high) ||
@@ -176,18 +173,18 @@ bool nxFeedReader::_JudgeBarTime(const nxFeedProduct& product)
     if (_productIndex >= _barTimes.size()) _barTimes.resize(_productIndex + 1, never);
     long long& last = _barTimes[_productIndex];
     if (last != never) {
-        if (last == _row.time)
-            return _Reject(
-                "time", "a second bar of " + product.GetName() + " at " + nxFeedTime::GetAsString(_row.time));
+        if (last == _row->time)
+            return _Reject("time", "a second bar of " + product.GetName() + " at " +
+                                       nxFeedTime::GetAsString(_row->time));
         long long distance = 0;
-        if (__builtin_sub_overflow(_row.time, last, &distance))
+        if (__builtin_sub_overflow(_row->time, last, &distance))
             distance = std::numeric_limits<long long>::max();
         if (product.GetBarPeriod() != 0 && distance > product.GetBarPeriod()) {
             ++_gaps.count;
-            if (distance > _gaps.longest) _gaps = {_gaps.count, distance, _row.line};
+            if (distance > _gaps.longest) _gaps = {_gaps.count, distance, _row->line};
         }
     }
-    last = _row.time;
+    last = _row->time;
     return true;
 }
 
@@ -200,7 +197,7 @@ bool nxFeedReader::_Reject(std::string_view column, const std::string& reason)
 // A cell left empty is no change. Always true, so that the cells of a row read as one condition.
 bool nxFeedReader::_GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& price)
 {
-    const nxCsvNumber& number = _row.numbers[slot];
+    const nxCsvNumber& number = _row->numbers[slot];
     if (!number.isGiven) {
         price.SetNoChange();
         return true;
@@ -212,7 +209,7 @@ bool nxFeedReader::_GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& p
 
 bool nxFeedReader::_GetLots(const nxFeedProduct& product, unsigned slot, nxVolume& lots)
 {
-    const nxCsvNumber& number = _row.numbers[slot];
+    const nxCsvNumber& number = _row->numbers[slot];
     if (!number.isGiven) {
         lots.SetNoChange();
         return true;
@@ -243,14 +240,14 @@ const nxFeedEvent* nxFeedReader::_NextDepth()
 {
     if (!_isRowPending && !_NextRow()) return nullptr;
     _levels.clear();
-    _event.time = _row.time;
+    _event.time = _row->time;
     _event.product = _productIndex;
-    _event.line = _row.line;
+    _event.line = _row->line;
     nxFeedProduct* const product = _product;
     do {
         _levels.push_back(_level);
         _isRowPending = _NextRow();
-    } while (_isRowPending && _row.time == _event.time && _product == product && _levels.size() < MaxLevels);
+    } while (_isRowPending && _row->time == _event.time && _product == product && _levels.size() < MaxLevels);
     _event.levels = _levels;
     _event.rows = static_cast<unsigned>(_levels.size());
     product->CountRows(_kind, _event.rows);

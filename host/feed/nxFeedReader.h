@@ -21,8 +21,9 @@ public:
     static constexpr std::size_t MaxKeptErrors = 10;
 
     /** `index` is the file's place in the order the files were named. A lenient reader counts a bad row,
-       skips it and goes on; the other kind stops there. */
-    nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products, bool isLenient);
+       skips it and goes on; the other kind stops there. `interrupted` as for nxCsvReader. */
+    nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products, bool isLenient,
+                 const std::atomic<bool>* interrupted = nullptr);
 
     /** Opens the file, reads the header row and looks at the first rows that the buffer holds, PeekRows at
        most, so that their products, tick sizes and kinds are known before the first event. False: GetError()
@@ -51,7 +52,9 @@ public:
         unsigned long long line = 0;  // behind the longest
     };
     [[nodiscard]] const Gaps& GetGaps() const { return _gaps; }
-    [[nodiscard]] const nxInputStream& GetStream() const { return _csv.GetStream(); }
+    /** As for nxCsvReader. */
+    [[nodiscard]] unsigned long long GetBytesConsumed() const { return _csv.GetBytesConsumed(); }
+    [[nodiscard]] unsigned long long GetBytesTotal() const { return _csv.GetBytesTotal(); }
 
 private:
     void _Peek();
@@ -72,8 +75,8 @@ private:
     bool _isLenient;
     nxCsvReader _csv;
     nxFeedKind _kind = nxFeedKind::Quote;
-    nxCsvRow _row;
-    unsigned _productIndex = 0;  // of the row read last
+    const nxCsvRow* _row = nullptr;  // read last
+    unsigned _productIndex = 0;      // of the row read last
     nxFeedProduct* _product = nullptr;
     nxFeedEvent _event;
     std::vector<nxFeedLevel> _levels;  // behind _event

@@ -1,6 +1,7 @@
 #include "host/feed/nxInputStream.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -105,7 +106,7 @@ private:
     bool _complete = false;
 };
 
-nxInputStream::nxInputStream() = default;
+nxInputStream::nxInputStream(std::function<bool()> givesUp) : _givesUp(std::move(givesUp)) {}
 
 nxInputStream::~nxInputStream()
 {
@@ -124,7 +125,8 @@ bool nxInputStream::Open(const std::string& path)
         _failure = "is a directory, not a file of recorded data";
         return false;
     }
-    if (S_ISREG(status.st_mode)) _bytesTotal = static_cast<unsigned long long>(status.st_size);
+    _mayHaveToWait = !S_ISREG(status.st_mode);
+    if (!_mayHaveToWait) _bytesTotal = static_cast<unsigned long long>(status.st_size);
     _input.resize(InputSize);
     // A pipe may hand out the first bytes one by one; the magic number needs four.
     while (!_inputOver && _inputEnd < 4) {
@@ -178,8 +180,25 @@ bool nxInputStream::_FillInput()
     return true;
 }
 
+// False: given up.
+bool nxInputStream::_WaitForBytes()
+{
+    constexpr int interval = 50;  // milliseconds
+    pollfd file{_file, POLLIN, 0};
+    // An error of poll is left to the read, which tells it better.
+    for (int ready = 0; ready == 0 || (ready < 0 && errno == EINTR);) {
+        if (_givesUp && _givesUp()) {
+            _failure = "interrupted";
+            return false;
+        }
+        ready = poll(&file, 1, interval);
+    }
+    return true;
+}
+
 long long nxInputStream::_ReadFile(char* to, std::size_t size)
 {
+    if (_mayHaveToWait && !_WaitForBytes()) return -1;
     ssize_t count = 0;
     do
         count = read(_file, to, size);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,11 +9,13 @@
 /** The bytes of one recording, front to back: a plain file, a .gz or a .zst. Which one it is, its first bytes
    tell, not its name; several compressed parts in a row read as one. "-" is standard input. The file is read
    through a buffer of fixed size and never mapped, so resident memory stays flat whatever its length. Owned
-   by one reader and used by one thread. Nothing here throws. */
+   by one reader and used by one thread at a time. Nothing here throws. */
 class nxInputStream
 {
 public:
-    nxInputStream();
+    /** `givesUp` is asked while a pipe has nothing to read, several times a second, on the thread that reads;
+       true ends the waiting as a failure, "interrupted". */
+    explicit nxInputStream(std::function<bool()> givesUp = {});
     ~nxInputStream();
     nxInputStream(const nxInputStream&) = delete;
     nxInputStream& operator=(const nxInputStream&) = delete;
@@ -41,7 +44,10 @@ private:
 
     bool _FillInput();
     long long _ReadFile(char* to, std::size_t size);
+    bool _WaitForBytes();
 
+    std::function<bool()> _givesUp;
+    bool _mayHaveToWait = false;
     int _file = -1;
     std::vector<char> _input;  // bytes as they lie on the disk, between _inputBegin and _inputEnd
     std::size_t _inputBegin = 0;

@@ -68,11 +68,9 @@ void nxAlgoTickDataCollectionObject::_ReplaceRaw(const nxTickData& tick)
 nxAlgoTickDataObject* nxAlgoTickDataCollectionObject::AddTickData(const nxTickData& tick, bool recalculate)
 {
     const nxMutexGuard guard(_mutex);
-    if (_tickTotal % TicksPerChunk == 0) _ticks.emplace_back().reserve(TicksPerChunk);
-    nxAlgoTickDataObject& added = _ticks.back().emplace_back(GetJob(), this);
+    nxAlgoTickDataObject& added = _ticks.Append(GetJob(), this);
     added.SetTickData(tick);
-    ++_tickTotal;
-    if (_closeValues.size() == _tickTotal) {
+    if (_closeValues.size() == _ticks.GetSize()) {
         _ReplaceRaw(tick);
     } else {
         _AppendRaw(tick);
@@ -82,7 +80,7 @@ nxAlgoTickDataObject* nxAlgoTickDataCollectionObject::AddTickData(const nxTickDa
         for (const auto& [name, indicator] : _indicators) {
             indicator->ClearRealTimeResult();
             indicator->CalculateNewResult(_openValues, _highValues, _lowValues, _closeValues, _volumeValues,
-                                          static_cast<unsigned int>(_tickTotal));
+                                          static_cast<unsigned int>(_ticks.GetSize()));
         }
     }
     return &added;
@@ -125,14 +123,14 @@ void nxAlgoTickDataCollectionObject::SetRealTimeTickData(const nxTickData& tick)
 void nxAlgoTickDataCollectionObject::_SetRealTimeRawData(const nxTickData&)
 {
     const nxMutexGuard guard(_mutex);
-    if (_tickTotal + 1 == _closeValues.size()) {
+    if (_ticks.GetSize() + 1 == _closeValues.size()) {
         _ReplaceRaw(*_realTimeTick);
         return;
     }
     _AppendRaw(*_realTimeTick);
-    if (_tickTotal + 1 != _closeValues.size())
+    if (_ticks.GetSize() + 1 != _closeValues.size())
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(),
-                     "Invalid tick collection size with real time data. Tick data : ", _tickTotal,
+                     "Invalid tick collection size with real time data. Tick data : ", _ticks.GetSize(),
                      " , close : ", _closeValues.size());
 }
 
@@ -145,9 +143,9 @@ void nxAlgoTickDataCollectionObject::_CalculateRealTime()
 void nxAlgoTickDataCollectionObject::_Calculate(nxAlgoIndicatorObject& indicator)
 {
     const nxMutexGuard guard(_mutex);
-    if (_tickTotal != 0)
+    if (_ticks.GetSize() != 0)
         indicator.CalculateNewResult(_openValues, _highValues, _lowValues, _closeValues, _volumeValues,
-                                     static_cast<unsigned int>(_tickTotal));
+                                     static_cast<unsigned int>(_ticks.GetSize()));
     if (_realTimeTick != nullptr)
         indicator.CalculateRealTime(_openValues, _highValues, _lowValues, _closeValues, _volumeValues);
 }
@@ -176,7 +174,7 @@ bool nxAlgoTickDataCollectionObject::get(nxLuaParameters& parameters, nxLuaResul
     nxAlgoTickDataObject* tick = nullptr;
     {
         const nxMutexGuard guard(_mutex);
-        if (index < _tickTotal) tick = &_GetTick(_tickTotal - 1 - index);
+        if (index < _ticks.GetSize()) tick = &_ticks[_ticks.GetSize() - 1 - index];
     }
     if (tick == nullptr) {
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "tickDataCollection:get invalid index : ", index);
@@ -229,7 +227,7 @@ bool nxAlgoTickDataCollectionObject::Get_count(nxLuaResults& results)
     std::size_t count = 0;
     {
         const nxMutexGuard guard(_mutex);
-        count = _tickTotal;
+        count = _ticks.GetSize();
     }
     results.Add(static_cast<unsigned int>(count));
     return true;

@@ -7,6 +7,7 @@
 
 #include "base/enums/nxBuySellEnum.h"
 #include "base/enums/nxTickDataPeriodEnum.h"
+#include "base/memory/nxGrowingArray.h"
 #include "base/records/nxTickData.h"
 #include "base/threads/nxMutex.h"
 #include "scriptFramework/analytics/nxAlgoIndicatorObject.h"
@@ -75,7 +76,7 @@ protected:
     void _SetRealTimeRawData(const nxTickData& tick);
     nxAlgoProductObject* _GetProduct() const { return _product; }
     unsigned int _GetRequestedTicks() const { return _tickCount; }
-    std::size_t _GetCompletedTicks() const { return _tickTotal; }
+    std::size_t _GetCompletedTicks() const { return _ticks.GetSize(); }
     // Calculates an indicator over the completed bars, and over the one under construction if there is one.
     void _Calculate(nxAlgoIndicatorObject& indicator);
 
@@ -85,17 +86,10 @@ private:
     void _AppendRaw(const nxTickData& tick);
     void _ReplaceRaw(const nxTickData& tick);
     void _CalculateRealTime();
-    nxAlgoTickDataObject& _GetTick(std::size_t place)
-    {
-        return _ticks[place / TicksPerChunk][place % TicksPerChunk];
-    }
-
-    static constexpr std::size_t TicksPerChunk = 256;
 
     std::vector<double> _closeValues, _openValues, _highValues, _lowValues, _volumeValues;
     nxAlgoProductObject* _product;
-    std::vector<std::vector<nxAlgoTickDataObject>> _ticks;  // oldest first, in chunks that never move
-    std::size_t _tickTotal = 0;
+    nxGrowingArray<nxAlgoTickDataObject> _ticks;  // oldest first
     nxMutex _mutex;
     std::string _period;
     nxTickDataPeriodEnum _periodEnum;

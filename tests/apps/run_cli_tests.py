@@ -431,6 +431,27 @@ def test_interrupted(program):
                 ["timerStart", "jobStarted", "log", "log", "jobStopped"], "the record is not whole")
 
 
+def test_interrupted_while_a_pipe_is_silent(program):
+    """What came through the pipe has been delivered; the wait for more ends."""
+    rows = [f"{1704724200000000000 + i},A,{99 + i % 2},1,101,2,,,\n" for i in range(8000)]
+    with open("piped.lua", "w") as file:
+        file.write(TELL)
+    process = subprocess.Popen([program, "run", "piped.lua", "--data", "-"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                               stderr=subprocess.PIPE)
+    try:
+        process.stdin.write((QUOTES + "".join(rows)).encode())
+        process.stdin.flush()
+        process.stdout.readline()
+        process.send_signal(signal.SIGINT)
+        process.wait(timeout=TIMEOUT)
+        out = process.stdout.read().decode()
+    finally:
+        process.kill()
+        process.stdin.close()
+    require(process.returncode == 0, f"exit status {process.returncode}")
+    check_text("standard output", out, ["  bye\n", END + "interrupted\n"], False)
+
+
 def test_progress_on_a_terminal(program):
     """A line that is drawn over itself, and erased at the end."""
     terminal, other = pty.openpty()

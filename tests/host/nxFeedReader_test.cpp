@@ -131,7 +131,7 @@ TEST(nxFeedReaderTest, RowsThatCrossTheBufferAreReadWhole)
     std::string content = Quotes;
     std::string expected;
     unsigned row = 0;
-    for (; content.size() < 3 * nxCsvReader::BufferSize; ++row) {
+    for (; content.size() < 3 * nxCsvBlock::Size; ++row) {
         const std::string price = std::to_string(row % 1013) + "." + std::to_string(row % 7);
         content += At(row) + ",P" + std::to_string(row % 11) + "," + price + ",1,,,,,\n";
         expected += At(row) + " P" + std::to_string(row % 11) + " bid " + price + " x1\n";
@@ -241,7 +241,7 @@ TEST(nxFeedReaderTest, ARowLongerThanTheBufferEndsTheReading)
     const std::string before = Quotes + "@1,A,1,1,,,,,\n";
     for (const bool isLenient : {false, true})
         EXPECT_EQ(
-            Read(before + std::string(nxCsvReader::BufferSize + 1, 'x') + "\n@2,A,1,1,,,,,\n", isLenient)
+            Read(before + std::string(nxCsvBlock::Size + 1, 'x') + "\n@2,A,1,1,,,,,\n", isLenient)
                 .text,
             Expand("@1 A bid 1 x1\nFILE:3: row longer than 262144 bytes\n"));
 }

@@ -1,0 +1,330 @@
+#include "host/feed/nxCsvParser.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#include "host/feed/nxFeedTime.h"
+
+namespace {
+
+constexpr std::size_t MaxDigits = 18;  // what a long long surely holds
+
+bool IsLineEnd(const char* text)
+{
+    return *text == '\n' || (*text == '\r' && text[1] == '\n');
+}
+
+bool IsCellEnd(const char* text)
+{
+    return *text == ',' || IsLineEnd(text);
+}
+
+// Of a line that ends before `end`.
+const char* FindLineEnd(const char* text, const char* end)
+{
+    return static_cast<const char*>(std::memchr(text, '\n', static_cast<std::size_t>(end - text)));
+}
+
+const char* FindCellEnd(const char* text)
+{
+    while (!IsCellEnd(text))
+        ++text;
+    return text;
+}
+
+// A cell as a message shows it: in quotes, printable and short.
+std::string Show(std::string_view cell)
+{
+    constexpr std::size_t Longest = 40;
+    std::string text(cell.substr(0, Longest));
+    std::ranges::replace_if(
+        text, [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+    return "\"" + text + (cell.size() > Longest ? "...\"" : "\"");
+}
+
+// Eight digits at once: the bytes are the digits of one number in little-endian order, so three
+// multiplications add neighbours up to pairs, fours and the whole.
+bool ReadEightDigits(const char* text, std::uint64_t& value)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, text, sizeof bytes);
+        constexpr std::uint64_t HighHalves = 0xF0F0F0F0F0F0F0F0;
+        if (((bytes & HighHalves) | (((bytes + 0x0606060606060606) & HighHalves) >> 4)) != 0x3333333333333333)
+            return false;
+        bytes = ((bytes & 0x0F0F0F0F0F0F0F0F) * 2561) >> 8;
+        bytes = ((bytes & 0x00FF00FF00FF00FF) * 6553601) >> 16;
+        value = ((bytes & 0x0000FFFF0000FFFF) * 42949672960001) >> 32;
+        return true;
+    }
+    value = 0;
+    for (int i = 0; i < 8; ++i) {
+        if (text[i] < '0' || text[i] > '9') return false;
+        value = value * 10 + static_cast<std::uint64_t>(text[i] - '0');
+    }
+    return true;
+}
+
+unsigned GetDigit(char c)
+{
+    return static_cast<unsigned char>(c - '0');
+}
+
+// Zeros in front of the first digit that counts.
+std::size_t CountZeros(const char* text)
+{
+    std::size_t count = 0;
+    for (; *text == '0' || *text == '.'; ++text)
+        count += *text == '0' ? 1 : 0;
+    return count;
+}
+
+// Reads a cell's number; returns where the cell ends, or null when it is none.
+const char* ReadNumber(const char* text, nxCsvNumber& number)
+{
+    number.isGiven = false;
+    if (IsCellEnd(text)) return text;
+    const bool isNegative = *text == '-';
+    if (isNegative || *text == '+') ++text;
+    const char* const first = text;
+    unsigned long long sum = 0;
+    for (; GetDigit(*text) <= 9; ++text)
+        sum = sum * 10 + GetDigit(*text);
+    std::size_t digits = static_cast<std::size_t>(text - first);
+    std::size_t places = 0;
+    if (digits == 0) return nullptr;
+    if (*text == '.') {
+        const char* const fraction = ++text;
+        for (; GetDigit(*text) <= 9; ++text)
+            sum = sum * 10 + GetDigit(*text);
+        places = static_cast<std::size_t>(text - fraction);
+        if (places == 0) return nullptr;
+        digits += places;
+    }
+    if (!IsCellEnd(text) ||
+        (digits > MaxDigits && (places > MaxDigits || digits - CountZeros(first) > MaxDigits)))
+        return nullptr;
+    number.mantissa = isNegative ? -static_cast<long long>(sum) : static_cast<long long>(sum);
+    number.places = static_cast<unsigned char>(places);
+    number.isGiven = true;
+    return text;
+}
+
+std::string GetNumberReason(std::string_view cell)
+{
+    const auto digits =
+        static_cast<std::size_t>(std::ranges::count_if(cell, [](char c) { return c >= '0' && c <= '9'; }));
+    const bool isTooLong =
+        digits > MaxDigits && cell.find_first_not_of("0123456789.", cell[0] == '-') == cell.npos;
+    return isTooLong ? "number with more than 18 digits: " + Show(cell) : "not a number: " + Show(cell);
+}
+
+const char* ReadSide(const char* cell, nxCsvSide& side)
+{
+    side = nxCsvSide::None;
+    if (IsCellEnd(cell)) return cell;
+    if (std::memcmp(cell, "BUY", 3) == 0 && IsCellEnd(cell + 3)) {
+        side = nxCsvSide::Buy;
+        return cell + 3;
+    }
+    if (std::memcmp(cell, "SELL", 4) == 0 && IsCellEnd(cell + 4)) {
+        side = nxCsvSide::Sell;
+        return cell + 4;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+bool nxCsvParser::ReadHeader(nxCsvBlock& block)
+{
+    if (_line == 0 && std::memcmp(block.begin, "\xEF\xBB\xBF", 3) == 0) block.begin += 3;
+    for (; block.begin != block.end && IsLineEnd(block.begin); ++_line)
+        block.begin += *block.begin == '\n' ? 1 : 2;
+    if (block.begin == block.end) return true;
+
+    ++_line;
+    const char* const row = block.begin;
+    block.begin = FindLineEnd(row, block.end) + 1;
+    const auto fail = [&](unsigned column, std::string reason) {
+        block.error = {_path, _line, column, std::move(reason)};
+        return false;
+    };
+    std::vector<std::string> names;
+    std::vector<unsigned> places;
+    for (const char* cell = row; cell != block.begin && (names.empty() || cell[-1] == ',');) {
+        const char* const end = FindCellEnd(cell);
+        std::string_view name(cell, static_cast<std::size_t>(end - cell));
+        if (std::ranges::any_of(name, [](char c) { return c >= 0 && c < ' ' && c != '\t'; }))
+            return fail(0, "no header row: the file is not text");
+        places.push_back(static_cast<unsigned>(cell - row + 1));
+        if (name.size() >= 2 && name.front() == '"' && name.back() == '"')
+            name = name.substr(1, name.size() - 2);
+        names.emplace_back(name);
+        cell = end + 1;
+    }
+    std::string reason;
+    std::size_t wrong = 0;
+    _format = nxFeedFormat::Tell(names, _columns, reason, wrong);
+    return _format != nullptr || fail(places[wrong], reason);
+}
+
+void nxCsvParser::Parse(nxCsvBlock& block)
+{
+    block.count = 0;
+    block.refusals.clear();
+    block.names.clear();
+    _before = {};  // it stands in another block
+    for (const char* text = block.begin; text != block.end;) {
+        ++_line;
+        if (IsLineEnd(text)) {
+            text += *text == '\n' ? 1 : 2;
+            continue;
+        }
+        if (block.count == block.rows.size()) block.rows.emplace_back();
+        nxCsvRow& row = block.rows[block.count++];
+        row.text = text;
+        row.line = _line;
+        row.isBad = false;
+        text = _ReadRow(block, row);
+    }
+}
+
+// Where the next line begins.
+const char* nxCsvParser::_ReadRow(nxCsvBlock& block, nxCsvRow& row)
+{
+    const char* text = row.text;
+    const std::size_t count = _columns.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const nxFeedColumn& column = _columns[i];
+        const char* const cell = text;
+        switch (column.type) {
+            case nxFeedColumnType::Number:
+                text = ReadNumber(cell, row.numbers[column.slot]);
+                break;
+            case nxFeedColumnType::Time: {
+                std::string reason;
+                text = _ReadTime(cell, row, reason);
+                if (text == nullptr) return _Refuse(block, row, cell, "time: " + reason);
+                break;
+            }
+            case nxFeedColumnType::Product:
+                text = _ReadProduct(block, cell, row);
+                if (text == nullptr)
+                    return _Refuse(block, row, cell, "product: a quote that does not end with the cell");
+                break;
+            case nxFeedColumnType::Side:
+                text = ReadSide(cell, row.side);
+                break;
+        }
+        if (text == nullptr) {
+            const std::string_view content(cell, static_cast<std::size_t>(FindCellEnd(cell) - cell));
+            const std::string reason = column.type == nxFeedColumnType::Side
+                                           ? "neither BUY nor SELL: " + Show(content)
+                                           : GetNumberReason(content);
+            return _Refuse(block, row, cell, std::string(column.name) + ": " + reason);
+        }
+        if (i + 1 == count) break;
+        if (*text != ',') return _Refuse(block, row, text, _GetCountReason(block, row, i + 1));
+        ++text;
+    }
+    if (*text == '\r') ++text;
+    if (*text != '\n') return _Refuse(block, row, text + 1, _GetCountReason(block, row, count + 1));
+    return text + 1;
+}
+
+const char* nxCsvParser::_ReadTime(const char* cell, nxCsvRow& row, std::string& reason) const
+{
+    // Nearly every recording counts nanoseconds in 19 digits.
+    std::uint64_t high = 0;
+    std::uint64_t middle = 0;
+    if (ReadEightDigits(cell, high) && ReadEightDigits(cell + 8, middle) && cell[19] == ',') {
+        const unsigned a = GetDigit(cell[16]);
+        const unsigned b = GetDigit(cell[17]);
+        const unsigned c = GetDigit(cell[18]);
+        const std::uint64_t sum = (high * 100'000'000 + middle) * 1000 + a * 100 + b * 10 + c;
+        if (a <= 9 && b <= 9 && c <= 9 && high >= 1'000'000 && sum <= INT64_MAX) {
+            row.time = static_cast<long long>(sum);
+            return cell + 19;
+        }
+    }
+    const char* const end = FindCellEnd(cell);
+    const std::string_view text(cell, static_cast<std::size_t>(end - cell));
+    const char* const refusal = nxFeedTime::SetFromText(text, row.time);
+    if (refusal == nullptr) return end;
+    reason = std::string(refusal) + ": " + Show(text);
+    return nullptr;
+}
+
+// Null: a quote without its fellow.
+const char* nxCsvParser::_ReadProduct(nxCsvBlock& block, const char* cell, nxCsvRow& row)
+{
+    const std::size_t size = _before.size();
+    if (size != 0 && static_cast<std::size_t>(block.end - cell) > size &&
+        std::memcmp(cell, _before.data(), size) == 0 && IsCellEnd(cell + size))
+    {
+        row.isProductNew = false;
+        row.product = _before;
+        return cell + size;
+    }
+    row.isProductNew = true;
+    const char* end = cell;
+    if (*cell == '"') {
+        std::string& name = block.names.emplace_back();
+        for (++end; *end != '\n' && (*end != '"' || end[1] == '"'); ++end) {
+            if (*end == '"') ++end;
+            name += *end;
+        }
+        if (*end != '"' || !IsCellEnd(end + 1)) return nullptr;
+        // Not kept for the comparison above: a name with a comma would match two cells without quotes.
+        _before = {};
+        row.product = name;
+        return end + 1;
+    }
+    end = FindCellEnd(cell);
+    row.product = _before = {cell, end};
+    return end;
+}
+
+// The cell at fault, or the place where one is missing, and why; the next row is the one behind.
+const char* nxCsvParser::_Refuse(nxCsvBlock& block, nxCsvRow& row, const char* cell,
+                                 const std::string& reason)
+{
+    row.isBad = true;
+    block.refusals.push_back({_path, _line, static_cast<unsigned>(cell - row.text + 1), reason});
+    // What follows is compared with a row that was delivered.
+    _before = {};
+    return FindLineEnd(cell, block.end) + 1;
+}
+
+// `cells` is the first count at which the row was seen to differ from the header.
+std::string nxCsvParser::_GetCountReason(const nxCsvBlock& block, const nxCsvRow& row,
+                                         std::size_t cells) const
+{
+    const std::size_t wanted = _columns.size();
+    if (cells > wanted)
+        cells = static_cast<std::size_t>(std::count(row.text, FindLineEnd(row.text, block.end), ',')) + 1;
+    return (cells > wanted ? "too many cells: " : "too few cells: ") + std::to_string(cells) +
+           " instead of " + std::to_string(wanted);
+}
+
+nxFeedError nxCsvParser::MakeError(const nxCsvRow& row, std::string_view column,
+                                   const std::string& reason) const
+{
+    const char* cell = row.text;
+    for (const nxFeedColumn& known : _columns) {
+        if (known.name == column)
+            return {_path, row.line, static_cast<unsigned>(cell - row.text + 1),
+                    std::string(column) + ": " + reason};
+        if (*cell == '"') {
+            // A comma within the quotes ends nothing; two quotes there are one that belongs to the name.
+            for (++cell; *cell != '"' || cell[1] == '"'; ++cell)
+                if (*cell == '"') ++cell;
+            ++cell;
+        }
+        cell = FindCellEnd(cell) + 1;
+    }
+    return {_path, row.line, 0, std::string(column) + ": " + reason};
+}

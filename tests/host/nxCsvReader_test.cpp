@@ -1,0 +1,104 @@
+#include "host/feed/nxCsvReader.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "tests/host/nxFeedFixture.h"
+
+namespace {
+
+// Rows that fill that many blocks, one in a thousand of them a bad one.
+std::string MakeRows(std::size_t blocks)
+{
+    std::string content = "time,product,bid\n";
+    for (unsigned row = 1; content.size() < blocks * nxCsvBlock::Size; ++row)
+        content += std::to_string(row) + (row % 1000 == 0 ? ",A,bad\n" : ",\"A,\"\"B\"\"\",5.25\n");
+    return content;
+}
+
+// A pipe with a name, whose writing end stays open until the test closes it.
+class nxNamedPipe
+{
+public:
+    explicit nxNamedPipe(const std::string& content)
+    {
+        std::remove(_file.GetPath().c_str());
+        EXPECT_EQ(mkfifo(_file.GetPath().c_str(), 0600), 0);
+        _writer = std::thread([this, content] {
+            _end = open(_file.GetPath().c_str(), O_WRONLY);
+            EXPECT_EQ(write(_end, content.data(), content.size()), static_cast<ssize_t>(content.size()));
+        });
+    }
+    ~nxNamedPipe()
+    {
+        if (_writer.joinable()) _writer.join();
+        close(_end);
+    }
+    const std::string& GetPath() const { return _file.GetPath(); }
+    // All that was written has been read.
+    void WaitUntilEmpty() { _writer.join(); }
+
+private:
+    nxFeedFile _file{""};
+    std::thread _writer;
+    int _end = -1;
+};
+
+}  // namespace
+
+TEST(nxCsvReaderThread, RowsOfManyBlocksComeInOrderWithTheirPlaces)
+{
+    const nxFeedFile file(CompressGzip(MakeRows(9)));
+    nxCsvReader reader(file.GetPath());
+    ASSERT_TRUE(reader.Open());
+    unsigned long long line = 1;
+    for (nxCsvReader::Result result; (result = reader.Next()) != nxCsvReader::Result::End;) {
+        const unsigned long long row = line++;
+        const nxCsvRow& read = reader.GetRow();
+        ASSERT_EQ(read.line, line);
+        ASSERT_EQ(result, row % 1000 == 0 ? nxCsvReader::Result::Bad : nxCsvReader::Result::Row);
+        if (result == nxCsvReader::Result::Bad) {
+            ASSERT_EQ(reader.GetError().line, line);
+        } else {
+            ASSERT_EQ(read.product, "A,\"B\"");
+            ASSERT_EQ(reader.MakeError("bid", "x").column, std::to_string(row).size() + 12);
+        }
+    }
+    EXPECT_GT(line, 90'000u);
+    EXPECT_EQ(reader.GetBytesConsumed(), reader.GetBytesTotal());
+    EXPECT_EQ(reader.Next(), nxCsvReader::Result::End);
+}
+
+TEST(nxCsvReaderThread, AReaderGoesWhileItsThreadReadsOrWaits)
+{
+    const nxFeedFile file(MakeRows(20));
+    for (const unsigned rows : {1u, 20'000u, 60'000u}) {
+        nxCsvReader reader(file.GetPath());
+        ASSERT_TRUE(reader.Open());
+        for (unsigned i = 0; i < rows; ++i)
+            ASSERT_NE(reader.Next(), nxCsvReader::Result::Failed);
+    }
+}
+
+TEST(nxCsvReaderThread, WaitingForAPipeEndsWhenInterruptedOrLeft)
+{
+    const std::string content = MakeRows(1);
+    for (const bool isInterrupted : {true, false}) {
+        nxNamedPipe pipe(content);
+        std::atomic<bool> interrupted = false;
+        nxCsvReader reader(pipe.GetPath(), &interrupted);
+        ASSERT_TRUE(reader.Open());
+        const std::size_t first = reader.GetFirstRows().size();
+        for (std::size_t i = 0; i < first; ++i)
+            ASSERT_NE(reader.Next(), nxCsvReader::Result::Failed);
+        pipe.WaitUntilEmpty();
+        if (!isInterrupted) continue;
+        interrupted = true;
+        nxCsvReader::Result result = reader.Next();
+        while (result == nxCsvReader::Result::Row || result == nxCsvReader::Result::Bad)
+            result = reader.Next();
+        EXPECT_EQ(result, nxCsvReader::Result::Failed);
+        EXPECT_EQ(reader.GetError().reason.substr(0, 12), "interrupted;");
+    }
+}
