@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (file < 0 || write(file, data, size) != static_cast<ssize_t>(size)) std::abort();
     close(file);
     for (const bool lenient : {false, true}) {
-        nxFeed feed(lenient);
+        nxFeed feed({.isLenient = lenient});
         if (feed.Open({path}, {})) {
             long long before = INT64_MIN;
             while (const nxFeedEvent* event = feed.Next()) {

@@ -34,6 +34,7 @@ struct RunArguments
     nxRunArguments jobs;
     bool envelope = false;
     std::string onError = "stop";
+    std::string barTime = "end";
     std::string logLevel = "error";
     unsigned int memoryLimit = 0;  // MiB
 };
@@ -86,6 +87,7 @@ int Run(RunArguments& arguments)
     if (arguments.envelope)
         if (const std::string obstacle = nxRunEnvelope::FindObstacle(options); !obstacle.empty())
             return Refuse(obstacle);
+    options.barsBearStart = arguments.barTime == "start";
     options.continueOnError = arguments.onError == "continue";
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
@@ -216,6 +218,10 @@ void AddRunCommand(CLI::App& app, int& status)
             "ABOVE 0"));
     run->add_option("--on-error", arguments->onError, "What to do when a callback fails: stop or continue")
         ->check(CLI::IsMember({"stop", "continue"}))
+        ->capture_default_str();
+    run->add_option("--bar-time", arguments->barTime,
+                    "What the times in bars files are: the end of the bar, or its start")
+        ->check(CLI::IsMember({"end", "start"}))
         ->capture_default_str();
     run->add_flag("--lenient,-l", options.lenient, "Count and skip malformed rows instead of ending the run");
     run->add_option("--memory-limit", arguments->memoryLimit, "MiB that each script may hold; 0 for no limit")

@@ -15,7 +15,7 @@ bool nxFeed::Open(const std::vector<std::string>& paths,
     }
     for (const std::string& path : paths) {
         _readers.push_back(std::make_unique<nxFeedReader>(path, static_cast<unsigned>(_readers.size()),
-                                                          _products, _isLenient, _interrupted));
+                                                          _products, _options));
         if (!_readers.back()->Open()) {
             _error = _readers.back()->GetError();
             return false;

@@ -13,12 +13,7 @@
 class nxFeed
 {
 public:
-    /** Lenient: bad rows are counted and skipped. `interrupted`, if there is one, outlives the feed; once it
-       is true, waiting for the next bytes of a pipe ends in an error. */
-    explicit nxFeed(bool isLenient = false, const std::atomic<bool>* interrupted = nullptr)
-        : _isLenient(isLenient), _interrupted(interrupted)
-    {
-    }
+    explicit nxFeed(const nxFeedOptions& options = {}) : _options(options) {}
     nxFeed(const nxFeed&) = delete;
     nxFeed& operator=(const nxFeed&) = delete;
 
@@ -59,8 +54,7 @@ private:
     bool _Advance(nxFeedReader& reader, const nxFeedEvent*& event);
     void _SiftDown();
 
-    bool _isLenient;
-    const std::atomic<bool>* _interrupted;
+    nxFeedOptions _options;
     nxFeedProductTable _products;
     std::vector<std::unique_ptr<nxFeedReader>> _readers;
     std::vector<_Head> _heads;  // a heap, the earliest event in front

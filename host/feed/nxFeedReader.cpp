@@ -6,12 +6,13 @@
 #include "host/feed/nxFeedTime.h"
 
 nxFeedReader::nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products,
-                           bool isLenient, const std::atomic<bool>* interrupted)
+                           const nxFeedOptions& options)
     : _path(path),
       _products(products),
-      _isLenient(isLenient),
-      _csv(path, interrupted),
-      _lastTime(std::numeric_limits<long long>::min())
+      _options(options),
+      _csv(path, options.interrupted),
+      _lastTime(std::numeric_limits<long long>::min()),
+      _lastBarEnd(_lastTime)
 {
     _event.file = index;
 }
@@ -33,7 +34,7 @@ const nxFeedEvent* nxFeedReader::Next()
     if (_kind == nxFeedKind::Depth) return _NextDepth();
     if (!_NextRow()) return nullptr;
     _product->CountRows(_kind, 1);
-    _event.time = _row->time;
+    _event.time = _kind == nxFeedKind::Bar && _options.barsBearStart ? _lastBarEnd : _row->time;
     _event.product = _productIndex;
     _event.line = _row->line;
     return &_event;
@@ -72,7 +73,7 @@ bool nxFeedReader::_NextRow()
         }
         const nxFeedError& error = result == nxCsvReader::Result::Row ? _rejection : _csv.GetError();
         const bool isRowBad = result == nxCsvReader::Result::Row || result == nxCsvReader::Result::Bad;
-        if (isRowBad && _isLenient) {
+        if (isRowBad && _options.isLenient) {
             ++_badRowCount;
             if (_badRows.size() < MaxKeptErrors) _badRows.push_back(error);
             continue;
@@ -184,7 +185,24 @@ bool nxFeedReader::_JudgeBarTime(const nxFeedProduct& product)
             if (distance > _gaps.longest) _gaps = {_gaps.count, distance, _row->line};
         }
     }
+    if (_options.barsBearStart && !_FindBarEnd(product)) return false;
     last = _row->time;
+    return true;
+}
+
+bool nxFeedReader::_FindBarEnd(const nxFeedProduct& product)
+{
+    if (product.GetBarPeriod() == 0)
+        return _Reject("time", "the end of the bar is not known: the first rows have no two bars of " +
+                                   product.GetName());
+    long long end = 0;
+    if (__builtin_add_overflow(_row->time, product.GetBarPeriod(), &end))
+        return _Reject("time", "the end of the bar is beyond all times");
+    if (end < _lastBarEnd)
+        return _Reject("time", "the bar ends before the one in front: " + nxFeedTime::GetAsString(end) +
+                                   " after " + nxFeedTime::GetAsString(_lastBarEnd) +
+                                   "; give bars of different periods a file each");
+    _lastBarEnd = end;
     return true;
 }
 

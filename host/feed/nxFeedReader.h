@@ -5,6 +5,7 @@
 
 #include "host/feed/nxCsvReader.h"
 #include "host/feed/nxFeedEvent.h"
+#include "host/feed/nxFeedOptions.h"
 #include "host/feed/nxFeedProductTable.h"
 
 /** The events of one file, front to back. Judges what nxCsvReader reads: time does not run backwards, sizes
@@ -20,10 +21,9 @@ public:
         65536;  // what keeps memory flat; the next event goes on behind them
     static constexpr std::size_t MaxKeptErrors = 10;
 
-    /** `index` is the file's place in the order the files were named. A lenient reader counts a bad row,
-       skips it and goes on; the other kind stops there. `interrupted` as for nxCsvReader. */
-    nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products, bool isLenient,
-                 const std::atomic<bool>* interrupted = nullptr);
+    /** `index` is the file's place in the order the files were named. */
+    nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products,
+                 const nxFeedOptions& options);
 
     /** Opens the file, reads the header row and looks at the first rows that the buffer holds, PeekRows at
        most, so that their products, tick sizes and kinds are known before the first event. False: GetError()
@@ -64,6 +64,7 @@ private:
     bool _JudgeLevel(nxFeedProduct& product);
     bool _JudgeBar(nxFeedProduct& product);
     bool _JudgeBarTime(const nxFeedProduct& product);
+    bool _FindBarEnd(const nxFeedProduct& product);
     bool _Reject(std::string_view column, const std::string& reason);
     bool _GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& price);
     bool _GetLots(const nxFeedProduct& product, unsigned slot, nxVolume& lots);
@@ -72,7 +73,7 @@ private:
 
     std::string _path;
     nxFeedProductTable& _products;
-    bool _isLenient;
+    nxFeedOptions _options;
     nxCsvReader _csv;
     nxFeedKind _kind = nxFeedKind::Quote;
     const nxCsvRow* _row = nullptr;  // read last
@@ -83,6 +84,7 @@ private:
     nxFeedLevel _level;                // depth: the row read last
     bool _isRowPending = false;        // depth: that row belongs to the next event
     long long _lastTime;               // of the last good row
+    long long _lastBarEnd;             // bars that bear their start: the time of the last event
     std::vector<long long> _barTimes;  // bars: of the last one, by product
     Gaps _gaps;
     bool _isOver = false;

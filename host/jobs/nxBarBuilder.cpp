@@ -52,8 +52,8 @@ bool IsDaily(long long rowPeriod)
 }  // namespace
 
 nxBarBuilder::nxBarBuilder(const nxTickDataPeriodEnum& period, const nxTradingHours& hours,
-                           long long rowPeriod)
-    : _length(GetLength(period)), _hours(hours), _rowPeriod(rowPeriod)
+                           long long rowPeriod, bool rowsBearStart)
+    : _length(GetLength(period)), _hours(hours), _rowPeriod(rowPeriod), _rowsBearStart(rowsBearStart)
 {
 }
 
@@ -107,7 +107,7 @@ const nxTickData* nxBarBuilder::AddRow(const nxFeedBar& row, long long time)
     if (time < Earliest) return nullptr;
     const bool isSession = _length == 0 && IsDaily(_rowPeriod);
     if (isSession) {
-        _begin = time;
+        _begin = _rowsBearStart ? time - _rowPeriod : time;
     } else if (!_FindSpan(time - 1)) {
         return nullptr;
     }

@@ -15,14 +15,16 @@
 // A trade belongs to the bar in whose span it lies, the end left out. A row of a bars file bears the time of
 // its end, so it belongs to the bar that holds the moment before. It also ends that bar if the next row, one
 // row's period later, must lie behind. Rows that are a day or so apart are sessions as they are and keep
-// their time.
+// the time that the file gives them.
 class nxBarBuilder
 {
 public:
     static constexpr long long Never = std::numeric_limits<long long>::max();
 
-    // rowPeriod: nanoseconds between the rows of the bars file; 0 where it is not known.
-    nxBarBuilder(const nxTickDataPeriodEnum& period, const nxTradingHours& hours, long long rowPeriod);
+    // rowPeriod: nanoseconds between the rows of the bars file; 0 where it is not known. rowsBearStart: in
+    // the file their time was that much earlier than the one they are added with.
+    nxBarBuilder(const nxTickDataPeriodEnum& period, const nxTradingHours& hours, long long rowPeriod,
+                 bool rowsBearStart = false);
 
     // False for rows too coarse for the period.
     bool CanFoldRows() const;
@@ -50,6 +52,7 @@ private:
     long long _length;  // nanoseconds; 0: a session
     nxTradingHours _hours;
     long long _rowPeriod;
+    bool _rowsBearStart;
     long long _begin = 0;
     long long _end = 0;  // of the span, itself left out
     long long _due = Never;

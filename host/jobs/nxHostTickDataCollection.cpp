@@ -13,7 +13,7 @@ nxHostTickDataCollection::nxHostTickDataCollection(nxHostProduct& product, const
       _start(start),
       _endDate(end),
       _source(source),
-      _builder(periodEnum, source.hours, source.rowPeriod)
+      _builder(periodEnum, source.hours, source.rowPeriod, source.rowsBearStart)
 {
 }
 
@@ -87,7 +87,7 @@ bool nxHostTickDataCollection::_Subscribe(bool realTime)
     _realTime = realTime;
     nxHostServices& services = GetHostProduct().GetOwner().GetServices();
     if (_seen != services.GetBars().GetEventCount()) {
-        _builder = nxBarBuilder(GetPeriod(), _source.hours, _source.rowPeriod);
+        _builder = nxBarBuilder(GetPeriod(), _source.hours, _source.rowPeriod, _source.rowsBearStart);
         for (const nxTickData& bar : _ReadBars(_completed, std::string::npos))
             AddTickData(bar, true);
     }

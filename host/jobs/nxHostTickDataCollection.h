@@ -10,9 +10,10 @@ class nxHostProduct;
 // What a collection of a product is built from.
 struct nxBarOrigin
 {
-    bool hasRows = false;     // a bars file of the run holds the product
-    bool hasTrades = false;   // quotes and trades do
-    long long rowPeriod = 0;  // nanoseconds between the rows of the bars file; 0: not known
+    bool hasRows = false;        // a bars file of the run holds the product
+    bool hasTrades = false;      // quotes and trades do
+    long long rowPeriod = 0;     // nanoseconds between the rows of the bars file; 0: not known
+    bool rowsBearStart = false;  // in the file; events come at the end
     nxTradingHours hours;
 };
 

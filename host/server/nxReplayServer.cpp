@@ -30,7 +30,7 @@ nxReplayServer::nxReplayServer(nxRunOptions options, std::ostream& out, std::ost
       _err(err),
       _progress(_options.progress == nullptr ? err : *_options.progress, _options.showProgress,
                 _options.progressLabel),
-      _feed(_options.lenient, _options.interrupted)
+      _feed({_options.lenient, _options.barsBearStart, _options.interrupted})
 {
 }
 

@@ -34,6 +34,7 @@ void nxReplayServer::_CloseBars()
 nxBarOrigin nxReplayServer::GetBarOrigin(const nxHostProduct& product)
 {
     nxBarOrigin source;
+    source.rowsBearStart = _options.barsBearStart;
     source.hours = _GetMarketOf(product).hours;
     if (const nxFeedProduct* known = _feed.GetProducts().Find(product.GetMarket().GetName())) {
         source.hasRows = known->Has(nxFeedKind::Bar);
@@ -54,7 +55,7 @@ void nxReplayServer::ReadHistory(const nxHostProduct& product,
         LogText(product.GetOwner(), "the bars of " + name + " begin now: " + path + " cannot be read again");
         return;
     }
-    nxFeed feed(_options.lenient);
+    nxFeed feed({_options.lenient, _options.barsBearStart});
     if (!feed.Open(_options.data, _options.products)) return;
     for (unsigned long long i = 0; i < _applied; ++i) {
         const nxFeedEvent* const event = feed.Next();

@@ -36,10 +36,10 @@ struct Outcome
 };
 
 Outcome Read(const std::string& content, bool isLenient = false,
-             const std::vector<nxProductDescription>& descriptions = {})
+             const std::vector<nxProductDescription>& descriptions = {}, bool barsBearStart = false)
 {
     const nxFeedFile file(Expand(content));
-    nxFeed feed(isLenient);
+    nxFeed feed({.isLenient = isLenient, .barsBearStart = barsBearStart});
     Outcome outcome;
     if (feed.Open({file.GetPath()}, descriptions))
         outcome.text = file.Hide(ReadAll(feed));
@@ -93,7 +93,7 @@ TEST(nxFeedReaderTest, AnEventTellsItsRows)
 {
     const nxFeedFile file(Expand(Depth + "\n@1,A,BUY,10,5\n@1,A,SELL,11,6\n@2,A,BUY,10,7\n"));
     nxFeedProductTable products;
-    nxFeedReader reader(file.GetPath(), 3, products, false);
+    nxFeedReader reader(file.GetPath(), 3, products, {});
     ASSERT_TRUE(reader.Open());
     const std::pair<unsigned long long, unsigned> expected[] = {{3, 2}, {5, 1}};
     for (const auto& [line, rows] : expected) {
@@ -225,6 +225,26 @@ TEST(nxFeedReaderTest, BadRowsAreToldByPlaceAndReasonAfterWhatCameBefore)
     }
 }
 
+TEST(nxFeedReaderTest, AStartOfABarThatTellsNoEndIsRefused)
+{
+    const struct
+    {
+        std::string rows;
+        const char* text;
+    } cases[] = {
+        {"20240108,A,2,2,2,2,5\n",
+         "FILE:2:1: time: the end of the bar is not known: the first rows have no two bars of A\n"},
+        {"@0,A,2,2,2,2,5\n@1,B,2,2,2,2,5\n@4,A,2,2,2,2,5\n@6,B,2,2,2,2,5\n",
+         "@4 A 2 2 2 2 x5\n@6 B 2 2 2 2 x5\n@8 A 2 2 2 2 x5\n1700000000000000011 B 2 2 2 2 x5\n"},
+        {"@0,A,2,2,2,2,5\n@3,B,2,2,2,2,5\n@4,B,2,2,2,2,5\n@8,A,2,2,2,2,5\n@0,A,,,,,\n",
+         "@8 A 2 2 2 2 x5\n"
+         "FILE:3:1: time: the bar ends before the one in front: 20231114:22:13:20.000000004 after "
+         "20231114:22:13:20.000000008; give bars of different periods a file each\n"},
+    };
+    for (const auto& [rows, text] : cases)
+        EXPECT_EQ(Read(Bars + rows, false, {}, true).text, Expand(text)) << rows;
+}
+
 TEST(nxFeedReaderTest, ALenientReaderKeepsTheFirstBadRowsOnly)
 {
     std::string content = Quotes;
@@ -240,10 +260,8 @@ TEST(nxFeedReaderTest, ARowLongerThanTheBufferEndsTheReading)
 {
     const std::string before = Quotes + "@1,A,1,1,,,,,\n";
     for (const bool isLenient : {false, true})
-        EXPECT_EQ(
-            Read(before + std::string(nxCsvBlock::Size + 1, 'x') + "\n@2,A,1,1,,,,,\n", isLenient)
-                .text,
-            Expand("@1 A bid 1 x1\nFILE:3: row longer than 262144 bytes\n"));
+        EXPECT_EQ(Read(before + std::string(nxCsvBlock::Size + 1, 'x') + "\n@2,A,1,1,,,,,\n", isLenient).text,
+                  Expand("@1 A bid 1 x1\nFILE:3: row longer than 262144 bytes\n"));
 }
 
 TEST(nxFeedReaderTest, SizesBecomeLotsExactly)

@@ -65,6 +65,34 @@ end)lua"),
               "true 3 nil");
 }
 
+TEST_F(nxReplayBarsTest, RowsThatBearTheirStartAreHeardOfAtTheirEnd)
+{
+    const struct
+    {
+        const char* period;
+        const char* rows;
+        const char* expected;
+    } cases[] = {
+        {"MINUTE", "20240108:14:30,A,1,3,0,1,10\n20240108:14:31,A,2,4,1,2,10\n20240108:14:34,A,3,3,3,3,10\n",
+         "20240108:14:31 of 20240108:14:30; 20240108:14:32 of 20240108:14:31; 20240108:14:35 of "
+         "20240108:14:34"},
+        {"SESSION", "20240105,A,1,3,0,1,10\n20240108,A,2,4,1,2,10\n20240109,A,3,3,3,3,10\n",
+         "20240106:00:00 of 20240105:00:00; 20240109:00:00 of 20240108:00:00; 20240110:00:00 of "
+         "20240109:00:00"},
+    };
+    for (const auto& [period, rows, expected] : cases) {
+        SCOPED_TRACE(period);
+        run.options.barsBearStart = true;
+        run.options.data.clear();
+        run.AddBars(rows);
+        EXPECT_EQ(RunFor(std::string("function OnInit() make{ticks = 1, period = '") + period +
+                         "'} job:getProduct('A'):subscribePrice() end\n"
+                         "function OnPrice() say(date:getAsDate(clock.totalSeconds):sub(1, 14), 'of', "
+                         "c:get().time:sub(1, 14)) end"),
+                  expected);
+    }
+}
+
 TEST_F(nxReplayBarsTest, FinerRowsAreFoldedAndEndByTheirTime)
 {
     // 14:35 is missing, so only the time ends that bar; the last one is cut short by the end of the data.
