@@ -99,8 +99,12 @@ void nxReplayServer::_TakeTickSize(Market& market, const nxDecimal& tickSize)
     market.terms.tickSize = tickSize;
     if (tickSize == market.tickSize) return;
     market.tickSize = tickSize;
-    for (nxHostProduct* product : market.subscribers)
-        if (product != nullptr) product->Describe(tickSize);
+    // Of every job that has asked for the product, subscribed to or not.
+    for (const auto& runner : _runners) {
+        const auto& products = runner->GetJob().GetProducts();
+        const auto product = products.find(market.product.GetName());
+        if (product != products.end()) product->second->Describe(tickSize);
+    }
     if (_exchange) _exchange->SetTickSize(market.exchangeProduct, tickSize);
     if (market.product.IsStrategy()) return;
     for (Market* strategy : market.strategies)

@@ -312,8 +312,13 @@ function OnPrice(p) if p.bidPrice ~= 1 then log(a.tickSize) end end)");
     std::string rows;
     for (unsigned int i = 0; i < nxFeedReader::PeekRows; ++i)
         rows += "@00,A,1,1,,,,,\n";
-    run.AddQuotes(rows + "@01,A,1.25,1,,,,,\n");
+    run.AddQuotes("@00,B,1,1,,,,,\n" + rows + "@01,A,1.25,1,,,,,\n@02,B,1,1,,,,,\n");
     EXPECT_EQ(run.RunForLog(), "00.000  1\n01.000  0.01\n");
+    // Also for a script that only looks at the product.
+    SetScript(R"(
+function OnInit() a = job:getProduct("A") job:getProduct("B"):subscribe() log(a.tickSize) end
+function OnPrice() log(a.tickSize) end)");
+    EXPECT_EQ(run.RunForLog(), "00.000  1\n00.000  1\n02.000  0.01\n");
 }
 
 TEST_F(nxReplayServerTest, TimersRunInRecordedTime)
