@@ -7,10 +7,10 @@
 
 namespace {
 
+// Zero times an infinity or NaN is NaN, and so is every sum with it.
 bool IsFinite(const nxIndicatorBar& bar)
 {
-    return std::isfinite(bar.open) && std::isfinite(bar.high) && std::isfinite(bar.low) &&
-           std::isfinite(bar.close) && std::isfinite(bar.volume);
+    return 0 * bar.open + 0 * bar.high + 0 * bar.low + 0 * bar.close + 0 * bar.volume == 0;
 }
 
 }  // namespace
@@ -49,7 +49,9 @@ bool nxSteppedIndicator::GetNamedResult(unsigned int index, const std::string& n
 {
     const std::size_t line = _FindLine(name);
     if (line == _lineCount || index >= _GetSize() || index < _barsBack[line]) return false;
-    const double value = _results[(_GetSize() - 1 - (index - _barsBack[line])) * _lineCount + line];
+    const unsigned int back = index - _barsBack[line];
+    // Most scripts ask for the newest.
+    const double value = back == 0 ? _newest[line] : _results[(_GetSize() - 1 - back) * _lineCount + line];
     if (!std::isfinite(value)) return false;
     result = value;
     return true;
