@@ -11,7 +11,7 @@ unsigned nxFeedProductTable::Add(std::string_view name)
     const auto found = _indexes.find(name);
     if (found != _indexes.end()) return found->second;
     const unsigned index = GetCount();
-    _products.emplace_back(std::string(name));
+    _products.Append(std::string(name));
     _indexes.emplace(name, index);
     return index;
 }

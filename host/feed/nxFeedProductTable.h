@@ -1,10 +1,10 @@
 #pragma once
 
-#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
+#include "base/memory/nxGrowingArray.h"
 #include "host/feed/nxFeedProduct.h"
 #include "host/feed/nxProductDescription.h"
 
@@ -14,7 +14,7 @@
 class nxFeedProductTable
 {
 public:
-    [[nodiscard]] unsigned GetCount() const { return static_cast<unsigned>(_products.size()); }
+    [[nodiscard]] unsigned GetCount() const { return static_cast<unsigned>(_products.GetSize()); }
     [[nodiscard]] nxFeedProduct& Get(unsigned index) { return _products[index]; }
     [[nodiscard]] const nxFeedProduct& Get(unsigned index) const { return _products[index]; }
 
@@ -33,6 +33,6 @@ private:
         std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
     };
 
-    std::deque<nxFeedProduct> _products;
+    nxGrowingArray<nxFeedProduct> _products;
     std::unordered_map<std::string, unsigned, _Hash, std::equal_to<>> _indexes;
 };

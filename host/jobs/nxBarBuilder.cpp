@@ -66,6 +66,12 @@ bool nxBarBuilder::_FindSpan(long long time)
 {
     if (time >= _begin && time < _end) return true;
     if (time < Earliest || time > Latest) return false;
+    // Nearly always it is the one behind.
+    if (_length != 0 && time >= _end && time - _length < _end) {
+        _begin = _end;
+        _end += _length;
+        return true;
+    }
     const long long length = _length == 0 ? Day : _length;
     if (_length == 0 && !_hours.IsEmpty()) {
         if (!_hours.IsOpen(time)) return false;

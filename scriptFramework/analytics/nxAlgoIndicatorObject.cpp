@@ -1,5 +1,7 @@
 #include "scriptFramework/analytics/nxAlgoIndicatorObject.h"
 
+#include <cstring>
+
 using Self = nxAlgoIndicatorObject;
 
 constexpr nxLuaWrapper<Self>::FunctionType Self::Functions[] = {
@@ -36,9 +38,9 @@ bool nxAlgoIndicatorObject::getValue(nxLuaParameters& parameters, nxLuaResults& 
         return results.Fail("indicator:getValue requires one or two arguments [name,index]");
     const char* const text = parameters.Parameter(1).GetString();
     const unsigned int index = count == 2 ? parameters.Parameter(2).GetUnsigned() : 0;
-    const std::string name = text;
+    if (std::strcmp(_asked.c_str(), text) != 0) _asked = text;
     double value = 0.0;
-    const bool isKnown = _indicator->GetNamedResult(index, name, value);
+    const bool isKnown = _indicator->GetNamedResult(index, _asked, value);
     AddResult(results, isKnown, value);
     return true;
 }

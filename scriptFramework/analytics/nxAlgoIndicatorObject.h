@@ -48,4 +48,5 @@ public:
 private:
     std::shared_ptr<nxTechnicalIndicator> _indicator;
     std::string _name;
+    std::string _asked;  // the result that getValue was asked for last: most scripts ask for one
 };

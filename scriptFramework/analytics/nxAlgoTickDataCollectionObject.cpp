@@ -1,5 +1,7 @@
 #include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 
+#include <algorithm>
+
 #include "base/log/nxLogMessage.h"
 #include "base/threads/nxMutexGuard.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
@@ -49,6 +51,12 @@ const nxGenericProductID& nxAlgoTickDataCollectionObject::GetProductID() const
 
 void nxAlgoTickDataCollectionObject::_AppendRaw(const nxTickData& tick)
 {
+    // In steps of four, since memory that is set aside and not touched costs nothing, but each move does.
+    if (_closeValues.size() == _closeValues.capacity()) [[unlikely]] {
+        for (std::vector<double>* values :
+             {&_closeValues, &_openValues, &_highValues, &_lowValues, &_volumeValues})
+            values->reserve(std::max<std::size_t>(256, 4 * values->size()));
+    }
     _closeValues.push_back(tick.GetClose().GetAsDouble());
     _openValues.push_back(tick.GetOpen().GetAsDouble());
     _highValues.push_back(tick.GetHigh().GetAsDouble());

@@ -11,7 +11,7 @@ class nxTickData;
 
 // One bar as a script sees it: a copy of a record's values, which does not refer to the record afterwards.
 // Owned by its collection, and lives as long as that. All values are null until SetTickData. Takes no lock.
-class nxAlgoTickDataObject : public nxAlgoObject
+class nxAlgoTickDataObject final : public nxAlgoObject
 {
 public:
     static constexpr const char* className = "nxAlgoTickDataObject";

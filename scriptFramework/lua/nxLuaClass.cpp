@@ -195,11 +195,10 @@ int nxLuaClass::DispatchFunction(lua_State* L) const
 {
     if (!lua_istable(L, 1)) luaL_typerror(L, 1, _name);
     const unsigned int row = nxLuaTruncate(lua_tonumber(L, lua_upvalueindex(1)));
+    nxLuaParameters parameters(L, false);  // which are all there is on the stack yet
     void* object = nullptr;
     if (_Read(L, object) != Held::Object || row >= _rows.functions.size()) return 0;
-    lua_pop(L, 1);
     {
-        nxLuaParameters parameters(L, false);
         nxLuaResults results(L);
         if (Succeeds(L, results, [&] { return _rows.callFunction(object, row, parameters, results); }))
             return results.Count();

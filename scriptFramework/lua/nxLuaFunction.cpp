@@ -1,6 +1,7 @@
 #include "scriptFramework/lua/nxLuaFunction.h"
 
 #include <lua.hpp>
+#include <utility>
 
 #include "scriptFramework/lua/nxLuaArity.h"
 #include "scriptFramework/lua/nxLuaClass.h"
@@ -31,31 +32,16 @@ void nxLuaFunction::_PushFunction(lua_State* L)
 // Whether the function at the top of the stack, which was pushed just now, ignores what it is given.
 bool nxLuaFunction::_IgnoresArguments(lua_State* L)
 {
-    if (lua_topointer(L, -1) == _known) {
-        if (!_knownIgnores) return false;
-        // Another function may have come to lie where the known one lay, before it was collected.
-        lua_rawgeti(L, LUA_REGISTRYINDEX, _knownReference);
-        lua_rawgeti(L, -1, 1);
-        const bool isSame = lua_rawequal(L, -1, -3) != 0;
-        lua_pop(L, 2);
-        if (isSame) return true;
-    }
-    _known = lua_topointer(L, -1);
-    _knownIgnores = !nxLuaTakesArguments(L);
-    if (!_knownIgnores) return false;
-    if (_knownReference == 0) {
-        lua_createtable(L, 1, 0);
-        lua_createtable(L, 0, 1);
-        lua_pushliteral(L, "v");
-        lua_setfield(L, -2, "__mode");
-        lua_setmetatable(L, -2);
-        _knownReference = luaL_ref(L, LUA_REGISTRYINDEX);
-    }
-    lua_rawgeti(L, LUA_REGISTRYINDEX, _knownReference);
-    lua_pushvalue(L, -2);
-    lua_rawseti(L, -2, 1);
-    lua_pop(L, 1);
-    return true;
+    const void* const function = lua_topointer(L, -1);
+    if (function == _known) return _knownIgnores;
+    const bool ignores = !nxLuaTakesArguments(L);
+    // Held, so that no other function can come to lie where the known one lies.
+    _known = nullptr;
+    if (_knownReference != 0) luaL_unref(L, LUA_REGISTRYINDEX, std::exchange(_knownReference, 0));
+    lua_pushvalue(L, -1);
+    _knownReference = luaL_ref(L, LUA_REGISTRYINDEX);
+    _known = function;
+    return _knownIgnores = ignores;
 }
 
 template <class Push>
