@@ -95,7 +95,8 @@ public:
             return a._mantissa == b._mantissa;
         return a._CompareSlow(b) == 0;
     }
-    friend std::weak_ordering operator<=>(const nxDecimal& a, const nxDecimal& b) noexcept
+    [[gnu::always_inline]] friend std::weak_ordering operator<=>(const nxDecimal& a,
+                                                                 const nxDecimal& b) noexcept
     {
         if (a._IsOfSameForm(b)) [[likely]]
             return a._mantissa <=> b._mantissa;

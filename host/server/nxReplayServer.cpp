@@ -254,31 +254,28 @@ void nxReplayServer::_WaitFor(long long time)
     }
 }
 
-nxReplayServer::Market& nxReplayServer::_GetMarket(unsigned int index)
+void nxReplayServer::_MakeMarket(unsigned int index)
 {
     if (index >= _markets.size()) _markets.resize(index + 1);
+    const nxFeedProduct& known = _feed.GetProducts().Get(index);
     std::unique_ptr<Market>& market = _markets[index];
-    if (market == nullptr) {
-        const nxFeedProduct& known = _feed.GetProducts().Get(index);
-        market = std::make_unique<Market>(known.GetName(), known.GetTickSize(), _runners.size());
-        for (const nxProductDescription& description : _options.products) {
-            if (description.name != known.GetName()) continue;
-            market->hours = description.tradingHours;
-            market->none = market->everybody =
-                nxProductAccount(description.pointValue, description.currency,
-                                 {description.makerFee, description.takerFee, description.feeIsRate});
-        }
-        if (!market->hours.IsEmpty()) {
-            // Nobody has subscribed to it yet, so nobody is told.
-            market->nextState = market->hours.GetNextChange(_time.Get());
-            _nextStateTime = std::min(_nextStateTime, market->nextState);
-            const bool isOpen = market->hours.IsOpen(_time.Get());
-            static_cast<void>(
-                market->product.SetState(isOpen ? nxAlgoStateObject::Open : nxAlgoStateObject::Closed));
-        }
-        if (_exchange) _AddToExchange(*market);
+    market = std::make_unique<Market>(known.GetName(), known.GetTickSize(), _runners.size());
+    for (const nxProductDescription& description : _options.products) {
+        if (description.name != known.GetName()) continue;
+        market->hours = description.tradingHours;
+        market->none = market->everybody =
+            nxProductAccount(description.pointValue, description.currency,
+                             {description.makerFee, description.takerFee, description.feeIsRate});
     }
-    return *market;
+    if (!market->hours.IsEmpty()) {
+        // Nobody has subscribed to it yet, so nobody is told.
+        market->nextState = market->hours.GetNextChange(_time.Get());
+        _nextStateTime = std::min(_nextStateTime, market->nextState);
+        const bool isOpen = market->hours.IsOpen(_time.Get());
+        static_cast<void>(
+            market->product.SetState(isOpen ? nxAlgoStateObject::Open : nxAlgoStateObject::Closed));
+    }
+    if (_exchange) _AddToExchange(*market);
 }
 
 void nxReplayServer::_Apply(const nxFeedEvent& event)

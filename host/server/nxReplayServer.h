@@ -116,7 +116,13 @@ private:
     // Ends the bars that end now.
     void _CloseBars();
     void _SetState(Market& market, unsigned int bits);
-    Market& _GetMarket(unsigned int index);
+    Market& _GetMarket(unsigned int index)
+    {
+        if (index >= _markets.size() || _markets[index] == nullptr) [[unlikely]]
+            _MakeMarket(index);
+        return *_markets[index];
+    }
+    void _MakeMarket(unsigned int index);
     long long _GetNextDue() const;
 
     void _MakeStrategies();

@@ -58,6 +58,7 @@ double nxLuaParameter::GetNumber() const
 
 const char* nxLuaParameter::GetString() const
 {
+    if (_type == LUA_TSTRING) return lua_tostring(_L, _index);
     return _index == 0 ? nullptr : luaL_checkstring(_L, _index);
 }
 
