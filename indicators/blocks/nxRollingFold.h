@@ -1,63 +1,65 @@
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <memory>
 #include <span>
 
-// The last `period` values folded into one, as the root of a binary tree over a ring of them: a value costs
-// log2(period) additions, nothing is ever subtracted, so a result depends on the values in the window alone,
-// with the same small rounding after a million bars as after ten.
+// The last `period` values folded into one. The values come in blocks of a period: behind a whole block stand
+// the folds of its ends, so that a window, which is the end of one block and the beginning of the next, is
+// one fold of two. A value costs two additions and, once a block, one more for each of the block. Nothing is
+// ever subtracted, so a result depends on the values in the window alone, with the same small rounding after
+// a million bars as after ten.
 //
 // Partial is what a stretch of values comes to: a default-constructed one is that of no values, `older +
 // newer` that of two adjoining stretches.
 //
-// A copy shares the tree with its original and has its own place in it. What the copy takes in next lands
-// where the original's own next value will land, in the place of the value that leaves the window: so a copy
-// may try a value that is not final yet, again and again, and the original goes on as if nothing had been.
-// One bar ahead is as far as it goes.
+// A copy shares the values and the folds with its original and has its own place in them. What the copy takes
+// in next lands where the original's own next value will land, in the place of the value that leaves the
+// window, and where that ends a block, the original will fold it anew: so a copy may try a value that is not
+// final yet, again and again, and the original goes on as if nothing had been. One bar ahead is as far as it
+// goes.
 template <class Partial>
 class nxRollingFold
 {
 public:
     // Period is at least 1.
     explicit nxRollingFold(unsigned int period)
-        : _period(period), _leaves(std::bit_ceil(period)), _nodes(std::make_shared<Partial[]>(2 * _leaves))
+        : _period(period), _values(std::make_shared<Partial[]>(2 * std::size_t{period} + 1))
     {
     }
 
     // Takes in the newest value and gives what the window comes to.
     Partial Push(const Partial& newest)
     {
-        std::size_t node = _leaves + _next;
-        Partial upToNewest = newest;
-        Partial older{};  // the ring's slots behind the newest
-        Partial whole = newest;
-        for (_nodes[node] = whole; node > 1; _nodes[node] = whole) {
-            const Partial& sibling = _nodes[node ^ 1];
-            if (node & 1) {
-                whole = sibling + whole;
-                upToNewest = sibling + upToNewest;
-            } else {
-                whole = whole + sibling;
-                older = older + sibling;
-            }
-            node /= 2;
-        }
-        _next = _next + 1 == _period ? 0 : _next + 1;
+        _values[_next] = newest;
+        _block = _block + newest;
+        ++_next;
+        const Partial whole = _GetEnds()[_next] + _block;
+        if (_next == _period) _EndBlock();
         if (_count < _period) ++_count;
-        return older + upToNewest;
+        return whole;
     }
 
     bool IsFull() const { return _count == _period; }
     // The values of a full window, in no order of time.
-    std::span<const Partial> GetValues() const { return {_nodes.get() + _leaves, _period}; }
+    std::span<const Partial> GetValues() const { return {_values.get(), _period}; }
 
 private:
+    Partial* _GetEnds() const { return _values.get() + _period; }
+
+    void _EndBlock()
+    {
+        Partial* const ends = _GetEnds();
+        for (std::size_t i = _period; i-- > 1;)
+            ends[i] = _values[i] + ends[i + 1];
+        _block = Partial{};
+        _next = 0;
+    }
+
     unsigned int _period;
-    unsigned int _next = 0;
+    unsigned int _next = 0;  // place in the block
     unsigned int _count = 0;
-    std::size_t _leaves;
-    std::shared_ptr<Partial[]>
-        _nodes;  // the root is 1, the children of n are 2n and 2n + 1, the ring is the last row
+    Partial _block{};                    // of the values of the block that is under way
+    std::shared_ptr<Partial[]> _values;  // the window's, and behind them the ends of the block before: from
+                                         // each place to its last, and none
 };
