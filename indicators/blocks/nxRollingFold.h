@@ -13,11 +13,9 @@
 // Partial is what a stretch of values comes to: a default-constructed one is that of no values, `older +
 // newer` that of two adjoining stretches.
 //
-// A copy shares the values and the folds with its original and has its own place in them. What the copy takes
-// in next lands where the original's own next value will land, in the place of the value that leaves the
-// window, and where that ends a block, the original will fold it anew: so a copy may try a value that is not
-// final yet, again and again, and the original goes on as if nothing had been. One bar ahead is as far as it
-// goes.
+// A copy is for trying one value that is not final yet. It shares the values and the folds with its original:
+// what it takes in lands where the original's own next value will land, in the place of the value that leaves
+// the window, and it folds no block. So the original goes on as if nothing had been.
 template <class Partial>
 class nxRollingFold
 {
@@ -35,7 +33,7 @@ public:
         _block = _block + newest;
         ++_next;
         const Partial whole = _GetEnds()[_next] + _block;
-        if (_next == _period) _EndBlock();
+        if (_next == _period && !_trial.isOne) _EndBlock();
         if (_count < _period) ++_count;
         return whole;
     }
@@ -45,6 +43,14 @@ public:
     std::span<const Partial> GetValues() const { return {_values.get(), _period}; }
 
 private:
+    struct Trial
+    {
+        Trial() = default;
+        Trial(const Trial&) : isOne(true) {}
+        Trial(Trial&& other) noexcept : isOne(other.isOne) {}
+        bool isOne = false;
+    };
+
     Partial* _GetEnds() const { return _values.get() + _period; }
 
     void _EndBlock()
@@ -59,6 +65,7 @@ private:
     unsigned int _period;
     unsigned int _next = 0;  // place in the block
     unsigned int _count = 0;
+    Trial _trial;
     Partial _block{};                    // of the values of the block that is under way
     std::shared_ptr<Partial[]> _values;  // the window's, and behind them the ends of the block before: from
                                          // each place to its last, and none
