@@ -33,5 +33,6 @@ struct nxCsvBlock
     std::deque<std::string> names;      // of products, that stand in the text otherwise
     unsigned long long bytesConsumed = 0;
     State state = State::More;
+    bool hasOpenEnd = false;  // the file ended within its last line
     nxFeedError error;
 };

@@ -110,6 +110,7 @@ void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
     char* const full = begin + nxCsvBlock::Size;
     block.begin = block.end = begin;
     block.state = nxCsvBlock::State::More;
+    block.hasOpenEnd = false;
     while (!_isStreamOver && filled != full &&
            (block.end == begin || static_cast<std::size_t>(filled - begin) < least))
     {
@@ -122,6 +123,7 @@ void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
         } else if (count == 0 && block.end != filled) {
             *filled++ = '\n';  // the padding has room for it
             block.end = filled;
+            block.hasOpenEnd = true;
         }
     }
     block.bytesConsumed = _stream.GetBytesConsumed();

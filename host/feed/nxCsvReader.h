@@ -63,6 +63,9 @@ public:
     [[nodiscard]] unsigned long long GetBytesConsumed() const { return _current->bytesConsumed; }
     [[nodiscard]] unsigned long long GetBytesTotal() const { return _stream.GetBytesTotal(); }
 
+    /** At the end: the last line had no end, so it may have been cut. */
+    [[nodiscard]] bool HasOpenEnd() const { return _current->hasOpenEnd; }
+
 private:
     void _Fill(nxCsvBlock& block, std::size_t least);
     void _ReadAhead();

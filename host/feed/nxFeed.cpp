@@ -65,6 +65,8 @@ std::vector<std::string> nxFeed::GetRemarks() const
                               " skipped");
         else if (reader->GetRowCount() == 0)
             remarks.push_back(reader->GetPath() + ": no rows");
+        if (reader->HasOpenEnd())
+            remarks.push_back(reader->GetPath() + ": the last line has no end; the file may be cut");
         const nxFeedReader::Gaps& gaps = reader->GetGaps();
         if (gaps.count != 0) {
             const long long seconds = gaps.longest / 1'000'000'000;

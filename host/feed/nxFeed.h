@@ -35,8 +35,8 @@ public:
     /** A price that a product is going to have beside those of its data, for the tick size. */
     void NotePrice(std::string_view product, const nxDecimal& price);
 
-    /** What a person should hear at the end of a run beside errors: files without rows, bad rows that were
-       skipped, gaps between bars, crossed and locked quotes. */
+    /** What a person should hear at the end of a run beside errors: files without rows or
+       without an end, bad rows that were skipped, gaps between bars, crossed and locked quotes. */
     [[nodiscard]] std::vector<std::string> GetRemarks() const;
 
     /** Of the files as they lie on the disk. The total is 0 when one of them is a pipe. */

@@ -53,6 +53,7 @@ public:
     };
     [[nodiscard]] const Gaps& GetGaps() const { return _gaps; }
     /** As for nxCsvReader. */
+    [[nodiscard]] bool HasOpenEnd() const { return _csv.HasOpenEnd(); }
     [[nodiscard]] unsigned long long GetBytesConsumed() const { return _csv.GetBytesConsumed(); }
     [[nodiscard]] unsigned long long GetBytesTotal() const { return _csv.GetBytesTotal(); }
 

@@ -109,15 +109,22 @@ TEST(nxFeedTest, WhatCannotBeOpenedIsTold)
     }
 }
 
-TEST(nxFeedTest, AFileWithoutRowsIsRemarked)
+TEST(nxFeedTest, AFileWithoutRowsOrWithoutAnEndIsRemarked)
 {
-    const nxFeedFile empty(Header);
-    const nxFeedFile full(MakeRows("A", {1}));
+    const std::string whole = MakeRows("A", {1});
+    std::string large = whole;
+    while (large.size() < 3 * nxCsvBlock::Size)
+        large += large.substr(large.find('\n') + 1);
+    const nxFeedFile full(whole), empty(Header), cut(whole.substr(0, whole.size() - 1)),
+        largeCut(large.substr(0, large.size() - 1));
     nxFeed feed;
-    ASSERT_TRUE(feed.Open({full.GetPath(), empty.GetPath()}));
+    ASSERT_TRUE(feed.Open({full.GetPath(), empty.GetPath(), cut.GetPath(), largeCut.GetPath()}));
     ReadAll(feed);
-    ASSERT_EQ(feed.GetRemarks().size(), 1u);
+    const char* const cutText = "FILE: the last line has no end; the file may be cut";
+    ASSERT_EQ(feed.GetRemarks().size(), 3u);
     EXPECT_EQ(empty.Hide(feed.GetRemarks()[0]), "FILE: no rows");
+    EXPECT_EQ(cut.Hide(feed.GetRemarks()[1]), cutText);
+    EXPECT_EQ(largeCut.Hide(feed.GetRemarks()[2]), cutText);
 }
 
 TEST(nxFeedTest, StandardInputIsReadOnceAndStreamed)
