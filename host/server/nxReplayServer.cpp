@@ -170,11 +170,18 @@ void nxReplayServer::_Finish()
         for (std::size_t i = 0; i < _markets.size(); ++i)
             if (_markets[i] != nullptr && _markets[i]->OpensWithData())
                 _SetState(*_markets[i], nxAlgoStateObject::Closed);
-        const std::size_t late = _options.changes.size() - _nextChange;
-        if (late != 0)
-            _statistics.remarks.push_back(std::to_string(late) + (late == 1
-                                                                      ? " parameter change behind the end"
-                                                                      : " parameter changes behind the end"));
+        const auto remark = [&](std::size_t count, const char* where) {
+            if (count == 0) return;
+            _statistics.remarks.push_back(std::to_string(count) + " parameter change" +
+                                          (count == 1 ? "" : "s") + where);
+        };
+        // Mostly a time that was meant otherwise.
+        const long long first = _statistics.firstTime;
+        remark(
+            static_cast<std::size_t>(std::ranges::count_if(
+                _options.changes, [first](const nxParameterChange& change) { return change.time < first; })),
+            " from before the data");
+        remark(_options.changes.size() - _nextChange, " behind the end");
     }
     // All of them end at this one moment, so none is told of another's end.
     _isSettling = true;
