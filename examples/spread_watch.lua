@@ -1,5 +1,7 @@
 -- Watches the spread of one product over a day: tells when it is unusually wide, and reports each half hour on a
 -- timer, which follows the recorded time.
+--
+--     algoserver run examples/spread_watch.lua --data examples/data/demo_quotes.csv.gz
 
 local WIDE = 8            -- in ticks
 local HALF_HOUR = 1800000 -- timers count in milliseconds

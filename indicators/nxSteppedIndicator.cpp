@@ -19,7 +19,6 @@ nxSteppedIndicator::nxSteppedIndicator(const nxIndicatorType& type, const nxIndi
     : _type(type),
       _arguments(arguments),
       _formula(type.create(arguments)),
-      _lineCount(type.lines.size()),
       _newest(type.lines.size(), nxNoResult),
       _realTime(type.lines.size(), nxNoResult)
 {
@@ -40,7 +39,7 @@ std::vector<std::string> nxSteppedIndicator::GetResultNames() const
 std::size_t nxSteppedIndicator::_FindLine(const std::string& name) const
 {
     std::size_t line = 0;
-    while (line < _lineCount && _names[line] != name)
+    while (line < _names.size() && _names[line] != name)
         ++line;
     return line;
 }
@@ -48,10 +47,10 @@ std::size_t nxSteppedIndicator::_FindLine(const std::string& name) const
 bool nxSteppedIndicator::GetNamedResult(unsigned int index, const std::string& name, double& result) const
 {
     const std::size_t line = _FindLine(name);
-    if (line == _lineCount || index >= _GetSize() || index < _barsBack[line]) return false;
+    if (line == _names.size() || index >= _GetSize() || index < _barsBack[line]) return false;
     const unsigned int back = index - _barsBack[line];
     // Most scripts ask for the newest.
-    const double value = back == 0 ? _newest[line] : _results[(_GetSize() - 1 - back) * _lineCount + line];
+    const double value = back == 0 ? _newest[line] : _results[(_GetSize() - 1 - back) * _names.size() + line];
     if (!std::isfinite(value)) return false;
     result = value;
     return true;
@@ -61,7 +60,7 @@ bool nxSteppedIndicator::GetRealTimeResult(const std::string& name, double& resu
 {
     const std::size_t line = _FindLine(name);
     // A line that belongs to earlier bars knows nothing of the one under construction.
-    if (!_hasRealTime || line == _lineCount || _barsBack[line] > 0) return false;
+    if (!_hasRealTime || line == _names.size() || _barsBack[line] > 0) return false;
     if (!std::isfinite(_realTime[line])) return false;
     result = _realTime[line];
     return true;

@@ -38,9 +38,8 @@ private:
     std::unique_ptr<nxIndicatorFormula> _formula;
     std::vector<unsigned int> _barsBack;   // of each line
     std::vector<std::string_view> _names;  // of each line
-    std::size_t _lineCount;
-    nxGrowingArray<double> _results;  // bar after bar, oldest first, a value for each line
-    Values _newest;                   // of the bar that is taken in, a value for each line
-    Values _realTime;                 // a value for each line
+    nxGrowingArray<double> _results;       // bar after bar, oldest first, a value for each line
+    Values _newest;                        // of the bar that is taken in, a value for each line
+    Values _realTime;                      // a value for each line
     bool _hasRealTime = false;
 };

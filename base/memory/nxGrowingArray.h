@@ -18,16 +18,17 @@ public:
     const T& operator[](std::size_t place) const
     {
         const auto piece = static_cast<std::size_t>(std::bit_width(place / FirstSize + 1)) - 1;
-        return _pieces[piece][place - FirstSize * ((std::size_t{1} << piece) - 1)];
+        return _pieces[piece][place - _CountBefore(piece)];
     }
 
     template <class... Arguments>
     T& Append(Arguments&&... arguments)
     {
-        if (_pieces.empty() || _pieces.back().size() == _pieces.back().capacity()) [[unlikely]]
+        if (_size == _CountBefore(_pieces.size())) [[unlikely]]
             _AddPiece();
+        T& added = _pieces.back().emplace_back(std::forward<Arguments>(arguments)...);
         ++_size;
-        return _pieces.back().emplace_back(std::forward<Arguments>(arguments)...);
+        return added;
     }
 
     void Clear()
@@ -38,13 +39,19 @@ public:
 
 private:
     static constexpr std::size_t FirstSize = 256;
+    // Places in all the pieces in front of one.
+    static constexpr std::size_t _CountBefore(std::size_t piece)
+    {
+        return FirstSize * ((std::size_t{1} << piece) - 1);
+    }
 
     void _AddPiece()
     {
-        const std::size_t size = FirstSize << _pieces.size();
-        _pieces.emplace_back().reserve(size);
+        std::vector<T> piece;
+        piece.reserve(FirstSize << _pieces.size());
+        _pieces.push_back(std::move(piece));
     }
 
-    std::vector<std::vector<T>> _pieces;  // the capacity of each is its size in the end
+    std::vector<std::vector<T>> _pieces;  // with room for all that each is to hold
     std::size_t _size = 0;
 };

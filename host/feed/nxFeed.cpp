@@ -43,7 +43,7 @@ const nxFeedEvent* nxFeed::Next()
             front = _heads.back();
             _heads.pop_back();
         }
-        if (_heads.size() > 1) _SiftDown();
+        _SiftDown();
     }
     return _heads.empty() ? nullptr : _heads.front().event;
 }

@@ -43,6 +43,7 @@ public:
     std::span<const Partial> GetValues() const { return {_values.get(), _period}; }
 
 private:
+    // Set in a copy; a move keeps it.
     struct Trial
     {
         Trial() = default;

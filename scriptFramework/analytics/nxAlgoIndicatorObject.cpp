@@ -31,6 +31,12 @@ void AddResult(nxLuaResults& results, bool isKnown, double value)
 
 }  // namespace
 
+const std::string& nxAlgoIndicatorObject::_Keep(const char* name)
+{
+    if (std::strcmp(_asked.c_str(), name) != 0) _asked = name;
+    return _asked;
+}
+
 bool nxAlgoIndicatorObject::getValue(nxLuaParameters& parameters, nxLuaResults& results)
 {
     const unsigned int count = parameters.Count();
@@ -38,9 +44,8 @@ bool nxAlgoIndicatorObject::getValue(nxLuaParameters& parameters, nxLuaResults& 
         return results.Fail("indicator:getValue requires one or two arguments [name,index]");
     const char* const text = parameters.Parameter(1).GetString();
     const unsigned int index = count == 2 ? parameters.Parameter(2).GetUnsigned() : 0;
-    if (std::strcmp(_asked.c_str(), text) != 0) _asked = text;
     double value = 0.0;
-    const bool isKnown = _indicator->GetNamedResult(index, _asked, value);
+    const bool isKnown = _indicator->GetNamedResult(index, _Keep(text), value);
     AddResult(results, isKnown, value);
     return true;
 }
@@ -48,7 +53,7 @@ bool nxAlgoIndicatorObject::getValue(nxLuaParameters& parameters, nxLuaResults& 
 bool nxAlgoIndicatorObject::getRealTimeValue(nxLuaParameters& parameters, nxLuaResults& results)
 {
     if (parameters.Count() != 1) return results.Fail("indicator:getRealTimeValue requires one [name]");
-    const std::string name = parameters.Parameter(1).GetString();
+    const std::string& name = _Keep(parameters.Parameter(1).GetString());
     double value = 0.0;
     const bool isKnown = _indicator->GetRealTimeResult(name, value);
     AddResult(results, isKnown, value);

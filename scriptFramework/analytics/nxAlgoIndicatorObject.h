@@ -46,7 +46,9 @@ public:
     bool Get_type(nxLuaResults&);
 
 private:
+    const std::string& _Keep(const char* name);
+
     std::shared_ptr<nxTechnicalIndicator> _indicator;
     std::string _name;
-    std::string _asked;  // the result that getValue was asked for last: most scripts ask for one
+    std::string _asked;  // the result that the script asked for last: most ask for one, again and again
 };

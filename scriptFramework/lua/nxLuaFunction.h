@@ -49,7 +49,7 @@ private:
     int _nameReference = 0;        // registry reference of the name as Lua keeps it, from the first call on
     const void* _known = nullptr;  // the function that was asked last whether it takes arguments
     bool _knownIgnores = false;
-    int _knownReference = 0;  // its registry reference
+    int _knownReference = 0;  // its registry reference, 0 before there is one
     bool _checked = false;
     bool _exists = false;
 };
