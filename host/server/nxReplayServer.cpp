@@ -156,6 +156,17 @@ void nxReplayServer::_Replay()
 void nxReplayServer::_Finish()
 {
     const bool isEarly = _IsEnding();
+    const auto remark = [&](std::size_t count, const char* where) {
+        if (count == 0) return;
+        _statistics.remarks.push_back(std::to_string(count) + " parameter change" + (count == 1 ? "" : "s") +
+                                      where);
+    };
+    // Mostly a time that was meant otherwise.
+    const auto isBefore = [&](const nxParameterChange& change) {
+        return change.time < _statistics.firstTime;
+    };
+    remark(static_cast<std::size_t>(std::ranges::count_if(_options.changes, isBefore)),
+           " from before the data");
     if (!_end.empty()) {
         // the last job, or a failure, has ended the run
     } else if (isEarly) {
@@ -170,17 +181,6 @@ void nxReplayServer::_Finish()
         for (std::size_t i = 0; i < _markets.size(); ++i)
             if (_markets[i] != nullptr && _markets[i]->OpensWithData())
                 _SetState(*_markets[i], nxAlgoStateObject::Closed);
-        const auto remark = [&](std::size_t count, const char* where) {
-            if (count == 0) return;
-            _statistics.remarks.push_back(std::to_string(count) + " parameter change" +
-                                          (count == 1 ? "" : "s") + where);
-        };
-        // Mostly a time that was meant otherwise.
-        const long long first = _statistics.firstTime;
-        remark(
-            static_cast<std::size_t>(std::ranges::count_if(
-                _options.changes, [first](const nxParameterChange& change) { return change.time < first; })),
-            " from before the data");
         remark(_options.changes.size() - _nextChange, " behind the end");
     }
     // All of them end at this one moment, so none is told of another's end.
