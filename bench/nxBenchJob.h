@@ -3,8 +3,8 @@
 #include <string>
 
 #include "base/records/nxPrice.h"
-#include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/job/nxQuietJobInterface.h"
 #include "scriptFramework/market/nxAlgoPriceObject.h"
 
 // A started job over a price that does not change.

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "host/feed/nxFeed.h"
-#include "host/feed/nxMarketGenerator.h"
+#include "host/synthetic/nxMarketGenerator.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "host/feed/nxProductFile.h"
+#include "host/market/nxProductFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {

@@ -7,7 +7,7 @@
 #include "base/values/nxDecimal.h"
 #include "base/values/nxStringHelper.h"
 #include "host/feed/nxFeedTime.h"
-#include "host/feed/nxTradingHours.h"
+#include "host/market/nxTradingHours.h"
 
 namespace {
 

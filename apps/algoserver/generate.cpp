@@ -8,8 +8,8 @@
 #include <iostream>
 #include <memory>
 
-#include "host/feed/nxMarketGenerator.h"
-#include "host/server/nxRunOptions.h"
+#include "host/run/nxRunOptions.h"
+#include "host/synthetic/nxMarketGenerator.h"
 
 namespace {
 

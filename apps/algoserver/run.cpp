@@ -11,10 +11,10 @@
 #include "base/log/nxConsoleLogDevice.h"
 #include "base/log/nxLogEntriesQueue.h"
 #include "base/log/nxLogManager.h"
-#include "host/feed/nxProductFile.h"
-#include "host/server/nxReplayServer.h"
-#include "host/server/nxRunArguments.h"
-#include "host/server/nxRunEnvelope.h"
+#include "host/market/nxProductFile.h"
+#include "host/run/nxReplayServer.h"
+#include "host/run/nxRunArguments.h"
+#include "host/run/nxRunEnvelope.h"
 
 namespace {
 

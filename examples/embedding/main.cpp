@@ -4,8 +4,8 @@
 #include <string>
 
 #include "base/log/nxLogManager.h"
-#include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/job/nxQuietJobInterface.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 namespace {

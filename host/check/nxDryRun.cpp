@@ -169,14 +169,14 @@ nxAlgoDataStoreObject* nxDryRun::GetDataStore(const std::string& name, bool crea
     return create ? (_stores[name] = std::make_unique<DryStore>(this)).get() : nullptr;
 }
 
-std::optional<nxScriptSource::Failure> nxDryRun::Try(const nxScriptSource& source)
+std::optional<nxScriptFailure> nxDryRun::Try(const nxScriptSource& source)
 {
     nxAlgoJobObject& job = *_GetJob();
     job.SetMemoryLimit(MemoryLimit);
     if (!CheckScript(nxScriptCheckDryRunText())) return source.Explain(job.GetErrorText());
     job.SetScriptHelper(source.GetHelper());
     if (!CheckScript(source.GetText())) return source.Explain(job.GetErrorText());
-    _hasOnInit = job.IsFunctionDefined("OnInit");
+    _hasOnInit = job.IsFunctionDefined(nxGetCallbackName(nxCallback::OnInit));
     if (!_hasOnInit) return std::nullopt;
     _inOnInit = true;
     const bool succeeded = Run();

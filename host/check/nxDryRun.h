@@ -25,7 +25,7 @@ public:
 
     // What stopped the script, told in its own files; null when OnInit came to its end, or when there is
     // none.
-    [[nodiscard]] std::optional<nxScriptSource::Failure> Try(const nxScriptSource& source);
+    [[nodiscard]] std::optional<nxScriptFailure> Try(const nxScriptSource& source);
     // Whether the script, once loaded, has a function OnInit.
     bool HasOnInit() const { return _hasOnInit; }
 

@@ -83,7 +83,7 @@ void nxScriptCheck::_TryJob(const nxScriptSource& source, const std::string& scr
                             std::vector<nxScriptFinding>& findings)
 {
     nxDryRun run;
-    const std::optional<nxScriptSource::Failure> failure = run.Try(source);
+    const std::optional<nxScriptFailure> failure = run.Try(source);
     // The script itself knows better than its text, which may define OnInit in ways that cannot be read.
     if (run.HasOnInit())
         std::erase_if(findings, [](const nxScriptFinding& finding) { return finding.code == NoOnInitCode; });

@@ -1,7 +1,6 @@
 #include "host/check/nxScriptNames.h"
 
 #include "host/check/nxScriptCheckTexts.h"
-#include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
@@ -12,6 +11,7 @@
 #include "scriptFramework/analytics/nxAlgoQuantObject.h"
 #include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/job/nxQuietJobInterface.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
 #include "scriptFramework/market/nxAlgoPositionObject.h"
 #include "scriptFramework/market/nxAlgoPriceObject.h"

@@ -5,10 +5,10 @@
 #include <span>
 #include <vector>
 
+#include "base/values/nxExactRandom.h"
 #include "host/exchange/nxExchangeObserver.h"
-#include "host/exchange/nxMarketProduct.h"
-#include "host/feed/nxExactRandom.h"
 #include "host/feed/nxFeedEvent.h"
+#include "host/market/nxMarketProduct.h"
 
 // How a resting order comes to be filled by recorded trades and quotes.
 enum class nxFillModel {

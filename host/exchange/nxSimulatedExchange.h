@@ -10,7 +10,7 @@
 #include "base/enums/nxErrorEnum.h"
 #include "host/exchange/nxExchangeBook.h"
 #include "host/exchange/nxLatency.h"
-#include "host/feed/nxTradingHours.h"
+#include "host/market/nxTradingHours.h"
 
 struct nxExchangeOptions
 {

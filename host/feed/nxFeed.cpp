@@ -4,11 +4,10 @@
 
 #include <algorithm>
 
-bool nxFeed::Open(const std::vector<std::string>& paths,
-                  const std::vector<nxProductDescription>& descriptions)
+bool nxFeed::Open(const std::vector<std::string>& paths, const std::vector<nxFeedProductTerms>& products)
 {
-    for (const nxProductDescription& description : descriptions)
-        _products.Add(description);
+    for (const nxFeedProductTerms& product : products)
+        _products.Add(product);
     if (std::ranges::count(paths, "-") > 1) {
         _error = {"-", 0, 0, "standard input can be read only once"};
         return false;

@@ -17,10 +17,10 @@ public:
     nxFeed(const nxFeed&) = delete;
     nxFeed& operator=(const nxFeed&) = delete;
 
-    /** Opens the files and looks at the first rows of each. The descriptions come first in the product table.
-       Called once. False: GetError() tells why. */
+    /** Opens the files and looks at the first rows of each. The products named come first in the product
+       table. Called once. False: GetError() tells why. */
     [[nodiscard]] bool Open(const std::vector<std::string>& paths,
-                            const std::vector<nxProductDescription>& descriptions = {});
+                            const std::vector<nxFeedProductTerms>& products = {});
 
     /** The next event, good until the next call. Null: the end, or an error, which GetError() tells. All rows
        before the one at fault have been delivered by then. */

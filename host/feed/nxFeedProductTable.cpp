@@ -16,10 +16,10 @@ unsigned nxFeedProductTable::Add(std::string_view name)
     return index;
 }
 
-unsigned nxFeedProductTable::Add(const nxProductDescription& description)
+unsigned nxFeedProductTable::Add(const nxFeedProductTerms& terms)
 {
-    const unsigned index = Add(description.name);
-    if (description.tickSize.IsValid()) _products[index].SetTickSize(description.tickSize);
-    if (description.lotSize.IsValid()) _products[index].SetLotSize(description.lotSize);
+    const unsigned index = Add(terms.name);
+    if (terms.tickSize.IsValid()) _products[index].SetTickSize(terms.tickSize);
+    if (terms.lotSize.IsValid()) _products[index].SetLotSize(terms.lotSize);
     return index;
 }

@@ -6,7 +6,7 @@
 
 #include "base/memory/nxGrowingArray.h"
 #include "host/feed/nxFeedProduct.h"
-#include "host/feed/nxProductDescription.h"
+#include "host/feed/nxFeedProductTerms.h"
 
 /** The products of a feed in the order they were met, the described ones first. An index and a reference stay
    good for the life of the table; it grows while the feed is read. Owned by the nxFeed, used by its thread.
@@ -24,7 +24,7 @@ public:
     /** The index of the product of that name, made if it is new. */
     unsigned Add(std::string_view name);
     /** Takes over the tick and lot size, where they are given. */
-    unsigned Add(const nxProductDescription& description);
+    unsigned Add(const nxFeedProductTerms& terms);
 
 private:
     struct _Hash

@@ -5,7 +5,7 @@
 #include "base/enums/nxTickDataPeriodEnum.h"
 #include "base/records/nxTickData.h"
 #include "host/feed/nxFeedEvent.h"
-#include "host/feed/nxTradingHours.h"
+#include "host/market/nxTradingHours.h"
 
 // Folds trades, or bars of a finer period, into bars of one of the six periods. Bars begin at the multiples
 // of their period in UTC, a SESSION at the opening of the market, or, without trading hours or in a market

@@ -6,7 +6,7 @@
 
 #include "api/nxProductDefinitionService.h"
 #include "base/threads/nxMutex.h"
-#include "host/feed/nxProductDescription.h"
+#include "host/market/nxProductDescription.h"
 
 // Serves the process's nxProductCache with a run's described products: a snapshot at the first question for
 // one, an update to all that were asked for when the descriptions change. A product is known by its name,

@@ -10,14 +10,14 @@
 #include <vector>
 
 #include "base/records/nxVorantJobStatus.h"
+#include "host/accounts/nxTradingStatistics.h"
 #include "host/jobs/nxHostOrder.h"
 #include "host/jobs/nxHostOrders.h"
 #include "host/jobs/nxHostProduct.h"
 #include "host/jobs/nxJobOptions.h"
-#include "host/jobs/nxQuietJobInterface.h"
 #include "host/jobs/nxWatchedJobs.h"
-#include "host/report/nxTradingStatistics.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/job/nxQuietJobInterface.h"
 
 class nxHostServices;
 

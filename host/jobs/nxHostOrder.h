@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/records/nxOrderTransaction.h"
-#include "host/exchange/nxExactAmount.h"
+#include "base/values/nxExactAmount.h"
 #include "host/exchange/nxSimulatedExchange.h"
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
 #include "scriptFramework/orders/nxAlgoOrderUpdateObject.h"

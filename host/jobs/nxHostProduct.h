@@ -3,8 +3,8 @@
 #include <array>
 #include <vector>
 
-#include "host/exchange/nxMarketProduct.h"
-#include "host/jobs/nxProductAccount.h"
+#include "host/accounts/nxProductAccount.h"
+#include "host/market/nxMarketProduct.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 class nxHostJob;

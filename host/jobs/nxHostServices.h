@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "host/feed/nxProductDescription.h"
+#include "host/market/nxProductDescription.h"
 #include "host/report/nxRunRecord.h"
 
 class nxAlgoEventWindowObject;

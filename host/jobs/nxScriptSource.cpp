@@ -87,7 +87,7 @@ std::string nxScriptSource::_TellOpeningLine(std::string message, const File& fi
     return message;
 }
 
-nxScriptSource::Failure nxScriptSource::Explain(const std::string& errorText) const
+nxScriptFailure nxScriptSource::Explain(const std::string& errorText) const
 {
     // [string "NAME"]:LINE:FILE: message, with FILE where the assembled text has such a line
     const std::size_t line = errorText.find("\"]:") + 3;
@@ -102,7 +102,7 @@ nxScriptSource::Failure nxScriptSource::Explain(const std::string& errorText) co
     const auto file = std::ranges::find_if(_files, isNamed);
     if (errorText.starts_with(TextName)) {
         if (file == _files.end()) return {errorText, std::nullopt};
-        Location location{file->path, number, {}};
+        nxScriptFailure::Location location{file->path, number, {}};
         if (number <= file->lines.size()) location.text = WithoutIndentation(file->lines[number - 1]);
         const std::string message = _TellOpeningLine(std::string(tail.substr(file->path.size() + 1)), *file);
         return {file->path + ":" + std::to_string(number) + message, std::move(location)};

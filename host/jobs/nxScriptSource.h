@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/report/nxScriptFailure.h"
 #include "scriptFramework/lua/nxScriptHelper.h"
 
 // The Lua files of one job, assembled into one text: the modules in their order, the script last. Errors are
@@ -11,27 +12,13 @@
 class nxScriptSource
 {
 public:
-    struct Location
-    {
-        std::string file;
-        unsigned int line = 0;
-        std::string text;  // the source line, without its indentation
-    };
-    struct Failure
-    {
-        // "FILE:LINE: what went wrong"; of the script's helpers that the library supplies, "prelude.lua:LINE:
-        // ..."; what the engine said when no line is known.
-        std::string message;
-        std::optional<Location> location;
-    };
-
     // Null, or why a file could not be read: "FILE: reason".
     [[nodiscard]] std::optional<std::string> Add(const std::string& path);
 
     const std::string& GetText() const { return _text; }
     nxScriptHelper GetHelper() const;
     // Reads what the engine's error processing made of a failure with this source's helper.
-    Failure Explain(const std::string& errorText) const;
+    nxScriptFailure Explain(const std::string& errorText) const;
 
 private:
     struct File

@@ -5,73 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "host/jobs/nxScriptSource.h"
-#include "host/report/nxTradingStatistics.h"
-
-// The callbacks that the reference host delivers, in the order of the report.
-enum class nxCallback {
-    OnInit,
-    OnPrice,
-    OnMarketDepth,
-    OnProductState,
-    OnPriceTradeVolumes,
-    OnTickData,
-    OnTradeWindowEvent,
-    OnPosition,
-    OnOrderNew,
-    OnOrderWorking,
-    OnOrderFill,
-    OnOrderCompleted,
-    OnOrderCancelled,
-    OnOrderRejected,
-    OnOrderAmendRejected,
-    OnOrderCancelRejected,
-    OnOrderQPosition,
-    OnTimer,
-    OnParameter,
-    OnJobParametersChanged,
-    OnVorantJobNew,
-    OnVorantJobStarted,
-    OnVorantJobStopped,
-    OnVorantJobStatusUpdate,
-    OnVorantJobUpdate,
-    OnShutdown,
-    Count
-};
-
-inline constexpr std::array<const char*, static_cast<std::size_t>(nxCallback::Count)> nxCallbackNames = {
-    "OnInit",
-    "OnPrice",
-    "OnMarketDepth",
-    "OnProductState",
-    "OnPriceTradeVolumes",
-    "OnTickData",
-    "OnTradeWindowEvent",
-    "OnPosition",
-    "OnOrderNew",
-    "OnOrderWorking",
-    "OnOrderFill",
-    "OnOrderCompleted",
-    "OnOrderCancelled",
-    "OnOrderRejected",
-    "OnOrderAmendRejected",
-    "OnOrderCancelRejected",
-    "OnOrderQPosition",
-    "OnTimer",
-    "OnParameter",
-    "OnJobParametersChanged",
-    "OnVorantJobNew",
-    "OnVorantJobStarted",
-    "OnVorantJobStopped",
-    "OnVorantJobStatusUpdate",
-    "OnVorantJobUpdate",
-    "OnShutdown",
-};
-
-constexpr const char* nxGetCallbackName(nxCallback callback)
-{
-    return nxCallbackNames[static_cast<std::size_t>(callback)];
-}
+#include "host/accounts/nxTradingStatistics.h"
+#include "host/report/nxScriptFailure.h"
+#include "scriptFramework/job/nxCallback.h"
 
 // What one job of a run counted. Everything but the times is a function of scripts, data, options and seed.
 struct nxJobStatistics
@@ -95,7 +31,7 @@ struct nxJobStatistics
     // One way in which the script failed; the same text again only counts.
     struct Failure
     {
-        nxScriptSource::Failure what;
+        nxScriptFailure what;
         std::optional<nxCallback> callback;  // none: while the script was loaded
         std::optional<long long> firstTime;  // recorded, in nanoseconds since 1970; none in data without rows
         unsigned long long count;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/exchange/nxExactAmount.h"
+#include "base/values/nxExactAmount.h"
 #include "host/exchange/nxExchangeObserver.h"
 #include "host/exchange/nxSimulatedExchange.h"
 

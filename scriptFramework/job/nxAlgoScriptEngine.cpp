@@ -1,5 +1,7 @@
 #include "scriptFramework/job/nxAlgoScriptEngine.h"
 
+#include <utility>
+
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
@@ -30,9 +32,16 @@ namespace {
 constexpr const char* Sandboxed[] = {"io",         "os",   "package", "coroutine",     "loadfile",
                                      "loadstring", "load", "dofile",  "collectgarbage"};
 
+template <std::size_t... Index>
+std::array<nxLuaFunction, sizeof...(Index)> MakeCallbacks(nxLuaEngine& engine, std::index_sequence<Index...>)
+{
+    return {nxLuaFunction(engine, nxCallbackNames[Index])...};
+}
+
 }  // namespace
 
-nxAlgoScriptEngine::nxAlgoScriptEngine(nxAlgoJobObject* job) : _job(job)
+nxAlgoScriptEngine::nxAlgoScriptEngine(nxAlgoJobObject* job)
+    : _job(job), _callbacks(MakeCallbacks(*this, std::make_index_sequence<nxCallbackNames.size()>()))
 {
     nxAlgoJobInterface* interface = job == nullptr ? nullptr : job->GetJob();
     _clock = std::make_unique<nxAlgoClockObject>(interface);
@@ -93,7 +102,7 @@ bool nxAlgoScriptEngine::_BindGlobals()
 
 nxErrorEnum nxAlgoScriptEngine::Start()
 {
-    if (!_onInit.IsValid()) {
+    if (!_Get(nxCallback::OnInit).IsValid()) {
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "OnInit does not exist");
         return nxError_NoOnInit;
     }
@@ -104,7 +113,7 @@ nxErrorEnum nxAlgoScriptEngine::Start()
                      "Script Engine Start Failed. Error : ", GetLastError());
         return nxError_StartFailed;
     }
-    if (!_onInit.Call()) {
+    if (!_Get(nxCallback::OnInit).Call()) {
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "OnInit failed. Error : ", GetLastError());
         return nxError_StartFailed;
     }
@@ -130,152 +139,152 @@ nxErrorEnum nxAlgoScriptEngine::_Failed(const Parts&... parts)
 }
 
 template <class Argument>
-nxErrorEnum nxAlgoScriptEngine::_Deliver(nxLuaFunction& function, Argument& argument, const char* failure)
+nxErrorEnum nxAlgoScriptEngine::_Deliver(nxCallback callback, Argument& argument, const char* failure)
 {
-    if (!IsActive() || function.Call(argument)) return {};
+    if (!IsActive() || _Get(callback).Call(argument)) return {};
     return _Failed(failure);
 }
 
-nxErrorEnum nxAlgoScriptEngine::_Deliver(nxLuaFunction& function, const char* failure)
+nxErrorEnum nxAlgoScriptEngine::_Deliver(nxCallback callback, const char* failure)
 {
-    if (!IsActive() || function.Call()) return {};
+    if (!IsActive() || _Get(callback).Call()) return {};
     return _Failed(failure);
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnPrice(nxAlgoPriceObject& price)
 {
-    return _Deliver(_onPrice, price, "OnPrice failed. Error : ");
+    return _Deliver(nxCallback::OnPrice, price, "OnPrice failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnMarketDepth(nxAlgoMarketDepthObject& depth)
 {
-    return _Deliver(_onMarketDepth, depth, "OnMarketDepth failed. Error : ");
+    return _Deliver(nxCallback::OnMarketDepth, depth, "OnMarketDepth failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderFill(nxAlgoOrderUpdateObject& update)
 {
-    return _Deliver(_onOrderFill, update, "OnOrderFill failed. Error : ");
+    return _Deliver(nxCallback::OnOrderFill, update, "OnOrderFill failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderNew(nxAlgoOrderObject& order)
 {
-    return _Deliver(_onOrderNew, order, "OnOrderNew failed. Error : ");
+    return _Deliver(nxCallback::OnOrderNew, order, "OnOrderNew failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderWorking(nxAlgoOrderUpdateObject& update)
 {
-    return _Deliver(_onOrderWorking, update, "OnOrderWorking failed. Error : ");
+    return _Deliver(nxCallback::OnOrderWorking, update, "OnOrderWorking failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderRejected(nxAlgoOrderUpdateObject& update)
 {
-    return _Deliver(_onOrderRejected, update, "OnOrderRejected failed. Error : ");
+    return _Deliver(nxCallback::OnOrderRejected, update, "OnOrderRejected failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderCancelled(nxAlgoOrderUpdateObject& update)
 {
-    return _Deliver(_onOrderCancelled, update, "OnOrderCancelled failed. Error : ");
+    return _Deliver(nxCallback::OnOrderCancelled, update, "OnOrderCancelled failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderCompleted(nxAlgoOrderUpdateObject& update)
 {
-    return _Deliver(_onOrderCompleted, update, "OnOrderCompleted failed. Error : ");
+    return _Deliver(nxCallback::OnOrderCompleted, update, "OnOrderCompleted failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderAmendRejected(nxAlgoOrderUpdateObject& update)
 {
-    return _Deliver(_onOrderAmendRejected, update, "OnOrderAmendRejected failed. Error : ");
+    return _Deliver(nxCallback::OnOrderAmendRejected, update, "OnOrderAmendRejected failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderCancelRejected(nxAlgoOrderUpdateObject& update)
 {
-    return _Deliver(_onOrderCancelRejected, update, "OnOrderCancelRejected failed. Error : ");
+    return _Deliver(nxCallback::OnOrderCancelRejected, update, "OnOrderCancelRejected failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnProductState(nxAlgoStateObject& state)
 {
-    return _Deliver(_onProductState, state, "OnProductState failed. Error : ");
+    return _Deliver(nxCallback::OnProductState, state, "OnProductState failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnParameter(const std::string& name, const std::string& value,
                                             const std::string& tag)
 {
-    if (!IsActive() || _onParameter.Call(name, value, tag)) return {};
+    if (!IsActive() || _Get(nxCallback::OnParameter).Call(name, value, tag)) return {};
     return _Failed("OnParameter ( ", name, " , ", value, " ) Tag = ", tag, " failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnEventWindow(nxAlgoEventWindowObject& window)
 {
     // The text keeps another name, which those who read logs search for.
-    return _Deliver(_onTradeWindowEvent, window, "OnTradeStreamEvent failed. Error : ");
+    return _Deliver(nxCallback::OnTradeWindowEvent, window, "OnTradeStreamEvent failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnPosition(nxAlgoPositionObject& position)
 {
-    return _Deliver(_onPosition, position, "OnPosition failed. Error : ");
+    return _Deliver(nxCallback::OnPosition, position, "OnPosition failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnTimer(const std::string& name)
 {
-    if (!IsActive() || _onTimer.Call(name)) return {};
+    if (!IsActive() || _Get(nxCallback::OnTimer).Call(name)) return {};
     return _Failed("OnTimer ( ", name, " ) failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnJobChanged()
 {
-    return _Deliver(_onJobChanged, "OnJobChanged failed. Error : ");
+    return _Deliver(nxCallback::OnJobChanged, "OnJobChanged failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnJobParametersChanged()
 {
-    return _Deliver(_onJobParametersChanged, "OnJobParametersChanged failed. Error : ");
+    return _Deliver(nxCallback::OnJobParametersChanged, "OnJobParametersChanged failed. Error : ");
 }
 
 // Also for a job that has been stopped, so that it can clean up.
 nxErrorEnum nxAlgoScriptEngine::OnShutdown()
 {
-    if (_onShutdown.Call()) return {};
+    if (_Get(nxCallback::OnShutdown).Call()) return {};
     return _Failed("OnShutdown failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnVorantJobNew(nxAlgoVorantJobObject& job)
 {
-    return _Deliver(_onVorantJobNew, job, "OnVorantJobNew failed. Error : ");
+    return _Deliver(nxCallback::OnVorantJobNew, job, "OnVorantJobNew failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnVorantJobStarted(nxAlgoVorantJobObject& job)
 {
-    return _Deliver(_onVorantJobStarted, job, "OnVorantJobStarted failed. Error : ");
+    return _Deliver(nxCallback::OnVorantJobStarted, job, "OnVorantJobStarted failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnVorantJobStopped(nxAlgoVorantJobObject& job)
 {
-    return _Deliver(_onVorantJobStopped, job, "OnVorantJobStopped failed. Error : ");
+    return _Deliver(nxCallback::OnVorantJobStopped, job, "OnVorantJobStopped failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnVorantJobStatusUpdate(nxAlgoVorantJobObject& job)
 {
-    return _Deliver(_onVorantJobStatusUpdate, job, "OnVorantJobStatusUpdate failed. Error : ");
+    return _Deliver(nxCallback::OnVorantJobStatusUpdate, job, "OnVorantJobStatusUpdate failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnVorantJobUpdate(nxAlgoVorantJobObject& job)
 {
-    return _Deliver(_onVorantJobUpdate, job, "OnVorantJobUpdate failed. Error : ");
+    return _Deliver(nxCallback::OnVorantJobUpdate, job, "OnVorantJobUpdate failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnOrderQPosition(nxAlgoOrderObject& order)
 {
-    return _Deliver(_onOrderQPosition, order, "OnOrderQPosition failed. Error : ");
+    return _Deliver(nxCallback::OnOrderQPosition, order, "OnOrderQPosition failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject& volumes)
 {
-    return _Deliver(_onPriceTradeVolumes, volumes, "OnPriceTradeVolumes failed. Error : ");
+    return _Deliver(nxCallback::OnPriceTradeVolumes, volumes, "OnPriceTradeVolumes failed. Error : ");
 }
 
 nxErrorEnum nxAlgoScriptEngine::OnTickData(nxAlgoTickDataObject& tick)
 {
-    return _Deliver(_onTickData, tick, "OnTickData failed. Error : ");
+    return _Deliver(nxCallback::OnTickData, tick, "OnTickData failed. Error : ");
 }
 
 void nxAlgoScriptEngine::SetClockSpeed(double speed)

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <memory>
 #include <string>
 
 #include "base/enums/nxErrorEnum.h"
+#include "scriptFramework/job/nxCallback.h"
 #include "scriptFramework/lua/nxLuaEngine.h"
 #include "scriptFramework/lua/nxLuaFunction.h"
 
@@ -83,41 +85,16 @@ private:
     // Logs the parts with the last error behind them.
     template <class... Parts>
     nxErrorEnum _Failed(const Parts&... parts);
+    nxLuaFunction& _Get(nxCallback callback) { return _callbacks[static_cast<std::size_t>(callback)]; }
     template <class Argument>
-    nxErrorEnum _Deliver(nxLuaFunction& function, Argument& argument, const char* failure);
-    nxErrorEnum _Deliver(nxLuaFunction& function, const char* failure);
+    nxErrorEnum _Deliver(nxCallback callback, Argument& argument, const char* failure);
+    nxErrorEnum _Deliver(nxCallback callback, const char* failure);
     bool _BindGlobals();
 
     nxAlgoJobObject* _job;  // owns the engine; null in a test
     std::atomic<bool> _active = true;
 
-    nxLuaFunction _onInit{*this, "OnInit"};
-    nxLuaFunction _onPrice{*this, "OnPrice"};
-    nxLuaFunction _onMarketDepth{*this, "OnMarketDepth"};
-    nxLuaFunction _onOrderFill{*this, "OnOrderFill"};
-    nxLuaFunction _onOrderNew{*this, "OnOrderNew"};
-    nxLuaFunction _onOrderWorking{*this, "OnOrderWorking"};
-    nxLuaFunction _onOrderRejected{*this, "OnOrderRejected"};
-    nxLuaFunction _onOrderCancelled{*this, "OnOrderCancelled"};
-    nxLuaFunction _onOrderCompleted{*this, "OnOrderCompleted"};
-    nxLuaFunction _onOrderAmendRejected{*this, "OnOrderAmendRejected"};
-    nxLuaFunction _onOrderCancelRejected{*this, "OnOrderCancelRejected"};
-    nxLuaFunction _onProductState{*this, "OnProductState"};
-    nxLuaFunction _onParameter{*this, "OnParameter"};
-    nxLuaFunction _onTradeWindowEvent{*this, "OnTradeWindowEvent"};
-    nxLuaFunction _onPosition{*this, "OnPosition"};
-    nxLuaFunction _onTimer{*this, "OnTimer"};
-    nxLuaFunction _onJobChanged{*this, "OnJobChanged"};
-    nxLuaFunction _onJobParametersChanged{*this, "OnJobParametersChanged"};
-    nxLuaFunction _onShutdown{*this, "OnShutdown"};
-    nxLuaFunction _onVorantJobNew{*this, "OnVorantJobNew"};
-    nxLuaFunction _onVorantJobStarted{*this, "OnVorantJobStarted"};
-    nxLuaFunction _onVorantJobStopped{*this, "OnVorantJobStopped"};
-    nxLuaFunction _onVorantJobStatusUpdate{*this, "OnVorantJobStatusUpdate"};
-    nxLuaFunction _onVorantJobUpdate{*this, "OnVorantJobUpdate"};
-    nxLuaFunction _onOrderQPosition{*this, "OnOrderQPosition"};
-    nxLuaFunction _onPriceTradeVolumes{*this, "OnPriceTradeVolumes"};
-    nxLuaFunction _onTickData{*this, "OnTickData"};
+    std::array<nxLuaFunction, nxCallbackNames.size()> _callbacks;
 
     std::unique_ptr<nxAlgoClockObject> _clock;
     std::unique_ptr<nxAlgoMatrixObject> _matrix;

@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-#include "host/exchange/nxFeeSchedule.h"
-#include "host/exchange/nxPositionKeeper.h"
+#include "host/accounts/nxFeeSchedule.h"
+#include "host/accounts/nxPositionKeeper.h"
 #include "tests/host/nxExchangeFixture.h"
 
 namespace {

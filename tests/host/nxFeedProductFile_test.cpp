@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "host/feed/nxProductFile.h"
+#include "host/market/nxProductFile.h"
 #include "tests/host/nxFeedFixture.h"
 
 namespace {

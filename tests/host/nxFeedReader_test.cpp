@@ -36,7 +36,7 @@ struct Outcome
 };
 
 Outcome Read(const std::string& content, bool isLenient = false,
-             const std::vector<nxProductDescription>& descriptions = {}, bool barsBearStart = false)
+             const std::vector<nxFeedProductTerms>& descriptions = {}, bool barsBearStart = false)
 {
     const nxFeedFile file(Expand(content));
     nxFeed feed({.isLenient = isLenient, .barsBearStart = barsBearStart});
@@ -52,9 +52,9 @@ Outcome Read(const std::string& content, bool isLenient = false,
     return outcome;
 }
 
-nxProductDescription Describe(const char* name, const char* lotSize)
+nxFeedProductTerms Describe(const char* name, const char* lotSize)
 {
-    nxProductDescription description;
+    nxFeedProductTerms description;
     description.name = name;
     EXPECT_TRUE(description.lotSize.SetFromString(lotSize).IsSuccess());
     return description;

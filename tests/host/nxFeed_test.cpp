@@ -79,7 +79,7 @@ TEST(nxFeedTest, AnErrorInOneFileEndsTheFeedAfterWhatCameBefore)
 TEST(nxFeedTest, DescribedProductsComeFirstAndKeepTheirTickSize)
 {
     const nxFeedFile file("time,product,last\n1,A,1.5\n1,B,1.25\n");
-    nxProductDescription described;
+    nxFeedProductTerms described;
     described.name = "B";
     described.tickSize = nxDecimal::FromMantissa(25, 2);
     nxFeed feed;

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "host/server/nxReplayServer.h"
+#include "host/run/nxReplayServer.h"
 
 /** A run of the reference host over files that live as long as the test, in a folder of its own, named in all
    texts without that folder.

@@ -1,4 +1,4 @@
-#include "host/exchange/nxImpliedQuote.h"
+#include "host/market/nxImpliedQuote.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/feed/nxMarketGenerator.h"
+#include "host/synthetic/nxMarketGenerator.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "host/exchange/nxMarketProduct.h"
+#include "host/market/nxMarketProduct.h"
 
 #include <gtest/gtest.h>
 

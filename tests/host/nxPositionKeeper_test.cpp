@@ -1,8 +1,8 @@
-#include "host/exchange/nxPositionKeeper.h"
+#include "host/accounts/nxPositionKeeper.h"
 
 #include <gtest/gtest.h>
 
-#include "host/exchange/nxFeeSchedule.h"
+#include "host/accounts/nxFeeSchedule.h"
 #include "tests/host/nxExchangeFixture.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include <filesystem>
 
-#include "host/feed/nxProductFile.h"
+#include "host/market/nxProductFile.h"
 #include "tests/host/nxHostFixture.h"
 
 namespace {

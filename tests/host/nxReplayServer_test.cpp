@@ -1,4 +1,4 @@
-#include "host/server/nxReplayServer.h"
+#include "host/run/nxReplayServer.h"
 
 #include <thread>
 

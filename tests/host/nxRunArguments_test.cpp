@@ -1,4 +1,4 @@
-#include "host/server/nxRunArguments.h"
+#include "host/run/nxRunArguments.h"
 
 #include "tests/host/nxHostFixture.h"
 

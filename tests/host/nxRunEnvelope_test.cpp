@@ -1,4 +1,4 @@
-#include "host/server/nxRunEnvelope.h"
+#include "host/run/nxRunEnvelope.h"
 
 #include "tests/host/nxHostFixture.h"
 

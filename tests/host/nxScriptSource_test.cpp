@@ -10,7 +10,7 @@ std::string Fail(nxHostRun& run)
     run.AddQuotes("@00,A,1,1,,,,,\n");
     static_cast<void>(run.Run());
     if (run.statistics.jobs[0].failures.empty()) return run.err.substr(0, run.err.find("--- speed"));
-    const nxScriptSource::Failure& what = run.statistics.jobs[0].failures[0].what;
+    const nxScriptFailure& what = run.statistics.jobs[0].failures[0].what;
     return what.message + (what.location ? " | " + what.location->text : "");
 }
 

@@ -1,4 +1,4 @@
-#include "host/server/nxTimerQueue.h"
+#include "host/run/nxTimerQueue.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/feed/nxTradingHours.h"
+#include "host/market/nxTradingHours.h"
 
 #include <gtest/gtest.h>
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "host/jobs/nxQuietJobInterface.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
+#include "scriptFramework/job/nxQuietJobInterface.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/supervision/nxVorantParameter.h"
 

@@ -1,0 +1,84 @@
+#include "host/accounts/nxPositionKeeper.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+constexpr unsigned char AveragePlaces = 10;
+
+nxDecimal GetAverage(const nxExactAmount& sum, unsigned long long volume)
+{
+    if (volume == 0) return {};
+    return sum.GetShare(1, static_cast<long long>(volume), AveragePlaces).GetAsDecimal(AveragePlaces);
+}
+
+}  // namespace
+
+nxDecimal nxPositionKeeper::Section::GetAverageBuyPrice() const
+{
+    return GetAverage(buySum, bought);
+}
+
+nxDecimal nxPositionKeeper::Section::GetAverageSellPrice() const
+{
+    return GetAverage(sellSum, sold);
+}
+
+void nxPositionKeeper::AddFill(bool isBuy, const nxDecimal& price, unsigned int volume,
+                               const nxExactAmount& fee)
+{
+    const nxExactAmount money(price, volume, _pointValue);
+    const nxExactAmount sum(price, volume);
+    for (Section* section : {&_total, &_day}) {
+        (isBuy ? section->bought : section->sold) += volume;
+        (isBuy ? section->cost : section->revenue) += money;
+        (isBuy ? section->buySum : section->sellSum) += sum;
+        section->fees += fee;
+    }
+    long long change = isBuy ? static_cast<long long>(volume) : -static_cast<long long>(volume);
+    if ((_net > 0 && change < 0) || (_net < 0 && change > 0)) {
+        const long long closed = std::min(std::abs(_net), std::abs(change));
+        _openSum -= _openSum.GetShare(closed, std::abs(_net), AveragePlaces);
+        const long long signedClosed = change > 0 ? closed : -closed;
+        _net += signedClosed;
+        change -= signedClosed;
+        if (_net == 0) _openSum = {};
+    }
+    _net += change;
+    _openSum += nxExactAmount(price, change);
+}
+
+void nxPositionKeeper::BeginDay(const nxDecimal& mark)
+{
+    _day = {};
+    _dayBegin = _GetValue(mark);
+}
+
+nxDecimal nxPositionKeeper::GetOpenAveragePrice() const
+{
+    if (_net == 0) return {};
+    return _openSum.GetShare(1, _net, AveragePlaces).GetAsDecimal(AveragePlaces);
+}
+
+nxExactAmount nxPositionKeeper::_GetValue(const nxDecimal& mark) const
+{
+    if (_net == 0) return {};
+    return nxExactAmount(mark.IsValid() ? mark : GetOpenAveragePrice(), _net, _pointValue);
+}
+
+nxExactAmount nxPositionKeeper::GetTotalProfit(const nxDecimal& mark) const
+{
+    return _total.revenue - _total.cost - _total.fees + _GetValue(mark);
+}
+
+nxExactAmount nxPositionKeeper::GetDayProfit(const nxDecimal& mark) const
+{
+    return _day.revenue - _day.cost - _day.fees + _GetValue(mark) - _dayBegin;
+}
+
+nxExactAmount nxPositionKeeper::GetOpenProfit(const nxDecimal& mark) const
+{
+    if (_net == 0 || !mark.IsValid()) return {};
+    return _GetValue(mark) - _GetValue({});
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <vector>
+
+#include "base/enums/nxCurrencyEnum.h"
+#include "base/values/nxExactAmount.h"
+
+// What one job's orders came to. Everything is zero while it sends none.
+struct nxTradingStatistics
+{
+    // By currency; products without one have the undefined one.
+    struct Money
+    {
+        nxCurrencyEnum currency;
+        nxExactAmount profit;  // of what is realised and what is open, less fees
+        nxExactAmount open;
+        nxExactAmount fees;
+        nxExactAmount best;      // the highest that the profit was, from 0 on
+        nxExactAmount drawdown;  // the farthest that it fell from its highest
+    };
+
+    unsigned long long orders = 0;  // sent, with the children of brackets
+    unsigned long long fills = 0;
+    unsigned long long volume = 0;
+    unsigned long long makerVolume = 0;
+    std::vector<Money> money;
+
+    Money& operator[](const nxCurrencyEnum& currency)
+    {
+        for (Money& known : money)
+            if (known.currency == currency) return known;
+        return money.emplace_back(Money{currency, {}, {}, {}, {}, {}});
+    }
+};

@@ -1,0 +1,201 @@
+#include "host/market/nxMarketProduct.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/market/nxImpliedQuote.h"
+
+namespace {
+
+constexpr long long NanosecondsPerDay = 86'400'000'000'000;
+constexpr unsigned int LargestVolume = 0xFFFFFFFD;  // beyond lie the marks
+
+nxPrice MakeNoChange()
+{
+    nxPrice price;
+    price.SetNoChange();
+    return price;
+}
+
+long long FloorDay(long long time)
+{
+    const long long day = time / NanosecondsPerDay;
+    return time % NanosecondsPerDay < 0 ? day - 1 : day;
+}
+
+}  // namespace
+
+nxMarketProduct::nxMarketProduct(std::string name) : _name(std::move(name)), _update(MakeNoChange())
+{
+    _volumes.SetUpdateType(nxPriceTradeVolumesUpdateType_Snapshot);
+}
+
+bool nxMarketProduct::GetTradeVolumesUpdate(nxPriceTradeVolumes& update) const
+{
+    if (!_traded.IsValid() && !_volumesCleared) return false;
+    update = nxPriceTradeVolumes();
+    update.SetUpdateType(_volumesCleared ? nxPriceTradeVolumesUpdateType_Reset
+                                         : nxPriceTradeVolumesUpdateType_Delta);
+    update.AddTrade(_price.GetLastPrice(), _traded);
+    return true;
+}
+
+void nxMarketProduct::_BeginUpdate()
+{
+    static const nxPrice noChange = MakeNoChange();
+    _update = noChange;
+    _traded.SetNull();
+    _volumesCleared = false;
+}
+
+void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
+{
+    _BeginUpdate();
+    const auto set = [this](auto setter, const auto& value) {
+        if (value.IsNoChange()) return;
+        (_price.*setter)(value);
+        (_update.*setter)(value);
+    };
+    set(&nxPrice::SetBidPrice, quote.bid);
+    set(&nxPrice::SetBidVolume, quote.bidVolume);
+    set(&nxPrice::SetAskPrice, quote.ask);
+    set(&nxPrice::SetAskVolume, quote.askVolume);
+    set(&nxPrice::SetLastPrice, quote.last);
+    set(&nxPrice::SetLastVolume, quote.lastVolume);
+    if (!quote.IsTrade()) return;
+    _price.SetLastPriceBuySellIndicator(quote.side);
+    _update.SetLastPriceBuySellIndicator(quote.side);
+    // A trade at the price of the one before is one all the same.
+    _update.SetLastPrice(_price.GetLastPrice());
+    _AddTrade(_price.GetLastPrice(), quote.lastVolume, time);
+}
+
+void nxMarketProduct::_BeginDay(long long time)
+{
+    const long long day = FloorDay(time);
+    if (day == _day) return;
+    const nxDecimal previousClose = _day ? _price.GetClosePrice() : nxDecimal();
+    _day = day;
+    _volumesCleared = !_volumes.GetPriceMap().empty();
+    _volumes.Clear();
+    for (nxPrice* record : {&_price, &_update}) {
+        record->SetPreviousClosePrice(previousClose);
+        record->SetOpenPrice(nxDecimal());
+        record->SetHighPrice(nxDecimal());
+        record->SetLowPrice(nxDecimal());
+        record->SetTotalTradedVolume(nxVolume(0u));
+    }
+}
+
+void nxMarketProduct::_AddVolume(const nxVolume& volume)
+{
+    if (!volume.IsValid()) return;
+    const unsigned int before = _price.GetTotalTradedVolume().GetValue();
+    const nxVolume total = before + std::min(volume.GetValue(), LargestVolume - before);
+    _price.SetTotalTradedVolume(total);
+    _update.SetTotalTradedVolume(total);
+}
+
+void nxMarketProduct::_AddTrade(const nxDecimal& price, const nxVolume& volume, long long time)
+{
+    if (!price.IsValid()) return;
+    const std::optional<long long> before = _day;
+    _BeginDay(time);
+    const bool first = before != _day || !_price.GetOpenPrice().IsValid();
+    for (nxPrice* record : {&_price, &_update}) {
+        record->SetClosePrice(price);
+        if (first) record->SetOpenPrice(price);
+    }
+    if (first || price > _price.GetHighPrice()) {
+        _price.SetHighPrice(price);
+        _update.SetHighPrice(price);
+    }
+    if (first || price < _price.GetLowPrice()) {
+        _price.SetLowPrice(price);
+        _update.SetLowPrice(price);
+    }
+    _AddVolume(volume);
+    _traded = volume;
+    _volumes.AddTrade(price, volume);
+}
+
+void nxMarketProduct::ApplyBar(const nxFeedBar& bar, long long time)
+{
+    _BeginUpdate();
+    _BeginDay(time);
+    for (nxPrice* record : {&_price, &_update}) {
+        record->SetOpenPrice(bar.open);
+        record->SetHighPrice(bar.high);
+        record->SetLowPrice(bar.low);
+        record->SetClosePrice(bar.close);
+        record->SetLastPrice(bar.close);
+        record->SetLastVolume(bar.volume);
+    }
+    _AddVolume(bar.volume);
+}
+
+void nxMarketProduct::ApplyDepth(std::span<const nxFeedLevel> levels)
+{
+    _traded.SetNull();
+    _volumesCleared = false;
+    for (const nxFeedLevel& level : levels) {
+        if (level.isBid) {
+            _depth.SetBid(level.price, level.volume);
+        } else {
+            _depth.SetAsk(level.price, level.volume);
+        }
+    }
+}
+
+// Into the price and, where it is news, into the update. True when it is.
+template <class Value>
+bool nxMarketProduct::_Change(const Value& (nxPrice::*getter)() const, void (nxPrice::*setter)(const Value&),
+                              const Value& value)
+{
+    if ((_price.*getter)() == value) return false;
+    (_price.*setter)(value);
+    (_update.*setter)(value);
+    return true;
+}
+
+bool nxMarketProduct::QuoteFromDepth()
+{
+    _BeginUpdate();
+    const nxMarketDepth::Map& bids = _depth.GetBidMap();
+    const nxMarketDepth::Map& asks = _depth.GetAskMap();
+    const bool hasBid = !bids.empty();
+    const bool hasAsk = !asks.empty();
+    bool changed =
+        _Change(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, hasBid ? bids.rbegin()->first : nxDecimal());
+    changed |= _Change(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume,
+                       hasBid ? nxVolume(bids.rbegin()->second.volume) : nxVolume());
+    changed |=
+        _Change(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, hasAsk ? asks.begin()->first : nxDecimal());
+    changed |= _Change(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume,
+                       hasAsk ? nxVolume(asks.begin()->second.volume) : nxVolume());
+    return changed;
+}
+
+bool nxMarketProduct::ApplyImplied(const nxImpliedQuote& quote)
+{
+    nxImpliedQuote before;
+    before.bid = _price.GetImpliedBidPrice();
+    before.ask = _price.GetImpliedAskPrice();
+    before.bidVolume = _price.GetImpliedBidVolume();
+    before.askVolume = _price.GetImpliedAskVolume();
+    // The update stays that of the latest event.
+    if (before == quote) return false;
+    _BeginUpdate();
+    _Change(&nxPrice::GetImpliedBidPrice, &nxPrice::SetImpliedBidPrice, quote.bid);
+    _Change(&nxPrice::GetImpliedBidVolume, &nxPrice::SetImpliedBidVolume, quote.bidVolume);
+    _Change(&nxPrice::GetImpliedAskPrice, &nxPrice::SetImpliedAskPrice, quote.ask);
+    _Change(&nxPrice::GetImpliedAskVolume, &nxPrice::SetImpliedAskVolume, quote.askVolume);
+    return true;
+}
+
+bool nxMarketProduct::SetState(unsigned int bits)
+{
+    if (_state == bits) return false;
+    _state.SetValue(bits);
+    return true;
+}

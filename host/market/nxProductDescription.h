@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/enums/nxBuySellEnum.h"
+#include "base/enums/nxCurrencyEnum.h"
+#include "base/values/nxDecimal.h"
+#include "host/feed/nxFeedProductTerms.h"
+#include "host/market/nxTradingHours.h"
+
+/** One leg of a described strategy: what is done with its product when the strategy is bought. */
+struct nxProductLegDescription
+{
+    std::string product;
+    nxBuySellEnum side{nxBuySell_Buy};
+    nxDecimal priceRatio = nxDecimalOne;  // above 0: the leg's share in the strategy's price
+    nxDecimal tradeRatio = nxDecimalOne;  // a whole number: its lots in one lot of the strategy
+
+    bool operator==(const nxProductLegDescription&) const = default;
+};
+
+/** What a product file says about one product. What it leaves out is null, empty or undefined. */
+struct nxProductDescription
+{
+    std::string name;
+    nxDecimal tickSize;    // above 0 where given, as are lot size and point value
+    nxDecimal lotSize;     // the recorded size of one lot
+    nxDecimal pointValue;  // money for a move of 1 in the price of one lot
+    nxCurrencyEnum currency;
+    std::string exchange;
+    std::string description;
+    nxTradingHours tradingHours;
+    nxDecimal makerFee;  // negative: a rebate
+    nxDecimal takerFee;
+    bool feeIsRate = false;  // fees are a share of the money that changes hands, not a sum for each lot
+    std::vector<nxProductLegDescription> legs;  // two at least, for a strategy; else none
+    nxDecimal priceOffset;                      // of a strategy: what its price has on top of its legs'
+
+    [[nodiscard]] bool IsStrategy() const { return !legs.empty(); }
+};
+
+// What the feed has to know of them, in their order.
+[[nodiscard]] std::vector<nxFeedProductTerms> nxGetFeedTerms(
+    const std::vector<nxProductDescription>& products);

@@ -1,0 +1,210 @@
+#include "host/market/nxProductFile.h"
+
+#include <unordered_map>
+#include <unordered_set>
+
+#include "base/values/nxStringHelper.h"
+#include "host/feed/nxTomlFile.h"
+#include "host/market/nxStrategyOrder.h"
+
+namespace {
+
+class Reader : public nxTomlFile
+{
+public:
+    using nxTomlFile::nxTomlFile;
+
+    Entries GetEntries(const toml::value& table, const std::string& name) const
+    {
+        return nxTomlFile::GetEntries(table, name + " is no table; write [[" + name + "]]");
+    }
+
+    const toml::array& GetTables(const toml::value& value, const std::string& name) const
+    {
+        if (!value.is_array()) Refuse(value, name + " is no list of tables; write [[" + name + "]]");
+        return value.as_array();
+    }
+
+    const std::string& GetText(const toml::value& value, const std::string& key) const
+    {
+        if (!value.is_string() || value.as_string().str.empty())
+            Refuse(value, key + " is not a text in quotes");
+        return value.as_string().str;
+    }
+
+    nxDecimal GetNumber(const toml::value& value, const std::string& key) const
+    {
+        std::string text;
+        if (value.is_string())
+            text = value.as_string().str;
+        else if (value.is_integer())
+            text = nxStringHelper::GetAsString(static_cast<long long>(value.as_integer()));
+        else if (value.is_floating())
+            text = nxStringHelper::GetAsString(value.as_floating());
+        nxDecimal number;
+        if (!number.SetFromString(text).IsSuccess())
+            Refuse(value, key + (text.empty() ? " is not a number" : " is not a number: \"" + text + "\""));
+        return number;
+    }
+
+    nxDecimal GetPositive(const toml::value& value, const std::string& key) const
+    {
+        const nxDecimal number = GetNumber(value, key);
+        if (number <= nxDecimalZero) Refuse(value, key + " is not above 0: " + number.GetAsString());
+        return number;
+    }
+
+    nxDecimal GetTradeRatio(const toml::value& value, const std::string& key) const
+    {
+        constexpr nxDecimal most = nxDecimal::FromMantissa(1'000'000, 0);
+        nxDecimal number = GetNumber(value, key);
+        number.Normalise(0);
+        if (number.GetDecimalPlaces() != 0 || number <= nxDecimalZero || number > most)
+            Refuse(value, key + " is no whole number from 1 to 1000000: " + number.GetAsString());
+        return number;
+    }
+};
+
+nxProductLegDescription GetLeg(const Reader& reader, const toml::value& table)
+{
+    nxProductLegDescription leg;
+    for (const auto& [key, value] : reader.GetEntries(table, "product.leg")) {
+        if (key == "product")
+            leg.product = reader.GetText(*value, key);
+        else if (key == "side") {
+            const std::string& side = reader.GetText(*value, key);
+            if (side != "BUY" && side != "SELL")
+                reader.Refuse(*value, "side is neither \"BUY\" nor \"SELL\"");
+            leg.side = side == "BUY" ? nxBuySell_Buy : nxBuySell_Sell;
+        } else if (key == "priceRatio")
+            leg.priceRatio = reader.GetPositive(*value, key);
+        else if (key == "tradeRatio")
+            leg.tradeRatio = reader.GetTradeRatio(*value, key);
+        else
+            reader.RefuseKey(*value, key, "product, side, priceRatio, tradeRatio");
+    }
+    if (leg.product.empty()) reader.Refuse(table, "leg without a product");
+    return leg;
+}
+
+void ReadLegs(const Reader& reader, const toml::value& value, nxProductDescription& product)
+{
+    if (product.IsStrategy()) reader.Refuse(value, "leg and legs are the same; write one of them");
+    const toml::array& tables = reader.GetTables(value, "product.legs");
+    std::unordered_set<std::string> names;
+    for (const toml::value& table : tables) {
+        const nxProductLegDescription leg = GetLeg(reader, table);
+        if (!names.insert(leg.product).second)
+            reader.Refuse(table, "product \"" + leg.product + "\" is a leg twice");
+        product.legs.push_back(leg);
+    }
+    if (tables.size() < 2) reader.Refuse(value, "a strategy has at least two legs");
+}
+
+nxProductDescription GetProduct(const Reader& reader, const toml::value& table)
+{
+    nxProductDescription product;
+    for (const auto& [key, value] : reader.GetEntries(table, "product")) {
+        if (key == "name")
+            product.name = reader.GetText(*value, key);
+        else if (key == "tickSize")
+            product.tickSize = reader.GetPositive(*value, key);
+        else if (key == "lotSize")
+            product.lotSize = reader.GetPositive(*value, key);
+        else if (key == "pointValue")
+            product.pointValue = reader.GetPositive(*value, key);
+        else if (key == "currency") {
+            const std::string& code = reader.GetText(*value, key);
+            if (!product.currency.SetFromString(code))
+                reader.Refuse(*value, "unknown currency \"" + code + "\"");
+        } else if (key == "exchange")
+            product.exchange = reader.GetText(*value, key);
+        else if (key == "description")
+            product.description = reader.GetText(*value, key);
+        else if (key == "tradingHours") {
+            if (const char* reason =
+                    nxTradingHours::SetFromText(reader.GetText(*value, key), product.tradingHours))
+                reader.Refuse(*value, key + ": " + reason);
+        } else if (key == "makerFee")
+            product.makerFee = reader.GetNumber(*value, key);
+        else if (key == "takerFee")
+            product.takerFee = reader.GetNumber(*value, key);
+        else if (key == "feeIsRate") {
+            if (!value->is_boolean())
+                reader.Refuse(*value, "feeIsRate is neither true nor false");
+            else
+                product.feeIsRate = value->as_boolean();
+        } else if (key == "leg" || key == "legs") {
+            ReadLegs(reader, *value, product);
+        } else if (key == "priceOffset")
+            product.priceOffset = reader.GetNumber(*value, key);
+        else
+            reader.RefuseKey(
+                *value, key,
+                "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
+                "makerFee, takerFee, feeIsRate, legs, priceOffset");
+    }
+    if (product.name.empty()) reader.Refuse(table, "product without a name");
+    for (const char* key : {"priceOffset", "tradingHours"}) {
+        const bool isOfStrategy = key == std::string_view("priceOffset");
+        if (product.IsStrategy() == isOfStrategy || !table.contains(key)) continue;
+        reader.Refuse(table.at(key), isOfStrategy ? "only a strategy, which has legs, has a priceOffset"
+                                                  : "a strategy has no tradingHours: it is open while its "
+                                                    "legs are");
+    }
+    return product;
+}
+
+// What only all products together can tell of the legs. `tables` stand where the products do.
+void CheckLegs(const Reader& reader, const std::vector<nxProductDescription>& products,
+               const std::vector<const toml::value*>& tables)
+{
+    std::unordered_map<std::string_view, std::size_t> indexes;
+    for (std::size_t i = 0; i < products.size(); ++i)
+        if (!indexes.emplace(products[i].name, i).second)
+            reader.Refuse(*tables[i], "product \"" + products[i].name + "\" described twice");
+    for (std::size_t i = 0; i < products.size(); ++i) {
+        for (std::size_t leg = 0; leg < products[i].legs.size(); ++leg) {
+            const std::string& name = products[i].legs[leg].product;
+            if (indexes.contains(name)) continue;
+            const char* const key = tables[i]->contains("legs") ? "legs" : "leg";
+            reader.Refuse(tables[i]->at(key).as_array()[leg].at("product"),
+                          "leg of a product that is not described: \"" + name + "\"");
+        }
+    }
+    const nxStrategyOrder order(products);
+    if (order.cycle.empty()) return;
+    std::string names;
+    for (const std::size_t i : order.cycle)
+        names += products[i].name + " -> ";
+    reader.Refuse(*tables[order.cycle.front()],
+                  "a strategy is among its own legs: " + names + products[order.cycle.front()].name);
+}
+
+std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::value& root)
+{
+    std::vector<nxProductDescription> products;
+    std::vector<const toml::value*> tables;
+    for (const auto& [key, value] : reader.GetEntries(root, "product")) {
+        if (key != "product") reader.RefuseKey(*value, key, "product");
+        for (const toml::value& table : reader.GetTables(*value, "product")) {
+            products.push_back(GetProduct(reader, table));
+            tables.push_back(&table);
+        }
+    }
+    CheckLegs(reader, products, tables);
+    return products;
+}
+
+}  // namespace
+
+bool nxProductFile::Read(const std::string& path, std::vector<nxProductDescription>& products,
+                         nxFeedError& error)
+{
+    const Reader reader(path);
+    const auto read = [&](const toml::value& root) {
+        const std::vector<nxProductDescription> added = GetProducts(reader, root);
+        products.insert(products.end(), added.begin(), added.end());
+    };
+    return reader.Read("products", read, error);
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "host/exchange/nxSimulatedExchange.h"
+#include "host/jobs/nxJobOptions.h"
+#include "host/market/nxProductDescription.h"
+#include "host/run/nxParameterChange.h"
+
+// What a run is asked to do.
+struct nxRunOptions
+{
+    std::vector<nxJobOptions> jobs;          // at least one, under different names
+    std::vector<std::string> modules;        // Lua files in front of every script, in their order
+    std::vector<nxParameterChange> changes;  // by time; each fits the jobs' parameters
+    std::vector<std::string> data;
+    // Legs are products of this list and no strategy is among its own, as nxProductFile sees to.
+    std::vector<nxProductDescription> products;
+    std::string productFile;     // where they come from
+    bool watchProducts = false;  // take over what changes in that file; such a run does not repeat
+    std::chrono::milliseconds watchInterval{1000};  // of real time, between looks at it
+    nxExchangeOptions exchange;         // whether moves in a queue are told follows from the scripts
+    std::string recordFile;             // where to write what leaves the scripts; empty: nowhere
+    std::string storeDirectory;         // where the data stores of scripts are kept; empty: there are none
+    double storeEvery = 0.0;            // recorded seconds between their saves; 0: when jobs and the run end
+    double speed = 0.0;                 // recorded seconds for each real one; 0: as fast as it can
+    std::vector<unsigned int> explain;  // numbers of orders whose story is told behind the summary
+    bool lenient = false;
+    bool barsBearStart = false;  // the times in bars files: see nxFeedOptions
+    bool continueOnError = false;
+    bool showProgress = false;
+    std::ostream* progress = nullptr;  // where to; null: standard error of the run
+    std::string progressLabel;         // in front of it
+    std::size_t memoryLimit = 0;       // bytes that each script may hold; 0: no limit
+    // Set from elsewhere, such as a signal handler, to end the run after the current event.
+    const std::atomic<bool>* interrupted = nullptr;
+};
+
+// As the exit status of a process.
+enum class nxRunResult { Done = 0, ScriptFailed = 1, InputFailed = 2 };
