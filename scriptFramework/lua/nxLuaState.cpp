@@ -130,7 +130,7 @@ void nxLuaState::Close()
 nxLuaState& nxLuaState::Of(lua_State* L)
 {
     void* userData = nullptr;
-    lua_getallocf(L, &userData);
+    if (lua_getallocf(L, &userData) != LuaAllocator) luaL_error(L, "not a state of nxLuaEngine");
     return *static_cast<nxLuaState*>(userData);
 }
 

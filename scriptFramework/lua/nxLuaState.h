@@ -137,6 +137,7 @@ public:
     // Nothing else may be called behind.
     void Close();
 
+    // Raises a Lua error for a lua_State that no nxLuaState has opened.
     static nxLuaState& Of(lua_State* L);
     lua_State* GetState() const { return _L; }
     nxLuaPool& GetPool() { return _pool; }
