@@ -11,6 +11,7 @@
 
 #include "base/values/nxStringHelper.h"
 #include "scriptFramework/lua/nxLuaClass.h"
+#include "scriptFramework/lua/nxLuaIsolation.h"
 
 namespace {
 
@@ -101,6 +102,15 @@ bool nxLuaEngine::LoadModule(const std::string& text)
         _state.MakeRoom();
         return _LoadAndRun(text);
     });
+}
+
+void nxLuaEngine::Isolate(unsigned long long seed)
+{
+    const auto isolate = [&] {
+        nxLuaIsolate(_GetState(), seed);
+        return true;
+    };
+    if (!_Guard(isolate)) throw std::bad_alloc();
 }
 
 bool nxLuaEngine::_LoadAndRun(const std::string& text)

@@ -8,6 +8,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "base/values/nxExactRandom.h"
 #include "scriptFramework/lua/nxLuaClass.h"
 
 namespace {
