@@ -10,6 +10,7 @@
 
 #include "base/values/nxExactRandom.h"
 #include "scriptFramework/lua/nxLuaClass.h"
+#include "scriptFramework/lua/nxLuaPatternGuard.h"
 
 namespace {
 
@@ -112,6 +113,7 @@ nxLuaState::nxLuaState()
     lua_atpanic(_L, OnPanic);
     luaL_openlibs(_L);
     _WatchMetatableAccess();
+    nxLuaGuardPatterns(_L);
     TuneCollector();
     // Loads leave the class metatables on the stack and look-ups of callbacks their values.
     luaL_checkstack(_L, 128, "no room for the engine");
