@@ -20,12 +20,23 @@ namespace {
 
 std::atomic<bool> interrupted = false;
 
+constexpr int EndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
 // The first Ctrl-C ends the run properly; a second one finds the default action and ends the process.
 void OnInterrupt(int)
 {
     interrupted = true;
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    for (const int signal : EndingSignals)
+        std::signal(signal, SIG_DFL);
+}
+
+// A pipe that is closed, or a file that may not grow, fails the write, and the run ends properly.
+void CatchSignals()
+{
+    for (const int signal : EndingSignals)
+        std::signal(signal, OnInterrupt);
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 struct RunArguments
@@ -95,8 +106,7 @@ int Run(RunArguments& arguments)
     nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(arguments.logLevel)));
     nxConsoleLogDevice console;
     nxLogManager::GetLogEntriesQueue().AddDevice(&console);
-    std::signal(SIGINT, OnInterrupt);
-    std::signal(SIGTERM, OnInterrupt);
+    CatchSignals();
     const nxRunResult result = arguments.envelope ? nxRunEnvelope::Run(options, std::cout, std::cerr)
                                                   : nxRun(options, std::cout, std::cerr).Run();
     const bool written = !std::cout.flush().fail();

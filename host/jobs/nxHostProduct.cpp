@@ -70,6 +70,7 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
     auto collection = std::make_unique<nxHostTickDataCollection>(
         *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().bars->GetBarOrigin(*this));
     collection->LoadHistory();
+    _collections.push_back(collection.get());
     return collection.release();
 }
 

@@ -9,6 +9,7 @@
 
 class nxHostJob;
 class nxHostOrder;
+class nxHostTickDataCollection;
 
 // What a script can subscribe to.
 enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, TradeWindow, Count };
@@ -65,6 +66,9 @@ public:
     }
     nxAlgoPositionObject& GetPositionEvent();
 
+    // All that the script has made; they stay.
+    const std::vector<nxHostTickDataCollection*>& GetCollections() const { return _collections; }
+
     void SubscribePrices(nxAlgoEventWindowObject* window) override;
     void UnsubscribePrices(nxAlgoEventWindowObject* window) override;
     // Shows the market's latest event, a trade, to the trade windows that are started. Their callbacks may
@@ -112,6 +116,7 @@ private:
     nxAlgoStateObject _stateEvent;
     nxAlgoPositionObject _positionEvent;
     std::array<int, static_cast<std::size_t>(nxMarketEvent::Count)> _wanted{};
+    std::vector<nxHostTickDataCollection*> _collections;
     std::vector<nxAlgoEventWindowObject*> _windows;  // that are started; null: stopped while forwarding
     bool _isForwarding = false;
 };
