@@ -11,7 +11,7 @@
 
 #include "base/log/nxLogManager.h"
 #include "host/report/nxRunSummary.h"
-#include "host/run/nxReplayServer.h"
+#include "host/run/nxRun.h"
 
 namespace {
 
@@ -81,7 +81,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     const char* const name = nxGetText(options.exchange.fills);
     nxRunOptions main = options;
     main.progressLabel = fmt::format("{} (1 of 3)", name);
-    nxReplayServer server(main, out, err);
+    nxRun server(main, out, err);
     nxRunResult worst = server.Run();
     std::vector<nxRunSummary::Model> models = {
         {name, server.GetStatistics(), FindFailure(server.GetStatistics(), worst, "")}};
@@ -102,7 +102,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
         std::ostringstream errors;
         std::ostream nowhere(nullptr);
         const Silence silence;
-        nxReplayServer extra(other, nowhere, errors);
+        nxRun extra(other, nowhere, errors);
         const nxRunResult result = extra.Run();
         if (isInterrupted()) {
             left = nxGetText(model);
