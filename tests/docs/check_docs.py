@@ -107,6 +107,16 @@ def check_product_keys(program):
         yield from compare(f"products.md, {heading}", first_cells(section("docs/products.md", heading)), real)
 
 
+def check_embedding(_):
+    """The entries of a job, and the operations that a host is asked."""
+    page = read("docs/embedding.md")
+    entries = first_cells(page[page.index("| Entry |"):page.index("The library does not check subscriptions")])
+    yield from compare("entry", entries, set(re.findall(r" (On\w+)\(", read("scriptFramework/job/nxAlgoJobObject.h"))))
+    operations = {cell.split("(")[0] for cell in first_cells(section("docs/embedding.md", "## What the library asks of the host"))}
+    real = set(re.findall(r"virtual .*?(\w+)\(", read("scriptFramework/job/nxAlgoJobInterface.h")))
+    yield from compare("operation", operations - {"Unsubscribe..."}, operations & real)
+
+
 def anchors(text):
     headings = re.findall(r"^#+ (.*)$", text, re.M)
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
@@ -164,7 +174,8 @@ def main():
         os.symlink(ROOT / "examples", "examples")
         for name, text in RECORD.items():
             pathlib.Path(name).write_text(text)
-        faults = [fault for check in (check_options, check_record, check_product_keys, check_references, check_quotations)
+        faults = [fault for check in (check_options, check_record, check_product_keys, check_embedding, check_references,
+                                       check_quotations)
                   for fault in check(program)]
         os.chdir("/")
     print("\n".join(faults) or "the docs hold")
