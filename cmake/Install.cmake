@@ -24,3 +24,20 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/scriptFrameworkConfigVersion.cmake
     cmake/FindLua51.cmake
     DESTINATION ${package_dir})
+
+if(SCRIPTFRAMEWORK_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # An archive with intermediate code would make every host optimise the whole library anew each time it links: half
+    # a minute instead of a third of a second. algoserver is linked from the build's archives, which keep it.
+    get_property(floors GLOBAL PROPERTY NX_FLOORS)
+    set(archives)
+    foreach(floor IN LISTS floors)
+        list(APPEND archives $<TARGET_FILE_NAME:${floor}>)
+    endforeach()
+    install(CODE "
+        set(folder \"${CMAKE_INSTALL_LIBDIR}\")
+        cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
+        foreach(archive IN ITEMS ${archives})
+            execute_process(COMMAND \"${CMAKE_OBJCOPY}\" -p -R .gnu.lto_* -R .gnu.debuglto_*
+                \"\$ENV{DESTDIR}\${folder}/\${archive}\" COMMAND_ERROR_IS_FATAL ANY)
+        endforeach()")
+endif()
