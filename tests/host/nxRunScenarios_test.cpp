@@ -19,7 +19,7 @@
 // What comes of it, to the byte. A part without a section is not looked at; but without "exit" the status is
 // 0, and without "errors", too, standard error is empty.
 //   exit: STATUS
-//   log: LINES              what stands above the summary; " | " parts lines that stand on one here
+//   log: LINES              what stands above the summary; here and in the summary " | " parts two lines, too
 //   errors: LINES           standard error, without the speed
 //   summary: ROWS           all that have the labels of these, and at last the labels that no row has
 //   record: LINES           those of --record
@@ -92,6 +92,7 @@ std::vector<Scenario> Read(const std::filesystem::path& file)
     for (std::string line; std::getline(stream, line);) {
         ++number;
         if (line.starts_with("== ") || line.starts_with("-- ")) {
+            section = nullptr;
             if (line.front() == '=') whole = scenarios.size();
             scenarios.push_back({file.string(), line.substr(3), number, {}});
             if (line.front() == '-') scenarios.back().sections = scenarios[whole].sections;
@@ -113,7 +114,7 @@ std::vector<Scenario> Read(const std::filesystem::path& file)
     }
     for (Scenario& scenario : scenarios)
         for (Section& known : scenario.sections)
-            if (known.key == "log") Replace(known.text, " | ", "\n");
+            if (known.key == "log" || known.key == "summary") Replace(known.text, " | ", "\n");
     // What expects nothing is there for its variants.
     std::erase_if(scenarios, [](const Scenario& scenario) {
         return std::ranges::none_of(scenario.sections,
