@@ -1,5 +1,6 @@
 # The installed package: libraries, headers below include/scriptFramework (so that the quoted includes resolve),
-# algoserver, and find_package(scriptFramework) with scriptFramework::scriptFramework and scriptFramework::host.
+# algoserver, and find_package(scriptFramework) with scriptFramework::scriptFramework and, as the component host,
+# scriptFramework::host. Only the host needs SQLite, zlib and zstd, so it is exported apart.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -10,12 +11,15 @@ add_library(scriptFramework::host ALIAS nx_host)
 
 get_property(floors GLOBAL PROPERTY NX_FLOORS)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/scriptFramework)
+list(REMOVE_ITEM floors nx_host)
 install(TARGETS ${floors} EXPORT scriptFrameworkTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS nx_host EXPORT scriptFrameworkHostTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS algoserver RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 foreach(folder base indicators quant api scriptFramework host)
     install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scriptFramework FILES_MATCHING PATTERN "*.h")
 endforeach()
 install(EXPORT scriptFrameworkTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir})
+install(EXPORT scriptFrameworkHostTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/scriptFrameworkConfig.cmake.in scriptFrameworkConfig.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(scriptFrameworkConfigVersion.cmake COMPATIBILITY SameMinorVersion)

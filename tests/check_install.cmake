@@ -12,6 +12,7 @@ file(REMOVE_RECURSE ${SCRATCH})
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${SCRATCH}/prefix)
 run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/embedding -B ${SCRATCH}/build -G Ninja
     -DCMAKE_PREFIX_PATH=${SCRATCH}/prefix -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
+    -DCMAKE_DISABLE_FIND_PACKAGE_SQLite3=ON -DCMAKE_DISABLE_FIND_PACKAGE_ZLIB=ON  # the library needs neither
     "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" -DCMAKE_BUILD_TYPE=Debug)
 run(${CMAKE_COMMAND} --build ${SCRATCH}/build)
 
