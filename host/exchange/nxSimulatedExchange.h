@@ -14,7 +14,7 @@
 
 struct nxExchangeOptions
 {
-    nxFillModel fills = nxFillModel::Queue;
+    const nxFillModel* fills = &nxFillModel::GetDefault();
     nxLatency request;  // from the script to the exchange
     nxLatency answer;   // and back
     unsigned long long seed = 1;
@@ -137,9 +137,9 @@ public:
 private:
     struct Market
     {
-        Market(const Product& which, nxFillModel model, nxExactRandom& random,
+        Market(const Product& which, const nxFillRule& rule, nxExactRandom& random,
                nxExchangeBook::Listener& listener)
-            : product(which), book(*which.market, model, random, listener)
+            : product(which), book(*which.market, rule, random, listener)
         {
         }
 
@@ -198,7 +198,7 @@ private:
     void _ArriveCancel(nxExchangeOrder& order);
     Refusal _FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given) const;
     Refusal _FindOwnTrade(const nxExchangeOrder& order) const;
-    bool _SetTrail(nxExchangeOrder& order) const;
+    Refusal _SetTrail(nxExchangeOrder& order) const;
     void _SetExpiry(nxExchangeOrder& order);
     void _Expire(long long time);
     void _Enter(nxExchangeOrder& order);

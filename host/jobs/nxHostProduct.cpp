@@ -134,14 +134,14 @@ double nxHostProduct::_GetDayPandL() const
     return _account.GetKeeper().GetDayProfit(GetMark()).GetAsDecimal().GetAsDouble();
 }
 
-nxDecimal nxHostProduct::_GetOwnBest(bool isBuy) const
+nxDecimal nxHostProduct::_GetOwnBest(nxSide side) const
 {
     nxHostJob& job = GetOwner();
     nxHostServices& services = job.GetServices();
     if (!services.HasExchange()) return {};
     return services.GetExchange()
         .GetBook(services.GetExchangeProduct(*this))
-        .GetOwnBest(isBuy, job.GetIndex());
+        .GetOwnBest(side, job.GetIndex());
 }
 
 void nxHostProduct::Describe(const nxDecimal& tickSize)

@@ -87,8 +87,8 @@ protected:
     void _GetPriceSnapshot(nxPrice& price) const override { price = _market.GetPrice(); }
     void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = _market.GetDepth(); }
     void _GetState(nxProductStateBitMask& state) const override { state = _market.GetState(); }
-    nxDecimal _GetOwnBestAsk() const override { return _GetOwnBest(false); }
-    nxDecimal _GetOwnBestBid() const override { return _GetOwnBest(true); }
+    nxDecimal _GetOwnBestAsk() const override { return _GetOwnBest(nxSide::Sell); }
+    nxDecimal _GetOwnBestBid() const override { return _GetOwnBest(nxSide::Buy); }
     void _SetFlattenOnExit(bool flatten) override;
     double _GetDayPandL() const override;
     double _GetTotalPandL() const override;
@@ -101,7 +101,7 @@ protected:
     nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override;
 
 private:
-    nxDecimal _GetOwnBest(bool isBuy) const;
+    nxDecimal _GetOwnBest(nxSide side) const;
 
     const nxMarketProduct& _market;
     nxProductAccount _account;

@@ -82,9 +82,9 @@ void nxReplayServer::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
 {
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _GetMarketOf(product);
-    const bool isBuy = order.GetKind().isBuy;
-    order.GetOwner().AddFill(product, isBuy, fill);
-    market.everybody.AddFill(isBuy, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    const nxSide side = order.GetKind().side;
+    order.GetOwner().AddFill(product, side, fill);
+    market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
     if (std::ranges::find(market.traded, &product) == market.traded.end()) market.traded.push_back(&product);
     for (const auto& runner : _runners) {
         const auto known = runner->GetJob().GetProducts().find(market.product.GetName());

@@ -53,7 +53,8 @@ void nxReplayServer::_MakeStrategies()
         for (const nxProductLegDescription& description : _options.products[i].legs) {
             assert(indexes.contains(description.product));
             Market& leg = _GetMarket(indexes.at(description.product));
-            strategy.terms.legs.push_back({&leg.product, description.side == nxBuySell_Buy, {}, 1});
+            strategy.terms.legs.push_back(
+                {&leg.product, description.side == nxBuySell_Buy ? nxSide::Buy : nxSide::Sell, {}, 1});
             markets.push_back(&leg);
             const auto found = below.find(&leg);
             if (found != below.end())

@@ -73,7 +73,7 @@ TEST_F(RunEnvelope, WhatCanBeReadOnlyOnceIsRefused)
     EXPECT_EQ(nxRunEnvelope::FindObstacle(run.options), "");
     run.options.modules = {"/dev/null"};
     EXPECT_EQ(nxRunEnvelope::FindObstacle(run.options),
-              "--envelope reads everything three times, and /dev/null can be read only once");
+              "--envelope reads everything once for each fill model, and /dev/null can be read only once");
     run.options.data.push_back("-");
     EXPECT_NE(nxRunEnvelope::FindObstacle(run.options).find("and - can"), std::string::npos);
 }
