@@ -1,5 +1,7 @@
 #include "api/nxDataObjectCacheEntryTemplate.h"
 
+#include <utility>
+
 #include "api/nxDataObjectCache.h"
 #include "api/nxDataObjectCacheEntryGuard.h"
 #include "api/nxProductObserver.h"
@@ -95,12 +97,19 @@ template <class DataObject, class Observer, class Snapshot>
 template <class Visitor>
 void nxDataObjectCacheEntryTemplate<DataObject, Observer, Snapshot>::_WalkObservers(const Visitor& visit)
 {
-    const bool isInner = _notifying;
-    _notifying = true;
+    // An observer that throws ends the walk, as its end would.
+    struct Walk
+    {
+        nxDataObjectCacheEntryTemplate& entry;
+        const bool isInner = std::exchange(entry._notifying, true);
+        ~Walk()
+        {
+            entry._notifying = isInner;
+            if (!isInner) entry._FlushObserversToDetachDeferred();
+        }
+    } walk{*this};
     for (nxDataObjectCacheObserver* observer : _observers)
         visit(static_cast<Observer&>(*observer));
-    _notifying = isInner;
-    if (!isInner) _FlushObserversToDetachDeferred();
 }
 
 template <class DataObject, class Observer, class Snapshot>

@@ -13,7 +13,7 @@
 #include "base/log/nxLogEntriesQueue.h"
 #include "base/log/nxLogManager.h"
 #include "host/market/nxProductFile.h"
-#include "host/run/nxReplayServer.h"
+#include "host/run/nxRun.h"
 #include "host/run/nxRunArguments.h"
 #include "host/run/nxRunEnvelope.h"
 
@@ -123,7 +123,7 @@ int Run(RunArguments& arguments)
     std::signal(SIGINT, OnInterrupt);
     std::signal(SIGTERM, OnInterrupt);
     const nxRunResult result = arguments.envelope ? nxRunEnvelope::Run(options, std::cout, std::cerr)
-                                                  : nxReplayServer(options, std::cout, std::cerr).Run();
+                                                  : nxRun(options, std::cout, std::cerr).Run();
     const bool written = !std::cout.flush().fail();
     nxLogManager::GetLogEntriesQueue().RemoveDevice(&console);
     return written ? static_cast<int>(result) : Refuse("standard output cannot be written");

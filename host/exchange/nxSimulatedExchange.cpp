@@ -394,3 +394,20 @@ void nxSimulatedExchange::OnClose(unsigned int product, long long time)
     Market& market = *_markets[product];
     market.isOpen = market.opens = false;
 }
+
+void nxSimulatedExchange::OnEvent(unsigned int product, const nxFeedEvent& event)
+{
+    switch (event.kind) {
+        case nxFeedKind::Quote:
+            return OnQuote(product, event.quote, event.time);
+        case nxFeedKind::Bar:
+            return OnBar(product, event.bar, event.time);
+        case nxFeedKind::Depth:
+            return OnDepth(product, event.levels, event.time);
+    }
+}
+
+nxDecimal nxSimulatedExchange::GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const
+{
+    return GetBook(product).GetOwnBest(side, owner);
+}

@@ -10,7 +10,7 @@
 #include "base/enums/nxErrorEnum.h"
 #include "host/exchange/nxExchangeBook.h"
 #include "host/exchange/nxLatency.h"
-#include "host/market/nxTradingHours.h"
+#include "host/exchange/nxVenue.h"
 
 struct nxExchangeOptions
 {
@@ -22,41 +22,6 @@ struct nxExchangeOptions
     bool reportQueue = false;        // tell each move in a queue
 };
 
-// What the exchange tells about an order, as it stood right then.
-struct nxExchangeEvent
-{
-    enum class Kind {
-        Accepted,
-        ChildCreated,  // of a bracket; Accepted follows
-        Triggered,     // what was held is working now: a stop, or an order that waited for the opening
-        Filled,
-        Amended,
-        Cancelled,  // by request, by its own terms or by its date; reason tells
-        Rejected,
-        AmendRejected,
-        CancelRejected,
-        QueueMoved
-    };
-
-    Kind kind = Kind::Accepted;
-    unsigned int order = 0;
-    unsigned int owner = 0;
-    long long time = 0;  // at the exchange
-    long long due = 0;   // at the script
-    nxOrderStatusEnum status;
-    nxDecimal price, stopPrice;  // of the order
-    unsigned int volume = 0;
-    unsigned int executed = 0;
-    nxVolume ahead;  // in the queue; of an order that enters the market, before it takes what it can
-    nxDecimal fillPrice;
-    unsigned int fillVolume = 0;
-    bool isMaker = false;
-    nxFillCause cause = nxFillCause::Took;
-    bool isRequested = false;  // an amendment or the end of an order: by its owner
-    nxErrorEnum error;         // of what was rejected: the cause
-    std::string reason;
-};
-
 // A simulated exchange over recorded markets: takes requests, holds the orders, fills them by its model and
 // answers with events, each way after its latency. Requests and answers keep their order. Nothing of it
 // touches the recorded market. Used on the replay's thread; the same requests, data and seed give the same
@@ -65,74 +30,73 @@ struct nxExchangeEvent
 // The life of an order: pending until it arrives; rejected, or working; held while it is a stop that waits or
 // waits for the opening; partially filled; and in the end filled or deleted. docs/exchange.md tells it in
 // full.
-class nxSimulatedExchange : private nxExchangeBook::Listener
+class nxSimulatedExchange : public nxVenue, private nxExchangeBook::Listener
 {
 public:
-    struct Product
-    {
-        const nxMarketProduct* market = nullptr;  // outlives the exchange
-        nxDecimal tickSize;                       // null: any price will do
-        nxTradingHours hours;                     // empty: a day ends at midnight UTC
-        bool isOfBars = false;
-    };
-
     explicit nxSimulatedExchange(const nxExchangeOptions& options);
     ~nxSimulatedExchange();
 
     // Null for none; outlives the exchange.
     void SetObserver(nxExchangeObserver* observer) { _observer = observer; }
     // The number by which orders name it, from 0.
-    unsigned int AddProduct(const Product& product);
-    void SetTickSize(unsigned int product, const nxDecimal& tickSize);
+    unsigned int AddProduct(const Product& product) override;
+    void SetTickSize(unsigned int product, const nxDecimal& tickSize) override;
 
     // What the market shows already, of one that was open before the exchange was there.
-    void Join(unsigned int product, long long time);
+    void Join(unsigned int product, long long time) override;
 
     // Requests at the recorded time now. A new order has its number at once, from 1 on; a reserved one before
     // it is sent.
-    unsigned int Reserve();
-    void Submit(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
+    unsigned int Reserve() override;
+    void Submit(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
+                long long now) override;
     unsigned int Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
-    void Amend(unsigned int order, const nxOrderTerms& changes, long long now);
-    void Cancel(unsigned int order, long long now);
+    void Amend(unsigned int order, const nxOrderTerms& changes, long long now) override;
+    void Cancel(unsigned int order, long long now) override;
 
     // At the end of a run, where nothing travels any more and a market closes because its data end: the
     // order, an IOC one, takes what the book shows now.
-    void TakeAtOnce(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
+    void TakeAtOnce(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
+                    long long now) override;
 
     // Why an order with these terms makes no sense; null when it does. What depends on the market's state
     // is only known on arrival.
     static const char* FindFault(const nxOrderKind& kind, const nxOrderTerms& terms);
 
     // When something is due next, a request, an answer or an order's date; the last of all times for never.
-    long long GetNextTime() const;
+    long long GetNextTime() const override;
     // Carries out what is due up to that time.
-    void Advance(long long time);
-    bool IsEventDue(long long time) const { return !_events.empty() && _events.front().due <= time; }
+    void Advance(long long time) override;
+    bool IsEventDue(long long time) const override { return !_events.empty() && _events.front().due <= time; }
     // The next answer that has come in by that time.
-    bool PopEvent(nxExchangeEvent& event, long long time);
+    bool PopEvent(nxExchangeEvent& event, long long time) override;
 
     // What the market did, after the market shows it and Advance was called for its time. While a market is
     // closed nothing is filled in it; once it opens it begins with the next event of its data, until when
     // orders are held, since what is shown is from before.
+    void OnEvent(unsigned int product, const nxFeedEvent& event) override;
     void OnQuote(unsigned int product, const nxFeedQuote& quote, long long time);
     void OnDepth(unsigned int product, std::span<const nxFeedLevel> levels, long long time);
     void OnBar(unsigned int product, const nxFeedBar& bar, long long time);
-    void OnOpen(unsigned int product, long long time);
-    void OnClose(unsigned int product, long long time);
+    void OnOpen(unsigned int product, long long time) override;
+    void OnClose(unsigned int product, long long time) override;
 
     // Its owner knows that the order is over, and will neither ask for it nor send anything for it again.
-    void Release(unsigned int order);
+    void Release(unsigned int order) override;
     // One that was not released.
     const nxExchangeOrder& GetOrder(unsigned int order) const { return *_orders[order - _released - 1]; }
     // Null for a released one.
-    const nxExchangeOrder* FindOrder(unsigned int order) const
+    const nxExchangeOrder* FindOrder(unsigned int order) const override
     {
         return order <= _released ? nullptr : _orders[order - _released - 1];
     }
     // With those that were released.
-    unsigned int GetOrderCount() const { return _released + static_cast<unsigned int>(_orders.size()); }
+    unsigned int GetOrderCount() const override
+    {
+        return _released + static_cast<unsigned int>(_orders.size());
+    }
     const nxExchangeBook& GetBook(unsigned int product) const;
+    nxDecimal GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const override;
 
 private:
     struct Market

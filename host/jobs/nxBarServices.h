@@ -2,6 +2,7 @@
 
 #include <functional>
 
+class nxAlgoEventWindowObject;
 class nxAlgoTickDataObject;
 struct nxBarOrigin;
 struct nxFeedEvent;
@@ -9,8 +10,8 @@ class nxHostJob;
 class nxHostProduct;
 class nxHostTickDataCollection;
 
-// What tick data collections need of the server around their job. Calls come on the replay's thread, from
-// inside a callback or while a collection is fed.
+// What the collections and trade windows of a job need of the run around it. Calls come on the replay's
+// thread, from inside a callback or while a collection is fed.
 class nxBarServices
 {
 public:
@@ -27,6 +28,8 @@ public:
     virtual void DetachCollection(nxHostTickDataCollection& collection) = 0;
     // The bar under construction changed.
     virtual void DeliverTickData(nxHostJob& job, nxAlgoTickDataObject& tick) = 0;
+    // A trade window of the job has news. The one call that comes outside of the job's callbacks.
+    virtual void DeliverWindow(nxHostJob& job, nxAlgoEventWindowObject& window) = 0;
 
 protected:
     ~nxBarServices() = default;

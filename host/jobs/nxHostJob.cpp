@@ -7,12 +7,16 @@
 #include <utility>
 
 #include "host/jobs/nxBarServices.h"
-#include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxMarketServices.h"
+#include "host/jobs/nxNewsServices.h"
+#include "host/jobs/nxOrderServices.h"
+#include "host/jobs/nxStoreServices.h"
+#include "host/jobs/nxTimerServices.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 #include "scriptFramework/analytics/nxAlgoLibraryObject.h"
 
-nxHostJob::nxHostJob(nxHostServices& services, const nxJobOptions& options, unsigned int index,
+nxHostJob::nxHostJob(const nxHostServices& services, const nxJobOptions& options, unsigned int index,
                      const std::string& logName)
     : _services(services),
       _options(options),
@@ -37,36 +41,36 @@ nxErrorEnum nxHostJob::Start()
 
 nxAlgoVorantJobCollectionObject* nxHostJob::GetVorantJobs()
 {
-    if (_watchedJobs == nullptr) _watchedJobs = std::make_unique<nxWatchedJobs>(_services, *this);
+    if (_watchedJobs == nullptr) _watchedJobs = std::make_unique<nxWatchedJobs>(*_services.news, *this);
     return _watchedJobs.get();
 }
 
 nxAlgoDataStoreObject* nxHostJob::GetDataStore(const std::string& name, bool create)
 {
-    return _services.GetDataStore(*this, name, create);
+    return _services.stores->GetDataStore(*this, name, create);
 }
 
 nxAlgoProductObject* nxHostJob::GetProduct(const std::string& productName)
 {
     const auto known = _products.find(productName);
     if (known != _products.end()) return known->second.get();
-    const nxMarketProduct* market = _services.FindMarket(productName);
+    const nxMarket* const market = _services.markets->FindMarket(productName);
     if (market == nullptr) {
-        _services.NoteUnknownProduct(*this, productName);
+        _services.markets->NoteUnknownProduct(*this, productName);
         return nullptr;
     }
     const auto id = static_cast<unsigned int>(_products.size() + 1);
     std::unique_ptr<nxHostProduct>& product = _products[productName];
     product = std::make_unique<nxHostProduct>(this, *market, id);
-    _services.Describe(*product);
+    _services.markets->NoteProduct(*product);
     return product.get();
 }
 
-void nxHostJob::NoteRequest()
+void nxHostJob::NoteRequest(const nxHostOrder& order)
 {
     _status.SetTransactionCount(++_requestCount);
     _NoteChange(_changes.status);
-    _services.NoteRequest(*this);
+    _services.orders->NoteRequest(order);
 }
 
 void nxHostJob::AddFill(nxHostProduct& product, nxSide side, const nxExchangeEvent& fill)
@@ -118,7 +122,7 @@ void nxHostJob::Close(nxHostProduct& product, bool atOnce)
                                              atOnce);
 }
 
-std::vector<std::string> nxHostJob::DescribeExits(const std::function<std::string(nxHostProduct&)>& why)
+std::vector<std::string> nxHostJob::DescribeExits(const std::function<std::string(const nxHostProduct&)>& why)
 {
     std::vector<std::string> texts;
     for (const auto& [name, product] : _products) {
@@ -160,23 +164,23 @@ nxAlgoOrderObject* nxHostJob::CreateOrder(nxAlgoProductObject* product, const st
                                           const std::string& time, const std::string& spreadSpec)
 {
     auto& known = static_cast<nxHostProduct&>(*product);  // every product of the job is one
-    const unsigned int id = _services.ReserveOrder();
+    const unsigned int id = _services.orders->ReserveOrder();
     const nxHostOrder::Texts texts{side, type, exec, time, spreadSpec};
     _orders.push_back(std::make_unique<nxHostOrder>(*this, known, texts, id));
-    _services.NoteOrder(*_orders.back());
+    _services.orders->NoteOrder(*_orders.back());
     return _orders.back().get();
 }
 
 nxHostOrder& nxHostJob::AddChild(const nxExchangeOrder& child, nxHostOrder& parent)
 {
     _orders.push_back(std::make_unique<nxHostOrder>(*this, parent.GetHostProduct(), child, parent));
-    _services.NoteOrder(*_orders.back());
+    _services.orders->NoteOrder(*_orders.back());
     return *_orders.back();
 }
 
 nxAlgoOrderObject* nxHostJob::GetOrder(unsigned int id)
 {
-    nxHostOrder* const order = _services.FindOrder(id);
+    nxHostOrder* const order = _services.orders->FindOrder(id);
     if (order == nullptr || &order->GetOwner() == this) return order;
     std::unique_ptr<nxHostOrder>& view = _foreignOrders[id];
     if (view == nullptr) {
@@ -189,7 +193,7 @@ nxAlgoOrderObject* nxHostJob::GetOrder(unsigned int id)
 
 void nxHostJob::OnTickData(nxAlgoTickDataObject& tick)
 {
-    _services.GetBars().DeliverTickData(*this, tick);
+    _services.bars->DeliverTickData(*this, tick);
 }
 
 nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, std::initializer_list<nxMarketEvent> events,
@@ -199,7 +203,7 @@ nxErrorEnum nxHostJob::_Want(nxAlgoProductObject* object, std::initializer_list<
     for (const nxMarketEvent event : events) {
         if (!product.Want(event, change)) continue;
         _subscribed = true;
-        _services.NoteSubscription(*this, product, event);
+        _services.markets->NoteSubscription(*this, product, event);
     }
     return {};
 }
@@ -271,17 +275,17 @@ void nxHostJob::WantTrades(nxHostProduct& product, int change)
 
 void nxHostJob::StartEventWindowTimer(nxAlgoEventWindowObject* window, double seconds)
 {
-    _services.StartTimer(*this, *window, seconds);
+    _services.timers->StartTimer(*this, *window, seconds);
 }
 
 void nxHostJob::StopEventWindowTimer(nxAlgoEventWindowObject* window)
 {
-    _services.StopTimer(*this, *window);
+    _services.timers->StopTimer(*this, *window);
 }
 
 void nxHostJob::OnEventWindow(nxAlgoEventWindowObject& window)
 {
-    _services.DeliverWindow(*this, window);
+    _services.bars->DeliverWindow(*this, window);
 }
 
 nxAlgoDataSeriesObject* nxHostJob::CreateDataSeries()

@@ -14,12 +14,11 @@
 #include "host/jobs/nxHostOrder.h"
 #include "host/jobs/nxHostOrders.h"
 #include "host/jobs/nxHostProduct.h"
+#include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxJobOptions.h"
 #include "host/jobs/nxWatchedJobs.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/job/nxQuietJobInterface.h"
-
-class nxHostServices;
 
 // One job of the reference host: the script's job object, what it was started with, the products it asked
 // for, what it shows to the jobs that watch it, and the bridge from the script to the server. Owned by the
@@ -35,7 +34,7 @@ public:
     };
 
     // The index counts the jobs of a run from 0. The options' account is also the owner that others see.
-    nxHostJob(nxHostServices& services, const nxJobOptions& options, unsigned int index,
+    nxHostJob(const nxHostServices& services, const nxJobOptions& options, unsigned int index,
               const std::string& logName);
 
     const std::string& GetName() const { return _options.name; }
@@ -45,6 +44,12 @@ public:
     // Ends the script, whose finalizers may still use this job and those that it watches.
     void Close() { _object.reset(); }
     const std::map<std::string, std::unique_ptr<nxHostProduct>>& GetProducts() const { return _products; }
+    // Null for one that the script has not asked for.
+    nxHostProduct* FindProduct(const std::string& name) const
+    {
+        const auto known = _products.find(name);
+        return known == _products.end() ? nullptr : known->second.get();
+    }
     bool HasSubscribed() const { return _subscribed; }
     void NoteSubscribed() { _subscribed = true; }
     const nxJobOptions& GetOptions() const { return _options; }
@@ -67,12 +72,12 @@ public:
     const nxVorantJobStatus& GetStatus();
     const std::string& GetReference() const { return _reference; }
 
-    nxHostServices& GetServices() { return _services; }
+    const nxHostServices& GetServices() const { return _services; }
     // In the order in which they came to be; they stay.
     const std::vector<std::unique_ptr<nxHostOrder>>& GetOwnOrders() const { return _orders; }
     // Of a bracket's order, when the exchange tells of it.
     nxHostOrder& AddChild(const nxExchangeOrder& child, nxHostOrder& parent);
-    void NoteRequest();
+    void NoteRequest(const nxHostOrder& order);
     void AddFill(nxHostProduct& product, nxSide side, const nxExchangeEvent& fill);
     // The market of a product that the job traded may have moved.
     void Revalue(nxHostProduct& product);
@@ -82,7 +87,7 @@ public:
     // Sends what closes the job's position in the product, if there is one.
     void Close(nxHostProduct& product, bool atOnce);
     // How the positions that were to be closed on exit ended; `why` tells it of one that is open.
-    std::vector<std::string> DescribeExits(const std::function<std::string(nxHostProduct&)>& why);
+    std::vector<std::string> DescribeExits(const std::function<std::string(const nxHostProduct&)>& why);
     const nxTradingStatistics& GetTrading();
     bool IsCrossProtected() const { return _crossProtected; }
     const std::string& GetOrderUserString() const { return _orderUserString; }
@@ -181,7 +186,7 @@ private:
     void _RecordFlag(const char* name, bool on);
     void _NoteChange(bool& change);
 
-    nxHostServices& _services;
+    const nxHostServices _services;
     nxJobOptions _options;
     unsigned int _index;
     std::string _logPrefix;

@@ -1,12 +1,14 @@
 #include "base/values/nxStringHelper.h"
 #include "host/jobs/nxHostJob.h"
-#include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxNewsServices.h"
+#include "host/jobs/nxOutputServices.h"
+#include "host/jobs/nxTimerServices.h"
 #include "scriptFramework/supervision/nxVorantAlgorithmSpec.h"
 
 void nxHostJob::_NoteChange(bool& change)
 {
     change = true;
-    _services.NoteChange(*this);
+    _services.news->NoteChange(*this);
 }
 
 const nxVorantJobStatus& nxHostJob::GetStatus()
@@ -19,15 +21,15 @@ const nxVorantJobStatus& nxHostJob::GetStatus()
 
 void nxHostJob::LogText(const std::string& text)
 {
-    _services.LogText(*this, text);
-    _services.Record(*this, "log", {{"text", text}});
+    _services.output->LogText(*this, text);
+    _services.output->Record(*this, "log", {{"text", text}});
 }
 
 void nxHostJob::SendUserState(const nxLogLevelEnum& level, const std::string& text)
 {
     const char* const name = level == nxLogLevel_Error ? "ERROR" : level == nxLogLevel_Warn ? "WARN" : "INFO";
-    _services.LogText(*this, std::string(name) + " " + text);
-    _services.Record(*this, "state", {{"level", name}, {"text", text}});
+    _services.output->LogText(*this, std::string(name) + " " + text);
+    _services.output->Record(*this, "state", {{"level", name}, {"text", text}});
     if (_status.GetUserStateLevel() == level && _status.GetUserStateText() == text) return;
     _status.SetUserStateLevel(level);
     _status.SetUserStateText(text);
@@ -37,7 +39,7 @@ void nxHostJob::SendUserState(const nxLogLevelEnum& level, const std::string& te
 void nxHostJob::_SendUserText(const char* type, void (nxVorantJobStatus::*set)(const std::string&),
                               const std::string& (nxVorantJobStatus::*get)() const, const std::string& text)
 {
-    _services.Record(*this, type, {{"text", text}});
+    _services.output->Record(*this, type, {{"text", text}});
     if ((_status.*get)() == text) return;
     (_status.*set)(text);
     _NoteChange(_changes.status);
@@ -60,13 +62,13 @@ void nxHostJob::SendUserText3(const std::string& text)
 
 bool nxHostJob::SendUserLog(const std::map<std::string, std::string>& fields, std::string&)
 {
-    _services.Record(*this, "userLog", {{"fields", &fields}});
+    _services.output->Record(*this, "userLog", {{"fields", &fields}});
     return true;
 }
 
 bool nxHostJob::SetParameter(const std::string& name, const std::string& value)
 {
-    _services.Record(*this, "outputParameter", {{"name", name}, {"value", value}});
+    _services.output->Record(*this, "outputParameter", {{"name", name}, {"value", value}});
     const auto [output, isNew] = _outputs.try_emplace(name);
     if (!isNew && output->second == value) return true;
     output->second = value;
@@ -77,47 +79,47 @@ bool nxHostJob::SetParameter(const std::string& name, const std::string& value)
 
 void nxHostJob::PublishParameter(const std::string& name, const std::string& value)
 {
-    _services.Record(*this, "published", {{"name", name}, {"value", value}});
+    _services.output->Record(*this, "published", {{"name", name}, {"value", value}});
 }
 
 void nxHostJob::SendParameter(const std::string& tag, const std::string& name, const std::string& value)
 {
-    _services.Record(*this, "sent", {{"tag", tag}, {"name", name}, {"value", value}});
-    _services.SetDynamicParameter(tag, name, value);
+    _services.output->Record(*this, "sent", {{"tag", tag}, {"name", name}, {"value", value}});
+    _services.news->SetDynamicParameter(tag, name, value);
 }
 
 std::string nxHostJob::GetDynamicParameter(const std::string& tag, std::string name)
 {
-    return _services.GetDynamicParameter(tag, name);
+    return _services.news->GetDynamicParameter(tag, name);
 }
 
 void nxHostJob::StartTimer(const std::string& name, unsigned int milliseconds)
 {
-    _services.Record(*this, "timerStart", {{"name", name}, {"interval", milliseconds}});
-    _services.StartTimer(*this, name, milliseconds);
+    _services.output->Record(*this, "timerStart", {{"name", name}, {"interval", milliseconds}});
+    _services.timers->StartTimer(*this, name, milliseconds);
 }
 
 void nxHostJob::StopTimer(const std::string& name)
 {
-    _services.Record(*this, "timerStop", {{"name", name}});
-    _services.StopTimer(*this, name);
+    _services.output->Record(*this, "timerStop", {{"name", name}});
+    _services.timers->StopTimer(*this, name);
 }
 
 void nxHostJob::Shutdown()
 {
-    _services.Record(*this, "shutdown", {});
-    _services.NoteShutdown(*this);
+    _services.output->Record(*this, "shutdown", {});
+    _services.news->NoteShutdown(*this);
 }
 
 void nxHostJob::SetTag(const std::string& tag)
 {
-    _services.Record(*this, "tag", {{"text", tag}});
+    _services.output->Record(*this, "tag", {{"text", tag}});
     _tag = tag;
 }
 
 void nxHostJob::SetReference(const std::string& text)
 {
-    _services.Record(*this, "reference", {{"text", text}});
+    _services.output->Record(*this, "reference", {{"text", text}});
     if (_reference == text) return;
     _reference = text;
     _NoteChange(_changes.rest);
@@ -127,18 +129,18 @@ void nxHostJob::SetReference(const std::string& text)
 void nxHostJob::SetOrderUserString(const std::string& text)
 {
     _orderUserString = text;
-    _services.Record(*this, "orderUserString1", {{"text", text}});
+    _services.output->Record(*this, "orderUserString1", {{"text", text}});
 }
 
 void nxHostJob::SetOrderUserString2(const std::string& text)
 {
     _orderUserString2 = text;
-    _services.Record(*this, "orderUserString2", {{"text", text}});
+    _services.output->Record(*this, "orderUserString2", {{"text", text}});
 }
 
 void nxHostJob::_RecordFlag(const char* name, bool on)
 {
-    _services.Record(*this, "flag", {{"name", name}, {"value", on}});
+    _services.output->Record(*this, "flag", {{"name", name}, {"value", on}});
 }
 
 void nxHostJob::SetShatterOnExit(bool on)
@@ -171,14 +173,14 @@ void nxHostJob::SetEnablePandL(bool on)
 bool nxHostJob::SetChartLine(const std::string& chart, const std::string& line, double value,
                              unsigned int colour)
 {
-    _services.Record(*this, "chartLine",
-                     {{"chart", chart}, {"line", line}, {"value", value}, {"colour", colour}});
+    _services.output->Record(*this, "chartLine",
+                             {{"chart", chart}, {"line", line}, {"value", value}, {"colour", colour}});
     return true;
 }
 
 bool nxHostJob::RemoveChartLine(const std::string& chart, const std::string& line)
 {
-    _services.Record(*this, "removeChartLine", {{"chart", chart}, {"line", line}});
+    _services.output->Record(*this, "removeChartLine", {{"chart", chart}, {"line", line}});
     return true;
 }
 
@@ -195,7 +197,7 @@ unsigned int nxHostJob::GetSelectedVolume() const
 
 void nxHostJob::SetSelectedPrice(const double& price)
 {
-    _services.Record(*this, "selectedPrice", {{"price", price}});
+    _services.output->Record(*this, "selectedPrice", {{"price", price}});
     if (price == _selectedPrice) return;
     _selectedPrice = price;
     // Null where it is none: others are shown a decimal.

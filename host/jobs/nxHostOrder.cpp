@@ -4,7 +4,9 @@
 #include <limits>
 
 #include "host/jobs/nxHostJob.h"
-#include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxOrderServices.h"
+#include "host/jobs/nxOutputServices.h"
+#include "host/jobs/nxTimerServices.h"
 #include "scriptFramework/orders/nxAlgoOrderParameters.h"
 
 namespace {
@@ -127,7 +129,7 @@ nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& te
     : nxHostOrder(job, product, GetKindOf(texts), id)
 {
     _state->spreadSpec = texts.spreadSpec;
-    _state->kind.product = job.GetServices().GetExchangeProduct(product);
+    _state->kind.product = job.GetServices().orders->GetVenueProduct(product);
     _state->kind.owner = job.GetIndex();
     _state->kind.crossProtected = job.IsCrossProtected();
 }
@@ -187,7 +189,7 @@ nxDecimal nxHostOrder::GetAveragePrice()
 
 unsigned int nxHostOrder::GetOrderQPos()
 {
-    const nxExchangeOrder* const order = _job.GetServices().GetExchange().FindOrder(_state->id);
+    const nxExchangeOrder* const order = _job.GetServices().orders->GetVenue()->FindOrder(_state->id);
     return order != nullptr && order->isResting && !order->kind.isMarket ? order->ahead.GetValue() : 0;
 }
 
@@ -230,7 +232,7 @@ const char* nxHostOrder::_FindEnd() const
 bool nxHostOrder::_WorkOrder(const nxAlgoOrderParameters& parameters)
 {
     if (const char* end = _FindEnd()) return _Refuse(end);
-    if (!_job.GetServices().MayTrade(_job)) return _Refuse("the job has ended");
+    if (!_job.GetServices().orders->MayTrade(_job)) return _Refuse("the job has ended");
     if (const std::string refusal = FindUnsupported(parameters); !refusal.empty()) return _Refuse(refusal);
     const nxOrderTerms changes = GetTermsOf(parameters);
     nxOrderTerms wanted = _state->terms;
@@ -238,35 +240,37 @@ bool nxHostOrder::_WorkOrder(const nxAlgoOrderParameters& parameters)
         wanted.Merge(amend);
     wanted.Merge(changes);
     if (const char* fault = nxSimulatedExchange::FindFault(_state->kind, wanted)) return _Refuse(fault);
-    nxSimulatedExchange& exchange = _job.GetServices().GetExchange();
-    const long long now = _job.GetServices().GetTime();
+    nxVenue& venue = *_job.GetServices().orders->GetVenue();
+    const long long now = _job.GetServices().timers->GetTime();
     if (_state->isSent) {
         _Record("amend", changes);
         _state->amends.push_back(changes);
-        exchange.Amend(_state->id, changes, now);
+        venue.Amend(_state->id, changes, now);
     } else {
         _Record("new", wanted);
         _state->terms = wanted;
         _state->isSent = true;
-        exchange.Submit(_state->id, _state->kind, wanted, now);
+        venue.Submit(_state->id, _state->kind, wanted, now);
     }
-    _job.NoteRequest();
+    _job.NoteRequest(*this);
     return true;
 }
 
 void nxHostOrder::Close(unsigned int volume, bool atOnce)
 {
-    nxHostServices& services = _job.GetServices();
+    const nxHostServices& services = _job.GetServices();
     _state->terms.volume = volume;
     _state->kind.crossProtected = _state->kind.crossProtected || atOnce;
     _state->isSent = true;
     _Record("flatten", _state->terms);
     if (atOnce) {
-        services.GetExchange().TakeAtOnce(_state->id, _state->kind, _state->terms, services.GetTime());
+        services.orders->GetVenue()->TakeAtOnce(_state->id, _state->kind, _state->terms,
+                                                services.timers->GetTime());
     } else {
-        services.GetExchange().Submit(_state->id, _state->kind, _state->terms, services.GetTime());
+        services.orders->GetVenue()->Submit(_state->id, _state->kind, _state->terms,
+                                            services.timers->GetTime());
     }
-    _job.NoteRequest();
+    _job.NoteRequest(*this);
 }
 
 bool nxHostOrder::_PullOrder(const nxVolume&)
@@ -281,38 +285,38 @@ const char* nxHostOrder::Pull()
     if (!_state->isSent) return "the order was never worked";
     _Record("pull", nxOrderTerms::MakeNoChange());
     _state->isCancelPending = _state->isPullUnanswered = true;
-    _job.GetServices().GetExchange().Cancel(_state->id, _job.GetServices().GetTime());
-    _job.NoteRequest();
+    _job.GetServices().orders->GetVenue()->Cancel(_state->id, _job.GetServices().timers->GetTime());
+    _job.NoteRequest(*this);
     return nullptr;
 }
 
 void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms)
 {
-    if (!_job.GetServices().IsRecording()) return;
+    if (!_job.GetServices().output->IsRecording()) return;
     const std::string expiry = terms.expiry.IsValid() ? terms.expiry.GetAsString() : std::string();
-    _job.GetServices().Record(_job, "order",
-                              {{"request", request},
-                               {"order", _state->id},
-                               {"product", _hostProduct.GetMarket().GetName()},
-                               {"side", nxGetText(_state->kind.side)},
-                               {"orderType", nxGetTypeText(_state->kind)},
-                               {"exec", nxGetText(_state->kind.execution)},
-                               {"timeInForce", nxGetText(_state->kind.duration)},
-                               {"spreadSpec", _state->spreadSpec},
-                               {"spreadInstance", _state->spreadInstance},
-                               Number("volume", terms.volume),
-                               Number("price", terms.price),
-                               Number("stopPrice", terms.stopPrice),
-                               Number("icebergMinPeakSize", terms.icebergMinPeak),
-                               Number("icebergMaxPeakSize", terms.icebergMaxPeak),
-                               Number("icebergThreshold", terms.icebergThreshold),
-                               Number("bracketProfit", terms.bracketProfit),
-                               Number("bracketStopLoss", terms.bracketStopLoss),
-                               Number("bracketStopLossLimit", terms.bracketStopLimit),
-                               {"expiryDate", expiry},
-                               {"reference", GetReference()},
-                               {"userString", _job.GetOrderUserString()},
-                               {"userString2", _job.GetOrderUserString2()}});
+    _job.GetServices().output->Record(_job, "order",
+                                      {{"request", request},
+                                       {"order", _state->id},
+                                       {"product", _hostProduct.GetMarket().GetName()},
+                                       {"side", nxGetText(_state->kind.side)},
+                                       {"orderType", nxGetTypeText(_state->kind)},
+                                       {"exec", nxGetText(_state->kind.execution)},
+                                       {"timeInForce", nxGetText(_state->kind.duration)},
+                                       {"spreadSpec", _state->spreadSpec},
+                                       {"spreadInstance", _state->spreadInstance},
+                                       Number("volume", terms.volume),
+                                       Number("price", terms.price),
+                                       Number("stopPrice", terms.stopPrice),
+                                       Number("icebergMinPeakSize", terms.icebergMinPeak),
+                                       Number("icebergMaxPeakSize", terms.icebergMaxPeak),
+                                       Number("icebergThreshold", terms.icebergThreshold),
+                                       Number("bracketProfit", terms.bracketProfit),
+                                       Number("bracketStopLoss", terms.bracketStopLoss),
+                                       Number("bracketStopLossLimit", terms.bracketStopLimit),
+                                       {"expiryDate", expiry},
+                                       {"reference", GetReference()},
+                                       {"userString", _job.GetOrderUserString()},
+                                       {"userString2", _job.GetOrderUserString2()}});
 }
 
 void nxHostOrder::Apply(const nxExchangeEvent& event)
@@ -339,10 +343,10 @@ void nxHostOrder::Apply(const nxExchangeEvent& event)
         _SetLastFill(event.fillPrice, event.fillVolume);
     }
     if (_update != nullptr) _MakeUpdate(event);
-    if (_job.GetServices().IsRecording()) _RecordEvent(event);
+    if (_job.GetServices().output->IsRecording()) _RecordEvent(event);
     // Nothing of it is on its way any more, and it lets nothing be sent.
     if (!IsOpen() && state.amends.empty() && !state.isPullUnanswered)
-        _job.GetServices().GetExchange().Release(state.id);
+        _job.GetServices().orders->GetVenue()->Release(state.id);
 }
 
 void nxHostOrder::_RecordEvent(const nxExchangeEvent& event)
@@ -351,7 +355,7 @@ void nxHostOrder::_RecordEvent(const nxExchangeEvent& event)
     const auto cause = std::ranges::find(CauseNames, event.cause, [](const auto& row) { return row.cause; });
     const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
     const std::string exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsString();
-    _job.GetServices().Record(
+    _job.GetServices().output->Record(
         _job, "orderEvent",
         {{"event", kind->name},
          {"order", event.order},

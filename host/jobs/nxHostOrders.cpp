@@ -1,7 +1,7 @@
 #include "host/jobs/nxHostOrders.h"
 
 #include "host/jobs/nxHostJob.h"
-#include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxOrderServices.h"
 
 nxHostOrders::nxHostOrders(nxHostJob& job, bool isOfJob)
     : nxAlgoOrderCollectionObject(&job), _job(job), _isOfJob(isOfJob)
@@ -12,11 +12,11 @@ nxAlgoOrderObject* nxHostOrders::GetOrder(unsigned int index)
 {
     if (index == 0 || index > GetCount()) return nullptr;
     if (_isOfJob) return _job.GetOwnOrders()[index - 1].get();
-    return _job.GetOrder(_job.GetServices().GetOrders()[index - 1]->GetID());
+    return _job.GetOrder(_job.GetServices().orders->GetOrders()[index - 1]->GetID());
 }
 
 unsigned int nxHostOrders::GetCount()
 {
     return static_cast<unsigned int>(_isOfJob ? _job.GetOwnOrders().size()
-                                              : _job.GetServices().GetOrders().size());
+                                              : _job.GetServices().orders->GetOrders().size());
 }

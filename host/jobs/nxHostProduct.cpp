@@ -6,20 +6,26 @@
 #include "host/jobs/nxHostDefinitionService.h"
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostOrder.h"
-#include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxHostTickDataCollection.h"
+#include "host/jobs/nxOrderServices.h"
+#include "host/jobs/nxOutputServices.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 
-nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id)
-    : nxAlgoProductObject(job, nxHostDefinitionService::GetIdentity(market.GetName(), market.IsStrategy()),
-                          id),
+nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarket& market, unsigned int id)
+    : nxAlgoProductObject(
+          job, nxHostDefinitionService::GetIdentity(market.product.GetName(), market.product.IsStrategy()),
+          id),
       _market(market),
-      _priceEvent(job, &market.GetPrice(), &market.GetPriceUpdate(), id),
-      _depthEvent(job, &market.GetDepth(), id),
+      _priceEvent(job, &GetMarket().GetPrice(), &GetMarket().GetPriceUpdate(), id),
+      _depthEvent(job, &GetMarket().GetDepth(), id),
       _stateEvent(job, id),
       _positionEvent(job, id)
 {
-    SetName(market.GetName());
+    SetName(GetMarket().GetName());
+    SetExchange(market.description.exchange);
+    if (market.description.pointValue.IsValid())
+        SetPointValue(nxMoney(market.description.pointValue, market.description.currency));
+    TakeTickSize();
 }
 
 nxHostProduct::~nxHostProduct()
@@ -33,7 +39,7 @@ nxHostProduct::~nxHostProduct()
 
 nxAlgoStateObject& nxHostProduct::GetStateEvent()
 {
-    _stateEvent.SetState(_market.GetState());
+    _stateEvent.SetState(GetMarket().GetState());
     return _stateEvent;
 }
 
@@ -62,7 +68,7 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
     nxTickDataPeriodEnum periodEnum;
     static_cast<void>(periodEnum.SetFromString(period));  // the library lets no other texts through
     auto collection = std::make_unique<nxHostTickDataCollection>(
-        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().GetBars().GetBarOrigin(*this));
+        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().bars->GetBarOrigin(*this));
     collection->LoadHistory();
     return collection.release();
 }
@@ -70,12 +76,12 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
 void nxHostProduct::SubscribePrices(nxAlgoTickDataCollectionObject* collection)
 {
     GetOwner().NoteSubscribed();
-    GetOwner().GetServices().GetBars().AttachCollection(static_cast<nxHostTickDataCollection&>(*collection));
+    GetOwner().GetServices().bars->AttachCollection(static_cast<nxHostTickDataCollection&>(*collection));
 }
 
 void nxHostProduct::UnsubscribePrices(nxAlgoTickDataCollectionObject* collection)
 {
-    GetOwner().GetServices().GetBars().DetachCollection(static_cast<nxHostTickDataCollection&>(*collection));
+    GetOwner().GetServices().bars->DetachCollection(static_cast<nxHostTickDataCollection&>(*collection));
 }
 
 nxAlgoEventWindowObject* nxHostProduct::_CreateEventWindow(double duration, double frequency)
@@ -101,7 +107,7 @@ void nxHostProduct::ForwardTrade()
     _isForwarding = true;
     const std::size_t count = _windows.size();
     for (std::size_t i = 0; i < count; ++i)
-        if (_windows[i] != nullptr) _windows[i]->OnPrice(_market.GetPriceUpdate());
+        if (_windows[i] != nullptr) _windows[i]->OnPrice(GetMarket().GetPriceUpdate());
     _isForwarding = false;
     std::erase(_windows, nullptr);
 }
@@ -121,7 +127,8 @@ void nxHostProduct::_SetFlattenOnExit(bool flatten)
 {
     _flattens = flatten;
     nxHostJob& job = GetOwner();
-    job.GetServices().Record(job, "flattenOnExit", {{"product", _market.GetName()}, {"value", flatten}});
+    job.GetServices().output->Record(job, "flattenOnExit",
+                                     {{"product", GetMarket().GetName()}, {"value", flatten}});
 }
 
 double nxHostProduct::_GetTotalPandL() const
@@ -136,18 +143,17 @@ double nxHostProduct::_GetDayPandL() const
 
 nxDecimal nxHostProduct::_GetOwnBest(nxSide side) const
 {
-    nxHostJob& job = GetOwner();
-    nxHostServices& services = job.GetServices();
-    if (!services.HasExchange()) return {};
-    return services.GetExchange()
-        .GetBook(services.GetExchangeProduct(*this))
-        .GetOwnBest(side, job.GetIndex());
+    const nxHostJob& job = GetOwner();
+    nxOrderServices& orders = *job.GetServices().orders;
+    const nxVenue* const venue = orders.GetVenue();
+    return venue == nullptr ? nxDecimal()
+                            : venue->GetOwnBest(orders.GetVenueProduct(*this), side, job.GetIndex());
 }
 
-void nxHostProduct::Describe(const nxDecimal& tickSize)
+void nxHostProduct::TakeTickSize()
 {
-    const nxPriceManipulator manipulator(tickSize);
-    SetTickSize(tickSize);
+    const nxPriceManipulator manipulator(_market.tickSize);
+    SetTickSize(_market.tickSize);
     SetPriceManipulator(manipulator);
     _depthEvent.SetPriceManipulator(manipulator);
 }

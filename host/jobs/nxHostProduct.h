@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "host/accounts/nxProductAccount.h"
-#include "host/market/nxMarketProduct.h"
+#include "host/market/nxMarket.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
 class nxHostJob;
@@ -19,7 +19,8 @@ enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, TradeWin
 class nxHostProduct : public nxAlgoProductObject
 {
 public:
-    nxHostProduct(nxAlgoJobInterface* job, const nxMarketProduct& market, unsigned int id);
+    // The market outlives the product.
+    nxHostProduct(nxAlgoJobInterface* job, const nxMarket& market, unsigned int id);
     // Ends its subscriptions while it is still a host's product, for the job to count.
     ~nxHostProduct() override;
 
@@ -28,22 +29,20 @@ public:
     void SubscribePrices(nxAlgoTickDataCollectionObject* collection) override;
     void UnsubscribePrices(nxAlgoTickDataCollectionObject* collection) override;
 
-    const nxMarketProduct& GetMarket() const { return _market; }
+    const nxMarketProduct& GetMarket() const { return _market.product; }
+    unsigned int GetMarketIndex() const { return _market.index; }
     nxAlgoPriceObject& GetPriceEvent() { return _priceEvent; }
     nxAlgoMarketDepthObject& GetDepthEvent() { return _depthEvent; }
     nxAlgoStateObject& GetStateEvent();
-    // Also the rule by which prices of scripts are rounded.
-    void Describe(const nxDecimal& tickSize);
+    // The market's, which is also the rule by which prices of scripts are rounded.
+    void TakeTickSize();
 
     nxHostJob& GetOwner() const;
     // What the job's own fills came to.
     nxProductAccount& GetAccount() { return _account; }
-    nxDecimal GetMark() const { return _account.GetMark(_market.GetPrice()); }
+    nxDecimal GetMark() const { return _account.GetMark(GetMarket().GetPrice()); }
     // Begins the job's account with nothing in it.
     void SetAccount(const nxProductAccount& account) { _account = account; }
-    // The server's number of the market.
-    unsigned int GetMarketIndex() const { return _marketIndex; }
-    void SetMarketIndex(unsigned int index) { _marketIndex = index; }
     // What the job's money counts of it.
     struct Value
     {
@@ -83,10 +82,10 @@ public:
     }
 
 protected:
-    bool _IsStrategy() const override { return _market.IsStrategy(); }
-    void _GetPriceSnapshot(nxPrice& price) const override { price = _market.GetPrice(); }
-    void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = _market.GetDepth(); }
-    void _GetState(nxProductStateBitMask& state) const override { state = _market.GetState(); }
+    bool _IsStrategy() const override { return GetMarket().IsStrategy(); }
+    void _GetPriceSnapshot(nxPrice& price) const override { price = GetMarket().GetPrice(); }
+    void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = GetMarket().GetDepth(); }
+    void _GetState(nxProductStateBitMask& state) const override { state = GetMarket().GetState(); }
     nxDecimal _GetOwnBestAsk() const override { return _GetOwnBest(nxSide::Sell); }
     nxDecimal _GetOwnBestBid() const override { return _GetOwnBest(nxSide::Buy); }
     void _SetFlattenOnExit(bool flatten) override;
@@ -103,9 +102,8 @@ protected:
 private:
     nxDecimal _GetOwnBest(nxSide side) const;
 
-    const nxMarketProduct& _market;
+    const nxMarket& _market;
     nxProductAccount _account;
-    unsigned int _marketIndex = 0;
     Value _value;
     bool _flattens = false;
     std::vector<nxHostOrder*> _closingOrders;

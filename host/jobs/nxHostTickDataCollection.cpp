@@ -2,7 +2,8 @@
 
 #include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostJob.h"
-#include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxOutputServices.h"
+#include "host/jobs/nxTimerServices.h"
 #include "indicators/nxIndicatorCatalogue.h"
 
 nxHostTickDataCollection::nxHostTickDataCollection(nxHostProduct& product, const std::string& period,
@@ -50,8 +51,8 @@ std::deque<nxTickData> nxHostTickDataCollection::_ReadBars(unsigned long long kn
         bars.push_back(*bar);
         if (bars.size() > most) bars.pop_front();
     };
-    nxHostServices& services = GetHostProduct().GetOwner().GetServices();
-    services.GetBars().ReadHistory(GetHostProduct(), [&](const nxFeedEvent& event) {
+    const nxHostServices& services = GetHostProduct().GetOwner().GetServices();
+    services.bars->ReadHistory(GetHostProduct(), [&](const nxFeedEvent& event) {
         if (event.kind == nxFeedKind::Bar) {
             take(_builder.Close(event.time));
             take(_builder.AddRow(event.bar, event.time));
@@ -60,8 +61,8 @@ std::deque<nxTickData> nxHostTickDataCollection::_ReadBars(unsigned long long kn
             static_cast<void>(_builder.AddTrade(_last, _lastVolume, event.quote.side, event.time));
         }
     });
-    take(_builder.Close(services.GetTime()));
-    _seen = services.GetBars().GetEventCount();
+    take(_builder.Close(services.timers->GetTime()));
+    _seen = services.bars->GetEventCount();
     return bars;
 }
 
@@ -69,7 +70,7 @@ void nxHostTickDataCollection::LoadHistory()
 {
     if (_source.hasRows && !_builder.CanFoldRows()) {
         nxHostJob& job = GetHostProduct().GetOwner();
-        job.GetServices().LogText(
+        job.GetServices().output->LogText(
             job, "no " + GetPeriod().GetAsString() + " bars of " + GetHostProduct().GetMarket().GetName() +
                      ": the rows of its bars file are " + std::to_string(_source.rowPeriod / 1'000'000'000) +
                      " seconds apart");
@@ -85,8 +86,8 @@ bool nxHostTickDataCollection::_Subscribe(bool realTime)
     if (_isSubscribed || (_source.hasRows && !_builder.CanFoldRows())) return true;
     _isSubscribed = true;
     _realTime = realTime;
-    nxHostServices& services = GetHostProduct().GetOwner().GetServices();
-    if (_seen != services.GetBars().GetEventCount()) {
+    const nxHostServices& services = GetHostProduct().GetOwner().GetServices();
+    if (_seen != services.bars->GetEventCount()) {
         _builder = nxBarBuilder(GetPeriod(), _source.hours, _source.rowPeriod, _source.rowsBearStart);
         for (const nxTickData& bar : _ReadBars(_completed, std::string::npos))
             AddTickData(bar, true);

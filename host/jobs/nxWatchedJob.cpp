@@ -2,9 +2,9 @@
 
 #include "base/threads/nxMutexGuard.h"
 #include "host/jobs/nxHostJob.h"
-#include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxNewsServices.h"
 
-nxWatchedJob::nxWatchedJob(nxHostServices& services, nxHostJob& watcher, nxHostJob& watched)
+nxWatchedJob::nxWatchedJob(nxNewsServices& services, nxHostJob& watcher, nxHostJob& watched)
     : nxAlgoVorantJobObject(&watcher), _services(services), _watcher(watcher), _watched(watched)
 {
     _owner = watched.GetOptions().account;

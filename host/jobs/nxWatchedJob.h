@@ -3,14 +3,14 @@
 #include "scriptFramework/supervision/nxAlgoVorantJobObject.h"
 
 class nxHostJob;
-class nxHostServices;
+class nxNewsServices;
 
 // One job as another one's script sees it. Owned by the watching job; the watched one lives as long as the
 // run. Used on the replay's thread.
 class nxWatchedJob : public nxAlgoVorantJobObject
 {
 public:
-    nxWatchedJob(nxHostServices& services, nxHostJob& watcher, nxHostJob& watched);
+    nxWatchedJob(nxNewsServices& services, nxHostJob& watcher, nxHostJob& watched);
 
     nxHostJob& GetWatched() { return _watched; }
     // The script wants to hear of its changes.
@@ -25,7 +25,7 @@ protected:
     nxErrorEnum _Subscribe() override;
 
 private:
-    nxHostServices& _services;
+    nxNewsServices& _services;
     nxHostJob& _watcher;
     nxHostJob& _watched;
     bool _subscribed = false;

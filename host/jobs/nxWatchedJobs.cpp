@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "host/jobs/nxHostJob.h"
-#include "host/jobs/nxHostServices.h"
+#include "host/jobs/nxNewsServices.h"
 
-nxWatchedJobs::nxWatchedJobs(nxHostServices& services, nxHostJob& watcher)
+nxWatchedJobs::nxWatchedJobs(nxNewsServices& services, nxHostJob& watcher)
     : nxAlgoVorantJobCollectionObject(&watcher)
 {
     for (nxHostJob* watched : services.GetOtherJobs(watcher))

@@ -11,7 +11,7 @@
 class nxWatchedJobs : public nxAlgoVorantJobCollectionObject
 {
 public:
-    nxWatchedJobs(nxHostServices& services, nxHostJob& watcher);
+    nxWatchedJobs(nxNewsServices& services, nxHostJob& watcher);
 
     // Null for the watcher itself.
     nxWatchedJob* Find(const nxHostJob& watched);

@@ -50,6 +50,20 @@ struct nxJobStatistics
     {
         return callbacks[static_cast<std::size_t>(callback)];
     }
+    // Null when the same was known already, or when there are too many to keep one more: a script whose every
+    // message differs would otherwise grow the list without end.
+    const Failure* AddFailure(nxScriptFailure what, std::optional<nxCallback> callback,
+                              std::optional<long long> time)
+    {
+        constexpr std::size_t mostKept = 100;
+        for (Failure& known : failures) {
+            if (known.callback != callback || known.what.message != what.message) continue;
+            ++known.count;
+            return nullptr;
+        }
+        if (failures.size() >= mostKept) return nullptr;
+        return &failures.emplace_back(Failure{std::move(what), callback, time, 1});
+    }
     bool IsAnyDelivered() const
     {
         for (std::size_t i = 0; i < callbacks.size(); ++i) {

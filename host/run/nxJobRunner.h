@@ -12,7 +12,7 @@
 class nxJobRunner
 {
 public:
-    nxJobRunner(nxHostServices& services, const nxJobOptions& options, unsigned int index,
+    nxJobRunner(const nxHostServices& services, const nxJobOptions& options, unsigned int index,
                 const std::string& logName, nxScriptSource source, nxJobStatistics& statistics)
         : _source(std::move(source)), _statistics(statistics), _job(services, options, index, logName)
     {

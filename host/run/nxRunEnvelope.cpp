@@ -11,7 +11,7 @@
 
 #include "base/log/nxLogManager.h"
 #include "host/report/nxRunSummary.h"
-#include "host/run/nxReplayServer.h"
+#include "host/run/nxRun.h"
 
 namespace {
 
@@ -94,7 +94,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     };
     nxRunOptions main = options;
     main.progressLabel = label(first, 1);
-    nxReplayServer server(main, out, err);
+    nxRun server(main, out, err);
     nxRunResult worst = server.Run();
     std::vector<nxRunSummary::Model> models = {
         {first.name, server.GetStatistics(), FindFailure(server.GetStatistics(), worst, "")}};
@@ -115,7 +115,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
         std::ostringstream errors;
         std::ostream nowhere(nullptr);
         const Silence silence;
-        nxReplayServer extra(other, nowhere, errors);
+        nxRun extra(other, nowhere, errors);
         const nxRunResult result = extra.Run();
         if (isInterrupted()) {
             left = model->name;

@@ -2,21 +2,11 @@
 
 #include "host/jobs/nxHostJob.h"
 
-namespace {
-
-// Far away is never: no recording reaches beyond.
-long long Later(long long time, long long interval)
-{
-    return time > nxTimerQueue::Never - interval ? nxTimerQueue::Never : time + interval;
-}
-
-}  // namespace
-
 void nxTimerQueue::_Start(const Key& key, long long now, long long interval)
 {
     _Stop(key);
     const auto [timer, isNew] = _timers.emplace(key, Timer{{}, interval});
-    timer->second.place = {Later(now, interval), key.job->GetIndex(), _started++, &timer->first};
+    timer->second.place = {nxGetLater(now, interval), key.job->GetIndex(), _started++, &timer->first};
     _order.insert(timer->second.place);
 }
 
@@ -54,13 +44,32 @@ void nxTimerQueue::StopAll(nxHostJob& job)
     std::erase_if(_timers, [&](const auto& timer) { return timer.first.job == &job; });
 }
 
-nxTimerQueue::Due nxTimerQueue::Pop()
+void nxTimerQueue::_MoveFirst(long long due)
 {
     auto node = _order.extract(_order.begin());
-    const Key& key = *node.value().key;
-    Timer& timer = _timers.find(key)->second;
-    timer.place.due = Later(timer.place.due, timer.interval);
+    Timer& timer = _timers.find(*node.value().key)->second;
+    timer.place.due = due;
     node.value() = timer.place;
     _order.insert(std::move(node));
-    return {key.job, key.name, key.callback};
+}
+
+nxTimerQueue::Due nxTimerQueue::Pop()
+{
+    const Place& first = *_order.begin();
+    Due due = _GetDue(first);
+    _MoveFirst(nxGetLater(first.due, _timers.find(*first.key)->second.interval));
+    return due;
+}
+
+unsigned long long nxTimerQueue::Skip(long long until)
+{
+    const Place& first = *_order.begin();
+    if (until <= first.due) return 0;
+    const auto interval = static_cast<unsigned long long>(_timers.find(*first.key)->second.interval);
+    // Modulo 2^64, where the distance of any two times fits.
+    const unsigned long long count =
+        (static_cast<unsigned long long>(until) - static_cast<unsigned long long>(first.due)) / interval;
+    if (count != 0)
+        _MoveFirst(static_cast<long long>(static_cast<unsigned long long>(first.due) + count * interval));
+    return count;
 }

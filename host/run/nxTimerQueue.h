@@ -5,6 +5,8 @@
 #include <set>
 #include <string>
 
+#include "base/time/nxTimeConstants.h"
+
 class nxHostJob;
 class nxTimerCallback;
 
@@ -22,8 +24,6 @@ public:
         nxTimerCallback* callback;  // null: it is a script's
     };
 
-    static constexpr long long Never = 0x7fffffffffffffff;
-
     // Both in nanoseconds; an interval above 0.
     void Start(nxHostJob& job, const std::string& name, long long now, long long interval);
     void Stop(nxHostJob& job, const std::string& name);
@@ -32,9 +32,22 @@ public:
     void Stop(nxHostJob& job, nxTimerCallback& callback);
     void StopAll(nxHostJob& job);
 
-    long long GetNextTime() const { return _order.empty() ? Never : _order.begin()->due; }
+    long long GetNextTime() const { return _order.empty() ? nxNever : _order.begin()->due; }
     // Takes the first timer that is due next, and sets it to its next time. There must be one.
     Due Pop();
+    // The timer that is due next. There must be one.
+    Due GetNext() const { return _GetDue(*_order.begin()); }
+    // When the first timer is due of which is(timer) holds.
+    template <class Is>
+    long long GetNextTimeOf(Is is) const
+    {
+        for (const Place& place : _order)
+            if (is(_GetDue(place))) return place.due;
+        return nxNever;
+    }
+    // Leaves out the times of the timer that is due next, but for the last one that is not after `until`.
+    // Answers how many those are.
+    unsigned long long Skip(long long until);
 
 private:
     struct Key
@@ -61,6 +74,8 @@ private:
         long long interval;
     };
 
+    static Due _GetDue(const Place& place) { return {place.key->job, place.key->name, place.key->callback}; }
+    void _MoveFirst(long long due);
     void _Start(const Key& key, long long now, long long interval);
     void _Stop(const Key& key);
 

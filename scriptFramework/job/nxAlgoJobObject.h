@@ -38,6 +38,10 @@ public:
     // Bytes the script may hold before Lua tells it that there is not enough memory; 0 for no limit.
     void SetMemoryLimit(std::size_t bytes) { _engine.SetMemoryLimit(bytes); }
     const nxLuaPool& GetMemory() const { return _engine.GetMemory(); }
+    // Gives the script random numbers of its own, which the seed determines on every machine, and keeps it
+    // from changing the process's locale. Without this call jobs share both, as plain Lua does. Before the
+    // load.
+    void Isolate(unsigned long long seed) { _engine.Isolate(seed); }
 
     // nxError_NoOnInit without a global function OnInit, nxError_StartFailed when it or the prelude fails.
     [[nodiscard]] nxErrorEnum StartJob();

@@ -174,8 +174,10 @@ inline nxLuaClass::Key nxLuaClass::_FindKey(lua_State* L, unsigned int& row) con
     const nxLuaState& state = nxLuaState::Of(L);
     if (!state.AreMetatablesExposed()) {
         // Then Lua itself called, for a value with this class's metatable. (Or a debug hook that dug this
-        // function up: what it passes is checked before any use.) A key that is no text has no address.
-        const int found = state.References(_index).keys.Find(lua_tostring(L, 2));
+        // function up: what it passes is checked before any use.) A key that is no text has no address; asked
+        // for one, a number would become a text where it lies.
+        const void* const address = lua_type(L, 2) == LUA_TSTRING ? lua_tostring(L, 2) : nullptr;
+        const int found = state.References(_index).keys.Find(address);
         row = found < 0 ? 0 : static_cast<unsigned int>(found);
         return found == nxLuaKeyMap::Absent       ? Key::Unknown
                : found == nxLuaKeyMap::Metamethod ? Key::Metamethod

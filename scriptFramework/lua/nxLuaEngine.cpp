@@ -1,35 +1,49 @@
 #include "scriptFramework/lua/nxLuaEngine.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <lua.hpp>
+#include <memory>
 #include <string_view>
+#include <system_error>
 
 #include "base/values/nxStringHelper.h"
 #include "scriptFramework/lua/nxLuaClass.h"
+#include "scriptFramework/lua/nxLuaIsolation.h"
 
 namespace {
 
 constexpr char BinaryMark = LUA_SIGNATURE[0];
+constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 constexpr const char* BinaryRefused = "binary chunks are not accepted";
 constexpr int RoomToLoad = 128;  // values: the class metatables and the script
 
-// A binary chunk can break the state that loads it. Lua itself looks for the mark behind a leading # line.
+// A binary chunk can break the state that loads it. Lua engines look for the mark after a leading # line, and
+// one of them after a byte order mark, too.
 bool IsBinary(std::string_view text)
 {
+    if (text.starts_with(ByteOrderMark)) text.remove_prefix(ByteOrderMark.size());
     if (text.starts_with('#')) text.remove_prefix(std::min(text.size(), text.find('\n') + 1));
     return text.starts_with(BinaryMark);
 }
 
-bool IsBinaryFile(const std::string& path)
+// The file's content, read once: what is looked through is what is loaded, and a pipe loads, too. False and
+// the reason in `text` when it cannot be read.
+bool ReadFile(const std::string& path, std::string& text)
 {
-    std::ifstream file(path, std::ios::binary);
-    std::string head(1, static_cast<char>(file.get()));
-    if (head == "#") {
-        std::getline(file, head);
-        head.assign(1, static_cast<char>(file.get()));
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    char block[16 * 1024];
+    while (file != nullptr) {
+        const std::size_t count = std::fread(block, 1, sizeof block, file.get());
+        text.append(block, count);
+        if (count == 0 && !std::ferror(file.get())) return true;
+        if (count == 0) break;
     }
-    return IsBinary(head);
+    const std::string reason = std::system_category().message(errno);
+    text = (file == nullptr ? "cannot open " : "cannot read ") + path + ": " + reason;
+    return false;
 }
 
 // The position of the script line in "HEAD:LINE:TAIL", LINE between two colons behind the first closing
@@ -60,11 +74,16 @@ bool nxLuaEngine::LoadScript(const std::string& path)
         _ResetError();
         lua_State* L = _GetState();
         luaL_checkstack(L, 2, "no room for the script");
-        if (IsBinaryFile(path)) {
-            lua_pushstring(L, BinaryRefused);
+        std::string text;
+        const bool isRead = ReadFile(path, text);
+        if (!isRead || IsBinary(text)) {
+            lua_pushstring(L, isRead ? BinaryRefused : text.c_str());
             return false;
         }
-        return luaL_loadfile(L, path.c_str()) == 0 && lua_pcall(L, 0, LUA_MULTRET, 0) == 0;
+        // For the system's own interpreter; its line end stays, so that lines count as in the file.
+        if (text.starts_with('#')) text.erase(0, text.find('\n'));
+        return luaL_loadbuffer(L, text.data(), text.size(), ("@" + path).c_str()) == 0 &&
+               lua_pcall(L, 0, LUA_MULTRET, 0) == 0;
     });
 }
 
@@ -83,6 +102,15 @@ bool nxLuaEngine::LoadModule(const std::string& text)
         _state.MakeRoom();
         return _LoadAndRun(text);
     });
+}
+
+void nxLuaEngine::Isolate(unsigned long long seed)
+{
+    const auto isolate = [&] {
+        nxLuaIsolate(_GetState(), seed);
+        return true;
+    };
+    if (!_Guard(isolate)) throw std::bad_alloc();
 }
 
 bool nxLuaEngine::_LoadAndRun(const std::string& text)

@@ -50,6 +50,8 @@ public:
         _state.TuneCollector();
     }
     const nxLuaPool& GetMemory() const { return _state.GetPool(); }
+    // See nxLuaIsolate. Before the load, whose main chunk could keep the functions that it replaces.
+    void Isolate(unsigned long long seed);
 
     // Closes the Lua state ahead of the destructor, while what is bound to it still lives: finalizers of the
     // script run now, and may use it. Nothing else may be called behind.

@@ -22,11 +22,15 @@ bool ReadNumbers(lua_State* L, int index, std::vector<double>& out)
 
 }  // namespace
 
-unsigned int nxLuaTruncate(double number)
+long long nxLuaTruncateToLong(double number)
 {
     constexpr double limit = 9223372036854775808.0;  // 2^63
-    if (!(number > -limit - 1.0 && number < limit)) return 0;
-    return static_cast<unsigned int>(static_cast<unsigned long long>(static_cast<long long>(number)));
+    return number >= -limit && number < limit ? static_cast<long long>(number) : 0;
+}
+
+unsigned int nxLuaTruncate(double number)
+{
+    return static_cast<unsigned int>(nxLuaTruncateToLong(number));
 }
 
 bool nxLuaParameter::IsValid() const

@@ -6,8 +6,9 @@
 
 struct lua_State;
 
-// A number of a script as an unsigned 32-bit value: truncated toward zero to 64 bits, the low 32 kept. NaN
-// and what does not fit 64 bits give 0.
+// A number of a script truncated toward zero to 64 bits. NaN and what does not fit give 0.
+long long nxLuaTruncateToLong(double number);
+// The low 32 bits of that.
 unsigned int nxLuaTruncate(double number);
 
 // One argument of a bound call, read where it lies on the Lua stack. Belongs to its nxLuaParameters and shows

@@ -8,7 +8,9 @@
 #include <new>
 #include <stdexcept>
 
+#include "base/values/nxExactRandom.h"
 #include "scriptFramework/lua/nxLuaClass.h"
+#include "scriptFramework/lua/nxLuaPatternGuard.h"
 
 namespace {
 
@@ -111,6 +113,7 @@ nxLuaState::nxLuaState()
     lua_atpanic(_L, OnPanic);
     luaL_openlibs(_L);
     _WatchMetatableAccess();
+    nxLuaGuardPatterns(_L);
     TuneCollector();
     // Loads leave the class metatables on the stack and look-ups of callbacks their values.
     luaL_checkstack(_L, 128, "no room for the engine");
@@ -130,7 +133,7 @@ void nxLuaState::Close()
 nxLuaState& nxLuaState::Of(lua_State* L)
 {
     void* userData = nullptr;
-    lua_getallocf(L, &userData);
+    if (lua_getallocf(L, &userData) != LuaAllocator) luaL_error(L, "not a state of nxLuaEngine");
     return *static_cast<nxLuaState*>(userData);
 }
 

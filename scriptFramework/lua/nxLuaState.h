@@ -2,11 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
 struct lua_State;
+class nxExactRandom;
 
 // The error value at the top of the stack as a text, also of a script that raises something else than a
 // string.
@@ -137,9 +139,12 @@ public:
     // Nothing else may be called behind.
     void Close();
 
+    // Raises a Lua error for a lua_State that no nxLuaState has opened.
     static nxLuaState& Of(lua_State* L);
     lua_State* GetState() const { return _L; }
     nxLuaPool& GetPool() { return _pool; }
+    // The script's own random numbers; null for one that has the process's.
+    std::unique_ptr<nxExactRandom> random;
 
     ClassReferences& References(unsigned int classIndex);
     const ClassReferences& References(unsigned int classIndex) const { return _classes[classIndex]; }

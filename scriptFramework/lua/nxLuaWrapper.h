@@ -32,6 +32,8 @@ public:
         bool (T::*setter)(const nxLuaParameter&);  // null: read-only, a write is ignored
     };
 
+    // Register and Push serve states of nxLuaEngine alone. On any other they raise the Lua error "not a state
+    // of nxLuaEngine", so call them there, if at all, inside a protected call.
     static void Register(lua_State* L) { _class.Register(L); }
 
     // Leaves a new wrapper table on the stack. The object stays its owner's and must outlive the script's

@@ -1,6 +1,9 @@
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
 
+#include <cmath>
+#include <functional>
 #include <iterator>
+#include <limits>
 
 #include "base/enums/nxRoundingMethodEnum.h"
 #include "base/records/nxMarketDepth.h"
@@ -83,37 +86,43 @@ bool nxAlgoMarketDepthObject::askQty(nxLuaParameters& parameters, nxLuaResults& 
     return true;
 }
 
+// What no decimal can hold becomes the greatest one of its sign, so that it is beyond every level; NaN stays
+// null.
 nxDecimal nxAlgoMarketDepthObject::_ToPrice(double number) const
 {
     nxDecimal price;
     price.SetFromDouble(number, 4);
     price.SetFromDouble(number, _priceManipulator.NumberOfDecimalPlaces(price));
     _priceManipulator.RoundToValidPrice(nxRoundingMethodEnum(nxRoundingMethod_Nearest), price);
-    return price;
+    if (price.IsValid() || std::isnan(number)) return price;
+    constexpr long long greatest = std::numeric_limits<long long>::max();
+    return nxDecimal::FromMantissa(number < 0 ? -greatest : greatest, 0);
+}
+
+// Adds up the levels from `first` on, the best one, as long as they are no worse than the price.
+template <class Level, class IsWithin>
+bool nxAlgoMarketDepthObject::_GiveVolume(nxLuaParameters& parameters, nxLuaResults& results, Level first,
+                                          Level last, IsWithin isWithin) const
+{
+    if (parameters.Count() != 1) return results.Fail("Invalid parameters. Requires price");
+    const nxDecimal price = _ToPrice(parameters.Parameter(1).GetNumber());
+    unsigned int volume = 0;
+    for (; price.IsValid() && first != last && isWithin(first->first, price); ++first)
+        volume += first->second.volume;
+    results.Add(volume);
+    return true;
 }
 
 bool nxAlgoMarketDepthObject::getBidVolumeAtPrice(nxLuaParameters& parameters, nxLuaResults& results)
 {
-    if (parameters.Count() != 1) return results.Fail("Invalid parameters. Requires price");
-    const nxDecimal price = _ToPrice(parameters.Parameter(1).GetNumber());
     const Levels& bids = _marketDepth->GetBidMap();
-    unsigned int volume = 0;
-    for (auto level = bids.rbegin(); level != bids.rend() && level->first >= price; ++level)
-        volume += level->second.volume;
-    results.Add(volume);
-    return true;
+    return _GiveVolume(parameters, results, bids.rbegin(), bids.rend(), std::greater_equal());
 }
 
 bool nxAlgoMarketDepthObject::getAskVolumeAtPrice(nxLuaParameters& parameters, nxLuaResults& results)
 {
-    if (parameters.Count() != 1) return results.Fail("Invalid parameters. Requires price");
-    const nxDecimal price = _ToPrice(parameters.Parameter(1).GetNumber());
     const Levels& asks = _marketDepth->GetAskMap();
-    unsigned int volume = 0;
-    for (auto level = asks.begin(); level != asks.end() && level->first <= price; ++level)
-        volume += level->second.volume;
-    results.Add(volume);
-    return true;
+    return _GiveVolume(parameters, results, asks.begin(), asks.end(), std::less_equal());
 }
 
 bool nxAlgoMarketDepthObject::getBidPriceWithVolume(nxLuaParameters&, nxLuaResults&)

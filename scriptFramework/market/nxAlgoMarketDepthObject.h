@@ -51,6 +51,8 @@ private:
 
     static const Levels::value_type* _FindLevel(nxLuaParameters& parameters, const Levels& levels);
     nxDecimal _ToPrice(double number) const;
+    template <class Level, class IsWithin>
+    bool _GiveVolume(nxLuaParameters&, nxLuaResults&, Level first, Level last, IsWithin isWithin) const;
 
     const nxMarketDepth* _marketDepth = nullptr;
     unsigned int _id;

@@ -36,7 +36,9 @@ bool nxAlgoPriceTradeVolumesObject::getVolumeAtPrice(nxLuaParameters& parameters
         price.SetFromDouble(number, _tickSize.GetDecimalPlaces());
         price.Round(_tickSize, nxRoundingMethodEnum(nxRoundingMethod_Nearest));
     } else {
-        price.SetFromDouble(number, 10);
+        // Ten places leave no room for a price of a billion, which then gets as many as it can have.
+        for (int places = 10; !price.IsValid() && places >= 0; --places)
+            price.SetFromDouble(number, static_cast<unsigned char>(places));
         price.Normalise(0);
     }
     results.Add(_priceTradeVolumes.GetTradeVolume(price));

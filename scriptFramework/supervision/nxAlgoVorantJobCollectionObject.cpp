@@ -1,7 +1,5 @@
 #include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
 
-#include <cmath>
-
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobObject.h"
 
@@ -23,10 +21,10 @@ static_assert(nxIsBoundTable(Self::Properties));
 bool nxAlgoVorantJobCollectionObject::getVorantJob(nxLuaParameters& parameters, nxLuaResults& results)
 {
     if (parameters.Count() != 1) return false;
-    const double index = parameters.Parameter(1).GetNumber();
-    // The whole number, where the host gets its low 32 bits.
-    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Get Vorant job at index ", std::trunc(index) + 0.0);
-    results.AddObject(_GetVorantJob(nxLuaTruncate(index)));
+    // The log line has the whole number, of which the host gets the low 32 bits.
+    const long long index = nxLuaTruncateToLong(parameters.Parameter(1).GetNumber());
+    nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Get Vorant job at index ", index);
+    results.AddObject(_GetVorantJob(static_cast<unsigned int>(index)));
     return true;
 }
 

@@ -221,6 +221,26 @@ TEST_P(nxProductCacheTest, AWalkInsideAWalkLeavesTheOuterOneWhole)
     EXPECT_EQ(Bring(), "");
 }
 
+TEST_P(nxProductCacheTest, AnObserverThatThrowsIsStillLetGo)
+{
+    Attach(a, updates);
+    Attach(b, updates);
+    a.then = [&] {
+        cache.DetachObserver(a);
+        cache.DetachObserver(b);
+        throw std::runtime_error("a");
+    };
+    EXPECT_THROW(Update("1"), std::runtime_error);
+    Told();
+    Update("2");
+    EXPECT_EQ(Told(), "");
+    b.then = [&] { cache.DetachObserver(b); };  // put off to the end of its own walk, no further
+    Attach(b, updates);
+    Update("3");
+    Update("4");
+    EXPECT_EQ(Told(), "b:u3 ");
+}
+
 TEST_P(nxProductCacheTest, ARequesterHearsOfWhatIsNotThere)
 {
     // What is told of the snapshot, and of what follows.

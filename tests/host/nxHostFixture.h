@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "host/run/nxReplayServer.h"
+#include "host/run/nxRun.h"
 
 /** A run of the reference host over files that live as long as the test, in a folder of its own, named in all
    texts without that folder.
@@ -65,7 +65,7 @@ public:
     nxRunResult Run()
     {
         std::ostringstream outStream, errStream;
-        nxReplayServer server(options, outStream, errStream);
+        nxRun server(options, outStream, errStream);
         const nxRunResult result = server.Run();
         statistics = server.GetStatistics();
         out = Hide(outStream.str());

@@ -226,7 +226,7 @@ function OnPrice(p) if p.impliedBidPrice then log(s.priceOffset, implied(p)) els
     };
     std::ostream out(&buffer);
     std::ostringstream err;
-    nxReplayServer server(run.options, out, err);
+    nxRun server(run.options, out, err);
     EXPECT_EQ(server.Run(), nxRunResult::Done);
     const std::string log = run.Hide(buffer.str());
     EXPECT_EQ(log.substr(0, log.find("--- summary")), R"(01.000  A

@@ -1,4 +1,4 @@
-#include "host/run/nxReplayServer.h"
+#include "host/run/nxRun.h"
 
 #include <thread>
 

@@ -1,11 +1,13 @@
 #include "scriptFramework/lua/nxLuaEngine.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <lua.hpp>
+#include <thread>
 
 #include "tests/lua/nxProbe.h"
 
@@ -115,6 +117,8 @@ TEST(nxLuaEngine, AFailingFileLeavesItsMessageOnTheStackAlone)
         {"", ""},
         {"loaded = = 1", ":1: unexpected symbol near '='"},
         {"\nerror('boom')", ":2: boom"},
+        {"# first\nerror('boom')", ":2: boom"},
+        {"# first", ""},
     };
     for (const auto& [content, message] : rows) {
         SCOPED_TRACE(content);
@@ -131,9 +135,25 @@ TEST(nxLuaEngine, AFailingFileLeavesItsMessageOnTheStackAlone)
     EXPECT_FALSE(engine.LoadScript("/no/such/file.lua"));
     EXPECT_EQ(engine.GetLastError(), "");
     if (StackSurvivesLoads) {
-        EXPECT_TRUE(TakeText(engine).starts_with("cannot open")) << TakeText(engine);
+        EXPECT_EQ(TakeText(engine), "cannot open /no/such/file.lua: No such file or directory");
     }
     EXPECT_FALSE(engine.LoadScript(std::filesystem::temp_directory_path()));
+}
+
+// What can be read once only loads whole, and what is looked through for binary chunks is what is loaded.
+TEST(nxLuaEngine, LoadsFromAPipe)
+{
+    const TemporaryFile place("");
+    std::filesystem::remove(place.path);
+    ASSERT_EQ(mkfifo(place.path.c_str(), 0600), 0);
+    for (const std::string& content :
+         {"loaded = #[[" + std::string(100000, 'x') + "]]", std::string("\033Lua")}) {
+        std::thread writer([&] { std::ofstream(place.path, std::ios::binary) << content; });
+        nxProbeEngine engine;
+        EXPECT_EQ(engine.LoadScript(place.path), content[0] != '\033');
+        writer.join();
+        EXPECT_EQ(engine.GetGlobalNumber("loaded"), content[0] == '\033' ? 0 : 100000);
+    }
 }
 
 TEST(nxLuaEngine, RefusesBinaryChunks)
@@ -142,7 +162,8 @@ TEST(nxLuaEngine, RefusesBinaryChunks)
     ASSERT_EQ(binary.substr(0, 2), "\033L");
     const std::pair<const char*, std::string> rows[] = {
         {"plain", binary},
-        {"behind a # line", "#!/usr/bin/lua\n" + binary},
+        {"after a # line", "#!/usr/bin/lua\n" + binary},
+        {"after a byte order mark", "\xEF\xBB\xBF" + binary},
         {"the mark alone", "\033"},
     };
     for (const auto& [name, content] : rows) {

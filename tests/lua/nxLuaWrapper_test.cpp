@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <lua.hpp>
+
 #include "tests/lua/nxProbe.h"
 
 namespace {
@@ -21,6 +23,7 @@ TEST(nxLuaWrapper, ReadsAndWritesProperties)
         {"probe.readOnly = 'other'; return probe.readOnly, rawget(probe, 'readOnly')", "'fixed' nil"},
         {"probe.writeOnly = {}", ""},
         {"probe.mine = 3; return probe.mine, rawget(probe, 'mine'), probe:again().mine", "3 3 nil"},
+        {"probe[5] = 'five'; return probe[5], probe['5'], rawget(probe, 5)", "'five' nil 'five'"},
     });
     EXPECT_EQ(engine.probe.writes, "first=5;writeOnly=TABLE;");
 }
@@ -120,6 +123,23 @@ TEST(nxLuaWrapper, AForeignExceptionFailsTheCallWithAText)
     EXPECT_EQ(engine.GetLastError(), "C++ exception");
     engine.probe.body = [](auto&, auto&) { return true; };
     EXPECT_TRUE(function.Call());
+}
+
+TEST(nxLuaWrapper, RefusesAStateThatIsNoEngines)
+{
+    const std::unique_ptr<lua_State, void (*)(lua_State*)> foreign(luaL_newstate(), lua_close);
+    for (const lua_CFunction use : {lua_CFunction([](lua_State* L) {
+                                        nxLuaWrapper<nxProbe>::Register(L);
+                                        return 0;
+                                    }),
+                                    lua_CFunction([](lua_State* L) {
+                                        nxLuaWrapper<nxProbe>::Push(L, nullptr);
+                                        return 0;
+                                    })})
+    {
+        EXPECT_EQ(lua_cpcall(foreign.get(), use, nullptr), LUA_ERRRUN);
+        EXPECT_STREQ(lua_tostring(foreign.get(), -1), "not a state of nxLuaEngine");
+    }
 }
 
 TEST(nxLuaWrapper, AClearedPointerGivesNothing)

@@ -76,6 +76,14 @@ TEST_F(nxAlgoMarketDepthObjectTest, SumsVolumesFromTheBestPriceOutward)
                            {"it:getBidPriceWithVolume(1, 2, 3)", ""},
                            {"it:getAskPriceWithVolume()", ""},
                        });
+    // Beyond every decimal, with and without a tick; NaN is beyond nothing.
+    for (const char* tick : {"0", "0.01", "0.5"}) {
+        object.SetPriceManipulator(nxPriceManipulator(Price(tick)));
+        ExpectRows(object, {{"it:getAskVolumeAtPrice(math.huge), it:getBidVolumeAtPrice(math.huge)", "41 0"},
+                            {"it:getAskVolumeAtPrice(-1e19), it:getBidVolumeAtPrice(-1e19)", "0 12"},
+                            {"it:getAskVolumeAtPrice(1e17), it:getBidVolumeAtPrice(1e17)", "41 0"},
+                            {"it:getAskVolumeAtPrice(0/0), it:getBidVolumeAtPrice(0/0)", "0 0"}});
+    }
     book.SetAsk(Price("103"), 0xFFFFFFFDu);
     ExpectRows(object, {{"it:getAskVolumeAtPrice(103)", "38"}});  // 41 more than 2^32 - 3, cut to 32 bits
 }

@@ -49,13 +49,14 @@ TEST(nxAlgoPriceTradeVolumesObject, FindsVolumesByPrice)
 {
     nxScriptJob script;
     nxAlgoPriceTradeVolumesObject object(&script.host, 4);
-    object.UpdatePriceTradeVolumes(Trades({{"100.01", 5}, {"99.5", 7}, {"0.3", 9}}));
+    object.UpdatePriceTradeVolumes(Trades({{"100.01", 5}, {"99.5", 7}, {"0.3", 9}, {"1600000000.25", 2}}));
     const char* const needsOne = "error: priceTradeVolumes:getVolumeAtPrice requires one argument [price]";
-    // Without a tick size: to ten places.
+    // Without a tick size: to ten places, or as many as so large a price can have.
     ExpectRows(script, object,
                {{"it:getVolumeAtPrice(100.014)", "nil"},
                 {"it:getVolumeAtPrice(99.5)", "7"},
                 {"it:getVolumeAtPrice(0.1 + 0.2)", "9"},
+                {"it:getVolumeAtPrice(1600000000.25)", "2"},
                 {"it:getVolumeAtPrice(1e300)", "nil"},
                 {"it:getVolumeAtPrice()", needsOne}});
     object.SetTickSize(nxDecimal(1, 100, 2));

@@ -29,6 +29,8 @@ TEST(nxAlgoVorantJobCollectionObject, GivesTheJobsOfTheHost)
         {"jobs.count", "1", ""},
         {"jobs:getVorantJob(1.9).id", "7", logged + "1\n"},
         {"jobs:getVorantJob(2 ^ 32 + 1).id", "7", logged + "4294967297\n"},
+        {"jobs:getVorantJob(1e15), jobs:getVorantJob(-0.5)", "table table",
+         logged + "1000000000000000\n" + logged + "0\n"},
         {"jobs:getVorantJob(2), jobs:getVorantJob(2):stop()", "table", logged + "2\n" + logged + "2\n"},
         {"jobs:getVorantJob(2):getOutputParameter('a')", "", logged + "2\n"},
         {"jobs:getVorantJob(1, 2)", "error: ", ""},

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "host/exchange/nxExchangeEvent.h"
+#include "host/feed/nxFeedEvent.h"
+#include "host/market/nxTradingHours.h"
+
+class nxMarketProduct;
+
+// Where the orders of a run go: requests out, answers back as events with a time, in the order of their
+// times. A venue that simulates is told what the market does; one that is real knows. Used on the run's
+// thread; times are nanoseconds since 1970.
+class nxVenue
+{
+public:
+    struct Product
+    {
+        const nxMarketProduct* market = nullptr;  // outlives the venue
+        nxDecimal tickSize;                       // null: any price will do
+        nxTradingHours hours;                     // empty: a day ends at midnight UTC
+        bool isOfBars = false;
+    };
+
+    virtual ~nxVenue() = default;
+
+    // The number by which orders name it, from 0.
+    virtual unsigned int AddProduct(const Product& product) = 0;
+    virtual void SetTickSize(unsigned int product, const nxDecimal& tickSize) = 0;
+
+    // The number of a new order, from 1, which is sent later.
+    virtual unsigned int Reserve() = 0;
+    virtual void Submit(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
+                        long long now) = 0;
+    virtual void Amend(unsigned int order, const nxOrderTerms& changes, long long now) = 0;
+    virtual void Cancel(unsigned int order, long long now) = 0;
+    // At the end of a run: an IOC order that takes what is shown now, without a way to travel.
+    virtual void TakeAtOnce(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
+                            long long now) = 0;
+    // Its owner knows that the order is over, and will neither ask for it nor send anything for it again.
+    virtual void Release(unsigned int order) = 0;
+    // Null for a released one.
+    virtual const nxExchangeOrder* FindOrder(unsigned int order) const = 0;
+    // With those that were released.
+    virtual unsigned int GetOrderCount() const = 0;
+    // The best price of the owner's resting orders of a side; null for none.
+    virtual nxDecimal GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const = 0;
+
+    // When something is due next; nxNever where nothing is on its way.
+    virtual long long GetNextTime() const = 0;
+    // Carries out what is due up to that time.
+    virtual void Advance(long long time) = 0;
+    virtual bool IsEventDue(long long time) const = 0;
+    // The next answer that has come in by that time.
+    virtual bool PopEvent(nxExchangeEvent& event, long long time) = 0;
+
+    // A row of the market's data, after the market shows it and Advance was called for its time.
+    virtual void OnEvent(unsigned int product, const nxFeedEvent& event) = 0;
+    virtual void OnOpen(unsigned int product, long long time) = 0;
+    virtual void OnClose(unsigned int product, long long time) = 0;
+    // What the market shows already, of one that was open before the venue was there.
+    virtual void Join(unsigned int product, long long time) = 0;
+};

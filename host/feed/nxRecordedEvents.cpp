@@ -1,0 +1,55 @@
+#include "host/feed/nxRecordedEvents.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+
+bool nxRecordedEvents::Open(const std::vector<std::string>& paths,
+                            const std::vector<nxFeedProductTerms>& products)
+{
+    _paths = paths;
+    _terms = products;
+    if (_feed.Open(paths, products)) _next = _feed.Next();
+    _isAhead = true;
+    if (_next != nullptr) _firstTime = _next->time;
+    return _next != nullptr || !_feed.HasFailed();
+}
+
+nxEventSource::Step nxRecordedEvents::Next(long long deadline, const nxFeedEvent*& event)
+{
+    if (!_isAhead) {
+        _next = _feed.Next();
+        _isAhead = true;
+    }
+    if (_next == nullptr) return Step::End;
+    if (deadline <= _next->time) return Step::Deadline;
+    _isAhead = false;
+    event = _next;
+    return Step::Event;
+}
+
+long long nxRecordedEvents::GetHorizon() const
+{
+    return _isAhead && _next != nullptr ? _next->time : std::numeric_limits<long long>::min();
+}
+
+const std::string* nxRecordedEvents::FindReadOnce() const
+{
+    const auto found = std::ranges::find_if(_paths, [](const std::string& path) {
+        std::error_code ignored;
+        return !std::filesystem::is_regular_file(path, ignored);
+    });
+    return found == _paths.end() ? nullptr : &*found;
+}
+
+void nxRecordedEvents::ReadAgain(const std::string& product, unsigned long long count,
+                                 const std::function<void(const nxFeedEvent&)>& take) const
+{
+    nxFeed feed({_options.isLenient, _options.barsBearStart});
+    if (!feed.Open(_paths, _terms)) return;
+    for (unsigned long long i = 0; i < count; ++i) {
+        const nxFeedEvent* const event = feed.Next();
+        if (event == nullptr) return;
+        if (feed.GetProducts().Get(event->product).GetName() == product) take(*event);
+    }
+}

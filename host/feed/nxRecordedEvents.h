@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/feed/nxEventSource.h"
+#include "host/feed/nxFeed.h"
+
+// Recorded files as the events of a run. Reads one event ahead, and not before it is asked for.
+class nxRecordedEvents : public nxEventSource
+{
+public:
+    explicit nxRecordedEvents(const nxFeedOptions& options) : _options(options), _feed(options) {}
+
+    // Looks into the files and reads the first event. False: GetError() tells why.
+    [[nodiscard]] bool Open(const std::vector<std::string>& paths,
+                            const std::vector<nxFeedProductTerms>& products);
+    bool HasFailed() const { return _feed.HasFailed(); }
+    const nxFeedError& GetError() const { return _feed.GetError(); }
+    // None of data without rows.
+    std::optional<long long> GetFirstTime() const { return _firstTime; }
+    std::vector<std::string> GetRemarks() const { return _feed.GetRemarks(); }
+    // Of the files as they lie on the disk. The total is 0 when one of them is a pipe.
+    unsigned long long GetBytesConsumed() const { return _feed.GetBytesConsumed(); }
+    unsigned long long GetBytesTotal() const { return _feed.GetBytesTotal(); }
+
+    Step Next(long long deadline, const nxFeedEvent*& event) override;
+    long long GetHorizon() const override;
+    const nxFeedProductTable& GetProducts() const override { return _feed.GetProducts(); }
+    void NotePrice(std::string_view product, const nxDecimal& price) override
+    {
+        _feed.NotePrice(product, price);
+    }
+
+    // The first of the files that cannot be read a second time; null when all can.
+    const std::string* FindReadOnce() const;
+    // Reads the first `count` events of the files anew and gives those of the product.
+    void ReadAgain(const std::string& product, unsigned long long count,
+                   const std::function<void(const nxFeedEvent&)>& take) const;
+
+private:
+    const nxFeedOptions _options;
+    std::vector<std::string> _paths;
+    std::vector<nxFeedProductTerms> _terms;
+    nxFeed _feed;
+    const nxFeedEvent* _next = nullptr;
+    bool _isAhead = false;  // _next was read and not given yet
+    std::optional<long long> _firstTime;
+};

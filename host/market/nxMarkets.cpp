@@ -1,0 +1,84 @@
+#include "host/market/nxMarkets.h"
+
+#include <algorithm>
+
+#include "scriptFramework/market/nxAlgoStateObject.h"
+
+namespace {
+
+unsigned int GetStateBits(bool isOpen)
+{
+    return isOpen ? nxAlgoStateObject::Open : nxAlgoStateObject::Closed;
+}
+
+}  // namespace
+
+nxMarkets::nxMarkets(nxEventSource& source, std::vector<nxProductDescription> products,
+                     nxMarketObserver& observer)
+    : _source(source), _products(std::move(products)), _observer(observer)
+{
+}
+
+void nxMarkets::_Make(unsigned int index, long long now)
+{
+    if (index >= _markets.size()) _markets.resize(index + 1);
+    const nxFeedProduct& known = _source.GetProducts().Get(index);
+    _markets[index] = std::make_unique<nxMarket>(index, known.GetName(), known.GetTickSize());
+    nxMarket& market = *_markets[index];
+    if (index < _products.size()) market.description = _products[index];
+    if (!market.GetHours().IsEmpty()) {
+        market.nextState = market.GetHours().GetNextChange(now);
+        _nextStateTime = std::min(_nextStateTime, market.nextState);
+        // Nobody has subscribed to it yet, so nobody is told.
+        static_cast<void>(market.product.SetState(GetStateBits(market.GetHours().IsOpen(now))));
+    }
+    _observer.OnMarketMade(market);
+}
+
+nxMarket* nxMarkets::Find(std::string_view name, long long now)
+{
+    const nxFeedProductTable& products = _source.GetProducts();
+    for (unsigned int i = 0; i < products.GetCount(); ++i)
+        if (products.Get(i).GetName() == name) return &Get(i, now);
+    return nullptr;
+}
+
+nxMarket& nxMarkets::Meet(const nxFeedEvent& event)
+{
+    nxMarket& market = Get(event.product, event.time);
+    const nxDecimal& tickSize = _source.GetProducts().Get(event.product).GetTickSize();
+    if (tickSize != market.tickSize) _TakeTickSize(market, tickSize);
+    if (market.OpensWithData()) SetState(market, nxAlgoStateObject::Open);
+    market.isFresh = false;
+    return market;
+}
+
+void nxMarkets::SetState(nxMarket& market, unsigned int bits)
+{
+    if (!market.product.SetState(bits)) return;
+    market.isFresh = bits == nxAlgoStateObject::Open;
+    _observer.OnMarketState(market);
+    if (!market.product.IsStrategy()) _FollowLegs(market);
+}
+
+void nxMarkets::FollowHours(long long now)
+{
+    ForEach([&](nxMarket& market) {
+        if (market.nextState > now || _observer.IsEnding()) return;
+        market.nextState = market.GetHours().GetNextChange(now);
+        SetState(market, GetStateBits(market.GetHours().IsOpen(now)));
+    });
+    _nextStateTime = nxNever;
+    ForEach([&](const nxMarket& market) { _nextStateTime = std::min(_nextStateTime, market.nextState); });
+}
+
+void nxMarkets::_TakeTickSize(nxMarket& market, const nxDecimal& tickSize)
+{
+    market.terms.tickSize = tickSize;
+    if (tickSize == market.tickSize) return;
+    market.tickSize = tickSize;
+    _observer.OnTickSize(market);
+    if (market.product.IsStrategy()) return;
+    for (nxMarket* strategy : market.strategies)
+        _FollowTicks(*strategy);
+}

@@ -1,0 +1,46 @@
+#include "host/run/nxJobList.h"
+
+#include <fmt/format.h>
+
+void nxJobList::Make(const nxHostServices& services, std::vector<nxScriptSource> sources, nxSettler& settler)
+{
+    _settler = &settler;
+    const std::vector<nxJobOptions>& jobs = _state.options.jobs;
+    _state.statistics.jobs.resize(jobs.size());
+    for (std::size_t i = 0; i < jobs.size(); ++i) {
+        nxJobStatistics& statistics = _state.statistics.jobs[i];
+        statistics.name = jobs[i].name;
+        _runners.push_back(std::make_unique<nxJobRunner>(services, jobs[i], static_cast<unsigned int>(i),
+                                                         _state.IsAlone() ? jobs[i].script : jobs[i].name,
+                                                         std::move(sources[i]), statistics));
+    }
+}
+
+void nxJobList::Close()
+{
+    for (const auto& runner : _runners)
+        runner->GetJob().Close();
+    _runners.clear();
+}
+
+void nxJobList::NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callback,
+                            const std::string& message)
+{
+    _state.NoteScriptFailure();
+    nxScriptFailure what{message, std::nullopt};
+    if (message.empty()) what = runner.GetSource().Explain(runner.GetJob().GetObject().GetErrorText());
+    const nxRunOptions& options = _state.options;
+    if (options.memoryLimit != 0 && what.message.ends_with("not enough memory"))
+        what.message += fmt::format("; the script may hold {:.3g} MiB",
+                                    static_cast<double>(options.memoryLimit) / (1 << 20));
+    const std::string& name = runner.GetJob().GetName();
+    _output.Record(runner.GetJob(), "callbackFailure",
+                   {{"callback", callback ? nxGetCallbackName(*callback) : ""}, {"text", what.message}});
+    // A job that did not start leaves the others alone.
+    if (!options.continueOnError && callback && callback != nxCallback::OnInit)
+        _state.End(_state.IsAlone() ? "a callback failed" : "a callback of " + name + " failed");
+
+    const auto time = _state.hasTime ? std::optional(_clock.Get()) : std::nullopt;
+    if (const auto* failure = runner.GetStatistics().AddFailure(std::move(what), callback, time))
+        _output.WriteFailure(*failure, _state.IsAlone() ? std::string() : name);
+}

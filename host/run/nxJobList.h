@@ -1,0 +1,68 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/run/nxJobRunner.h"
+#include "host/run/nxRunOutput.h"
+#include "host/run/nxSettler.h"
+
+// The jobs of a run in their order, and the way into their scripts: what a call cost, that it failed, and
+// what it left to do. Used on the run's thread.
+class nxJobList
+{
+public:
+    nxJobList(nxRunState& state, const nxRunClock& clock, nxRunOutput& output)
+        : _state(state), _clock(clock), _output(output)
+    {
+    }
+
+    // One for each job of the options, in their order. The settler outlives the list.
+    void Make(const nxHostServices& services, std::vector<nxScriptSource> sources, nxSettler& settler);
+    // The scripts end, one after the other, while all jobs are still there for their finalizers.
+    void Close();
+
+    std::size_t GetCount() const { return _runners.size(); }
+    nxJobRunner& Get(std::size_t index) { return *_runners[index]; }
+    nxJobRunner& Get(const nxHostJob& job) { return *_runners[job.GetIndex()]; }
+    auto begin() const { return _runners.begin(); }
+    auto end() const { return _runners.end(); }
+
+    // Calls the script, and has done what it left to do.
+    template <class Entry, class... Arguments>
+    void Call(nxCallback callback, nxJobRunner& runner, Entry entry, Arguments&... arguments)
+    {
+        if (!runner.Call(callback, entry, arguments...)) [[unlikely]]
+            NoteFailure(runner, callback);
+        if (_isUnsettled) [[unlikely]]
+            Settle(runner);
+    }
+    // The same for an event, which a job that has ended does not get.
+    template <class Entry, class... Arguments>
+    void Deliver(nxCallback callback, nxJobRunner& runner, Entry entry, Arguments&... arguments)
+    {
+        if (!runner.IsOver()) Call(callback, runner, entry, arguments...);
+    }
+    // A callback left something to do.
+    void NoteUnsettled() { _isUnsettled = true; }
+    void Settle(nxJobRunner& runner)
+    {
+        _isUnsettled = false;
+        _settler->Settle(runner);
+    }
+    nxSettler& GetSettler() { return *_settler; }
+
+    // No callback: while the script was loaded. `message` is told instead of what the script left.
+    void NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callback,
+                     const std::string& message = {});
+
+private:
+    nxRunState& _state;
+    const nxRunClock& _clock;
+    nxRunOutput& _output;
+    nxSettler* _settler = nullptr;
+    std::vector<std::unique_ptr<nxJobRunner>> _runners;
+    bool _isUnsettled = false;
+};

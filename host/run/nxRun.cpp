@@ -1,0 +1,290 @@
+#include "host/run/nxRun.h"
+
+#include <algorithm>
+
+#include "host/exchange/nxSimulatedExchange.h"
+#include "host/report/nxRunSummary.h"
+
+namespace {
+
+long long FloorSecond(long long time)
+{
+    const long long rest = time % nxNanosecondsPerSecond;
+    return time - (rest < 0 ? rest + nxNanosecondsPerSecond : rest);
+}
+
+}  // namespace
+
+nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
+    : _options(std::move(options)),
+      _state(_options),
+      _clock(
+          _options.speed, [this] { return _state.IsEnding(); },
+          [this] {
+              _output.GetOut().flush();
+              _output.ShowProgress(_source);
+          }),
+      _output(_state, _clock, out, err),
+      _source({_options.lenient, _options.barsBearStart, _options.interrupted}),
+      _markets(_source, _options.products, *this),
+      _jobs(_state, _clock, _output),
+      _trading(_state, _clock, _output, _jobs, _source, _schedule,
+               [this](bool reportQueue, nxExchangeObserver* observer) {
+                   return _MakeExchange(reportQueue, observer);
+               }),
+      _delivery(_state, _clock, _jobs, _markets, _trading),
+      _bars(_state, _clock, _output, _jobs, _markets, _source, _schedule),
+      _timers(_state, _clock, _jobs, _source, _schedule),
+      _news(_output, _jobs),
+      _stores(_state, _clock, _output, _schedule),
+      _life(_state, _output, _jobs, _news, _trading, _timers, _stores, _source),
+      _parameters(_state, _jobs, _news, _schedule)
+{
+    _schedule.SetTask(nxDue::TradingHours, [this] {
+        _markets.FollowHours(_clock.Get());
+        _schedule.Set(nxDue::TradingHours, _markets.GetNextStateTime());
+    });
+}
+
+nxRunResult nxRun::Run()
+{
+    std::vector<nxScriptSource> sources;
+    if (!_Prepare(sources)) return _state.result = nxRunResult::InputFailed;
+    _state.hasTime = _source.GetFirstTime().has_value();
+    // The clock of a script counts whole seconds from the time it is set to.
+    _clock.Begin(FloorSecond(_source.GetFirstTime().value_or(0)));
+    const nxTimeSource::Installation installation(_clock);
+    _Begin(std::move(sources));
+    _Replay();
+    _Finish();
+    _state.statistics.wallNanoseconds = _clock.GetElapsed().count();
+    if (const auto error = _output.CloseRecord()) {
+        _state.result = nxRunResult::InputFailed;
+        _output.Complain(*error);
+    }
+    _WriteSummary();
+    _trading.WriteStories();
+    // A script that is closed may still look at the jobs that it watches.
+    _jobs.Close();
+    return _state.result;
+}
+
+bool nxRun::_Prepare(std::vector<nxScriptSource>& sources)
+{
+    std::optional<std::string> error;
+    for (const nxJobOptions& job : _options.jobs) {
+        std::vector<std::string> files = _options.modules;
+        files.push_back(job.script);
+        nxScriptSource& source = sources.emplace_back();
+        for (const std::string& file : files)
+            if (!error) error = source.Add(file);
+    }
+    if (!error && !_source.Open(_options.data, nxGetFeedTerms(_options.products)))
+        error = _source.GetError().GetText();
+    if (!error) error = _stores.Open();
+    if (!error) error = _output.OpenRecord();
+    if (error) _output.Complain(*error);
+    return !error;
+}
+
+void nxRun::_Begin(std::vector<nxScriptSource> sources)
+{
+    _state.statistics.firstTime = _source.GetFirstTime().value_or(0);
+    _jobs.Make({&_delivery, &_timers, &_trading, &_bars, &_output, &_news, &_stores}, std::move(sources),
+               _life);
+    _definitions.SetProducts(_options.products);
+    if (_options.watchProducts) _watch.emplace(_options.productFile, _options.watchInterval);
+    _markets.MakeStrategies(_clock.Get());
+    _parameters.Begin();
+    _stores.Begin();
+    for (const auto& runner : _jobs)
+        _life.Load(*runner);
+    _SetClocks(_clock.Get());
+    // Also those of a run that is interrupted meanwhile: each job has its OnInit and its OnShutdown.
+    for (const auto& runner : _jobs)
+        if (!_state.isOver) _life.Start(*runner);
+}
+
+void nxRun::_Replay()
+{
+    while (!_state.IsEnding()) {
+        if (_watch) [[unlikely]]
+            _FollowProducts();
+        const nxFeedEvent* event = nullptr;
+        const nxEventSource::Step step = _source.Next(_schedule.GetNextTime(), event);
+        if (step == nxEventSource::Step::End) break;
+        const bool isEvent = step == nxEventSource::Step::Event;
+        const long long time = isEvent ? event->time : _schedule.GetNextTime();
+        _clock.WaitFor(time);
+        if (_state.IsEnding()) break;
+        // What was due before the data takes place where the run begins.
+        _SetTime(std::max(time, _clock.Get()));
+        isEvent ? _Apply(*event) : _schedule.RunNext();
+    }
+    _output.EraseProgress();
+}
+
+void nxRun::_SetTime(long long time)
+{
+    // A script's clock counts some 68 years on from the time that it was set to, and stands still then.
+    constexpr unsigned long long farthest = (1ull << 30) * nxNanosecondsPerSecond;
+    if (static_cast<unsigned long long>(time) - static_cast<unsigned long long>(_clockTime) > farthest)
+        [[unlikely]]
+        _SetClocks(FloorSecond(time));
+    if (time >= _trading.GetNextDay()) [[unlikely]]
+        _trading.BeginDay(time);
+    _clock.Set(time);
+}
+
+void nxRun::_SetClocks(long long time)
+{
+    _clockTime = time;
+    _clock.Set(time);
+    for (const auto& runner : _jobs)
+        runner->GetJob().GetObject().SetClockTime(_clock.GetNow().GetAsDateTime());
+}
+
+void nxRun::_Apply(const nxFeedEvent& event)
+{
+    constexpr unsigned int progressInterval = 4096;
+    _state.statistics.lastTime = event.time;
+    nxMarket& market = _markets.Meet(event);
+    event.kind == nxFeedKind::Depth ? _ApplyDepth(market, event) : _ApplyPrice(market, event);
+    if (!market.strategies.empty()) _markets.PriceStrategies(market, event.time);
+    if (_untilProgress-- == 0) {
+        _untilProgress = progressInterval;
+        _output.ShowProgress(_source);
+    }
+}
+
+void nxRun::_ApplyPrice(nxMarket& market, const nxFeedEvent& event)
+{
+    nxRunStatistics& statistics = _state.statistics;
+    const bool isBar = event.kind == nxFeedKind::Bar;
+    const bool isTrade = isBar || event.quote.IsTrade();
+    ++(isBar ? statistics.bars : isTrade ? statistics.trades : statistics.quotes);
+    isBar ? market.product.ApplyBar(event.bar, event.time)
+          : market.product.ApplyQuote(event.quote, event.time);
+    _delivery.UpdateTradeVolumes(market);
+    _Trade(market, event);
+    _bars.Feed(market, event);
+    if (isTrade) _delivery.DeliverTrade(market);
+    _delivery.DeliverPrice(market);
+    _delivery.DeliverTradeVolumes(market);
+}
+
+void nxRun::_ApplyDepth(nxMarket& market, const nxFeedEvent& event)
+{
+    ++_state.statistics.depthChanges;
+    _state.statistics.depthRows += event.rows;
+    market.product.ApplyDepth(event.levels);
+    _Trade(market, event);
+    _bars.Count();
+    _delivery.DeliverDepth(market);
+    // A product with quotes of its own has its prices from there.
+    const nxFeedProduct& known = _source.GetProducts().Get(event.product);
+    if (!known.Has(nxFeedKind::Quote) && !known.Has(nxFeedKind::Bar) && market.product.QuoteFromDepth())
+        _delivery.DeliverPrice(market);
+}
+
+void nxRun::_Trade(nxMarket& market, const nxFeedEvent& event)
+{
+    _trading.OnEvent(market, event);
+    if (_schedule.Get(nxDue::Venue) <= _clock.Get()) _life.Run();
+}
+
+void nxRun::OnMarketMade(nxMarket& market)
+{
+    _schedule.Set(nxDue::TradingHours, _markets.GetNextStateTime());
+    _trading.AddMarket(market);
+}
+
+void nxRun::OnTickSize(nxMarket& market)
+{
+    _delivery.TakeTickSize(market);
+    _trading.TakeTickSize(market);
+}
+
+void nxRun::OnMarketState(nxMarket& market)
+{
+    _trading.OnMarketState(market);
+    _delivery.DeliverState(market);
+}
+
+void nxRun::OnImpliedQuote(nxMarket& strategy, const nxFeedEvent& event)
+{
+    ++_state.statistics.impliedQuotes;
+    _Trade(strategy, event);
+    _delivery.DeliverPrice(strategy);
+}
+
+void nxRun::_FollowProducts()
+{
+    std::vector<nxProductDescription> products = _markets.GetDescriptions();
+    std::vector<std::string> lines;
+    const bool isChanged = _watch->Look(products, lines);
+    for (const std::string& line : lines)
+        _output.Log(line);
+    if (!isChanged) return;
+    _definitions.SetProducts(products);
+    _markets.ChangeDescriptions(std::move(products), _clock.Get());
+}
+
+void nxRun::_Finish()
+{
+    const bool isEarly = _state.IsEnding();
+    _NameTheEnd();
+    // All of them end at this one moment, so none is told of another's end.
+    _life.Hold(true);
+    const std::string reason = _state.end;
+    for (const auto& runner : _jobs)
+        _life.End(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
+    _trading.Finish();
+    _stores.Finish();
+    for (const auto& runner : _jobs)
+        runner->GetStatistics().trading = runner->GetJob().GetTrading();
+}
+
+void nxRun::_NameTheEnd()
+{
+    const auto remark = [&](std::size_t count, const char* where) {
+        if (count != 0)
+            _state.statistics.remarks.push_back(std::to_string(count) + " parameter change" +
+                                                (count == 1 ? "" : "s") + where);
+    };
+    // Mostly a time that was meant otherwise.
+    remark(_parameters.GetCountFromBefore(_state.statistics.firstTime), " from before the data");
+    if (!_state.end.empty()) return;  // the last job, or a failure, has ended the run
+    if (_state.IsEnding()) {
+        _state.end = "interrupted";
+    } else if (_source.HasFailed()) {
+        _output.Complain(_source.GetError().GetText());
+        _state.end = "bad data: " + _source.GetError().GetText();
+        _state.result = nxRunResult::InputFailed;
+    } else {
+        _state.end = "the data ended";
+        _markets.ForEach([this](nxMarket& market) {
+            if (market.OpensWithData()) _markets.SetState(market, nxAlgoStateObject::Closed);
+        });
+        remark(_parameters.GetCountLeft(), " behind the end");
+    }
+}
+
+void nxRun::_WriteSummary()
+{
+    std::vector<std::string>& remarks = _state.statistics.remarks;
+    const std::vector<std::string> ofData = _source.GetRemarks();
+    remarks.insert(remarks.begin(), ofData.begin(), ofData.end());
+    nxRunSummary::WriteCounts(_output.GetOut(), _state.statistics, _state.end);
+    _output.GetOut().flush();
+    nxRunSummary::WriteSpeed(_output.GetErr(), _state.statistics);
+}
+
+std::unique_ptr<nxVenue> nxRun::_MakeExchange(bool reportQueue, nxExchangeObserver* observer) const
+{
+    nxExchangeOptions options = _options.exchange;
+    options.reportQueue = reportQueue;
+    auto exchange = std::make_unique<nxSimulatedExchange>(options);
+    exchange->SetObserver(observer);
+    return exchange;
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <optional>
+#include <ostream>
+#include <vector>
+
+#include "host/feed/nxRecordedEvents.h"
+#include "host/jobs/nxHostDefinitionService.h"
+#include "host/market/nxMarkets.h"
+#include "host/market/nxProductWatch.h"
+#include "host/run/nxDelivery.h"
+#include "host/run/nxJobLife.h"
+#include "host/run/nxJobList.h"
+#include "host/run/nxJobNews.h"
+#include "host/run/nxParameterSchedule.h"
+#include "host/run/nxReplayClock.h"
+#include "host/run/nxRunBars.h"
+#include "host/run/nxRunOutput.h"
+#include "host/run/nxRunStores.h"
+#include "host/run/nxRunTimers.h"
+#include "host/run/nxSchedule.h"
+#include "host/run/nxTrading.h"
+
+// Runs jobs over recorded data: merges the data by time, keeps the recorded time as the thread's "now",
+// delivers prices, depth, states, timers, changed parameters and the news of watched jobs to the scripts, in
+// the order of the jobs, and ends each job properly. Single-threaded; one object, one run.
+//
+// Log lines of the scripts, the summary and the record are the same to the byte for the same scripts, data
+// and options. Failures, progress and speed go to err.
+class nxRun : private nxMarketObserver
+{
+public:
+    nxRun(nxRunOptions options, std::ostream& out, std::ostream& err);
+
+    [[nodiscard]] nxRunResult Run();
+    const nxRunStatistics& GetStatistics() const { return _state.statistics; }
+
+private:
+    // Opens all that is read and written. False: err tells what cannot be.
+    bool _Prepare(std::vector<nxScriptSource>& sources);
+    void _Begin(std::vector<nxScriptSource> sources);
+    void _Replay();
+    void _SetTime(long long time);
+    void _SetClocks(long long time);
+    void _Apply(const nxFeedEvent& event);
+    void _ApplyPrice(nxMarket& market, const nxFeedEvent& event);
+    void _ApplyDepth(nxMarket& market, const nxFeedEvent& event);
+    // What the market did meets the orders in it, and what that leads to is told before the event itself.
+    void _Trade(nxMarket& market, const nxFeedEvent& event);
+    void _FollowProducts();
+    void _Finish();
+    void _NameTheEnd();
+    void _WriteSummary();
+    std::unique_ptr<nxVenue> _MakeExchange(bool reportQueue, nxExchangeObserver* observer) const;
+
+    void OnMarketMade(nxMarket& market) override;
+    void OnTickSize(nxMarket& market) override;
+    void OnMarketState(nxMarket& market) override;
+    void OnImpliedQuote(nxMarket& strategy, const nxFeedEvent& event) override;
+    bool IsEnding() const override { return _state.IsEnding(); }
+
+    const nxRunOptions _options;
+    nxRunState _state;
+    nxReplayClock _clock;
+    nxRunOutput _output;
+    nxRecordedEvents _source;
+    nxSchedule _schedule;
+    nxMarkets _markets;
+    nxJobList _jobs;  // after the markets, at which their products look
+    nxTrading _trading;
+    nxDelivery _delivery;
+    nxRunBars _bars;
+    nxRunTimers _timers;
+    nxJobNews _news;
+    nxRunStores _stores;
+    nxJobLife _life;
+    nxParameterSchedule _parameters;
+    nxHostDefinitionService _definitions;
+    std::optional<nxProductWatch> _watch;
+    unsigned int _untilProgress = 0;  // events
+    long long _clockTime = 0;         // that the scripts' clocks were set to
+};

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <optional>
+#include <ostream>
+#include <string>
+
+#include "host/feed/nxRecordedEvents.h"
+#include "host/jobs/nxOutputServices.h"
+#include "host/report/nxProgressBar.h"
+#include "host/run/nxRunClock.h"
+#include "host/run/nxRunState.h"
+
+// What a run writes while it goes on: the scripts' log to out, failures to err, the record to its file, and
+// the progress bar, which gives way to each line. Used on the run's thread.
+class nxRunOutput : public nxOutputServices
+{
+public:
+    // All outlive it.
+    nxRunOutput(nxRunState& state, const nxRunClock& clock, std::ostream& out, std::ostream& err);
+
+    // Begins the record, where one is asked for, and makes it whole. Null, or why that cannot be: "FILE:
+    // reason".
+    [[nodiscard]] std::optional<std::string> OpenRecord();
+    [[nodiscard]] std::optional<std::string> CloseRecord() { return _record.Close(); }
+
+    void LogText(const nxHostJob& job, const std::string& text) override;
+    void Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields) override;
+    bool IsRecording() const override { return _record.IsOpen(); }
+
+    // A line for the person who watches the run, of the run itself.
+    void Log(const std::string& text);
+    // A line of what is wrong.
+    void Complain(const std::string& text);
+    void WriteFailure(const nxJobStatistics::Failure& failure, const std::string& job);
+    void ShowProgress(const nxRecordedEvents& source);
+    void EraseProgress() { _progress.Erase(); }
+    std::ostream& GetOut() { return _out; }
+    std::ostream& GetErr() { return _err; }
+
+private:
+    nxRunState& _state;
+    const nxRunClock& _clock;
+    std::ostream& _out;
+    std::ostream& _err;
+    nxProgressBar _progress;
+    nxRunRecord _record;
+};

@@ -1,0 +1,259 @@
+#include "host/run/nxTrading.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "host/feed/nxFeedTime.h"
+
+nxTrading::nxTrading(nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxJobList& jobs,
+                     const nxEventSource& source, nxSchedule& schedule, MakeVenue makeVenue)
+    : _state(state),
+      _clock(clock),
+      _output(output),
+      _jobs(jobs),
+      _source(source),
+      _schedule(schedule),
+      _makeVenue(std::move(makeVenue))
+{
+    _schedule.SetTask(nxDue::Venue, [this] {
+        _jobs.GetSettler().Run();
+        _Reschedule();
+    });
+}
+
+void nxTrading::_Reschedule()
+{
+    _schedule.Set(nxDue::Venue, _venue->GetNextTime());
+}
+
+void nxTrading::_Open()
+{
+    if (!_state.options.explain.empty())
+        _stories.emplace(_state.options.explain,
+                         [this](const nxExchangeOrder& order, const nxExchangeEvent& fill) {
+                             const auto market = std::ranges::find_if(_markets, [&](const Market& known) {
+                                 return known.market != nullptr && known.venueProduct == order.kind.product;
+                             });
+                             return market->none.GetFee(fill.fillPrice, fill.fillVolume, fill.isMaker);
+                         });
+    const bool reportQueue = std::ranges::any_of(_jobs, [](const auto& runner) {
+        return runner->GetJob().GetObject().IsFunctionDefined(
+            nxGetCallbackName(nxCallback::OnOrderQPosition));
+    });
+    _venue = _makeVenue(reportQueue, _stories ? &*_stories : nullptr);
+    _nextDay = nxFeedTime::GetNextMidnight(_clock.Get());
+    for (Market& market : _markets)
+        if (market.market != nullptr) _AddToVenue(market);
+    _Reschedule();
+}
+
+void nxTrading::AddMarket(nxMarket& market)
+{
+    if (market.index >= _markets.size()) _markets.resize(market.index + 1);
+    const nxProductDescription& description = market.description;
+    Market& added = _markets[market.index];
+    added.market = &market;
+    added.none = added.everybody =
+        nxProductAccount(description.pointValue, description.currency,
+                         {description.makerFee, description.takerFee, description.feeIsRate});
+    if (_venue != nullptr) _AddToVenue(added);
+}
+
+bool nxTrading::_IsOfBars(const nxMarket& market) const
+{
+    const nxFeedProduct* const known = _source.GetProducts().Find(market.product.GetName());
+    return known != nullptr && known->Has(nxFeedKind::Bar);
+}
+
+void nxTrading::_AddToVenue(Market& added)
+{
+    const nxMarket& market = *added.market;
+    added.venueProduct =
+        _venue->AddProduct({&market.product, market.tickSize, market.GetHours(), _IsOfBars(market)});
+    if (market.product.GetState().GetValue() != nxAlgoStateObject::Open) return;
+    if (market.isFresh) {
+        _venue->OnOpen(added.venueProduct, _clock.Get());
+    } else {
+        _venue->Join(added.venueProduct, _clock.Get());
+    }
+    _Reschedule();
+}
+
+void nxTrading::OpenAccount(nxHostProduct& product)
+{
+    const Market& market = _markets[product.GetMarketIndex()];
+    product.SetAccount(market.none);
+    product.ShowPosition(market.everybody);
+}
+
+void nxTrading::TakeTickSize(const nxMarket& market)
+{
+    if (_venue != nullptr) _venue->SetTickSize(_markets[market.index].venueProduct, market.tickSize);
+}
+
+void nxTrading::OnMarketState(const nxMarket& market)
+{
+    if (_venue == nullptr) return;
+    const unsigned int product = _markets[market.index].venueProduct;
+    if (market.product.GetState() == nxAlgoStateObject::Open) {
+        _venue->OnOpen(product, _clock.Get());
+    } else {
+        _venue->OnClose(product, _clock.Get());
+    }
+    _Reschedule();
+}
+
+void nxTrading::OnEvent(const nxMarket& market, const nxFeedEvent& event)
+{
+    if (_venue == nullptr) return;
+    Market& traded = _markets[market.index];
+    _venue->OnEvent(traded.venueProduct, event);
+    _Revalue(traded);
+    _Reschedule();
+}
+
+unsigned int nxTrading::ReserveOrder()
+{
+    if (_venue == nullptr) _Open();
+    return _venue->Reserve();
+}
+
+void nxTrading::NoteOrder(nxHostOrder& order)
+{
+    const unsigned int id = order.GetID();
+    if (id >= _ordersByNumber.size()) _ordersByNumber.resize(id + 1);
+    _ordersByNumber[id] = &order;
+    _orders.push_back(&order);
+}
+
+nxHostOrder* nxTrading::FindOrder(unsigned int id)
+{
+    return id < _ordersByNumber.size() ? _ordersByNumber[id] : nullptr;
+}
+
+void nxTrading::NoteRequest(const nxHostOrder& order)
+{
+    _chains.NoteRequest(order.GetID(), order.GetOwner().GetIndex());
+    _jobs.NoteUnsettled();
+    _Reschedule();
+}
+
+// What is open follows the market, for the largest fall of the profit.
+void nxTrading::_Revalue(const Market& market)
+{
+    for (nxHostProduct* product : market.traded)
+        if (product->GetAccount().GetKeeper().GetNet() != 0) product->GetOwner().Revalue(*product);
+}
+
+void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
+{
+    nxHostProduct& product = order.GetHostProduct();
+    Market& market = _markets[product.GetMarketIndex()];
+    const nxSide side = order.GetKind().side;
+    order.GetOwner().AddFill(product, side, fill);
+    market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    if (std::ranges::find(market.traded, &product) == market.traded.end()) market.traded.push_back(&product);
+    for (const auto& runner : _jobs) {
+        nxHostProduct* const known = runner->GetJob().FindProduct(market.market->product.GetName());
+        if (known == nullptr) continue;
+        known->ShowPosition(market.everybody);
+        if (known->Wants(nxMarketEvent::Position)) _positions.emplace_back(runner.get(), known);
+    }
+}
+
+void nxTrading::AddPositionNews(nxJobRunner& runner, nxHostProduct& product)
+{
+    _positions.emplace_back(&runner, &product);
+    _jobs.NoteUnsettled();
+}
+
+void nxTrading::DeliverPositions()
+{
+    for (; !_positions.empty() && !_state.IsEnding(); _positions.pop_front()) {
+        const auto [runner, product] = _positions.front();
+        _jobs.Deliver(nxCallback::OnPosition, *runner, &nxAlgoJobObject::OnPosition,
+                      product->GetPositionEvent());
+    }
+}
+
+void nxTrading::BeginDay(long long time)
+{
+    for (Market& market : _markets) {
+        if (market.market == nullptr) continue;
+        const nxMarketProduct& shown = market.market->product;
+        market.everybody.BeginDay(shown.GetPrice());
+        for (const auto& runner : _jobs) {
+            nxHostProduct* const product = runner->GetJob().FindProduct(shown.GetName());
+            if (product == nullptr) continue;
+            product->GetAccount().BeginDay(shown.GetPrice());
+            product->ShowPosition(market.everybody);
+        }
+    }
+    _nextDay = nxFeedTime::GetNextMidnight(time);
+}
+
+void nxTrading::PullOrders(nxHostJob& job)
+{
+    if (_state.IsEnding() || _venue == nullptr) return;
+    for (const auto& order : job.GetOwnOrders())
+        if (order->IsOpen() && (!job.ShattersOnExit() || order->GetHostProduct().FlattensOnExit()))
+            static_cast<void>(order->Pull());
+    _Flatten(job);
+}
+
+// Closes what is left of a job that has ended, once nothing of it is in the market; tried once.
+void nxTrading::_Flatten(nxHostJob& job)
+{
+    for (const auto& [name, product] : job.GetProducts())
+        if (product->FlattensOnExit() && product->GetClosingOrders().empty() && !job.HasOpenOrders(*product))
+            job.Close(*product, false);
+}
+
+void nxTrading::Finish()
+{
+    if (_venue == nullptr) return;
+    _TakeLastAnswers();
+    _FlattenAtEnd();
+}
+
+// Why a position cannot be closed by what is shown at the end of the run; null when it can.
+const char* nxTrading::_FindNoExit(const nxHostProduct& product) const
+{
+    const nxMarket& market = *_markets[product.GetMarketIndex()].market;
+    if (_IsOfBars(market)) return "bars show no book";
+    // Without hours it is only the end of the data that closed it.
+    if (!market.GetHours().IsEmpty() && (!market.GetHours().IsOpen(_clock.Get()) || market.isFresh))
+        return "the market is closed";
+    return nullptr;
+}
+
+void nxTrading::_FlattenAtEnd()
+{
+    for (const auto& runner : _jobs)
+        for (const auto& [name, product] : runner->GetJob().GetProducts())
+            if (product->FlattensOnExit() && _FindNoExit(*product) == nullptr)
+                runner->GetJob().Close(*product, true);
+    _TakeLastAnswers();
+    for (const Market& market : _markets)
+        _Revalue(market);
+    for (const auto& runner : _jobs)
+        runner->GetStatistics().exits = runner->GetJob().DescribeExits([this](const nxHostProduct& product) {
+            const char* const why = _FindNoExit(product);
+            return std::string(why == nullptr ? "the book showed no more" : why);
+        });
+}
+
+void nxTrading::WriteStories()
+{
+    if (_state.options.explain.empty()) return;
+    std::vector<std::string> names;
+    for (const nxJobOptions& job : _state.options.jobs)
+        names.push_back(job.name);
+    // In a run without orders there is nobody yet to tell that there are none.
+    if (!_stories) _stories.emplace(_state.options.explain, nullptr);
+    const unsigned int orders = _venue != nullptr ? _venue->GetOrderCount() : 0;
+    if (!_stories->Write(_output.GetOut(), _output.GetErr(), orders, names)) _state.NoteScriptFailure();
+    _output.GetOut().flush();
+}

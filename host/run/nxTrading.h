@@ -1,0 +1,111 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/accounts/nxProductAccount.h"
+#include "host/exchange/nxVenue.h"
+#include "host/jobs/nxOrderServices.h"
+#include "host/market/nxMarket.h"
+#include "host/report/nxOrderStories.h"
+#include "host/run/nxAnswerChains.h"
+#include "host/run/nxJobList.h"
+#include "host/run/nxSchedule.h"
+
+// The orders of a run: their numbers, requests out to the venue, answers back to the scripts, what fills make
+// of the accounts, and how positions are closed when jobs end. The venue comes to be with the first order; a
+// run without orders does nothing for it. Used on the run's thread.
+class nxTrading : public nxOrderServices
+{
+public:
+    // The venue of the run. reportQueue: scripts want to hear of each move in a queue. The observer, null for
+    // none, looks on and outlives the venue.
+    using MakeVenue = std::function<std::unique_ptr<nxVenue>(bool reportQueue, nxExchangeObserver* observer)>;
+
+    // All outlive it.
+    nxTrading(nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxJobList& jobs,
+              const nxEventSource& source, nxSchedule& schedule, MakeVenue makeVenue);
+
+    void AddMarket(nxMarket& market);
+    // Begins the product's account with nothing in it.
+    void OpenAccount(nxHostProduct& product);
+    void TakeTickSize(const nxMarket& market);
+    void OnMarketState(const nxMarket& market);
+    // What the market did meets the orders in it; what that leads to is due for the settler then.
+    void OnEvent(const nxMarket& market, const nxFeedEvent& event);
+
+    bool IsAnswerDue();
+    // Applies the answer that is due, and calls the script. A job whose orders have no end is asked to end
+    // instead.
+    void DeliverAnswer();
+    // A subscription to positions begins with the one of now.
+    void AddPositionNews(nxJobRunner& runner, nxHostProduct& product);
+    void DeliverPositions();
+
+    // Days of the accounts are those of the market's figures, in UTC.
+    long long GetNextDay() const { return _nextDay; }
+    void BeginDay(long long time);
+
+    // Of a job that ends while the others go on.
+    void PullOrders(nxHostJob& job);
+    // At the end of the run: what was on its way to the scripts counts, though nobody hears of it; then
+    // positions are closed that are to be.
+    void Finish();
+    void WriteStories();
+
+    nxVenue* GetVenue() override { return _venue.get(); }
+    unsigned int ReserveOrder() override;
+    unsigned int GetVenueProduct(const nxHostProduct& product) const override
+    {
+        return _markets[product.GetMarketIndex()].venueProduct;
+    }
+    void NoteOrder(nxHostOrder& order) override;
+    nxHostOrder* FindOrder(unsigned int id) override;
+    const std::vector<nxHostOrder*>& GetOrders() const override { return _orders; }
+    void NoteRequest(const nxHostOrder& order) override;
+    bool MayTrade(const nxHostJob& job) const override { return !_jobs.Get(job).IsOver(); }
+
+private:
+    // Of one market.
+    struct Market
+    {
+        nxMarket* market = nullptr;
+        unsigned int venueProduct = 0;       // once there is a venue
+        nxProductAccount none;               // how an account begins
+        nxProductAccount everybody;          // of all jobs together
+        std::vector<nxHostProduct*> traded;  // the jobs' products that had a fill
+    };
+
+    void _Open();
+    void _AddToVenue(Market& market);
+    void _Reschedule();
+    void _AddFill(nxHostOrder& order, const nxExchangeEvent& fill);
+    void _Revalue(const Market& market);
+    nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
+    void _TellAnswer(nxHostOrder& order, const nxExchangeEvent& event);
+    void _TakeLastAnswers();
+    void _Flatten(nxHostJob& job);
+    void _FlattenAtEnd();
+    const char* _FindNoExit(const nxHostProduct& product) const;
+    bool _IsOfBars(const nxMarket& market) const;
+
+    nxRunState& _state;
+    const nxRunClock& _clock;
+    nxRunOutput& _output;
+    nxJobList& _jobs;
+    const nxEventSource& _source;
+    nxSchedule& _schedule;
+    std::vector<Market> _markets;            // by index; empty where none was met
+    std::optional<nxOrderStories> _stories;  // where some are asked for
+    std::unique_ptr<nxVenue> _venue;         // from the first order on
+    const MakeVenue _makeVenue;
+    std::vector<nxHostOrder*> _orders;          // as they came to be
+    std::vector<nxHostOrder*> _ordersByNumber;  // from 1; null: no job knows of it yet
+    std::optional<nxExchangeEvent> _answer;     // taken from the venue, and not delivered
+    std::deque<std::pair<nxJobRunner*, nxHostProduct*>> _positions;  // to be told of
+    long long _nextDay = nxNever;                                    // of the accounts, once there is a venue
+    nxAnswerChains _chains;
+};
