@@ -16,6 +16,12 @@ nxDecimal Price(int ticks)
     return nxDecimal::FromMantissa(ticks, 2);
 }
 
+// By turns.
+nxSide GetSide(std::int64_t order)
+{
+    return order % 2 == 0 ? nxSide::Buy : nxSide::Sell;
+}
+
 class Trading
 {
 public:
@@ -27,8 +33,8 @@ public:
         _exchange.AddProduct(product);
         _exchange.OnOpen(0, _time);
         for (int i = 1; i <= 5; ++i) {
-            _levels.push_back({Price(Mid - i), 1'000'000, true});
-            _levels.push_back({Price(Mid + i), 1'000'000, false});
+            _levels.push_back({Price(Mid - i), 1'000'000, nxSide::Buy});
+            _levels.push_back({Price(Mid + i), 1'000'000, nxSide::Sell});
         }
         Show(_levels);
     }
@@ -47,9 +53,9 @@ public:
         _best.assign(_levels.begin(), _levels.begin() + 2);
         Show(_best);
     }
-    unsigned int Add(bool isBuy, int price, unsigned int volume = 10)
+    unsigned int Add(nxSide side, int price, unsigned int volume = 10)
     {
-        _kind.isBuy = isBuy;
+        _kind.side = side;
         _terms.price = Price(price);
         _terms.volume = volume;
         const unsigned int order = _exchange.Submit(_kind, _terms, _time);
@@ -98,7 +104,7 @@ void RunBatches(benchmark::State& state, int operations, Operation operation)
         std::vector<unsigned int> orders;
         if (operations == 0)
             for (int i = 0; i < Batch; ++i)
-                orders.push_back(trading->Add(true, Mid - 1 - i % 50));
+                orders.push_back(trading->Add(nxSide::Buy, Mid - 1 - i % 50));
         state.ResumeTiming();
         for (int i = 0; i < Batch; ++i)
             operation(*trading, i, orders);
@@ -111,7 +117,7 @@ void RunBatches(benchmark::State& state, int operations, Operation operation)
 
 void Add(benchmark::State& state)
 {
-    RunBatches(state, 1, [](Trading& trading, int i, auto&) { trading.Add(true, Mid - 1 - i % 50); });
+    RunBatches(state, 1, [](Trading& trading, int i, auto&) { trading.Add(nxSide::Buy, Mid - 1 - i % 50); });
 }
 BENCHMARK(Add)->Name("nxExchange/add");
 
@@ -134,8 +140,9 @@ BENCHMARK(Cancel)->Name("nxExchange/cancel");
 
 void Match(benchmark::State& state)
 {
-    RunBatches(state, 1,
-               [](Trading& trading, int i, auto&) { trading.Add(i % 2 == 0, Mid + (i % 2 == 0 ? 1 : -1)); });
+    RunBatches(state, 1, [](Trading& trading, int i, auto&) {
+        trading.Add(GetSide(i), i % 2 == 0 ? Mid + 1 : Mid - 1);
+    });
 }
 BENCHMARK(Match)->Name("nxExchange/match");
 
@@ -143,10 +150,10 @@ BENCHMARK(Match)->Name("nxExchange/match");
 void Mix(benchmark::State& state)
 {
     RunBatches(state, 4, [](Trading& trading, int i, auto&) {
-        const unsigned int order = trading.Add(true, Mid - 1 - i % 5);
+        const unsigned int order = trading.Add(nxSide::Buy, Mid - 1 - i % 5);
         trading.Amend(order, Mid - 1 - (i + 1) % 5);
         trading.Cancel(order);
-        trading.Add(false, Mid - 1);
+        trading.Add(nxSide::Sell, Mid - 1);
     });
 }
 BENCHMARK(Mix)->Name("nxExchange/mix");
@@ -156,9 +163,9 @@ void MarketEvent(benchmark::State& state)
 {
     Trading trading;
     for (std::int64_t i = 0; i < state.range(0); ++i)
-        trading.Cancel(trading.Add(i % 2 == 0, i % 2 == 0 ? Mid - 2 : Mid + 2));
-    trading.Add(true, Mid - 1);
-    trading.Add(false, Mid + 1);
+        trading.Cancel(trading.Add(GetSide(i), i % 2 == 0 ? Mid - 2 : Mid + 2));
+    trading.Add(nxSide::Buy, Mid - 1);
+    trading.Add(nxSide::Sell, Mid + 1);
     for (auto _ : state)
         trading.MoveBest();
     state.SetItemsProcessed(state.iterations());

@@ -1,5 +1,6 @@
 #include "apps/algoserver/run.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -55,8 +56,32 @@ const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Det
                                                        {"warn", nxLogLevel_Warn},
                                                        {"error", nxLogLevel_Error}};
 
-const std::map<std::string, nxFillModel> FillModels = {
-    {"queue", nxFillModel::Queue}, {"cross", nxFillModel::Cross}, {"touch", nxFillModel::Touch}};
+std::map<std::string, const nxFillModel*> GetFillModels()
+{
+    std::map<std::string, const nxFillModel*> models;
+    for (const nxFillModel& model : nxFillModel::GetAll())
+        models[model.name] = &model;
+    return models;
+}
+
+// "queue (behind what the market shows), cross (only when traded through) or touch (at once)"
+std::string DescribeFillModels()
+{
+    std::string text;
+    for (const nxFillModel& model : nxFillModel::GetAll()) {
+        const bool isLast = &model == &nxFillModel::GetAll().back();
+        text += fmt::format("{}{} ({})", text.empty() ? "" : isLast ? " or " : ", ", model.name, model.help);
+    }
+    return text;
+}
+
+std::string ListFillModels()
+{
+    std::string text;
+    for (const nxFillModel& model : nxFillModel::GetAll())
+        text += fmt::format("{}{}", text.empty() ? "" : "|", model.name);
+    return fmt::format("{} [{}]", text, nxFillModel::GetDefault().name);
+}
 
 // Names what has to be given, which the library would show as optional: Run tells of a missing script itself,
 // since --data has usually taken it.
@@ -181,11 +206,10 @@ void AddRunCommand(CLI::App& app, int& status)
         ->type_name("ORDER_ID");
     nxExchangeOptions& exchange = options.exchange;
     run->add_option_function<std::string>(
-           "--fills", [&exchange](const std::string& name) { exchange.fills = FillModels.at(name); },
-           "How resting orders are filled: queue (behind what the market shows), cross (only when "
-           "traded through) or touch (at once)")
-        ->check(CLI::IsMember(FillModels))
-        ->option_text("queue|cross|touch [queue]");
+           "--fills", [&exchange](const std::string& name) { exchange.fills = nxFillModel::Find(name); },
+           "How resting orders are filled: " + DescribeFillModels())
+        ->check(CLI::IsMember(GetFillModels()))
+        ->option_text(ListFillModels());
     run->add_option_function<std::string>(
            "--latency",
            [&exchange](const std::string& text) {

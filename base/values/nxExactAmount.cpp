@@ -1,13 +1,22 @@
 #include "base/values/nxExactAmount.h"
 
 #include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr nxInt128 Most = static_cast<nxInt128>(~static_cast<nxUInt128>(0) >> 1);
+
+}  // namespace
 
 // Half away from zero.
 nxExactAmount::Wide nxExactAmount::_Divide(Wide numerator, Wide denominator)
 {
     const Wide quotient = numerator / denominator;
     const Wide rest = numerator % denominator;
-    if ((rest < 0 ? -rest : rest) * 2 < (denominator < 0 ? -denominator : denominator)) return quotient;
+    const Wide size = denominator < 0 ? -denominator : denominator;
+    const Wide part = rest < 0 ? -rest : rest;
+    if (part < size - part) return quotient;
     return (numerator < 0) == (denominator < 0) ? quotient + 1 : quotient - 1;
 }
 
@@ -19,17 +28,52 @@ nxExactAmount::nxExactAmount(const nxDecimal& price, long long volume, const nxD
     *this *= factor;
 }
 
-nxExactAmount& nxExactAmount::operator*=(const nxDecimal& factor)
+nxExactAmount& nxExactAmount::_Saturate(bool isNegative)
 {
-    _mantissa *= factor.GetMantissa();  // 0 of one that is not valid
-    _places = static_cast<unsigned char>(_places + factor.GetDecimalPlaces());
+    _mantissa = isNegative ? -Most : Most;
+    _places = 0;
     return *this;
 }
 
+nxExactAmount& nxExactAmount::operator*=(const nxDecimal& factor)
+{
+    nxDecimal other = factor;
+    Wide product = 0;
+    while (__builtin_mul_overflow(_mantissa, Wide(other.GetMantissa()), &product) || product < -Most) {
+        // Zeros first, then digits of the amount, of which there are more than of the factor.
+        const unsigned char places = other.GetDecimalPlaces();
+        other.Normalise(0);
+        if (other.GetDecimalPlaces() != places) continue;
+        if (_places == 0 && places == 0) return _Saturate(IsNegative() != (factor < nxDecimalZero));
+        if (_places != 0) {
+            _Round(static_cast<unsigned char>(_places - 1));
+        } else {
+            other.Round(nxDecimal::FromMantissa(1, static_cast<unsigned char>(places - 1)),
+                        nxRoundingMethod_Nearest);
+        }
+    }
+    _mantissa = product;  // 0 of one that is not valid
+    _places = static_cast<unsigned char>(_places + other.GetDecimalPlaces());
+    return *this;
+}
+
+// As far as there is room.
 void nxExactAmount::_Widen(unsigned char places)
 {
-    for (; _places < places; ++_places)
-        _mantissa *= 10;
+    for (Wide wider = 0; _places < places && !__builtin_mul_overflow(_mantissa, Wide(10), &wider); ++_places)
+        _mantissa = wider;
+}
+
+void nxExactAmount::_Round(unsigned char places)
+{
+    constexpr int digits = 38;  // that a mantissa has at most, and a power of ten below its range
+    const int dropped = _places - places;
+    if (dropped == 0) return;
+    Wide scale = 1;
+    for (int i = 0; i < std::min(dropped, digits); ++i)
+        scale *= 10;
+    _mantissa = dropped > digits ? 0 : _Divide(_mantissa, scale);
+    _places = places;
 }
 
 nxExactAmount& nxExactAmount::operator+=(const nxExactAmount& other)
@@ -37,7 +81,16 @@ nxExactAmount& nxExactAmount::operator+=(const nxExactAmount& other)
     nxExactAmount added = other;
     added._Widen(_places);
     _Widen(added._places);
-    _mantissa += added._mantissa;
+    unsigned char common = std::min(_places, added._places);
+    _Round(common);
+    added._Round(common);
+    Wide sum = 0;
+    while (__builtin_add_overflow(_mantissa, added._mantissa, &sum) || sum < -Most) {
+        if (common-- == 0) return _Saturate(IsNegative());
+        _Round(common);
+        added._Round(common);
+    }
+    _mantissa = sum;
     return *this;
 }
 
@@ -60,18 +113,13 @@ nxExactAmount nxExactAmount::GetShare(long long part, long long whole, unsigned 
 
 nxDecimal nxExactAmount::GetAsDecimal(unsigned char places) const
 {
-    constexpr Wide most = 0x7FFFFFFFFFFFFFFF;
-    Wide scale = 1;
-    unsigned char kept = _places;
-    const auto fits = [&] {
-        const Wide rounded = _Divide(_mantissa, scale);
-        return kept <= std::min<unsigned char>(places, nxDecimal::MaxDecimalPlaces) && rounded <= most &&
-               rounded >= -most;
-    };
-    while (kept != 0 && !fits()) {
-        scale *= 10;
-        --kept;
+    constexpr Wide most = std::numeric_limits<long long>::max();
+    for (places = std::min({places, nxDecimal::MaxDecimalPlaces, _places});; --places) {
+        // Each time from the whole: what is rounded twice may come out one too large.
+        nxExactAmount rounded = *this;
+        rounded._Round(places);
+        if (places == 0) rounded._mantissa = std::clamp(rounded._mantissa, -most, most);
+        if (rounded._mantissa <= most && rounded._mantissa >= -most)
+            return nxDecimal::FromMantissa(static_cast<long long>(rounded._mantissa), places);
     }
-    if (!fits()) return {};
-    return nxDecimal::FromMantissa(static_cast<long long>(_Divide(_mantissa, scale)), kept);
 }

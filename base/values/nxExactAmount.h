@@ -5,7 +5,8 @@
 
 // A sum of money kept exactly: 128 bits and a count of decimal places that grows with what is added and
 // multiplied. Up to 10^38 of the smallest unit in play, so that sums of prices times volumes stay exact far
-// beyond what one nxDecimal holds.
+// beyond what one nxDecimal holds. What needs more gives up its last places, half away from zero; what is too
+// large even without places stays at the end of the range.
 class nxExactAmount
 {
 public:
@@ -23,11 +24,11 @@ public:
     friend nxExactAmount operator*(nxExactAmount a, const nxDecimal& factor) { return a *= factor; }
     friend bool operator==(const nxExactAmount& a, const nxExactAmount& b) { return (a - b).IsZero(); }
 
-    // The share part / whole, rounded half away from zero to at least `places`. whole is not 0, and part not
-    // above it in size.
+    // The share part / whole, rounded half away from zero to at least `places` where there is room for them.
+    // whole is not 0, and part not above it in size.
     nxExactAmount GetShare(long long part, long long whole, unsigned char places) const;
     // Rounded half away from zero to as many places as there are, at most `places`, and fewer where the
-    // amount is too large for that.
+    // amount is too large for that. Beyond a decimal's range it is the last number of that.
     nxDecimal GetAsDecimal(unsigned char places = 10) const;
     bool IsNegative() const { return _mantissa < 0; }
     bool IsZero() const { return _mantissa == 0; }
@@ -36,6 +37,8 @@ private:
     using Wide = nxInt128;
     static Wide _Divide(Wide numerator, Wide denominator);
     void _Widen(unsigned char places);
+    void _Round(unsigned char places);
+    nxExactAmount& _Saturate(bool isNegative);
 
     Wide _mantissa = 0;
     unsigned char _places = 0;

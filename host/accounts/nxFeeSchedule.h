@@ -2,8 +2,8 @@
 
 #include "base/values/nxExactAmount.h"
 
-/** What a product's fills cost, exactly: a sum for each lot, or a rate of the money that changes hands. A
-   maker's fill took nothing from the shown market. Negative fees are rebates. A value. */
+// What a product's fills cost, exactly: a sum for each lot, or a rate of the money that changes hands. A
+// maker's fill took nothing from the shown market. Negative fees are rebates. A value.
 struct nxFeeSchedule
 {
     nxDecimal maker;  // null: none

@@ -15,28 +15,23 @@ nxDecimal GetAverage(const nxExactAmount& sum, unsigned long long volume)
 
 }  // namespace
 
-nxDecimal nxPositionKeeper::Section::GetAverageBuyPrice() const
+nxDecimal nxPositionKeeper::Section::GetAveragePrice(nxSide side) const
 {
-    return GetAverage(buySum, bought);
+    return GetAverage(prices[side], volume[side]);
 }
 
-nxDecimal nxPositionKeeper::Section::GetAverageSellPrice() const
-{
-    return GetAverage(sellSum, sold);
-}
-
-void nxPositionKeeper::AddFill(bool isBuy, const nxDecimal& price, unsigned int volume,
+void nxPositionKeeper::AddFill(nxSide side, const nxDecimal& price, unsigned int volume,
                                const nxExactAmount& fee)
 {
     const nxExactAmount money(price, volume, _pointValue);
     const nxExactAmount sum(price, volume);
     for (Section* section : {&_total, &_day}) {
-        (isBuy ? section->bought : section->sold) += volume;
-        (isBuy ? section->cost : section->revenue) += money;
-        (isBuy ? section->buySum : section->sellSum) += sum;
+        section->volume[side] += volume;
+        section->money[side] += money;
+        section->prices[side] += sum;
         section->fees += fee;
     }
-    long long change = isBuy ? static_cast<long long>(volume) : -static_cast<long long>(volume);
+    long long change = nxGetSigned(side, volume);
     if ((_net > 0 && change < 0) || (_net < 0 && change > 0)) {
         const long long closed = std::min(std::abs(_net), std::abs(change));
         _openSum -= _openSum.GetShare(closed, std::abs(_net), AveragePlaces);
@@ -69,12 +64,12 @@ nxExactAmount nxPositionKeeper::_GetValue(const nxDecimal& mark) const
 
 nxExactAmount nxPositionKeeper::GetTotalProfit(const nxDecimal& mark) const
 {
-    return _total.revenue - _total.cost - _total.fees + _GetValue(mark);
+    return _total.money.sell - _total.money.buy - _total.fees + _GetValue(mark);
 }
 
 nxExactAmount nxPositionKeeper::GetDayProfit(const nxDecimal& mark) const
 {
-    return _day.revenue - _day.cost - _day.fees + _GetValue(mark) - _dayBegin;
+    return _day.money.sell - _day.money.buy - _day.fees + _GetValue(mark) - _dayBegin;
 }
 
 nxExactAmount nxPositionKeeper::GetOpenProfit(const nxDecimal& mark) const

@@ -2,46 +2,43 @@
 
 #include "base/values/nxDecimal.h"
 #include "base/values/nxExactAmount.h"
+#include "host/feed/nxSide.h"
 
-/** What trading one product brought: volumes, average prices, cash, realised and open profit, over the whole
-   run and for the current day. Money is price times volume times point value. All sums are exact, so that
-   cash and the value of the position add up to the profit; only average prices, and with them the split of
-   the profit into realised and open, are rounded, to ten places. */
+// What trading one product brought: volumes, average prices, cash, realised and open profit, over the whole
+// run and for the current day. Money is price times volume times point value. All sums are exact, so that
+// cash and the value of the position add up to the profit; only average prices, and with them the split of
+// the profit into realised and open, are rounded, to ten places.
 class nxPositionKeeper
 {
 public:
-    /** One section of the account: the run, or the day. */
+    // One section of the account: the run, or the day.
     struct Section
     {
-        unsigned long long bought = 0;
-        unsigned long long sold = 0;
-        nxExactAmount cost;     // paid for what was bought, without fees
-        nxExactAmount revenue;  // got for what was sold
-        nxExactAmount fees;     // negative: rebates won
-        nxExactAmount buySum;   // prices times volumes, for the averages
-        nxExactAmount sellSum;
+        nxBySide<unsigned long long> volume;
+        nxBySide<nxExactAmount> money;   // paid for what was bought, got for what was sold; without fees
+        nxBySide<nxExactAmount> prices;  // times volumes, for the averages
+        nxExactAmount fees;              // negative: rebates won
 
-        /** Null while nothing was bought or sold. */
-        nxDecimal GetAverageBuyPrice() const;
-        nxDecimal GetAverageSellPrice() const;
+        // Null while nothing was traded on that side.
+        nxDecimal GetAveragePrice(nxSide side) const;
     };
 
     explicit nxPositionKeeper(const nxDecimal& pointValue = nxDecimalOne) : _pointValue(pointValue) {}
 
-    void AddFill(bool isBuy, const nxDecimal& price, unsigned int volume, const nxExactAmount& fee);
-    /** The day's section begins anew; what is open is carried at that price, where it is valid. */
+    void AddFill(nxSide side, const nxDecimal& price, unsigned int volume, const nxExactAmount& fee);
+    // The day's section begins anew; what is open is carried at that price, where it is valid.
     void BeginDay(const nxDecimal& mark);
 
     const Section& GetTotal() const { return _total; }
     const Section& GetDay() const { return _day; }
-    /** Long above 0. */
+    // Long above 0.
     long long GetNet() const { return _net; }
-    /** Of what is open, by the method of averages: what reduces a position leaves its average; what turns it
-       begins a new one. Null when nothing is open. */
+    // Of what is open, by the method of averages: what reduces a position leaves its average; what turns it
+    // begins a new one. Null when nothing is open.
     nxDecimal GetOpenAveragePrice() const;
 
-    /** With the open position valued at mark; fees are taken off. An open position without a mark counts at
-       its average. */
+    // With the open position valued at mark; fees are taken off. An open position without a mark counts at
+    // its average.
     nxExactAmount GetTotalProfit(const nxDecimal& mark) const;
     nxExactAmount GetDayProfit(const nxDecimal& mark) const;
     nxExactAmount GetOpenProfit(const nxDecimal& mark) const;

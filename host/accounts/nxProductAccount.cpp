@@ -1,5 +1,7 @@
 #include "host/accounts/nxProductAccount.h"
 
+#include "host/market/nxBestQuote.h"
+
 namespace {
 
 // Scripts find 0 where there is no average.
@@ -13,14 +15,10 @@ nxDecimal OrZero(const nxDecimal& number)
 nxDecimal nxProductAccount::GetMark(const nxPrice& price) const
 {
     const long long net = _keeper.GetNet();
-    nxDecimal side;
-    nxVolume volume;
-    if (net < 0) {
-        price.GetBestAskPriceAndVolume(side, volume);
-    } else if (net > 0) {
-        price.GetBestBidPriceAndVolume(side, volume);
+    if (net != 0) {
+        const nxBestQuote best(price, net > 0 ? nxSide::Buy : nxSide::Sell);
+        if (best.price.IsValid()) return best.price;
     }
-    if (side.IsValid()) return side;
     return price.GetLastPrice().IsValid() ? price.GetLastPrice() : nxDecimal();
 }
 
@@ -28,18 +26,18 @@ void nxProductAccount::FillTotal(nxAlgoPosition& position) const
 {
     const nxPositionKeeper::Section& total = _keeper.GetTotal();
     const nxPositionKeeper::Section& day = _keeper.GetDay();
-    position.SetTotalLong(total.bought);
-    position.SetTotalShort(total.sold);
-    position.SetTotalAverageBuyPrice(OrZero(total.GetAverageBuyPrice()));
-    position.SetTotalAverageSellPrice(OrZero(total.GetAverageSellPrice()));
-    position.SetTotalCost(total.cost.GetAsDecimal());
-    position.SetTotalRevenue(total.revenue.GetAsDecimal());
-    position.SetDayLong(static_cast<unsigned int>(day.bought));
-    position.SetDayShort(static_cast<unsigned int>(day.sold));
-    position.SetDayAverageBuyPrice(OrZero(day.GetAverageBuyPrice()));
-    position.SetDayAverageSellPrice(OrZero(day.GetAverageSellPrice()));
-    position.SetDayCost(day.cost.GetAsDecimal());
-    position.SetDayRevenue(day.revenue.GetAsDecimal());
+    position.SetTotalLong(total.volume.buy);
+    position.SetTotalShort(total.volume.sell);
+    position.SetTotalAverageBuyPrice(OrZero(total.GetAveragePrice(nxSide::Buy)));
+    position.SetTotalAverageSellPrice(OrZero(total.GetAveragePrice(nxSide::Sell)));
+    position.SetTotalCost(total.money.buy.GetAsDecimal());
+    position.SetTotalRevenue(total.money.sell.GetAsDecimal());
+    position.SetDayLong(static_cast<unsigned int>(day.volume.buy));
+    position.SetDayShort(static_cast<unsigned int>(day.volume.sell));
+    position.SetDayAverageBuyPrice(OrZero(day.GetAveragePrice(nxSide::Buy)));
+    position.SetDayAverageSellPrice(OrZero(day.GetAveragePrice(nxSide::Sell)));
+    position.SetDayCost(day.money.buy.GetAsDecimal());
+    position.SetDayRevenue(day.money.sell.GetAsDecimal());
     position.SetRunningOpenDayAveragePrice(OrZero(_keeper.GetOpenAveragePrice()));
     position.SetOpenPos(static_cast<int>(_keeper.GetNet()));
     position.SetCurrency(_currency);
@@ -48,10 +46,10 @@ void nxProductAccount::FillTotal(nxAlgoPosition& position) const
 void nxProductAccount::FillLocal(nxAlgoPosition& position) const
 {
     const nxPositionKeeper::Section& total = _keeper.GetTotal();
-    position.SetLocalLong(total.bought);
-    position.SetLocalShort(total.sold);
-    position.SetLocalAverageBuyPrice(OrZero(total.GetAverageBuyPrice()));
-    position.SetLocalAverageSellPrice(OrZero(total.GetAverageSellPrice()));
-    position.SetLocalCost(total.cost.GetAsDecimal());
-    position.SetLocalRevenue(total.revenue.GetAsDecimal());
+    position.SetLocalLong(total.volume.buy);
+    position.SetLocalShort(total.volume.sell);
+    position.SetLocalAverageBuyPrice(OrZero(total.GetAveragePrice(nxSide::Buy)));
+    position.SetLocalAverageSellPrice(OrZero(total.GetAveragePrice(nxSide::Sell)));
+    position.SetLocalCost(total.money.buy.GetAsDecimal());
+    position.SetLocalRevenue(total.money.sell.GetAsDecimal());
 }

@@ -27,9 +27,9 @@ public:
     // the last trade where the market shows none. Null for none of them.
     nxDecimal GetMark(const nxPrice& price) const;
 
-    void AddFill(bool isBuy, const nxDecimal& price, unsigned int volume, bool isMaker)
+    void AddFill(nxSide side, const nxDecimal& price, unsigned int volume, bool isMaker)
     {
-        _keeper.AddFill(isBuy, price, volume, GetFee(price, volume, isMaker));
+        _keeper.AddFill(side, price, volume, GetFee(price, volume, isMaker));
     }
     nxExactAmount GetFee(const nxDecimal& price, unsigned int volume, bool isMaker) const
     {

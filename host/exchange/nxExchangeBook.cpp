@@ -20,53 +20,36 @@ unsigned int GetVisible(const nxExchangeOrder& order)
 
 }  // namespace
 
-const char* nxGetText(nxFillModel model)
-{
-    constexpr const char* texts[] = {"touch", "cross", "queue"};
-    return texts[static_cast<std::size_t>(model)];
-}
-
-nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, nxFillModel model, nxExactRandom& random,
+nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, const nxFillRule& rule, nxExactRandom& random,
                                Listener& listener)
-    : _market(market), _model(model), _random(random), _listener(listener)
+    : _market(market), _rule(rule), _random(random), _listener(listener)
 {
 }
 
-nxExchangeBook::Best nxExchangeBook::_GetBest(bool asks) const
-{
-    Best best;
-    if (asks) {
-        _market.GetPrice().GetBestAskPriceAndVolume(best.price, best.volume);
-    } else {
-        _market.GetPrice().GetBestBidPriceAndVolume(best.price, best.volume);
-    }
-    return best;
-}
-
-nxVolume nxExchangeBook::_GetShown(bool bids, const nxDecimal& price) const
+nxVolume nxExchangeBook::_GetShown(nxSide side, const nxDecimal& price) const
 {
     if (_usesDepth) {
-        const auto& levels = bids ? _market.GetDepth().GetBidMap() : _market.GetDepth().GetAskMap();
+        const nxMarketDepth::Map& levels = _market.GetLevels(side);
         const auto level = levels.find(price);
         return level == levels.end() ? 0u : level->second.volume;
     }
-    const Best best = _GetBest(!bids);
+    const nxBestQuote best = _market.GetBest(side);
     if (!best.price.IsValid()) return {};
     if (price == best.price) return best.volume.IsValid() ? best.volume : nxVolume();
     // Better than the best: nobody else is there.
-    return (bids ? price > best.price : price < best.price) ? nxVolume(0u) : nxVolume();
+    return nxIsBetter(side, price, best.price) ? nxVolume(0u) : nxVolume();
 }
 
-unsigned int nxExchangeBook::_GetFree(bool asks, const nxDecimal& price, unsigned int shown) const
+unsigned int nxExchangeBook::_GetFree(nxSide side, const nxDecimal& price, unsigned int shown) const
 {
-    const auto taken = _taken[asks].find(price);
-    return taken == _taken[asks].end() || taken->second.shown != shown ? shown : shown - taken->second.volume;
+    const auto taken = _taken[side].find(price);
+    return taken == _taken[side].end() || taken->second.shown != shown ? shown : shown - taken->second.volume;
 }
 
-void nxExchangeBook::_NoteTaken(bool asks, const nxDecimal& price, unsigned int shown, unsigned int volume)
+void nxExchangeBook::_NoteTaken(nxSide side, const nxDecimal& price, unsigned int shown, unsigned int volume)
 {
     if (shown == Unlimited || volume == 0) return;
-    Taken& taken = _taken[asks][price];
+    Taken& taken = _taken[side][price];
     if (taken.shown != shown) taken = {shown, 0};
     taken.volume += volume;
     assert(taken.volume <= shown);
@@ -74,10 +57,11 @@ void nxExchangeBook::_NoteTaken(bool asks, const nxDecimal& price, unsigned int 
 
 bool nxExchangeBook::CanFill(const nxExchangeOrder& order) const
 {
+    const nxSide other = nxGetOpposite(order.kind.side);
     unsigned long long sum = 0;
-    _ForEachShown(order.kind.isBuy, [&](const nxDecimal& price, unsigned int shown) {
+    _ForEachShown(other, [&](const nxDecimal& price, unsigned int shown) {
         if (!order.IsWithin(price)) return false;
-        sum += _GetFree(order.kind.isBuy, price, shown);
+        sum += _GetFree(other, price, shown);
         return sum < order.GetRemaining();
     });
     if (!order.kind.crossProtected) {
@@ -102,23 +86,17 @@ const nxExchangeOrder* nxExchangeBook::FindOwnCounterpart(const nxExchangeOrder&
 nxVolume nxExchangeBook::GetAhead(const nxExchangeOrder& order) const
 {
     if (order.kind.isMarket || _isOfBars) return {};
-    const Levels& levels = _GetLevels(order.kind.isBuy);
+    const Levels& levels = _levels[order.kind.side];
     const auto level = levels.find(order.terms.price);
-    return level == levels.end() ? _GetShown(order.kind.isBuy, order.terms.price) : level->second.shown;
+    return level == levels.end() ? _GetShown(order.kind.side, order.terms.price) : level->second.shown;
 }
 
-nxDecimal nxExchangeBook::GetOwnBest(bool isBuy, unsigned int owner) const
+nxDecimal nxExchangeBook::GetOwnBest(nxSide side, unsigned int owner) const
 {
-    const auto has = [owner](const auto& entry) {
-        return std::ranges::any_of(entry.second.orders,
-                                   [owner](const nxExchangeOrder* own) { return own->kind.owner == owner; });
-    };
-    if (isBuy) {
-        const auto found = std::find_if(_buys.rbegin(), _buys.rend(), has);
-        return found == _buys.rend() ? nxDecimal() : found->first;
-    }
-    const auto found = std::find_if(_sells.begin(), _sells.end(), has);
-    return found == _sells.end() ? nxDecimal() : found->first;
+    for (const auto& [price, level] : _levels[side])
+        for (const nxExchangeOrder* own : level.orders)
+            if (own->kind.owner == owner) return price;
+    return {};
 }
 
 void nxExchangeBook::Enter(nxExchangeOrder& order)
@@ -139,15 +117,14 @@ void nxExchangeBook::Enter(nxExchangeOrder& order)
 
 void nxExchangeBook::_Take(nxExchangeOrder& order)
 {
-    const bool asks = order.kind.isBuy;
-    _ForEachShown(asks, [&](const nxDecimal& price, unsigned int shown) {
+    const nxSide other = nxGetOpposite(order.kind.side);
+    _ForEachShown(other, [&](const nxDecimal& price, unsigned int shown) {
         if (!order.IsWithin(price)) return false;
-        if (order.noBetterThan.IsValid() && (asks ? price < order.noBetterThan : price > order.noBetterThan))
-            return true;
+        if (order.noBetterThan.IsValid() && nxIsBetter(other, price, order.noBetterThan)) return true;
         _TakeOwn(order, &price);
-        const unsigned int volume = std::min(order.GetRemaining(), _GetFree(asks, price, shown));
+        const unsigned int volume = std::min(order.GetRemaining(), _GetFree(other, price, shown));
         if (volume != 0) {
-            _NoteTaken(asks, price, shown, volume);
+            _NoteTaken(other, price, shown, volume);
             _Fill(order, price, volume, false, nxFillCause::Took);
         }
         return order.GetRemaining() != 0;
@@ -159,9 +136,10 @@ void nxExchangeBook::_Take(nxExchangeOrder& order)
 void nxExchangeBook::_TakeOwn(nxExchangeOrder& order, const nxDecimal* bound)
 {
     if (order.kind.crossProtected) return;
-    _ForEachOwn(!order.kind.isBuy, [&](const nxDecimal& price, Level& level) {
+    const nxSide other = nxGetOpposite(order.kind.side);
+    _ForEachOwn(other, [&](const nxDecimal& price, Level& level) {
         if (order.GetRemaining() == 0 || !order.IsWithin(price)) return false;
-        if (bound != nullptr && !(order.kind.isBuy ? price < *bound : price > *bound)) return false;
+        if (bound != nullptr && !nxIsBetter(other, price, *bound)) return false;
         for (std::size_t i = 0; i < level.orders.size() && order.GetRemaining() != 0;) {
             nxExchangeOrder& own = *level.orders[i];
             const unsigned int volume = std::min(order.GetRemaining(), own.GetRemaining());
@@ -190,8 +168,8 @@ void nxExchangeBook::_Rest(nxExchangeOrder& order)
         _unlimited.push_back(&order);
         return;
     }
-    Level& level = _GetLevels(order.kind.isBuy)[order.terms.price];
-    if (level.orders.empty()) level.shown = _GetShown(order.kind.isBuy, order.terms.price);
+    Level& level = _levels[order.kind.side][order.terms.price];
+    if (level.orders.empty()) level.shown = _GetShown(order.kind.side, order.terms.price);
     order.ahead = level.shown;
     order.displayed = 0;
     level.orders.push_back(&order);
@@ -204,7 +182,7 @@ void nxExchangeBook::Remove(nxExchangeOrder& order)
     order.isResting = false;
     if (!order.triggered) return Erase(_stops, order);
     if (order.kind.isMarket) return Erase(_unlimited, order);
-    Levels& levels = _GetLevels(order.kind.isBuy);
+    Levels& levels = _levels[order.kind.side];
     const auto level = levels.find(order.terms.price);
     if (level == levels.end()) return;
     Erase(level->second.orders, order);
@@ -264,8 +242,8 @@ void nxExchangeBook::_FillResting(Level& level, std::size_t& index, const nxDeci
 
 void nxExchangeBook::ForEachOrder(const std::function<void(const nxExchangeOrder&)>& visit) const
 {
-    for (const Levels* levels : {&_buys, &_sells})
-        for (const auto& [price, level] : *levels)
+    for (const nxSide side : nxSides)
+        for (const auto& [price, level] : _levels[side])
             for (const nxExchangeOrder* order : level.orders)
                 visit(*order);
     for (const auto* orders : {&_unlimited, &_stops})

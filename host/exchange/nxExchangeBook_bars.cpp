@@ -2,20 +2,31 @@
 #include <algorithm>
 
 #include "host/exchange/nxExchangeBook.h"
+#include "host/exchange/nxPriceDistance.h"
+
+namespace {
+
+// The bar's end that is farthest up for a buy, farthest down for a sell.
+const nxDecimal& GetFarEnd(const nxFeedBar& bar, nxSide side)
+{
+    return side == nxSide::Buy ? bar.high : bar.low;
+}
+
+}  // namespace
 
 // The price at which a stop is reached within the bar; null when it is not. One that trails is tried where it
 // stands and then follows the bar's far end, from where the close may have come back to it.
 nxDecimal nxExchangeBook::_FindStopInBar(nxExchangeOrder& order, const nxFeedBar& bar) const
 {
-    const bool buys = order.kind.isBuy;
-    const auto reaches = [buys](const nxDecimal& price, const nxDecimal& stop) {
-        return buys ? price >= stop : price <= stop;
+    const nxSide side = order.kind.side;
+    const auto reaches = [side](const nxDecimal& price, const nxDecimal& stop) {
+        return !nxIsBetter(side, stop, price);
     };
     nxDecimal& stop = order.terms.stopPrice;
     if (reaches(bar.open, stop)) return bar.open;
-    if (reaches(buys ? bar.high : bar.low, stop)) return stop;
+    if (reaches(GetFarEnd(bar, side), stop)) return stop;
     if (!order.trailDistance.IsValid()) return {};
-    const nxDecimal moved = buys ? bar.low + order.trailDistance : bar.high - order.trailDistance;
+    const nxDecimal moved = nxGetPriceBeyond(side, GetFarEnd(bar, nxGetOpposite(side)), order.trailDistance);
     if (reaches(moved, stop)) return {};
     stop = moved;
     return reaches(bar.close, moved) ? moved : nxDecimal();
@@ -24,7 +35,6 @@ nxDecimal nxExchangeBook::_FindStopInBar(nxExchangeOrder& order, const nxFeedBar
 // True when the order has left where it waited: it is filled, or was a stop.
 bool nxExchangeBook::_FillByBar(nxExchangeOrder& order, const nxFeedBar& bar, unsigned int& budget)
 {
-    const bool buys = order.kind.isBuy;
     const bool waited = !order.triggered;
     nxDecimal price = bar.open;
     if (waited) {
@@ -36,7 +46,7 @@ bool nxExchangeBook::_FillByBar(nxExchangeOrder& order, const nxFeedBar& bar, un
         // Nobody knows where the price went from the stop on, so a limit beyond it waits for the next bar.
         if (!order.IsWithin(price)) return true;
     } else if (!order.IsWithin(bar.open)) {
-        if (buys ? bar.low > order.terms.price : bar.high < order.terms.price) return false;
+        if (!order.IsWithin(GetFarEnd(bar, nxGetOpposite(order.kind.side)))) return false;
         price = order.terms.price;
     }
     const unsigned int volume = std::min(order.GetRemaining(), budget);
@@ -68,8 +78,8 @@ void nxExchangeBook::OnBar(const nxFeedBar& bar, long long time)
     };
     serve(_unlimited);
     serve(_stops);
-    for (const bool buys : {true, false})
-        _ForEachOwn(buys, [&](const nxDecimal&, Level& level) {
+    for (const nxSide side : nxSides)
+        _ForEachOwn(side, [&](const nxDecimal&, Level& level) {
             serve(level.orders);
             return true;
         });

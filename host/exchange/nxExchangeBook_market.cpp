@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/exchange/nxExchangeBook.h"
+#include "host/exchange/nxPriceDistance.h"
 
 namespace {
 
@@ -23,14 +24,20 @@ void nxExchangeBook::_FillThrough(Level& level, const nxDecimal& price, unsigned
         _FillResting(level, index, price, budget, cause);
 }
 
+void nxExchangeBook::_FillWhole(Level& level, const nxDecimal& price)
+{
+    unsigned int endless = Unlimited;
+    _FillThrough(level, price, endless, nxFillCause::Touched);
+}
+
 // A trade at the level's own price. What stood in front of an order goes first, as far as the budget, which
-// is what better own orders left of the trade; under the other models nobody here is filled.
+// is what better own orders left of the trade; whether they are filled or only move up is the model's to say.
 void nxExchangeBook::_FillQueue(Level& level, const nxDecimal& price, unsigned int traded,
                                 unsigned int budget)
 {
     assert(IsQueue(level.orders));
     unsigned int consumed = 0;  // of the recorded volume
-    for (std::size_t i = 0; _model == nxFillModel::Queue && budget != 0 && i < level.orders.size();) {
+    for (std::size_t i = 0; _rule.fillsAtPrice && budget != 0 && i < level.orders.size();) {
         const nxVolume ahead = level.orders[i]->ahead;
         if (!ahead.IsValid()) {
             ++i;
@@ -58,17 +65,16 @@ void nxExchangeBook::_FillQueue(Level& level, const nxDecimal& price, unsigned i
 void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, const nxBuySellEnum& aggressor)
 {
     _hasTraded = true;
-    for (const bool buys : {true, false}) {
+    for (const nxSide side : nxSides) {
         // A trade of unknown size fills all that it went beyond, and takes nothing from a queue.
         unsigned int budget = traded.IsValid() ? traded.GetValue() : Unlimited;
         // A buyer does not trade with bids at the price he pays, but one who paid less than a bid did.
-        const bool hitsAtPrice = aggressor != (buys ? nxBuySell_Buy : nxBuySell_Sell);
-        _ForEachOwn(buys, [&](const nxDecimal& own, Level& level) {
-            const bool isThrough = buys ? own > price : own < price;
+        const bool hitsAtPrice = aggressor != nxGetBuySell(side);
+        _ForEachOwn(side, [&](const nxDecimal& own, Level& level) {
+            const bool isThrough = nxIsBetter(side, own, price);
             if (!isThrough && own != price) return false;
-            if (_model == nxFillModel::Touch) {
-                unsigned int unlimited = Unlimited;
-                _FillThrough(level, own, unlimited, nxFillCause::Touched);
+            if (_rule.fillsWhole) {
+                _FillWhole(level, own);
             } else if (isThrough) {
                 _FillThrough(level, own, budget, nxFillCause::TradedThrough);
             } else if (hitsAtPrice && traded.IsValid()) {
@@ -87,74 +93,79 @@ void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
     const unsigned int now = shown.GetValue();
     for (nxExchangeOrder* order : level.orders) {
         const nxVolume ahead = order->ahead;
-        unsigned long long left = ahead.IsValid() ? ahead.GetValue() : now;
+        unsigned int left = ahead.IsValid() ? ahead.GetValue() : now;
         if (ahead.IsValid() && before.IsValid() && now < before.GetValue())
-            left -= (before.GetValue() - now) * left / before.GetValue();
-        order->ahead = static_cast<unsigned int>(std::min<unsigned long long>(left, now));
+            left = _rule.advance(left, before.GetValue(), before.GetValue() - now);
+        order->ahead = std::min(left, now);
         if (order->ahead != ahead) _listener.OnQueueMoved(*order, ahead, nxQueueMove::Shown);
     }
 }
 
-void nxExchangeBook::_RefreshAll(bool bids)
+void nxExchangeBook::_RefreshAll(nxSide side)
 {
-    for (auto& [price, level] : _GetLevels(bids))
-        _RefreshLevel(level, _GetShown(bids, price));
+    const auto refresh = [&](auto& entry) { _RefreshLevel(entry.second, _GetShown(side, entry.first)); };
+    Levels& levels = _levels[side];
+    // From the lowest price on; listeners are told in this order.
+    if (side == nxSide::Buy) {
+        std::for_each(levels.rbegin(), levels.rend(), refresh);
+    } else {
+        std::ranges::for_each(levels, refresh);
+    }
 }
 
 // Of data that show the best price alone: better levels are empty, worse ones are not shown. True when the
 // best is another one now. isGiven: the data named it, be it as before.
-bool nxExchangeBook::_RefreshBest(bool asks, bool isGiven)
+bool nxExchangeBook::_RefreshBest(nxSide side, bool isGiven)
 {
-    const Best now = _GetBest(asks);
-    const bool changed = now != _best[asks];
+    const nxBestQuote now = _market.GetBest(side);
+    const bool changed = now != _best[side];
     if (changed) {
-        _best[asks] = now;
-        _taken[asks].clear();
+        _best[side] = now;
+        _taken[side].clear();
     }
-    if (changed || isGiven) _RefreshAll(!asks);
+    if (changed || isGiven) _RefreshAll(side);
     return changed;
 }
 
 // Resting orders that a quote of the other side has come to.
-void nxExchangeBook::_MeetQuotes(bool buys, bool isAnew)
+void nxExchangeBook::_MeetQuotes(nxSide side, bool isAnew)
 {
     for (std::size_t i = 0; i < _unlimited.size();) {
         nxExchangeOrder& order = *_unlimited[i];
-        if (order.kind.isBuy == buys && isAnew) order.noBetterThan.SetNull();
-        if (order.kind.isBuy == buys) _Take(order);
+        if (order.kind.side == side && isAnew) order.noBetterThan.SetNull();
+        if (order.kind.side == side) _Take(order);
         if (order.GetRemaining() == 0) {
             _unlimited.erase(_unlimited.begin() + static_cast<std::ptrdiff_t>(i));
         } else {
             ++i;
         }
     }
-    if (_GetLevels(buys).empty()) return;
-    const bool asks = buys;
-    _ForEachShown(asks, [&](const nxDecimal& quote, unsigned int shown) {
+    if (_levels[side].empty()) return;
+    const nxSide other = nxGetOpposite(side);
+    _ForEachShown(other, [&](const nxDecimal& quote, unsigned int shown) {
         bool met = false;
-        const unsigned int free = _GetFree(asks, quote, shown);
+        const unsigned int free = _GetFree(other, quote, shown);
         unsigned int budget = free;
-        _ForEachOwn(buys, [&](const nxDecimal& own, Level& level) {
-            if (buys ? own < quote : own > quote) return false;
+        _ForEachOwn(side, [&](const nxDecimal& own, Level& level) {
+            if (nxIsBetter(side, quote, own)) return false;
             met = true;
-            if (_model == nxFillModel::Touch) {
-                unsigned int unlimited = Unlimited;
-                _FillThrough(level, own, unlimited, nxFillCause::Touched);
+            if (_rule.fillsWhole) {
+                _FillWhole(level, own);
                 return true;
             }
             _FillThrough(level, own, budget, nxFillCause::Crossed);
             return budget != 0;
         });
-        _NoteTaken(asks, quote, shown, free - budget);
+        _NoteTaken(other, quote, shown, free - budget);
         return met;
     });
 }
 
-nxDecimal nxExchangeBook::GetStopReference(bool isBuy) const
+nxDecimal nxExchangeBook::GetStopReference(nxSide side) const
 {
     if (_hasTraded || _isOfBars) return _market.GetPrice().GetLastPrice();
     nxDecimal best;
-    _ForEachShown(isBuy, [&](const nxDecimal& price, unsigned int) {
+    _ForEachShown(nxGetOpposite(side), [&](const nxDecimal& price, unsigned int) {
         best = price;
         return false;
     });
@@ -164,18 +175,18 @@ nxDecimal nxExchangeBook::GetStopReference(bool isBuy) const
 // Whether the market has come to the stop; else one that trails follows.
 bool nxExchangeBook::_TryStop(nxExchangeOrder& order)
 {
-    const bool buys = order.kind.isBuy;
-    const nxDecimal price = GetStopReference(buys);
+    const nxSide side = order.kind.side;
+    const nxDecimal price = GetStopReference(side);
     if (!price.IsValid() || order.GetRemaining() == 0) return false;
     nxDecimal& stop = order.terms.stopPrice;
-    if (buys ? price >= stop : price <= stop) return true;
-    if (order.trailDistance.IsValid())
-        stop =
-            buys ? std::min(stop, price + order.trailDistance) : std::max(stop, price - order.trailDistance);
+    if (!nxIsBetter(side, stop, price)) return true;
+    if (!order.trailDistance.IsValid()) return false;
+    const nxDecimal followed = nxGetPriceBeyond(side, price, order.trailDistance);
+    if (nxIsBetter(side, stop, followed)) stop = followed;
     return false;
 }
 
-void nxExchangeBook::_TryStops(const nxDecimal& trade, const bool (&isAnew)[2])
+void nxExchangeBook::_TryStops(const nxDecimal& trade, const nxBySide<bool>& isAnew)
 {
     for (std::size_t i = 0; i < _stops.size();) {
         nxExchangeOrder& order = *_stops[i];
@@ -184,7 +195,7 @@ void nxExchangeBook::_TryStops(const nxDecimal& trade, const bool (&isAnew)[2])
             continue;
         }
         _stops.erase(_stops.begin() + static_cast<std::ptrdiff_t>(i));
-        if (!isAnew[order.kind.isBuy]) order.noBetterThan = trade;
+        if (!isAnew[nxGetOpposite(order.kind.side)]) order.noBetterThan = trade;
         _Trigger(order);
     }
 }
@@ -204,15 +215,15 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote)
     const nxDecimal& last = _market.GetPrice().GetLastPrice();
     const bool isTrade = quote.IsTrade() && last.IsValid();
     if (isTrade) _OnTrade(last, quote.lastVolume, quote.side);
-    bool isAnew[2] = {false, false};
+    nxBySide<bool> isAnew;
     if (!_usesDepth) {
         // What the row of a trade repeats is the quote before it: the trade is counted in the queues already.
         const bool bid = !isTrade && (!quote.bid.IsNoChange() || !quote.bidVolume.IsNoChange());
         const bool ask = !isTrade && (!quote.ask.IsNoChange() || !quote.askVolume.IsNoChange());
-        isAnew[false] = _RefreshBest(false, bid);
-        isAnew[true] = _RefreshBest(true, ask);
-        if (isAnew[true]) _MeetQuotes(true, true);
-        if (isAnew[false]) _MeetQuotes(false, true);
+        isAnew.buy = _RefreshBest(nxSide::Buy, bid);
+        isAnew.sell = _RefreshBest(nxSide::Sell, ask);
+        for (const nxSide side : nxSides)
+            if (isAnew[nxGetOpposite(side)]) _MeetQuotes(side, true);
     }
     if (isTrade || !_hasTraded) _TryStops(isTrade ? last : nxDecimal(), isAnew);
 }
@@ -221,18 +232,18 @@ void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
 {
     if (_isOfBars) return;
     if (!std::exchange(_usesDepth, true)) Resume();
-    bool isAnew[2] = {false, false};
+    nxBySide<bool> isAnew;
     for (const nxFeedLevel& level : levels) {
-        isAnew[!level.isBid] = true;
-        auto& taken = _taken[!level.isBid];
+        isAnew[level.side] = true;
+        auto& taken = _taken[level.side];
         const auto entry = taken.find(level.price);
         if (entry != taken.end() && entry->second.shown != level.volume.GetValue()) taken.erase(entry);
-        Levels& own = _GetLevels(level.isBid);
+        Levels& own = _levels[level.side];
         const auto found = own.find(level.price);
         if (found != own.end()) _RefreshLevel(found->second, level.volume);
     }
-    _MeetQuotes(true, isAnew[true]);
-    _MeetQuotes(false, isAnew[false]);
+    for (const nxSide side : nxSides)
+        _MeetQuotes(side, isAnew[nxGetOpposite(side)]);
     if (!_hasTraded) _TryStops({}, isAnew);
 }
 
@@ -240,16 +251,16 @@ void nxExchangeBook::Join()
 {
     _usesDepth = !_market.GetDepth().GetBidMap().empty() || !_market.GetDepth().GetAskMap().empty();
     _hasTraded = _market.GetPrice().GetLastPrice().IsValid();
-    for (const bool asks : {false, true})
-        if (!_usesDepth) _best[asks] = _GetBest(asks);
+    for (const nxSide side : nxSides)
+        if (!_usesDepth) _best[side] = _market.GetBest(side);
 }
 
 void nxExchangeBook::Resume()
 {
-    for (const bool asks : {false, true}) {
-        _best[asks] = {};
-        _taken[asks].clear();
-        _RefreshAll(!asks);
+    for (const nxSide side : nxSides) {
+        _best[side] = {};
+        _taken[side].clear();
+        _RefreshAll(side);
     }
     for (nxExchangeOrder* order : _unlimited)
         order->noBetterThan.SetNull();

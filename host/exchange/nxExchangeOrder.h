@@ -8,6 +8,7 @@
 #include "base/time/nxDateTime.h"
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
+#include "host/feed/nxSide.h"
 
 enum class nxOrderExecution { None, ImmediateOrCancel, FillOrKill, Stop, Iceberg, TrailingStop, Bracket };
 enum class nxOrderDuration { Day, Date, Cancelled, Open, PreOpen };  // GFD, GTD, GTC, OPEN, PREOPEN
@@ -24,7 +25,7 @@ struct nxOrderKind
 {
     unsigned int product = 0;  // the exchange's number of it
     unsigned int owner = 0;    // who is told of its events; any number of the host
-    bool isBuy = true;
+    nxSide side = nxSide::Buy;
     bool isMarket = false;
     nxOrderExecution execution = nxOrderExecution::None;
     nxOrderDuration duration = nxOrderDuration::Day;
@@ -47,10 +48,6 @@ struct nxOrderKind
     }
 };
 
-inline const char* nxGetSideText(const nxOrderKind& kind)
-{
-    return kind.isBuy ? "BUY" : "SELL";
-}
 inline const char* nxGetTypeText(const nxOrderKind& kind)
 {
     return kind.isMarket ? "MARKET" : "LIMIT";
@@ -106,7 +103,6 @@ struct nxExchangeOrder
     // A limit that the market has to reach; none for a market order.
     bool IsWithin(const nxDecimal& price) const
     {
-        if (kind.isMarket) return true;
-        return kind.isBuy ? price <= terms.price : price >= terms.price;
+        return kind.isMarket || !nxIsBetter(kind.side, price, terms.price);
     }
 };

@@ -5,17 +5,12 @@
 #include <limits>
 #include <utility>
 
+#include "host/exchange/nxPriceDistance.h"
+
 namespace {
 
 constexpr long long Never = std::numeric_limits<long long>::max();
 constexpr char OtherSideFilled[] = "the other side of the bracket was filled";
-
-// count ticks, as a distance.
-nxDecimal GetTicks(const nxDecimal& tick, unsigned int count)
-{
-    return nxDecimal::FromMantissa(tick.GetMantissa() * static_cast<long long>(count),
-                                   tick.GetDecimalPlaces());
-}
 
 }  // namespace
 
@@ -29,7 +24,7 @@ nxSimulatedExchange::~nxSimulatedExchange() = default;
 unsigned int nxSimulatedExchange::AddProduct(const Product& product)
 {
     nxExchangeBook::Listener& listener = *this;
-    _markets.push_back(std::make_unique<Market>(product, _options.fills, _peakRandom, listener));
+    _markets.push_back(std::make_unique<Market>(product, _options.fills->rule, _peakRandom, listener));
     if (product.isOfBars) _markets.back()->book.SetOfBars();
     _markets.back()->book.SetParticipation(_options.participation);
     return static_cast<unsigned int>(_markets.size() - 1);
@@ -286,26 +281,26 @@ void nxSimulatedExchange::_AddChild(const nxExchangeOrder& parent, const Consequ
     nxExchangeOrder& child = _AddOrder();
     child.parent = parent.id;
     child.kind = parent.kind;
-    child.kind.isBuy = !parent.kind.isBuy;
+    child.kind.side = nxGetOpposite(parent.kind.side);
     child.kind.isMarket = false;
     child.arrived = _time;
     child.terms.volume = fill.volume;
-    const auto beside = [&](const nxDecimal& price, bool above, unsigned int ticks) {
-        return above ? price + GetTicks(unit, ticks) : price - GetTicks(unit, ticks);
+    const auto beyond = [&](nxSide side, const nxDecimal& price, unsigned int ticks) {
+        return nxGetPriceBeyond(side, price, nxGetDistance(unit, ticks));
     };
     if (isStop) {
         const unsigned int ticks = wanted.bracketStopLoss.GetValue();
         const bool trails = wanted.bracketStopTrails.value_or(false);
         child.kind.execution = trails ? nxOrderExecution::TrailingStop : nxOrderExecution::Stop;
-        child.terms.stopPrice = beside(fill.price, child.kind.isBuy, ticks);
+        child.terms.stopPrice = beyond(child.kind.side, fill.price, ticks);
         child.kind.isMarket = !wanted.bracketStopIsLimit.value_or(false);
         if (!child.kind.isMarket)
-            child.terms.price = beside(child.terms.stopPrice, child.kind.isBuy,
+            child.terms.price = beyond(child.kind.side, child.terms.stopPrice,
                                        nxOrderTerms::GetOr(wanted.bracketStopLimit, 0));
-        if (trails) child.trailDistance = GetTicks(unit, ticks);
+        if (trails) child.trailDistance = nxGetDistance(unit, ticks);
     } else {
         child.kind.execution = nxOrderExecution::None;
-        child.terms.price = beside(fill.price, parent.kind.isBuy, wanted.bracketProfit.GetValue());
+        child.terms.price = beyond(parent.kind.side, fill.price, wanted.bracketProfit.GetValue());
     }
     if (child.kind.duration == nxOrderDuration::Date) child.terms.expiry = wanted.expiry;
     if (child.kind.IsForOpening()) child.kind.duration = nxOrderDuration::Day;
@@ -412,7 +407,7 @@ void nxSimulatedExchange::OnEvent(unsigned int product, const nxFeedEvent& event
     }
 }
 
-nxDecimal nxSimulatedExchange::GetOwnBest(unsigned int product, bool isBuy, unsigned int owner) const
+nxDecimal nxSimulatedExchange::GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const
 {
-    return GetBook(product).GetOwnBest(isBuy, owner);
+    return GetBook(product).GetOwnBest(side, owner);
 }

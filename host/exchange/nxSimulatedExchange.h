@@ -14,7 +14,7 @@
 
 struct nxExchangeOptions
 {
-    nxFillModel fills = nxFillModel::Queue;
+    const nxFillModel* fills = &nxFillModel::GetDefault();
     nxLatency request;  // from the script to the exchange
     nxLatency answer;   // and back
     unsigned long long seed = 1;
@@ -96,14 +96,14 @@ public:
         return _released + static_cast<unsigned int>(_orders.size());
     }
     const nxExchangeBook& GetBook(unsigned int product) const;
-    nxDecimal GetOwnBest(unsigned int product, bool isBuy, unsigned int owner) const override;
+    nxDecimal GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const override;
 
 private:
     struct Market
     {
-        Market(const Product& which, nxFillModel model, nxExactRandom& random,
+        Market(const Product& which, const nxFillRule& rule, nxExactRandom& random,
                nxExchangeBook::Listener& listener)
-            : product(which), book(*which.market, model, random, listener)
+            : product(which), book(*which.market, rule, random, listener)
         {
         }
 
@@ -162,7 +162,7 @@ private:
     void _ArriveCancel(nxExchangeOrder& order);
     Refusal _FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given) const;
     Refusal _FindOwnTrade(const nxExchangeOrder& order) const;
-    bool _SetTrail(nxExchangeOrder& order) const;
+    Refusal _SetTrail(nxExchangeOrder& order) const;
     void _SetExpiry(nxExchangeOrder& order);
     void _Expire(long long time);
     void _Enter(nxExchangeOrder& order);

@@ -14,9 +14,10 @@ constexpr long long Never = std::numeric_limits<long long>::max();
 constexpr unsigned int LargestVolume = 1'000'000'000;
 constexpr unsigned int MostTicks = 1'000'000;
 
-// The end of an order's last day.
+// The end of an order's last day; one after the last of all times never ends.
 long long GetEnd(const nxDateTime& date)
 {
+    if (date.GetAsTimeValue() >= (Never - NanosecondsPerDay) / NanosecondsPerSecond) return Never;
     return nxFeedTime::GetNextMidnight(date.GetAsTimeValue() * NanosecondsPerSecond);
 }
 
@@ -115,15 +116,17 @@ nxSimulatedExchange::Refusal nxSimulatedExchange::_FindOwnTrade(const nxExchange
     return {nxError_OrderMeetsOwn, fmt::format("it would trade with the own order {}", own->id)};
 }
 
-// False when a stop that trails is not behind the market, or there is none to follow.
-bool nxSimulatedExchange::_SetTrail(nxExchangeOrder& order) const
+// Gives a stop that trails its distance from the market; why it cannot have one, empty when it can.
+nxSimulatedExchange::Refusal nxSimulatedExchange::_SetTrail(nxExchangeOrder& order) const
 {
-    if (order.kind.execution != nxOrderExecution::TrailingStop) return true;
-    const nxDecimal reference = _markets[order.kind.product]->book.GetStopReference(order.kind.isBuy);
-    if (!reference.IsValid()) return false;
-    order.trailDistance =
-        order.kind.isBuy ? order.terms.stopPrice - reference : reference - order.terms.stopPrice;
-    return order.trailDistance > nxDecimalZero;
+    if (order.kind.execution != nxOrderExecution::TrailingStop) return {};
+    const nxDecimal reference = _markets[order.kind.product]->book.GetStopReference(order.kind.side);
+    const nxDecimal& stop = order.terms.stopPrice;
+    if (!nxIsBetter(order.kind.side, stop, reference) || !reference.IsValid())
+        return {nxError_OrderStopMisplaced, "the stopPrice does not lie behind the market's price"};
+    order.trailDistance = order.kind.side == nxSide::Buy ? stop - reference : reference - stop;
+    if (order.trailDistance.IsValid()) return {};
+    return {nxError_OrderStopMisplaced, "the stopPrice is too far from the market's price"};
 }
 
 void nxSimulatedExchange::_SetExpiry(nxExchangeOrder& order)
@@ -196,8 +199,7 @@ void nxSimulatedExchange::_Arrive(nxExchangeOrder& order)
         refusal = {nxError_OrderMarketState, "the market is open already"};
     if (refusal.text.empty() && !order.kind.IsForOpening() && !market.isOpen)
         refusal = {nxError_OrderMarketState, "the market is not open"};
-    if (refusal.text.empty() && !_SetTrail(order))
-        refusal = {nxError_OrderStopMisplaced, "the stopPrice does not lie behind the market's price"};
+    if (refusal.text.empty()) refusal = _SetTrail(order);
     if (refusal.text.empty()) refusal = _FindOwnTrade(order);
     if (!refusal.text.empty()) {
         order.status = nxOrderStatus_Rejected;
@@ -288,8 +290,7 @@ void nxSimulatedExchange::_ArriveAmend(nxExchangeOrder& order, const nxOrderTerm
     if (refusal.text.empty()) refusal = _FindRefusal(wanted, changes);
     if (refusal.text.empty() && movesStop && order.triggered)
         refusal = {nxError_OrderStopMisplaced, "the stop is triggered already"};
-    if (refusal.text.empty() && movesStop && !_SetTrail(wanted))
-        refusal = {nxError_OrderStopMisplaced, "the stopPrice does not lie behind the market's price"};
+    if (refusal.text.empty() && movesStop) refusal = _SetTrail(wanted);
     if (refusal.text.empty() && !keepsPlace) refusal = _FindOwnTrade(wanted);
     if (!refusal.text.empty()) {
         _TellRefusal(order, nxExchangeEvent::Kind::AmendRejected, std::move(refusal));

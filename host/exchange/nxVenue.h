@@ -42,7 +42,7 @@ public:
     // With those that were released.
     virtual unsigned int GetOrderCount() const = 0;
     // The best price of the owner's resting orders of a side; null for none.
-    virtual nxDecimal GetOwnBest(unsigned int product, bool isBuy, unsigned int owner) const = 0;
+    virtual nxDecimal GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const = 0;
 
     // When something is due next; nxNever where nothing is on its way.
     virtual long long GetNextTime() const = 0;

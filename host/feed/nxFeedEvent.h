@@ -6,6 +6,7 @@
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
 #include "host/feed/nxFeedFormat.h"
+#include "host/feed/nxSide.h"
 
 /** Best prices and a trade, as one row gives them. What the row leaves out is at no-change. A trade is a row
    with `last` or `lastVolume`; its side is undefined when the row does not tell it. */
@@ -29,7 +30,7 @@ struct nxFeedLevel
 {
     nxDecimal price;
     nxVolume volume;
-    bool isBid = false;
+    nxSide side = nxSide::Sell;
 };
 
 /** What happened at one moment to one product. Belongs to the reader that gives it and is good until that

@@ -140,7 +140,7 @@ bool nxFeedReader::_JudgeQuote(nxFeedProduct& product)
 bool nxFeedReader::_JudgeLevel(nxFeedProduct& product)
 {
     if (_row->side == nxCsvSide::None) return _Reject("side", "is empty");
-    _level.isBid = _row->side == nxCsvSide::Buy;
+    _level.side = _row->side == nxCsvSide::Buy ? nxSide::Buy : nxSide::Sell;
     for (const unsigned slot : {nxFeedSlot::Price, nxFeedSlot::LevelVolume}) {
         if (!_row->numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
     }

@@ -30,7 +30,7 @@ std::unique_ptr<nxProductDefinition> MakeDefinition(const nxProductDescription& 
             nxStrategyLeg leg;
             // By its name alone, which is what the host finds a product by.
             leg.SetProductID(nxProductID(described.product));
-            leg.SetBuySell(described.side);
+            leg.SetBuySell(nxGetBuySell(described.side));
             leg.SetPriceRatio(described.priceRatio);
             leg.SetTradeRatio(described.tradeRatio);
             strategy->AddStrategyLeg(leg);

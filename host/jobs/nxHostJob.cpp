@@ -73,9 +73,9 @@ void nxHostJob::NoteRequest(const nxHostOrder& order)
     _services.orders->NoteRequest(order);
 }
 
-void nxHostJob::AddFill(nxHostProduct& product, bool isBuy, const nxExchangeEvent& fill)
+void nxHostJob::AddFill(nxHostProduct& product, nxSide side, const nxExchangeEvent& fill)
 {
-    product.GetAccount().AddFill(isBuy, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    product.GetAccount().AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
     ++_trading.fills;
     _trading.volume += fill.fillVolume;
     if (fill.isMaker) _trading.makerVolume += fill.fillVolume;
@@ -132,8 +132,8 @@ std::vector<std::string> nxHostJob::DescribeExits(const std::function<std::strin
         for (nxHostOrder* order : product->GetClosingOrders()) {
             if (order->GetExecuted() == 0) continue;
             text += fmt::format("{}{} {} at {}", text.empty() ? "" : ", ",
-                                order->GetKind().isBuy ? "bought" : "sold", order->GetExecuted(),
-                                order->GetAveragePrice().GetAsString());
+                                order->GetKind().side == nxSide::Buy ? "bought" : "sold",
+                                order->GetExecuted(), order->GetAveragePrice().GetAsString());
         }
         if (net != 0)
             text += fmt::format("{}{} {}: {}", text.empty() ? "" : ", ", std::abs(net),

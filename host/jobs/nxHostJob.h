@@ -78,7 +78,7 @@ public:
     // Of a bracket's order, when the exchange tells of it.
     nxHostOrder& AddChild(const nxExchangeOrder& child, nxHostOrder& parent);
     void NoteRequest(const nxHostOrder& order);
-    void AddFill(nxHostProduct& product, bool isBuy, const nxExchangeEvent& fill);
+    void AddFill(nxHostProduct& product, nxSide side, const nxExchangeEvent& fill);
     // The market of a product that the job traded may have moved.
     void Revalue(nxHostProduct& product);
     bool HasOpenOrders(const nxHostProduct& product) const;

@@ -14,7 +14,7 @@ namespace {
 nxOrderKind GetKindOf(const nxHostOrder::Texts& texts)
 {
     nxOrderKind kind;
-    kind.isBuy = texts.side == "BUY";
+    kind.side = texts.side == nxGetText(nxSide::Buy) ? nxSide::Buy : nxSide::Sell;
     kind.isMarket = texts.type == "MARKET";
     static_cast<void>(nxSetFromText(texts.exec, kind.execution));
     static_cast<void>(nxSetFromText(texts.time, kind.duration));
@@ -122,7 +122,7 @@ nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxOrderKi
     _state->id = id;
     _state->owner = &job;
     _state->kind = kind;
-    SetSide(nxGetSideText(kind));
+    SetSide(nxGetText(kind.side));
 }
 
 nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& texts, unsigned int id)
@@ -298,7 +298,7 @@ void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms)
                                       {{"request", request},
                                        {"order", _state->id},
                                        {"product", _hostProduct.GetMarket().GetName()},
-                                       {"side", nxGetSideText(_state->kind)},
+                                       {"side", nxGetText(_state->kind.side)},
                                        {"orderType", nxGetTypeText(_state->kind)},
                                        {"exec", nxGetText(_state->kind.execution)},
                                        {"timeInForce", nxGetText(_state->kind.duration)},

@@ -142,13 +142,13 @@ double nxHostProduct::_GetDayPandL() const
     return _account.GetKeeper().GetDayProfit(GetMark()).GetAsDecimal().GetAsDouble();
 }
 
-nxDecimal nxHostProduct::_GetOwnBest(bool isBuy) const
+nxDecimal nxHostProduct::_GetOwnBest(nxSide side) const
 {
     const nxHostJob& job = GetOwner();
     nxOrderServices& orders = *job.GetServices().orders;
     const nxVenue* const venue = orders.GetVenue();
     return venue == nullptr ? nxDecimal()
-                            : venue->GetOwnBest(orders.GetVenueProduct(*this), isBuy, job.GetIndex());
+                            : venue->GetOwnBest(orders.GetVenueProduct(*this), side, job.GetIndex());
 }
 
 void nxHostProduct::TakeTickSize()

@@ -90,8 +90,8 @@ protected:
     void _GetPriceSnapshot(nxPrice& price) const override { price = GetMarket().GetPrice(); }
     void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = GetMarket().GetDepth(); }
     void _GetState(nxProductStateBitMask& state) const override { state = GetMarket().GetState(); }
-    nxDecimal _GetOwnBestAsk() const override { return _GetOwnBest(false); }
-    nxDecimal _GetOwnBestBid() const override { return _GetOwnBest(true); }
+    nxDecimal _GetOwnBestAsk() const override { return _GetOwnBest(nxSide::Sell); }
+    nxDecimal _GetOwnBestBid() const override { return _GetOwnBest(nxSide::Buy); }
     void _SetFlattenOnExit(bool flatten) override;
     double _GetDayPandL() const override;
     double _GetTotalPandL() const override;
@@ -104,7 +104,7 @@ protected:
     nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override;
 
 private:
-    nxDecimal _GetOwnBest(bool isBuy) const;
+    nxDecimal _GetOwnBest(nxSide side) const;
 
     const nxMarket& _market;
     nxProductAccount _account;

@@ -65,27 +65,21 @@ private:
     bool _fits = true;
 };
 
-void SetSide(const nxStrategyTerms& terms, bool isBid, nxDecimal& price, nxVolume& volume)
+void SetSide(const nxStrategyTerms& terms, nxSide side, nxDecimal& price, nxVolume& volume)
 {
     ExactSum sum;
     unsigned int lots = std::numeric_limits<unsigned int>::max();
     bool hasVolume = true;
     for (const nxStrategyTerms::Leg& leg : terms.legs) {
-        nxDecimal legPrice;
-        nxVolume legVolume;
-        if (leg.isBuy == isBid) {
-            leg.market->GetPrice().GetBestBidPriceAndVolume(legPrice, legVolume);
-        } else {
-            leg.market->GetPrice().GetBestAskPriceAndVolume(legPrice, legVolume);
-        }
-        if (!legPrice.IsValid()) return;
-        sum.Add(legPrice, leg.priceRatio, !leg.isBuy);
-        hasVolume = hasVolume && legVolume.IsValid();
-        if (legVolume.IsValid()) lots = std::min(lots, legVolume.GetValue() / leg.tradeRatio);
+        const nxBestQuote best = leg.market->GetBest(leg.side == nxSide::Buy ? side : nxGetOpposite(side));
+        if (!best.price.IsValid()) return;
+        sum.Add(best.price, leg.priceRatio, leg.side == nxSide::Sell);
+        hasVolume = hasVolume && best.volume.IsValid();
+        if (best.volume.IsValid()) lots = std::min(lots, best.volume.GetValue() / leg.tradeRatio);
     }
     if (lots == 0) return;
     if (terms.priceOffset.IsValid()) sum.Add(terms.priceOffset, nxDecimalOne, false);
-    price = sum.GetAsDecimal(terms.tickSize, !isBid);
+    price = sum.GetAsDecimal(terms.tickSize, side == nxSide::Sell);
     if (price.IsValid() && hasVolume) volume = lots;
 }
 
@@ -93,6 +87,6 @@ void SetSide(const nxStrategyTerms& terms, bool isBid, nxDecimal& price, nxVolum
 
 nxImpliedQuote::nxImpliedQuote(const nxStrategyTerms& terms)
 {
-    SetSide(terms, true, bid, bidVolume);
-    SetSide(terms, false, ask, askVolume);
+    SetSide(terms, nxSide::Buy, bid, bidVolume);
+    SetSide(terms, nxSide::Sell, ask, askVolume);
 }

@@ -10,7 +10,7 @@ struct nxStrategyTerms
     struct Leg
     {
         const nxMarketProduct* market = nullptr;  // outlives the terms
-        bool isBuy = true;
+        nxSide side = nxSide::Buy;
         nxDecimal priceRatio = nxDecimalOne;  // above 0
         unsigned int tradeRatio = 1;          // lots in one lot of the strategy, above 0
     };

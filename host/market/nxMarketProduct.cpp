@@ -139,7 +139,7 @@ void nxMarketProduct::ApplyDepth(std::span<const nxFeedLevel> levels)
     _traded.SetNull();
     _volumesCleared = false;
     for (const nxFeedLevel& level : levels) {
-        if (level.isBid) {
+        if (level.side == nxSide::Buy) {
             _depth.SetBid(level.price, level.volume);
         } else {
             _depth.SetAsk(level.price, level.volume);

@@ -9,6 +9,7 @@
 #include "base/records/nxPrice.h"
 #include "base/records/nxPriceTradeVolumes.h"
 #include "host/feed/nxFeedEvent.h"
+#include "host/market/nxBestQuote.h"
 
 struct nxImpliedQuote;
 
@@ -33,6 +34,12 @@ public:
     const nxPrice& GetPrice() const { return _price; }
     const nxPrice& GetPriceUpdate() const { return _update; }
     const nxMarketDepth& GetDepth() const { return _depth; }
+    const nxMarketDepth::Map& GetLevels(nxSide side) const
+    {
+        return side == nxSide::Buy ? _depth.GetBidMap() : _depth.GetAskMap();
+    }
+    // Direct or implied, as the price has it; null where there is none.
+    nxBestQuote GetBest(nxSide side) const { return nxBestQuote(_price, side); }
     const nxProductStateBitMask& GetState() const { return _state; }
     // The volume traded at each price on the UTC day of the latest trade, as a snapshot. Bars do not count:
     // they do not tell at which prices their volume was traded.

@@ -63,7 +63,7 @@ void nxMarkets::MakeStrategies(long long now)
         for (const nxProductLegDescription& description : _products[i].legs) {
             assert(indexes.contains(description.product));
             nxMarket& leg = Get(indexes.at(description.product), now);
-            strategy.terms.legs.push_back({&leg.product, description.side == nxBuySell_Buy, {}, 1});
+            strategy.terms.legs.push_back({&leg.product, description.side, {}, 1});
             legs.push_back(&leg);
             const auto found = below.find(&leg);
             if (found != below.end()) legs.insert(legs.end(), found->second.begin(), found->second.end());

@@ -3,17 +3,17 @@
 #include <string>
 #include <vector>
 
-#include "base/enums/nxBuySellEnum.h"
 #include "base/enums/nxCurrencyEnum.h"
 #include "base/values/nxDecimal.h"
 #include "host/feed/nxFeedProductTerms.h"
+#include "host/feed/nxSide.h"
 #include "host/market/nxTradingHours.h"
 
 /** One leg of a described strategy: what is done with its product when the strategy is bought. */
 struct nxProductLegDescription
 {
     std::string product;
-    nxBuySellEnum side{nxBuySell_Buy};
+    nxSide side = nxSide::Buy;
     nxDecimal priceRatio = nxDecimalOne;  // above 0: the leg's share in the strategy's price
     nxDecimal tradeRatio = nxDecimalOne;  // a whole number: its lots in one lot of the strategy
 

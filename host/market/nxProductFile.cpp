@@ -75,7 +75,7 @@ nxProductLegDescription GetLeg(const Reader& reader, const toml::value& table)
             const std::string& side = reader.GetText(*value, key);
             if (side != "BUY" && side != "SELL")
                 reader.Refuse(*value, "side is neither \"BUY\" nor \"SELL\"");
-            leg.side = side == "BUY" ? nxBuySell_Buy : nxBuySell_Sell;
+            leg.side = side == "BUY" ? nxSide::Buy : nxSide::Sell;
         } else if (key == "priceRatio")
             leg.priceRatio = reader.GetPositive(*value, key);
         else if (key == "tradeRatio")

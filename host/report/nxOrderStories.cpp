@@ -61,7 +61,7 @@ std::string GetText(const nxOrderTerms& terms)
 std::string GetText(const nxOrderKind& kind)
 {
     const char* const execution = nxGetText(kind.execution);
-    return fmt::format("{} {}{}{} {}", kind.isBuy ? "BUY" : "SELL", kind.isMarket ? "MARKET" : "LIMIT",
+    return fmt::format("{} {}{}{} {}", nxGetText(kind.side), nxGetTypeText(kind),
                        *execution == '\0' ? "" : " ", execution, nxGetText(kind.duration));
 }
 
@@ -93,10 +93,10 @@ nxOrderStories::Story* nxOrderStories::_Find(const nxExchangeOrder& order)
     return found == _stories.end() ? nullptr : &*found;
 }
 
-void nxOrderStories::Best::Note(const nxDecimal& other, bool isLower, long long when)
+void nxOrderStories::Best::Note(const nxDecimal& other, nxSide side, long long when)
 {
     if (!other.IsValid()) return;
-    if (price.IsValid() && !(isLower ? other < price : other > price)) return;
+    if (price.IsValid() && !nxIsBetter(side, other, price)) return;
     price = other;
     time = when;
 }
@@ -122,11 +122,12 @@ void nxOrderStories::Story::TellMoves()
 
 void nxOrderStories::Story::NoteQuotes(const nxMarketProduct& market, long long time)
 {
-    const nxMarketDepth& depth = market.GetDepth();
-    const bool buys = order.kind.isBuy;
-    const auto& levels = buys ? depth.GetAskMap() : depth.GetBidMap();
-    if (!levels.empty()) return quote.Note(buys ? levels.begin()->first : levels.rbegin()->first, buys, time);
-    quote.Note(buys ? market.GetPrice().GetAskPrice() : market.GetPrice().GetBidPrice(), buys, time);
+    const nxSide other = nxGetOpposite(order.kind.side);
+    const bool isAsk = other == nxSide::Sell;
+    const nxMarketDepth::Map& levels = market.GetLevels(other);
+    if (!levels.empty())
+        return quote.Note(isAsk ? levels.begin()->first : levels.rbegin()->first, other, time);
+    quote.Note(isAsk ? market.GetPrice().GetAskPrice() : market.GetPrice().GetBidPrice(), other, time);
 }
 
 void nxOrderStories::OnRequest(const nxExchangeOrder& order, nxOrderRequest request,
@@ -225,13 +226,13 @@ void nxOrderStories::OnMarket(unsigned int product, const nxMarketProduct& marke
     for (Story& story : _stories) {
         const nxExchangeOrder& order = story.order;
         if (order.id == 0 || !order.IsAlive() || order.kind.product != product) continue;
-        const bool buys = order.kind.isBuy;
+        const nxSide side = order.kind.side;
         story.NoteQuotes(market, time);
         if (traded == nullptr) continue;
         // A stop that waits wants the price to come to it from the other side.
-        const bool wantsLow = buys == order.triggered;
-        story.trade.Note(wantsLow ? traded->low : traded->high, wantsLow, time);
-        const bool hits = traded->aggressor != (buys ? nxBuySell_Buy : nxBuySell_Sell);
+        const nxSide wanted = order.triggered ? nxGetOpposite(side) : side;
+        story.trade.Note(wanted == nxSide::Sell ? traded->low : traded->high, wanted, time);
+        const bool hits = traded->aggressor != nxGetBuySell(side);
         if (hits && traded->low == order.terms.price && traded->volume.IsValid())
             story.tradedAtPrice += traded->volume.GetValue();
     }
@@ -246,7 +247,7 @@ std::string nxOrderStories::_ExplainRest(const Story& story)
     const auto at = [](const Best& best) {
         return best.price.GetAsString() + " at " + nxFeedTime::GetAsString(best.time);
     };
-    const char* const side = order.kind.isBuy ? "ask" : "bid";
+    const char* const side = order.kind.side == nxSide::Buy ? "ask" : "bid";
     const std::string quote = story.quote.price.IsValid() ? fmt::format("best {} {}", side, at(story.quote))
                                                           : fmt::format("there was no {}", side);
     if (order.status == nxOrderStatus_Pending) return what + "the run ended before the order arrived";

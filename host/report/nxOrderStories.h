@@ -41,7 +41,8 @@ private:
     {
         nxDecimal price;
         long long time = 0;
-        void Note(const nxDecimal& other, bool isLower, long long when);
+        // The one that is better in the book of that side.
+        void Note(const nxDecimal& other, nxSide side, long long when);
     };
     // A run of moves in the queue, told in one line.
     struct Moves

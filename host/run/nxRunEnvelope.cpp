@@ -53,6 +53,15 @@ bool CanBeReadAgain(const std::string& path)
            type != std::filesystem::file_type::character && type != std::filesystem::file_type::socket;
 }
 
+std::vector<const nxFillModel*> GetFromOptimistic()
+{
+    std::vector<const nxFillModel*> models;
+    for (const nxFillModel& model : nxFillModel::GetAll())
+        models.push_back(&model);
+    std::ranges::sort(models, std::ranges::greater(), &nxFillModel::rank);
+    return models;
+}
+
 // Why a run under another model did not go its whole way; empty when it did.
 std::string FindFailure(const nxRunStatistics& statistics, nxRunResult result, const std::string& errors)
 {
@@ -70,26 +79,30 @@ std::string nxRunEnvelope::FindObstacle(const nxRunOptions& options)
     for (const nxJobOptions& job : options.jobs)
         files.push_back(job.script);
     const auto found = std::ranges::find_if_not(files, CanBeReadAgain);
-    return found == files.end()
-               ? std::string()
-               : "--envelope reads everything three times, and " + *found + " can be read only once";
+    return found == files.end() ? std::string()
+                                : "--envelope reads everything once for each fill model, and " + *found +
+                                      " can be read only once";
 }
 
 nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, std::ostream& err)
 {
     const auto isInterrupted = [&] { return options.interrupted != nullptr && options.interrupted->load(); };
-    const char* const name = nxGetText(options.exchange.fills);
+    const std::vector<const nxFillModel*> all = GetFromOptimistic();
+    const nxFillModel& first = *options.exchange.fills;
+    const auto label = [&](const nxFillModel& model, std::size_t number) {
+        return fmt::format("{} ({} of {})", model.name, number, all.size());
+    };
     nxRunOptions main = options;
-    main.progressLabel = fmt::format("{} (1 of 3)", name);
+    main.progressLabel = label(first, 1);
     nxRun server(main, out, err);
     nxRunResult worst = server.Run();
     std::vector<nxRunSummary::Model> models = {
-        {name, server.GetStatistics(), FindFailure(server.GetStatistics(), worst, "")}};
+        {first.name, server.GetStatistics(), FindFailure(server.GetStatistics(), worst, "")}};
     std::string left;
-    for (const nxFillModel model : {nxFillModel::Touch, nxFillModel::Queue, nxFillModel::Cross}) {
-        if (model == options.exchange.fills) continue;
+    for (const nxFillModel* model : all) {
+        if (model == &first) continue;
         if (worst == nxRunResult::InputFailed || isInterrupted()) {
-            left += std::string(left.empty() ? "" : " and ") + nxGetText(model);
+            left += std::string(left.empty() ? "" : " and ") + model->name;
             continue;
         }
         nxRunOptions other = options;
@@ -98,26 +111,23 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
         other.explain.clear();
         other.speed = 0.0;
         other.progress = &err;
-        other.progressLabel = fmt::format("{} ({} of 3)", nxGetText(model), models.size() + 1);
+        other.progressLabel = label(*model, models.size() + 1);
         std::ostringstream errors;
         std::ostream nowhere(nullptr);
         const Silence silence;
         nxRun extra(other, nowhere, errors);
         const nxRunResult result = extra.Run();
         if (isInterrupted()) {
-            left = nxGetText(model);
+            left = model->name;
             continue;
         }
-        models.push_back({nxGetText(model), extra.GetStatistics(),
-                          FindFailure(extra.GetStatistics(), result, errors.str())});
+        models.push_back(
+            {model->name, extra.GetStatistics(), FindFailure(extra.GetStatistics(), result, errors.str())});
         worst = result == nxRunResult::Done ? worst : std::max(worst, result);
     }
     // From the most optimistic one on, whichever the run itself was under.
-    std::ranges::sort(models, {}, [](const auto& model) {
-        return model.name == nxGetText(nxFillModel::Touch)   ? 0
-               : model.name == nxGetText(nxFillModel::Queue) ? 1
-                                                             : 2;
-    });
+    std::ranges::sort(models, std::ranges::greater(),
+                      [](const auto& model) { return nxFillModel::Find(model.name)->rank; });
     nxRunSummary::WriteEnvelope(out, models);
     if (!left.empty())
         out << "not run     " << left

@@ -6,14 +6,14 @@
 #include "host/run/nxRunOptions.h"
 
 // A run under the fill model that its options name, with all its output, and then the same run in silence
-// under the other two; behind its summary a table of what came of each, so that nobody mistakes luck in the
+// under the others; after its summary a table of what came of each, so that nobody mistakes luck in the
 // fill model for profit. The others write no record, and what their scripts print goes nowhere.
 class nxRunEnvelope
 {
 public:
-    // Why these options cannot be run three times: data or a script that can be read only once. Empty when
-    // they can.
+    // Why these options cannot be run once for each fill model: data or a script that can be read only once.
+    // Empty when they can.
     [[nodiscard]] static std::string FindObstacle(const nxRunOptions& options);
-    // The worst result of the three.
+    // The worst result of all.
     [[nodiscard]] static nxRunResult Run(const nxRunOptions& options, std::ostream& out, std::ostream& err);
 };

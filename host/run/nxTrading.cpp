@@ -151,9 +151,9 @@ void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
 {
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _markets[product.GetMarketIndex()];
-    const bool isBuy = order.GetKind().isBuy;
-    order.GetOwner().AddFill(product, isBuy, fill);
-    market.everybody.AddFill(isBuy, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    const nxSide side = order.GetKind().side;
+    order.GetOwner().AddFill(product, side, fill);
+    market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
     if (std::ranges::find(market.traded, &product) == market.traded.end()) market.traded.push_back(&product);
     for (const auto& runner : _jobs) {
         nxHostProduct* const known = runner->GetJob().FindProduct(market.market->product.GetName());

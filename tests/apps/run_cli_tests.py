@@ -199,7 +199,7 @@ CASES = [
     ("a story of no order", "run market_maker.lua --data demo_quotes.csv.gz --explain 1 --explain 9999", 1, ["--- order 1\n"],
      ["--explain 9999: there is no such order; the run had "]),
     ("three models over standard input", "run market_maker.lua --data - --envelope", 2, None,
-     ["algoserver run: --envelope reads everything three times, and - can be read only once\n"]),
+     ["algoserver run: --envelope reads everything once for each fill model, and - can be read only once\n"]),
     ("three models", "run market_maker.lua --data demo_quotes.csv.gz --envelope", 0, "<market_maker_envelope.txt>", ["--- speed"]),
     ("brackets", "run bracket.lua --data demo_quotes.csv.gz", 0, "<bracket.txt>", ["--- speed"]),
     ("a crossover", "run moving_average.lua --data demo_quotes.csv.gz", 0, "<moving_average.txt>", ["--- speed"]),

@@ -11,12 +11,12 @@ class Pair
 {
 public:
     // The exchange may join a market that has moved for a while.
-    Pair(nxFillModel model, bool hasDepth, unsigned long long seed, bool joinsLate)
+    Pair(nxNaiveBook::Model model, bool hasDepth, unsigned long long seed, bool joinsLate)
         : _random(seed), _hasDepth(hasDepth), _real(MakeOptions(model)), _naive(model, hasDepth)
     {
         if (!joinsLate) _real.exchange.OnOpen(0, 0);
         if (_hasDepth) {
-            _real.Depth({{Price(99), 5, true}}, 0);
+            _real.Depth({{Price(99), 5, nxSide::Buy}}, 0);
             _naive.SetDepth({{true, 99, 5}});
         }
         for (unsigned int moves = joinsLate ? 1 + Below(20) : 1; moves != 0; --moves)
@@ -72,10 +72,12 @@ public:
     std::size_t count = 0;
 
 private:
-    static nxExchangeOptions MakeOptions(nxFillModel model)
+    static nxExchangeOptions MakeOptions(nxNaiveBook::Model model)
     {
         nxExchangeOptions options;
-        options.fills = model;
+        options.fills = nxFillModel::Find(model == nxNaiveBook::Model::Touch   ? "touch"
+                                          : model == nxNaiveBook::Model::Cross ? "cross"
+                                                                               : "queue");
         return options;
     }
     unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(_random.GetBelow(limit)); }
@@ -93,7 +95,8 @@ private:
         nxNaiveBook::Order naive;
         nxOrderKind kind;
         nxOrderTerms terms;
-        naive.isBuy = kind.isBuy = Below(2) == 0;
+        naive.isBuy = Below(2) == 0;
+        kind.side = naive.isBuy ? nxSide::Buy : nxSide::Sell;
         naive.execution = kind.execution = executions[Below(10)];
         kind.duration = kind.IsImmediate() ? nxOrderDuration::Day : nxOrderDuration::Cancelled;
         naive.isMarket = kind.isMarket = kind.execution != Iceberg && Below(5) == 0;
@@ -174,7 +177,8 @@ private:
                 change.price =
                     100 + (change.isBid ? -1 : 1) * static_cast<int>(Below(5)) + static_cast<int>(Below(2));
                 change.volume = Below(3) == 0 ? 0 : Below(12);
-                levels.push_back({Price(change.price), change.volume, change.isBid});
+                levels.push_back(
+                    {Price(change.price), change.volume, change.isBid ? nxSide::Buy : nxSide::Sell});
             }
             _real.Depth(levels, _time);
             return _naive.SetDepth(changes);
@@ -203,7 +207,7 @@ private:
     long long _time = 0;
 };
 
-class nxExchangeNaive : public testing::TestWithParam<std::tuple<nxFillModel, bool>>
+class nxExchangeNaive : public testing::TestWithParam<std::tuple<nxNaiveBook::Model, bool>>
 {
 };
 
@@ -224,8 +228,9 @@ TEST_P(nxExchangeNaive, AgreesOnEveryFillAndEveryPlace)
 }
 
 INSTANTIATE_TEST_SUITE_P(All, nxExchangeNaive,
-                         testing::Combine(testing::Values(nxFillModel::Touch, nxFillModel::Cross,
-                                                          nxFillModel::Queue),
+                         testing::Combine(testing::Values(nxNaiveBook::Model::Touch,
+                                                          nxNaiveBook::Model::Cross,
+                                                          nxNaiveBook::Model::Queue),
                                           testing::Bool()));
 
 }  // namespace

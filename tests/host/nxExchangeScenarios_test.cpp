@@ -49,8 +49,6 @@ const std::map<std::string, nxOrderDuration> Durations = {{"GFD", nxOrderDuratio
                                                           {"GTC", nxOrderDuration::Cancelled},
                                                           {"OPEN", nxOrderDuration::Open},
                                                           {"PREOPEN", nxOrderDuration::PreOpen}};
-const std::map<std::string, nxFillModel> Models = {
-    {"touch", nxFillModel::Touch}, {"cross", nxFillModel::Cross}, {"queue", nxFillModel::Queue}};
 const char* const Causes[] = {"took", "touched", "through", "queue", "crossed", "bar", "own"};
 const char* const Statuses[] = {"pending", "working", "partial", "held", "deleted", "filled", "rejected"};
 
@@ -75,7 +73,7 @@ std::string Describe(const nxExchangeEvent& event, const nxSimulatedExchange& ex
             return fmt::format("accepted {} {}", event.order, GetStatus(event.status));
         case ChildCreated:
             return fmt::format("child {} of {} {} {}", event.order, exchange.GetOrder(event.order).parent,
-                               exchange.GetOrder(event.order).kind.isBuy ? "BUY" : "SELL", terms());
+                               nxGetText(exchange.GetOrder(event.order).kind.side), terms());
         case Triggered:
             return fmt::format("triggered {}", event.order);
         case Filled:
@@ -168,7 +166,8 @@ private:
                              dash == std::string::npos ? least : std::stoll(value.substr(dash + 1)) * Second};
         };
         if (key == "fills") {
-            _options.fills = Models.at(value);
+            _options.fills = nxFillModel::Find(value);
+            ASSERT_NE(_options.fills, nullptr) << value;
         } else if (key == "tick") {
             _tick = Dec(value);
         } else if (key == "hours") {
@@ -277,7 +276,7 @@ private:
             std::vector<nxFeedLevel> levels;
             while (words >> word) {
                 nxFeedLevel& level = levels.emplace_back();
-                level.isBid = word == "bid";
+                level.side = word == "bid" ? nxSide::Buy : nxSide::Sell;
                 price(level.price), volume(level.volume);
             }
             _market->Depth(levels, _time);
@@ -293,7 +292,7 @@ private:
             nxOrderKind kind;
             nxOrderTerms terms;
             words >> word;
-            kind.isBuy = word == "BUY";
+            kind.side = word == "BUY" ? nxSide::Buy : nxSide::Sell;
             words >> word;
             kind.isMarket = word == "MARKET";
             words >> word;

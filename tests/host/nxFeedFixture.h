@@ -87,7 +87,7 @@ inline std::string Show(const nxFeedEvent& event, const nxFeedProductTable& prod
             break;
         case nxFeedKind::Depth:
             for (const nxFeedLevel& level : event.levels) {
-                price(level.isBid ? "bid " : "ask ", level.price);
+                price(level.side == nxSide::Buy ? "bid " : "ask ", level.price);
                 volume(" x", level.volume);
             }
             break;

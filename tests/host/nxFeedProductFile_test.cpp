@@ -68,10 +68,10 @@ legs = [{ product = "ESZ3-ESH4" }, { product = "ESZ3" }]
     EXPECT_TRUE(spread.tickSize.IsNull());
     EXPECT_TRUE(spread.currency.IsUndefined());
     ASSERT_EQ(spread.legs.size(), 2u);
-    EXPECT_EQ(spread.legs[0].side, nxBuySell_Buy);
+    EXPECT_EQ(spread.legs[0].side, nxSide::Buy);
     EXPECT_EQ(spread.legs[0].priceRatio.GetAsString(), "1");
     EXPECT_EQ(spread.legs[1].product, "ESH4");
-    EXPECT_EQ(spread.legs[1].side, nxBuySell_Sell);
+    EXPECT_EQ(spread.legs[1].side, nxSide::Sell);
     EXPECT_EQ(spread.legs[1].priceRatio.GetAsString(), "0.5");
     EXPECT_EQ(spread.legs[1].tradeRatio.GetAsString(), "2");
     EXPECT_EQ(spread.priceOffset.GetAsString(), "-0.5");

@@ -39,8 +39,9 @@ std::string GetQuote(const std::vector<Leg>& legs, const char* offset, const cha
         quote.bidVolume = leg.bidVolume;
         quote.askVolume = leg.askVolume;
         markets.back()->ApplyQuote(quote, 0);
-        terms.legs.push_back(
-            {markets.back().get(), leg.side == std::string("BUY"), Decimal(leg.priceRatio), leg.tradeRatio});
+        terms.legs.push_back({markets.back().get(),
+                              leg.side == std::string("BUY") ? nxSide::Buy : nxSide::Sell,
+                              Decimal(leg.priceRatio), leg.tradeRatio});
     }
     const nxImpliedQuote quote(terms);
     const auto text = [](const nxDecimal& price, const nxVolume& volume) {

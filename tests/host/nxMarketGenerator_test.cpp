@@ -83,8 +83,8 @@ TEST(nxMarketGeneratorTest, TheDepthRebuildsTheQuotesAndTheBookIsNeverCrossed)
              event->kind == nxFeedKind::Depth ? event->levels : std::span<const nxFeedLevel>())
         {
             ASSERT_GT(level.price, nxDecimalZero);
-            sides[level.isBid ? 1 : 0][level.price] = level.volume.GetValue();
-            if (level.volume.GetValue() == 0) sides[level.isBid ? 1 : 0].erase(level.price);
+            sides[level.side == nxSide::Buy ? 1 : 0][level.price] = level.volume.GetValue();
+            if (level.volume.GetValue() == 0) sides[level.side == nxSide::Buy ? 1 : 0].erase(level.price);
         }
         if (event->kind == nxFeedKind::Depth) {
             ASSERT_FALSE(sides[0].empty() || sides[1].empty());

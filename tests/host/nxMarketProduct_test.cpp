@@ -230,22 +230,26 @@ TEST_F(nxMarketProductTest, QuotesFromDepthTellTheBestLevelsAsTheyChange)
         const char* snapshot;
         const char* update;
     } rows[] = {
-        {"one side", {{Price("99"), 5u, true}}, true, "99 x 5 / - x -", "99 x 5 / = x ="},
-        {"a worse level", {{Price("98"), 1u, true}}, false, "99 x 5 / - x -", "= x = / = x ="},
-        {"other side", {{Price("101"), 7u, false}}, true, "99 x 5 / 101 x 7", "= x = / 101 x 7"},
-        {"volume only", {{Price("99"), 6u, true}}, true, "99 x 6 / 101 x 7", "= x 6 / = x ="},
-        {"better, same volume", {{Price("100"), 6u, true}}, true, "100 x 6 / 101 x 7", "100 x = / = x ="},
+        {"one side", {{Price("99"), 5u, nxSide::Buy}}, true, "99 x 5 / - x -", "99 x 5 / = x ="},
+        {"a worse level", {{Price("98"), 1u, nxSide::Buy}}, false, "99 x 5 / - x -", "= x = / = x ="},
+        {"other side", {{Price("101"), 7u, nxSide::Sell}}, true, "99 x 5 / 101 x 7", "= x = / 101 x 7"},
+        {"volume only", {{Price("99"), 6u, nxSide::Buy}}, true, "99 x 6 / 101 x 7", "= x 6 / = x ="},
+        {"better, same volume",
+         {{Price("100"), 6u, nxSide::Buy}},
+         true,
+         "100 x 6 / 101 x 7",
+         "100 x = / = x ="},
         {"best goes",
-         {{Price("100"), 0u, true}, {Price("99"), 0u, true}},
+         {{Price("100"), 0u, nxSide::Buy}, {Price("99"), 0u, nxSide::Buy}},
          true,
          "98 x 1 / 101 x 7",
          "98 x 1 / = x ="},
         {"there and back within one change",
-         {{Price("101"), 0u, false}, {Price("101"), 7u, false}},
+         {{Price("101"), 0u, nxSide::Sell}, {Price("101"), 7u, nxSide::Sell}},
          false,
          "98 x 1 / 101 x 7",
          "= x = / = x ="},
-        {"side runs empty", {{Price("98"), 0u, true}}, true, "- x - / 101 x 7", "- x - / = x ="},
+        {"side runs empty", {{Price("98"), 0u, nxSide::Buy}}, true, "- x - / 101 x 7", "- x - / = x ="},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

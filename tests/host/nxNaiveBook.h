@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/exchange/nxExchangeBook.h"
+#include "host/exchange/nxExchangeOrder.h"
 
 // The rules of docs/exchange.md for quotes, depth, trades and requests once more, as plainly and slowly as
 // can be: one list of orders, whole prices, a level's queue as a row of single lots. To run beside the real
@@ -15,6 +15,7 @@
 class nxNaiveBook
 {
 public:
+    enum class Model { Touch, Cross, Queue };
     struct Order
     {
         unsigned int id = 0;
@@ -38,7 +39,7 @@ public:
     // One price and volume for each side; a row gives both.
     using Quote = std::pair<Change, Change>;
 
-    nxNaiveBook(nxFillModel model, bool hasDepth) : _model(model), _hasDepth(hasDepth) {}
+    nxNaiveBook(Model model, bool hasDepth) : _model(model), _hasDepth(hasDepth) {}
 
     std::vector<std::string> fills;
 
@@ -82,7 +83,7 @@ public:
             unsigned int budget = volume;
             for (const int own : GetPrices(buys)) {
                 if (buys ? own < price : own > price) break;
-                if (_model == nxFillModel::Touch) {
+                if (_model == Model::Touch) {
                     unsigned int endless = ~0u;
                     Sweep(buys, own, endless, true);
                 } else if (own != price) {
@@ -323,7 +324,7 @@ private:
             if (row[i] == 0) {
                 --budget;
                 row.erase(row.begin() + static_cast<std::ptrdiff_t>(i));
-            } else if (_model == nxFillModel::Cross) {
+            } else if (_model == Model::Cross) {
                 ++i;
             } else {
                 const unsigned int id = row[i];
@@ -373,7 +374,7 @@ private:
             const unsigned int free = budget;
             for (const int own : GetPrices(buys)) {
                 unsigned int endless = ~0u;
-                const bool isTouch = _model == nxFillModel::Touch;
+                const bool isTouch = _model == Model::Touch;
                 if (buys ? own >= quote : own <= quote) Sweep(buys, own, isTouch ? endless : budget, isTouch);
             }
             _taken[!buys][quote] += free - budget;
@@ -407,7 +408,7 @@ private:
         Enter(_orders.size() - 1);
     }
 
-    const nxFillModel _model;
+    const Model _model;
     const bool _hasDepth;
     std::vector<Order> _orders;  // those that live, in the order of their places
     Side _shown[2];              // of the recorded market: asks, bids

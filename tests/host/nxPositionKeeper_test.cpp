@@ -46,8 +46,8 @@ TEST(nxPositionKeeper, ValuesFillsByTheMethodOfAverages)
         SCOPED_TRACE(row.name);
         nxPositionKeeper keeper(Dec("10"));
         for (const auto& [price, volume] : row.fills)
-            keeper.AddFill(volume > 0, Dec(price), static_cast<unsigned int>(std::abs(volume)),
-                           {Dec("0.5"), 1});
+            keeper.AddFill(volume > 0 ? nxSide::Buy : nxSide::Sell, Dec(price),
+                           static_cast<unsigned int>(std::abs(volume)), {Dec("0.5"), 1});
         const nxDecimal mark = Dec(row.mark);
         EXPECT_EQ(keeper.GetNet(), row.net);
         EXPECT_EQ(keeper.GetOpenAveragePrice().GetAsString(), row.average);
@@ -60,15 +60,15 @@ TEST(nxPositionKeeper, ValuesFillsByTheMethodOfAverages)
 TEST(nxPositionKeeper, ADayBeginsWithWhatIsOpenAtItsMark)
 {
     nxPositionKeeper keeper;
-    keeper.AddFill(true, Dec("100"), 2, {});
+    keeper.AddFill(nxSide::Buy, Dec("100"), 2, {});
     keeper.BeginDay(Dec("105"));
-    keeper.AddFill(false, Dec("107"), 1, {});
+    keeper.AddFill(nxSide::Sell, Dec("107"), 1, {});
     EXPECT_EQ(Text(keeper.GetDayProfit(Dec("104"))), "1");
     EXPECT_EQ(Text(keeper.GetTotalProfit(Dec("104"))), "11");
-    EXPECT_EQ(keeper.GetDay().sold, 1u);
-    EXPECT_EQ(keeper.GetDay().bought, 0u);
-    EXPECT_EQ(keeper.GetTotal().GetAverageBuyPrice(), Dec("100"));
-    EXPECT_TRUE(keeper.GetDay().GetAverageBuyPrice().IsNull());
+    EXPECT_EQ(keeper.GetDay().volume.sell, 1u);
+    EXPECT_EQ(keeper.GetDay().volume.buy, 0u);
+    EXPECT_EQ(keeper.GetTotal().GetAveragePrice(nxSide::Buy), Dec("100"));
+    EXPECT_TRUE(keeper.GetDay().GetAveragePrice(nxSide::Buy).IsNull());
 }
 
 // Beyond what one decimal number holds, and with a rest of a third at each step.
@@ -76,8 +76,8 @@ TEST(nxPositionKeeper, StaysExactWithLargeAndOddSums)
 {
     nxPositionKeeper keeper(Dec("0.00000001"));
     for (int i = 0; i < 1000; ++i) {
-        keeper.AddFill(true, Dec("61800.12345678"), 1'000'000'000, {});
-        keeper.AddFill(false, Dec("61800.12345679"), 333'333'333, {});
+        keeper.AddFill(nxSide::Buy, Dec("61800.12345678"), 1'000'000'000, {});
+        keeper.AddFill(nxSide::Sell, Dec("61800.12345679"), 333'333'333, {});
     }
     const nxDecimal mark = Dec("61800.12345678");
     EXPECT_EQ(Text(keeper.GetTotalProfit(mark)), "0.0000333333");  // 333,333,333,000 * 1e-8 * 1e-8
