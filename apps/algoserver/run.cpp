@@ -219,7 +219,7 @@ void AddRunCommand(CLI::App& app, int& status)
            },
            "Milliseconds that a request takes to the exchange, and its answer back")
         ->option_text("MS|MIN-MAX");
-    run->add_option("--seed", exchange.seed, "For what the simulated exchange draws by lot")
+    run->add_option("--seed", exchange.seed, "For what is drawn by lot: latencies, peaks, and the scripts' math.random")
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
     run->add_option("--participation", exchange.participation,
