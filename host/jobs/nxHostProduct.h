@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <unordered_map>
 #include <vector>
 
 #include "host/accounts/nxProductAccount.h"
@@ -104,6 +105,7 @@ protected:
     nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override;
 
 private:
+    void _DropStoppedWindows();
     nxDecimal _GetOwnBest(nxSide side) const;
 
     const nxMarket& _market;
@@ -117,6 +119,7 @@ private:
     nxAlgoPositionObject _positionEvent;
     std::array<int, static_cast<std::size_t>(nxMarketEvent::Count)> _wanted{};
     std::vector<nxHostTickDataCollection*> _collections;
-    std::vector<nxAlgoEventWindowObject*> _windows;  // that are started; null: stopped while forwarding
+    std::vector<nxAlgoEventWindowObject*> _windows;  // that are started, in that order; null: stopped since
+    std::unordered_map<nxAlgoEventWindowObject*, std::size_t> _windowPlaces;  // of those that are not null
     bool _isForwarding = false;
 };

@@ -25,13 +25,21 @@ std::string JoinNames(const std::vector<std::string>& names)
     return text;
 }
 
+// A file of products may describe more than one run needs; but beside a product that nothing describes it is
+// mostly a name that the two files spell in two ways.
 void NoteDescriptions(nxRunState& state, const nxFeedProductTable& products)
 {
-    std::vector<std::string> names;
-    for (const nxProductDescription& product : state.options.products)
-        if (!product.IsStrategy() && !HasRows(products.Find(product.name))) names.push_back(product.name);
-    if (!names.empty())
-        state.statistics.remarks.push_back(fmt::format("described, but without rows: {}", JoinNames(names)));
+    const std::vector<nxProductDescription>& described = state.options.products;
+    std::vector<std::string> missing, nameless;
+    for (const nxProductDescription& product : described)
+        if (!product.IsStrategy() && !HasRows(products.Find(product.name))) missing.push_back(product.name);
+    // The described ones are the first of the table.
+    for (auto i = static_cast<unsigned int>(described.size()); i < products.GetCount(); ++i)
+        if (HasRows(&products.Get(i))) nameless.push_back(products.Get(i).GetName());
+    if (!missing.empty() && !nameless.empty())
+        state.statistics.remarks.push_back(
+            fmt::format("described, but without rows: {}; in the data, but not described: {}",
+                        JoinNames(missing), JoinNames(nameless)));
 }
 
 void NoteCollections(nxHostJob& job, std::vector<std::string>& notes)
