@@ -100,24 +100,13 @@ void AddGenerateCommand(CLI::App& app, int& status)
         ->capture_default_str();
     generate->add_option("--product", options.product, "Product name")->capture_default_str();
     generate->add_option("--start", arguments->start, "Start of the day, UTC")->capture_default_str();
-    generate
-        ->add_option("--duration", options.durationSeconds, "Seconds")
-
-        ->capture_default_str();
+    generate->add_option("--duration", options.durationSeconds, "Seconds")->capture_default_str();
     generate->add_option("--price", arguments->startPrice, "Start price")->capture_default_str();
     generate->add_option("--tick-size", arguments->tickSize, "Tick size")->capture_default_str();
     generate->add_option("--lot-size", arguments->lotSize, "Size written for one lot")->capture_default_str();
-    generate
-        ->add_option("--min-lots", options.minLots, "Smallest order")
-
-        ->capture_default_str();
-    generate
-        ->add_option("--max-lots", options.maxLots, "Largest order")
-
-        ->capture_default_str();
-    generate
-        ->add_option("--rate", options.rateScale, "Times the published rates, which are per minute")
-
+    generate->add_option("--min-lots", options.minLots, "Smallest order")->capture_default_str();
+    generate->add_option("--max-lots", options.maxLots, "Largest order")->capture_default_str();
+    generate->add_option("--rate", options.rateScale, "Times the published rates, which are per minute")
         ->capture_default_str();
     generate->callback([arguments, &status] { status = Generate(*arguments); });
 }

@@ -13,7 +13,7 @@ bool nxFeed::Open(const std::vector<std::string>& paths, const std::vector<nxFee
         return false;
     }
     for (const std::string& path : paths) {
-        _readers.push_back(std::make_unique<nxFeedReader>(path, static_cast<unsigned>(_readers.size()),
+        _readers.push_back(std::make_unique<nxFeedReader>(path, static_cast<unsigned int>(_readers.size()),
                                                           _products, _options));
         if (!_readers.back()->Open()) {
             _error = _readers.back()->GetError();
@@ -33,10 +33,10 @@ const nxFeedEvent* nxFeed::Next()
             if (!_Advance(*reader, event)) return nullptr;
             if (event != nullptr) _heads.push_back({event, reader.get()});
         }
-        std::ranges::make_heap(_heads, [](const _Head& a, const _Head& b) { return _IsBefore(b, a); });
+        std::ranges::make_heap(_heads, [](const Head& a, const Head& b) { return _IsBefore(b, a); });
     } else if (!_heads.empty()) {
         // Only now: the front's event belonged to the caller until this call.
-        _Head& front = _heads.front();
+        Head& front = _heads.front();
         if (!_Advance(*front.reader, front.event)) return nullptr;
         if (front.event == nullptr) {
             front = _heads.back();
@@ -75,7 +75,7 @@ std::vector<std::string> nxFeed::GetRemarks() const
                             seconds / 60 % 60, seconds % 60));
         }
     }
-    for (unsigned i = 0; i < _products.GetCount(); ++i) {
+    for (unsigned int i = 0; i < _products.GetCount(); ++i) {
         const nxFeedProduct& product = _products.Get(i);
         if (product.GetCrossedCount() != 0)
             remarks.push_back(product.GetName() + ": " + count(product.GetCrossedCount(), "crossed quote") +
@@ -106,7 +106,7 @@ unsigned long long nxFeed::GetBytesTotal() const
     return sum;
 }
 
-bool nxFeed::_IsBefore(const _Head& a, const _Head& b)
+bool nxFeed::_IsBefore(const Head& a, const Head& b)
 {
     return a.event->time != b.event->time ? a.event->time < b.event->time : a.event->file < b.event->file;
 }

@@ -68,8 +68,8 @@ struct CivilTime
 
     [[nodiscard]] std::chrono::year_month_day GetDate() const
     {
-        return std::chrono::year(year) / std::chrono::month(static_cast<unsigned>(month)) /
-               std::chrono::day(static_cast<unsigned>(day));
+        return std::chrono::year(year) / std::chrono::month(static_cast<unsigned int>(month)) /
+               std::chrono::day(static_cast<unsigned int>(day));
     }
 
     const char* Store(long long& time) const
@@ -170,7 +170,7 @@ std::string nxFeedTime::GetAsString(long long time)
     const std::chrono::year_month_day date(day);
     const std::chrono::hh_mm_ss clock(point - day);
     return fmt::format("{:04}{:02}{:02}:{:02}:{:02}:{:02}.{:09}", static_cast<int>(date.year()),
-                       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                       static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()),
                        clock.hours().count(), clock.minutes().count(), clock.seconds().count(),
                        clock.subseconds().count());
 }

@@ -46,7 +46,7 @@ bool nxTomlFile::Read(const std::string& content, const std::function<void(const
         error = refusal.error;
     } catch (const toml::exception& failure) {
         const toml::source_location& place = failure.location();
-        error = {_path, place.line(), static_cast<unsigned>(place.column()), GetReason(failure.what())};
+        error = {_path, place.line(), static_cast<unsigned int>(place.column()), GetReason(failure.what())};
     } catch (const std::exception& failure) {
         error = {_path, 0, 0, GetReason(failure.what())};
     }
@@ -56,7 +56,7 @@ bool nxTomlFile::Read(const std::string& content, const std::function<void(const
 void nxTomlFile::Refuse(const toml::value& at, const std::string& reason) const
 {
     const toml::source_location place = at.location();
-    throw Refusal{{_path, place.line(), static_cast<unsigned>(place.column()), reason}};
+    throw Refusal{{_path, place.line(), static_cast<unsigned int>(place.column()), reason}};
 }
 
 void nxTomlFile::RefuseKey(const toml::value& at, const std::string& key, const std::string& known) const

@@ -15,7 +15,7 @@ const std::string Header = "time,product,last,lastVolume\n";
 std::string MakeRows(const char* product, const std::vector<int>& times)
 {
     std::string text = Header;
-    unsigned count = 0;
+    unsigned int count = 0;
     for (const int time : times)
         text += std::to_string(time) + "," + product + ",1," + std::to_string(++count) + "\n";
     return text;
@@ -151,8 +151,8 @@ TEST(nxFeedTest, StandardInputIsReadOnceAndStreamed)
 std::string MakeLongFile()
 {
     std::string text = Header;
-    unsigned number = 1;
-    for (unsigned i = 0; i < 15000; ++i) {
+    unsigned int number = 1;
+    for (unsigned int i = 0; i < 15000; ++i) {
         number = number * 1103515245 + 12345;
         text += std::to_string(1'700'000'000 + i) + ",A," + std::to_string(number % 100000) + ".5," +
                 std::to_string(number % 97) + "\n";
