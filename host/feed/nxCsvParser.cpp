@@ -245,7 +245,7 @@ const char* nxCsvParser::_ReadTime(const char* cell, nxCsvRow& row, std::string&
         const unsigned int b = GetDigit(cell[17]);
         const unsigned int c = GetDigit(cell[18]);
         const std::uint64_t sum = (high * 100'000'000 + middle) * 1000 + a * 100 + b * 10 + c;
-        if (a <= 9 && b <= 9 && c <= 9 && high >= 1'000'000 && sum <= INT64_MAX) {
+        if (a <= 9 && b <= 9 && c <= 9 && high >= 1'000'000 && sum <= nxFeedTime::Latest) {
             row.time = static_cast<long long>(sum);
             return cell + 19;
         }

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/feed/nxFeedOverlaps.h"
 #include "host/feed/nxFeedReader.h"
 
 // Recorded market data as one stream of events, ordered by time: on equal times the file named earlier comes
@@ -13,7 +14,7 @@
 class nxFeed
 {
 public:
-    explicit nxFeed(const nxFeedOptions& options = {}) : _options(options) {}
+    explicit nxFeed(const nxFeedOptions& options = {}) : _options(options), _products(options.barPeriods) {}
     nxFeed(const nxFeed&) = delete;
     nxFeed& operator=(const nxFeed&) = delete;
 
@@ -35,8 +36,9 @@ public:
     // A price that a product is going to have beside those of its data, for the tick size.
     void NotePrice(std::string_view product, const nxDecimal& price);
 
-    // What a person should hear at the end of a run beside errors: files without rows or
-    // without an end, bad rows that were skipped, gaps between bars, crossed and locked quotes.
+    // What a person should hear at the end of a run beside errors: how the times of bars were taken, files
+    // without rows or without an end, bad rows that were skipped, gaps between bars, rows that two files
+    // hold, crossed and locked quotes.
     [[nodiscard]] std::vector<std::string> GetRemarks() const;
 
     // Of the files as they lie on the disk. The total is 0 when one of them is a pipe.
@@ -51,6 +53,7 @@ private:
     };
 
     static bool _IsBefore(const Head& a, const Head& b);
+    void _RemarkFile(const nxFeedReader& reader, std::vector<std::string>& remarks) const;
     bool _Advance(nxFeedReader& reader, const nxFeedEvent*& event);
     void _SiftDown();
 
@@ -58,6 +61,7 @@ private:
     nxFeedProductTable _products;
     std::vector<std::unique_ptr<nxFeedReader>> _readers;
     std::vector<Head> _heads;  // a heap, the earliest event in front
+    nxFeedOverlaps _overlaps;
     bool _isStarted = false;
     nxFeedError _error;
 };

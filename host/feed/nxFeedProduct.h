@@ -28,8 +28,8 @@ public:
     {
         return _rows[static_cast<std::size_t>(kind)];
     }
-    // Nanoseconds between its bars: the least distance between two of those that were looked at in front; 0
-    // where there were none.
+    // Nanoseconds between its bars, as given; else the least distance between two of those that were looked
+    // at in front; 0 where there were none.
     [[nodiscard]] long long GetBarPeriod() const { return _barPeriod; }
     // Rows with a bid or an ask after which the bid stood above the ask, or met it.
     [[nodiscard]] unsigned long long GetCrossedCount() const { return _crossed; }
@@ -63,12 +63,17 @@ public:
     [[nodiscard]] bool HasBid() const { return _bid.IsValid(); }
     [[nodiscard]] bool HasAsk() const { return _ask.IsValid(); }
     [[nodiscard]] bool HasLast() const { return _hasLast; }
+    void SetBarPeriod(long long period)
+    {
+        _barPeriod = period;
+        _isBarPeriodGiven = true;
+    }
     // The time of a bar's row, of those that are looked at in front.
     void NoteBarTime(long long time)
     {
         long long distance = 0;
-        if (_hasBarTime && !__builtin_sub_overflow(time, _lastBarTime, &distance) && distance > 0 &&
-            (_barPeriod == 0 || distance < _barPeriod))
+        if (_hasBarTime && !_isBarPeriodGiven && !__builtin_sub_overflow(time, _lastBarTime, &distance) &&
+            distance > 0 && (_barPeriod == 0 || distance < _barPeriod))
             _barPeriod = distance;
         _lastBarTime = time;
         _hasBarTime = true;
@@ -88,6 +93,7 @@ private:
     unsigned char _sizePlaces = 0;
     nxDecimal _bid, _ask;  // null until a row gave one
     nxLotScale _lots;
+    bool _isBarPeriodGiven = false;
     bool _hasBarTime = false;
     long long _lastBarTime = 0;
     long long _barPeriod = 0;

@@ -13,6 +13,9 @@ unsigned int nxFeedProductTable::Add(std::string_view name)
     const unsigned int index = GetCount();
     _products.Append(std::string(name));
     _indexes.emplace(name, index);
+    auto period = _barPeriods.find(name);
+    if (period == _barPeriods.end()) period = _barPeriods.find(std::string_view());
+    if (period != _barPeriods.end()) _products[index].SetBarPeriod(period->second);
     return index;
 }
 

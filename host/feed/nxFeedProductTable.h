@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -13,6 +15,12 @@
 class nxFeedProductTable
 {
 public:
+    // The periods are as in nxFeedOptions.
+    explicit nxFeedProductTable(std::map<std::string, long long, std::less<>> barPeriods = {})
+        : _barPeriods(std::move(barPeriods))
+    {
+    }
+
     [[nodiscard]] unsigned int GetCount() const { return static_cast<unsigned int>(_products.GetSize()); }
     [[nodiscard]] nxFeedProduct& Get(unsigned int index) { return _products[index]; }
     [[nodiscard]] const nxFeedProduct& Get(unsigned int index) const { return _products[index]; }
@@ -32,6 +40,7 @@ private:
         std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
     };
 
+    std::map<std::string, long long, std::less<>> _barPeriods;
     nxGrowingArray<nxFeedProduct> _products;
     std::unordered_map<std::string, unsigned int, Hash, std::equal_to<>> _indexes;
 };

@@ -73,7 +73,8 @@ bool nxFeedReader::_NextRow()
         }
         const nxFeedError& error = result == nxCsvReader::Result::Row ? _rejection : _csv.GetError();
         const bool isRowBad = result == nxCsvReader::Result::Row || result == nxCsvReader::Result::Bad;
-        if (isRowBad && _options.isLenient) {
+        // Nothing is wrong with a row of which only the period is not known, so none is skipped for it.
+        if (isRowBad && _options.isLenient && !_lacksPeriod) {
             ++_badRowCount;
             if (_badRows.size() < MaxKeptErrors) _badRows.push_back(error);
             continue;
@@ -192,11 +193,13 @@ bool nxFeedReader::_JudgeBarTime(const nxFeedProduct& product)
 
 bool nxFeedReader::_FindBarEnd(const nxFeedProduct& product)
 {
-    if (product.GetBarPeriod() == 0)
+    _lacksPeriod = product.GetBarPeriod() == 0;
+    if (_lacksPeriod)
         return _Reject("time", "the end of the bar is not known: the first rows have no two bars of " +
-                                   product.GetName());
+                                   product.GetName() + "; --bar-period " + product.GetName() +
+                                   "=PERIOD tells it, such as 1m");
     long long end = 0;
-    if (__builtin_add_overflow(_row->time, product.GetBarPeriod(), &end))
+    if (__builtin_add_overflow(_row->time, product.GetBarPeriod(), &end) || end > nxFeedTime::Latest)
         return _Reject("time", "the end of the bar is beyond all times");
     if (end < _lastBarEnd)
         return _Reject("time", "the bar ends before the one in front: " + nxFeedTime::GetAsString(end) +

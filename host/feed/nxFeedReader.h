@@ -88,6 +88,7 @@ private:
     long long _lastBarEnd;             // bars that bear their start: the time of the last event
     std::vector<long long> _barTimes;  // bars: of the last one, by product
     Gaps _gaps;
+    bool _lacksPeriod = false;  // why the last bar was rejected
     bool _isOver = false;
     unsigned long long _rowCount = 0;
     unsigned long long _badRowCount = 0;

@@ -2,14 +2,17 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <charconv>
 #include <chrono>
+#include <utility>
 
 namespace {
 
 constexpr const char* NotATime = "not a time";
 constexpr const char* NoSuchDate = "no such calendar date";
 constexpr const char* NoSuchTimeOfDay = "no such time of day";
-constexpr const char* OutOfRange = "time out of range (1677 to 2262)";
+constexpr const char* OutOfRange = "time out of range (1678 to 2261)";
 
 constexpr long long NanosecondsPerSecond = 1'000'000'000;
 
@@ -80,7 +83,8 @@ struct CivilTime
         const long long seconds = ((days * 24 + hour) * 60 + minute - offset) * 60 + second;
         long long sum = 0;
         if (__builtin_mul_overflow(seconds, NanosecondsPerSecond, &sum) ||
-            __builtin_add_overflow(sum, nanosecond, &sum))
+            __builtin_add_overflow(sum, nanosecond, &sum) || sum < nxFeedTime::Earliest ||
+            sum > nxFeedTime::Latest)
             return OutOfRange;
         time = sum;
         return nullptr;
@@ -151,9 +155,23 @@ const char* nxFeedTime::SetFromInteger(unsigned long long count, long long& time
     else if (count < 100'000'000'000'000'000)
         unit = 1'000;
     long long product = 0;
-    if (__builtin_mul_overflow(count, unit, &product)) return OutOfRange;
+    if (__builtin_mul_overflow(count, unit, &product) || product > Latest) return OutOfRange;
     time = product;
     return nullptr;
+}
+
+bool nxFeedTime::SetPeriodFromText(std::string_view text, long long& period)
+{
+    constexpr std::pair<char, long long> units[] = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86'400}};
+    constexpr long long longest = 366 * 86'400;
+    long long count = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, count);
+    if (error != std::errc() || rest + 1 != end) return false;
+    const auto unit = std::ranges::find(units, *rest, &std::pair<char, long long>::first);
+    if (unit == std::end(units) || count <= 0 || count > longest / unit->second) return false;
+    period = count * unit->second * NanosecondsPerSecond;
+    return true;
 }
 
 long long nxFeedTime::GetNextMidnight(long long time)

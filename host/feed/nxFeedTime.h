@@ -3,11 +3,15 @@
 #include <string>
 #include <string_view>
 
-// The times of recorded data: nanoseconds since 1970-01-01 UTC, which reach from 1677 to 2262.
-// Static functions only; any thread.
+// The times of recorded data: nanoseconds since 1970-01-01 UTC. Static functions only; any thread.
 class nxFeedTime
 {
 public:
+    // What 64 bits hold reaches from September 1677 to April 2262. Only whole years of it are times of data,
+    // so that a day or a week more or less is still a time.
+    static constexpr long long Earliest = -9'214'560'000'000'000'000;  // 1678-01-01
+    static constexpr long long Latest = 9'214'646'399'999'999'999;     // the last one of 2261
+
     // Reads the whole text, in one of the forms
     //   20240808, 20240808:12:34, 20240808:12:34:56, 20240808:12:34:56.123456789
     //   2024-08-08, 2024-08-08T12:34, 2024-08-08T12:34:56.789Z, 2024-08-08 12:34:56+02:00
@@ -21,6 +25,9 @@ public:
 
     // The same for an integer that has been read already, and is no calendar date.
     [[nodiscard]] static const char* SetFromInteger(unsigned long long count, long long& time);
+
+    // A length of time, "30s", "1m", "4h" or "1d", up to 366 days, in nanoseconds. False: it is none.
+    [[nodiscard]] static bool SetPeriodFromText(std::string_view text, long long& period);
 
     // The midnight UTC that follows.
     [[nodiscard]] static long long GetNextMidnight(long long time);

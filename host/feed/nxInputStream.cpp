@@ -113,7 +113,7 @@ nxInputStream::~nxInputStream()
     if (_file > STDIN_FILENO) close(_file);
 }
 
-bool nxInputStream::Open(const std::string& path)
+bool nxInputStream::Open(const std::string& path, const char* content)
 {
     _file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat status = {};
@@ -122,7 +122,7 @@ bool nxInputStream::Open(const std::string& path)
         return false;
     }
     if (S_ISDIR(status.st_mode)) {
-        _failure = "is a directory, not a file of recorded data";
+        _failure = std::string("is a directory, not a ") + content;
         return false;
     }
     _mayHaveToWait = !S_ISREG(status.st_mode);
@@ -138,6 +138,20 @@ bool nxInputStream::Open(const std::string& path)
     if (startsWith("\x1F\x8B", 2)) _decoder = std::make_unique<GzipDecoder>();
     if (startsWith("\x28\xB5\x2F\xFD", 4)) _decoder = std::make_unique<ZstdDecoder>();
     return true;
+}
+
+std::optional<std::string> nxInputStream::ReadWhole(const std::string& path, const char* content,
+                                                    std::string& text)
+{
+    nxInputStream stream;
+    if (!stream.Open(path, content)) return stream._failure;
+    std::vector<char> buffer(InputSize);
+    for (;;) {
+        const long long count = stream.Read(buffer.data(), buffer.size());
+        if (count < 0) return stream._failure;
+        if (count == 0) return std::nullopt;
+        text.append(buffer.data(), static_cast<std::size_t>(count));
+    }
 }
 
 long long nxInputStream::Read(char* to, std::size_t size)

@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-// The bytes of one recording, front to back: a plain file, a .gz or a .zst. Which one it is, its first bytes
+// The bytes of one input, front to back: a plain file, a .gz or a .zst. Which one it is, its first bytes
 // tell, not its name; several compressed parts in a row read as one. "-" is standard input. The file is read
 // through a buffer of fixed size and never mapped, so resident memory stays flat whatever its length. Owned
 // by one reader and used by one thread at a time. Nothing here throws.
@@ -20,8 +21,12 @@ public:
     nxInputStream(const nxInputStream&) = delete;
     nxInputStream& operator=(const nxInputStream&) = delete;
 
-    // False: GetFailure() tells why.
-    [[nodiscard]] bool Open(const std::string& path);
+    // `content` is what the file should be, for the message about a folder. False: GetFailure() tells why.
+    [[nodiscard]] bool Open(const std::string& path, const char* content = "file of recorded data");
+
+    // Opened and read once, to the end, so that a pipe serves as well as a file. Null, or why not.
+    [[nodiscard]] static std::optional<std::string> ReadWhole(const std::string& path, const char* content,
+                                                              std::string& text);
 
     // The count of bytes put at `to`, at most `size`; 0 at the end; -1 on a failure, also when compressed
     // data stops before its end. What came before the failure has been handed out by then.

@@ -19,7 +19,7 @@ public:
 
     // Hands the parsed file to `read`, which takes it apart and calls Refuse for what is wrong. False:
     // `error` tells why. `content` is what the file should hold, for the message about a folder.
-    [[nodiscard]] bool Read(const std::string& content, const std::function<void(const toml::value&)>& read,
+    [[nodiscard]] bool Read(const char* content, const std::function<void(const toml::value&)>& read,
                             nxFeedError& error) const;
 
     // These leave `read`.

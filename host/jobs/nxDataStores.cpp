@@ -5,6 +5,12 @@
 
 #include <filesystem>
 
+std::vector<std::string> nxDataStores::GetFiles(const std::string& directory)
+{
+    const std::string database = (std::filesystem::path(directory) / "stores.sqlite").string();
+    return {database, database + "-journal"};
+}
+
 std::optional<std::string> nxDataStores::Open(const std::string& directory)
 {
     std::error_code error;
@@ -13,7 +19,7 @@ std::optional<std::string> nxDataStores::Open(const std::string& directory)
         if (!std::filesystem::create_directory(directory, error) && error)
             return directory + ": the directory for data stores cannot be made: " + error.message();
     }
-    _path = (std::filesystem::path(directory) / "stores.sqlite").string();
+    _path = GetFiles(directory).front();
     std::optional<std::string> failure = _Prepare(directory);
     if (failure) {
         _database.Close();

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/jobs/nxSqliteDataStore.h"
 #include "host/jobs/nxSqliteDatabase.h"
@@ -17,6 +18,9 @@ public:
     // What a database of this layout bears: who reads it later can tell whose it is, and how old.
     static constexpr long long ApplicationID = 0x6e785354;  // "nxST"
     static constexpr long long LayoutVersion = 1;
+
+    // The files that it may write to, or remove, in a directory.
+    static std::vector<std::string> GetFiles(const std::string& directory);
 
     // Makes the directory, though not the one that it is in, and the database where there are none. Null, or
     // why it cannot be used, with its path.

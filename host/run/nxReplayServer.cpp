@@ -30,7 +30,7 @@ nxReplayServer::nxReplayServer(nxRunOptions options, std::ostream& out, std::ost
       _err(err),
       _progress(_options.progress == nullptr ? err : *_options.progress, _options.showProgress,
                 _options.progressLabel),
-      _feed({_options.lenient, _options.barsBearStart, _options.interrupted})
+      _feed({_options.lenient, _options.barsBearStart, _options.barPeriods, _options.interrupted})
 {
 }
 
@@ -76,16 +76,15 @@ nxRunResult nxReplayServer::Run()
 
 bool nxReplayServer::_Prepare(std::vector<nxScriptSource>& sources)
 {
-    for (const nxJobOptions& job : _options.jobs) {
-        std::vector<std::string> files = _options.modules;
-        files.push_back(job.script);
-        nxScriptSource& source = sources.emplace_back();
-        for (const std::string& file : files) {
-            if (const auto error = source.Add(file)) {
-                _err << *error << "\n";
-                return false;
-            }
-        }
+    nxScriptSource modules;  // read once: one may be a pipe
+    std::optional<std::string> fault;
+    for (const std::string& file : _options.modules)
+        if (!fault) fault = modules.Add(file);
+    for (const nxJobOptions& job : _options.jobs)
+        if (!fault) fault = sources.emplace_back(modules).Add(job.script);
+    if (fault) {
+        _err << *fault << "\n";
+        return false;
     }
     if (_feed.Open(_options.data, nxGetFeedTerms(_options.products))) _next = _feed.Next();
     if (_next == nullptr && _feed.HasFailed()) {
@@ -252,7 +251,10 @@ void nxReplayServer::_WaitFor(long long time)
 {
     if (_IsEnding()) return;
     _out.flush();
-    const double ahead = static_cast<double>(time - FloorSecond(_statistics.firstTime)) / _options.speed;
+    constexpr double farthest = 4e18;  // which the clock still reaches: 126 years
+    const double recorded =
+        static_cast<double>(time) - static_cast<double>(FloorSecond(_statistics.firstTime));
+    const double ahead = std::min(recorded / _options.speed, farthest);
     const auto until = _wallStart + std::chrono::nanoseconds(static_cast<long long>(ahead));
     while (std::chrono::steady_clock::now() < until && !_IsEnding()) {
         _progress.Update(_statistics.GetEventCount(), _feed.GetBytesConsumed(), _feed.GetBytesTotal());

@@ -55,7 +55,7 @@ void nxReplayServer::ReadHistory(const nxHostProduct& product,
         LogText(product.GetOwner(), "the bars of " + name + " begin now: " + path + " cannot be read again");
         return;
     }
-    nxFeed feed({_options.lenient, _options.barsBearStart});
+    nxFeed feed({_options.lenient, _options.barsBearStart, _options.barPeriods});
     if (!feed.Open(_options.data, nxGetFeedTerms(_options.products))) return;
     for (unsigned long long i = 0; i < _applied; ++i) {
         const nxFeedEvent* const event = feed.Next();

@@ -6,12 +6,12 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <sstream>
 
 #include "base/log/nxLogManager.h"
 #include "host/report/nxRunSummary.h"
 #include "host/run/nxReplayServer.h"
+#include "host/run/nxRunFiles.h"
 
 namespace {
 
@@ -44,15 +44,6 @@ private:
     const nxLogLevelEnum _level = nxLogManager::GetLevel();
 };
 
-bool CanBeReadAgain(const std::string& path)
-{
-    // What is missing or a folder is told by the run itself.
-    std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
-    return path != "-" && type != std::filesystem::file_type::fifo &&
-           type != std::filesystem::file_type::character && type != std::filesystem::file_type::socket;
-}
-
 // Why a run under another model did not go its whole way; empty when it did.
 std::string FindFailure(const nxRunStatistics& statistics, nxRunResult result, const std::string& errors)
 {
@@ -69,7 +60,7 @@ std::string nxRunEnvelope::FindObstacle(const nxRunOptions& options)
     files.insert(files.end(), options.modules.begin(), options.modules.end());
     for (const nxJobOptions& job : options.jobs)
         files.push_back(job.script);
-    const auto found = std::ranges::find_if_not(files, CanBeReadAgain);
+    const auto found = std::ranges::find_if_not(files, nxRunFiles::CanBeReadAgain);
     return found == files.end()
                ? std::string()
                : "--envelope reads everything three times, and " + *found + " can be read only once";

@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
+#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -30,7 +32,8 @@ struct nxRunOptions
     double speed = 0.0;                 // recorded seconds for each real one; 0: as fast as it can
     std::vector<unsigned int> explain;  // numbers of orders whose story is told behind the summary
     bool lenient = false;
-    bool barsBearStart = false;  // the times in bars files: see nxFeedOptions
+    bool barsBearStart = false;  // the times in bars files, and how far apart they are: see nxFeedOptions
+    std::map<std::string, long long, std::less<>> barPeriods;
     bool continueOnError = false;
     bool showProgress = false;
     std::ostream* progress = nullptr;  // where to; null: standard error of the run

@@ -49,7 +49,7 @@ nxMarketGenerator::nxMarketGenerator(nxMarketGeneratorOptions options)
 
 bool nxMarketGenerator::Generate(const Sink& sink, const Progress& progress)
 {
-    if (!_Check()) return false;
+    if (!Check()) return false;
     const auto flush = [&] {
         if (!sink(_text)) _failure = "the output cannot be written";
         _text.clear();
@@ -77,7 +77,7 @@ bool nxMarketGenerator::Generate(const Sink& sink, const Progress& progress)
     return flush();
 }
 
-bool nxMarketGenerator::_Check()
+bool nxMarketGenerator::Check()
 {
     const auto isPositive = [](const nxDecimal& number) { return number > nxDecimalZero; };
     if (_options.kind == nxFeedKind::Bar)
@@ -247,14 +247,14 @@ void nxMarketGenerator::_WriteTrade(const nxSyntheticBook::Change& change)
 void nxMarketGenerator::_WriteQuote()
 {
     const auto isWritten = [this](bool isBid) {
-        const _Best& written = _written[isBid ? 1 : 0];
+        const Best& written = _written[isBid ? 1 : 0];
         return written.price == _book.GetBest(isBid) && written.volume == _book.GetBestVolume(isBid);
     };
     if (isWritten(true) && isWritten(false)) return;
     _WritePrefix();
     for (const bool isBid : {true, false}) {
-        _Best& written = _written[isBid ? 1 : 0];
-        const _Best now{_book.GetBest(isBid), _book.GetBestVolume(isBid)};
+        Best& written = _written[isBid ? 1 : 0];
+        const Best now{_book.GetBest(isBid), _book.GetBestVolume(isBid)};
         _text += ',';
         if (now.price != written.price) _WritePrice(now.price);
         _text += ',';

@@ -64,14 +64,15 @@ public:
 
     explicit nxMarketGenerator(nxMarketGeneratorOptions options);
 
-    // False: an option cannot be used, or the sink stopped it; GetFailure() tells which.
+    // False: an option cannot be used; GetFailure() tells which.
+    [[nodiscard]] bool Check();
+    // The same, and when the sink stopped it.
     [[nodiscard]] bool Generate(const Sink& sink, const Progress& progress = {});
 
     [[nodiscard]] const std::string& GetFailure() const { return _failure; }
     [[nodiscard]] const nxMarketGeneratorStatistics& GetStatistics() const { return _statistics; }
 
 private:
-    bool _Check();
     bool _SetStartTicks();
     void _OpenBook();
     long long _GetWait(unsigned long long rate);
@@ -88,7 +89,7 @@ private:
     void _WriteSize(unsigned long long lots);
     void _EndRow();
 
-    struct _Best
+    struct Best
     {
         long long price = 0;
         unsigned long long volume = 0;
@@ -100,7 +101,7 @@ private:
     long long _startTicks = 0;
     std::vector<nxSyntheticBook::Change> _changes;  // of the current moment
     long long _time = 0;                            // nanoseconds since 1970 UTC
-    _Best _written[2];                              // quotes: what the rows so far say of ask and bid
+    Best _written[2];                               // quotes: what the rows so far say of ask and bid
     std::string _text;                              // rows on their way to the sink
     nxMarketGeneratorStatistics _statistics;
     std::string _failure;

@@ -233,7 +233,8 @@ TEST(nxFeedReaderTest, AStartOfABarThatTellsNoEndIsRefused)
         const char* text;
     } cases[] = {
         {"20240108,A,2,2,2,2,5\n",
-         "FILE:2:1: time: the end of the bar is not known: the first rows have no two bars of A\n"},
+         "FILE:2:1: time: the end of the bar is not known: the first rows have no two bars of A; "
+         "--bar-period A=PERIOD tells it, such as 1m\n"},
         {"@0,A,2,2,2,2,5\n@1,B,2,2,2,2,5\n@4,A,2,2,2,2,5\n@6,B,2,2,2,2,5\n",
          "@4 A 2 2 2 2 x5\n@6 B 2 2 2 2 x5\n@8 A 2 2 2 2 x5\n1700000000000000011 B 2 2 2 2 x5\n"},
         {"@0,A,2,2,2,2,5\n@3,B,2,2,2,2,5\n@4,B,2,2,2,2,5\n@8,A,2,2,2,2,5\n@0,A,,,,,\n",
@@ -243,6 +244,16 @@ TEST(nxFeedReaderTest, AStartOfABarThatTellsNoEndIsRefused)
     };
     for (const auto& [rows, text] : cases)
         EXPECT_EQ(Read(Bars + rows, false, {}, true).text, Expand(text)) << rows;
+    // Nothing is wrong with the first of them, so a lenient reader does not skip it.
+    EXPECT_EQ(Read(Bars + cases[0].rows, true, {}, true).text, Expand(cases[0].text));
+}
+
+TEST(nxFeedReaderTest, AGivenPeriodGoesBeforeThatOfTheFirstRows)
+{
+    const nxFeedFile file(Expand(Bars + "@0,A,2,2,2,2,5\n@1,B,2,2,2,2,5\n@2,B,2,2,2,2,5\n"));
+    nxFeed feed({.barsBearStart = true, .barPeriods = {{"", 7}, {"A", 5}}});
+    ASSERT_TRUE(feed.Open({file.GetPath()}));
+    EXPECT_EQ(ReadAll(feed), Expand("@5 A 2 2 2 2 x5\n@8 B 2 2 2 2 x5\n@9 B 2 2 2 2 x5\n"));
 }
 
 TEST(nxFeedReaderTest, ALenientReaderKeepsTheFirstBadRowsOnly)
