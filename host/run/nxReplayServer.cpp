@@ -92,7 +92,9 @@ bool nxReplayServer::_Prepare(std::vector<nxScriptSource>& sources)
         return false;
     }
     if (!_options.storeDirectory.empty()) {
-        if (const auto error = _stores.Open(_options.storeDirectory)) {
+        if (const auto error = _options.storeImage ? _stores.OpenImage(*_options.storeImage)
+                                                   : _stores.Open(_options.storeDirectory))
+        {
             _err << *error << "\n";
             return false;
         }

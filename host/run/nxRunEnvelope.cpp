@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "base/log/nxLogManager.h"
+#include "host/jobs/nxDataStores.h"
 #include "host/report/nxRunSummary.h"
 #include "host/run/nxReplayServer.h"
 #include "host/run/nxRunFiles.h"
@@ -71,6 +72,8 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     const auto isInterrupted = [&] { return options.interrupted != nullptr && options.interrupted->load(); };
     const char* const name = nxGetText(options.exchange.fills);
     nxRunOptions main = options;
+    const std::string stores =
+        options.storeDirectory.empty() ? std::string() : nxDataStores::TakeImage(options.storeDirectory);
     main.progressLabel = fmt::format("{} (1 of 3)", name);
     nxReplayServer server(main, out, err);
     nxRunResult worst = server.Run();
@@ -86,6 +89,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
         nxRunOptions other = options;
         other.exchange.fills = model;
         other.recordFile.clear();
+        if (!other.storeDirectory.empty()) other.storeImage = stores;
         other.explain.clear();
         other.speed = 0.0;
         other.progress = &err;

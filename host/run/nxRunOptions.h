@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -25,9 +26,11 @@ struct nxRunOptions
     std::string productFile;     // where they come from
     bool watchProducts = false;  // take over what changes in that file; such a run does not repeat
     std::chrono::milliseconds watchInterval{1000};  // of real time, between looks at it
-    nxExchangeOptions exchange;         // whether moves in a queue are told follows from the scripts
-    std::string recordFile;             // where to write what leaves the scripts; empty: nowhere
-    std::string storeDirectory;         // where the data stores of scripts are kept; empty: there are none
+    nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
+    std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
+    std::string storeDirectory;  // where the data stores of scripts are kept; empty: there are none
+    std::optional<std::string>
+        storeImage;                     // what they begin with, in place of the directory: see nxDataStores
     double storeEvery = 0.0;            // recorded seconds between their saves; 0: when jobs and the run end
     double speed = 0.0;                 // recorded seconds for each real one; 0: as fast as it can
     std::vector<unsigned int> explain;  // numbers of orders whose story is told behind the summary

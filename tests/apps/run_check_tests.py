@@ -27,6 +27,8 @@ FILES = {
     "exits.lua": "print('loud') io.write('loud') io.stdout:write('loud'):flush() os.exit(3)\nfunction OnInit() end\n",
     "writes.lua": "io.open('made', 'w') os.rename('exits.lua', 'gone')\nfunction OnInit() end\n",
     "asks.lua": "function OnInit() local m = job:getParameter('n') + 1 job:logText(m) end\n",
+    "deep.lua": "function OnInit()\n" + "do\n" * 5000 + "end\n" * 5000 + "end\n",
+    "long.lua": "function OnInit() job:logText(1" + " + 1" * 20000 + ") end\n",
     "hungry.lua": "function OnInit() local t = {} for i = 1, 1e9 do t[i] = { i } end end\n",
     "broken\xe9.lua".encode("latin-1"): "function OnInit() jop() end\n",
 }
@@ -52,6 +54,8 @@ CASES = [
     ("check asks.lua --param asks/n=5", 0, "", ""),
     ("check asks.lua", 1, "asks.lua:1:0: OnInit fails: attempt to perform arithmetic on a nil value\n", ""),
     ("check asks.lua --param n:uint=x", 2, "", "--param n:uint=x: parameter n: "),
+    ("check deep.lua", 1, "deep.lua:199:1: chunk has too many syntax levels\n", ""),
+    ("check long.lua", 2, "", "long.lua: is too deep to be checked: it has thousands of operators, calls or blocks "),
     ("check clean.lua --json", 0, "[]\n", ""),
 ]
 

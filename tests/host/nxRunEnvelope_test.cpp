@@ -57,6 +57,26 @@ TEST_F(RunEnvelope, ShowsTheRunItselfAndWhatEachModelComesTo)
     EXPECT_EQ(lines.find("\"fillVolume\":5"), std::string::npos);
 }
 
+// Each model finds the stores of before, and only the run itself leaves its own behind.
+TEST_F(RunEnvelope, TheStoresAreThoseOfTheRunItself)
+{
+    run.SetScript(
+        "function OnInit() s = job:getDataStore('s', true) p = job:getProduct('A') p:subscribePrice() "
+        "if s.count ~= n then error('found ' .. s.count) end n = s.count end\n"
+        "function OnPrice() if o then return end o = p:createOrder{side='BUY', type='LIMIT'} "
+        "o:work{volume=5, price=99} end\n"
+        "function OnOrderFill(u) s:add(u.fillVolume) end\n");
+    run.options.storeDirectory = run.Write("x", "") + "-stores";
+    for (const int before : {0, 1}) {
+        run.AddModule("n.lua", "n = " + std::to_string(before));
+        std::ostringstream out;
+        EXPECT_EQ(nxRunEnvelope::Run(run.options, out, err), nxRunResult::Done) << out.str() << err.str();
+        run.options.modules.clear();
+    }
+    const std::filesystem::directory_iterator left(run.options.storeDirectory);
+    EXPECT_EQ(std::distance(begin(left), end(left)), 1);
+}
+
 TEST_F(RunEnvelope, AnInterruptionLeavesTheSummary)
 {
     Interrupter buffer;
