@@ -14,6 +14,7 @@
 #include "base/log/nxConsoleLogDevice.h"
 #include "base/log/nxLogEntriesQueue.h"
 #include "base/log/nxLogManager.h"
+#include "host/check/nxScriptReview.h"
 #include "host/run/nxReplayServer.h"
 #include "host/run/nxRunArguments.h"
 #include "host/run/nxRunEnvelope.h"
@@ -83,6 +84,8 @@ int Run(RunArguments& arguments)
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
     options.interrupted = &interrupted;
+    nxScriptReview review(options.jobs, options.modules);
+    options.getNotes = [&review] { return review.GetNotes(); };
     nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(arguments.logLevel)));
     nxConsoleLogDevice console;
     nxLogManager::GetLogEntriesQueue().AddDevice(&console);

@@ -5,6 +5,7 @@
 
 #include "base/time/nxTimerCallback.h"
 #include "host/report/nxRunSummary.h"
+#include "host/run/nxUnreadParameters.h"
 
 namespace {
 
@@ -208,9 +209,29 @@ void nxReplayServer::_WriteSummary()
 {
     const std::vector<std::string> remarks = _feed.GetRemarks();
     _statistics.remarks.insert(_statistics.remarks.begin(), remarks.begin(), remarks.end());
+    _CollectNotes();
     nxRunSummary::WriteCounts(_out, _statistics, _end);
     _out.flush();
     nxRunSummary::WriteSpeed(_err, _statistics);
+}
+
+void nxReplayServer::_CollectNotes()
+{
+    nxUnreadParameters unread;
+    for (const auto& runner : _runners) {
+        const nxJobStatistics& statistics = runner->GetStatistics();
+        const bool hasFailed = std::ranges::any_of(statistics.failures, [](const auto& failure) {
+            return failure.callback.value_or(nxCallback::OnInit) == nxCallback::OnInit;
+        });
+        if (statistics[nxCallback::OnInit].count != 0 && !hasFailed)
+            unread.Add(runner->GetJob().GetOptions(), statistics[nxCallback::OnParameter].defined);
+    }
+    for (const nxParameterChange& change : _options.changes)
+        if (!change.tag.empty()) unread.NoteTagged(change.name);
+    _statistics.notes = unread.GetNotes();
+    if (!_options.getNotes) return;
+    for (std::string& note : _options.getNotes())
+        _statistics.notes.push_back(std::move(note));
 }
 
 void nxReplayServer::_WriteStories()

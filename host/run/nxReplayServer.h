@@ -83,6 +83,7 @@ private:
     void _Finish();
     void _CloseRecord();
     void _WriteSummary();
+    void _CollectNotes();
     // On the way a failure is logged, since a later save may make up for it; the last one fails the run.
     void _SaveStores(bool isLast = false);
     // A save that is due, and the time of the next one: nothing else happens before `until`.

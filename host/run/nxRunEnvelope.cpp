@@ -91,6 +91,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
         other.recordFile.clear();
         if (!other.storeDirectory.empty()) other.storeImage = stores;
         other.explain.clear();
+        other.getNotes = nullptr;
         other.speed = 0.0;
         other.progress = &err;
         other.progressLabel = fmt::format("{} ({} of 3)", nxGetText(model), models.size() + 1);

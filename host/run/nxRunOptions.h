@@ -42,6 +42,8 @@ struct nxRunOptions
     std::ostream* progress = nullptr;  // where to; null: standard error of the run
     std::string progressLabel;         // in front of it
     std::size_t memoryLimit = 0;       // bytes that each script may hold; 0: no limit
+    // Asked once at the end of the run, for what the summary should say of the scripts beside.
+    std::function<std::vector<std::string>()> getNotes;
     // Set from elsewhere, such as a signal handler, to end the run after the current event.
     const std::atomic<bool>* interrupted = nullptr;
 };

@@ -56,6 +56,8 @@ FILES = {
     "failing.lua": TELL.replace('job:logText(name)', 'error("timer " .. name)'),
     "lib.lua": "function helper(price)\n  return price.nothing.more\nend\n",
     "uses_lib.lua": TELL.replace("function OnPrice(price)", "function OnPrice(price) helper(price)"),
+    "silent.lua": "function OnInit() job:getProduct('A'):subscribePrice() x = job:getParameter('treshold') end\n"
+                  "function OnOrderFilled(update) end\nfunction OnPrice(price) jop() end\n",
     "prints.lua": 'function OnInit() print("one") job:logText("two") print("three") end\n',
     "hungry.lua": "function OnInit() local t = {} for i = 1, 1e7 do t[i] = { i } end end\n",
     "empty.lua": "",
@@ -166,6 +168,10 @@ CASES = [
      ["lib.lua:2: attempt to index field 'nothing' (a nil value)\n     2 | return price.nothing.more\n"]),
     ("too much memory", "run hungry.lua --data day.csv --memory-limit 8", 1, [END + "OnInit failed\n"],
      ["not enough memory; the script may hold 8 MiB\n"]),
+    ("what is silently wrong is told", "run silent.lua --data day.csv --param threshold=5 --on-error continue", 1,
+     ["\nnote        parameter threshold is given, and no script reads it; asked for, and not given: treshold\n"
+      "note        silent.lua:2: there is no callback 'OnOrderFilled', and nothing calls it; did you mean 'OnOrderFill'?\n"
+      "note        1 finding in the script: algoserver check --no-run silent.lua\n"], ["--- speed"]),
     ("nothing delivered", "run quiet.lua --data day.csv", 0,
      ["no events   the script asked for no product; the data holds A\n"], ["--- speed"]),
 
