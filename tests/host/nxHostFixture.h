@@ -10,11 +10,11 @@
 
 #include "host/run/nxReplayServer.h"
 
-/** A run of the reference host over files that live as long as the test, in a folder of its own, named in all
-   texts without that folder.
-
-   In the data "@12.5" stands for the time 12.5 seconds after 2024-01-08 14:30 UTC, and the logged times of
-   that minute are given as "12.500" in turn. */
+// A run of the reference host over files that live as long as the test, in a folder of its own, named in all
+// texts without that folder.
+//
+// In the data "@12.5" stands for the time 12.5 seconds after 2024-01-08 14:30 UTC, and the logged times of
+// that minute are given as "12.500" in turn.
 class nxHostRun
 {
 public:
@@ -27,7 +27,7 @@ public:
     nxHostRun(const nxHostRun&) = delete;
     nxHostRun& operator=(const nxHostRun&) = delete;
 
-    /** Writes a file; `@` is left alone. */
+    // Writes a file; `@` is left alone.
     std::string Write(const std::string& name, const std::string& content)
     {
         std::ofstream(_folder + name, std::ios::binary) << content;
@@ -48,7 +48,7 @@ public:
     {
         options.modules.push_back(Write(name, text));
     }
-    /** Rows of one of the forms below, without the header. */
+    // Rows of one of the forms below, without the header.
     void AddQuotes(const std::string& rows, const std::string& name = "quotes.csv")
     {
         _AddData(name, "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n", rows);
@@ -72,7 +72,7 @@ public:
         err = Hide(errStream.str());
         return result;
     }
-    /** Runs, and gives what the script logged, a line each. */
+    // Runs, and gives what the script logged, a line each.
     std::string RunForLog()
     {
         static_cast<void>(Run());
@@ -80,7 +80,7 @@ public:
     }
 
     std::string GetLog() const { return out.substr(0, out.find("--- summary\n")); }
-    /** What the summary says under a label; "" when it has no such line. */
+    // What the summary says under a label; "" when it has no such line.
     std::string GetLine(const std::string& label) const
     {
         const std::size_t line = out.find("\n" + label + " ", GetLog().size());
@@ -88,10 +88,10 @@ public:
         const std::size_t begin = out.find_first_not_of(' ', line + 1 + label.size());
         return out.substr(begin, out.find('\n', begin) - begin);
     }
-    /** What was told on standard error, without the speed. */
+    // What was told on standard error, without the speed.
     std::string GetErrors() const { return err.substr(0, err.find("--- speed\n")); }
 
-    /** Without the folder and the minute, as in `out` and `err`. */
+    // Without the folder and the minute, as in `out` and `err`.
     std::string Hide(std::string text) const
     {
         _Replace(text, _folder, "");
