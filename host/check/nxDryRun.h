@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/jobs/nxParameterSet.h"
 #include "host/jobs/nxScriptSource.h"
 #include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/job/nxAlgoScriptValidator.h"
@@ -15,13 +16,13 @@
 #include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
 
 // Tries a script on a market that is not there: loads it and runs its OnInit. Any product exists and has a
-// price, subscriptions succeed, orders can be made and are never answered, there is a selection, parameters
-// are not there nor stores that the script does not create, no other job runs. Nothing the script does leaves
-// it, and it ends after a while in any case. For one script and one thread.
+// price, subscriptions succeed, orders can be made and are never answered, there is a selection, only the
+// given parameters are there and no store that the script does not create, no other job runs. Nothing the
+// script does leaves it, and it ends after a while in any case. For one script and one thread.
 class nxDryRun : public nxQuietAnswers<nxAlgoScriptValidator>
 {
 public:
-    nxDryRun();
+    explicit nxDryRun(nxParameterSet parameters = {});
     ~nxDryRun() override;
 
     // What stopped the script, told in its own files; null when OnInit came to its end, or when there is
@@ -41,6 +42,7 @@ public:
     nxVolume GetID() override { return nxVolume(1); }
     bool SetParameter(const std::string&, const std::string&) override { return true; }
     bool SendUserLog(const std::map<std::string, std::string>&, std::string&) override { return true; }
+    nxVorantParameter* GetParameter(const std::string& name) const override;
     std::string GetSelectedProduct() override { return "PRODUCT"; }
     unsigned int GetSelectedVolume() const override { return 1; }
     double GetSelectedPrice() const override { return 100.0; }
@@ -79,6 +81,7 @@ private:
         std::vector<std::unique_ptr<nxAlgoOrderObject>> orders;
     };
 
+    const nxParameterSet _parameters;
     NoJobs _jobs{this};
     Orders _orders{this};
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> _products;

@@ -155,6 +155,8 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
             WriteFailureRow(Rows(out, statistics).Begin("failure", job.name), failure);
     for (const std::string& remark : statistics.remarks)
         out << "data        " << remark << "\n";
+    for (const std::string& note : statistics.notes)
+        out << "note        " << note << "\n";
     for (const nxJobStatistics& job : statistics.jobs)
         for (const std::string& note : job.notes)
             rows.Begin("note", job.name) << note << "\n";

@@ -29,7 +29,7 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
           }),
       _output(_state, _clock, out, err),
       _watch([this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
-      _source({_options.lenient, _options.barsBearStart, _options.interrupted}),
+      _source({_options.lenient, _options.barsBearStart, _options.barPeriods, _options.interrupted}),
       _markets(_source, _options.products, *this),
       _jobs(_state, _clock, _output, _watch),
       _trading(_state, _clock, _output, _jobs, _source, _schedule,
@@ -106,14 +106,12 @@ void nxRun::_Fail(const char* what)
 
 bool nxRun::_Prepare(std::vector<nxScriptSource>& sources)
 {
+    nxScriptSource modules;  // read once: one may be a pipe
     std::optional<std::string> error;
-    for (const nxJobOptions& job : _options.jobs) {
-        std::vector<std::string> files = _options.modules;
-        files.push_back(job.script);
-        nxScriptSource& source = sources.emplace_back();
-        for (const std::string& file : files)
-            if (!error) error = source.Add(file);
-    }
+    for (const std::string& file : _options.modules)
+        if (!error) error = modules.Add(file);
+    for (const nxJobOptions& job : _options.jobs)
+        if (!error) error = sources.emplace_back(modules).Add(job.script);
     if (!error && !_source.Open(_options.data, nxGetFeedTerms(_options.products)))
         error = _source.GetError().GetText();
     if (!error) error = _stores.Open();
@@ -310,6 +308,10 @@ void nxRun::_WriteSummary()
     std::vector<std::string>& remarks = _state.statistics.remarks;
     const std::vector<std::string> ofData = _source.GetRemarks();
     remarks.insert(remarks.begin(), ofData.begin(), ofData.end());
+    nxNoteUnreadParameters(_state, _jobs);
+    if (_options.getNotes)
+        for (std::string& note : _options.getNotes())
+            _state.statistics.notes.push_back(std::move(note));
     nxRunSummary::WriteCounts(_output.GetOut(), _state.statistics, _state.end);
     _output.GetOut().flush();
     nxRunSummary::WriteSpeed(_output.GetErr(), _state.statistics);

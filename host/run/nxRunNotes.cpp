@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "host/jobs/nxHostTickDataCollection.h"
+#include "host/run/nxUnreadParameters.h"
 
 namespace {
 
@@ -96,4 +97,20 @@ void nxNoteWhatIsMissing(nxRunState& state, nxJobList& jobs, const nxTrading& tr
         NoteMissingQuotes(runner->GetJob(), products, notes);
         NoteUnfilled(runner->GetJob(), trading, notes);
     }
+}
+
+void nxNoteUnreadParameters(nxRunState& state, nxJobList& jobs)
+{
+    nxUnreadParameters unread;
+    for (const auto& runner : jobs) {
+        const nxJobStatistics& statistics = runner->GetStatistics();
+        const bool hasFailed = std::ranges::any_of(statistics.failures, [](const auto& failure) {
+            return failure.callback.value_or(nxCallback::OnInit) == nxCallback::OnInit;
+        });
+        if (statistics[nxCallback::OnInit].count != 0 && !hasFailed)
+            unread.Add(runner->GetJob().GetOptions(), statistics[nxCallback::OnParameter].defined);
+    }
+    for (const nxParameterChange& change : state.options.changes)
+        if (!change.tag.empty()) unread.NoteTagged(change.name);
+    state.statistics.notes = unread.GetNotes();
 }

@@ -9,3 +9,5 @@
 // close.
 void nxNoteWhatIsMissing(nxRunState& state, nxJobList& jobs, const nxTrading& trading,
                          const nxFeedProductTable& products);
+// Parameters that were given and that no script has read: into the notes of the run. At the end of the run.
+void nxNoteUnreadParameters(nxRunState& state, nxJobList& jobs);

@@ -20,7 +20,8 @@ nxRunStores::nxRunStores(nxRunState& state, const nxRunClock& clock, nxRunOutput
 std::optional<std::string> nxRunStores::Open()
 {
     if (_state.options.storeDirectory.empty()) return std::nullopt;
-    return _stores.Open(_state.options.storeDirectory);
+    const nxRunOptions& options = _state.options;
+    return options.storeImage ? _stores.OpenImage(*options.storeImage) : _stores.Open(options.storeDirectory);
 }
 
 void nxRunStores::Begin()
