@@ -32,7 +32,7 @@ void nxPositionKeeper::AddFill(nxSide side, const nxDecimal& price, unsigned int
         section->fees += fee;
     }
     long long change = nxGetSigned(side, volume);
-    if ((_net > 0 && change < 0) || (_net < 0 && change > 0)) {
+    if (_net != 0 && (_net < 0) != (change < 0)) {
         const long long closed = std::min(std::abs(_net), std::abs(change));
         _openSum -= _openSum.GetShare(closed, std::abs(_net), AveragePlaces);
         const long long signedClosed = change > 0 ? closed : -closed;

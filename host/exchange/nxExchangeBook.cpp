@@ -189,11 +189,6 @@ void nxExchangeBook::Remove(nxExchangeOrder& order)
     if (level->second.orders.empty()) levels.erase(level);
 }
 
-void nxExchangeBook::Shrink(nxExchangeOrder& order)
-{
-    order.displayed = std::min(order.displayed, order.GetRemaining());
-}
-
 void nxExchangeBook::_Fill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume, bool isMaker,
                            nxFillCause cause)
 {

@@ -55,8 +55,6 @@ public:
     // Takes what the order can have at once, and lets the rest, if there is one, wait in the book.
     void Enter(nxExchangeOrder& order);
     void Remove(nxExchangeOrder& order);
-    // After a change of volume alone that did not grow: the order keeps its place.
-    void Shrink(nxExchangeOrder& order);
     // Whether the whole order would fill at once.
     bool CanFill(const nxExchangeOrder& order) const;
     // A resting order of the same owner that the order would trade with; null if there is none.

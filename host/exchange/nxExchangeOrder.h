@@ -10,8 +10,22 @@
 #include "base/values/nxValueWrapper.h"
 #include "host/feed/nxSide.h"
 
-enum class nxOrderExecution { None, ImmediateOrCancel, FillOrKill, Stop, Iceberg, TrailingStop, Bracket };
-enum class nxOrderDuration { Day, Date, Cancelled, Open, PreOpen };  // GFD, GTD, GTC, OPEN, PREOPEN
+enum class nxOrderExecution : unsigned char {
+    None,
+    ImmediateOrCancel,
+    FillOrKill,
+    Stop,
+    Iceberg,
+    TrailingStop,
+    Bracket
+};
+enum class nxOrderDuration : unsigned char {
+    Day,
+    Date,
+    Cancelled,
+    Open,
+    PreOpen
+};  // GFD, GTD, GTC, OPEN, PREOPEN
 
 // In createOrder's vocabulary; "" for none.
 const char* nxGetText(nxOrderExecution execution);
@@ -48,9 +62,9 @@ struct nxOrderKind
     }
 };
 
-inline const char* nxGetTypeText(const nxOrderKind& kind)
+constexpr const char* nxGetTypeText(bool isMarket)
 {
-    return kind.isMarket ? "MARKET" : "LIMIT";
+    return isMarket ? "MARKET" : "LIMIT";
 }
 
 // What a request may set. No-change in a field leaves it as it is; a new order starts from null.

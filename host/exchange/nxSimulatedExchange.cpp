@@ -246,7 +246,6 @@ void nxSimulatedExchange::_Settle()
             if (order.GetRemaining() == 0) {
                 _End(order, OtherSideFilled);
             } else {
-                _markets[order.kind.product]->book.Shrink(order);
                 _Tell(order, nxExchangeEvent::Kind::Amended);
             }
             continue;

@@ -173,7 +173,7 @@ void nxSimulatedExchange::_Expire(long long time)
 {
     const auto due = _expiries.extract(_expiries.begin());
     for (const unsigned int id : due.mapped().orders)
-        if (_ExpiresAt(id, time) && _GetOrder(id).IsAlive()) _End(_GetOrder(id), "its time is over");
+        if (_ExpiresAt(id, time)) _End(_GetOrder(id), "its time is over");
 }
 
 void nxSimulatedExchange::_Carry(const Request& request)
@@ -310,9 +310,5 @@ void nxSimulatedExchange::_ArriveAmend(nxExchangeOrder& order, const nxOrderTerm
         if (!keepsPlace && order.triggered) event.ahead = book.GetAhead(order);
     });
     if (order.GetRemaining() == 0) return _End(order, "the volume is executed");
-    if (keepsPlace) {
-        book.Shrink(order);
-    } else {
-        book.Enter(order);
-    }
+    if (!keepsPlace) book.Enter(order);
 }

@@ -132,7 +132,7 @@ std::vector<std::string> nxHostJob::DescribeExits(const std::function<std::strin
         for (nxHostOrder* order : product->GetClosingOrders()) {
             if (order->GetExecuted() == 0) continue;
             text += fmt::format("{}{} {} at {}", text.empty() ? "" : ", ",
-                                order->GetKind().side == nxSide::Buy ? "bought" : "sold",
+                                order->GetOrderSide() == nxSide::Buy ? "bought" : "sold",
                                 order->GetExecuted(), order->GetAveragePrice().GetAsString());
         }
         if (net != 0)

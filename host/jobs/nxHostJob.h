@@ -89,6 +89,7 @@ public:
     // How the positions that were to be closed on exit ended; `why` tells it of one that is open.
     std::vector<std::string> DescribeExits(const std::function<std::string(const nxHostProduct&)>& why);
     const nxTradingStatistics& GetTrading();
+    nxHostOrder::ShownRecord& GetShownRecord() { return _shownRecord; }
     bool IsCrossProtected() const { return _crossProtected; }
     const std::string& GetOrderUserString() const { return _orderUserString; }
     const std::string& GetOrderUserString2() const { return _orderUserString2; }
@@ -207,6 +208,7 @@ private:
     bool _shatters = false;
     unsigned int _requestCount = 0;
     nxTradingStatistics _trading;
+    nxHostOrder::ShownRecord _shownRecord;
     // What the script holds outlives it, since its finalizers may still use it.
     std::map<std::string, std::unique_ptr<nxHostProduct>> _products;
     std::vector<std::unique_ptr<nxHostOrder>> _orders;

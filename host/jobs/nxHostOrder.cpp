@@ -1,8 +1,5 @@
 #include "host/jobs/nxHostOrder.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxOrderServices.h"
 #include "host/jobs/nxOutputServices.h"
@@ -75,202 +72,233 @@ nxOrderTerms GetTermsOf(const nxAlgoOrderParameters& given)
     return terms;
 }
 
-nxRunRecord::Field Number(const char* name, const nxDecimal& number)
-{
-    return {name, number.GetAsDouble()};  // not a number for a mark, which the record shows as null
-}
-
-nxRunRecord::Field Number(const char* name, const nxVolume& number)
-{
-    return {name, number.IsValid() ? static_cast<double>(number.GetValue())
-                                   : std::numeric_limits<double>::quiet_NaN()};
-}
-
-constexpr struct
-{
-    nxExchangeEvent::Kind kind;
-    const char* name;
-} EventNames[] = {
-    {nxExchangeEvent::Kind::Accepted, "accepted"},
-    {nxExchangeEvent::Kind::ChildCreated, "childCreated"},
-    {nxExchangeEvent::Kind::Triggered, "triggered"},
-    {nxExchangeEvent::Kind::Filled, "filled"},
-    {nxExchangeEvent::Kind::Amended, "amended"},
-    {nxExchangeEvent::Kind::Cancelled, "cancelled"},
-    {nxExchangeEvent::Kind::Rejected, "rejected"},
-    {nxExchangeEvent::Kind::AmendRejected, "amendRejected"},
-    {nxExchangeEvent::Kind::CancelRejected, "cancelRejected"},
-    {nxExchangeEvent::Kind::QueueMoved, "queueMoved"},
-};
-
-constexpr struct
-{
-    nxFillCause cause;
-    const char* name;
-} CauseNames[] = {
-    {nxFillCause::Took, "took"},         {nxFillCause::Touched, "touched"},
-    {nxFillCause::Queue, "queue"},       {nxFillCause::TradedThrough, "tradedThrough"},
-    {nxFillCause::Crossed, "crossed"},   {nxFillCause::Bar, "bar"},
-    {nxFillCause::OwnOrder, "ownOrder"},
-};
-
 }  // namespace
 
+// What a million orders that are over weigh.
+static_assert(sizeof(nxHostOrder) <= 216 && sizeof(nxAlgoOrderUpdateObject) <= 64);
+
 nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxOrderKind& kind, unsigned int id)
-    : nxAlgoOrderObject(&job, &product), _job(job), _hostProduct(product), _state(std::make_shared<State>())
+    : nxAlgoOrderObject(&job, &product),
+      _live(std::make_unique<Live>()),
+      _id(id),
+      _isMarket(kind.isMarket),
+      _orderSide(kind.side),
+      _execution(kind.execution),
+      _duration(kind.duration)
 {
-    _state->id = id;
-    _state->owner = &job;
-    _state->kind = kind;
+    _live->kind = kind;
     SetSide(nxGetText(kind.side));
 }
 
 nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& texts, unsigned int id)
     : nxHostOrder(job, product, GetKindOf(texts), id)
 {
-    _state->spreadSpec = texts.spreadSpec;
-    _state->kind.product = job.GetServices().orders->GetVenueProduct(product);
-    _state->kind.owner = job.GetIndex();
-    _state->kind.crossProtected = job.IsCrossProtected();
+    if (!texts.spreadSpec.empty()) _MakeRare().spreadSpec = texts.spreadSpec;
+    _live->kind.product = job.GetServices().orders->GetVenueProduct(product);
+    _live->kind.owner = job.GetIndex();
+    _live->kind.crossProtected = job.IsCrossProtected();
 }
 
 nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxExchangeOrder& child,
                          nxHostOrder& parent)
     : nxHostOrder(job, product, child.kind, child.id)
 {
-    _state->parent = parent.GetID();
-    _state->spreadSpec = parent._state->spreadSpec;
-    _state->spreadInstance = parent._state->spreadInstance;
-    _state->terms = child.terms;
-    _state->isSent = true;
+    Rare& rare = _MakeRare();
+    rare.parent = parent.GetID();
+    rare.spreadSpec = parent._GetRare().spreadSpec;
+    rare.spreadInstance = parent._GetRare().spreadInstance;
+    _SetTerms(child.terms);
+    _isSent = true;
 }
 
 nxHostOrder::nxHostOrder(nxHostJob& viewer, nxHostProduct& product, const nxHostOrder& original)
-    : nxAlgoOrderObject(&viewer, &product), _job(viewer), _hostProduct(product), _state(original._state)
+    : nxAlgoOrderObject(&viewer, &product)
 {
+    _MakeRare().original = &original;
     SetSide(original.GetSide());
 }
+
+nxHostOrder::~nxHostOrder() = default;
 
 void nxHostOrder::Refresh(const nxHostOrder& original)
 {
     SetReference(original.GetReference());
-    if (_state->lastFillVolume != 0) _SetLastFill(_state->lastFillPrice, _state->lastFillVolume);
+    if (original._lastFillTime != NoTime)
+        _SetLastFill(original._GetLastFillPrice(), original._GetLastFillVolume());
+}
+
+const nxHostOrder::Rare& nxHostOrder::_GetRare() const
+{
+    static const Rare none;
+    const nxHostOrder& order = _Get();
+    return order._rare == nullptr ? none : *order._rare;
+}
+
+nxHostOrder::Rare& nxHostOrder::_MakeRare()
+{
+    if (_rare == nullptr) _rare = std::make_unique<Rare>();
+    return *_rare;
+}
+
+nxHostJob& nxHostOrder::_GetViewer() const
+{
+    return static_cast<nxHostJob&>(*GetJob());  // who makes every order of the host
+}
+
+nxHostProduct& nxHostOrder::GetHostProduct() const
+{
+    return static_cast<nxHostProduct&>(*_GetProduct());
+}
+
+// What of them scripts can read.
+void nxHostOrder::_SetTerms(const nxOrderTerms& terms)
+{
+    _live->terms = terms;
+    _volume = nxOrderTerms::GetOr(terms.volume, 0);
+    _price = terms.price;
+    const bool isPlain = !terms.stopPrice.IsValid() && !terms.icebergMinPeak.IsValid() &&
+                         !terms.bracketProfit.IsValid() && !terms.bracketStopLoss.IsValid();
+    if (isPlain && _rare == nullptr) return;
+    Rare& rare = _MakeRare();
+    rare.stopPrice = terms.stopPrice;
+    rare.icebergMinPeak = terms.icebergMinPeak;
+    rare.icebergMaxPeak = terms.icebergMaxPeak;
+    rare.icebergThreshold = terms.icebergThreshold;
+    rare.bracketProfit = terms.bracketProfit;
+    rare.bracketStopLoss = terms.bracketStopLoss;
+    rare.bracketStopLimit = terms.bracketStopLimit;
+    rare.bracketStopIsLimit = terms.bracketStopIsLimit.value_or(false);
+    rare.bracketStopTrails = terms.bracketStopTrails.value_or(false);
+}
+
+void nxHostOrder::SetSpreadInstance(const std::string& text)
+{
+    if (!text.empty()) _MakeRare().spreadInstance = text;
 }
 
 bool nxHostOrder::IsOpen() const
 {
-    return _state->isSent && (_state->status == nxOrderStatus_Pending || _state->status.IsWorkingOrder());
+    const nxOrderStatusEnum status = _GetStatus();
+    return IsSent() && (status == nxOrderStatus_Pending || status.IsWorkingOrder());
 }
 
 bool nxHostOrder::IsCurrentJob()
 {
-    return &_job == _state->owner;
+    return &_Get() == this;
+}
+
+bool nxHostOrder::_IsPendingAmend() const
+{
+    const Live* const live = _Get()._live.get();
+    return live != nullptr && !live->amends.empty();
+}
+
+bool nxHostOrder::_IsPendingCancel() const
+{
+    const Live* const live = _Get()._live.get();
+    return live != nullptr && live->isCancelPending;
 }
 
 unsigned int nxHostOrder::GetWorking()
 {
-    return _state->status.IsWorkingOrder() ? GetVolume() - _state->executed : 0;
+    return _GetStatus().IsWorkingOrder() ? GetVolume() - GetExecuted() : 0;
 }
 
 std::string nxHostOrder::GetBracketStopLossType()
 {
-    if (!_state->terms.bracketStopLoss.IsValid()) return {};
-    return _state->terms.bracketStopIsLimit.value_or(false) ? "LIMIT" : "MARKET";
-}
-
-nxDecimal nxHostOrder::GetAveragePrice()
-{
-    constexpr unsigned char places = 10;
-    if (_state->executed == 0) return {};
-    nxDecimal average = _state->filled.GetShare(1, _state->executed, places).GetAsDecimal(places);
-    average.Normalise(0);
-    return average;
+    if (!_GetRare().bracketStopLoss.IsValid()) return {};
+    return nxGetTypeText(!_GetRare().bracketStopIsLimit);
 }
 
 unsigned int nxHostOrder::GetOrderQPos()
 {
-    const nxExchangeOrder* const order = _job.GetServices().orders->GetVenue()->FindOrder(_state->id);
+    const nxExchangeOrder* const order = _GetViewer().GetServices().orders->GetVenue()->FindOrder(GetID());
     return order != nullptr && order->isResting && !order->kind.isMarket ? order->ahead.GetValue() : 0;
 }
 
 nxAlgoOrderObject* nxHostOrder::_GetParent()
 {
-    return _state->parent == 0 ? nullptr : _job.GetOrder(_state->parent);
+    return _GetRare().parent == 0 ? nullptr : _GetViewer().GetOrder(_GetRare().parent);
 }
 
 std::string nxHostOrder::_GetAccount()
 {
-    return _state->owner->GetOptions().account;
+    return GetOwner().GetOptions().account;
 }
 
 void nxHostOrder::_SetLastExchangeFillTime(nxAlgoTimeStamp& time)
 {
-    if (_state->lastFillTime) time.SetTimeStamp(nxTimeStamp::FromNanoseconds(*_state->lastFillTime));
+    const long long known = _Get()._lastFillTime;
+    if (known != NoTime) time.SetTimeStamp(nxTimeStamp::FromNanoseconds(known));
 }
 
 void nxHostOrder::_SetLastVorantUpdateTime(nxAlgoTimeStamp& time)
 {
-    if (_state->lastUpdateTime) time.SetTimeStamp(nxTimeStamp::FromNanoseconds(*_state->lastUpdateTime));
+    const long long known = _Get()._lastUpdateTime;
+    if (known != NoTime) time.SetTimeStamp(nxTimeStamp::FromNanoseconds(known));
 }
 
 bool nxHostOrder::_Refuse(const std::string& text)
 {
-    _job.SetError(text);
+    _GetViewer().SetError(text);
     return false;
 }
 
 const char* nxHostOrder::_FindEnd() const
 {
-    if (!IsOpen() && _state->isSent)
-        return _state->status == nxOrderStatus_Filled ? "the order is filled"
-                                                      : "the order is no longer working";
-    if (_state->isCancelPending) return "the order is being pulled";
-    if (&_job != _state->owner) return "the order is another job's";
+    if (!IsOpen() && IsSent())
+        return _GetStatus() == nxOrderStatus_Filled ? "the order is filled"
+                                                    : "the order is no longer working";
+    if (_IsPendingCancel()) return "the order is being pulled";
+    if (&_Get() != this) return "the order is another job's";
     return nullptr;
 }
 
 bool nxHostOrder::_WorkOrder(const nxAlgoOrderParameters& parameters)
 {
+    const nxHostServices& services = _GetViewer().GetServices();
     if (const char* end = _FindEnd()) return _Refuse(end);
-    if (!_job.GetServices().orders->MayTrade(_job)) return _Refuse("the job has ended");
+    if (!services.orders->MayTrade(_GetViewer())) return _Refuse("the job has ended");
     if (const std::string refusal = FindUnsupported(parameters); !refusal.empty()) return _Refuse(refusal);
     const nxOrderTerms changes = GetTermsOf(parameters);
-    nxOrderTerms wanted = _state->terms;
-    for (const nxOrderTerms& amend : _state->amends)
+    nxOrderTerms wanted = _live->terms;
+    for (const nxOrderTerms& amend : _live->amends)
         wanted.Merge(amend);
     wanted.Merge(changes);
-    if (const char* fault = nxSimulatedExchange::FindFault(_state->kind, wanted)) return _Refuse(fault);
-    nxVenue& venue = *_job.GetServices().orders->GetVenue();
-    const long long now = _job.GetServices().timers->GetTime();
-    if (_state->isSent) {
+    if (const char* fault = nxSimulatedExchange::FindFault(_live->kind, wanted)) return _Refuse(fault);
+    nxVenue& venue = *services.orders->GetVenue();
+    const long long now = services.timers->GetTime();
+    if (_isSent) {
         _Record("amend", changes);
-        _state->amends.push_back(changes);
-        venue.Amend(_state->id, changes, now);
+        _live->amends.push_back(changes);
+        venue.Amend(_id, changes, now);
     } else {
         _Record("new", wanted);
-        _state->terms = wanted;
-        _state->isSent = true;
-        venue.Submit(_state->id, _state->kind, wanted, now);
+        _SetTerms(wanted);
+        _isSent = true;
+        venue.Submit(_id, _live->kind, wanted, now);
     }
-    _job.NoteRequest(*this);
+    _GetViewer().NoteRequest(*this);
     return true;
 }
 
 void nxHostOrder::Close(unsigned int volume, bool atOnce)
 {
-    const nxHostServices& services = _job.GetServices();
-    _state->terms.volume = volume;
-    _state->kind.crossProtected = _state->kind.crossProtected || atOnce;
-    _state->isSent = true;
-    _Record("flatten", _state->terms);
+    const nxHostServices& services = _GetViewer().GetServices();
+    nxVenue& venue = *services.orders->GetVenue();
+    const long long now = services.timers->GetTime();
+    nxOrderTerms terms;
+    terms.volume = volume;
+    _SetTerms(terms);
+    _live->kind.crossProtected = _live->kind.crossProtected || atOnce;
+    _isSent = true;
+    _Record("flatten", terms);
     if (atOnce) {
-        services.orders->GetVenue()->TakeAtOnce(_state->id, _state->kind, _state->terms,
-                                                services.timers->GetTime());
+        venue.TakeAtOnce(_id, _live->kind, terms, now);
     } else {
-        services.orders->GetVenue()->Submit(_state->id, _state->kind, _state->terms,
-                                            services.timers->GetTime());
+        venue.Submit(_id, _live->kind, terms, now);
     }
-    _job.NoteRequest(*this);
+    _GetViewer().NoteRequest(*this);
 }
 
 bool nxHostOrder::_PullOrder(const nxVolume&)
@@ -282,131 +310,94 @@ bool nxHostOrder::_PullOrder(const nxVolume&)
 const char* nxHostOrder::Pull()
 {
     if (const char* end = _FindEnd()) return end;
-    if (!_state->isSent) return "the order was never worked";
+    if (!_isSent) return "the order was never worked";
     _Record("pull", nxOrderTerms::MakeNoChange());
-    _state->isCancelPending = _state->isPullUnanswered = true;
-    _job.GetServices().orders->GetVenue()->Cancel(_state->id, _job.GetServices().timers->GetTime());
-    _job.NoteRequest(*this);
+    _live->isCancelPending = _live->isPullUnanswered = true;
+    const nxHostServices& services = _GetViewer().GetServices();
+    services.orders->GetVenue()->Cancel(_id, services.timers->GetTime());
+    _GetViewer().NoteRequest(*this);
     return nullptr;
-}
-
-void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms)
-{
-    if (!_job.GetServices().output->IsRecording()) return;
-    const std::string expiry = terms.expiry.IsValid() ? terms.expiry.GetAsString() : std::string();
-    _job.GetServices().output->Record(_job, "order",
-                                      {{"request", request},
-                                       {"order", _state->id},
-                                       {"product", _hostProduct.GetMarket().GetName()},
-                                       {"side", nxGetText(_state->kind.side)},
-                                       {"orderType", nxGetTypeText(_state->kind)},
-                                       {"exec", nxGetText(_state->kind.execution)},
-                                       {"timeInForce", nxGetText(_state->kind.duration)},
-                                       {"spreadSpec", _state->spreadSpec},
-                                       {"spreadInstance", _state->spreadInstance},
-                                       Number("volume", terms.volume),
-                                       Number("price", terms.price),
-                                       Number("stopPrice", terms.stopPrice),
-                                       Number("icebergMinPeakSize", terms.icebergMinPeak),
-                                       Number("icebergMaxPeakSize", terms.icebergMaxPeak),
-                                       Number("icebergThreshold", terms.icebergThreshold),
-                                       Number("bracketProfit", terms.bracketProfit),
-                                       Number("bracketStopLoss", terms.bracketStopLoss),
-                                       Number("bracketStopLossLimit", terms.bracketStopLimit),
-                                       {"expiryDate", expiry},
-                                       {"reference", GetReference()},
-                                       {"userString", _job.GetOrderUserString()},
-                                       {"userString2", _job.GetOrderUserString2()}});
 }
 
 void nxHostOrder::Apply(const nxExchangeEvent& event)
 {
     using Kind = nxExchangeEvent::Kind;
-    State& state = *_state;
-    state.status = event.status;
-    state.executed = event.executed;
-    state.lastUpdateTime = event.due;
-    if (event.kind == Kind::Amended && event.isRequested) state.terms.Merge(state.amends.front());
+    Live& live = *_live;
+    _status = static_cast<unsigned short>(event.status.GetValue());
+    _executed = event.executed;
+    _lastUpdateTime = event.due;
+    _lastError = event.error.GetValue();
+    _lastIsFill = event.kind == Kind::Filled;
+    if (event.kind == Kind::Amended && event.isRequested) live.terms.Merge(live.amends.front());
     if ((event.kind == Kind::Amended && event.isRequested) || event.kind == Kind::AmendRejected)
-        state.amends.erase(state.amends.begin());
-    if (event.kind == Kind::CancelRejected || event.kind == Kind::Cancelled) state.isCancelPending = false;
+        live.amends.erase(live.amends.begin());
+    if (event.kind == Kind::CancelRejected || event.kind == Kind::Cancelled) live.isCancelPending = false;
     if (event.kind == Kind::CancelRejected || (event.kind == Kind::Cancelled && event.isRequested))
-        state.isPullUnanswered = false;
-    state.terms.volume = event.volume;
-    state.terms.price = event.price;
-    state.terms.stopPrice = event.stopPrice;
-    if (event.kind == Kind::Filled) {
-        state.filled += nxExactAmount(event.fillPrice, event.fillVolume);
-        state.lastFillPrice = event.fillPrice;
-        state.lastFillVolume = event.fillVolume;
-        state.lastFillTime = event.time;
-        _SetLastFill(event.fillPrice, event.fillVolume);
-    }
-    if (_update != nullptr) _MakeUpdate(event);
-    if (_job.GetServices().output->IsRecording()) _RecordEvent(event);
+        live.isPullUnanswered = false;
+    nxOrderTerms terms = live.terms;
+    terms.volume = event.volume;
+    terms.price = event.price;
+    terms.stopPrice = event.stopPrice;
+    _SetTerms(terms);
+    if (_lastIsFill) _AddFill(event);
+    _GetViewer().GetShownRecord().Forget(*this);
+    if (_update != nullptr) _ShowUpdate();
+    const nxHostServices& services = _GetViewer().GetServices();
+    if (services.output->IsRecording()) _RecordEvent(event);
     // Nothing of it is on its way any more, and it lets nothing be sent.
-    if (!IsOpen() && state.amends.empty() && !state.isPullUnanswered)
-        _job.GetServices().orders->GetVenue()->Release(state.id);
+    if (IsOpen() || !live.amends.empty() || live.isPullUnanswered) return;
+    services.orders->GetVenue()->Release(_id);
+    _live.reset();
 }
 
-void nxHostOrder::_RecordEvent(const nxExchangeEvent& event)
+void nxHostOrder::_AddFill(const nxExchangeEvent& event)
 {
-    const auto kind = std::ranges::find(EventNames, event.kind, [](const auto& row) { return row.kind; });
-    const auto cause = std::ranges::find(CauseNames, event.cause, [](const auto& row) { return row.cause; });
-    const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
-    const std::string exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsString();
-    _job.GetServices().output->Record(
-        _job, "orderEvent",
-        {{"event", kind->name},
-         {"order", event.order},
-         {"parent", _state->parent},
-         {"exchangeTime", exchangeTime},
-         {"status", event.status.GetAsString()},
-         Number("price", event.price),
-         Number("stopPrice", event.stopPrice),
-         {"volume", event.volume},
-         {"executed", event.executed},
-         Number("ahead", event.ahead),
-         Number("fillPrice", event.fillPrice),
-         Number("fillVolume", isFill ? nxVolume(event.fillVolume) : nxVolume()),
-         {"maker", event.isMaker},
-         {"cause", isFill ? cause->name : ""},
-         {"error", event.error.IsSuccess() ? std::string_view() : event.error.GetAsString()},
-         {"reason", event.reason}});
+    constexpr unsigned char places = 10;
+    _live->filled += nxExactAmount(event.fillPrice, event.fillVolume);
+    _averagePrice = _live->filled.GetShare(1, _executed, places).GetAsDecimal(places);
+    _averagePrice.Normalise(0);
+    _lastFillTime = event.time;
+    _SetLastFill(event.fillPrice, event.fillVolume);
 }
 
-nxAlgoOrderUpdateObject& nxHostOrder::GetUpdate(const nxExchangeEvent& event)
+nxAlgoOrderUpdateObject& nxHostOrder::GetUpdate()
 {
+    if (_update == nullptr) _ShowUpdate();
+    return *_update;
+}
+
+// Without a record of its own: what there is to know of the event, the order knows.
+void nxHostOrder::_ShowUpdate()
+{
+    nxAlgoOrderUpdateObject update(GetJob(), this, nullptr, nxTimeStamp::FromNanoseconds(_lastUpdateTime));
+    if (_lastIsFill) update.SetExchangeFillTime(nxTimeStamp::FromNanoseconds(_lastFillTime).GetAsDateTime());
     if (_update == nullptr) {
-        _update = std::make_unique<Update>();
-        _MakeUpdate(event);
+        _update = std::make_unique<nxAlgoOrderUpdateObject>(update);
+    } else {
+        *_update = update;  // in its place, where a script that kept it still finds it
     }
-    return *_update->object;
 }
 
 // Without the names, of which scripts read the order's own.
-void nxHostOrder::_MakeUpdate(const nxExchangeEvent& event)
+const nxOrderTransaction* nxHostOrder::_GetLastTransaction() const
 {
-    nxOrder record;
-    record.SetOrderID(_state->id);
-    record.SetBuySell(GetBuySellEnum());
-    record.SetOrderType(_state->kind.isMarket ? nxOrderType_Market : nxOrderType_Limit);
-    record.SetOrderStatus(event.status);
-    record.SetPrice(event.price);
-    record.SetStopPrice(event.stopPrice);
-    record.SetVolume(event.volume);
-    record.SetExecutedVolume(event.executed);
-    record.SetResidualVolume(GetWorking());
-    record.SetAverageFillPrice(GetAveragePrice());
-    const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
-    const nxDateTime exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsDateTime();
-    _update->transaction.SetOrder(record);
-    _update->transaction.SetTransactionTime(exchangeTime);
-    _update->transaction.SetFillPrice(isFill ? event.fillPrice : nxDecimal());
-    _update->transaction.SetFillVolume(isFill ? nxVolume(event.fillVolume) : nxVolume());
-    _update->transaction.SetError(event.error);
-    _update->transaction.SetErrorText(event.reason);
-    // Anew in its place, where a script that kept it still finds it.
-    _update->object.emplace(&_job, this, &_update->transaction, nxTimeStamp::FromNanoseconds(event.due));
-    if (isFill) _update->object->SetExchangeFillTime(exchangeTime);
+    ShownRecord& shown = _GetViewer().GetShownRecord();
+    if (shown.order == this) return &shown.transaction;
+    auto record = std::make_shared<nxOrder>();
+    record->SetOrderID(_id);
+    record->SetBuySell(nxGetBuySell(_orderSide));
+    record->SetOrderType(_isMarket ? nxOrderType_Market : nxOrderType_Limit);
+    record->SetOrderStatus(_GetStatus());
+    record->SetPrice(_price);
+    record->SetStopPrice(_GetRare().stopPrice);
+    record->SetVolume(_volume);
+    record->SetExecutedVolume(_executed);
+    record->SetResidualVolume(_GetStatus().IsWorkingOrder() ? _volume - _executed : 0);
+    record->SetAverageFillPrice(_averagePrice);
+    shown.order = this;
+    shown.transaction.SetOrder(std::move(record));
+    shown.transaction.SetFillPrice(_lastIsFill ? _GetLastFillPrice() : nxDecimal());
+    shown.transaction.SetFillVolume(_lastIsFill ? _GetLastFillVolume() : nxVolume());
+    shown.transaction.SetError(nxErrorEnum(_lastError));
+    return &shown.transaction;
 }

@@ -70,6 +70,7 @@ void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
     _AddTrade(_price.GetLastPrice(), quote.lastVolume, time);
 }
 
+// Where it does, the caller sets open, high and low anew.
 void nxMarketProduct::_BeginDay(long long time)
 {
     const long long day = FloorDay(time);
@@ -80,9 +81,6 @@ void nxMarketProduct::_BeginDay(long long time)
     _volumes.Clear();
     for (nxPrice* record : {&_price, &_update}) {
         record->SetPreviousClosePrice(previousClose);
-        record->SetOpenPrice(nxDecimal());
-        record->SetHighPrice(nxDecimal());
-        record->SetLowPrice(nxDecimal());
         record->SetTotalTradedVolume(nxVolume(0u));
     }
 }
@@ -101,7 +99,7 @@ void nxMarketProduct::_AddTrade(const nxDecimal& price, const nxVolume& volume, 
     if (!price.IsValid()) return;
     const std::optional<long long> before = _day;
     _BeginDay(time);
-    const bool first = before != _day || !_price.GetOpenPrice().IsValid();
+    const bool first = before != _day;
     for (nxPrice* record : {&_price, &_update}) {
         record->SetClosePrice(price);
         if (first) record->SetOpenPrice(price);

@@ -61,7 +61,7 @@ std::string GetText(const nxOrderTerms& terms)
 std::string GetText(const nxOrderKind& kind)
 {
     const char* const execution = nxGetText(kind.execution);
-    return fmt::format("{} {}{}{} {}", nxGetText(kind.side), nxGetTypeText(kind),
+    return fmt::format("{} {}{}{} {}", nxGetText(kind.side), nxGetTypeText(kind.isMarket),
                        *execution == '\0' ? "" : " ", execution, nxGetText(kind.duration));
 }
 

@@ -151,7 +151,7 @@ void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
 {
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _markets[product.GetMarketIndex()];
-    const nxSide side = order.GetKind().side;
+    const nxSide side = order.GetOrderSide();
     order.GetOwner().AddFill(product, side, fill);
     market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
     if (std::ranges::find(market.traded, &product) == market.traded.end()) market.traded.push_back(&product);

@@ -115,7 +115,7 @@ void nxTrading::_TellAnswer(nxHostOrder& order, const nxExchangeEvent& event)
     nxJobRunner& runner = _jobs.Get(order.GetOwner());
     const auto tell = [&](nxCallback callback, UpdateEntry entry) {
         if (!runner.IsOver() && runner.Defines(callback))
-            _jobs.Call(callback, runner, entry, order.GetUpdate(event));
+            _jobs.Call(callback, runner, entry, order.GetUpdate());
     };
     if (event.kind == Kind::ChildCreated) {
         _jobs.Deliver(nxCallback::OnOrderNew, runner, &nxAlgoJobObject::OnOrderNew, order);

@@ -2,6 +2,15 @@
 
 #include "base/log/nxLogMessage.h"
 
+nxAlgoTimeStamp::nxAlgoTimeStamp(nxAlgoJobInterface* job, const nxTimeStamp& stamp)
+    : nxAlgoClockObject(job),
+      _dateTime(stamp.GetAsDateTime()),
+      _timeStamp(stamp),
+      _hasTimeStamp(true),
+      _valid(true)
+{
+}
+
 void nxAlgoTimeStamp::SetDateTime(const nxDateTime& dateTime)
 {
     _valid = dateTime.IsValid();

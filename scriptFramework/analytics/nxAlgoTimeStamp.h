@@ -8,6 +8,8 @@ class nxAlgoTimeStamp : public nxAlgoClockObject
 {
 public:
     explicit nxAlgoTimeStamp(nxAlgoJobInterface* job) : nxAlgoClockObject(job) {}
+    // Set already, of which no log line tells.
+    nxAlgoTimeStamp(nxAlgoJobInterface* job, const nxTimeStamp& stamp);
 
     void SetDateTime(const nxDateTime& dateTime);
     void SetTimeStamp(const nxTimeStamp& stamp);

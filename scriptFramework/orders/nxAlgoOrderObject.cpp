@@ -70,8 +70,14 @@ nxAlgoOrderObject::nxAlgoOrderObject(nxAlgoJobInterface* job, nxAlgoProductObjec
 
 void nxAlgoOrderObject::SetProduct(nxAlgoProductObject* product)
 {
-    _productID = product->GetGenericProductID();
     _product = product;
+}
+
+// A product keeps its identity, so nothing is copied.
+const nxGenericProductID& nxAlgoOrderObject::_GetProductID() const
+{
+    static const nxGenericProductID none;
+    return _product == nullptr ? none : _product->GetGenericProductID();
 }
 
 void nxAlgoOrderObject::SetShowOrder(bool show)
@@ -89,7 +95,7 @@ bool nxAlgoOrderObject::GetShowOrder(bool& value) const
 
 nxBuySellEnum nxAlgoOrderObject::GetBuySellEnum() const
 {
-    return _side == "BUY" ? nxBuySell_Buy : _side == "SELL" ? nxBuySell_Sell : nxEnum_Undefined;
+    return GetSide() == "BUY" ? nxBuySell_Buy : GetSide() == "SELL" ? nxBuySell_Sell : nxEnum_Undefined;
 }
 
 void nxAlgoOrderObject::_SetLastFill(const nxDecimal& price, const nxVolume& volume)
@@ -172,9 +178,11 @@ bool nxAlgoOrderObject::Get_spreadWorkingOrder(nxLuaResults& results)
     return true;
 }
 
-bool nxAlgoOrderObject::_GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoTimeStamp>& time,
+bool nxAlgoOrderObject::_GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoTimeStamp> Times::*which,
                                   void (nxAlgoOrderObject::*set)(nxAlgoTimeStamp&))
 {
+    if (_times == nullptr) _times = std::make_unique<Times>();
+    std::unique_ptr<nxAlgoTimeStamp>& time = (*_times).*which;
     if (time == nullptr) time = std::make_unique<nxAlgoTimeStamp>(GetJob());
     (this->*set)(*time);
     results.AddObjectOrNull<nxAlgoClockObject>(time->IsValid() ? time.get() : nullptr);
@@ -183,12 +191,12 @@ bool nxAlgoOrderObject::_GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoT
 
 bool nxAlgoOrderObject::Get_lastVorantUpdateTime(nxLuaResults& results)
 {
-    return _GiveTime(results, _lastVorantUpdateTime, &nxAlgoOrderObject::_SetLastVorantUpdateTime);
+    return _GiveTime(results, &Times::lastVorantUpdate, &nxAlgoOrderObject::_SetLastVorantUpdateTime);
 }
 
 bool nxAlgoOrderObject::Get_lastExchangeFillTime(nxLuaResults& results)
 {
-    return _GiveTime(results, _lastExchangeFillTime, &nxAlgoOrderObject::_SetLastExchangeFillTime);
+    return _GiveTime(results, &Times::lastExchangeFill, &nxAlgoOrderObject::_SetLastExchangeFillTime);
 }
 
 bool nxAlgoOrderObject::Set_reference(const nxLuaParameter& value)

@@ -6,9 +6,9 @@
 
 #include "base/enums/nxBuySellEnum.h"
 #include "base/enums/nxOrderStatusEnum.h"
-#include "base/records/nxGenericProductID.h"
 #include "base/threads/nxMutexGuard.h"
 #include "base/values/nxDecimal.h"
+#include "base/values/nxSharedText.h"
 #include "base/values/nxValueWrapper.h"
 #include "scriptFramework/analytics/nxAlgoTimeStamp.h"
 #include "scriptFramework/lua/nxAlgoObject.h"
@@ -17,6 +17,8 @@
 
 class nxAlgoOrderParameters;
 class nxAlgoProductObject;
+class nxGenericProductID;
+class nxOrderTransaction;
 
 // An order as a script sees it. The host derives from it, keeps the order's real state and answers through
 // the virtual operations; everything overridable has a harmless default. The host owns its orders and keeps
@@ -73,9 +75,9 @@ public:
     // Before the order is handed out: a script reads the side without a lock, too.
     void SetExchange(const std::string& exchange) { _exchange = exchange; }
     void SetSide(const std::string& side) { _side = side; }  // "BUY" or "SELL"
-    const std::string& GetSide() const { return _side; }
+    const std::string& GetSide() const { return _side.Get(); }
     // The script's own label. For the thread that runs the script.
-    const std::string& GetReference() const { return _reference; }
+    const std::string& GetReference() const { return _reference.Get(); }
     void SetReference(const std::string& reference);
     void SetShowOrder(bool show);
     // False, and value left alone, for an order that was created without the flag.
@@ -88,7 +90,7 @@ public:
     bool Get_id(nxLuaResults& r) { return _Locked<&Order::GetID>(r); }
     bool Get_product(nxLuaResults&);
     bool Get_price(nxLuaResults& r) { return _Locked<&Order::GetPrice>(r); }
-    bool Get_side(nxLuaResults& r) { return _Locked<&Order::_side>(r); }
+    bool Get_side(nxLuaResults& r) { return _Locked<&Order::GetSide>(r); }
     bool Get_hedgeCount(nxLuaResults& r) { return _Locked<&Order::GetHedgeCount>(r); }
     bool Get_volume(nxLuaResults& r) { return _Locked<&Order::GetVolume>(r); }
     bool Get_working(nxLuaResults& r) { return _Locked<&Order::GetWorking>(r); }
@@ -127,7 +129,7 @@ public:
     bool Get_originatingZephrinID(nxLuaResults& r) { return _Locked<&Order::GetOriginatingZephrinID>(r); }
     bool Get_qposition(nxLuaResults& r) { return _Locked<&Order::GetOrderQPos>(r); }
     bool Get_paidUp(nxLuaResults& r) { return _Locked<&Order::GetPaidUp>(r); }
-    bool Get_reference(nxLuaResults& r) { return _Locked<&Order::_reference>(r); }
+    bool Get_reference(nxLuaResults& r) { return _Locked<&Order::GetReference>(r); }
     bool Set_reference(const nxLuaParameter&);
 
 protected:
@@ -147,17 +149,24 @@ protected:
     // Left alone as long as there is no such time.
     virtual void _SetLastExchangeFillTime(nxAlgoTimeStamp&) {}
     virtual void _SetLastVorantUpdateTime(nxAlgoTimeStamp&) {}
+    // The record of the latest event, for an update that was made without one; good until the next call.
+    virtual const nxOrderTransaction* _GetLastTransaction() const { return nullptr; }
 
     // Undefined for a side that is neither "BUY" nor "SELL".
     nxBuySellEnum GetBuySellEnum() const;
     // From any thread.
     void _SetLastFill(const nxDecimal& price, const nxVolume& volume);
     nxAlgoProductObject* _GetProduct() const { return _product; }
-    const nxGenericProductID& _GetProductID() const { return _productID; }
-    const std::string& _GetExchange() const { return _exchange; }
+    // Empty before there is a product.
+    const nxGenericProductID& _GetProductID() const;
+    const std::string& _GetExchange() const { return _exchange.Get(); }
+    // Null before the first fill.
+    const nxDecimal& _GetLastFillPrice() const { return _lastFillPrice; }
+    const nxVolume& _GetLastFillVolume() const { return _lastFillVolume; }
 
 private:
     using Order = nxAlgoOrderObject;
+    friend class nxAlgoOrderUpdateObject;
 
     // Gives a member's value, read under the mutex. The push comes behind: it may leave the function.
     template <auto source>
@@ -186,29 +195,32 @@ private:
         results.Add((this->*source)());
         return true;
     }
+    struct Times
+    {
+        std::unique_ptr<nxAlgoTimeStamp> lastExchangeFill, lastVorantUpdate;
+    };
+
     // Gives the time that `set` knows of, or nil.
-    bool _GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoTimeStamp>& time,
+    bool _GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoTimeStamp> Times::*which,
                    void (nxAlgoOrderObject::*set)(nxAlgoTimeStamp&));
     // The host's reason, or the text when it gives none.
     bool _FailWithReason(nxLuaResults& results, const char* text) const;
 
-    nxGenericProductID _productID;
+    // A run may hold a million orders that are over, so what is large is shared, or made when a script asks.
     nxAlgoProductObject* _product = nullptr;
-    std::string _exchange;
+    nxSharedText _exchange;
+    nxSharedText _side;
+    nxSharedText _reference;  // guarded by _orderMutex
 
 protected:
     mutable nxMutex _orderMutex;
 
 private:
-    std::string _reference;  // guarded by _orderMutex
-    std::string _side;
-    nxAlgoOrderStateObject _state;
     nxMutex _lastFillMutex;
     nxDecimal _lastFillPrice;  // guarded by _lastFillMutex, as the next
     nxVolume _lastFillVolume;
-    // Made when a script first asks: most orders of a long run are never asked.
-    std::unique_ptr<nxAlgoTimeStamp> _lastExchangeFillTime;
-    std::unique_ptr<nxAlgoTimeStamp> _lastVorantUpdateTime;
     bool _showOrder = false;
     bool _showOrderSet = false;
+    nxAlgoOrderStateObject _state;
+    std::unique_ptr<Times> _times;
 };

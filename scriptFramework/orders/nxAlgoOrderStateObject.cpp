@@ -21,32 +21,32 @@ static_assert(nxIsBoundTable(Self::Properties));
 
 bool nxAlgoOrderStateObject::isWorking(nxLuaParameters&, nxLuaResults& results)
 {
-    results.Add(_status.IsWorkingOrder());
+    results.Add(_GetStatus().IsWorkingOrder());
     return true;
 }
 
 bool nxAlgoOrderStateObject::isPending(nxLuaParameters&, nxLuaResults& results)
 {
-    results.Add(_status.IsUndefined() || _status == nxOrderStatus_Pending);
+    results.Add(_GetStatus().IsUndefined() || _GetStatus() == nxOrderStatus_Pending);
     return true;
 }
 
 bool nxAlgoOrderStateObject::isFilled(nxLuaParameters&, nxLuaResults& results)
 {
-    results.Add(_status == nxOrderStatus_Filled);
+    results.Add(_GetStatus() == nxOrderStatus_Filled);
     return true;
 }
 
 bool nxAlgoOrderStateObject::isDeleted(nxLuaParameters&, nxLuaResults& results)
 {
-    results.Add(_status == nxOrderStatus_Deleted);
+    results.Add(_GetStatus() == nxOrderStatus_Deleted);
     return true;
 }
 
 bool nxAlgoOrderStateObject::isFailed(nxLuaParameters&, nxLuaResults& results)
 {
-    results.Add(!_status.IsUndefined() && !_status.IsWorkingOrder() && _status != nxOrderStatus_Deleted &&
-                _status != nxOrderStatus_Filled);
+    results.Add(!_GetStatus().IsUndefined() && !_GetStatus().IsWorkingOrder() &&
+                _GetStatus() != nxOrderStatus_Deleted && _GetStatus() != nxOrderStatus_Filled);
     return true;
 }
 

@@ -15,7 +15,7 @@ public:
 
     explicit nxAlgoOrderStateObject(nxAlgoJobInterface* job) : nxAlgoObject(job) {}
 
-    void SetStatus(const nxOrderStatusEnum& status) { _status = status; }
+    void SetStatus(const nxOrderStatusEnum& status) { _status = status.GetValue(); }
     void SetPendingAmend(bool pending) { _pendingAmend = pending; }
     void SetPendingCancel(bool pending) { _pendingCancel = pending; }
 
@@ -30,7 +30,9 @@ public:
     bool isPendingCancel(nxLuaParameters&, nxLuaResults&);
 
 private:
-    nxOrderStatusEnum _status;
+    nxOrderStatusEnum _GetStatus() const { return nxOrderStatusEnum(_status); }
+
+    unsigned int _status = nxEnum_Undefined;  // the bare value: each order has one of these objects
     bool _pendingAmend = false;
     bool _pendingCancel = false;
 };

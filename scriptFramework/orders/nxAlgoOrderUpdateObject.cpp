@@ -1,5 +1,6 @@
 #include "scriptFramework/orders/nxAlgoOrderUpdateObject.h"
 
+#include "base/log/nxLogMessage.h"
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
 
 using Self = nxAlgoOrderUpdateObject;
@@ -28,16 +29,63 @@ constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
 };
 static_assert(nxIsBoundTable(Self::Properties));
 
+struct nxAlgoOrderUpdateObject::Clocks
+{
+    nxAlgoTimeStamp exchangeFill, vorantUpdate;
+};
+
 nxAlgoOrderUpdateObject::nxAlgoOrderUpdateObject(nxAlgoJobInterface* job, const nxAlgoOrderObject* order,
                                                  const nxOrderTransaction* transaction,
                                                  const nxTimeStamp& time)
     : nxAlgoObject(job),
       _transaction(transaction),
       _order(order),
-      _exchangeFillTime(job),
-      _vorantUpdateTime(job)
+      _updateSecond(time.GetAsTimeValue()),
+      _updateNanoseconds(time.GetNanoseconds())
 {
-    _vorantUpdateTime.SetTimeStamp(time);
+    // What setting a time stamp logs, though there is none yet.
+    if (nxLogManager::ShouldLog(nxLogLevel::Info)) nxAlgoTimeStamp(job).SetTimeStamp(time);
+}
+
+nxAlgoOrderUpdateObject::nxAlgoOrderUpdateObject(const nxAlgoOrderUpdateObject& other)
+    : nxAlgoObject(other),
+      _transaction(other._transaction),
+      _order(other._order),
+      _exchangeFillTime(other._exchangeFillTime),
+      _updateSecond(other._updateSecond),
+      _updateNanoseconds(other._updateNanoseconds)
+{
+}
+
+nxAlgoOrderUpdateObject& nxAlgoOrderUpdateObject::operator=(const nxAlgoOrderUpdateObject& other)
+{
+    nxAlgoObject::operator=(other);
+    _transaction = other._transaction;
+    _order = other._order;
+    _exchangeFillTime = other._exchangeFillTime;
+    _updateSecond = other._updateSecond;
+    _updateNanoseconds = other._updateNanoseconds;
+    _SetClocks();
+    return *this;
+}
+
+nxAlgoOrderUpdateObject::~nxAlgoOrderUpdateObject() = default;
+
+void nxAlgoOrderUpdateObject::SetExchangeFillTime(const nxDateTime& time)
+{
+    _exchangeFillTime = time;
+    _SetClocks();
+}
+
+const nxOrderTransaction* nxAlgoOrderUpdateObject::_GetTransaction() const
+{
+    return _transaction != nullptr || _order == nullptr ? _transaction : _order->_GetLastTransaction();
+}
+
+const nxOrder* nxAlgoOrderUpdateObject::_GetRecord() const
+{
+    const nxOrderTransaction* const transaction = _GetTransaction();
+    return transaction == nullptr ? nullptr : transaction->GetOrder();
 }
 
 bool nxAlgoOrderUpdateObject::isSpreadUnbalanced(nxLuaParameters&, nxLuaResults& results)
@@ -99,7 +147,7 @@ bool nxAlgoOrderUpdateObject::Get_executed(nxLuaResults& results)
 
 bool nxAlgoOrderUpdateObject::Get_fillPrice(nxLuaResults& results)
 {
-    const nxDecimal& price = _transaction->GetFillPrice();
+    const nxDecimal& price = _GetTransaction()->GetFillPrice();
     results.Add(price.IsValid() ? price.GetAsDouble() : 0.0);
     return true;
 }
@@ -107,7 +155,7 @@ bool nxAlgoOrderUpdateObject::Get_fillPrice(nxLuaResults& results)
 // Marks are 0, and the record is not tested.
 bool nxAlgoOrderUpdateObject::Get_fillVolume(nxLuaResults& results)
 {
-    const nxVolume& volume = _transaction->GetFillVolume();
+    const nxVolume& volume = _GetTransaction()->GetFillVolume();
     results.Add(volume.IsValid() ? volume.GetValue() : 0u);
     return true;
 }
@@ -121,19 +169,36 @@ bool nxAlgoOrderUpdateObject::Get_order(nxLuaResults& results)
 
 bool nxAlgoOrderUpdateObject::Get_error(nxLuaResults& results)
 {
-    const bool failed = _transaction != nullptr && !_transaction->GetError().IsSuccess();
-    results.Add(failed ? _transaction->GetError().GetAsString() : std::string());
+    const nxOrderTransaction* const transaction = _GetTransaction();
+    const bool failed = transaction != nullptr && !transaction->GetError().IsSuccess();
+    results.Add(failed ? transaction->GetError().GetAsString() : std::string());
+    return true;
+}
+
+void nxAlgoOrderUpdateObject::_SetClocks()
+{
+    if (_clocks == nullptr) return;
+    _clocks->vorantUpdate = nxAlgoTimeStamp(GetJob(), nxTimeStamp(_updateSecond, _updateNanoseconds));
+    _clocks->exchangeFill.SetDateTime(_exchangeFillTime);
+}
+
+bool nxAlgoOrderUpdateObject::_GiveClock(nxLuaResults& results, nxAlgoTimeStamp Clocks::*clock)
+{
+    if (_clocks == nullptr) {
+        _clocks = std::make_unique<Clocks>(Clocks{nxAlgoTimeStamp(GetJob()), nxAlgoTimeStamp(GetJob())});
+        _SetClocks();
+    }
+    nxAlgoTimeStamp& time = (*_clocks).*clock;
+    results.AddObjectOrNull<nxAlgoClockObject>(time.IsValid() ? &time : nullptr);
     return true;
 }
 
 bool nxAlgoOrderUpdateObject::Get_vorantUpdateTime(nxLuaResults& results)
 {
-    results.AddObjectOrNull<nxAlgoClockObject>(_vorantUpdateTime.IsValid() ? &_vorantUpdateTime : nullptr);
-    return true;
+    return _GiveClock(results, &Clocks::vorantUpdate);
 }
 
 bool nxAlgoOrderUpdateObject::Get_exchangeFillTime(nxLuaResults& results)
 {
-    results.AddObjectOrNull<nxAlgoClockObject>(_exchangeFillTime.IsValid() ? &_exchangeFillTime : nullptr);
-    return true;
+    return _GiveClock(results, &Clocks::exchangeFill);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "base/records/nxOrderTransaction.h"
 #include "scriptFramework/analytics/nxAlgoTimeStamp.h"
 #include "scriptFramework/lua/nxAlgoObject.h"
@@ -12,7 +14,8 @@ class nxAlgoOrderObject;
 // must live as long as a script may read the update. Takes no lock.
 //
 // The record may be null, except where a script reads `fillPrice` or `fillVolume`; the order may be null only
-// for `id` and `order`.
+// for `id` and `order`. Without a record of its own an update shows the one that its order gives, if it gives
+// one.
 class nxAlgoOrderUpdateObject : public nxAlgoObject
 {
 public:
@@ -24,7 +27,12 @@ public:
     nxAlgoOrderUpdateObject(nxAlgoJobInterface* job, const nxAlgoOrderObject* order,
                             const nxOrderTransaction* transaction, const nxTimeStamp& time);
 
-    void SetExchangeFillTime(const nxDateTime& time) { _exchangeFillTime.SetDateTime(time); }
+    nxAlgoOrderUpdateObject(const nxAlgoOrderUpdateObject& other);
+    // Clocks that scripts have show the new times.
+    nxAlgoOrderUpdateObject& operator=(const nxAlgoOrderUpdateObject& other);
+    ~nxAlgoOrderUpdateObject() override;
+
+    void SetExchangeFillTime(const nxDateTime& time);
 
     bool isSpreadUnbalanced(nxLuaParameters&, nxLuaResults&);
 
@@ -43,11 +51,19 @@ public:
     bool Get_exchangeFillTime(nxLuaResults&);
 
 private:
+    // What scripts see of the times, made when one asks: clocks are large.
+    struct Clocks;
+
+    const nxOrderTransaction* _GetTransaction() const;
     // The order after the event as the record has it, or null.
-    const nxOrder* _GetRecord() const { return _transaction == nullptr ? nullptr : _transaction->GetOrder(); }
+    const nxOrder* _GetRecord() const;
+    bool _GiveClock(nxLuaResults& results, nxAlgoTimeStamp Clocks::*clock);
+    void _SetClocks();
 
     const nxOrderTransaction* _transaction;
     const nxAlgoOrderObject* _order;
-    nxAlgoTimeStamp _exchangeFillTime;
-    nxAlgoTimeStamp _vorantUpdateTime;
+    nxDateTime _exchangeFillTime;
+    long long _updateSecond;
+    unsigned int _updateNanoseconds;
+    std::unique_ptr<Clocks> _clocks;
 };

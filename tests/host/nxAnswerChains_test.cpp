@@ -12,7 +12,7 @@ TEST(nxAnswerChains, BranchesEndForTheirOwnerAtOneTimeOnly)
         chains.NoteRequest(++orders, 0);
         chains.NoteRequest(++orders, 0);
         chains.End();
-        ASSERT_LE(orders, nxAnswerChains::MostInAll + 2);
+        ASSERT_LE(orders, nxAnswerChains::MostInAll + 3);
     }
     EXPECT_GT(orders, nxAnswerChains::MostInAll);
     EXPECT_TRUE(chains.Begin(orders + 1, 1, 5));
