@@ -61,7 +61,7 @@ void NoteMissingQuotes(nxHostJob& job, const nxFeedProductTable& products, std::
     for (const auto& order : job.GetOwnOrders()) {
         const std::string& name = order->GetHostProduct().GetMarket().GetName();
         const nxFeedProduct* const known = products.Find(name);
-        if (!order->IsSent() || !order->GetKind().isMarket || known == nullptr || known->HasBid() ||
+        if (!order->IsSent() || order->GetType() != "MARKET" || known == nullptr || known->HasBid() ||
             known->HasAsk() || known->Has(nxFeedKind::Depth) || known->Has(nxFeedKind::Bar) ||
             std::ranges::find(names, name) != names.end())
             continue;

@@ -32,9 +32,11 @@ local function send(side)
 end
 buy, sell = send("BUY"), send("SELL")
 
--- Asks the run to end, as Ctrl-C does. A callback has no os.
+-- Asks the run to end, as Ctrl-C does, at once or some seconds later. A callback has no os.
 local execute = os.execute
-function interrupt() execute("kill -TERM $PPID") end
+function interrupt(seconds)
+  execute(seconds and "(sleep " .. seconds .. "; kill -TERM $PPID) &" or "kill -TERM $PPID")
+end
 
 -- A collection of the product's bars, subscribed to; one bar as start, open, high, low, close and volume; and all of
 -- a collection, the oldest first.
