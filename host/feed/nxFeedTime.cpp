@@ -7,6 +7,8 @@
 #include <chrono>
 #include <utility>
 
+#include "base/time/nxTime.h"
+
 namespace {
 
 constexpr const char* NotATime = "not a time";
@@ -14,7 +16,7 @@ constexpr const char* NoSuchDate = "no such calendar date";
 constexpr const char* NoSuchTimeOfDay = "no such time of day";
 constexpr const char* OutOfRange = "time out of range (1678 to 2261)";
 
-constexpr long long NanosecondsPerSecond = 1'000'000'000;
+using nxTime::NanosecondsPerSecond;
 
 // Takes a text apart from the front; every step tells whether it found what it looked for.
 class Cursor
@@ -176,7 +178,7 @@ bool nxFeedTime::SetPeriodFromText(std::string_view text, long long& period)
 
 long long nxFeedTime::GetNextMidnight(long long time)
 {
-    constexpr long long day = 86'400 * NanosecondsPerSecond;
+    constexpr long long day = nxTime::NanosecondsPerDay;
     const long long into = time % day;
     return time - into + (into < 0 ? 0 : day);
 }

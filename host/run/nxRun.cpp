@@ -12,8 +12,8 @@ namespace {
 
 long long FloorSecond(long long time)
 {
-    const long long rest = time % nxNanosecondsPerSecond;
-    return time - (rest < 0 ? rest + nxNanosecondsPerSecond : rest);
+    const long long rest = time % nxTime::NanosecondsPerSecond;
+    return time - (rest < 0 ? rest + nxTime::NanosecondsPerSecond : rest);
 }
 
 }  // namespace
@@ -160,7 +160,7 @@ void nxRun::_Replay()
 void nxRun::_SetTime(long long time)
 {
     // A script's clock counts some 68 years on from the time that it was set to, and stands still then.
-    constexpr unsigned long long farthest = (1ull << 30) * nxNanosecondsPerSecond;
+    constexpr unsigned long long farthest = (1ull << 30) * nxTime::NanosecondsPerSecond;
     if (static_cast<unsigned long long>(time) - static_cast<unsigned long long>(_clockTime) > farthest)
         [[unlikely]]
         _SetClocks(FloorSecond(time));

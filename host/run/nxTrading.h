@@ -115,7 +115,7 @@ private:
     std::vector<nxHostOrder*> _ordersByNumber;  // from 1; null: no job knows of it yet
     std::optional<nxExchangeEvent> _answer;     // taken from the venue, and not delivered
     std::deque<std::pair<nxJobRunner*, nxHostProduct*>> _positions;  // to be told of
-    long long _nextDay = nxNever;                                    // of the accounts, once there is a venue
+    long long _nextDay = nxTime::Never;                              // of the accounts, once there is a venue
     nxAnswerChains _chains;
     std::vector<Ends> _ends;  // by the index of the job
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/time/nxTime.h"
 #include "base/values/nxInt128.h"
 
 namespace {
@@ -17,7 +18,7 @@ constexpr std::array<unsigned int, 5> CancelRates{71, 81, 68, 56, 47};  // of ea
 constexpr unsigned int MarketRate = 94;
 
 constexpr nxUInt128 NanosecondHundredthsPerMinute = 6'000'000'000'000;
-constexpr long long NanosecondsPerSecond = 1'000'000'000;
+using nxTime::NanosecondsPerSecond;
 constexpr std::size_t FlushSize = 64 * 1024;
 constexpr unsigned int LongestDuration = 366 * 86400;
 constexpr long long LeastPrice = 20;                   // in ticks; the opening book reaches 10 down
