@@ -28,7 +28,7 @@ public:
     void Run(int operations)
     {
         for (int i = 0; i < operations && !testing::Test::HasFatalFailure(); ++i) {
-            // Ten days in all, so that orders expire.
+            // Three days in all, so that orders expire.
             _time += 8640 * static_cast<long long>(Below(2 * Millisecond));
             MoveMarket();
             Send();
@@ -188,13 +188,13 @@ private:
     bool _isOpen = true;
 };
 
-TEST(nxExchangeAccounting, AHundredThousandOperationsAddUp)
+TEST(nxExchangeAccounting, WhateverHappensAddsUp)
 {
     for (const nxFillModel& model : nxFillModel::GetAll()) {
         SCOPED_TRACE(model.name);
         RandomTrading trading(model);
-        trading.Run(100'000);
-        EXPECT_GT(trading.fills, 5'000u);
+        trading.Run(30'000);
+        EXPECT_GT(trading.fills, 2'000u);
     }
 }
 

@@ -2,9 +2,9 @@
 // them.
 //
 //   == TITLE                   a new exchange with one product, SIM, whose market is open
-//   with KEY=VALUE ...         right below; fills=touch|cross|queue, tick=1, hours=09:00-17:00, request=5
-//                              (seconds; 5-7: drawn), answer=2, participation=50, bars, queue (tell each
-//                              move)
+//   with KEY=VALUE ...         right below; fills=touch|cross|queue, tick=1, hours=09:00-17:00,
+//                              request=5000 (milliseconds; 5000-7000: drawn), answer=2, participation=50,
+//                              bars, queue (tell each move)
 //   [N/]HH:MM:SS ACTION        N days after Tuesday, 2 January 2024; without a time: at that of the line
 //   before
 //
@@ -81,7 +81,8 @@ std::string Describe(const nxExchangeEvent& event, const nxSimulatedExchange& ex
                                event.fillPrice.GetAsString(), event.isMaker ? "maker" : "taker",
                                Causes[static_cast<int>(event.cause)], event.executed, event.volume);
         case Amended:
-            return fmt::format("amended {} {}", event.order, terms());
+            return fmt::format("amended {} {}{}", event.order, terms(),
+                               event.ahead.IsValid() ? " ahead " + event.ahead.GetAsLogString() : "");
         case Cancelled:
             return because("cancelled");
         case Rejected:
@@ -159,12 +160,6 @@ private:
     {
         const std::string key = word.substr(0, word.find('='));
         const std::string value = key == word ? "" : word.substr(key.size() + 1);
-        const auto latency = [&] {
-            const std::size_t dash = value.find('-');
-            const long long least = std::stoll(value) * Second;
-            return nxLatency{least,
-                             dash == std::string::npos ? least : std::stoll(value.substr(dash + 1)) * Second};
-        };
         if (key == "fills") {
             _options.fills = nxFillModel::Find(value);
             ASSERT_NE(_options.fills, nullptr) << value;
@@ -173,9 +168,9 @@ private:
         } else if (key == "hours") {
             EXPECT_EQ(nxTradingHours::SetFromText(value, _hours), nullptr);
         } else if (key == "request") {
-            _options.request = latency();
+            EXPECT_TRUE(_options.request.SetFromText(value)) << value;
         } else if (key == "answer") {
-            _options.answer = latency();
+            EXPECT_TRUE(_options.answer.SetFromText(value)) << value;
         } else if (key == "participation") {
             _options.participation = ToVolume(value).GetValue();
         } else if (key == "bars") {
@@ -366,6 +361,36 @@ private:
     long long _time = FirstDay;
     std::vector<std::string> _told, _expected;
 };
+
+TEST(nxLatency, IsMillisecondsUpToAnHourOrARangeOfThem)
+{
+    const struct
+    {
+        const char* text;
+        long long least, most;  // nanoseconds; below 0: refused, and left alone
+    } rows[] = {
+        {"0", 0, 0},
+        {"0.000001", 1, 1},
+        {"0.5-20", 500'000, 20'000'000},
+        {"1.5000000", 1'500'000, 1'500'000},
+        {"7-7", 7'000'000, 7'000'000},
+        {"3600000", 3600 * Second, 3600 * Second},
+        {"0.0000001", -1, -1},
+        {"3600000.000001", -1, -1},
+        {"-1", -1, -1},
+        {"+1", -1, -1},
+        {"2-1", -1, -1},
+        {"1-x", -1, -1},
+        {"1-", -1, -1},
+        {"", -1, -1},
+    };
+    for (const auto& row : rows) {
+        nxLatency latency{-1, -1};
+        EXPECT_EQ(latency.SetFromText(row.text), row.least >= 0) << row.text;
+        EXPECT_EQ(latency.least, row.least) << row.text;
+        EXPECT_EQ(latency.most, row.most) << row.text;
+    }
+}
 
 TEST(nxExchangeScenarios, EachFileIsToldAsItExpects)
 {

@@ -134,25 +134,39 @@ TEST(HostOrder, AnswersTravelInRecordedTime)
                 "job:logText(o.working) o:pull() job:logText(tostring(o.state:isPendingCancel())) end end",
                 Quotes, exchange),
         "00.500  Working 1 0/5 at 98\n01 5\n01 true\n01.500  Cancelled 1 0/5 at 98\n");
+    // Filled while the pull travels; the answer that it is in the market leaves the pull pending.
+    EXPECT_EQ(
+        RunWith("function after() job:logText(tostring(o.state:isPendingCancel())) end\n"
+                "function step(n) if n == 1 then o = limit('BUY', 1, 101) o:pull() end end",
+                Quotes, exchange),
+        "00.500  Working 1 0/1 at 101\n00.500  true\n00.500  Fill 1 1 at 101\n00.500  true\n"
+        "00.500  Completed 1 1/1 at 101\n00.500  true\n00.500  order 1 is not pulled: the order is filled\n"
+        "00.500  CancelRejected 1 1/1 at 101 ORDER_IS_OVER\n00.500  false\n");
 }
 
 TEST(HostOrder, OtherJobsLookAtItAndChangeNothing)
 {
     nxHostRun run;
-    run.AddJob("one",
-               std::string(Teller) +
-                   "function step(n) if n == 1 then o = limit('BUY', 5, 98) o.reference = 'mine' end end");
+    run.AddJob("one", std::string(Teller) +
+                          "function step(n) if n == 1 then o = limit('BUY', 5, 98) o.reference = 'mine' "
+                          "limit('BUY', 1, 101) "
+                          "end end");
     run.AddJob("two", std::string(Teller) + R"(
 function step(n)
   if n ~= 2 then return end
   local o = job:getOrders():getOrder(1)
-  job:logText(table.concat({o.id, o.price, o.reference, tostring(o.isCurrentJob), job:getJobOrders().count}, " "))
+  job:logText(table.concat({o.id, o.price, o.reference, tostring(o.isCurrentJob), job:getJobOrders().count,
+    tostring(product.ownBestBid)}, " "))
   try(o, "pull")
+  local taken = job:getOrders():getOrder(2)
+  job:logText(tostring(o.lastFillVolume) .. " " .. taken.lastFillVolume .. " at " .. taken.lastFillPrice)
 end)");
     run.AddQuotes(Quotes);
     EXPECT_EQ(run.RunForLog(),
-              "00.000  [one] Working 1 0/5 at 98\n01.000  [two] 1 98 mine false 0\n"
-              "01.000  [two] the order is another job's\n");
+              "00.000  [one] Working 1 0/5 at 98\n00.000  [one] Working 2 0/1 at 101\n"
+              "00.000  [one] Fill 2 1 at 101\n00.000  [one] Completed 2 1/1 at 101\n"
+              "01.000  [two] 1 98 mine false 0 nil\n01.000  [two] the order is another job's\n"
+              "01.000  [two] nil 1 at 101\n");
 }
 
 // Of its updates, too: a script that kept one sees its own order's last event, not what came of others later.
@@ -168,6 +182,10 @@ function step(n)
     stop:work{volume = 2, price = 97, stopPrice = 98}
     stop:pull()
     product:createOrder{side = "SELL", type = "LIMIT", time = "OPEN"}:work{volume = 1, price = 9}
+    local bracket = product:createOrder{side = "BUY", type = "LIMIT", exec = "BRACKET"}
+    bracket:work{volume = 1, price = 9, bracketStopLoss = 4, bracketStopLossType = "LIMIT", bracketStopLossLimit = 1,
+      bracketStopLossTrailing = "true"}
+    bracket:pull()
   elseif n == 4 then
     for id, u in ipairs(kept) do
       local o, s = u.order, u.order.state
@@ -176,16 +194,19 @@ function step(n)
         u.fillPrice, u.error, u.vorantUpdateTime.second, tostring(u.exchangeFillTime ~= nil)}, " "))
       job:logText(table.concat({o.type, o.exec, o.time, o.volume, o.executed, o.working, tostring(o.stopPrice),
         tostring(o.averagePrice), tostring(o.lastFillVolume), tostring(s:isFilled()), tostring(s:isDeleted()),
-        tostring(s:isPendingCancel()), tostring(fill and fill.second), o.lastVorantUpdateTime.second}, " "))
+        tostring(s:isPendingCancel()), tostring(fill and fill.second), o.lastVorantUpdateTime.second,
+        o.bracketStopLossType, tostring(o.bracketStopLossTrailing)}, " "))
     end
   end
 end)");
     EXPECT_EQ(log.substr(log.find("03 ")), R"(03 1 BUY first 3 101 3 0 3 101  0 true
-03 LIMIT  GFD 3 3 0 nil 101 3 true false false 0 0
+03 LIMIT  GFD 3 3 0 nil 101 3 true false false 0 0  false
 03 2 SELL  2 97 0 0 0 0  0 false
-03 LIMIT STOP GTC 2 0 0 98 nil nil false true false nil 0
+03 LIMIT STOP GTC 2 0 0 98 nil nil false true false nil 0  false
 03 3 SELL  1 9 0 0 0 0 ORDER_MARKET_STATE 0 false
-03 LIMIT  OPEN 1 0 0 nil nil nil false false false nil 0
+03 LIMIT  OPEN 1 0 0 nil nil nil false false false nil 0  false
+03 4 BUY  1 9 0 0 0 0  0 false
+03 LIMIT BRACKET GFD 1 0 0 nil nil nil false true false nil 0 LIMIT true
 )");
 }
 

@@ -59,6 +59,10 @@ TEST_F(nxMarketProductTest, ADayBeginsAtMidnightUtcBefore1970Too)
     EXPECT_EQ(ShowDay(product.GetPrice()), "100 101 100 101 - 5") << "the first moment of that day";
     product.ApplyQuote(Trade("102", 1u), 0);
     EXPECT_EQ(ShowDay(product.GetPrice()), "102 102 102 102 101 1");
+    nxPriceTradeVolumes update;
+    EXPECT_TRUE(product.GetTradeVolumesUpdate(update));
+    product.ApplyDepth({});
+    EXPECT_FALSE(product.GetTradeVolumesUpdate(update)) << "the book tells of no trade";
 }
 
 TEST_F(nxMarketProductTest, TheVolumeOfADayStopsAtTheLargestAndNeverBecomesAMark)
