@@ -424,8 +424,8 @@ def interrupt(process, number):
 
 
 def test_interrupted(program):
-    """Ctrl-C, and the way a service manager stops a process: OnShutdown runs, and the summary is printed."""
-    for number in (signal.SIGINT, signal.SIGTERM):
+    """Ctrl-C, a service manager's way to stop a process, and a terminal that hangs up: OnShutdown runs, and the summary is printed."""
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         process = start_slow_run(program, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         try:
             first = process.stdout.readline()
@@ -439,6 +439,48 @@ def test_interrupted(program):
         check_text("standard error", err.decode(), ["--- speed"], False)
         require([entry["type"] for entry in read_record("slow.jsonl")] ==
                 ["timerStart", "jobStarted", "log", "log", "jobStopped"], "the record is not whole")
+
+
+KEEPER = """\
+function OnInit() s = job:getDataStore("s", true) job:getProduct("A"):subscribePrice() end
+function OnPrice(price) for i = 1, 2000 do job:logText("bid " .. price.bidPrice) end end
+function OnShutdown() s:add("bye") end
+"""
+
+
+def test_output_that_closes_or_may_not_grow(program):
+    """OnShutdown runs, and what it leaves in the store is saved."""
+    with open("keeper.lua", "w") as file:
+        file.write(KEEPER)
+    command = [program, "run", "keeper.lua", "--data", "day.csv", "--store"]
+    process = subprocess.Popen([*command, "closed"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    process.stdout.close()
+    err = process.stderr.read().decode()
+    require(process.wait(timeout=TIMEOUT) == 2, f"exit status {process.returncode}")
+    check_text("standard error", err, ["algoserver run: standard output cannot be written\n"], False)
+    limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (40000, 40000))
+    with open("grown.txt", "w") as out:
+        full = subprocess.run([*command, "full"], stdout=out, stderr=subprocess.PIPE, preexec_fn=limit, timeout=TIMEOUT)
+    require(full.returncode == 2, f"exit status {full.returncode}")
+    for directory in ("closed", "full"):
+        require(rows_of_store(directory) == 1, f"{directory}: nothing is saved")
+
+
+def test_a_callback_that_does_not_return(program):
+    """What it logged is shown while it hangs, and a Ctrl-C tells that only another one ends the process."""
+    with open("hang.lua", "w") as file:
+        file.write("function OnInit() job:logText('before') while true do end end\n")
+    process = subprocess.Popen([program, "run", "hang.lua", "--data", "day.csv"], stdout=subprocess.PIPE,
+                               stderr=subprocess.PIPE)
+    try:
+        require(process.stdout.readline() == b"20240108:14:30:00.000  before\n", "the log is not flushed")
+        process.send_signal(signal.SIGINT)
+        told = process.stderr.readline().decode()
+        require("OnInit has not returned for " in told and told.endswith(" s; Ctrl-C again to kill\n"), told)
+        process.send_signal(signal.SIGINT)
+        require(process.wait(timeout=TIMEOUT) == -signal.SIGINT, f"exit status {process.returncode}")
+    finally:
+        process.kill()
 
 
 def test_interrupted_while_a_pipe_is_silent(program):
