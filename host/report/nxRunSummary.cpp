@@ -231,7 +231,7 @@ void nxRunSummary::WriteSpeed(std::ostream& err, const nxRunStatistics& statisti
             const nxJobStatistics::Callback& callback = job.callbacks[i];
             if (!callback.defined || callback.count == 0) continue;
             rows.Begin("script", job.name)
-                << fmt::format("{:<{}}{:>10.3f} s {:>10.0f} ns each\n", nxCallbackNames[i], width,
+                << fmt::format("{:<{}}  about {:>8.3f} s, {:>8.0f} ns each\n", nxCallbackNames[i], width,
                                callback.GetMeanNanoseconds() * static_cast<double>(callback.count) * 1e-9,
                                callback.GetMeanNanoseconds());
         }
