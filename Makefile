@@ -70,7 +70,6 @@ check-format: packages
 	$(SOURCES) | xargs clang-format-14 --dry-run --Werror
 
 install: build
-	cmake --build --preset release -j $(JOBS)
 	$(SUDO) cmake --install build/release --prefix $(PREFIX)
 
 clean:

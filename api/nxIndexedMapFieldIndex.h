@@ -53,7 +53,7 @@ protected:
     using Visitor = std::function<bool(const Bucket&)>;
 
     // The fields in the order by which the index sorts.
-    nxIndexedMapFieldIndex(std::vector<unsigned> fields, bool preferred)
+    nxIndexedMapFieldIndex(std::vector<unsigned int> fields, bool preferred)
         : Base(_GetMask(fields)), _fields(std::move(fields)), _preferred(preferred)
     {
     }
@@ -67,13 +67,13 @@ protected:
         return nxIndexedMapKey::Extract(key, _fields, separator);
     }
 
-    const std::vector<unsigned> _fields;
+    const std::vector<unsigned int> _fields;
 
 private:
-    static nxIndexedMapKey::FieldMask _GetMask(const std::vector<unsigned>& fields)
+    static nxIndexedMapKey::FieldMask _GetMask(const std::vector<unsigned int>& fields)
     {
         nxIndexedMapKey::FieldMask mask;
-        for (const unsigned field : fields)
+        for (const unsigned int field : fields)
             mask.set(field);
         return mask;
     }

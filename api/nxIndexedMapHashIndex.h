@@ -15,7 +15,7 @@ public:
     using typename Base::Bucket;
     using typename Base::Visitor;
 
-    explicit nxIndexedMapHashIndex(std::vector<unsigned> fields, bool preferred = false)
+    explicit nxIndexedMapHashIndex(std::vector<unsigned int> fields, bool preferred = false)
         : Base(std::move(fields), preferred)
     {
     }

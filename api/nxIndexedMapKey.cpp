@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::string_view wildcard = "*";
+constexpr std::string_view Wildcard = "*";
 
 // Hands the fields of a key out one after the other. An empty key has one field, which is empty.
 class Fields
@@ -40,7 +40,7 @@ std::string nxIndexedMapKey::GetCanonical(std::string_view key, int fieldCount, 
         std::string_view field;
         fields.Next(field);
         if (i > 0) canonical += separator;
-        canonical += field.empty() ? wildcard : field;
+        canonical += field.empty() ? Wildcard : field;
     }
     return canonical;
 }
@@ -52,7 +52,7 @@ nxIndexedMapKey::FieldMask nxIndexedMapKey::GetFieldMask(std::string_view canoni
     std::string_view field;
     for (std::size_t i = 0; fields.Next(field); ++i) {
         if (i >= mask.size()) throw std::out_of_range("invalid bitset position");
-        mask[i] = field != wildcard;
+        mask[i] = field != Wildcard;
     }
     return mask;
 }
@@ -65,12 +65,12 @@ bool nxIndexedMapKey::Matches(std::string_view pattern, std::string_view key, ch
     std::string_view value;
     while (patterns.Next(wanted)) {
         if (!values.Next(value)) return false;
-        if (wanted != wildcard && wanted != value) return false;
+        if (wanted != Wildcard && wanted != value) return false;
     }
     return !values.Next(value);
 }
 
-std::string nxIndexedMapKey::Extract(std::string_view canonicalKey, const std::vector<unsigned>& fields,
+std::string nxIndexedMapKey::Extract(std::string_view canonicalKey, const std::vector<unsigned int>& fields,
                                      char separator)
 {
     std::vector<std::string_view> all;
@@ -78,7 +78,7 @@ std::string nxIndexedMapKey::Extract(std::string_view canonicalKey, const std::v
     for (std::string_view field; split.Next(field);)
         all.push_back(field);
     std::string extract;
-    for (const unsigned field : fields) {
+    for (const unsigned int field : fields) {
         if (field >= all.size()) continue;
         extract += all[field];
         extract += separator;

@@ -25,6 +25,6 @@ bool Matches(std::string_view pattern, std::string_view key, char separator);
 
 // The named fields of a canonical key in the order of `fields`, each followed by the separator, so that a
 // beginning of the list gives a beginning of the text. A field that the key does not have is left out.
-std::string Extract(std::string_view canonicalKey, const std::vector<unsigned>& fields, char separator);
+std::string Extract(std::string_view canonicalKey, const std::vector<unsigned int>& fields, char separator);
 
 }  // namespace nxIndexedMapKey

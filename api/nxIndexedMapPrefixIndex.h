@@ -14,7 +14,7 @@ public:
     using typename Base::Bucket;
     using typename Base::Visitor;
 
-    explicit nxIndexedMapPrefixIndex(std::vector<unsigned> fields, bool preferred = false)
+    explicit nxIndexedMapPrefixIndex(std::vector<unsigned int> fields, bool preferred = false)
         : Base(std::move(fields), preferred)
     {
     }
@@ -31,7 +31,7 @@ protected:
     {
         const auto bound = nxIndexedMapKey::GetFieldMask(pattern, separator);
         const auto gap = std::find_if(this->_fields.begin(), this->_fields.end(),
-                                      [&](unsigned field) { return !bound[field]; });
+                                      [&](unsigned int field) { return !bound[field]; });
         const std::string prefix = nxIndexedMapKey::Extract(pattern, {this->_fields.begin(), gap}, separator);
         for (auto at = _buckets.lower_bound(prefix); at != _buckets.end() && at->first.starts_with(prefix);
              ++at)

@@ -10,7 +10,7 @@ struct SubjectPrefix
     std::string_view prefix;
 };
 
-constexpr SubjectPrefix subjectPrefixes[] = {
+constexpr SubjectPrefix SubjectPrefixes[] = {
     {nxFunction_ExchangeOrder, "QLX.EO."},
     {nxFunction_ExchangeOrderTransaction, "QLX.EOT."},
     {nxFunction_Price, "QLX.P."},
@@ -32,7 +32,7 @@ nxErrorEnum nxInterface::GetLightSubscriptionSubject(std::string& subject, const
                                                      const std::string& key)
 {
     if (key.empty()) return nxError_GeneralFailure;
-    for (const SubjectPrefix& row : subjectPrefixes) {
+    for (const SubjectPrefix& row : SubjectPrefixes) {
         if (function != row.function) continue;
         subject = std::string(row.prefix) + key;
         return {};

@@ -7,8 +7,8 @@
 namespace {
 
 // The fields of a product's key.
-constexpr unsigned typeField = 0;
-constexpr unsigned exchangeField = 2;
+constexpr unsigned int TypeField = 0;
+constexpr unsigned int ExchangeField = 2;
 
 bool IsGiven(const std::string& field)
 {
@@ -61,9 +61,9 @@ nxProductCache& nxProductCache::GetInstance()
 nxProductCache::nxProductCache()
 {
     using Entry = nxProductCacheEntry;
-    _entries.AddIndex(std::make_unique<nxIndexedMapHashIndex<Entry, '.'>>(std::vector{exchangeField}));
+    _entries.AddIndex(std::make_unique<nxIndexedMapHashIndex<Entry, '.'>>(std::vector{ExchangeField}));
     _entries.AddIndex(
-        std::make_unique<nxIndexedMapPrefixIndex<Entry, '.'>>(std::vector{typeField, exchangeField}));
+        std::make_unique<nxIndexedMapPrefixIndex<Entry, '.'>>(std::vector{TypeField, ExchangeField}));
 }
 
 void nxProductCache::SetDefinitionService(nxProductDefinitionService* service)

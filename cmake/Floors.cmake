@@ -25,7 +25,7 @@ endif()
 if(SCRIPTFRAMEWORK_LTO)
     set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-        # Machine code beside the intermediate one: an installed archive serves any compiler.
+        # Machine code beside the intermediate one: an archive without the latter is installed.
         add_compile_options(-ffat-lto-objects)
         add_link_options(-flto=auto)
     endif()
@@ -46,6 +46,7 @@ function(nx_floor target)
     target_include_directories(${target} PUBLIC
         $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
         $<INSTALL_INTERFACE:include/scriptFramework>)
+    target_compile_features(${target} PUBLIC cxx_std_20)
     target_link_libraries(${target} PUBLIC ${ARGN} PRIVATE $<BUILD_INTERFACE:nx_options>)
     set_property(GLOBAL APPEND PROPERTY NX_FLOORS ${target})
 endfunction()

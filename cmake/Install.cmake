@@ -1,5 +1,6 @@
 # The installed package: libraries, headers below include/scriptFramework (so that the quoted includes resolve),
-# algoserver, and find_package(scriptFramework) with scriptFramework::scriptFramework and scriptFramework::host.
+# algoserver, and find_package(scriptFramework) with scriptFramework::scriptFramework and, as the component host,
+# scriptFramework::host. Only the host needs SQLite, zlib and zstd, so it is exported apart.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -10,12 +11,15 @@ add_library(scriptFramework::host ALIAS nx_host)
 
 get_property(floors GLOBAL PROPERTY NX_FLOORS)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/scriptFramework)
+list(REMOVE_ITEM floors nx_host)
 install(TARGETS ${floors} EXPORT scriptFrameworkTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS nx_host EXPORT scriptFrameworkHostTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS algoserver RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 foreach(folder base indicators quant api scriptFramework host)
     install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scriptFramework FILES_MATCHING PATTERN "*.h")
 endforeach()
 install(EXPORT scriptFrameworkTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir})
+install(EXPORT scriptFrameworkHostTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/scriptFrameworkConfig.cmake.in scriptFrameworkConfig.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(scriptFrameworkConfigVersion.cmake COMPATIBILITY SameMinorVersion)
@@ -24,3 +28,20 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/scriptFrameworkConfigVersion.cmake
     cmake/FindLua51.cmake
     DESTINATION ${package_dir})
+
+if(SCRIPTFRAMEWORK_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # An archive with intermediate code would make every host optimise the whole library anew each time it links: half
+    # a minute instead of a third of a second. algoserver is linked from the build's archives, which keep it.
+    get_property(floors GLOBAL PROPERTY NX_FLOORS)
+    set(archives)
+    foreach(floor IN LISTS floors)
+        list(APPEND archives $<TARGET_FILE_NAME:${floor}>)
+    endforeach()
+    install(CODE "
+        set(folder \"${CMAKE_INSTALL_LIBDIR}\")
+        cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
+        foreach(archive IN ITEMS ${archives})
+            execute_process(COMMAND \"${CMAKE_OBJCOPY}\" -p -R .gnu.lto_* -R .gnu.debuglto_*
+                \"\$ENV{DESTDIR}\${folder}/\${archive}\" COMMAND_ERROR_IS_FATAL ANY)
+        endforeach()")
+endif()

@@ -4,24 +4,41 @@
 #include <iostream>
 #include <memory>
 
+#include "apps/algoserver/arguments.h"
 #include "host/check/nxScriptCheck.h"
+#include "host/run/nxRunFiles.h"
 
 namespace {
 
 struct CheckArguments
 {
     nxScriptCheckOptions options;
+    nxJobArguments jobs;
     bool noRun = false;
     bool json = false;
 };
 
 enum Status { Clean = 0, Found = 1, Failed = 2 };
 
-int Check(const CheckArguments& arguments)
+std::optional<std::string> MakeOptions(CheckArguments& arguments)
 {
-    nxScriptCheckOptions options = arguments.options;
-    options.dryRun = !arguments.noRun;
-    nxScriptCheck check(std::move(options));
+    nxJobArguments& jobs = arguments.jobs;
+    nxRunFiles files;
+    for (const auto* paths : {&jobs.scripts, &arguments.options.modules, &jobs.parameterFiles})
+        files.AddInputs(*paths);
+    if (const auto clash = files.FindClash()) return clash;
+    jobs.mayShareNames = jobs.parameters.empty() && jobs.parameterFiles.empty();
+    arguments.options.dryRun = !arguments.noRun;
+    return jobs.MakeJobs(arguments.options.jobs);
+}
+
+int Check(CheckArguments& arguments)
+{
+    if (const auto error = MakeOptions(arguments)) {
+        std::cerr << "algoserver check: " << *error << "\n";
+        return Failed;
+    }
+    nxScriptCheck check(arguments.options);
     const bool succeeded = check.Run();
     if (arguments.json) {
         check.WriteJson(std::cout);
@@ -42,21 +59,18 @@ int Check(const CheckArguments& arguments)
 void AddCheckCommand(CLI::App& app, int& status)
 {
     const auto arguments = std::make_shared<CheckArguments>();
-    CLI::App* check = app.add_subcommand("check", "Look for mistakes in scripts, without a market");
-    check->footer(
+    CLI::App& check = *app.add_subcommand("check", "Look for mistakes in scripts, without a market");
+    check.footer(
         "Findings go to standard output, a line each: file:line:column: message. A column of 0 stands where "
         "only\n"
         "the line is known. Exit status: 0 nothing found, 1 something found, 2 usage or a file that cannot "
         "be "
         "read.");
-    check->add_option("script", arguments->options.scripts, "The Lua scripts, each a job of its own")
-        ->required();
-    check
-        ->add_option("--module,-m", arguments->options.modules,
-                     "Lua file to put in front of each script; may be repeated")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    check->add_flag("--no-run", arguments->noRun, "Only read the scripts: do not load them and run OnInit");
-    check->add_flag("--json", arguments->json, "Write one JSON array instead of lines");
-    check->callback([arguments, &status] { status = Check(*arguments); });
+    check.add_option("script", arguments->jobs.scripts, "The Lua scripts, each a job of its own")->required();
+    AddRepeated(check, "--module,-m", arguments->options.modules,
+                "Lua file to put in front of each script; may be repeated");
+    AddJobOptions(check, arguments->jobs);
+    check.add_flag("--no-run", arguments->noRun, "Only read the scripts: do not load them and run OnInit");
+    check.add_flag("--json", arguments->json, "Write one JSON array instead of lines");
+    check.callback([arguments, &status] { status = Check(*arguments); });
 }

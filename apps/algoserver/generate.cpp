@@ -8,6 +8,8 @@
 #include <iostream>
 #include <memory>
 
+#include "apps/algoserver/arguments.h"
+#include "host/run/nxRunFiles.h"
 #include "host/run/nxRunOptions.h"
 #include "host/synthetic/nxMarketGenerator.h"
 
@@ -30,12 +32,6 @@ int Refuse(const std::string& text)
     return static_cast<int>(nxRunResult::InputFailed);
 }
 
-// A seed with a minus would be taken for a very large one.
-std::string RefuseMinus(const std::string& text)
-{
-    return text.starts_with('-') ? text + " is below 0" : std::string();
-}
-
 int Generate(GenerateArguments& arguments)
 {
     nxMarketGeneratorOptions& options = arguments.options;
@@ -54,10 +50,15 @@ int Generate(GenerateArguments& arguments)
         if (!number.value.SetFromString(number.text, '.').IsSuccess())
             return Refuse(std::string(number.name) + " " + number.text + " is no decimal number");
 
+    nxRunFiles files;
+    files.AddOutput("--output", arguments.output);
+    if (const auto clash = files.FindClash()) return Refuse(*clash);
+    nxMarketGenerator generator(options);
+    // Before the file is emptied.
+    if (!generator.Check()) return Refuse(generator.GetFailure());
     std::FILE* file = arguments.output == "-" ? stdout : std::fopen(arguments.output.c_str(), "wb");
     if (file == nullptr) return Refuse(arguments.output + ": " + std::strerror(errno));
     const bool showProgress = isatty(STDERR_FILENO) != 0 && file != stdout;
-    nxMarketGenerator generator(options);
     const bool generated = generator.Generate(
         [file](std::string_view text) {
             return std::fwrite(text.data(), 1, text.size(), file) == text.size();
@@ -90,9 +91,7 @@ void AddGenerateCommand(CLI::App& app, int& status)
         "arrive as Poisson processes with rates by distance from the best price. The same options give the "
         "same\n"
         "bytes on every machine.");
-    generate->add_option("--seed", options.seed, "Seed of the random numbers")
-        ->check(RefuseMinus)
-        ->capture_default_str();
+    AddSeed(*generate, options.seed, "Seed of the random numbers");
     generate->add_option("--kind,-k", arguments->kind, "What to write: quotes (with trades) or depth")
         ->check(CLI::IsMember({"quotes", "depth"}))
         ->capture_default_str();
@@ -100,24 +99,13 @@ void AddGenerateCommand(CLI::App& app, int& status)
         ->capture_default_str();
     generate->add_option("--product", options.product, "Product name")->capture_default_str();
     generate->add_option("--start", arguments->start, "Start of the day, UTC")->capture_default_str();
-    generate
-        ->add_option("--duration", options.durationSeconds, "Seconds")
-
-        ->capture_default_str();
+    generate->add_option("--duration", options.durationSeconds, "Seconds")->capture_default_str();
     generate->add_option("--price", arguments->startPrice, "Start price")->capture_default_str();
     generate->add_option("--tick-size", arguments->tickSize, "Tick size")->capture_default_str();
     generate->add_option("--lot-size", arguments->lotSize, "Size written for one lot")->capture_default_str();
-    generate
-        ->add_option("--min-lots", options.minLots, "Smallest order")
-
-        ->capture_default_str();
-    generate
-        ->add_option("--max-lots", options.maxLots, "Largest order")
-
-        ->capture_default_str();
-    generate
-        ->add_option("--rate", options.rateScale, "Times the published rates, which are per minute")
-
+    generate->add_option("--min-lots", options.minLots, "Smallest order")->capture_default_str();
+    generate->add_option("--max-lots", options.maxLots, "Largest order")->capture_default_str();
+    generate->add_option("--rate", options.rateScale, "Times the published rates, which are per minute")
         ->capture_default_str();
     generate->callback([arguments, &status] { status = Generate(*arguments); });
 }

@@ -5,14 +5,17 @@
 
 #include <CLI/CLI.hpp>
 #include <atomic>
+#include <cmath>
 #include <csignal>
 #include <iostream>
+#include <limits>
 #include <memory>
 
+#include "apps/algoserver/arguments.h"
 #include "base/log/nxConsoleLogDevice.h"
 #include "base/log/nxLogEntriesQueue.h"
 #include "base/log/nxLogManager.h"
-#include "host/market/nxProductFile.h"
+#include "host/check/nxScriptReview.h"
 #include "host/run/nxRun.h"
 #include "host/run/nxRunArguments.h"
 #include "host/run/nxRunEnvelope.h"
@@ -21,12 +24,23 @@ namespace {
 
 std::atomic<bool> interrupted = false;
 
+constexpr int EndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
 // The first Ctrl-C ends the run properly; a second one finds the default action and ends the process.
 void OnInterrupt(int)
 {
     interrupted = true;
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    for (const int signal : EndingSignals)
+        std::signal(signal, SIG_DFL);
+}
+
+// A pipe that is closed, or a file that may not grow, fails the write, and the run ends properly.
+void CatchSignals()
+{
+    for (const int signal : EndingSignals)
+        std::signal(signal, OnInterrupt);
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 struct RunArguments
@@ -94,17 +108,6 @@ int Run(RunArguments& arguments)
     nxRunOptions& options = arguments.options;
     if (arguments.jobs.scripts.empty())
         return Refuse("no script; it stands in front of --data, which takes every name behind it");
-    if (options.watchProducts && options.productFile.empty())
-        return Refuse("--watch-products is for the file of --products");
-    if (options.storeEvery > 0.0 && options.storeDirectory.empty())
-        return Refuse("--store-every is for the stores of --store");
-    if (!options.productFile.empty()) {
-        nxFeedError error;
-        if (!nxProductFile::Read(options.productFile, options.products, error)) {
-            std::cerr << error.GetText() << "\n";
-            return static_cast<int>(nxRunResult::InputFailed);
-        }
-    }
     if (const auto error = arguments.jobs.Apply(options)) {
         std::cerr << *error << "\n";
         return static_cast<int>(nxRunResult::InputFailed);
@@ -117,11 +120,12 @@ int Run(RunArguments& arguments)
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
     options.interrupted = &interrupted;
+    nxScriptReview review(options.jobs, options.modules);
+    options.getNotes = [&review] { return review.GetNotes(); };
     nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(arguments.logLevel)));
     nxConsoleLogDevice console;
     nxLogManager::GetLogEntriesQueue().AddDevice(&console);
-    std::signal(SIGINT, OnInterrupt);
-    std::signal(SIGTERM, OnInterrupt);
+    CatchSignals();
     const nxRunResult result = arguments.envelope ? nxRunEnvelope::Run(options, std::cout, std::cerr)
                                                   : nxRun(options, std::cout, std::cerr).Run();
     const bool written = !std::cout.flush().fail();
@@ -129,78 +133,68 @@ int Run(RunArguments& arguments)
     return written ? static_cast<int>(result) : Refuse("standard output cannot be written");
 }
 
-}  // namespace
-
-void AddRunCommand(CLI::App& app, int& status)
+void AddJobs(CLI::App& run, RunArguments& arguments)
 {
-    const auto arguments = std::make_shared<RunArguments>();
-    nxRunOptions& options = arguments->options;
-    nxRunArguments& jobs = arguments->jobs;
-    CLI::App* run = app.add_subcommand("run", "Run scripts over recorded market data");
-    // An option that may stand several times, with one value each time: what follows may be a script.
-    const auto addRepeated = [run](const char* names, std::vector<std::string>& values, const char* help) {
-        return run->add_option(names, values, help)
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-            ->allow_extra_args(false);
-    };
-    run->footer(
-        "Each script is a job with a Lua state of its own; events reach the jobs in the order of the "
-        "scripts.\n"
-        "The scripts' log and the summary go to standard output and repeat to the byte; failures, progress\n"
-        "and speed go to standard error. Ctrl-C ends the run properly: OnShutdown runs and the summary is\n"
-        "printed.\n\n"
-        "Data files are CSV, plain, .gz or .zst; the kind is told by the header row:\n"
-        "  quotes  time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side   (an empty cell: "
-        "unchanged)\n"
-        "  depth   time,product,side,price,volume                                  (0 removes the level)\n"
-        "  bars    time,product,open,high,low,close,volume");
-    run->formatter(std::make_shared<RunFormatter>());
-    run->add_option("script", jobs.scripts, "The Lua scripts, one for each job, in front of --data")
+    nxRunOptions& options = arguments.options;
+    nxRunArguments& jobs = arguments.jobs;
+    run.add_option("script", jobs.scripts, "The Lua scripts, one for each job, in front of --data")
         ->option_text("SCRIPT... REQUIRED");
-    run->add_option("--data,-d", options.data, "Recorded data, one or more files merged by time")->required();
-    run->add_option("--products,-p", options.productFile,
-                    "TOML file that describes products: tick size, lot size, point value, currency, legs of "
-                    "strategies");
-    run->add_flag("--watch-products", options.watchProducts,
-                  "Take over price offsets and ratios that change in the file of --products during the run, "
-                  "which does not repeat then");
-    addRepeated("--module,-m", options.modules, "Lua file to put in front of every script; may be repeated");
-    addRepeated("--name,-n", jobs.names,
-                "Name of a job, in the order of the scripts; without it the file's name. May be repeated");
-    addRepeated(
-        "--param", jobs.parameters,
-        "Parameter of the job, or of all jobs; may be repeated. TYPE: decimal, uint, price, double, int, "
-        "bool or text; without it as the value looks")
-        ->type_name("[JOB/]NAME[:TYPE]=VALUE");
-    addRepeated("--params", jobs.parameterFiles, "TOML file of parameters: [parameters] and [jobs.NAME]");
-    run->add_option("--at", jobs.changes, "Change a parameter at that recorded time; may be repeated")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->allow_extra_args(false)
+    AddRepeated(run, "--module,-m", options.modules,
+                "Lua file to put in front of every script; may be repeated");
+    AddJobOptions(run, jobs);
+    AddRepeated(run, "--at", jobs.changes, "Change a parameter at that recorded time; may be repeated")
         ->type_name("TIME [JOB/]NAME=VALUE");
-    addRepeated("--events", jobs.eventFiles, "CSV file of parameter changes: time,parameter,value,tag");
-    addRepeated("--select", jobs.selections,
+    AddRepeated(run, "--events", jobs.eventFiles, "CSV file of parameter changes: time,parameter,value,tag");
+    AddRepeated(run, "--select", jobs.selections,
                 "What the job, or every job, is launched on: product, side, volume, price, spread")
         ->type_name("[JOB/]KEY=VALUE,...");
-    run->add_option("--account", jobs.account, "The account that scripts are told");
-    run->add_option("--record", options.recordFile,
-                    "JSON Lines file to write all that leaves the scripts to");
-    run->add_flag("--envelope", arguments->envelope,
-                  "Run under the other fill models, too, and print what each comes to behind the summary");
-    run->add_option("--explain", options.explain,
-                    "Tell the story of the order with that number behind the summary; may be repeated")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->allow_extra_args(false)
-        ->type_name("ORDER_ID");
-    nxExchangeOptions& exchange = options.exchange;
-    run->add_option_function<std::string>(
+    run.add_option("--account", jobs.account, "The account that scripts are told");
+    run.add_option("--memory-limit", arguments.memoryLimit, "MiB that each script may hold; 0 for no limit")
+        ->capture_default_str();
+    run.add_option("--on-error", arguments.onError, "What to do when a callback fails: stop or continue")
+        ->check(CLI::IsMember({"stop", "continue"}))
+        ->capture_default_str();
+}
+
+void AddData(CLI::App& run, RunArguments& arguments)
+{
+    nxRunOptions& options = arguments.options;
+    run.add_option("--data,-d", options.data, "Recorded data, one or more files merged by time")->required();
+    run.add_option("--products,-p", options.productFile,
+                   "TOML file that describes products: tick size, lot size, point value, currency, legs of "
+                   "strategies");
+    run.add_flag("--watch-products", options.watchProducts,
+                 "Take over price offsets and ratios that change in the file of --products during the run, "
+                 "which does not repeat then");
+    run.add_option("--bar-time", arguments.barTime,
+                   "What the times in bars files are: the end of the bar, or its start")
+        ->check(CLI::IsMember({"end", "start"}))
+        ->capture_default_str();
+    AddRepeated(run, "--bar-period", arguments.jobs.barPeriods,
+                "How far apart the bars of that product, or of all others, are: 30s, 1m, 4h, 1d. Without it "
+                "the first rows tell; may be repeated")
+        ->type_name("[PRODUCT=]PERIOD");
+    run.add_flag("--lenient,-l", options.lenient, "Count and skip malformed rows instead of ending the run");
+    run.add_option("--speed,-s", options.speed,
+                   "Recorded seconds for each real one; without it as fast as it can")
+        ->check(IsNumber(std::numeric_limits<double>::denorm_min(), HUGE_VAL, "above 0"))
+        ->option_text("ABOVE 0");
+}
+
+void AddExchange(CLI::App& run, RunArguments& arguments)
+{
+    nxExchangeOptions& exchange = arguments.options.exchange;
+    run.add_option_function<std::string>(
            "--fills", [&exchange](const std::string& name) { exchange.fills = nxFillModel::Find(name); },
            "How resting orders are filled: " + DescribeFillModels())
         ->check(CLI::IsMember(GetFillModels()))
         ->option_text(ListFillModels());
-    run->add_option_function<std::string>(
+    run.add_flag("--envelope", arguments.envelope,
+                 "Run under the other fill models, too, and print what each comes to after the summary");
+    AddRepeated(run, "--explain", arguments.options.explain,
+                "Tell the story of the order with that number after the summary; may be repeated")
+        ->type_name("ORDER_ID");
+    run.add_option_function<std::string>(
            "--latency",
            [&exchange](const std::string& text) {
                if (!exchange.request.SetFromText(text))
@@ -209,50 +203,54 @@ void AddRunCommand(CLI::App& app, int& status)
            },
            "Milliseconds that a request takes to the exchange, and its answer back")
         ->option_text("MS|MIN-MAX");
-    run->add_option("--seed", exchange.seed, "For what the simulated exchange draws by lot")
-        ->check(CLI::NonNegativeNumber)
-        ->capture_default_str();
-    run->add_option("--participation", exchange.participation,
-                    "With bars: the share of a bar's volume that orders can have; without it any")
+    AddSeed(run, exchange.seed, "For what is drawn by lot: latencies, peaks, and the scripts' math.random");
+    run.add_option("--participation", exchange.participation,
+                   "With bars: the share of a bar's volume that orders can have; without it any")
         ->check(CLI::Range(1u, 100u))
         ->option_text("PERCENT");
-    run->add_option("--store", options.storeDirectory,
-                    "Directory of the data stores; one server at a time. Without it scripts have none")
+}
+
+void AddOutputs(CLI::App& run, RunArguments& arguments)
+{
+    nxRunOptions& options = arguments.options;
+    run.add_option("--record", options.recordFile,
+                   "JSON Lines file to write all that leaves the scripts to; - is standard output, and then "
+                   "all else goes to standard error");
+    run.add_option("--store", options.storeDirectory,
+                   "Directory of the data stores; one server at a time. Without it scripts have none")
         ->type_name("DIR");
-    run->add_option("--store-every", options.storeEvery,
-                    "Recorded seconds between saves of the stores; without it when jobs and the run end")
-        ->check(CLI::Validator(
-            [](const std::string& text) {
-                double number = 0.0;
-                return CLI::detail::lexical_cast(text, number) && number >= 0.001 && number <= 1e9
-                           ? std::string()
-                           : text + " is no number of seconds from 0.001 to 1000000000";
-            },
-            ""))
+    run.add_option("--store-every", options.storeEvery,
+                   "Recorded seconds between saves of the stores; without it when jobs and the run end")
+        ->check(IsNumber(0.001, 1e9, "of seconds from 0.001 to 1000000000"))
         ->option_text("SECONDS");
-    run->add_option("--speed,-s", options.speed,
-                    "Recorded seconds for each real one; without it as fast as it can")
-        ->check(CLI::Validator(
-            [](const std::string& text) {
-                double number = 0.0;
-                return CLI::detail::lexical_cast(text, number) && number > 0.0
-                           ? std::string()
-                           : text + " is no number above 0";
-            },
-            "ABOVE 0"));
-    run->add_option("--on-error", arguments->onError, "What to do when a callback fails: stop or continue")
-        ->check(CLI::IsMember({"stop", "continue"}))
-        ->capture_default_str();
-    run->add_option("--bar-time", arguments->barTime,
-                    "What the times in bars files are: the end of the bar, or its start")
-        ->check(CLI::IsMember({"end", "start"}))
-        ->capture_default_str();
-    run->add_flag("--lenient,-l", options.lenient, "Count and skip malformed rows instead of ending the run");
-    run->add_option("--memory-limit", arguments->memoryLimit, "MiB that each script may hold; 0 for no limit")
-        ->capture_default_str();
-    run->add_option("--log-level", arguments->logLevel,
-                    "What the library logs to standard error: detail, info, warn or error")
+    run.add_option("--log-level", arguments.logLevel,
+                   "What the library logs to standard error: detail, info, warn or error")
         ->check(CLI::IsMember(LogLevels))
         ->capture_default_str();
-    run->callback([arguments, &status] { status = Run(*arguments); });
+}
+
+}  // namespace
+
+void AddRunCommand(CLI::App& app, int& status)
+{
+    const auto arguments = std::make_shared<RunArguments>();
+    CLI::App& run = *app.add_subcommand("run", "Run scripts over recorded market data");
+    run.footer(
+        "Each script is a job with a Lua state of its own; events reach the jobs in the order of the "
+        "scripts.\n"
+        "The scripts' log and the summary go to standard output and repeat to the byte; failures, progress\n"
+        "and speed go to standard error. Ctrl-C ends the run properly: OnShutdown runs and the summary is\n"
+        "printed.\n\n"
+        "A file named - is standard input, once.\n"
+        "Data files are CSV, plain, .gz or .zst; the kind is told by the header row:\n"
+        "  quotes  time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side   (an empty cell: "
+        "unchanged)\n"
+        "  depth   time,product,side,price,volume                                  (0 removes the level)\n"
+        "  bars    time,product,open,high,low,close,volume");
+    run.formatter(std::make_shared<RunFormatter>());
+    AddJobs(run, *arguments);
+    AddData(run, *arguments);
+    AddExchange(run, *arguments);
+    AddOutputs(run, *arguments);
+    run.callback([arguments, &status] { status = Run(*arguments); });
 }

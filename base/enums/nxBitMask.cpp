@@ -22,7 +22,7 @@ void nxBitMask::SetBits(const nxBitMask& bits)
     _value |= bits._value;
 }
 
-void nxBitMask::SetBits(unsigned bits)
+void nxBitMask::SetBits(unsigned int bits)
 {
     _value |= bits;
 }
@@ -47,7 +47,7 @@ std::string nxBitMask::GetLongDescription(const std::string& separator) const
     return nxBitMaskText(*this, "bit ", separator);
 }
 
-nxBitMask& nxBitMask::operator=(unsigned value)
+nxBitMask& nxBitMask::operator=(unsigned int value)
 {
     _value = value;
     return *this;
@@ -59,7 +59,7 @@ nxBitMask& nxBitMask::operator|=(const nxBitMask& bits)
     return *this;
 }
 
-nxBitMask& nxBitMask::operator|=(unsigned bits)
+nxBitMask& nxBitMask::operator|=(unsigned int bits)
 {
     _value |= bits;
     return *this;

@@ -2,9 +2,9 @@
 
 #include <string>
 
-/** Sixty-two flags (bits 0 to 61) in an unsigned 64-bit value, with bit 63 as the null mark and bit 62 as the
-   no-change mark. A plain value. Concrete masks derive through nxNamedBitMask; nxGenericBitMask is the one
-   without a meaning. */
+// Sixty-two flags (bits 0 to 61) in an unsigned 64-bit value, with bit 63 as the null mark and bit 62 as the
+// no-change mark. A plain value. Concrete masks derive through nxNamedBitMask; nxGenericBitMask is the one
+// without a meaning.
 class nxBitMask64
 {
 public:
@@ -18,11 +18,11 @@ public:
     virtual bool IsNull() const;
     virtual void SetBits(const nxBitMask64& bits);
     virtual void SetBits(const unsigned long long& bits);
-    /** Both marks replace the whole value: the flags are gone. */
+    // Both marks replace the whole value: the flags are gone.
     virtual void SetNull();
     virtual void SetNoChange();
-    /** The numbers of the set flags ("0,3"), or in the long form "bit 0,bit 3", joined by `separator`; "NULL"
-       and "NO_CHANGE" for the marks. */
+    // The numbers of the set flags ("0,3"), or in the long form "bit 0,bit 3", joined by `separator`; "NULL"
+    // and "NO_CHANGE" for the marks.
     virtual std::string GetShortDescription(const std::string& separator) const;
     virtual std::string GetLongDescription(const std::string& separator) const;
     virtual std::string GetClassName() const = 0;

@@ -5,8 +5,7 @@
 
 #include "base/values/nxValueMarks.h"
 
-/** The text of a mask's flags for both widths: each set bit's number behind `prefix`, joined by `separator`.
- */
+// The text of a mask's flags for both widths: each set bit's number behind `prefix`, joined by `separator`.
 template <class Mask>
 std::string nxBitMaskText(const Mask& mask, const char* prefix, const std::string& separator)
 {

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** True or false with the marks of an enum. Its texts are TRUE and FALSE; the short forms true and false. */
+// True or false with the marks of an enum. Its texts are TRUE and FALSE; the short forms true and false.
 class nxBoolEnum final : public nxEnumRange<nxBoolEnum, 5000, 5003>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The side of an order, a trade or a leg. */
+// The side of an order, a trade or a leg.
 class nxBuySellEnum final : public nxEnumRange<nxBuySellEnum, 10, 13>
 {
 public:

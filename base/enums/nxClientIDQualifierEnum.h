@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** What a client's identification stands for, for regulatory reports. */
+// What a client's identification stands for, for regulatory reports.
 class nxClientIDQualifierEnum final : public nxEnumRange<nxClientIDQualifierEnum, 470, 480>
 {
 public:

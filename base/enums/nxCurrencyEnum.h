@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** A currency by its ISO 4217 code, and the digital currencies that products are quoted in. */
+// A currency by its ISO 4217 code, and the digital currencies that products are quoted in.
 class nxCurrencyEnum final : public nxEnumRange<nxCurrencyEnum, 10000, 10500>
 {
 public:

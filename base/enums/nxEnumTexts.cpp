@@ -270,14 +270,15 @@ const std::vector<Texts>& Table()
 }
 
 // The first of the table at or above `value`.
-auto LowerBound(unsigned value)
+auto LowerBound(unsigned int value)
 {
-    return std::ranges::lower_bound(Table(), value, {}, [](const Texts& t) { return unsigned{t.value}; });
+    return std::ranges::lower_bound(Table(), value, {},
+                                    [](const Texts& t) { return static_cast<unsigned int>(t.value); });
 }
 
 }  // namespace
 
-const nxEnumTexts::Texts& nxEnumTexts::Get(unsigned value)
+const nxEnumTexts::Texts& nxEnumTexts::Get(unsigned int value)
 {
     static const auto* const notRegistered =
         new Texts{nxEnum_Undefined, nxNotRegisteredText, nxNotRegisteredText, nxNotRegisteredText};
@@ -285,7 +286,7 @@ const nxEnumTexts::Texts& nxEnumTexts::Get(unsigned value)
     return found != Table().end() && found->value == value ? *found : *notRegistered;
 }
 
-unsigned nxEnumTexts::Find(const std::string& text, unsigned minValue, unsigned maxValue)
+unsigned int nxEnumTexts::Find(const std::string& text, unsigned int minValue, unsigned int maxValue)
 {
     for (auto it = LowerBound(minValue + 1); it != Table().end() && it->value < maxValue; ++it)
         if (it->name == text || it->shortDescription == text) return it->value;

@@ -5,7 +5,7 @@
 
 #include "base/enums/nxEnumValue.h"
 
-/** The texts of every enumerator. Built at first use and never destroyed; read from any thread. */
+// The texts of every enumerator. Built at first use and never destroyed; read from any thread.
 class nxEnumTexts
 {
 public:
@@ -17,8 +17,8 @@ public:
         std::string longDescription;
     };
 
-    /** Of a mark: its text in all three places. Of a value that has no texts: "NOT_REGISTERED" likewise. */
-    static const Texts& Get(unsigned value);
-    /** The value within the exclusive limits whose name or short description is `text`, or 0. */
-    static unsigned Find(const std::string& text, unsigned minValue, unsigned maxValue);
+    // Of a mark: its text in all three places. Of a value that has no texts: "NOT_REGISTERED" likewise.
+    static const Texts& Get(unsigned int value);
+    // The value within the exclusive limits whose name or short description is `text`, or 0.
+    static unsigned int Find(const std::string& text, unsigned int minValue, unsigned int maxValue);
 };

@@ -1,8 +1,8 @@
 #pragma once
 
-/** The one space of enumerator values. Every enum class owns a range of it and no two ranges meet, so a bare
-   value tells its class. Each number is written here and nowhere else; gaps leave room for more. */
-enum nxEnumValue : unsigned {
+// The one space of enumerator values. Every enum class owns a range of it and no two ranges meet, so a bare
+// value tells its class. Each number is written here and nowhere else; gaps leave room for more.
+enum nxEnumValue : unsigned int {
     // The marks, good in every class.
     nxEnum_Undefined = 0,
     nxEnum_NoChange = 2,

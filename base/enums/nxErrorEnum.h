@@ -2,8 +2,8 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The result of every operation that can fail: 0 is success, any other value says why not. The long
-   description tells a person what was wrong. */
+// The result of every operation that can fail: 0 is success, any other value says why not. The long
+// description tells a person what was wrong.
 class nxErrorEnum final : public nxEnumRange<nxErrorEnum, 999999, 2000000>
 {
 public:
@@ -12,6 +12,6 @@ public:
 
     std::string GetClassName() const override { return "nxErrorEnum"; }
 
-    /** True for success. */
+    // True for success.
     bool IsSuccess() const { return GetValue() == nxEnum_Undefined; }
 };

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** Who decided on the execution, for regulatory reports. */
+// Who decided on the execution, for regulatory reports.
 class nxExecutionDecisionQualifierEnum final : public nxEnumRange<nxExecutionDecisionQualifierEnum, 480, 490>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The execution style of an order. A bracket's stop loss order is a stop or a trailing stop. */
+// The execution style of an order. A bracket's stop loss order is a stop or a trailing stop.
 class nxExecutionRestrictionEnum final : public nxEnumRange<nxExecutionRestrictionEnum, 1050, 1100>
 {
 public:

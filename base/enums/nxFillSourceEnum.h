@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** Where a fill came from. */
+// Where a fill came from.
 class nxFillSourceEnum final : public nxEnumRange<nxFillSourceEnum, 430, 450>
 {
 public:

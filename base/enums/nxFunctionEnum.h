@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The function code of a message, from which its subject is made. */
+// The function code of a message, from which its subject is made.
 class nxFunctionEnum final : public nxEnumRange<nxFunctionEnum, 100000, 200000>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxBitMask64.h"
 
-/** A mask of 64 bits whose flags mean what its holder says. */
+// A mask of 64 bits whose flags mean what its holder says.
 class nxGenericBitMask64 : public nxBitMask64
 {
 public:
@@ -13,9 +13,9 @@ public:
     nxGenericBitMask64& operator=(const nxGenericBitMask64&) = default;
     using nxBitMask64::operator=;
 
-    /** Both generic masks answer with the one name; readers of logs and messages rely on it. */
+    // Both generic masks answer with the one name; readers of logs and messages rely on it.
     std::string GetClassName() const override { return "nxGenericBitMask"; }
     using nxBitMask64::SetBits;
-    /** Takes the flags of `bits` and leaves out its marks, as nxGenericBitMask does. */
+    // Takes the flags of `bits` and leaves out its marks, as nxGenericBitMask does.
     void SetBits(const nxBitMask64& bits) override;
 };

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** Who decided on the investment, for regulatory reports. */
+// Who decided on the investment, for regulatory reports.
 class nxInvestmentDecisionQualifierEnum final
     : public nxEnumRange<nxInvestmentDecisionQualifierEnum, 490, 500>
 {

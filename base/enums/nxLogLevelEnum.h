@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The weight of a log line; the greater, the graver. */
+// The weight of a log line; the greater, the graver.
 class nxLogLevelEnum final : public nxEnumRange<nxLogLevelEnum, 30, 39>
 {
 public:
@@ -12,7 +12,7 @@ public:
     std::string GetClassName() const override { return "nxLogLevelEnum"; }
 };
 
-/** The levels as constants, to be named where a line is logged. */
+// The levels as constants, to be named where a line is logged.
 namespace nxLogLevel {
 inline constexpr nxLogLevelEnum Detail{nxLogLevel_Detail};
 inline constexpr nxLogLevelEnum Info{nxLogLevel_Info};

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** What happened to a single order of the exchange's book. */
+// What happened to a single order of the exchange's book.
 class nxMarketByOrderActionTypeEnum final : public nxEnumRange<nxMarketByOrderActionTypeEnum, 450, 460>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The channel a message travels on. */
+// The channel a message travels on.
 class nxMessageChannelEnum final : public nxEnumRange<nxMessageChannelEnum, 510, 530>
 {
 public:

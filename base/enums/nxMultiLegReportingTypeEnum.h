@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** Whether a trade report stands for a single product, a leg or a whole strategy. */
+// Whether a trade report stands for a single product, a leg or a whole strategy.
 class nxMultiLegReportingTypeEnum final : public nxEnumRange<nxMultiLegReportingTypeEnum, 500, 510>
 {
 public:

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-/** A class name as a template argument. */
+// A class name as a template argument.
 template <std::size_t length>
 struct nxClassName
 {
@@ -12,8 +12,8 @@ struct nxClassName
     consteval nxClassName(const char (&name)[length]) { std::copy_n(name, length, text); }
 };
 
-/** Makes a concrete mask of nxBitMask or nxBitMask64 (`Base`, with values of type `Value`): the public
-   constructors, assignment, and the class's own name. */
+// Makes a concrete mask of nxBitMask or nxBitMask64 (`Base`, with values of type `Value`): the public
+// constructors, assignment, and the class's own name.
 template <class Base, class Value, nxClassName name>
 class nxNamedBitMask : public Base
 {

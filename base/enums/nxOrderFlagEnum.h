@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** A remark that the exchange or a synthetic engine puts on an order. */
+// A remark that the exchange or a synthetic engine puts on an order.
 class nxOrderFlagEnum final : public nxEnumRange<nxOrderFlagEnum, 8000, 8020>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The outcome of one order transaction. */
+// The outcome of one order transaction.
 class nxOrderTransactionStatusEnum final : public nxEnumRange<nxOrderTransactionStatusEnum, 1150, 1200>
 {
 public:

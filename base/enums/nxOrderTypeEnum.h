@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** Whether an order has a limit price. */
+// Whether an order has a limit price.
 class nxOrderTypeEnum final : public nxEnumRange<nxOrderTypeEnum, 1000, 1050>
 {
 public:

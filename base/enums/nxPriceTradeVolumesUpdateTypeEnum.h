@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** What an nxPriceTradeVolumes does to the one it updates; see nxPriceTradeVolumes::ApplyUpdate. */
+// What an nxPriceTradeVolumes does to the one it updates; see nxPriceTradeVolumes::ApplyUpdate.
 class nxPriceTradeVolumesUpdateTypeEnum final
     : public nxEnumRange<nxPriceTradeVolumesUpdateTypeEnum, 320, 330>
 {

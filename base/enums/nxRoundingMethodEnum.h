@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** How a price goes to a tick. Nearest: the nearest multiple, halves away from zero. */
+// How a price goes to a tick. Nearest: the nearest multiple, halves away from zero.
 class nxRoundingMethodEnum final : public nxEnumRange<nxRoundingMethodEnum, 7400, 7410>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** How the legs of a strategy are put together. */
+// How the legs of a strategy are put together.
 class nxStrategyTypeEnum final : public nxEnumRange<nxStrategyTypeEnum, 200, 240>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The role of a child order under its synthetic parent. */
+// The role of a child order under its synthetic parent.
 class nxSyntheticChildOrderTypeEnum final : public nxEnumRange<nxSyntheticChildOrderTypeEnum, 1250, 1300>
 {
 public:

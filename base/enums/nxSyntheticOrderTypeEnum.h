@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The kind of a parent order that works through child orders. */
+// The kind of a parent order that works through child orders.
 class nxSyntheticOrderTypeEnum final : public nxEnumRange<nxSyntheticOrderTypeEnum, 1200, 1250>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The price of a leg from which a synthetic strategy's price is computed. */
+// The price of a leg from which a synthetic strategy's price is computed.
 class nxSyntheticStrategyLegCalculationPriceTypeEnum final
     : public nxEnumRange<nxSyntheticStrategyLegCalculationPriceTypeEnum, 300, 320>
 {

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The period of a bar; its names are those that scripts use. */
+// The period of a bar; its names are those that scripts use.
 class nxTickDataPeriodEnum final : public nxEnumRange<nxTickDataPeriodEnum, 400, 430>
 {
 public:

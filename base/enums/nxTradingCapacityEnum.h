@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** In which capacity a member trades, for regulatory reports. */
+// In which capacity a member trades, for regulatory reports.
 class nxTradingCapacityEnum final : public nxEnumRange<nxTradingCapacityEnum, 460, 470>
 {
 public:

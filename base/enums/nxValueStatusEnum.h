@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** Whether a value is there, absent (null), or left alone by an update (no-change). */
+// Whether a value is there, absent (null), or left alone by an update (no-change).
 class nxValueStatusEnum final : public nxEnumRange<nxValueStatusEnum, 240, 244>
 {
 public:

@@ -2,7 +2,7 @@
 
 #include "base/enums/nxEnumRange.h"
 
-/** The value type of an algorithm parameter. */
+// The value type of an algorithm parameter.
 class nxVorantParameterTypeEnum final : public nxEnumRange<nxVorantParameterTypeEnum, 9600, 9609>
 {
 public:

@@ -14,21 +14,21 @@ class thread_pool;
 }
 }  // namespace spdlog
 
-/** What the console and the file device share: lines "YYYYMMDD:HH:MM:SS.mmm LEVEL text", with the line's own
-   time stamp, written by a thread of the device's own. The writer of a line waits only when the device is
-   thousands of lines behind; no line is lost. */
+// What the console and the file device share: lines "YYYYMMDD:HH:MM:SS.mmm LEVEL text", with the line's own
+// time stamp, written by a thread of the device's own. The writer of a line waits only when the device is
+// thousands of lines behind; no line is lost.
 class nxAsyncLogDevice : public nxLogDevice
 {
 public:
     ~nxAsyncLogDevice() override;
     nxErrorEnum Destroy() override;
     void Write(const nxLog& log) override;
-    /** Returns when the lines so far have reached the console or the file. */
+    // Returns when the lines so far have reached the console or the file.
     void Flush() override;
 
 protected:
     nxAsyncLogDevice() = default;
-    /** Begins to write to `sink`; an earlier one is let go. */
+    // Begins to write to `sink`; an earlier one is let go.
     void _Start(std::shared_ptr<spdlog::sinks::sink> sink);
 
 private:

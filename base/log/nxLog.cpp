@@ -26,7 +26,7 @@ nxLog& nxLog::operator<<(int value)
     return *this << static_cast<long long>(value);
 }
 
-nxLog& nxLog::operator<<(unsigned value)
+nxLog& nxLog::operator<<(unsigned int value)
 {
     return *this << static_cast<unsigned long long>(value);
 }

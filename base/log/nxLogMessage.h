@@ -5,7 +5,7 @@
 #include "base/log/nxLog.h"
 #include "base/log/nxLogManager.h"
 
-/** A level together with the place that names it. */
+// A level together with the place that names it.
 struct nxLogAt
 {
     const nxLogLevelEnum& level;
@@ -17,8 +17,8 @@ struct nxLogAt
     }
 };
 
-/** Logs a line made of `parts`; the one way in which lines are written. Nothing is formatted for a level that
- * is off. */
+// Logs a line made of `parts`; the one way in which lines are written. Nothing is formatted for a level that
+// is off.
 template <class... Parts>
 void nxLogMessage(const nxLogAt& at, const Parts&... parts)
 {

@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-/** An array that grows at its end, in pieces each twice as large as the one before: what it holds never
-   moves, and no element pays for moving those in front. Finding a place takes a few instructions more than in
-   a vector. Memory behind the end of the last piece is not touched. */
+// An array that grows at its end, in pieces each twice as large as the one before: what it holds never
+// moves, and no element pays for moving those in front. Finding a place takes a few instructions more than in
+// a vector. Memory behind the end of the last piece is not touched.
 template <class T>
 class nxGrowingArray
 {

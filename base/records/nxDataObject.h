@@ -2,7 +2,7 @@
 
 #include "base/records/nxObject.h"
 
-/** The base of the records that a data object cache holds. */
+// The base of the records that a data object cache holds.
 class nxDataObject : public nxObject
 {
 public:

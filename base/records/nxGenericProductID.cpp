@@ -5,18 +5,18 @@
 
 namespace {
 
-constexpr char wildcard[] = "*";
+constexpr char Wildcard[] = "*";
 
 bool IsGiven(std::string_view field)
 {
-    return !field.empty() && field != wildcard;
+    return !field.empty() && field != Wildcard;
 }
 
 void AppendField(std::string& key, std::string_view field)
 {
     if (!key.empty()) key += '.';
     if (!IsGiven(field)) {
-        key += wildcard;
+        key += Wildcard;
         return;
     }
     for (const char c : field) {
@@ -44,7 +44,7 @@ nxGenericProductID::nxGenericProductID(const nxProductID& productID)
 
 std::string nxGenericProductID::GetAsString() const
 {
-    const std::string name = IsGiven(_name) ? _name : wildcard;
+    const std::string name = IsGiven(_name) ? _name : Wildcard;
     return IsGiven(_exchange) ? _exchange + ":" + name : name;
 }
 

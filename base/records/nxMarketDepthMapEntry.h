@@ -1,6 +1,6 @@
 #pragma once
 
-/** What stands at one price of a book. */
+// What stands at one price of a book.
 struct nxMarketDepthMapEntry
 {
     unsigned int volume = 0;

@@ -1,13 +1,13 @@
 #pragma once
 
-/** The base of the records that travel as messages. A record is a value: copying copies every field, and it
-   holds no lock of its own. */
+// The base of the records that travel as messages. A record is a value: copying copies every field, and it
+// holds no lock of its own.
 class nxObject
 {
 public:
     virtual ~nxObject() = default;
 
-    /** A copy of the whole record, owned by the caller. */
+    // A copy of the whole record, owned by the caller.
     virtual nxObject* CopyInstance() const = 0;
 
 protected:

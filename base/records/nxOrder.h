@@ -11,8 +11,8 @@
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
 
-/** An order's state after one of its transactions. Prices, volumes and ids are null until they are set. The
-   residual volume is what is still working in the market. */
+// An order's state after one of its transactions. Prices, volumes and ids are null until they are set. The
+// residual volume is what is still working in the market.
 class nxOrder : public nxObject
 {
 public:

@@ -11,19 +11,19 @@
 #include "base/records/nxOrder.h"
 #include "base/time/nxDateTime.h"
 
-/** One event on an order: what was asked or filled, with what outcome, and the order as it stands after it.
-   Copies share the order and the exchange's data, which are not changed once they are here. */
+// One event on an order: what was asked or filled, with what outcome, and the order as it stands after it.
+// Copies share the order and the exchange's data, which are not changed once they are here.
 class nxOrderTransaction : public nxObject
 {
 public:
     nxOrderTransaction* CopyInstance() const override { return new nxOrderTransaction(*this); }
 
-    /** The order after this event, good while the transaction holds it; null when the event has none. */
+    // The order after this event, good while the transaction holds it; null when the event has none.
     const nxOrder* GetOrder() const { return _order.get(); }
     void SetOrder(std::shared_ptr<const nxOrder> order) { _order = std::move(order); }
     void SetOrder(const nxOrder& order) { _order = std::make_shared<const nxOrder>(order); }
 
-    /** The exchange's own data of the order, or null. */
+    // The exchange's own data of the order, or null.
     nxExchangeOrderData* GetTemporaryExchangeOrderData() const { return _temporaryExchangeOrderData.get(); }
     void SetTemporaryExchangeOrderData(std::shared_ptr<nxExchangeOrderData> data)
     {

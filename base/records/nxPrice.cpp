@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <tuple>
 
 namespace {
 
@@ -10,7 +11,7 @@ nxVolume Add(const nxVolume& a, const nxVolume& b)
 {
     if (!a.IsValid() || !b.IsValid()) return a.IsValid() ? a : b;
     constexpr std::uint64_t greatest = nxVolume::NoChangeValue - 1;
-    return static_cast<unsigned>(std::min(std::uint64_t{a.GetValue()} + b.GetValue(), greatest));
+    return static_cast<unsigned int>(std::min(std::uint64_t{a.GetValue()} + b.GetValue(), greatest));
 }
 
 struct Quote
@@ -48,54 +49,24 @@ void nxPrice::_GetBestAskOfBoth(nxDecimal& price, nxVolume& volume) const
     GetBest({_askPrice, _askVolume}, {_impliedAskPrice, _impliedAskVolume}, std::less<>(), price, volume);
 }
 
+struct nxPrice::Fields
+{
+    static constexpr auto all = std::tuple(
+        &nxPrice::_bidPrice, &nxPrice::_bidVolume, &nxPrice::_askPrice, &nxPrice::_askVolume,
+        &nxPrice::_impliedBidPrice, &nxPrice::_impliedBidVolume, &nxPrice::_impliedAskPrice,
+        &nxPrice::_impliedAskVolume, &nxPrice::_lastPrice, &nxPrice::_lastVolume,
+        &nxPrice::_lastPriceBuySellIndicator, &nxPrice::_totalTradedVolume, &nxPrice::_openPrice,
+        &nxPrice::_highPrice, &nxPrice::_lowPrice, &nxPrice::_closePrice, &nxPrice::_previousClosePrice,
+        &nxPrice::_settlementPrice, &nxPrice::_previousSettlementPrice, &nxPrice::_settlementPriceType,
+        &nxPrice::_theoreticalPrice, &nxPrice::_theoretical2Price);
+};
+
 void nxPrice::ApplyUpdate(const nxPrice& update)
 {
-    Apply(_bidPrice, update._bidPrice);
-    Apply(_bidVolume, update._bidVolume);
-    Apply(_askPrice, update._askPrice);
-    Apply(_askVolume, update._askVolume);
-    Apply(_impliedBidPrice, update._impliedBidPrice);
-    Apply(_impliedBidVolume, update._impliedBidVolume);
-    Apply(_impliedAskPrice, update._impliedAskPrice);
-    Apply(_impliedAskVolume, update._impliedAskVolume);
-    Apply(_lastPrice, update._lastPrice);
-    Apply(_lastVolume, update._lastVolume);
-    Apply(_lastPriceBuySellIndicator, update._lastPriceBuySellIndicator);
-    Apply(_totalTradedVolume, update._totalTradedVolume);
-    Apply(_openPrice, update._openPrice);
-    Apply(_highPrice, update._highPrice);
-    Apply(_lowPrice, update._lowPrice);
-    Apply(_closePrice, update._closePrice);
-    Apply(_previousClosePrice, update._previousClosePrice);
-    Apply(_settlementPrice, update._settlementPrice);
-    Apply(_previousSettlementPrice, update._previousSettlementPrice);
-    Apply(_settlementPriceType, update._settlementPriceType);
-    Apply(_theoreticalPrice, update._theoreticalPrice);
-    Apply(_theoretical2Price, update._theoretical2Price);
+    std::apply([&](auto... field) { (Apply(this->*field, update.*field), ...); }, Fields::all);
 }
 
 void nxPrice::SetNoChange()
 {
-    _bidPrice.SetNoChange();
-    _bidVolume.SetNoChange();
-    _askPrice.SetNoChange();
-    _askVolume.SetNoChange();
-    _impliedBidPrice.SetNoChange();
-    _impliedBidVolume.SetNoChange();
-    _impliedAskPrice.SetNoChange();
-    _impliedAskVolume.SetNoChange();
-    _lastPrice.SetNoChange();
-    _lastVolume.SetNoChange();
-    _lastPriceBuySellIndicator.SetNoChange();
-    _totalTradedVolume.SetNoChange();
-    _openPrice.SetNoChange();
-    _highPrice.SetNoChange();
-    _lowPrice.SetNoChange();
-    _closePrice.SetNoChange();
-    _previousClosePrice.SetNoChange();
-    _settlementPrice.SetNoChange();
-    _previousSettlementPrice.SetNoChange();
-    _settlementPriceType.SetNoChange();
-    _theoreticalPrice.SetNoChange();
-    _theoretical2Price.SetNoChange();
+    std::apply([&](auto... field) { ((this->*field).SetNoChange(), ...); }, Fields::all);
 }

@@ -5,15 +5,15 @@
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
 
-/** One product's top of book and daily statistics; prices and volumes are null until they are set. As an
-   update, it holds no-change in every field that the update leaves alone. A plain value: a copy touches no
-   heap. */
+// One product's top of book and daily statistics; prices and volumes are null until they are set. As an
+// update, it holds no-change in every field that the update leaves alone. A plain value: a copy touches no
+// heap.
 class nxPrice
 {
 public:
-    /** The better of the direct and the implied quote. On equal prices the volumes add up, to at most the
-       greatest volume that is not a mark. A side that is not valid gives way to the other; with neither, both
-       results are null. */
+    // The better of the direct and the implied quote. On equal prices the volumes add up, to at most the
+    // greatest volume that is not a mark. A side that is not valid gives way to the other; with neither, both
+    // results are null.
     void GetBestBidPriceAndVolume(nxDecimal& price, nxVolume& volume) const
     {
         if (_impliedBidPrice.IsValid()) {
@@ -31,9 +31,9 @@ public:
         }
     }
 
-    /** Takes over every field of `update` that is not at no-change; a null overwrites. */
+    // Takes over every field of `update` that is not at no-change; a null overwrites.
     void ApplyUpdate(const nxPrice& update);
-    /** Brings all fields to no-change. */
+    // Brings all fields to no-change.
     void SetNoChange();
 
     const nxDecimal& GetBidPrice() const { return _bidPrice; }
@@ -83,6 +83,8 @@ public:
     void SetTheoretical2Price(const nxDecimal& value) { _theoretical2Price = value; }
 
 private:
+    struct Fields;  // the list of them all
+
     static void _GetDirect(const nxDecimal& directPrice, const nxVolume& directVolume, nxDecimal& price,
                            nxVolume& volume)
     {

@@ -15,7 +15,7 @@ void nxPriceTradeVolumes::AddTrade(const nxDecimal& price, const nxVolume& volum
     constexpr std::uint64_t greatest = nxVolume::NoChangeValue - 1;
     nxVolume& total = _prices.try_emplace(price, 0u).first->second;
     total.SetValue(
-        static_cast<unsigned>(std::min(std::uint64_t{total.GetValue()} + volume.GetValue(), greatest)));
+        static_cast<unsigned int>(std::min(std::uint64_t{total.GetValue()} + volume.GetValue(), greatest)));
 }
 
 void nxPriceTradeVolumes::ApplyUpdate(const nxPriceTradeVolumes& update)

@@ -7,7 +7,7 @@
 #include "base/values/nxMoney.h"
 #include "base/values/nxPriceManipulator.h"
 
-/** A product's static data: who it is, and the rules of its prices and volumes. */
+// A product's static data: who it is, and the rules of its prices and volumes.
 class nxProductDefinition : public nxDataObject
 {
 public:

@@ -4,7 +4,7 @@
 
 #include "base/enums/nxProductTypeEnum.h"
 
-/** An exact product identity. Its text is what a host looks the product up by. */
+// An exact product identity. Its text is what a host looks the product up by.
 class nxProductID
 {
 public:
@@ -15,7 +15,7 @@ public:
     nxProductID& operator=(const nxProductID&) = default;
     virtual ~nxProductID() = default;
 
-    /** The name, or "exchange:name" where an exchange is given. */
+    // The name, or "exchange:name" where an exchange is given.
     const std::string& GetAsString() const { return _text; }
     const std::string& GetName() const { return _name; }
     const nxProductTypeEnum& GetProductType() const { return _productType; }

@@ -3,8 +3,7 @@
 #include "base/enums/nxStrategyTypeEnum.h"
 #include "base/records/nxProductID.h"
 
-/** The identity of a strategy: a product's, with the way its legs are put together and the type of the legs.
- */
+// The identity of a strategy: a product's, with the way its legs are put together and the type of the legs.
 class nxStrategyID : public nxProductID
 {
 public:

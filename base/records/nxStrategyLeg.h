@@ -9,14 +9,14 @@
 #include "base/records/nxProductID.h"
 #include "base/values/nxDecimal.h"
 
-/** One leg of a strategy: a product, the side it trades on when the strategy is bought, and its share in the
-   strategy's price and volume. Copies share the product id, which never changes. */
+// One leg of a strategy: a product, the side it trades on when the strategy is bought, and its share in the
+// strategy's price and volume. Copies share the product id, which never changes.
 class nxStrategyLeg : public nxObject
 {
 public:
     nxStrategyLeg* CopyInstance() const override { return new nxStrategyLeg(*this); }
 
-    /** Good while the leg lives; null until it is set. */
+    // Good while the leg lives; null until it is set.
     const nxProductID* GetProductID() const { return _productID.get(); }
     void SetProductID(const nxProductID& productID)
     {

@@ -4,8 +4,8 @@
 #include "base/time/nxDateTime.h"
 #include "base/values/nxDecimal.h"
 
-/** One bar of a product's history. Time and prices are null until they are set; volumes are plain counts from
- * 0. */
+// One bar of a product's history. Time and prices are null until they are set; volumes are plain counts from
+// 0.
 class nxTickData : public nxObject
 {
 public:

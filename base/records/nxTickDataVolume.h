@@ -2,7 +2,7 @@
 
 #include "base/records/nxObject.h"
 
-/** The volumes behind a bar, by side and kind of trade. */
+// The volumes behind a bar, by side and kind of trade.
 class nxTickDataVolume : public nxObject
 {
 public:

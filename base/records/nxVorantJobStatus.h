@@ -6,8 +6,8 @@
 #include "base/records/nxObject.h"
 #include "base/time/nxDateTime.h"
 
-/** The status of a job as another one watches it. The output parameters are one flat text of `name=value`
- * pairs. */
+// The status of a job as another one watches it. The output parameters are one flat text of `name=value`
+// pairs.
 class nxVorantJobStatus : public nxObject
 {
 public:

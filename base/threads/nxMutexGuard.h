@@ -2,8 +2,8 @@
 
 #include "base/threads/nxMutex.h"
 
-/** Holds a mutex from construction to destruction. Where the lock is refused, the thread holds it already,
-   and the guard leaves the unlocking to the one that took it. */
+// Holds a mutex from construction to destruction. Where the lock is refused, the thread holds it already,
+// and the guard leaves the unlocking to the one that took it.
 class nxMutexGuard
 {
 public:
@@ -15,7 +15,7 @@ public:
     nxMutexGuard(const nxMutexGuard&) = delete;
     nxMutexGuard& operator=(const nxMutexGuard&) = delete;
 
-    /** False where the thread held the mutex already. */
+    // False where the thread held the mutex already.
     bool IsHolder() const { return _locked; }
 
 private:

@@ -2,7 +2,7 @@
 
 #include "base/threads/nxMutex.h"
 
-/** A bool that several threads may read and write at a time. */
+// A bool that several threads may read and write at a time.
 class nxSharedFlag
 {
 public:

@@ -4,8 +4,8 @@
 
 #include "base/enums/nxErrorEnum.h"
 
-/** A lock for sections of a few instructions: a waiter turns in place, yielding after a while. Not recursive;
-   a thread that locks it twice hangs. */
+// A lock for sections of a few instructions: a waiter turns in place, yielding after a while. Not recursive;
+// a thread that locks it twice hangs.
 class nxSpinLock
 {
 public:
@@ -13,7 +13,7 @@ public:
     nxSpinLock(const nxSpinLock&) = delete;
     nxSpinLock& operator=(const nxSpinLock&) = delete;
 
-    /** Both always succeed. */
+    // Both always succeed.
     nxErrorEnum Lock();
     nxErrorEnum Unlock();
 

@@ -2,7 +2,7 @@
 
 #include "base/threads/nxSpinLock.h"
 
-/** Holds a spin lock from construction to destruction. */
+// Holds a spin lock from construction to destruction.
 class nxSpinLockGuard
 {
 public:

@@ -15,8 +15,8 @@ using namespace std::chrono;
 bool ToSeconds(int yearNumber, int monthNumber, int dayNumber, int hour, int minute, int second,
                long long& out)
 {
-    const year_month_day date{year{yearNumber}, month{static_cast<unsigned>(monthNumber)},
-                              day{static_cast<unsigned>(dayNumber)}};
+    const year_month_day date{year{yearNumber}, month{static_cast<unsigned int>(monthNumber)},
+                              day{static_cast<unsigned int>(dayNumber)}};
     const bool inRange = yearNumber >= 1 && yearNumber <= 9999 && monthNumber >= 1 && monthNumber <= 12 &&
                          dayNumber >= 1 && dayNumber <= 31 && date.ok() && hour >= 0 && hour < 24 &&
                          minute >= 0 && minute < 60 && second >= 0 && second < 60;
@@ -27,8 +27,8 @@ bool ToSeconds(int yearNumber, int monthNumber, int dayNumber, int hour, int min
     return inRange;
 }
 
-constexpr long long firstSecond = sys_seconds{sys_days{year{1} / 1 / 1}}.time_since_epoch().count();
-constexpr long long lastSecond =
+constexpr long long FirstSecond = sys_seconds{sys_days{year{1} / 1 / 1}}.time_since_epoch().count();
+constexpr long long LastSecond =
     sys_seconds{sys_days{year{9999} / 12 / 31} + days{1}}.time_since_epoch().count() - 1;
 
 struct Calendar
@@ -55,17 +55,18 @@ int ReadDigits(std::string_view text, std::size_t position, std::size_t width)
     return number;
 }
 
-void AppendDigits(std::string& text, int number, unsigned width)
+void AppendDigits(std::string& text, int number, unsigned int width)
 {
     std::array<char, 4> digits;
-    for (unsigned i = width; i-- > 0; number /= 10)
+    for (unsigned int i = width; i-- > 0; number /= 10)
         digits[i] = static_cast<char>('0' + number % 10);
     text.append(digits.data(), width);
 }
 
 }  // namespace
 
-nxDateTime::nxDateTime(int year, int month, int day, int hour, int minute, int second, unsigned /*fraction*/)
+nxDateTime::nxDateTime(int year, int month, int day, int hour, int minute, int second,
+                       unsigned int /*fraction*/)
 {
     if (!ToSeconds(year, month, day, hour, minute, second, _time))
         throw std::invalid_argument("nxDateTime: no such date");
@@ -73,7 +74,7 @@ nxDateTime::nxDateTime(int year, int month, int day, int hour, int minute, int s
 
 bool nxDateTime::IsValid() const
 {
-    return !IsNull() && !IsNoChange() && _time >= firstSecond && _time <= lastSecond;
+    return !IsNull() && !IsNoChange() && _time >= FirstSecond && _time <= LastSecond;
 }
 
 int nxDateTime::GetYear() const
@@ -83,12 +84,12 @@ int nxDateTime::GetYear() const
 
 int nxDateTime::GetMonth() const
 {
-    return IsValid() ? static_cast<int>(static_cast<unsigned>(CalendarOf(_time).date.month())) : 0;
+    return IsValid() ? static_cast<int>(static_cast<unsigned int>(CalendarOf(_time).date.month())) : 0;
 }
 
 int nxDateTime::GetDay() const
 {
-    return IsValid() ? static_cast<int>(static_cast<unsigned>(CalendarOf(_time).date.day())) : 0;
+    return IsValid() ? static_cast<int>(static_cast<unsigned int>(CalendarOf(_time).date.day())) : 0;
 }
 
 int nxDateTime::GetHour() const
@@ -124,10 +125,10 @@ std::string nxDateTime::GetAsString(const std::string& format) const
                 AppendDigits(text, static_cast<int>(calendar.date.year()), 4);
                 break;
             case 'm':
-                AppendDigits(text, static_cast<int>(static_cast<unsigned>(calendar.date.month())), 2);
+                AppendDigits(text, static_cast<int>(static_cast<unsigned int>(calendar.date.month())), 2);
                 break;
             case 'd':
-                AppendDigits(text, static_cast<int>(static_cast<unsigned>(calendar.date.day())), 2);
+                AppendDigits(text, static_cast<int>(static_cast<unsigned int>(calendar.date.day())), 2);
                 break;
             case 'H':
                 AppendDigits(text, static_cast<int>(calendar.time.hours().count()), 2);

@@ -1,6 +1,6 @@
 #pragma once
 
-/** A length of time in whole seconds; may be negative. */
+// A length of time in whole seconds; may be negative.
 class nxDateTimeSpan
 {
 public:

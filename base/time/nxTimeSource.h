@@ -2,9 +2,9 @@
 
 #include "base/time/nxTimeStamp.h"
 
-/** Where "now" comes from. Every current time in the library, the log's time stamps included, is asked of
-   Now(): the source that the calling thread has installed, else the system clock. A replay installs one that
-   follows the recorded time. */
+// Where "now" comes from. Every current time in the library, the log's time stamps included, is asked of
+// Now(): the source that the calling thread has installed, else the system clock. A replay installs one that
+// follows the recorded time.
 class nxTimeSource
 {
 public:
@@ -13,9 +13,9 @@ public:
 
     static nxTimeStamp Now();
 
-    /** Makes `source` the calling thread's source until the end of its scope, then restores the earlier one.
-       Lives on one thread; installations end in the reverse order of their beginning; `source` must outlive
-       its own. */
+    // Makes `source` the calling thread's source until the end of its scope, then restores the earlier one.
+    // Lives on one thread; installations end in the reverse order of their beginning; `source` must outlive
+    // its own.
     class Installation
     {
     public:

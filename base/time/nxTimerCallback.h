@@ -1,7 +1,7 @@
 #pragma once
 
-/** What a timer calls. Who runs the timer calls OnTimer on its own thread, and deletes the callback with the
-    timer when that is wanted. */
+// What a timer calls. Who runs the timer calls OnTimer on its own thread, and deletes the callback with the
+// timer when that is wanted.
 class nxTimerCallback
 {
 public:

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr long long powersOfTen[] = {1,
+constexpr long long PowersOfTen[] = {1,
                                      10,
                                      100,
                                      1000,
@@ -30,7 +30,7 @@ constexpr long long powersOfTen[] = {1,
                                      10000000000000000,
                                      100000000000000000,
                                      1000000000000000000};
-constexpr std::uint64_t maxMagnitude = 0x7FFFFFFFFFFFFFFF;
+constexpr std::uint64_t MaxMagnitude = 0x7FFFFFFFFFFFFFFF;
 
 // The magnitude of numerator / denominator, both positive, rounded half up; the sum of denominator and
 // remainder must fit the type.
@@ -48,7 +48,7 @@ nxUInt128 Magnitude(nxInt128 value)
 
 nxDecimal FromMagnitude(bool negative, nxUInt128 magnitude, unsigned char places)
 {
-    if (magnitude > maxMagnitude) return {};
+    if (magnitude > MaxMagnitude) return {};
     const auto mantissa = static_cast<long long>(magnitude);
     return nxDecimal::FromMantissa(negative ? -mantissa : mantissa, places);
 }
@@ -94,7 +94,7 @@ bool IsDecimalText(const char* text, const char* last, char separator)
 nxDecimal::nxDecimal(long long numerator, long long denominator, unsigned char places) noexcept
 {
     if (denominator == 0 || places > MaxDecimalPlaces) return;
-    const nxUInt128 scaled = Magnitude(numerator) * static_cast<nxUInt128>(powersOfTen[places]);
+    const nxUInt128 scaled = Magnitude(numerator) * static_cast<nxUInt128>(PowersOfTen[places]);
     *this = FromMagnitude((numerator < 0) != (denominator < 0), DivideRounded(scaled, Magnitude(denominator)),
                           places);
 }
@@ -113,7 +113,7 @@ double nxDecimal::_GetAsDoubleSlow() const noexcept
     char* end = std::to_chars(text, text + 24, _mantissa).ptr;
     *end++ = 'e';
     *end++ = '-';
-    end = std::to_chars(end, text + sizeof text, unsigned{_places}).ptr;
+    end = std::to_chars(end, text + sizeof text, static_cast<unsigned int>(_places)).ptr;
     double result = 0;
     std::from_chars(text, end, result);
     return result;
@@ -132,7 +132,7 @@ void nxDecimal::SetFromDouble(const double& value, unsigned char places) noexcep
 
     // value = significand * 2^exponent, and at most 53 + 60 bits are taken by the scaled number.
     const int exponent = std::max(exponentField, 1) - 1023 - fractionBits;
-    nxUInt128 scaled = static_cast<nxUInt128>(significand) * static_cast<nxUInt128>(powersOfTen[places]);
+    nxUInt128 scaled = static_cast<nxUInt128>(significand) * static_cast<nxUInt128>(PowersOfTen[places]);
     if (exponent >= 0) {
         if (exponent > 10 && significand != 0) return;
         scaled <<= exponent;
@@ -170,7 +170,7 @@ nxErrorEnum nxDecimal::SetFromChars(const char* first, const char* last, char se
             places = text - fraction;
         }
         if (!good || text != last) return nxError_NotANumber;
-        if (number > maxMagnitude) return nxError_NumberOutOfRange;
+        if (number > MaxMagnitude) return nxError_NumberOutOfRange;
         const auto mantissa = static_cast<long long>(number);
         _SetValid(negative ? -mantissa : mantissa, static_cast<unsigned char>(places));
         return {};
@@ -185,7 +185,7 @@ nxErrorEnum nxDecimal::SetFromChars(const char* first, const char* last, char se
         const std::ptrdiff_t places = last > point ? last - point - 1 : 0;
         bool fits = places <= MaxDecimalPlaces && ReadDigits<true>(text, point, number);
         if (fits && places > 0) fits = ReadDigits<true>(++text, last, number);
-        if (fits && number <= maxMagnitude) {
+        if (fits && number <= MaxMagnitude) {
             const auto mantissa = static_cast<long long>(number);
             _SetValid(negative ? -mantissa : mantissa, static_cast<unsigned char>(places));
             return {};
@@ -224,7 +224,7 @@ void nxDecimal::Normalise(const unsigned char& places) noexcept
         --_places;
     }
     for (long long longer = 0; _places < std::min(places, MaxDecimalPlaces) &&
-                               !__builtin_mul_overflow(_mantissa, 10ll, &longer) && longer >= -_maxMantissa;
+                               !__builtin_mul_overflow(_mantissa, 10ll, &longer) && longer >= -MaxMantissa;
          ++_places)
         _mantissa = longer;
 }
@@ -238,7 +238,7 @@ void nxDecimal::Round(const nxDecimal& tick, const nxRoundingMethodEnum& method)
 
     // Both at the greater count of places, so that their quotient counts the ticks.
     const auto scale = [](int missing) {
-        return static_cast<std::uint64_t>(powersOfTen[std::max(missing, 0)]);
+        return static_cast<std::uint64_t>(PowersOfTen[std::max(missing, 0)]);
     };
     const std::uint64_t magnitudeScale = scale(tick._places - _places);
     const std::uint64_t stepScale = scale(_places - tick._places);
@@ -268,7 +268,7 @@ std::weak_ordering nxDecimal::_CompareSlow(const nxDecimal& other) const noexcep
 {
     if (_status != other._status) return _status <=> other._status;
     const auto scaled = [](const nxDecimal& value, unsigned char places) {
-        return static_cast<nxInt128>(value._mantissa) * powersOfTen[places - value._places];
+        return static_cast<nxInt128>(value._mantissa) * PowersOfTen[places - value._places];
     };
     const unsigned char places = std::max(_places, other._places);
     const nxInt128 left = scaled(*this, places);
@@ -283,12 +283,12 @@ nxDecimal nxDecimal::_Add(const nxDecimal& other, int sign) const noexcept
     if (!IsValid() || !other.IsValid()) return {};
     unsigned char places = std::max(_places, other._places);
     const auto scaled = [&](const nxDecimal& value) {
-        return static_cast<nxInt128>(value._mantissa) * powersOfTen[places - value._places];
+        return static_cast<nxInt128>(value._mantissa) * PowersOfTen[places - value._places];
     };
     const nxInt128 sum = scaled(*this) + scaled(other) * sign;
     nxUInt128 magnitude = Magnitude(sum);
     // The places asked for may be too many for so large a number; zeros at the end can go.
-    for (; magnitude > maxMagnitude && places > 0 && magnitude % 10 == 0; --places)
+    for (; magnitude > MaxMagnitude && places > 0 && magnitude % 10 == 0; --places)
         magnitude /= 10;
     return FromMagnitude(sum < 0, magnitude, places);
 }

@@ -6,9 +6,9 @@
 #include "base/enums/nxValueStatusEnum.h"
 #include "base/values/nxValueMarks.h"
 
-/** A double of which two large whole numbers are reserved as the marks null and no-change. Null by default.
-   Comparison allows a difference below 1e-8; arithmetic works on the raw number and does not look at the
-   marks. */
+// A double of which two large whole numbers are reserved as the marks null and no-change. Null by default.
+// Comparison allows a difference below 1e-8; arithmetic works on the raw number and does not look at the
+// marks.
 class nxDoubleValueWrapper
 {
 public:
@@ -17,8 +17,8 @@ public:
 
     constexpr nxDoubleValueWrapper() = default;
     constexpr nxDoubleValueWrapper(double value) : _value(value) {}
-    /** These two are crossed over: the tag of one mark gives the other. Stored data and callers rely on it,
-       so it stays; SetNull and SetNoChange are the right way round. */
+    // These two are crossed over: the tag of one mark gives the other. Stored data and callers rely on it,
+    // so it stays; SetNull and SetNoChange are the right way round.
     constexpr nxDoubleValueWrapper(nxNoChangeInitalizer) : _value(NullValue) {}
     constexpr nxDoubleValueWrapper(nxNullInitalizer) : _value(NoChangeValue) {}
     nxDoubleValueWrapper& operator=(double value)
@@ -34,11 +34,11 @@ public:
     bool IsValid() const { return !IsNull() && !IsNoChange(); }
     nxValueStatusEnum GetStatus() const;
 
-    /** The raw number, marks included. */
+    // The raw number, marks included.
     double GetValue() const { return _value; }
     operator double() const { return _value; }
 
-    bool operator==(double other) const { return _value - other < _tolerance && other - _value < _tolerance; }
+    bool operator==(double other) const { return _value - other < Tolerance && other - _value < Tolerance; }
     bool operator!=(double other) const { return !(*this == other); }
     bool operator<(double other) const { return *this != other && _value < other; }
     bool operator>(double other) const { return *this != other && _value > other; }
@@ -54,20 +54,20 @@ public:
     nxDoubleValueWrapper& operator*=(double other) { return *this = _value * other; }
     nxDoubleValueWrapper& operator/=(double other) { return *this = _value / other; }
 
-    /** Empty for a mark. */
+    // Empty for a mark.
     std::string GetAsString() const;
-    /** "NULL" or "NO_CHANGE" for a mark. */
+    // "NULL" or "NO_CHANGE" for a mark.
     std::string GetAsLogString() const;
-    /** As nxStringHelper::SetFromString with the separator "."; on an error the value is null. */
+    // As nxStringHelper::SetFromString with the separator "."; on an error the value is null.
     nxErrorEnum SetFromString(const std::string& text);
 
-    /** The greater or the lesser of two. A value that is not valid gives way to the other; of two equal ones,
-     * `a`. */
+    // The greater or the lesser of two. A value that is not valid gives way to the other; of two equal ones,
+    // `a`.
     static nxDoubleValueWrapper GetMax(const nxDoubleValueWrapper& a, const nxDoubleValueWrapper& b);
     static nxDoubleValueWrapper GetMin(const nxDoubleValueWrapper& a, const nxDoubleValueWrapper& b);
 
 private:
-    static constexpr double _tolerance = 1e-8;
+    static constexpr double Tolerance = 1e-8;
 
     double _value = NullValue;
 };

@@ -3,7 +3,7 @@
 #include "base/enums/nxCurrencyEnum.h"
 #include "base/values/nxDecimal.h"
 
-/** An amount in a currency. It is valid, null or no-change as its number is. */
+// An amount in a currency. It is valid, null or no-change as its number is.
 class nxMoney
 {
 public:
@@ -12,7 +12,7 @@ public:
 
     bool IsValid() const { return _value.IsValid(); }
     bool IsNull() const { return _value.IsNull(); }
-    /** The currency is undefined from then on. */
+    // The currency is undefined from then on.
     void SetNull() { *this = nxMoney(); }
 
     const nxDecimal& GetDecimalValue() const { return _value; }

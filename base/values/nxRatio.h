@@ -1,6 +1,6 @@
 #pragma once
 
-/** A ratio of two whole numbers, left to right. */
+// A ratio of two whole numbers, left to right.
 class nxRatio
 {
 public:

@@ -3,12 +3,12 @@
 #include <deque>
 #include <string>
 
-/** Splits texts. */
+// Splits texts.
 class nxStringParser
 {
 public:
-    /** Replaces `out` by the parts of `text` between separators. An empty text is one empty part; `skipEmpty`
-       leaves out the parts that are empty. */
+    // Replaces `out` by the parts of `text` between separators. An empty text is one empty part; `skipEmpty`
+    // leaves out the parts that are empty.
     static void ExtractAllSubstrings(const std::string& text, std::deque<std::string>& out, bool skipEmpty,
                                      char separator);
 };

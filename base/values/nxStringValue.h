@@ -6,7 +6,7 @@
 #include "base/enums/nxValueStatusEnum.h"
 #include "base/values/nxValueMarks.h"
 
-/** A text with a status of its own: an empty valid text is not a null one. Null by default. */
+// A text with a status of its own: an empty valid text is not a null one. Null by default.
 class nxStringValue
 {
 public:
@@ -16,7 +16,7 @@ public:
     nxStringValue(nxNullInitalizer) : nxStringValue() {}
     nxStringValue(nxNoChangeInitalizer) : _status(nxValueStatus_NoChange) {}
 
-    /** Empty for a mark. */
+    // Empty for a mark.
     const std::string& GetValue() const { return _value; }
     const nxValueStatusEnum& GetStatus() const { return _status; }
     bool IsValid() const { return _status == nxValueStatus_Valid; }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/** Tags that construct a value as one of its two marks. */
+// Tags that construct a value as one of its two marks.
 struct nxNoChangeInitalizer  // sic
 {
 };
@@ -10,7 +10,7 @@ struct nxNullInitalizer  // sic
 {
 };
 
-/** The texts of the marks in logs. The second no-change text is the enumerations' own. */
+// The texts of the marks in logs. The second no-change text is the enumerations' own.
 inline const std::string nxNullText = "NULL";
 inline const std::string nxNoChangeText = "NO_CHANGE";
 inline const std::string nxUndefinedText = "UNDEFINED";

@@ -39,8 +39,12 @@ end
 local function parse(file, text)
   local compiled, message = loadstring(text, "=script")
   local ok, failure = utils.try(stages.run, file.state)
-  if not ok and not utils.is_instance(failure.err, parser.SyntaxError) then error(failure, 0) end
   local err = not ok and failure.err
+  if err and not utils.is_instance(err, parser.SyntaxError) then
+    -- What the engine itself refuses is told in its own words.
+    if compiled then error(err, 0) end
+    err = nil
+  end
   if not compiled then
     local line, what = message:match("^script:(%d+): (.*)$")
     line = tonumber(line) or 1
@@ -403,7 +407,7 @@ local function newJob()
   return job
 end
 
-function analyze(input)
+local function analyzeAll(input)
   local job, files, allParsed = newJob(), {}, true
   for index = 1, input:count() do
     local file, text = newFile(input, index)
@@ -425,4 +429,15 @@ function analyze(input)
     job:_tell(file)
   end
   job:_tellCallbacks(files)
+end
+
+-- Both luacheck and the walks over its tree go down one level for each operator, call, index or block that is inside
+-- another one, or in a chain of them.
+function analyze(input)
+  local ok, failure = pcall(analyzeAll, input)
+  if ok then return end
+  if tostring(failure):match("stack overflow") then
+    failure = "is too deep to be checked: it has thousands of operators, calls or blocks one inside another or in a chain"
+  end
+  error(failure, 0)
 end

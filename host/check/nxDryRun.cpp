@@ -130,7 +130,7 @@ protected:
 
 }  // namespace
 
-nxDryRun::nxDryRun() = default;
+nxDryRun::nxDryRun(nxParameterSet parameters) : _parameters(std::move(parameters)) {}
 
 // The script's finalizers may still ask for products.
 nxDryRun::~nxDryRun()
@@ -155,6 +155,12 @@ nxAlgoOrderObject* nxDryRun::CreateOrder(nxAlgoProductObject* product, const std
         std::make_unique<DryOrder>(this, product, _orders.GetCount() + 1, type, exec, time));
     _orders.orders.back()->SetSide(side);
     return _orders.orders.back().get();
+}
+
+nxVorantParameter* nxDryRun::GetParameter(const std::string& name) const
+{
+    const nxVorantParameter* const parameter = _parameters.Find(name);
+    return parameter == nullptr ? nullptr : parameter->CopyInstance();
 }
 
 nxAlgoDataSeriesObject* nxDryRun::CreateDataSeries()

@@ -6,21 +6,23 @@
 #include <string>
 #include <vector>
 
+#include "host/jobs/nxParameterSet.h"
 #include "host/jobs/nxScriptSource.h"
 #include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/job/nxAlgoScriptValidator.h"
+#include "scriptFramework/job/nxQuietAnswers.h"
 #include "scriptFramework/orders/nxAlgoOrderCollectionObject.h"
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
 
 // Tries a script on a market that is not there: loads it and runs its OnInit. Any product exists and has a
-// price, subscriptions succeed, orders can be made and are never answered, there is a selection, parameters
-// are not there nor stores that the script does not create, no other job runs. Nothing the script does leaves
-// it, and it ends after a while in any case. For one script and one thread.
-class nxDryRun : public nxAlgoScriptValidator
+// price, subscriptions succeed, orders can be made and are never answered, there is a selection, only the
+// given parameters are there and no store that the script does not create, no other job runs. Nothing the
+// script does leaves it, and it ends after a while in any case. For one script and one thread.
+class nxDryRun : public nxQuietAnswers<nxAlgoScriptValidator>
 {
 public:
-    nxDryRun();
+    explicit nxDryRun(nxParameterSet parameters = {});
     ~nxDryRun() override;
 
     // What stopped the script, told in its own files; null when OnInit came to its end, or when there is
@@ -30,14 +32,6 @@ public:
     bool HasOnInit() const { return _hasOnInit; }
 
     nxAlgoProductObject* GetProduct(const std::string& productName) override;
-    nxErrorEnum SubscribePrice(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum UnsubscribePrice(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum SubscribeMarketDepth(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum UnsubscribeMarketDepth(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum SubscribeState(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum UnsubscribeState(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum SubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum UnsubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
     nxAlgoVorantJobCollectionObject* GetVorantJobs() override { return &_jobs; }
     nxAlgoOrderCollectionObject* GetOrders() override { return &_orders; }
     nxAlgoOrderCollectionObject* GetJobOrders() override { return &_orders; }
@@ -48,28 +42,16 @@ public:
     nxVolume GetID() override { return nxVolume(1); }
     bool SetParameter(const std::string&, const std::string&) override { return true; }
     bool SendUserLog(const std::map<std::string, std::string>&, std::string&) override { return true; }
-    std::string GetTag() override { return {}; }
-    void SetOrderUserString(const std::string&) override {}
-    void SetOrderUserString2(const std::string&) override {}
+    nxVorantParameter* GetParameter(const std::string& name) const override;
     std::string GetSelectedProduct() override { return "PRODUCT"; }
     unsigned int GetSelectedVolume() const override { return 1; }
     double GetSelectedPrice() const override { return 100.0; }
     std::string GetSelectedSide() override { return "BUY"; }
-    unsigned int GetTransactionCount() override { return 0; }
     nxAlgoDataSeriesObject* CreateDataSeries() override;
     nxAlgoDataStoreObject* GetDataStore(const std::string& name, bool create) override;
-    void SendParameter(const std::string&, const std::string&, const std::string&) override {}
-    void SetEnableCrossProtection(bool) override {}
-    void SetShatterOnExit(bool) override {}
-    void SetDisableParentFills(bool) override {}
-    void OnTickData(nxAlgoTickDataObject&) override {}
-    nxAlgoLibraryObject* LoadLibrary(const std::string&) override { return nullptr; }
     std::string GetAccount() override { return "ACCOUNT"; }
     bool HasContext() override { return true; }
-    void SetReference(const std::string&) override {}
-    void SetDisableReport(bool) override {}
     bool IsInOnInit() override { return _inOnInit; }
-    void SetEnablePandL(bool) override {}
     nxDecimal GetPandL(const nxCurrencyEnum&) override { return nxDecimal(0, 1, 0); }
     bool SetChartLine(const std::string&, const std::string&, double, unsigned int) override { return true; }
     bool RemoveChartLine(const std::string&, const std::string&) override { return true; }
@@ -99,6 +81,7 @@ private:
         std::vector<std::unique_ptr<nxAlgoOrderObject>> orders;
     };
 
+    const nxParameterSet _parameters;
     NoJobs _jobs{this};
     Orders _orders{this};
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> _products;

@@ -71,7 +71,8 @@ bool nxScriptAnalyzer::Analyze(const std::vector<nxScriptAnalysis::File>& files,
     nxScriptAnalysis analysis(files);
     nxLuaFunction analyze(_engine, "analyze");
     if (!analyze.Call(analysis)) {
-        error = "the checker itself failed: " + _engine.GetLastError();
+        error = _engine.GetLastError();
+        if (!error.starts_with("is too deep")) error = "the checker itself failed: " + error;
         return false;
     }
     findings = std::move(analysis.findings);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
-#include <sstream>
 
 #include "host/check/nxDryRun.h"
 #include "host/jobs/nxScriptSource.h"
@@ -14,19 +13,13 @@ constexpr const char* SyntaxCode = "syntax";
 constexpr const char* NoOnInitCode = "no-oninit";
 constexpr const char* DryRunCode = "dry-run";
 
-// The files as they stand in the assembled text, lines and all.
-std::vector<nxScriptAnalysis::File> SplitFiles(const nxScriptSource& source)
+std::vector<nxScriptAnalysis::File> GetFiles(const nxScriptSource& source)
 {
-    std::vector<std::string> lines;
-    std::istringstream stream(source.GetText());
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(std::move(line));
     std::vector<nxScriptAnalysis::File> files;
-    for (const nxScriptHelper::Module& module : source.GetHelper().modules) {
-        files.push_back({module.name, {}});
-        for (std::size_t line = module.firstLine;
-             line <= std::min<std::size_t>(module.lastLine, lines.size()); ++line)
-            files.back().text += lines[line - 1] + '\n';
+    for (const nxScriptSource::File& file : source.GetFiles()) {
+        files.push_back({file.path, {}});
+        for (const std::string& line : file.lines)
+            files.back().text += line + '\n';
     }
     return files;
 }
@@ -47,52 +40,53 @@ bool nxScriptCheck::Run()
         _failures.push_back(error);
         return false;
     }
-    for (const std::string& script : _options.scripts)
-        if (!_CheckJob(analyzer, script)) break;
+    nxScriptSource modules;  // read once: one may be a pipe
+    for (const std::string& path : _options.modules) {
+        if (const auto failure = modules.Add(path)) {
+            _failures.push_back(*failure);
+            return false;
+        }
+    }
+    for (const nxJobOptions& job : _options.jobs) {
+        nxScriptSource source = modules;
+        if (const auto failure = source.Add(job.script))
+            _failures.push_back(*failure);
+        else
+            _CheckJob(analyzer, source, job);
+    }
     std::ranges::sort(_findings);
     const auto repeated = std::ranges::unique(_findings);
     _findings.erase(repeated.begin(), repeated.end());
     return _failures.empty();
 }
 
-// False when no further job can be checked either.
-bool nxScriptCheck::_CheckJob(nxScriptAnalyzer& analyzer, const std::string& script)
+void nxScriptCheck::_CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& source,
+                              const nxJobOptions& job)
 {
-    nxScriptSource source;
-    std::vector<std::string> paths = _options.modules;
-    paths.push_back(script);
-    for (const std::string& path : paths) {
-        const std::optional<std::string> failure = source.Add(path);
-        if (!failure) continue;
-        _failures.push_back(*failure);
-        return path == script;  // a module is missing in each job
-    }
-
     std::vector<nxScriptFinding> findings;
     std::string error;
-    if (!analyzer.Analyze(SplitFiles(source), findings, error)) {
-        _failures.push_back(script + ": " + error);
-        return true;
+    if (!analyzer.Analyze(GetFiles(source), findings, error)) {
+        _failures.push_back(job.script + ": " + error);
+        return;
     }
-    if (_options.dryRun && !HasCode(findings, SyntaxCode)) _TryJob(source, script, findings);
+    if (_options.dryRun && !HasCode(findings, SyntaxCode)) _TryJob(source, job, findings);
     _findings.insert(_findings.end(), findings.begin(), findings.end());
-    return true;
 }
 
-void nxScriptCheck::_TryJob(const nxScriptSource& source, const std::string& script,
+void nxScriptCheck::_TryJob(const nxScriptSource& source, const nxJobOptions& job,
                             std::vector<nxScriptFinding>& findings)
 {
-    nxDryRun run;
+    nxDryRun run(job.parameters);
     const std::optional<nxScriptFailure> failure = run.Try(source);
     // The script itself knows better than its text, which may define OnInit in ways that cannot be read.
     if (run.HasOnInit())
         std::erase_if(findings, [](const nxScriptFinding& finding) { return finding.code == NoOnInitCode; });
     else if (!failure && !HasCode(findings, NoOnInitCode))
-        findings.push_back({script, 1, 1, 0, NoOnInitCode,
+        findings.push_back({job.script, 1, 1, 0, NoOnInitCode,
                             "the script defines no global function OnInit, so it cannot be started"});
     if (!failure) return;
 
-    nxScriptFinding finding{script, 0, 0, 0, DryRunCode, failure->message};
+    nxScriptFinding finding{job.script, 0, 0, 0, DryRunCode, failure->message};
     if (failure->location) {
         finding.file = failure->location->file;
         finding.line = failure->location->line;

@@ -6,12 +6,13 @@
 
 #include "host/check/nxScriptAnalyzer.h"
 #include "host/check/nxScriptFinding.h"
+#include "host/jobs/nxJobOptions.h"
 
 class nxScriptSource;
 
 struct nxScriptCheckOptions
 {
-    std::vector<std::string> scripts;  // each a job of its own
+    std::vector<nxJobOptions> jobs;    // their scripts, and the parameters that the dry run shows them
     std::vector<std::string> modules;  // Lua files in front of each script
     bool dryRun = true;                // also load each script and run its OnInit
 };
@@ -37,8 +38,8 @@ public:
     void WriteJson(std::ostream&) const;
 
 private:
-    [[nodiscard]] bool _CheckJob(nxScriptAnalyzer& analyzer, const std::string& script);
-    static void _TryJob(const nxScriptSource& source, const std::string& script,
+    void _CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& source, const nxJobOptions& job);
+    static void _TryJob(const nxScriptSource& source, const nxJobOptions& job,
                         std::vector<nxScriptFinding>& findings);
 
     nxScriptCheckOptions _options;

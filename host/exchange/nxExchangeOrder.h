@@ -6,6 +6,7 @@
 
 #include "base/enums/nxOrderStatusEnum.h"
 #include "base/time/nxDateTime.h"
+#include "base/time/nxTime.h"
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
 #include "host/feed/nxSide.h"
@@ -101,7 +102,7 @@ struct nxExchangeOrder
     nxOrderStatusEnum status{nxOrderStatus_Pending};
     unsigned int executed = 0;
     long long arrived = 0;  // it, or the latest change that cost it its place
-    long long expires = std::numeric_limits<long long>::max();
+    long long expires = nxTime::Never;
 
     // The recorded volume in front of it at its price. Null: not known, since the level is not shown.
     nxVolume ahead;

@@ -5,11 +5,12 @@
 #include <limits>
 #include <utility>
 
+#include "base/time/nxTime.h"
 #include "host/exchange/nxPriceDistance.h"
 
 namespace {
 
-constexpr long long Never = std::numeric_limits<long long>::max();
+using nxTime::Never;
 constexpr char OtherSideFilled[] = "the other side of the bracket was filled";
 
 }  // namespace

@@ -3,14 +3,15 @@
 
 #include <algorithm>
 
+#include "base/time/nxTime.h"
 #include "host/exchange/nxSimulatedExchange.h"
 #include "host/feed/nxFeedTime.h"
 
 namespace {
 
-constexpr long long NanosecondsPerSecond = 1'000'000'000;
-constexpr long long NanosecondsPerDay = 86'400 * NanosecondsPerSecond;
-constexpr long long Never = std::numeric_limits<long long>::max();
+using nxTime::NanosecondsPerDay;
+using nxTime::NanosecondsPerSecond;
+using nxTime::Never;
 constexpr unsigned int LargestVolume = 1'000'000'000;
 constexpr unsigned int MostTicks = 1'000'000;
 

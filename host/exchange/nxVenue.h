@@ -44,7 +44,7 @@ public:
     // The best price of the owner's resting orders of a side; null for none.
     virtual nxDecimal GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const = 0;
 
-    // When something is due next; nxNever where nothing is on its way.
+    // When something is due next; nxTime::Never where nothing is on its way.
     virtual long long GetNextTime() const = 0;
     // Carries out what is due up to that time.
     virtual void Advance(long long time) = 0;

@@ -9,13 +9,13 @@
 #include "host/feed/nxCsvRow.h"
 #include "host/feed/nxFeedError.h"
 
-/** Whole lines of a file and the rows read out of them. One nxCsvReader has a few, which go round between the
-   thread that fills them and the one that takes the rows; each belongs to one of the two at a time. Used
-   again, it allocates nothing. */
+// Whole lines of a file and the rows read out of them. One nxCsvReader has a few, which go round between the
+// thread that fills them and the one that takes the rows; each belongs to one of the two at a time. Used
+// again, it allocates nothing.
 struct nxCsvBlock
 {
     static constexpr std::size_t Size = 256 * 1024;  // the longest row, too
-    /** Behind the lines, so that the number reader may look at eight bytes at a time. */
+    // Behind the lines, so that the number reader may look at eight bytes at a time.
     static constexpr std::size_t Padding = 32;
 
     enum class State {

@@ -67,7 +67,7 @@ bool ReadEightDigits(const char* text, std::uint64_t& value)
     return true;
 }
 
-unsigned GetDigit(char c)
+unsigned int GetDigit(char c)
 {
     return static_cast<unsigned char>(c - '0');
 }
@@ -148,18 +148,18 @@ bool nxCsvParser::ReadHeader(nxCsvBlock& block)
     ++_line;
     const char* const row = block.begin;
     block.begin = FindLineEnd(row, block.end) + 1;
-    const auto fail = [&](unsigned column, std::string reason) {
+    const auto fail = [&](unsigned int column, std::string reason) {
         block.error = {_path, _line, column, std::move(reason)};
         return false;
     };
     std::vector<std::string> names;
-    std::vector<unsigned> places;
+    std::vector<unsigned int> places;
     for (const char* cell = row; cell != block.begin && (names.empty() || cell[-1] == ',');) {
         const char* const end = FindCellEnd(cell);
         std::string_view name(cell, static_cast<std::size_t>(end - cell));
         if (std::ranges::any_of(name, [](char c) { return c >= 0 && c < ' ' && c != '\t'; }))
             return fail(0, "no header row: the file is not text");
-        places.push_back(static_cast<unsigned>(cell - row + 1));
+        places.push_back(static_cast<unsigned int>(cell - row + 1));
         if (name.size() >= 2 && name.front() == '"' && name.back() == '"')
             name = name.substr(1, name.size() - 2);
         names.emplace_back(name);
@@ -241,11 +241,11 @@ const char* nxCsvParser::_ReadTime(const char* cell, nxCsvRow& row, std::string&
     std::uint64_t high = 0;
     std::uint64_t middle = 0;
     if (ReadEightDigits(cell, high) && ReadEightDigits(cell + 8, middle) && cell[19] == ',') {
-        const unsigned a = GetDigit(cell[16]);
-        const unsigned b = GetDigit(cell[17]);
-        const unsigned c = GetDigit(cell[18]);
+        const unsigned int a = GetDigit(cell[16]);
+        const unsigned int b = GetDigit(cell[17]);
+        const unsigned int c = GetDigit(cell[18]);
         const std::uint64_t sum = (high * 100'000'000 + middle) * 1000 + a * 100 + b * 10 + c;
-        if (a <= 9 && b <= 9 && c <= 9 && high >= 1'000'000 && sum <= INT64_MAX) {
+        if (a <= 9 && b <= 9 && c <= 9 && high >= 1'000'000 && sum <= nxFeedTime::Latest) {
             row.time = static_cast<long long>(sum);
             return cell + 19;
         }
@@ -293,7 +293,7 @@ const char* nxCsvParser::_Refuse(nxCsvBlock& block, nxCsvRow& row, const char* c
                                  const std::string& reason)
 {
     row.isBad = true;
-    block.refusals.push_back({_path, _line, static_cast<unsigned>(cell - row.text + 1), reason});
+    block.refusals.push_back({_path, _line, static_cast<unsigned int>(cell - row.text + 1), reason});
     // What follows is compared with a row that was delivered.
     _before = {};
     return FindLineEnd(cell, block.end) + 1;
@@ -316,7 +316,7 @@ nxFeedError nxCsvParser::MakeError(const nxCsvRow& row, std::string_view column,
     const char* cell = row.text;
     for (const nxFeedColumn& known : _columns) {
         if (known.name == column)
-            return {_path, row.line, static_cast<unsigned>(cell - row.text + 1),
+            return {_path, row.line, static_cast<unsigned int>(cell - row.text + 1),
                     std::string(column) + ": " + reason};
         if (*cell == '"') {
             // A comma within the quotes ends nothing; two quotes there are one that belongs to the name.

@@ -12,10 +12,10 @@
 #include "host/feed/nxCsvParser.h"
 #include "host/feed/nxInputStream.h"
 
-/** The rows of one file of recorded data, front to back. What does not fit the first block is read, unpacked
-   and parsed ahead by a thread of the reader, a few blocks of fixed size far, so that memory stays flat.
-   Owned by one nxFeedReader and used by one thread. Nothing here throws but for want of memory, which ends
-   the process when it strikes the reader's own thread. */
+// The rows of one file of recorded data, front to back. What does not fit the first block is read, unpacked
+// and parsed ahead by a thread of the reader, a few blocks of fixed size far, so that memory stays flat.
+// Owned by one nxFeedReader and used by one thread. Nothing here throws but for want of memory, which ends
+// the process when it strikes the reader's own thread.
 class nxCsvReader
 {
 public:
@@ -26,44 +26,44 @@ public:
         Failed  // the stream broke; there is nothing behind it
     };
 
-    /** `interrupted`, if there is one, outlives the reader; once it is true, waiting for the next bytes of a
-       pipe ends in a failure. */
+    // `interrupted`, if there is one, outlives the reader; once it is true, waiting for the next bytes of a
+    // pipe ends in a failure.
     explicit nxCsvReader(std::string path, const std::atomic<bool>* interrupted = nullptr);
     ~nxCsvReader();
     nxCsvReader(const nxCsvReader&) = delete;
     nxCsvReader& operator=(const nxCsvReader&) = delete;
 
-    /** Opens the file, reads the header row and as many rows as fit the first block. False: GetError() tells
-       why. */
+    // Opens the file, reads the header row and as many rows as fit the first block. False: GetError() tells
+    // why.
     [[nodiscard]] bool Open();
 
-    /** Those rows, bad ones among them. To be asked before the first Next(). */
+    // Those rows, bad ones among them. To be asked before the first Next().
     [[nodiscard]] std::span<const nxCsvRow> GetFirstRows() const
     {
         return {_current->rows.data(), _current->count};
     }
 
     [[nodiscard]] Result Next();
-    /** The row that Next() answered last; good until the next call. */
+    // The row that Next() answered last; good until the next call.
     [[nodiscard]] const nxCsvRow& GetRow() const { return *_row; }
 
     [[nodiscard]] const nxFeedFormat& GetFormat() const { return _parser.GetFormat(); }
-    /** Why Next() answered Bad or Failed, or why Open() failed. */
+    // Why Next() answered Bad or Failed, or why Open() failed.
     [[nodiscard]] const nxFeedError& GetError() const { return *_error; }
 
-    /** An error about the row read last: the place is that of the cell in the column of that name, or of the
-       row if it has no such column. */
+    // An error about the row read last: the place is that of the cell in the column of that name, or of the
+    // row if it has no such column.
     [[nodiscard]] nxFeedError MakeError(std::string_view column, const std::string& reason) const
     {
         return _parser.MakeError(*_row, column, reason);
     }
 
-    /** Bytes of the file as it lies on the disk, up to the rows that are taken from now, and in all; the
-       latter is 0 when it is unknown (a pipe). */
+    // Bytes of the file as it lies on the disk, up to the rows that are taken from now, and in all; the
+    // latter is 0 when it is unknown (a pipe).
     [[nodiscard]] unsigned long long GetBytesConsumed() const { return _current->bytesConsumed; }
     [[nodiscard]] unsigned long long GetBytesTotal() const { return _stream.GetBytesTotal(); }
 
-    /** At the end: the last line had no end, so it may have been cut. */
+    // At the end: the last line had no end, so it may have been cut.
     [[nodiscard]] bool HasOpenEnd() const { return _current->hasOpenEnd; }
 
 private:

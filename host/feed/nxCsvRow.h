@@ -5,7 +5,7 @@
 
 #include "host/feed/nxFeedFormat.h"
 
-/** A number as it was written: the digits as one whole number and how many of them stood behind the point. */
+// A number as it was written: the digits as one whole number and how many of them stood behind the point.
 struct nxCsvNumber
 {
     long long mantissa = 0;
@@ -15,8 +15,8 @@ struct nxCsvNumber
 
 enum class nxCsvSide : unsigned char { None, Buy, Sell };
 
-/** The cells of one row, read but not judged. Belongs to an nxCsvBlock and is used again for a later row; a
-   column that the file lacks stays as it is made here: empty. */
+// The cells of one row, read but not judged. Belongs to an nxCsvBlock and is used again for a later row; a
+// column that the file lacks stays as it is made here: empty.
 struct nxCsvRow
 {
     long long time = 0;        // nanoseconds since 1970 UTC

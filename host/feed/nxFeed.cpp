@@ -4,16 +4,21 @@
 
 #include <algorithm>
 
+namespace {
+
+std::string Count(unsigned long long number, const char* what)
+{
+    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
+}
+
+}  // namespace
+
 bool nxFeed::Open(const std::vector<std::string>& paths, const std::vector<nxFeedProductTerms>& products)
 {
     for (const nxFeedProductTerms& product : products)
         _products.Add(product);
-    if (std::ranges::count(paths, "-") > 1) {
-        _error = {"-", 0, 0, "standard input can be read only once"};
-        return false;
-    }
     for (const std::string& path : paths) {
-        _readers.push_back(std::make_unique<nxFeedReader>(path, static_cast<unsigned>(_readers.size()),
+        _readers.push_back(std::make_unique<nxFeedReader>(path, static_cast<unsigned int>(_readers.size()),
                                                           _products, _options));
         if (!_readers.back()->Open()) {
             _error = _readers.back()->GetError();
@@ -33,10 +38,10 @@ const nxFeedEvent* nxFeed::Next()
             if (!_Advance(*reader, event)) return nullptr;
             if (event != nullptr) _heads.push_back({event, reader.get()});
         }
-        std::ranges::make_heap(_heads, [](const _Head& a, const _Head& b) { return _IsBefore(b, a); });
+        std::ranges::make_heap(_heads, [](const Head& a, const Head& b) { return _IsBefore(b, a); });
     } else if (!_heads.empty()) {
         // Only now: the front's event belonged to the caller until this call.
-        _Head& front = _heads.front();
+        Head& front = _heads.front();
         if (!_Advance(*front.reader, front.event)) return nullptr;
         if (front.event == nullptr) {
             front = _heads.back();
@@ -44,7 +49,10 @@ const nxFeedEvent* nxFeed::Next()
         }
         _SiftDown();
     }
-    return _heads.empty() ? nullptr : _heads.front().event;
+    if (_heads.empty()) return nullptr;
+    const nxFeedEvent* const event = _heads.front().event;
+    if (_readers.size() > 1) _overlaps.Note(*event);
+    return event;
 }
 
 void nxFeed::NotePrice(std::string_view product, const nxDecimal& price)
@@ -52,38 +60,45 @@ void nxFeed::NotePrice(std::string_view product, const nxDecimal& price)
     _products.Get(_products.Add(product)).NotePrice({price.GetMantissa(), price.GetDecimalPlaces(), true});
 }
 
+void nxFeed::_RemarkFile(const nxFeedReader& reader, std::vector<std::string>& remarks) const
+{
+    const std::string& path = reader.GetPath();
+    if (reader.GetBadRowCount() != 0)
+        remarks.push_back(path + ": " + Count(reader.GetBadRowCount(), "bad row") + " skipped");
+    else if (reader.GetRowCount() == 0)
+        remarks.push_back(path + ": no rows");
+    if (reader.HasOpenEnd()) remarks.push_back(path + ": the last line has no end; the file may be cut");
+    const nxFeedReader::Gaps& gaps = reader.GetGaps();
+    if (gaps.count == 0) return;
+    const long long seconds = gaps.longest / 1'000'000'000;
+    remarks.push_back(
+        fmt::format("{}:{}: {} between bars, the longest of {}:{:02}:{:02} in front of this line", path,
+                    gaps.line, Count(gaps.count, "gap"), seconds / 3600, seconds / 60 % 60, seconds % 60));
+}
+
 std::vector<std::string> nxFeed::GetRemarks() const
 {
     std::vector<std::string> remarks;
-    const auto count = [](unsigned long long number, const char* what) {
-        return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
-    };
-    for (const auto& reader : _readers) {
-        if (reader->GetBadRowCount() != 0)
-            remarks.push_back(reader->GetPath() + ": " + count(reader->GetBadRowCount(), "bad row") +
-                              " skipped");
-        else if (reader->GetRowCount() == 0)
-            remarks.push_back(reader->GetPath() + ": no rows");
-        if (reader->HasOpenEnd())
-            remarks.push_back(reader->GetPath() + ": the last line has no end; the file may be cut");
-        const nxFeedReader::Gaps& gaps = reader->GetGaps();
-        if (gaps.count != 0) {
-            const long long seconds = gaps.longest / 1'000'000'000;
-            remarks.push_back(
-                fmt::format("{}:{}: {} between bars, the longest of {}:{:02}:{:02} in front of this line",
-                            reader->GetPath(), gaps.line, count(gaps.count, "gap"), seconds / 3600,
-                            seconds / 60 % 60, seconds % 60));
-        }
-    }
-    for (unsigned i = 0; i < _products.GetCount(); ++i) {
+    for (const auto& reader : _readers)
+        _RemarkFile(*reader, remarks);
+    for (const nxFeedOverlaps::Overlap& overlap : _overlaps.Get())
+        remarks.push_back(fmt::format(
+            "{}: {} of {} {} among those of {}; all are delivered", _products.Get(overlap.product).GetName(),
+            Count(overlap.rows, overlap.kind), _readers[overlap.file]->GetPath(),
+            overlap.rows == 1 ? "lies" : "lie", _readers[overlap.among]->GetPath()));
+    for (unsigned int i = 0; i < _products.GetCount(); ++i) {
         const nxFeedProduct& product = _products.Get(i);
         if (product.GetCrossedCount() != 0)
-            remarks.push_back(product.GetName() + ": " + count(product.GetCrossedCount(), "crossed quote") +
+            remarks.push_back(product.GetName() + ": " + Count(product.GetCrossedCount(), "crossed quote") +
                               " (bid above ask)");
         if (product.GetLockedCount() != 0)
-            remarks.push_back(product.GetName() + ": " + count(product.GetLockedCount(), "locked quote") +
+            remarks.push_back(product.GetName() + ": " + Count(product.GetLockedCount(), "locked quote") +
                               " (bid equal to ask)");
     }
+    if (std::ranges::any_of(_readers,
+                            [](const auto& reader) { return reader->GetKind() == nxFeedKind::Bar; }))
+        remarks.push_back(_options.barsBearStart ? "the times of bars are their starts (--bar-time start)"
+                                                 : "the times of bars are their ends (--bar-time end)");
     return remarks;
 }
 
@@ -106,7 +121,7 @@ unsigned long long nxFeed::GetBytesTotal() const
     return sum;
 }
 
-bool nxFeed::_IsBefore(const _Head& a, const _Head& b)
+bool nxFeed::_IsBefore(const Head& a, const Head& b)
 {
     return a.event->time != b.event->time ? a.event->time < b.event->time : a.event->file < b.event->file;
 }

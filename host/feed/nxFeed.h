@@ -5,25 +5,26 @@
 #include <string_view>
 #include <vector>
 
+#include "host/feed/nxFeedOverlaps.h"
 #include "host/feed/nxFeedReader.h"
 
-/** Recorded market data as one stream of events, ordered by time: on equal times the file named earlier comes
-   first, and a file's own order is kept. Memory stays flat whatever the length of the files: each has a few
-   buffers of fixed size. Used by one thread. Nothing here throws but for want of memory. */
+// Recorded market data as one stream of events, ordered by time: on equal times the file named earlier comes
+// first, and a file's own order is kept. Memory stays flat whatever the length of the files: each has a few
+// buffers of fixed size. Used by one thread. Nothing here throws but for want of memory.
 class nxFeed
 {
 public:
-    explicit nxFeed(const nxFeedOptions& options = {}) : _options(options) {}
+    explicit nxFeed(const nxFeedOptions& options = {}) : _options(options), _products(options.barPeriods) {}
     nxFeed(const nxFeed&) = delete;
     nxFeed& operator=(const nxFeed&) = delete;
 
-    /** Opens the files and looks at the first rows of each. The products named come first in the product
-       table. Called once. False: GetError() tells why. */
+    // Opens the files and looks at the first rows of each. The products named come first in the product
+    // table. Called once. False: GetError() tells why.
     [[nodiscard]] bool Open(const std::vector<std::string>& paths,
                             const std::vector<nxFeedProductTerms>& products = {});
 
-    /** The next event, good until the next call. Null: the end, or an error, which GetError() tells. All rows
-       before the one at fault have been delivered by then. */
+    // The next event, good until the next call. Null: the end, or an error, which GetError() tells. All rows
+    // before the one at fault have been delivered by then.
     [[nodiscard]] const nxFeedEvent* Next();
 
     [[nodiscard]] bool HasFailed() const { return _error.IsSet(); }
@@ -32,32 +33,35 @@ public:
     [[nodiscard]] const nxFeedProductTable& GetProducts() const { return _products; }
     [[nodiscard]] const std::vector<std::unique_ptr<nxFeedReader>>& GetReaders() const { return _readers; }
 
-    /** A price that a product is going to have beside those of its data, for the tick size. */
+    // A price that a product is going to have beside those of its data, for the tick size.
     void NotePrice(std::string_view product, const nxDecimal& price);
 
-    /** What a person should hear at the end of a run beside errors: files without rows or
-       without an end, bad rows that were skipped, gaps between bars, crossed and locked quotes. */
+    // What a person should hear at the end of a run beside errors: how the times of bars were taken, files
+    // without rows or without an end, bad rows that were skipped, gaps between bars, rows that two files
+    // hold, crossed and locked quotes.
     [[nodiscard]] std::vector<std::string> GetRemarks() const;
 
-    /** Of the files as they lie on the disk. The total is 0 when one of them is a pipe. */
+    // Of the files as they lie on the disk. The total is 0 when one of them is a pipe.
     [[nodiscard]] unsigned long long GetBytesConsumed() const;
     [[nodiscard]] unsigned long long GetBytesTotal() const;
 
 private:
-    struct _Head
+    struct Head
     {
         const nxFeedEvent* event;
         nxFeedReader* reader;
     };
 
-    static bool _IsBefore(const _Head& a, const _Head& b);
+    static bool _IsBefore(const Head& a, const Head& b);
+    void _RemarkFile(const nxFeedReader& reader, std::vector<std::string>& remarks) const;
     bool _Advance(nxFeedReader& reader, const nxFeedEvent*& event);
     void _SiftDown();
 
     nxFeedOptions _options;
     nxFeedProductTable _products;
     std::vector<std::unique_ptr<nxFeedReader>> _readers;
-    std::vector<_Head> _heads;  // a heap, the earliest event in front
+    std::vector<Head> _heads;  // a heap, the earliest event in front
+    nxFeedOverlaps _overlaps;
     bool _isStarted = false;
     nxFeedError _error;
 };

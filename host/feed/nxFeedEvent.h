@@ -8,8 +8,8 @@
 #include "host/feed/nxFeedFormat.h"
 #include "host/feed/nxSide.h"
 
-/** Best prices and a trade, as one row gives them. What the row leaves out is at no-change. A trade is a row
-   with `last` or `lastVolume`; its side is undefined when the row does not tell it. */
+// Best prices and a trade, as one row gives them. What the row leaves out is at no-change. A trade is a row
+// with `last` or `lastVolume`; its side is undefined when the row does not tell it.
 struct nxFeedQuote
 {
     nxDecimal bid, ask, last;
@@ -25,7 +25,7 @@ struct nxFeedBar
     nxVolume volume;
 };
 
-/** The new volume of one price level; 0: the level is gone. */
+// The new volume of one price level; 0: the level is gone.
 struct nxFeedLevel
 {
     nxDecimal price;
@@ -33,15 +33,15 @@ struct nxFeedLevel
     nxSide side = nxSide::Sell;
 };
 
-/** What happened at one moment to one product. Belongs to the reader that gives it and is good until that
-   reader's next step. Only the part that `kind` names has a meaning. Volumes are whole lots. */
+// What happened at one moment to one product. Belongs to the reader that gives it and is good until that
+// reader's next step. Only the part that `kind` names has a meaning. Volumes are whole lots.
 struct nxFeedEvent
 {
-    long long time = 0;    // nanoseconds since 1970-01-01 UTC
-    unsigned product = 0;  // index into the feed's nxFeedProductTable
+    long long time = 0;        // nanoseconds since 1970-01-01 UTC
+    unsigned int product = 0;  // index into the feed's nxFeedProductTable
     nxFeedKind kind = nxFeedKind::Quote;
-    unsigned file = 0;            // index in the order the files were named
-    unsigned rows = 1;            // rows behind this event: more than one only for depth
+    unsigned int file = 0;        // index in the order the files were named
+    unsigned int rows = 1;        // rows behind this event: more than one only for depth
     unsigned long long line = 0;  // of the first of them, 1-based
 
     nxFeedQuote quote;

@@ -8,8 +8,8 @@
 #include "host/feed/nxCsvRow.h"
 #include "host/feed/nxLotScale.h"
 
-/** A product of the recorded data: what is known of it and what has been read of it. Owned by the
-   nxFeedProductTable and written by the readers as rows pass. */
+// A product of the recorded data: what is known of it and what has been read of it. Owned by the
+// nxFeedProductTable and written by the readers as rows pass.
 class nxFeedProduct
 {
 public:
@@ -17,22 +17,21 @@ public:
 
     [[nodiscard]] const std::string& GetName() const { return _name; }
 
-    /** As described; else the greatest power of ten, at most 1, of which all prices seen so far are
-     * multiples. */
+    // As described; else the greatest power of ten, at most 1, of which all prices seen so far are multiples.
     [[nodiscard]] const nxDecimal& GetTickSize() const { return _tickSize; }
     [[nodiscard]] const nxDecimal& GetLotSize() const { return _lots.GetLotSize(); }
 
-    /** Whether any file holds rows of this kind, as far as it was looked into. */
+    // Whether any file holds rows of this kind, as far as it was looked into.
     [[nodiscard]] bool Has(nxFeedKind kind) const { return _hasKind[static_cast<std::size_t>(kind)]; }
-    /** Rows delivered so far. */
+    // Rows delivered so far.
     [[nodiscard]] unsigned long long GetRowCount(nxFeedKind kind) const
     {
         return _rows[static_cast<std::size_t>(kind)];
     }
-    /** Nanoseconds between its bars: the least distance between two of those that were looked at in front; 0
-       where there were none. */
+    // Nanoseconds between its bars, as given; else the least distance between two of those that were looked
+    // at in front; 0 where there were none.
     [[nodiscard]] long long GetBarPeriod() const { return _barPeriod; }
-    /** Rows with a bid or an ask after which the bid stood above the ask, or met it. */
+    // Rows with a bid or an ask after which the bid stood above the ask, or met it.
     [[nodiscard]] unsigned long long GetCrossedCount() const { return _crossed; }
     [[nodiscard]] unsigned long long GetLockedCount() const { return _locked; }
 
@@ -46,30 +45,35 @@ public:
     void SetLotSize(const nxDecimal& lotSize) { _lots = nxLotScale(lotSize); }
     [[nodiscard]] const nxLotScale& GetLots() const { return _lots; }
     void NoteKind(nxFeedKind kind) { _hasKind[static_cast<std::size_t>(kind)] = true; }
-    void CountRows(nxFeedKind kind, unsigned rows) { _rows[static_cast<std::size_t>(kind)] += rows; }
-    /** A price seen, for the tick size. */
+    void CountRows(nxFeedKind kind, unsigned int rows) { _rows[static_cast<std::size_t>(kind)] += rows; }
+    // A price seen, for the tick size.
     void NotePrice(const nxCsvNumber& price)
     {
         if (price.places > _pricePlaces && !_isTickGiven) _NoteFinerPrice(price);
     }
-    /** A size seen, for the lot size to suggest. */
+    // A size seen, for the lot size to suggest.
     void NoteSize(const nxCsvNumber& size)
     {
         if (size.places > _sizePlaces)
             _sizePlaces = std::max(_sizePlaces, _GetSignificantPlaces(size, _sizePlaces));
     }
     [[nodiscard]] unsigned char GetSizePlaces() const { return _sizePlaces; }
-    /** The best prices after a row that gave one of them; a number not given leaves the earlier one. */
+    // The best prices after a row that gave one of them; a number not given leaves the earlier one.
     void NoteQuote(const nxDecimal& bid, const nxDecimal& ask);
     [[nodiscard]] bool HasBid() const { return _bid.IsValid(); }
     [[nodiscard]] bool HasAsk() const { return _ask.IsValid(); }
     [[nodiscard]] bool HasLast() const { return _hasLast; }
-    /** The time of a bar's row, of those that are looked at in front. */
+    void SetBarPeriod(long long period)
+    {
+        _barPeriod = period;
+        _isBarPeriodGiven = true;
+    }
+    // The time of a bar's row, of those that are looked at in front.
     void NoteBarTime(long long time)
     {
         long long distance = 0;
-        if (_hasBarTime && !__builtin_sub_overflow(time, _lastBarTime, &distance) && distance > 0 &&
-            (_barPeriod == 0 || distance < _barPeriod))
+        if (_hasBarTime && !_isBarPeriodGiven && !__builtin_sub_overflow(time, _lastBarTime, &distance) &&
+            distance > 0 && (_barPeriod == 0 || distance < _barPeriod))
             _barPeriod = distance;
         _lastBarTime = time;
         _hasBarTime = true;
@@ -77,7 +81,7 @@ public:
     void NoteLast() { _hasLast = true; }
 
 private:
-    /** The places of the number without the zeros at its end, but not below `least`. */
+    // The places of the number without the zeros at its end, but not below `least`.
     static unsigned char _GetSignificantPlaces(const nxCsvNumber& number, unsigned char least);
     void _NoteFinerPrice(const nxCsvNumber& price);
 
@@ -89,6 +93,7 @@ private:
     unsigned char _sizePlaces = 0;
     nxDecimal _bid, _ask;  // null until a row gave one
     nxLotScale _lots;
+    bool _isBarPeriodGiven = false;
     bool _hasBarTime = false;
     long long _lastBarTime = 0;
     long long _barPeriod = 0;

@@ -6,19 +6,22 @@ const nxFeedProduct* nxFeedProductTable::Find(std::string_view name) const
     return found == _indexes.end() ? nullptr : &_products[found->second];
 }
 
-unsigned nxFeedProductTable::Add(std::string_view name)
+unsigned int nxFeedProductTable::Add(std::string_view name)
 {
     const auto found = _indexes.find(name);
     if (found != _indexes.end()) return found->second;
-    const unsigned index = GetCount();
+    const unsigned int index = GetCount();
     _products.Append(std::string(name));
     _indexes.emplace(name, index);
+    auto period = _barPeriods.find(name);
+    if (period == _barPeriods.end()) period = _barPeriods.find(std::string_view());
+    if (period != _barPeriods.end()) _products[index].SetBarPeriod(period->second);
     return index;
 }
 
-unsigned nxFeedProductTable::Add(const nxFeedProductTerms& terms)
+unsigned int nxFeedProductTable::Add(const nxFeedProductTerms& terms)
 {
-    const unsigned index = Add(terms.name);
+    const unsigned int index = Add(terms.name);
     if (terms.tickSize.IsValid()) _products[index].SetTickSize(terms.tickSize);
     if (terms.lotSize.IsValid()) _products[index].SetLotSize(terms.lotSize);
     return index;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -8,31 +10,37 @@
 #include "host/feed/nxFeedProduct.h"
 #include "host/feed/nxFeedProductTerms.h"
 
-/** The products of a feed in the order they were met, the described ones first. An index and a reference stay
-   good for the life of the table; it grows while the feed is read. Owned by the nxFeed, used by its thread.
- */
+// The products of a feed in the order they were met, the described ones first. An index and a reference stay
+// good for the life of the table; it grows while the feed is read. Owned by the nxFeed, used by its thread.
 class nxFeedProductTable
 {
 public:
-    [[nodiscard]] unsigned GetCount() const { return static_cast<unsigned>(_products.GetSize()); }
-    [[nodiscard]] nxFeedProduct& Get(unsigned index) { return _products[index]; }
-    [[nodiscard]] const nxFeedProduct& Get(unsigned index) const { return _products[index]; }
+    // The periods are as in nxFeedOptions.
+    explicit nxFeedProductTable(std::map<std::string, long long, std::less<>> barPeriods = {})
+        : _barPeriods(std::move(barPeriods))
+    {
+    }
 
-    /** Null: there is none of that name. */
+    [[nodiscard]] unsigned int GetCount() const { return static_cast<unsigned int>(_products.GetSize()); }
+    [[nodiscard]] nxFeedProduct& Get(unsigned int index) { return _products[index]; }
+    [[nodiscard]] const nxFeedProduct& Get(unsigned int index) const { return _products[index]; }
+
+    // Null: there is none of that name.
     [[nodiscard]] const nxFeedProduct* Find(std::string_view name) const;
 
-    /** The index of the product of that name, made if it is new. */
-    unsigned Add(std::string_view name);
-    /** Takes over the tick and lot size, where they are given. */
-    unsigned Add(const nxFeedProductTerms& terms);
+    // The index of the product of that name, made if it is new.
+    unsigned int Add(std::string_view name);
+    // Takes over the tick and lot size, where they are given.
+    unsigned int Add(const nxFeedProductTerms& terms);
 
 private:
-    struct _Hash
+    struct Hash
     {
         using is_transparent = void;
         std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
     };
 
+    std::map<std::string, long long, std::less<>> _barPeriods;
     nxGrowingArray<nxFeedProduct> _products;
-    std::unordered_map<std::string, unsigned, _Hash, std::equal_to<>> _indexes;
+    std::unordered_map<std::string, unsigned int, Hash, std::equal_to<>> _indexes;
 };

@@ -5,7 +5,7 @@
 
 #include "host/feed/nxFeedTime.h"
 
-nxFeedReader::nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products,
+nxFeedReader::nxFeedReader(const std::string& path, unsigned int index, nxFeedProductTable& products,
                            const nxFeedOptions& options)
     : _path(path),
       _products(products),
@@ -73,7 +73,8 @@ bool nxFeedReader::_NextRow()
         }
         const nxFeedError& error = result == nxCsvReader::Result::Row ? _rejection : _csv.GetError();
         const bool isRowBad = result == nxCsvReader::Result::Row || result == nxCsvReader::Result::Bad;
-        if (isRowBad && _options.isLenient) {
+        // Nothing is wrong with a row of which only the period is not known, so none is skipped for it.
+        if (isRowBad && _options.isLenient && !_lacksPeriod) {
             ++_badRowCount;
             if (_badRows.size() < MaxKeptErrors) _badRows.push_back(error);
             continue;
@@ -141,7 +142,7 @@ bool nxFeedReader::_JudgeLevel(nxFeedProduct& product)
 {
     if (_row->side == nxCsvSide::None) return _Reject("side", "is empty");
     _level.side = _row->side == nxCsvSide::Buy ? nxSide::Buy : nxSide::Sell;
-    for (const unsigned slot : {nxFeedSlot::Price, nxFeedSlot::LevelVolume}) {
+    for (const unsigned int slot : {nxFeedSlot::Price, nxFeedSlot::LevelVolume}) {
         if (!_row->numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
     }
     return _GetPrice(product, nxFeedSlot::Price, _level.price) &&
@@ -151,7 +152,7 @@ bool nxFeedReader::_JudgeLevel(nxFeedProduct& product)
 bool nxFeedReader::_JudgeBar(nxFeedProduct& product)
 {
     using namespace nxFeedSlot;
-    for (const unsigned slot : {nxFeedSlot::Open, High, Low, Close, BarVolume}) {
+    for (const unsigned int slot : {nxFeedSlot::Open, High, Low, Close, BarVolume}) {
         if (!_row->numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
     }
     nxFeedBar& bar = _event.bar;
@@ -192,11 +193,13 @@ bool nxFeedReader::_JudgeBarTime(const nxFeedProduct& product)
 
 bool nxFeedReader::_FindBarEnd(const nxFeedProduct& product)
 {
-    if (product.GetBarPeriod() == 0)
+    _lacksPeriod = product.GetBarPeriod() == 0;
+    if (_lacksPeriod)
         return _Reject("time", "the end of the bar is not known: the first rows have no two bars of " +
-                                   product.GetName());
+                                   product.GetName() + "; --bar-period " + product.GetName() +
+                                   "=PERIOD tells it, such as 1m");
     long long end = 0;
-    if (__builtin_add_overflow(_row->time, product.GetBarPeriod(), &end))
+    if (__builtin_add_overflow(_row->time, product.GetBarPeriod(), &end) || end > nxFeedTime::Latest)
         return _Reject("time", "the end of the bar is beyond all times");
     if (end < _lastBarEnd)
         return _Reject("time", "the bar ends before the one in front: " + nxFeedTime::GetAsString(end) +
@@ -213,7 +216,7 @@ bool nxFeedReader::_Reject(std::string_view column, const std::string& reason)
 }
 
 // A cell left empty is no change. Always true, so that the cells of a row read as one condition.
-bool nxFeedReader::_GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& price)
+bool nxFeedReader::_GetPrice(nxFeedProduct& product, unsigned int slot, nxDecimal& price)
 {
     const nxCsvNumber& number = _row->numbers[slot];
     if (!number.isGiven) {
@@ -225,14 +228,14 @@ bool nxFeedReader::_GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& p
     return true;
 }
 
-bool nxFeedReader::_GetLots(const nxFeedProduct& product, unsigned slot, nxVolume& lots)
+bool nxFeedReader::_GetLots(const nxFeedProduct& product, unsigned int slot, nxVolume& lots)
 {
     const nxCsvNumber& number = _row->numbers[slot];
     if (!number.isGiven) {
         lots.SetNoChange();
         return true;
     }
-    unsigned count = 0;
+    unsigned int count = 0;
     if (number.mantissa >= 0 && product.GetLots().GetLots(number.mantissa, number.places, count)) [[likely]] {
         lots.SetValue(count);
         return true;
@@ -245,7 +248,7 @@ bool nxFeedReader::_GetLots(const nxFeedProduct& product, unsigned slot, nxVolum
                    product.GetLots().GetRefusal(number.mantissa, number.places, product.GetSizePlaces()));
 }
 
-std::string_view nxFeedReader::_GetColumnName(unsigned slot) const
+std::string_view nxFeedReader::_GetColumnName(unsigned int slot) const
 {
     return std::ranges::find_if(_csv.GetFormat().columns,
                                 [slot](const nxFeedColumn& column) {
@@ -267,7 +270,7 @@ const nxFeedEvent* nxFeedReader::_NextDepth()
         _isRowPending = _NextRow();
     } while (_isRowPending && _row->time == _event.time && _product == product && _levels.size() < MaxLevels);
     _event.levels = _levels;
-    _event.rows = static_cast<unsigned>(_levels.size());
+    _event.rows = static_cast<unsigned int>(_levels.size());
     product->CountRows(_kind, _event.rows);
     return &_event;
 }

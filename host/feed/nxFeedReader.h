@@ -8,43 +8,43 @@
 #include "host/feed/nxFeedOptions.h"
 #include "host/feed/nxFeedProductTable.h"
 
-/** The events of one file, front to back. Judges what nxCsvReader reads: time does not run backwards, sizes
-   are whole lots and not negative, a bar's prices lie between its low and its high, a product has one bar at
-   a time. Gaps between bars are no fault, but counted. Rows of a depth file that follow each
-   other and have one time and one product are one event, up to MaxLevels of them. Owned by an nxFeed and used
-   by its thread; the product table outlives it. */
+// The events of one file, front to back. Judges what nxCsvReader reads: time does not run backwards, sizes
+// are whole lots and not negative, a bar's prices lie between its low and its high, a product has one bar at
+// a time. Gaps between bars are no fault, but counted. Rows of a depth file that follow each
+// other and have one time and one product are one event, up to MaxLevels of them. Owned by an nxFeed and used
+// by its thread; the product table outlives it.
 class nxFeedReader
 {
 public:
-    static constexpr unsigned PeekRows = 4096;
-    static constexpr unsigned MaxLevels =
+    static constexpr unsigned int PeekRows = 4096;
+    static constexpr unsigned int MaxLevels =
         65536;  // what keeps memory flat; the next event goes on behind them
     static constexpr std::size_t MaxKeptErrors = 10;
 
-    /** `index` is the file's place in the order the files were named. */
-    nxFeedReader(const std::string& path, unsigned index, nxFeedProductTable& products,
+    // `index` is the file's place in the order the files were named.
+    nxFeedReader(const std::string& path, unsigned int index, nxFeedProductTable& products,
                  const nxFeedOptions& options);
 
-    /** Opens the file, reads the header row and looks at the first rows that the buffer holds, PeekRows at
-       most, so that their products, tick sizes and kinds are known before the first event. False: GetError()
-       tells why. */
+    // Opens the file, reads the header row and looks at the first rows that the buffer holds, PeekRows at
+    // most, so that their products, tick sizes and kinds are known before the first event. False: GetError()
+    // tells why.
     [[nodiscard]] bool Open();
 
-    /** The next event, good until the next call; null at the end and at an error. */
+    // The next event, good until the next call; null at the end and at an error.
     [[nodiscard]] const nxFeedEvent* Next();
 
-    /** Why Next() answered null before the end of the file, or why Open() failed. A depth file's error may
-       stand here while the event before it is still to be used. */
+    // Why Next() answered null before the end of the file, or why Open() failed. A depth file's error may
+    // stand here while the event before it is still to be used.
     [[nodiscard]] const nxFeedError& GetError() const { return _error; }
 
     [[nodiscard]] const std::string& GetPath() const { return _path; }
     [[nodiscard]] nxFeedKind GetKind() const { return _kind; }
-    /** Rows that were read and found good. At the end of a file with only a header, 0. */
+    // Rows that were read and found good. At the end of a file with only a header, 0.
     [[nodiscard]] unsigned long long GetRowCount() const { return _rowCount; }
     [[nodiscard]] unsigned long long GetBadRowCount() const { return _badRowCount; }
-    /** The first few of a lenient reader's bad rows. */
+    // The first few of a lenient reader's bad rows.
     [[nodiscard]] const std::vector<nxFeedError>& GetBadRows() const { return _badRows; }
-    /** Where a product's next bar came later than its bars are apart, and the longest of these gaps. */
+    // Where a product's next bar came later than its bars are apart, and the longest of these gaps.
     struct Gaps
     {
         unsigned long long count = 0;
@@ -52,7 +52,7 @@ public:
         unsigned long long line = 0;  // behind the longest
     };
     [[nodiscard]] const Gaps& GetGaps() const { return _gaps; }
-    /** As for nxCsvReader. */
+    // As for nxCsvReader.
     [[nodiscard]] bool HasOpenEnd() const { return _csv.HasOpenEnd(); }
     [[nodiscard]] unsigned long long GetBytesConsumed() const { return _csv.GetBytesConsumed(); }
     [[nodiscard]] unsigned long long GetBytesTotal() const { return _csv.GetBytesTotal(); }
@@ -67,9 +67,9 @@ private:
     bool _JudgeBarTime(const nxFeedProduct& product);
     bool _FindBarEnd(const nxFeedProduct& product);
     bool _Reject(std::string_view column, const std::string& reason);
-    bool _GetPrice(nxFeedProduct& product, unsigned slot, nxDecimal& price);
-    bool _GetLots(const nxFeedProduct& product, unsigned slot, nxVolume& lots);
-    std::string_view _GetColumnName(unsigned slot) const;
+    bool _GetPrice(nxFeedProduct& product, unsigned int slot, nxDecimal& price);
+    bool _GetLots(const nxFeedProduct& product, unsigned int slot, nxVolume& lots);
+    std::string_view _GetColumnName(unsigned int slot) const;
     const nxFeedEvent* _NextDepth();
 
     std::string _path;
@@ -78,7 +78,7 @@ private:
     nxCsvReader _csv;
     nxFeedKind _kind = nxFeedKind::Quote;
     const nxCsvRow* _row = nullptr;  // read last
-    unsigned _productIndex = 0;      // of the row read last
+    unsigned int _productIndex = 0;  // of the row read last
     nxFeedProduct* _product = nullptr;
     nxFeedEvent _event;
     std::vector<nxFeedLevel> _levels;  // behind _event
@@ -88,6 +88,7 @@ private:
     long long _lastBarEnd;             // bars that bear their start: the time of the last event
     std::vector<long long> _barTimes;  // bars: of the last one, by product
     Gaps _gaps;
+    bool _lacksPeriod = false;  // why the last bar was rejected
     bool _isOver = false;
     unsigned long long _rowCount = 0;
     unsigned long long _badRowCount = 0;

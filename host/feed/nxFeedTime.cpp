@@ -2,16 +2,21 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <charconv>
 #include <chrono>
+#include <utility>
+
+#include "base/time/nxTime.h"
 
 namespace {
 
 constexpr const char* NotATime = "not a time";
 constexpr const char* NoSuchDate = "no such calendar date";
 constexpr const char* NoSuchTimeOfDay = "no such time of day";
-constexpr const char* OutOfRange = "time out of range (1677 to 2262)";
+constexpr const char* OutOfRange = "time out of range (1678 to 2261)";
 
-constexpr long long NanosecondsPerSecond = 1'000'000'000;
+using nxTime::NanosecondsPerSecond;
 
 // Takes a text apart from the front; every step tells whether it found what it looked for.
 class Cursor
@@ -68,8 +73,8 @@ struct CivilTime
 
     [[nodiscard]] std::chrono::year_month_day GetDate() const
     {
-        return std::chrono::year(year) / std::chrono::month(static_cast<unsigned>(month)) /
-               std::chrono::day(static_cast<unsigned>(day));
+        return std::chrono::year(year) / std::chrono::month(static_cast<unsigned int>(month)) /
+               std::chrono::day(static_cast<unsigned int>(day));
     }
 
     const char* Store(long long& time) const
@@ -80,7 +85,8 @@ struct CivilTime
         const long long seconds = ((days * 24 + hour) * 60 + minute - offset) * 60 + second;
         long long sum = 0;
         if (__builtin_mul_overflow(seconds, NanosecondsPerSecond, &sum) ||
-            __builtin_add_overflow(sum, nanosecond, &sum))
+            __builtin_add_overflow(sum, nanosecond, &sum) || sum < nxFeedTime::Earliest ||
+            sum > nxFeedTime::Latest)
             return OutOfRange;
         time = sum;
         return nullptr;
@@ -151,14 +157,28 @@ const char* nxFeedTime::SetFromInteger(unsigned long long count, long long& time
     else if (count < 100'000'000'000'000'000)
         unit = 1'000;
     long long product = 0;
-    if (__builtin_mul_overflow(count, unit, &product)) return OutOfRange;
+    if (__builtin_mul_overflow(count, unit, &product) || product > Latest) return OutOfRange;
     time = product;
     return nullptr;
 }
 
+bool nxFeedTime::SetPeriodFromText(std::string_view text, long long& period)
+{
+    constexpr std::pair<char, long long> units[] = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86'400}};
+    constexpr long long longest = 366 * 86'400;
+    long long count = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, count);
+    if (error != std::errc() || rest + 1 != end) return false;
+    const auto unit = std::ranges::find(units, *rest, &std::pair<char, long long>::first);
+    if (unit == std::end(units) || count <= 0 || count > longest / unit->second) return false;
+    period = count * unit->second * NanosecondsPerSecond;
+    return true;
+}
+
 long long nxFeedTime::GetNextMidnight(long long time)
 {
-    constexpr long long day = 86'400 * NanosecondsPerSecond;
+    constexpr long long day = nxTime::NanosecondsPerDay;
     const long long into = time % day;
     return time - into + (into < 0 ? 0 : day);
 }
@@ -170,7 +190,7 @@ std::string nxFeedTime::GetAsString(long long time)
     const std::chrono::year_month_day date(day);
     const std::chrono::hh_mm_ss clock(point - day);
     return fmt::format("{:04}{:02}{:02}:{:02}:{:02}:{:02}.{:09}", static_cast<int>(date.year()),
-                       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                       static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()),
                        clock.hours().count(), clock.minutes().count(), clock.seconds().count(),
                        clock.subseconds().count());
 }

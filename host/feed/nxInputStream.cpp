@@ -24,10 +24,10 @@ std::string GetSystemText(int error)
 }  // namespace
 
 // Takes compressed bytes from [in, inEnd) and puts plain ones to [out, outEnd), moving both starts.
-class nxInputStream::_Decoder
+class nxInputStream::Decoder
 {
 public:
-    virtual ~_Decoder() = default;
+    virtual ~Decoder() = default;
     virtual bool Decode(const char*& in, const char* inEnd, char*& out, char* outEnd,
                         std::string& failure) = 0;
     // Whether the data may end here.
@@ -35,13 +35,13 @@ public:
     [[nodiscard]] virtual const char* GetName() const = 0;
 };
 
-class nxInputStream::_GzipDecoder final : public _Decoder
+class nxInputStream::GzipDecoder final : public Decoder
 {
 public:
-    _GzipDecoder() { _ready = inflateInit2(&_stream, MAX_WBITS + 16) == Z_OK; }
-    ~_GzipDecoder() override { inflateEnd(&_stream); }
-    _GzipDecoder(const _GzipDecoder&) = delete;
-    _GzipDecoder& operator=(const _GzipDecoder&) = delete;
+    GzipDecoder() { _ready = inflateInit2(&_stream, MAX_WBITS + 16) == Z_OK; }
+    ~GzipDecoder() override { inflateEnd(&_stream); }
+    GzipDecoder(const GzipDecoder&) = delete;
+    GzipDecoder& operator=(const GzipDecoder&) = delete;
 
     bool Decode(const char*& in, const char* inEnd, char*& out, char* outEnd, std::string& failure) override
     {
@@ -76,7 +76,7 @@ private:
     bool _complete = false;
 };
 
-class nxInputStream::_ZstdDecoder final : public _Decoder
+class nxInputStream::ZstdDecoder final : public Decoder
 {
 public:
     bool Decode(const char*& in, const char* inEnd, char*& out, char* outEnd, std::string& failure) override
@@ -97,12 +97,12 @@ public:
     [[nodiscard]] const char* GetName() const override { return "zstd"; }
 
 private:
-    struct _Free
+    struct Free
     {
         void operator()(ZSTD_DStream* stream) const { ZSTD_freeDStream(stream); }
     };
 
-    std::unique_ptr<ZSTD_DStream, _Free> _stream{ZSTD_createDStream()};
+    std::unique_ptr<ZSTD_DStream, Free> _stream{ZSTD_createDStream()};
     bool _complete = false;
 };
 
@@ -113,7 +113,7 @@ nxInputStream::~nxInputStream()
     if (_file > STDIN_FILENO) close(_file);
 }
 
-bool nxInputStream::Open(const std::string& path)
+bool nxInputStream::Open(const std::string& path, const char* content)
 {
     _file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat status = {};
@@ -122,7 +122,7 @@ bool nxInputStream::Open(const std::string& path)
         return false;
     }
     if (S_ISDIR(status.st_mode)) {
-        _failure = "is a directory, not a file of recorded data";
+        _failure = std::string("is a directory, not a ") + content;
         return false;
     }
     _mayHaveToWait = !S_ISREG(status.st_mode);
@@ -135,9 +135,23 @@ bool nxInputStream::Open(const std::string& path)
     const auto startsWith = [this](const char* magic, std::size_t size) {
         return _inputEnd >= size && std::memcmp(_input.data(), magic, size) == 0;
     };
-    if (startsWith("\x1F\x8B", 2)) _decoder = std::make_unique<_GzipDecoder>();
-    if (startsWith("\x28\xB5\x2F\xFD", 4)) _decoder = std::make_unique<_ZstdDecoder>();
+    if (startsWith("\x1F\x8B", 2)) _decoder = std::make_unique<GzipDecoder>();
+    if (startsWith("\x28\xB5\x2F\xFD", 4)) _decoder = std::make_unique<ZstdDecoder>();
     return true;
+}
+
+std::optional<std::string> nxInputStream::ReadWhole(const std::string& path, const char* content,
+                                                    std::string& text)
+{
+    nxInputStream stream;
+    if (!stream.Open(path, content)) return stream._failure;
+    std::vector<char> buffer(InputSize);
+    for (;;) {
+        const long long count = stream.Read(buffer.data(), buffer.size());
+        if (count < 0) return stream._failure;
+        if (count == 0) return std::nullopt;
+        text.append(buffer.data(), static_cast<std::size_t>(count));
+    }
 }
 
 long long nxInputStream::Read(char* to, std::size_t size)

@@ -3,34 +3,38 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-/** The bytes of one recording, front to back: a plain file, a .gz or a .zst. Which one it is, its first bytes
-   tell, not its name; several compressed parts in a row read as one. "-" is standard input. The file is read
-   through a buffer of fixed size and never mapped, so resident memory stays flat whatever its length. Owned
-   by one reader and used by one thread at a time. Nothing here throws. */
+// The bytes of one input, front to back: a plain file, a .gz or a .zst. Which one it is, its first bytes
+// tell, not its name; several compressed parts in a row read as one. "-" is standard input. The file is read
+// through a buffer of fixed size and never mapped, so resident memory stays flat whatever its length. Owned
+// by one reader and used by one thread at a time. Nothing here throws.
 class nxInputStream
 {
 public:
-    /** `givesUp` is asked while a pipe has nothing to read, several times a second, on the thread that reads;
-       true ends the waiting as a failure, "interrupted". */
+    // `givesUp` is asked while a pipe has nothing to read, several times a second, on the thread that reads;
+    // true ends the waiting as a failure, "interrupted".
     explicit nxInputStream(std::function<bool()> givesUp = {});
     ~nxInputStream();
     nxInputStream(const nxInputStream&) = delete;
     nxInputStream& operator=(const nxInputStream&) = delete;
 
-    /** False: GetFailure() tells why. */
-    [[nodiscard]] bool Open(const std::string& path);
+    // `content` is what the file should be, for the message about a folder. False: GetFailure() tells why.
+    [[nodiscard]] bool Open(const std::string& path, const char* content = "file of recorded data");
 
-    /** The count of bytes put at `to`, at most `size`; 0 at the end; -1 on a failure, also when compressed
-       data stops before its end. What came before the failure has been handed out by then. */
+    // Opened and read once, to the end, so that a pipe serves as well as a file. Null, or why not.
+    [[nodiscard]] static std::optional<std::string> ReadWhole(const std::string& path, const char* content,
+                                                              std::string& text);
+
+    // The count of bytes put at `to`, at most `size`; 0 at the end; -1 on a failure, also when compressed
+    // data stops before its end. What came before the failure has been handed out by then.
     [[nodiscard]] long long Read(char* to, std::size_t size);
 
     [[nodiscard]] const std::string& GetFailure() const { return _failure; }
 
-    /** Bytes of the file as it lies on the disk, for a percentage. The total is 0 when it is unknown (a
-     * pipe). */
+    // Bytes of the file as it lies on the disk, for a percentage. The total is 0 when it is unknown (a pipe).
     [[nodiscard]] unsigned long long GetBytesConsumed() const
     {
         return _bytesRead - (_inputEnd - _inputBegin);
@@ -38,9 +42,9 @@ public:
     [[nodiscard]] unsigned long long GetBytesTotal() const { return _bytesTotal; }
 
 private:
-    class _Decoder;
-    class _GzipDecoder;
-    class _ZstdDecoder;
+    class Decoder;
+    class GzipDecoder;
+    class ZstdDecoder;
 
     bool _FillInput();
     long long _ReadFile(char* to, std::size_t size);
@@ -53,7 +57,7 @@ private:
     std::size_t _inputBegin = 0;
     std::size_t _inputEnd = 0;
     bool _inputOver = false;
-    std::unique_ptr<_Decoder> _decoder;  // none: plain
+    std::unique_ptr<Decoder> _decoder;  // none: plain
     unsigned long long _bytesRead = 0;
     unsigned long long _bytesTotal = 0;
     std::string _failure;

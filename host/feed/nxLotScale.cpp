@@ -4,11 +4,11 @@
 #include <climits>
 #include <numeric>
 
+#include "base/values/nxInt128.h"
+
 namespace {
 
-__extension__ typedef unsigned __int128 Wide;
-
-unsigned long long GetPowerOfTen(unsigned exponent)
+unsigned long long GetPowerOfTen(unsigned int exponent)
 {
     unsigned long long power = 1;
     while (exponent-- != 0)
@@ -24,12 +24,12 @@ nxLotScale::nxLotScale(const nxDecimal& lotSize) : _lotSize(lotSize)
 {
     _lotSize.Normalise(0);
     const auto size = static_cast<unsigned long long>(_lotSize.GetMantissa());
-    const unsigned sizePlaces = _lotSize.GetDecimalPlaces();
-    for (unsigned places = 0; places < _ratios.size(); ++places) {
+    const unsigned int sizePlaces = _lotSize.GetDecimalPlaces();
+    for (unsigned int places = 0; places < _ratios.size(); ++places) {
         const unsigned long long up = GetPowerOfTen(sizePlaces - std::min(places, sizePlaces));
         const unsigned long long down = GetPowerOfTen(places - std::min(places, sizePlaces));
         const unsigned long long common = std::gcd(up * 1ULL, size);
-        const Wide divisor = static_cast<Wide>(size / common) * down;
+        const nxUInt128 divisor = static_cast<nxUInt128>(size / common) * down;
         // No recorded size reaches 2^64 - 1, so where the divisor does not fit only 0 is a whole number of
         // lots, as it should be.
         _ratios[places] = {up / common,
@@ -37,11 +37,11 @@ nxLotScale::nxLotScale(const nxDecimal& lotSize) : _lotSize(lotSize)
     }
 }
 
-bool nxLotScale::_GetLotsSlow(long long mantissa, const _Ratio& ratio, unsigned& lots)
+bool nxLotScale::_GetLotsSlow(long long mantissa, const Ratio& ratio, unsigned int& lots)
 {
-    const Wide product = static_cast<Wide>(mantissa) * ratio.multiplier;
-    const Wide count = product / ratio.divisor;
-    lots = static_cast<unsigned>(count);
+    const nxUInt128 product = static_cast<nxUInt128>(mantissa) * ratio.multiplier;
+    const nxUInt128 count = product / ratio.divisor;
+    lots = static_cast<unsigned int>(count);
     return count <= MaxLots && count * ratio.divisor == product;
 }
 
@@ -50,15 +50,15 @@ std::string nxLotScale::GetRefusal(long long mantissa, unsigned char places, uns
     const nxDecimal size = nxDecimal::FromMantissa(mantissa, places);
     nxDecimal significant = size;
     significant.Normalise(0);
-    const _Ratio& ratio = _ratios[places];
-    const bool isWhole = static_cast<Wide>(mantissa) * ratio.multiplier % ratio.divisor == 0;
+    const Ratio& ratio = _ratios[places];
+    const bool isWhole = static_cast<nxUInt128>(mantissa) * ratio.multiplier % ratio.divisor == 0;
     std::string reason = "size " + size.GetAsString();
     reason += isWhole ? " is more than " + std::to_string(MaxLots) + " lots of " + _lotSize.GetAsString()
                       : " is not a whole number of lots of " + _lotSize.GetAsString();
 
     // The finest step of the recorded sizes keeps them all whole; a size too large for it needs the coarsest
     // that it is still a multiple of.
-    unsigned lots = 0;
+    unsigned int lots = 0;
     nxDecimal fitting = nxDecimal::FromMantissa(1, std::max(knownPlaces, significant.GetDecimalPlaces()));
     if (!nxLotScale(fitting).GetLots(mantissa, places, lots)) {
         fitting = nxDecimal::FromMantissa(1, significant.GetDecimalPlaces());

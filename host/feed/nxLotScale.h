@@ -5,47 +5,47 @@
 
 #include "base/values/nxDecimal.h"
 
-/** Turns recorded sizes into whole lots, exactly. A value; the division is prepared once for each count of
-   decimal places, so a size costs one division of 64 bits at most. */
+// Turns recorded sizes into whole lots, exactly. A value; the division is prepared once for each count of
+// decimal places, so a size costs one division of 64 bits at most.
 class nxLotScale
 {
 public:
-    static constexpr unsigned MaxLots = 0xFFFFFFFD;  // the two above are marks
+    static constexpr unsigned int MaxLots = 0xFFFFFFFD;  // the two above are marks
 
-    /** One lot is one unit. */
+    // One lot is one unit.
     nxLotScale();
-    /** `lotSize` is valid and above 0. */
+    // `lotSize` is valid and above 0.
     explicit nxLotScale(const nxDecimal& lotSize);
 
     [[nodiscard]] const nxDecimal& GetLotSize() const { return _lotSize; }
 
-    /** size / lot size for the size mantissa / 10^places, which is not negative. False when that is no whole
-       number or above MaxLots. */
-    [[nodiscard]] bool GetLots(long long mantissa, unsigned char places, unsigned& lots) const
+    // size / lot size for the size mantissa / 10^places, which is not negative. False when that is no whole
+    // number or above MaxLots.
+    [[nodiscard]] bool GetLots(long long mantissa, unsigned char places, unsigned int& lots) const
     {
-        const _Ratio& ratio = _ratios[places];
+        const Ratio& ratio = _ratios[places];
         unsigned long long product = 0;
         if (__builtin_mul_overflow(static_cast<unsigned long long>(mantissa), ratio.multiplier, &product))
             return _GetLotsSlow(mantissa, ratio, lots);
         const unsigned long long count = ratio.divisor == 1 ? product : product / ratio.divisor;
-        lots = static_cast<unsigned>(count);
+        lots = static_cast<unsigned int>(count);
         return count <= MaxLots && count * ratio.divisor == product;
     }
 
-    /** Why GetLots refused the size, and the lot size that would fit it and a size with `knownPlaces`
-     * decimals. */
+    // Why GetLots refused the size, and the lot size that would fit it and a size with `knownPlaces`
+    // decimals.
     [[nodiscard]] std::string GetRefusal(long long mantissa, unsigned char places,
                                          unsigned char knownPlaces) const;
 
 private:
-    struct _Ratio
+    struct Ratio
     {
         unsigned long long multiplier = 1;
         unsigned long long divisor = 1;
     };
 
-    static bool _GetLotsSlow(long long mantissa, const _Ratio& ratio, unsigned& lots);
+    static bool _GetLotsSlow(long long mantissa, const Ratio& ratio, unsigned int& lots);
 
     nxDecimal _lotSize;
-    std::array<_Ratio, nxDecimal::MaxDecimalPlaces + 1> _ratios;
+    std::array<Ratio, nxDecimal::MaxDecimalPlaces + 1> _ratios;
 };

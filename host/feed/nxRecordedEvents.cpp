@@ -45,7 +45,9 @@ const std::string* nxRecordedEvents::FindReadOnce() const
 void nxRecordedEvents::ReadAgain(const std::string& product, unsigned long long count,
                                  const std::function<void(const nxFeedEvent&)>& take) const
 {
-    nxFeed feed({_options.isLenient, _options.barsBearStart});
+    nxFeedOptions options = _options;
+    options.interrupted = nullptr;
+    nxFeed feed(options);
     if (!feed.Open(_paths, _terms)) return;
     for (unsigned long long i = 0; i < count; ++i) {
         const nxFeedEvent* const event = feed.Next();

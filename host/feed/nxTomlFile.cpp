@@ -1,12 +1,11 @@
 #include "host/feed/nxTomlFile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <sstream>
 #include <string_view>
 #include <tuple>
+
+#include "host/feed/nxInputStream.h"
 
 namespace {
 
@@ -29,24 +28,23 @@ std::string GetReason(std::string_view report)
 
 }  // namespace
 
-bool nxTomlFile::Read(const std::string& content, const std::function<void(const toml::value&)>& read,
+bool nxTomlFile::Read(const char* content, const std::function<void(const toml::value&)>& read,
                       nxFeedError& error) const
 {
+    std::string text;
+    if (const auto failure = nxInputStream::ReadWhole(_path, content, text)) {
+        error = {_path, 0, 0, *failure};
+        return false;
+    }
     try {
-        std::ifstream stream(_path, std::ios::binary);
-        if (!stream) {
-            error = {_path, 0, 0, std::string("cannot open: ") + std::strerror(errno)};
-        } else if (std::filesystem::is_directory(_path)) {
-            error = {_path, 0, 0, "is a directory, not a file of " + content};
-        } else {
-            read(toml::parse(stream, _path));
-            return true;
-        }
+        std::istringstream stream(std::move(text));  // the parser seeks, which a pipe cannot
+        read(toml::parse(stream, _path));
+        return true;
     } catch (const Refusal& refusal) {
         error = refusal.error;
     } catch (const toml::exception& failure) {
         const toml::source_location& place = failure.location();
-        error = {_path, place.line(), static_cast<unsigned>(place.column()), GetReason(failure.what())};
+        error = {_path, place.line(), static_cast<unsigned int>(place.column()), GetReason(failure.what())};
     } catch (const std::exception& failure) {
         error = {_path, 0, 0, GetReason(failure.what())};
     }
@@ -56,7 +54,7 @@ bool nxTomlFile::Read(const std::string& content, const std::function<void(const
 void nxTomlFile::Refuse(const toml::value& at, const std::string& reason) const
 {
     const toml::source_location place = at.location();
-    throw Refusal{{_path, place.line(), static_cast<unsigned>(place.column()), reason}};
+    throw Refusal{{_path, place.line(), static_cast<unsigned int>(place.column()), reason}};
 }
 
 void nxTomlFile::RefuseKey(const toml::value& at, const std::string& key, const std::string& known) const

@@ -4,13 +4,13 @@
 
 namespace {
 
-constexpr long long Second = 1'000'000'000;
+constexpr long long Second = nxTime::NanosecondsPerSecond;
 constexpr long long Minute = 60 * Second;
 constexpr long long Hour = 60 * Minute;
 constexpr long long Day = 24 * Hour;
 // What recorded times reach, without the outermost days, whose bars would begin or end beyond.
 constexpr long long Earliest = std::numeric_limits<long long>::min() + 2 * Day;
-constexpr long long Latest = std::numeric_limits<long long>::max() - 2 * Day;
+constexpr long long Latest = nxTime::Never - 2 * Day;
 constexpr unsigned int LargestVolume = 0xFFFFFFFD;  // beyond lie the marks
 
 long long GetLength(const nxTickDataPeriodEnum& period)
@@ -77,7 +77,7 @@ bool nxBarBuilder::_FindSpan(long long time)
         if (!_hours.IsOpen(time)) return false;
         _end = _hours.GetNextChange(time);
         _begin = _hours.GetLastChange(time);
-        if (_end != Never) return true;
+        if (_end != nxTime::Never) return true;
     }
     _begin = Floor(time, length);
     _end = _begin + length;
@@ -99,7 +99,7 @@ void nxBarBuilder::_Begin(const nxDecimal& open)
 const nxTickData* nxBarBuilder::_Finish()
 {
     _isEmpty = true;
-    _due = Never;
+    _due = nxTime::Never;
     return &_bar;
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/enums/nxTickDataPeriodEnum.h"
 #include "base/records/nxTickData.h"
+#include "base/time/nxTime.h"
 #include "host/feed/nxFeedEvent.h"
 #include "host/market/nxTradingHours.h"
 
@@ -19,8 +20,6 @@
 class nxBarBuilder
 {
 public:
-    static constexpr long long Never = std::numeric_limits<long long>::max();
-
     // rowPeriod: nanoseconds between the rows of the bars file; 0 where it is not known. rowsBearStart: in
     // the file their time was that much earlier than the one they are added with.
     nxBarBuilder(const nxTickDataPeriodEnum& period, const nxTradingHours& hours, long long rowPeriod,
@@ -55,7 +54,7 @@ private:
     bool _rowsBearStart;
     long long _begin = 0;
     long long _end = 0;  // of the span, itself left out
-    long long _due = Never;
+    long long _due = nxTime::Never;
     nxTickData _bar;
     bool _isEmpty = true;
 };

@@ -5,6 +5,12 @@
 
 #include <filesystem>
 
+std::vector<std::string> nxDataStores::GetFiles(const std::string& directory)
+{
+    const std::string database = (std::filesystem::path(directory) / "stores.sqlite").string();
+    return {database, database + "-journal"};
+}
+
 std::optional<std::string> nxDataStores::Open(const std::string& directory)
 {
     std::error_code error;
@@ -13,7 +19,7 @@ std::optional<std::string> nxDataStores::Open(const std::string& directory)
         if (!std::filesystem::create_directory(directory, error) && error)
             return directory + ": the directory for data stores cannot be made: " + error.message();
     }
-    _path = (std::filesystem::path(directory) / "stores.sqlite").string();
+    _path = GetFiles(directory).front();
     std::optional<std::string> failure = _Prepare(directory);
     if (failure) {
         _database.Close();
@@ -50,7 +56,13 @@ std::optional<std::string> nxDataStores::_Prepare(const std::string& directory)
         if (_database.IsReadOnly() || faccessat(AT_FDCWD, directory.c_str(), W_OK, AT_EACCESS) != 0)
             return _path + ": cannot be written: it, or its directory, is read-only";
     }
-    if (isNew) {
+    return _PrepareTables();
+}
+
+// Makes those of a new database, and looks whether an old one is whole.
+std::optional<std::string> nxDataStores::_PrepareTables()
+{
+    if (_database.GetNumber("SELECT count(*) FROM sqlite_schema") == 0) {
         nxSqliteDataStore::CreateTables(_database);
         _database.Run("PRAGMA application_id = " + std::to_string(ApplicationID));
         _database.Run("PRAGMA user_version = " + std::to_string(LayoutVersion));
@@ -62,6 +74,24 @@ std::optional<std::string> nxDataStores::_Prepare(const std::string& directory)
     _database.Commit();
     if (_database.HasFailed()) return _path + ": cannot be used: " + _database.GetFailure();
     return std::nullopt;
+}
+
+std::string nxDataStores::TakeImage(const std::string& directory)
+{
+    std::error_code error;
+    nxDataStores stores;
+    // Not made where there are none: the directory is that of another run.
+    if (!std::filesystem::exists(GetFiles(directory).front(), error) || stores.Open(directory)) return {};
+    return stores._database.GetImage();
+}
+
+std::optional<std::string> nxDataStores::OpenImage(const std::string& image)
+{
+    _path = "copy of the stores";
+    if (!_database.OpenImage(image)) return _path + ": cannot be used: " + _database.GetFailure();
+    std::optional<std::string> failure = _PrepareTables();
+    _isOpen = !failure;
+    return failure;
 }
 
 nxAlgoDataStoreObject* nxDataStores::Get(const std::string& name, bool create, std::string& failure)
@@ -89,9 +119,13 @@ std::optional<std::string> nxDataStores::Save()
         static_cast<void>(store->Persist());
     if (_database.IsInTransaction()) _database.Commit();
     if (!_database.HasFailed()) {
-        for (const auto& [name, store] : _stores)
+        std::string refusals;
+        for (const auto& [name, store] : _stores) {
             store->NoteCommit();
-        return std::nullopt;
+            for (const std::string& refusal : store->GetRefusals())
+                refusals += (refusals.empty() ? "" : "\n") + _path + ": " + refusal;
+        }
+        return refusals.empty() ? std::nullopt : std::optional(refusals);
     }
     const std::string failure = _path + ": the data stores cannot be saved: " + _database.GetFailure();
     _database.Rollback();

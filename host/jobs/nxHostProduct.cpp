@@ -70,6 +70,7 @@ nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const s
     auto collection = std::make_unique<nxHostTickDataCollection>(
         *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().bars->GetBarOrigin(*this));
     collection->LoadHistory();
+    _collections.push_back(collection.get());
     return collection.release();
 }
 
@@ -91,14 +92,18 @@ nxAlgoEventWindowObject* nxHostProduct::_CreateEventWindow(double duration, doub
 
 void nxHostProduct::SubscribePrices(nxAlgoEventWindowObject* window)
 {
+    _windowPlaces[window] = _windows.size();
     _windows.push_back(window);
     GetOwner().WantTrades(*this, 1);
 }
 
 void nxHostProduct::UnsubscribePrices(nxAlgoEventWindowObject* window)
 {
-    std::ranges::replace(_windows, window, nullptr);
-    if (!_isForwarding) std::erase(_windows, nullptr);
+    const auto place = _windowPlaces.find(window);
+    if (place == _windowPlaces.end()) return;
+    _windows[place->second] = nullptr;
+    _windowPlaces.erase(place);
+    _DropStoppedWindows();
     GetOwner().WantTrades(*this, -1);
 }
 
@@ -109,7 +114,16 @@ void nxHostProduct::ForwardTrade()
     for (std::size_t i = 0; i < count; ++i)
         if (_windows[i] != nullptr) _windows[i]->OnPrice(GetMarket().GetPriceUpdate());
     _isForwarding = false;
+    _DropStoppedWindows();
+}
+
+// Once they are half of them, so that stopping one costs constant time, amortised.
+void nxHostProduct::_DropStoppedWindows()
+{
+    if (_isForwarding || _windows.size() < 2 * _windowPlaces.size() + 16) return;
     std::erase(_windows, nullptr);
+    for (std::size_t i = 0; i < _windows.size(); ++i)
+        _windowPlaces[_windows[i]] = i;
 }
 
 nxHostJob& nxHostProduct::GetOwner() const

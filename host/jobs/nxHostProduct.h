@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <unordered_map>
 #include <vector>
 
 #include "host/accounts/nxProductAccount.h"
@@ -9,6 +10,7 @@
 
 class nxHostJob;
 class nxHostOrder;
+class nxHostTickDataCollection;
 
 // What a script can subscribe to.
 enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, TradeWindow, Count };
@@ -65,6 +67,9 @@ public:
     }
     nxAlgoPositionObject& GetPositionEvent();
 
+    // All that the script has made; they stay.
+    const std::vector<nxHostTickDataCollection*>& GetCollections() const { return _collections; }
+
     void SubscribePrices(nxAlgoEventWindowObject* window) override;
     void UnsubscribePrices(nxAlgoEventWindowObject* window) override;
     // Shows the market's latest event, a trade, to the trade windows that are started. Their callbacks may
@@ -100,6 +105,7 @@ protected:
     nxAlgoEventWindowObject* _CreateEventWindow(double duration, double frequency) override;
 
 private:
+    void _DropStoppedWindows();
     nxDecimal _GetOwnBest(nxSide side) const;
 
     const nxMarket& _market;
@@ -112,6 +118,8 @@ private:
     nxAlgoStateObject _stateEvent;
     nxAlgoPositionObject _positionEvent;
     std::array<int, static_cast<std::size_t>(nxMarketEvent::Count)> _wanted{};
-    std::vector<nxAlgoEventWindowObject*> _windows;  // that are started; null: stopped while forwarding
+    std::vector<nxHostTickDataCollection*> _collections;
+    std::vector<nxAlgoEventWindowObject*> _windows;  // that are started, in that order; null: stopped since
+    std::unordered_map<nxAlgoEventWindowObject*, std::size_t> _windowPlaces;  // of those that are not null
     bool _isForwarding = false;
 };

@@ -72,8 +72,8 @@ void nxHostTickDataCollection::LoadHistory()
         nxHostJob& job = GetHostProduct().GetOwner();
         job.GetServices().output->LogText(
             job, "no " + GetPeriod().GetAsString() + " bars of " + GetHostProduct().GetMarket().GetName() +
-                     ": the rows of its bars file are " + std::to_string(_source.rowPeriod / 1'000'000'000) +
-                     " seconds apart");
+                     ": the rows of its bars file are " +
+                     std::to_string(_source.rowPeriod / nxTime::NanosecondsPerSecond) + " seconds apart");
         return;
     }
     const std::size_t most = _GetRequestedTicks() == 0 ? std::string::npos : _GetRequestedTicks();

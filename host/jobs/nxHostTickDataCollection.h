@@ -40,6 +40,10 @@ public:
     // From which time on Close has something to do.
     long long GetDue() const { return _builder.GetDue(); }
 
+    // The script has asked to have it fed.
+    bool IsSubscribed() const { return _isSubscribed; }
+    // No bar of its product was ever complete, as far as it was fed.
+    bool IsEmpty() const { return _completed == 0; }
     nxHostProduct& GetHostProduct() const;
 
 protected:

@@ -85,11 +85,38 @@ std::optional<std::string> nxParameterSet::Define(const std::string& name, const
 std::optional<std::string> nxParameterSet::Change(const std::string& name, const std::string& text)
 {
     Entry& entry = _entries[name];
+    entry.isChanged = true;
     return _Set(entry, name, entry.parameter == nullptr ? GetTypeOf(text) : entry.type, text);
 }
 
 const nxVorantParameter* nxParameterSet::Find(const std::string& name) const
 {
+    constexpr std::size_t mostMissed = 10;
     const auto found = _entries.find(name);
-    return found == _entries.end() ? nullptr : found->second.parameter.get();
+    if (found == _entries.end()) {
+        if (_missed.size() < mostMissed) _missed.insert(name);
+        return nullptr;
+    }
+    found->second.isRead = true;
+    return found->second.parameter.get();
+}
+
+std::set<std::string> nxParameterSet::GetNames() const
+{
+    std::set<std::string> names;
+    for (const auto& [name, entry] : _entries)
+        names.insert(name);
+    return names;
+}
+
+bool nxParameterSet::WasRead(const std::string& name) const
+{
+    const auto found = _entries.find(name);
+    return found != _entries.end() && found->second.isRead;
+}
+
+bool nxParameterSet::WasChanged(const std::string& name) const
+{
+    const auto found = _entries.find(name);
+    return found != _entries.end() && found->second.isChanged;
 }

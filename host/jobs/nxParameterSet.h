@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -26,8 +27,14 @@ public:
     // its type from the text.
     [[nodiscard]] std::optional<std::string> Change(const std::string& name, const std::string& text);
 
-    // Null: there is none of that name.
+    // As a script reads it, which is noted. Null: there is none of that name.
     const nxVorantParameter* Find(const std::string& name) const;
+
+    std::set<std::string> GetNames() const;
+    bool WasRead(const std::string& name) const;
+    bool WasChanged(const std::string& name) const;
+    // Names that were read and that there were none of, the first few.
+    const std::set<std::string>& GetMissed() const { return _missed; }
 
 private:
     struct Entry
@@ -35,10 +42,13 @@ private:
         std::shared_ptr<const nxVorantParameter> parameter;
         std::string type;
         bool isTypeGiven = false;
+        bool isChanged = false;
+        mutable bool isRead = false;
     };
 
     std::optional<std::string> _Set(Entry& entry, const std::string& name, const std::string& type,
                                     const std::string& text);
 
     std::map<std::string, Entry> _entries;
+    mutable std::set<std::string> _missed;
 };

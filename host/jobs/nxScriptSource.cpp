@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
-#include <fstream>
 #include <limits>
+#include <sstream>
 #include <string_view>
+
+#include "host/feed/nxInputStream.h"
 
 namespace {
 
 // How the engine names the assembled text, and the library's own.
-constexpr std::string_view TextName = "[string \"--...\"]:";
+constexpr std::string_view TextName = "[string \"--[[ the modules, if any, and the script";
 constexpr char BinaryMark = 27;  // of what luac writes
 constexpr std::string_view PreludeName = "[string \"-- What every script finds ready";
 
@@ -23,12 +24,10 @@ std::string_view WithoutIndentation(std::string_view line)
 
 std::optional<std::string> nxScriptSource::Add(const std::string& path)
 {
-    std::error_code code;
-    if (std::filesystem::is_directory(path, code)) return path + ": is a directory, not a Lua script";
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream) {
-        return path + (std::filesystem::exists(path, code) ? ": cannot be read" : ": no such file");
-    }
+    std::string text;
+    if (const auto failure = nxInputStream::ReadWhole(path, "Lua script", text))
+        return path + ": " + *failure;
+    std::istringstream stream(std::move(text));
     File file{path, {}, _lineCount + 1};
     for (std::string line; std::getline(stream, line);) {
         if (file.lines.empty() && line.starts_with(BinaryMark))

@@ -12,15 +12,6 @@
 class nxScriptSource
 {
 public:
-    // Null, or why a file could not be read: "FILE: reason".
-    [[nodiscard]] std::optional<std::string> Add(const std::string& path);
-
-    const std::string& GetText() const { return _text; }
-    nxScriptHelper GetHelper() const;
-    // Reads what the engine's error processing made of a failure with this source's helper.
-    nxScriptFailure Explain(const std::string& errorText) const;
-
-private:
     struct File
     {
         std::string path;
@@ -28,12 +19,22 @@ private:
         unsigned int firstLine;  // of the assembled text
     };
 
+    // Reads the file once; "-" is standard input. Null, or why it could not be read: "FILE: reason".
+    [[nodiscard]] std::optional<std::string> Add(const std::string& path);
+
+    const std::vector<File>& GetFiles() const { return _files; }
+    const std::string& GetText() const { return _text; }
+    nxScriptHelper GetHelper() const;
+    // Reads what the engine's error processing made of a failure with this source's helper.
+    nxScriptFailure Explain(const std::string& errorText) const;
+
+private:
     std::string _TellOpeningLine(std::string message, const File& file) const;
 
     std::vector<File> _files;
-    // The engine names a text by its first line; a bare comment there keeps the script's own words, brackets
-    // and colons among them, out of its messages, and tells it from other texts such as the library's
-    // prelude.
-    std::string _text = "--\n";
-    unsigned int _lineCount = 1;
+    // The engine names a text by the first characters of its first line. A comment that is longer than they
+    // are keeps the script's own words, brackets and colons among them, out of its messages, tells it from
+    // other texts such as the library's prelude, and moves no line.
+    std::string _text = "--[[ the modules, if any, and the script as one text, whose lines count from 1 ]]";
+    unsigned int _lineCount = 0;
 };

@@ -60,6 +60,7 @@ bool nxSqliteDataStore::_BeginPersist()
 {
     if (!Valid() || _database.HasFailed() || !_HasChanged() || !_database.Begin()) return false;
     _position = 0;
+    _refusals.clear();
     _newID = _id;
     if (_id == 0) {
         _database.Run("INSERT INTO stores (name) VALUES (?)", {_name});
@@ -73,16 +74,32 @@ void nxSqliteDataStore::_PersistRow(const Row* row)
     const std::size_t place = _position++;
     if (place < _saved.size() && *row == _saved[place]) return;
     const auto number = static_cast<long long>(place);
+    const bool isRefused = _IsRefused(*row);
     if (place < _saved.size()) {
+        if (isRefused) return;  // the database keeps what it holds there
         _database.Run("DELETE FROM columns WHERE store = ? AND row = ?", {_newID, number});
     } else {
         _database.Run("INSERT INTO rows (store, row) VALUES (?, ?)", {_newID, number});
+        if (isRefused) return;  // an empty row keeps its place
     }
     long long column = 0;
     for (const std::string& value : *row)
         _database.Run("INSERT INTO columns (store, row, col, value) VALUES (?, ?, ?, ?)",
                       {_newID, number, column++, value});
     _written.emplace_back(place, *row);
+}
+
+// A statement that fails would take the whole save with it.
+bool nxSqliteDataStore::_IsRefused(const Row& row)
+{
+    const std::size_t most = _database.GetLargestValue();
+    const auto tooLarge =
+        std::ranges::find_if(row, [most](const auto& value) { return value.size() > most; });
+    if (tooLarge == row.end()) return false;
+    _refusals.push_back("row " + std::to_string(_position) + " of the store " + _name +
+                        " cannot be saved: it has a value of " + std::to_string(tooLarge->size()) +
+                        " bytes, and " + std::to_string(most) + " are the most");
+    return true;
 }
 
 void nxSqliteDataStore::_EndPersist()

@@ -28,6 +28,8 @@ public:
     // How the transaction ended in which the store was persisted.
     void NoteCommit();
     void NoteRollback();
+    // The rows that the latest save left out, each as a text that tells why.
+    const std::vector<std::string>& GetRefusals() const { return _refusals; }
 
 protected:
     // Begins the database's transaction, unless another store has. False when nothing has changed.
@@ -37,6 +39,7 @@ protected:
 
 private:
     bool _HasChanged();
+    bool _IsRefused(const Row& row);
 
     nxSqliteDatabase& _database;
     const std::string _name;
@@ -45,6 +48,7 @@ private:
     std::vector<Row> _saved;  // as the database holds it
     // Of the transaction that is under way.
     long long _newID = 0;
-    std::size_t _position = 0;                          // rows so far
+    std::size_t _position = 0;  // rows so far
+    std::vector<std::string> _refusals;
     std::vector<std::pair<std::size_t, Row>> _written;  // those that were others, by their place from 0
 };

@@ -2,6 +2,16 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+namespace {
+
+constexpr int BesideValue = 64;  // bytes of a record that are its key and its sizes
+
+}  // namespace
+
 bool nxSqliteDatabase::Row::IsNull(int column) const
 {
     return sqlite3_column_type(_statement, column) == SQLITE_NULL;
@@ -37,6 +47,11 @@ bool nxSqliteDatabase::Open(const std::string& path)
     const int code =
         sqlite3_open_v2(path.c_str(), &_database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     if (!_Check(code)) return false;
+    return _Begin();
+}
+
+bool nxSqliteDatabase::_Begin()
+{
     sqlite3_extended_result_codes(_database, 1);
     // The lock that the first transaction takes is kept from then on. A rollback journal and not a log that
     // is written ahead: a save is one transaction now and then that nobody reads beside, and a directory at
@@ -44,6 +59,41 @@ bool nxSqliteDatabase::Open(const std::string& path)
     // changes.
     return Run("PRAGMA locking_mode = EXCLUSIVE") && Run("PRAGMA synchronous = FULL") &&
            Run("BEGIN EXCLUSIVE");
+}
+
+std::string nxSqliteDatabase::GetImage()
+{
+    sqlite3_int64 size = 0;
+    const std::unique_ptr<unsigned char, void (*)(void*)> bytes(
+        sqlite3_serialize(_database, "main", &size, 0), sqlite3_free);
+    if (bytes == nullptr) return {};
+    return {reinterpret_cast<const char*>(bytes.get()), static_cast<std::size_t>(size)};
+}
+
+bool nxSqliteDatabase::OpenImage(const std::string& image)
+{
+    if (!_Check(sqlite3_open_v2(":memory:", &_database, SQLITE_OPEN_READWRITE, nullptr))) return false;
+    if (image.empty()) return _Begin();
+    auto* const bytes = static_cast<unsigned char*>(sqlite3_malloc64(image.size()));
+    if (bytes == nullptr) return _Check(SQLITE_NOMEM);
+    std::memcpy(bytes, image.data(), image.size());
+    const auto size = static_cast<sqlite3_int64>(image.size());
+    // It is the database's from here on, whatever becomes of the call.
+    return _Check(sqlite3_deserialize(_database, "main", bytes, size, size,
+                                      SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_RESIZEABLE)) &&
+           _Begin();
+}
+
+std::size_t nxSqliteDatabase::GetLargestValue() const
+{
+    const int most = sqlite3_limit(_database, SQLITE_LIMIT_LENGTH, -1);
+    return static_cast<std::size_t>(std::max(0, most - BesideValue));
+}
+
+void nxSqliteDatabase::SetLargestValue(std::size_t bytes)
+{
+    constexpr std::size_t largest = INT_MAX - BesideValue;
+    sqlite3_limit(_database, SQLITE_LIMIT_LENGTH, static_cast<int>(std::min(bytes, largest)) + BesideValue);
 }
 
 void nxSqliteDatabase::Close()

@@ -43,6 +43,16 @@ public:
     void Close();
     bool IsReadOnly() const;
 
+    // Bytes that a value may have, some 10^9; and less from now on.
+    std::size_t GetLargestValue() const;
+    void SetLargestValue(std::size_t bytes);
+
+    // All that it holds, as the bytes of a file. Empty on a failure.
+    std::string GetImage();
+    // In place of Open: a database in memory that begins with these bytes, or with nothing where there are
+    // none, and goes with this object.
+    [[nodiscard]] bool OpenImage(const std::string& image);
+
     // One statement; its rows go to `take`. It is kept compiled.
     bool Run(std::string_view sql, std::initializer_list<Value> values = {},
              const std::function<void(const Row&)>& take = {});
@@ -71,6 +81,7 @@ private:
     };
 
     bool _Check(int code);
+    bool _Begin();
 
     sqlite3* _database = nullptr;
     std::map<std::string, std::unique_ptr<sqlite3_stmt, Finalizer>, std::less<>>

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "base/time/nxTimeConstants.h"
+#include "base/time/nxTime.h"
 #include "host/market/nxImpliedQuote.h"
 #include "host/market/nxMarketProduct.h"
 #include "host/market/nxProductDescription.h"
@@ -21,10 +21,10 @@ struct nxMarket
     nxMarketProduct product;
     nxProductDescription description;  // as the run began with it; without a name where there is none
     nxDecimal tickSize;
-    long long nextState = nxNever;      // when its trading hours change its state
-    bool isFresh = true;                // nothing of its data has come since it opened
-    nxStrategyTerms terms;              // of a strategy
-    std::vector<nxMarket*> strategies;  // over it, at any depth, each after its legs
+    long long nextState = nxTime::Never;  // when its trading hours change its state
+    bool isFresh = true;                  // nothing of its data has come since it opened
+    nxStrategyTerms terms;                // of a strategy
+    std::vector<nxMarket*> strategies;    // over it, at any depth, each after its legs
 
     const nxTradingHours& GetHours() const { return description.tradingHours; }
     // Without hours a product is open from its first row on, a strategy while all its legs are.

@@ -68,7 +68,7 @@ void nxMarkets::FollowHours(long long now)
         market.nextState = market.GetHours().GetNextChange(now);
         SetState(market, GetStateBits(market.GetHours().IsOpen(now)));
     });
-    _nextStateTime = nxNever;
+    _nextStateTime = nxTime::Never;
     ForEach([&](const nxMarket& market) { _nextStateTime = std::min(_nextStateTime, market.nextState); });
 }
 

@@ -66,5 +66,5 @@ private:
     nxMarketObserver& _observer;
     std::vector<std::unique_ptr<nxMarket>> _markets;  // null until the product is met
     std::vector<nxMarket*> _strategies;               // each after its legs
-    long long _nextStateTime = nxNever;
+    long long _nextStateTime = nxTime::Never;
 };

@@ -9,7 +9,7 @@
 #include "host/feed/nxSide.h"
 #include "host/market/nxTradingHours.h"
 
-/** One leg of a described strategy: what is done with its product when the strategy is bought. */
+// One leg of a described strategy: what is done with its product when the strategy is bought.
 struct nxProductLegDescription
 {
     std::string product;
@@ -20,7 +20,7 @@ struct nxProductLegDescription
     bool operator==(const nxProductLegDescription&) const = default;
 };
 
-/** What a product file says about one product. What it leaves out is null, empty or undefined. */
+// What a product file says about one product. What it leaves out is null, empty or undefined.
 struct nxProductDescription
 {
     std::string name;

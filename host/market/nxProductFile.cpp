@@ -206,5 +206,5 @@ bool nxProductFile::Read(const std::string& path, std::vector<nxProductDescripti
         const std::vector<nxProductDescription> added = GetProducts(reader, root);
         products.insert(products.end(), added.begin(), added.end());
     };
-    return reader.Read("products", read, error);
+    return reader.Read("file of products", read, error);
 }

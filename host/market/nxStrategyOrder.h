@@ -5,9 +5,9 @@
 
 #include "host/market/nxProductDescription.h"
 
-/** The described strategies in an order in which each stands behind those that are its legs, and the cycle
-   that is in the way of one. Products are named by their index; a leg that is not described counts for
-   nothing. */
+// The described strategies in an order in which each stands behind those that are its legs, and the cycle
+// that is in the way of one. Products are named by their index; a leg that is not described counts for
+// nothing.
 struct nxStrategyOrder
 {
     explicit nxStrategyOrder(const std::vector<nxProductDescription>& products);

@@ -43,6 +43,7 @@ struct nxJobStatistics
     std::vector<Failure> failures;
     nxTradingStatistics trading;
     std::vector<std::string> exits;  // of the positions that were to be closed on exit
+    std::vector<std::string> notes;  // what a person should hear that went silently wrong
     std::string nothingDelivered;    // why no event reached the script; empty when one did
 
     Callback& operator[](nxCallback callback) { return callbacks[static_cast<std::size_t>(callback)]; }

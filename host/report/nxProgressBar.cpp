@@ -24,7 +24,13 @@ void nxProgressBar::Update(unsigned long long events, unsigned long long bytes, 
         line = fmt::format("[{:=<{}}{:<{}}] {:3.0f} %  {}, {:.0f} s left", "", filled, "", width - filled,
                            done * 100, line, elapsed * (1 - done) / done);
     }
-    _out << "\r\033[K" << _label << line << std::flush;
+    Show(line);
+}
+
+void nxProgressBar::Show(const std::string& text)
+{
+    if (!_enabled) return;
+    _out << "\r\033[K" << _label << text << std::flush;
     _drawn = true;
 }
 

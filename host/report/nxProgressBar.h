@@ -17,7 +17,10 @@ public:
 
     // total 0: unknown, as of a pipe.
     void Update(unsigned long long events, unsigned long long bytes, unsigned long long total);
+    // Another line in its place.
+    void Show(const std::string& text);
     void Erase();
+    bool IsEnabled() const { return _enabled; }
 
 private:
     std::ostream& _out;

@@ -1,13 +1,29 @@
 #include "host/report/nxRunRecord.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+namespace {
+
+// What is printed from then on, by Lua's own print too, goes to standard error.
+std::FILE* TakeStandardOutput()
+{
+    std::fflush(stdout);
+    const int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+    if (output < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) return nullptr;
+    return fdopen(output, "wb");
+}
+
+}  // namespace
+
 std::optional<std::string> nxRunRecord::Open(const std::string& path)
 {
     _path = path;
-    _file.reset(std::fopen(path.c_str(), "wb"));
+    _file.reset(path == "-" ? TakeStandardOutput() : std::fopen(path.c_str(), "wb"));
     if (_file == nullptr) _NoteFailure();
     return _failure;
 }

@@ -24,7 +24,8 @@ public:
     };
     using Fields = std::initializer_list<Field>;
 
-    // Empties a file that exists. Null, or why not: "FILE: reason".
+    // Empties a file that exists. "-" is standard output, which is the record's alone from then on: whatever
+    // else the process prints to it goes to standard error. Null, or why not: "FILE: reason".
     [[nodiscard]] std::optional<std::string> Open(const std::string& path);
     bool IsOpen() const { return _file != nullptr; }
     // Behind "sequence", which counts from 1, come time (none: null), job and type, then the fields.

@@ -20,6 +20,7 @@ struct nxRunStatistics
     long long lastTime = 0;
     std::vector<nxJobStatistics> jobs;
     std::vector<std::string> remarks;  // what a person should know of the data
+    std::vector<std::string> notes;    // and of the scripts and what they were given
     long long wallNanoseconds = 0;
 
     unsigned long long GetRowEventCount() const { return quotes + trades + depthChanges + bars; }

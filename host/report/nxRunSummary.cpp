@@ -155,6 +155,11 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
             WriteFailureRow(Rows(out, statistics).Begin("failure", job.name), failure);
     for (const std::string& remark : statistics.remarks)
         out << "data        " << remark << "\n";
+    for (const std::string& note : statistics.notes)
+        out << "note        " << note << "\n";
+    for (const nxJobStatistics& job : statistics.jobs)
+        for (const std::string& note : job.notes)
+            rows.Begin("note", job.name) << note << "\n";
     for (const nxJobStatistics& job : statistics.jobs)
         if (!job.nothingDelivered.empty())
             Rows(out, statistics).Begin("no events", job.name) << job.nothingDelivered << "\n";
@@ -197,6 +202,9 @@ void nxRunSummary::WriteEnvelope(std::ostream& out, const std::vector<Model>& mo
         }
         out << "\n";
     }
+    const nxRunStatistics& counted = models.front().statistics;
+    if (counted.bars != 0 && counted.bars == counted.GetRowEventCount())
+        out << "note        bars show no queue and no book, so all fill models come to the same over them\n";
     for (const Model& model : models)
         if (!model.failure.empty()) out << "failure     " << model.name << ": " << model.failure << "\n";
 }

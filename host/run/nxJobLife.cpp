@@ -19,7 +19,7 @@ nxJobLife::nxJobLife(nxRunState& state, nxRunOutput& output, nxJobList& jobs, nx
 
 void nxJobLife::Load(nxJobRunner& runner)
 {
-    if (runner.Load(_state.options.memoryLimit)) {
+    if (_jobs.Load(runner)) {
         runner.NoteDefinedCallbacks();
         return;
     }
@@ -39,7 +39,7 @@ void nxJobLife::Start(nxJobRunner& runner)
     _news.Announce(nxCallback::OnVorantJobNew, runner);
     Run();
     if (runner.IsOver() || _state.isOver) return;
-    if (!runner.Start()) {
+    if (!_jobs.Start(runner)) {
         _jobs.NoteFailure(runner, nxCallback::OnInit);
         End(runner, "OnInit failed", true);
         return;

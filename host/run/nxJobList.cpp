@@ -23,6 +23,22 @@ void nxJobList::Close()
     _runners.clear();
 }
 
+bool nxJobList::Load(nxJobRunner& runner)
+{
+    _watch.Enter(runner.GetJob().GetIndex(), std::nullopt);
+    const bool succeeded = runner.Load(_state.options.memoryLimit, _state.options.exchange.seed);
+    _watch.Leave();
+    return succeeded;
+}
+
+bool nxJobList::Start(nxJobRunner& runner)
+{
+    _watch.Enter(runner.GetJob().GetIndex(), nxCallback::OnInit);
+    const bool succeeded = runner.Start();
+    _watch.Leave();
+    return succeeded;
+}
+
 void nxJobList::NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callback,
                             const std::string& message)
 {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/run/nxCallWatch.h"
 #include "host/run/nxJobRunner.h"
 #include "host/run/nxRunOutput.h"
 #include "host/run/nxSettler.h"
@@ -14,8 +15,9 @@
 class nxJobList
 {
 public:
-    nxJobList(nxRunState& state, const nxRunClock& clock, nxRunOutput& output)
-        : _state(state), _clock(clock), _output(output)
+    // All outlive it.
+    nxJobList(nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxCallWatch& watch)
+        : _state(state), _clock(clock), _output(output), _watch(watch)
     {
     }
 
@@ -34,7 +36,10 @@ public:
     template <class Entry, class... Arguments>
     void Call(nxCallback callback, nxJobRunner& runner, Entry entry, Arguments&... arguments)
     {
-        if (!runner.Call(callback, entry, arguments...)) [[unlikely]]
+        _watch.Enter(runner.GetJob().GetIndex(), callback);
+        const bool succeeded = runner.Call(callback, entry, arguments...);
+        _watch.Leave();
+        if (!succeeded) [[unlikely]]
             NoteFailure(runner, callback);
         if (_isUnsettled) [[unlikely]]
             Settle(runner);
@@ -45,6 +50,9 @@ public:
     {
         if (!runner.IsOver()) Call(callback, runner, entry, arguments...);
     }
+    // Loads the script, and runs its OnInit. Both false on a failure, of which the job object knows the text.
+    [[nodiscard]] bool Load(nxJobRunner& runner);
+    [[nodiscard]] bool Start(nxJobRunner& runner);
     // A callback left something to do.
     void NoteUnsettled() { _isUnsettled = true; }
     void Settle(nxJobRunner& runner)
@@ -62,6 +70,7 @@ private:
     nxRunState& _state;
     const nxRunClock& _clock;
     nxRunOutput& _output;
+    nxCallWatch& _watch;
     nxSettler* _settler = nullptr;
     std::vector<std::unique_ptr<nxJobRunner>> _runners;
     bool _isUnsettled = false;

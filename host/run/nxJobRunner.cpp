@@ -1,8 +1,22 @@
 #include "host/run/nxJobRunner.h"
 
-bool nxJobRunner::Load(std::size_t memoryLimit)
+namespace {
+
+// FNV-1a: the same for the same text on every machine.
+unsigned long long GetHash(const std::string& text)
+{
+    unsigned long long hash = 0xcbf29ce484222325;
+    for (const char character : text)
+        hash = (hash ^ static_cast<unsigned char>(character)) * 0x100000001b3;
+    return hash;
+}
+
+}  // namespace
+
+bool nxJobRunner::Load(std::size_t memoryLimit, unsigned long long seed)
 {
     nxAlgoJobObject& object = _job.GetObject();
+    object.Isolate(GetHash(_job.GetName()) + seed);
     object.SetMemoryLimit(memoryLimit);
     object.SetScriptHelper(_source.GetHelper());
     return object.LoadScript(_source.GetText()).IsSuccess();

@@ -22,8 +22,9 @@ public:
     const nxScriptSource& GetSource() const { return _source; }
     nxJobStatistics& GetStatistics() { return _statistics; }
 
-    // Both false on a failure, of which the job object knows the text.
-    [[nodiscard]] bool Load(std::size_t memoryLimit);
+    // Both false on a failure, of which the job object knows the text. The script's random numbers are its
+    // own, and follow from the seed of the run and the job's name.
+    [[nodiscard]] bool Load(std::size_t memoryLimit, unsigned long long seed);
     // Runs OnInit, which the script must define.
     [[nodiscard]] bool Start();
     void NoteDefinedCallbacks();

@@ -21,19 +21,6 @@ bool nxParameterEvents::_Refuse(unsigned int column, const std::string& reason)
     return false;
 }
 
-bool nxParameterEvents::_ReadAll(const std::string& path, std::string& text)
-{
-    nxInputStream stream;
-    if (!stream.Open(path)) return _Refuse(0, stream.GetFailure());
-    std::array<char, 65536> buffer;
-    for (;;) {
-        const long long count = stream.Read(buffer.data(), buffer.size());
-        if (count < 0) return _Refuse(0, stream.GetFailure());
-        if (count == 0) return true;
-        text.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-}
-
 bool nxParameterEvents::_SplitRow(std::string_view line, std::vector<Cell>& cells)
 {
     cells.clear();
@@ -104,7 +91,8 @@ bool nxParameterEvents::AddFile(const std::string& path)
 {
     _error = {path, 0, 0, {}};
     std::string text;
-    if (!_ReadAll(path, text)) return false;
+    if (const auto failure = nxInputStream::ReadWhole(path, "file of parameter changes", text))
+        return _Refuse(0, *failure);
     std::string_view rest = text;
     if (rest.starts_with("\xEF\xBB\xBF")) rest.remove_prefix(3);
     std::vector<Column> columns;

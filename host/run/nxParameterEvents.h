@@ -42,7 +42,6 @@ private:
     };
     enum Column : std::size_t { Time, Parameter, Value, Tag, ColumnCount };
 
-    bool _ReadAll(const std::string& path, std::string& text);
     bool _SplitRow(std::string_view line, std::vector<Cell>& cells);
     bool _ReadHeader(const std::vector<Cell>& cells, std::vector<Column>& columns);
     bool _ReadRow(const std::vector<Cell>& cells, const std::vector<Column>& columns);

@@ -99,5 +99,5 @@ bool nxParameterFile::Read(const std::string& path, std::vector<nxJobOptions>& j
 {
     const Reader reader(path, jobs);
     return reader.Read(
-        "parameters", [&](const toml::value& root) { reader.ReadAll(root); }, error);
+        "file of parameters", [&](const toml::value& root) { reader.ReadAll(root); }, error);
 }

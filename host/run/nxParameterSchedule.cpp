@@ -17,7 +17,7 @@ std::size_t nxParameterSchedule::GetCountFromBefore(long long time) const
 
 void nxParameterSchedule::_Reschedule()
 {
-    _schedule.Set(nxDue::Parameter, GetCountLeft() != 0 ? _state.options.changes[_next].time : nxNever);
+    _schedule.Set(nxDue::Parameter, GetCountLeft() != 0 ? _state.options.changes[_next].time : nxTime::Never);
 }
 
 void nxParameterSchedule::_Apply()

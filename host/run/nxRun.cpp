@@ -1,16 +1,19 @@
 #include "host/run/nxRun.h"
 
 #include <algorithm>
+#include <new>
 
+#include "base/threads/nxStackThread.h"
 #include "host/exchange/nxSimulatedExchange.h"
 #include "host/report/nxRunSummary.h"
+#include "host/run/nxRunNotes.h"
 
 namespace {
 
 long long FloorSecond(long long time)
 {
-    const long long rest = time % nxNanosecondsPerSecond;
-    return time - (rest < 0 ? rest + nxNanosecondsPerSecond : rest);
+    const long long rest = time % nxTime::NanosecondsPerSecond;
+    return time - (rest < 0 ? rest + nxTime::NanosecondsPerSecond : rest);
 }
 
 }  // namespace
@@ -21,13 +24,14 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
       _clock(
           _options.speed, [this] { return _state.IsEnding(); },
           [this] {
-              _output.GetOut().flush();
+              _output.Flush();
               _output.ShowProgress(_source);
           }),
       _output(_state, _clock, out, err),
-      _source({_options.lenient, _options.barsBearStart, _options.interrupted}),
+      _watch([this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
+      _source({_options.lenient, _options.barsBearStart, _options.barPeriods, _options.interrupted}),
       _markets(_source, _options.products, *this),
-      _jobs(_state, _clock, _output),
+      _jobs(_state, _clock, _output, _watch),
       _trading(_state, _clock, _output, _jobs, _source, _schedule,
                [this](bool reportQueue, nxExchangeObserver* observer) {
                    return _MakeExchange(reportQueue, observer);
@@ -48,15 +52,27 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
 
 nxRunResult nxRun::Run()
 {
+    nxStackThread::Run(nxStackThread::ForScripts, [this] { _RunAll(); });
+    return _state.result;
+}
+
+void nxRun::_RunAll()
+{
     std::vector<nxScriptSource> sources;
-    if (!_Prepare(sources)) return _state.result = nxRunResult::InputFailed;
+    if (!_Prepare(sources)) {
+        _state.result = nxRunResult::InputFailed;
+        return;
+    }
     _state.hasTime = _source.GetFirstTime().has_value();
     // The clock of a script counts whole seconds from the time it is set to.
     _clock.Begin(FloorSecond(_source.GetFirstTime().value_or(0)));
     const nxTimeSource::Installation installation(_clock);
-    _Begin(std::move(sources));
-    _Replay();
-    _Finish();
+    _watch.Start();
+    _Guard([&] { _Begin(std::move(sources)); });
+    _Guard([&] { _Replay(); });
+    _Guard([&] { _Finish(); });
+    _Guard([&] { _stores.Finish(); });
+    _watch.Stop();
     _state.statistics.wallNanoseconds = _clock.GetElapsed().count();
     if (const auto error = _output.CloseRecord()) {
         _state.result = nxRunResult::InputFailed;
@@ -66,19 +82,36 @@ nxRunResult nxRun::Run()
     _trading.WriteStories();
     // A script that is closed may still look at the jobs that it watches.
     _jobs.Close();
-    return _state.result;
+}
+
+// What goes wrong outside of the scripts, such as a lack of memory, ends the run, and ends it properly.
+template <class Do>
+void nxRun::_Guard(Do part)
+{
+    try {
+        part();
+    } catch (const std::bad_alloc&) {
+        _Fail("out of memory");
+    } catch (const std::exception& exception) {
+        _Fail(exception.what());
+    }
+}
+
+void nxRun::_Fail(const char* what)
+{
+    _state.result = nxRunResult::InputFailed;
+    _state.End(what);
+    _output.Complain(what);
 }
 
 bool nxRun::_Prepare(std::vector<nxScriptSource>& sources)
 {
+    nxScriptSource modules;  // read once: one may be a pipe
     std::optional<std::string> error;
-    for (const nxJobOptions& job : _options.jobs) {
-        std::vector<std::string> files = _options.modules;
-        files.push_back(job.script);
-        nxScriptSource& source = sources.emplace_back();
-        for (const std::string& file : files)
-            if (!error) error = source.Add(file);
-    }
+    for (const std::string& file : _options.modules)
+        if (!error) error = modules.Add(file);
+    for (const nxJobOptions& job : _options.jobs)
+        if (!error) error = sources.emplace_back(modules).Add(job.script);
     if (!error && !_source.Open(_options.data, nxGetFeedTerms(_options.products)))
         error = _source.GetError().GetText();
     if (!error) error = _stores.Open();
@@ -93,7 +126,7 @@ void nxRun::_Begin(std::vector<nxScriptSource> sources)
     _jobs.Make({&_delivery, &_timers, &_trading, &_bars, &_output, &_news, &_stores}, std::move(sources),
                _life);
     _definitions.SetProducts(_options.products);
-    if (_options.watchProducts) _watch.emplace(_options.productFile, _options.watchInterval);
+    if (_options.watchProducts) _productWatch.emplace(_options.productFile, _options.watchInterval);
     _markets.MakeStrategies(_clock.Get());
     _parameters.Begin();
     _stores.Begin();
@@ -108,7 +141,7 @@ void nxRun::_Begin(std::vector<nxScriptSource> sources)
 void nxRun::_Replay()
 {
     while (!_state.IsEnding()) {
-        if (_watch) [[unlikely]]
+        if (_productWatch) [[unlikely]]
             _FollowProducts();
         const nxFeedEvent* event = nullptr;
         const nxEventSource::Step step = _source.Next(_schedule.GetNextTime(), event);
@@ -127,7 +160,7 @@ void nxRun::_Replay()
 void nxRun::_SetTime(long long time)
 {
     // A script's clock counts some 68 years on from the time that it was set to, and stands still then.
-    constexpr unsigned long long farthest = (1ull << 30) * nxNanosecondsPerSecond;
+    constexpr unsigned long long farthest = (1ull << 30) * nxTime::NanosecondsPerSecond;
     if (static_cast<unsigned long long>(time) - static_cast<unsigned long long>(_clockTime) > farthest)
         [[unlikely]]
         _SetClocks(FloorSecond(time));
@@ -222,7 +255,7 @@ void nxRun::_FollowProducts()
 {
     std::vector<nxProductDescription> products = _markets.GetDescriptions();
     std::vector<std::string> lines;
-    const bool isChanged = _watch->Look(products, lines);
+    const bool isChanged = _productWatch->Look(products, lines);
     for (const std::string& line : lines)
         _output.Log(line);
     if (!isChanged) return;
@@ -240,9 +273,9 @@ void nxRun::_Finish()
     for (const auto& runner : _jobs)
         _life.End(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
     _trading.Finish();
-    _stores.Finish();
     for (const auto& runner : _jobs)
         runner->GetStatistics().trading = runner->GetJob().GetTrading();
+    nxNoteWhatIsMissing(_state, _jobs, _trading, _source.GetProducts());
 }
 
 void nxRun::_NameTheEnd()
@@ -275,6 +308,10 @@ void nxRun::_WriteSummary()
     std::vector<std::string>& remarks = _state.statistics.remarks;
     const std::vector<std::string> ofData = _source.GetRemarks();
     remarks.insert(remarks.begin(), ofData.begin(), ofData.end());
+    nxNoteUnreadParameters(_state, _jobs);
+    if (_options.getNotes)
+        for (std::string& note : _options.getNotes())
+            _state.statistics.notes.push_back(std::move(note));
     nxRunSummary::WriteCounts(_output.GetOut(), _state.statistics, _state.end);
     _output.GetOut().flush();
     nxRunSummary::WriteSpeed(_output.GetErr(), _state.statistics);

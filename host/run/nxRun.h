@@ -8,6 +8,7 @@
 #include "host/jobs/nxHostDefinitionService.h"
 #include "host/market/nxMarkets.h"
 #include "host/market/nxProductWatch.h"
+#include "host/run/nxCallWatch.h"
 #include "host/run/nxDelivery.h"
 #include "host/run/nxJobLife.h"
 #include "host/run/nxJobList.h"
@@ -36,6 +37,11 @@ public:
     const nxRunStatistics& GetStatistics() const { return _state.statistics; }
 
 private:
+    // All of it, on a thread whose stack is deep enough for scripts.
+    void _RunAll();
+    template <class Do>
+    void _Guard(Do part);
+    void _Fail(const char* what);
     // Opens all that is read and written. False: err tells what cannot be.
     bool _Prepare(std::vector<nxScriptSource>& sources);
     void _Begin(std::vector<nxScriptSource> sources);
@@ -63,6 +69,7 @@ private:
     nxRunState _state;
     nxReplayClock _clock;
     nxRunOutput _output;
+    nxCallWatch _watch;
     nxRecordedEvents _source;
     nxSchedule _schedule;
     nxMarkets _markets;
@@ -76,7 +83,7 @@ private:
     nxJobLife _life;
     nxParameterSchedule _parameters;
     nxHostDefinitionService _definitions;
-    std::optional<nxProductWatch> _watch;
+    std::optional<nxProductWatch> _productWatch;
     unsigned int _untilProgress = 0;  // events
     long long _clockTime = 0;         // that the scripts' clocks were set to
 };

@@ -3,19 +3,54 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "host/feed/nxFeedTime.h"
+#include "host/jobs/nxDataStores.h"
+#include "host/market/nxProductFile.h"
 #include "host/run/nxParameterEvents.h"
 #include "host/run/nxParameterFile.h"
 #include "host/run/nxParameterText.h"
+#include "host/run/nxRunFiles.h"
+
+std::optional<std::string> nxJobArguments::MakeJobs(std::vector<nxJobOptions>& jobs) const
+{
+    if (const auto error = _NameJobs(jobs)) return error;
+    return _SetParameters(jobs);
+}
 
 std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
 {
-    if (const auto error = _MakeJobs(options.jobs)) return error;
-    if (const auto error = _SetParameters(options.jobs)) return error;
-    if (const auto error = _SetSelections(options.jobs)) return error;
+    if (const auto error = _FindObstacle(options)) return error;
+    nxFeedError error;
+    if (!options.productFile.empty() && !nxProductFile::Read(options.productFile, options.products, error))
+        return error.GetText();
+    if (const auto fault = MakeJobs(options.jobs)) return fault;
+    for (nxJobOptions& job : options.jobs)
+        job.account = account;
+    if (const auto fault = _SetBarPeriods(options)) return fault;
+    if (const auto fault = _SetSelections(options.jobs)) return fault;
     return _AddChanges(options);
 }
 
-std::optional<std::string> nxRunArguments::_MakeJobs(std::vector<nxJobOptions>& jobs) const
+std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& options) const
+{
+    if (options.watchProducts && options.productFile.empty())
+        return "--watch-products is for the file of --products";
+    if (options.watchProducts && !nxRunFiles::CanBeReadAgain(options.productFile))
+        return "--watch-products: " + options.productFile + " can be read only once";
+    if (options.storeEvery > 0.0 && options.storeDirectory.empty())
+        return "--store-every is for the stores of --store";
+    nxRunFiles files;
+    for (const auto* paths : {&scripts, &options.modules, &options.data, &parameterFiles, &eventFiles})
+        files.AddInputs(*paths);
+    if (!options.productFile.empty()) files.AddInput(options.productFile);
+    if (!options.recordFile.empty()) files.AddOutput("--record", options.recordFile);
+    if (!options.storeDirectory.empty())
+        for (const std::string& path : nxDataStores::GetFiles(options.storeDirectory))
+            files.AddOutput("--store", path);
+    return files.FindClash();
+}
+
+std::optional<std::string> nxJobArguments::_NameJobs(std::vector<nxJobOptions>& jobs) const
 {
     if (names.size() > scripts.size())
         return "--name " + names[scripts.size()] + ": there are more names than scripts";
@@ -23,18 +58,17 @@ std::optional<std::string> nxRunArguments::_MakeJobs(std::vector<nxJobOptions>& 
         nxJobOptions& job = jobs.emplace_back();
         job.script = scripts[i];
         job.name = i < names.size() ? names[i] : std::filesystem::path(scripts[i]).stem().string();
-        job.account = account;
         if (job.name.empty() || job.name.find('/') != std::string::npos)
             return "\"" + job.name + "\" is no name for " + job.script + ": it is empty or holds a /";
         const auto first = std::ranges::find(jobs, job.name, &nxJobOptions::name);
-        if (&*first != &job)
+        if (&*first != &job && !mayShareNames)
             return "two jobs are named \"" + job.name + "\": " + first->script + " and " + job.script +
                    "; name them by --name";
     }
     return std::nullopt;
 }
 
-std::optional<std::string> nxRunArguments::_SetParameters(std::vector<nxJobOptions>& jobs) const
+std::optional<std::string> nxJobArguments::_SetParameters(std::vector<nxJobOptions>& jobs) const
 {
     nxFeedError error;
     for (const std::string& file : parameterFiles)
@@ -52,6 +86,19 @@ std::optional<std::string> nxRunArguments::_SetParameters(std::vector<nxJobOptio
                     return place + *reason;
             }
         }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> nxRunArguments::_SetBarPeriods(nxRunOptions& options) const
+{
+    for (const std::string& text : barPeriods) {
+        const std::size_t equals = text.rfind('=');
+        const std::size_t begin = equals == std::string::npos ? 0 : equals + 1;
+        long long period = 0;
+        if (equals == 0 || !nxFeedTime::SetPeriodFromText(std::string_view(text).substr(begin), period))
+            return "--bar-period " + text + ": is no [PRODUCT=]PERIOD, such as 30s, 1m, 4h, 1d or ES=5m";
+        options.barPeriods[equals == std::string::npos ? std::string() : text.substr(0, equals)] = period;
     }
     return std::nullopt;
 }
@@ -78,8 +125,6 @@ std::optional<std::string> nxRunArguments::_SetSelections(std::vector<nxJobOptio
 
 std::optional<std::string> nxRunArguments::_AddChanges(nxRunOptions& options) const
 {
-    if (std::ranges::count(eventFiles, "-") + std::ranges::count(options.data, "-") > 1)
-        return "-: standard input can be read only once";
     nxParameterEvents events(options.jobs);
     for (const std::string& file : eventFiles)
         if (!events.AddFile(file)) return events.GetError().GetText();

@@ -7,26 +7,41 @@
 
 #include "host/run/nxRunOptions.h"
 
-// The jobs of a run, and what their parameters become during it, as texts of a command line.
-struct nxRunArguments
+// The jobs of a command and what they start with, as texts of a command line.
+struct nxJobArguments
 {
     std::vector<std::string> scripts;  // one for each job
     std::vector<std::string> names;    // of the jobs in their order; missing ones are named by the file
     std::vector<std::string> parameterFiles;  // see nxParameterFile
     std::vector<std::string> parameters;      // [JOB/]NAME[:TYPE]=VALUE; they go before the files
-    std::vector<std::string> selections;      // [JOB/]KEY=VALUE,...; see nxJobSelection
+    bool mayShareNames = false;               // nothing tells the jobs apart by them
+
+    // Adds the jobs. What names a job goes before what is for all, in a file and on the command line each; a
+    // later file goes before an earlier one. Null, or what is wrong, with its place.
+    [[nodiscard]] std::optional<std::string> MakeJobs(std::vector<nxJobOptions>& jobs) const;
+
+private:
+    std::optional<std::string> _NameJobs(std::vector<nxJobOptions>& jobs) const;
+    std::optional<std::string> _SetParameters(std::vector<nxJobOptions>& jobs) const;
+};
+
+// Those of a run, and what their parameters become during it.
+struct nxRunArguments : nxJobArguments
+{
+    std::vector<std::string> selections;  // [JOB/]KEY=VALUE,...; see nxJobSelection
+    std::vector<std::string> barPeriods;  // [PRODUCT=]PERIOD; see nxFeedTime
     std::string account;
     std::vector<std::string> eventFiles;                       // see nxParameterEvents
     std::vector<std::pair<std::string, std::string>> changes;  // TIME and [JOB/]NAME=VALUE
 
-    // Fills the jobs and the changes of `options`. What names a job goes before what is for all, in a file
-    // and on the command line each; a later file goes before an earlier one. Null, or what is wrong, with its
+    // Fills the products, the jobs and the changes of `options`, whose files must be named by then: nothing
+    // is read where one of them would be written over or could not be read. Null, or what is wrong, with its
     // place.
     [[nodiscard]] std::optional<std::string> Apply(nxRunOptions& options) const;
 
 private:
-    std::optional<std::string> _MakeJobs(std::vector<nxJobOptions>& jobs) const;
-    std::optional<std::string> _SetParameters(std::vector<nxJobOptions>& jobs) const;
+    std::optional<std::string> _FindObstacle(const nxRunOptions& options) const;
+    std::optional<std::string> _SetBarPeriods(nxRunOptions& options) const;
     std::optional<std::string> _SetSelections(std::vector<nxJobOptions>& jobs) const;
     std::optional<std::string> _AddChanges(nxRunOptions& options) const;
 };

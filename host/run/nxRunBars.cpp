@@ -32,7 +32,7 @@ void nxRunBars::Feed(const nxMarket& market, const nxFeedEvent& event)
 
 void nxRunBars::_Close()
 {
-    long long next = nxNever;
+    long long next = nxTime::Never;
     for (const Collections& collections : _collections) {
         for (nxHostTickDataCollection* collection : collections) {
             collection->Close(_clock.Get());

@@ -6,12 +6,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <sstream>
 
 #include "base/log/nxLogManager.h"
+#include "host/jobs/nxDataStores.h"
 #include "host/report/nxRunSummary.h"
 #include "host/run/nxRun.h"
+#include "host/run/nxRunFiles.h"
 
 namespace {
 
@@ -44,15 +45,6 @@ private:
     const nxLogLevelEnum _level = nxLogManager::GetLevel();
 };
 
-bool CanBeReadAgain(const std::string& path)
-{
-    // What is missing or a folder is told by the run itself.
-    std::error_code error;
-    const auto type = std::filesystem::status(path, error).type();
-    return path != "-" && type != std::filesystem::file_type::fifo &&
-           type != std::filesystem::file_type::character && type != std::filesystem::file_type::socket;
-}
-
 std::vector<const nxFillModel*> GetFromOptimistic()
 {
     std::vector<const nxFillModel*> models;
@@ -78,7 +70,7 @@ std::string nxRunEnvelope::FindObstacle(const nxRunOptions& options)
     files.insert(files.end(), options.modules.begin(), options.modules.end());
     for (const nxJobOptions& job : options.jobs)
         files.push_back(job.script);
-    const auto found = std::ranges::find_if_not(files, CanBeReadAgain);
+    const auto found = std::ranges::find_if_not(files, nxRunFiles::CanBeReadAgain);
     return found == files.end() ? std::string()
                                 : "--envelope reads everything once for each fill model, and " + *found +
                                       " can be read only once";
@@ -93,6 +85,8 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
         return fmt::format("{} ({} of {})", model.name, number, all.size());
     };
     nxRunOptions main = options;
+    const std::string stores =
+        options.storeDirectory.empty() ? std::string() : nxDataStores::TakeImage(options.storeDirectory);
     main.progressLabel = label(first, 1);
     nxRun server(main, out, err);
     nxRunResult worst = server.Run();
@@ -108,7 +102,9 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
         nxRunOptions other = options;
         other.exchange.fills = model;
         other.recordFile.clear();
+        if (!other.storeDirectory.empty()) other.storeImage = stores;
         other.explain.clear();
+        other.getNotes = nullptr;
         other.speed = 0.0;
         other.progress = &err;
         other.progressLabel = label(*model, models.size() + 1);

@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -23,19 +26,24 @@ struct nxRunOptions
     std::string productFile;     // where they come from
     bool watchProducts = false;  // take over what changes in that file; such a run does not repeat
     std::chrono::milliseconds watchInterval{1000};  // of real time, between looks at it
-    nxExchangeOptions exchange;         // whether moves in a queue are told follows from the scripts
-    std::string recordFile;             // where to write what leaves the scripts; empty: nowhere
-    std::string storeDirectory;         // where the data stores of scripts are kept; empty: there are none
+    nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
+    std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
+    std::string storeDirectory;  // where the data stores of scripts are kept; empty: there are none
+    std::optional<std::string>
+        storeImage;                     // what they begin with, in place of the directory: see nxDataStores
     double storeEvery = 0.0;            // recorded seconds between their saves; 0: when jobs and the run end
     double speed = 0.0;                 // recorded seconds for each real one; 0: as fast as it can
     std::vector<unsigned int> explain;  // numbers of orders whose story is told behind the summary
     bool lenient = false;
-    bool barsBearStart = false;  // the times in bars files: see nxFeedOptions
+    bool barsBearStart = false;  // the times in bars files, and how far apart they are: see nxFeedOptions
+    std::map<std::string, long long, std::less<>> barPeriods;
     bool continueOnError = false;
     bool showProgress = false;
     std::ostream* progress = nullptr;  // where to; null: standard error of the run
     std::string progressLabel;         // in front of it
     std::size_t memoryLimit = 0;       // bytes that each script may hold; 0: no limit
+    // Asked once at the end of the run, for what the summary should say of the scripts beside.
+    std::function<std::vector<std::string>()> getNotes;
     // Set from elsewhere, such as a signal handler, to end the run after the current event.
     const std::atomic<bool>* interrupted = nullptr;
 };

@@ -1,5 +1,8 @@
 #include "host/run/nxRunOutput.h"
 
+#include <fmt/format.h>
+
+#include <cstdio>
 #include <string_view>
 
 #include "host/feed/nxFeedTime.h"
@@ -29,10 +32,12 @@ void nxRunOutput::LogText(const nxHostJob& job, const std::string& text)
 
 void nxRunOutput::Log(const std::string& text)
 {
-    _progress.Erase();
     constexpr std::size_t toMilliseconds = std::string_view("YYYYMMDD:HH:MM:SS.mmm").size();
     const std::string stamp = _state.hasTime ? nxFeedTime::GetAsString(_clock.Get()) : std::string();
+    const std::scoped_lock lock(_mutex);
+    _progress.Erase();
     _out << std::string_view(stamp).substr(0, toMilliseconds) << "  " << text << "\n";
+    if (_out.fail()) _state.End("the log cannot be written");
 }
 
 void nxRunOutput::Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields)
@@ -46,11 +51,14 @@ void nxRunOutput::Record(const nxHostJob& job, const char* type, nxRunRecord::Fi
 
 void nxRunOutput::Complain(const std::string& text)
 {
+    const std::scoped_lock lock(_mutex);
+    _progress.Erase();
     _err << text << "\n";
 }
 
 void nxRunOutput::WriteFailure(const nxJobStatistics::Failure& failure, const std::string& job)
 {
+    const std::scoped_lock lock(_mutex);
     _progress.Erase();
     _out.flush();
     nxRunSummary::WriteFailure(_err, failure, job);
@@ -58,5 +66,36 @@ void nxRunOutput::WriteFailure(const nxJobStatistics::Failure& failure, const st
 
 void nxRunOutput::ShowProgress(const nxRecordedEvents& source)
 {
+    const std::scoped_lock lock(_mutex);
     _progress.Update(_state.statistics.GetEventCount(), source.GetBytesConsumed(), source.GetBytesTotal());
+}
+
+void nxRunOutput::EraseProgress()
+{
+    const std::scoped_lock lock(_mutex);
+    _progress.Erase();
+}
+
+bool nxRunOutput::Flush()
+{
+    const std::scoped_lock lock(_mutex);
+    return !_out.flush().fail();
+}
+
+void nxRunOutput::NoteStall(const nxCallWatch::Stall& stall)
+{
+    const std::string what =
+        stall.callback ? nxGetCallbackName(*stall.callback) : std::string("the main part of the script");
+    std::string text = fmt::format("{}{} has not returned for {} s",
+                                   _state.IsAlone() ? "" : _state.options.jobs[stall.job].name + ": ", what,
+                                   stall.since.count());
+    const std::scoped_lock lock(_mutex);
+    // A script's own print writes there.
+    std::fflush(stdout);
+    _out.flush();
+    if (!_state.IsInterrupted()) return _progress.Show(text);
+    text += "; Ctrl-C again to kill";
+    _progress.Show(text);
+    if (!_hasToldToKill && !_progress.IsEnabled()) _err << text << std::endl;
+    _hasToldToKill = true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -7,11 +8,12 @@
 #include "host/feed/nxRecordedEvents.h"
 #include "host/jobs/nxOutputServices.h"
 #include "host/report/nxProgressBar.h"
+#include "host/run/nxCallWatch.h"
 #include "host/run/nxRunClock.h"
 #include "host/run/nxRunState.h"
 
 // What a run writes while it goes on: the scripts' log to out, failures to err, the record to its file, and
-// the progress bar, which gives way to each line. Used on the run's thread.
+// the progress bar, which gives way to each line. Used on the run's thread, but for NoteStall.
 class nxRunOutput : public nxOutputServices
 {
 public:
@@ -33,7 +35,12 @@ public:
     void Complain(const std::string& text);
     void WriteFailure(const nxJobStatistics::Failure& failure, const std::string& job);
     void ShowProgress(const nxRecordedEvents& source);
-    void EraseProgress() { _progress.Erase(); }
+    void EraseProgress();
+    // Hands on what is written so far. False: it cannot be written.
+    bool Flush();
+    // A callback does not return: what was logged before is shown, and a watcher told. On any thread.
+    void NoteStall(const nxCallWatch::Stall& stall);
+    // For what is written after the last callback.
     std::ostream& GetOut() { return _out; }
     std::ostream& GetErr() { return _err; }
 
@@ -42,6 +49,8 @@ private:
     const nxRunClock& _clock;
     std::ostream& _out;
     std::ostream& _err;
+    std::mutex _mutex;  // guards the two streams and the bar while callbacks run
     nxProgressBar _progress;
+    bool _hasToldToKill = false;
     nxRunRecord _record;
 };

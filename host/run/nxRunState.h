@@ -18,10 +18,8 @@ struct nxRunState
     bool hasTime = false;  // the data hold a row, so there is a recorded time
 
     bool IsAlone() const { return options.jobs.size() == 1; }
-    bool IsEnding() const
-    {
-        return isOver || (options.interrupted != nullptr && options.interrupted->load());
-    }
+    bool IsInterrupted() const { return options.interrupted != nullptr && options.interrupted->load(); }
+    bool IsEnding() const { return isOver || IsInterrupted(); }
     // Ends the run after the current callback. The first reason holds.
     void End(const std::string& reason)
     {

@@ -12,7 +12,7 @@ nxRunStores::nxRunStores(nxRunState& state, const nxRunClock& clock, nxRunOutput
     _schedule.SetTask(nxDue::Save, [this] {
         Save();
         _saved = _schedule.Get(nxDue::Save);
-        _schedule.Set(nxDue::Save, nxNever);
+        _schedule.Set(nxDue::Save, nxTime::Never);
         _isWaiting = true;
     });
 }
@@ -20,16 +20,17 @@ nxRunStores::nxRunStores(nxRunState& state, const nxRunClock& clock, nxRunOutput
 std::optional<std::string> nxRunStores::Open()
 {
     if (_state.options.storeDirectory.empty()) return std::nullopt;
-    return _stores.Open(_state.options.storeDirectory);
+    const nxRunOptions& options = _state.options;
+    return options.storeImage ? _stores.OpenImage(*options.storeImage) : _stores.Open(options.storeDirectory);
 }
 
 void nxRunStores::Begin()
 {
     if (_state.options.storeEvery <= 0.0 || !_stores.IsOpen() || !_state.hasTime) return;
     constexpr double longest = 1e9;
-    const double seconds = std::clamp(_state.options.storeEvery, 1.0 / nxNanosecondsPerSecond, longest);
-    _interval = static_cast<long long>(seconds * nxNanosecondsPerSecond);
-    _schedule.Set(nxDue::Save, nxGetLater(_clock.Get(), _interval));
+    const double seconds = std::clamp(_state.options.storeEvery, 1.0 / nxTime::NanosecondsPerSecond, longest);
+    _interval = static_cast<long long>(seconds * nxTime::NanosecondsPerSecond);
+    _schedule.Set(nxDue::Save, nxTime::GetLater(_clock.Get(), _interval));
 }
 
 // At the first multiple of the interval after that time.
@@ -40,7 +41,7 @@ void nxRunStores::_Arm(long long time)
     const unsigned long long since =
         static_cast<unsigned long long>(time) - static_cast<unsigned long long>(_saved);
     const auto over = static_cast<long long>(since % static_cast<unsigned long long>(_interval));
-    _schedule.Set(nxDue::Save, nxGetLater(time, _interval - over));
+    _schedule.Set(nxDue::Save, nxTime::GetLater(time, _interval - over));
 }
 
 void nxRunStores::Save()

@@ -46,7 +46,7 @@ void nxRunTimers::StartTimer(nxHostJob& job, const std::string& name, unsigned i
 {
     // A job that is ending hears no timer.
     if (_jobs.Get(job).IsOver()) return;
-    _timers.Start(job, name, _clock.Get(), milliseconds * nxNanosecondsPerMillisecond);
+    _timers.Start(job, name, _clock.Get(), milliseconds * nxTime::NanosecondsPerMillisecond);
     _Reschedule();
 }
 

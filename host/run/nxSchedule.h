@@ -3,7 +3,7 @@
 #include <array>
 #include <functional>
 
-#include "base/time/nxTimeConstants.h"
+#include "base/time/nxTime.h"
 
 // What a run does at a time of its own beside the events of its source. Of one time it is done in this order.
 enum class nxDue { BarEnd, Parameter, TradingHours, Venue, Timer, Save, Count };
@@ -27,12 +27,12 @@ public:
         if (time < _entries[_Index(due)].next) Set(due, time);
     }
     long long Get(nxDue due) const { return _entries[_Index(due)].next; }
-    // nxNever where nothing is due.
+    // nxTime::Never where nothing is due.
     long long GetNextTime() const { return _next; }
     // When something else is due.
     long long GetNextTimeWithout(nxDue due) const
     {
-        long long next = nxNever;
+        long long next = nxTime::Never;
         for (const Entry& entry : _entries)
             if (&entry != &_entries[_Index(due)] && entry.next < next) next = entry.next;
         return next;
@@ -47,18 +47,18 @@ public:
 private:
     struct Entry
     {
-        long long next = nxNever;
+        long long next = nxTime::Never;
         std::function<void()> run;
     };
 
     static std::size_t _Index(nxDue due) { return static_cast<std::size_t>(due); }
     void _FindNext()
     {
-        _next = nxNever;
+        _next = nxTime::Never;
         for (const Entry& entry : _entries)
             if (entry.next < _next) _next = entry.next;
     }
 
     std::array<Entry, static_cast<std::size_t>(nxDue::Count)> _entries;
-    long long _next = nxNever;
+    long long _next = nxTime::Never;
 };

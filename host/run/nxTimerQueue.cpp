@@ -6,7 +6,7 @@ void nxTimerQueue::_Start(const Key& key, long long now, long long interval)
 {
     _Stop(key);
     const auto [timer, isNew] = _timers.emplace(key, Timer{{}, interval});
-    timer->second.place = {nxGetLater(now, interval), key.job->GetIndex(), _started++, &timer->first};
+    timer->second.place = {nxTime::GetLater(now, interval), key.job->GetIndex(), _started++, &timer->first};
     _order.insert(timer->second.place);
 }
 
@@ -57,7 +57,7 @@ nxTimerQueue::Due nxTimerQueue::Pop()
 {
     const Place& first = *_order.begin();
     Due due = _GetDue(first);
-    _MoveFirst(nxGetLater(first.due, _timers.find(*first.key)->second.interval));
+    _MoveFirst(nxTime::GetLater(first.due, _timers.find(*first.key)->second.interval));
     return due;
 }
 

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "base/time/nxTimeConstants.h"
+#include "base/time/nxTime.h"
 
 class nxHostJob;
 class nxTimerCallback;
@@ -32,7 +32,7 @@ public:
     void Stop(nxHostJob& job, nxTimerCallback& callback);
     void StopAll(nxHostJob& job);
 
-    long long GetNextTime() const { return _order.empty() ? nxNever : _order.begin()->due; }
+    long long GetNextTime() const { return _order.empty() ? nxTime::Never : _order.begin()->due; }
     // Takes the first timer that is due next, and sets it to its next time. There must be one.
     Due Pop();
     // The timer that is due next. There must be one.
@@ -43,7 +43,7 @@ public:
     {
         for (const Place& place : _order)
             if (is(_GetDue(place))) return place.due;
-        return nxNever;
+        return nxTime::Never;
     }
     // Leaves out the times of the timer that is due next, but for the last one that is not after `until`.
     // Answers how many those are.

@@ -2,6 +2,7 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -55,6 +56,11 @@ public:
     // positions are closed that are to be.
     void Finish();
     void WriteStories();
+    // How most orders of a job that were not filled ended, and how many; those that have not are counted as
+    // such.
+    std::pair<std::string, unsigned long long> GetCommonestEnd(const nxHostJob& job) const;
+    // The venue's reason for the end of an order whose day or date is over.
+    static constexpr const char* EndOfTime = "its time is over";
 
     nxVenue* GetVenue() override { return _venue.get(); }
     unsigned int ReserveOrder() override;
@@ -78,10 +84,13 @@ private:
         nxProductAccount everybody;          // of all jobs together
         std::vector<nxHostProduct*> traded;  // the jobs' products that had a fill
     };
+    // Of one job's orders that ended without a fill, by the reason.
+    using Ends = std::map<std::string, unsigned long long>;
 
     void _Open();
     void _AddToVenue(Market& market);
     void _Reschedule();
+    void _NoteEnd(const nxExchangeEvent& event);
     void _AddFill(nxHostOrder& order, const nxExchangeEvent& fill);
     void _Revalue(const Market& market);
     nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
@@ -106,6 +115,7 @@ private:
     std::vector<nxHostOrder*> _ordersByNumber;  // from 1; null: no job knows of it yet
     std::optional<nxExchangeEvent> _answer;     // taken from the venue, and not delivered
     std::deque<std::pair<nxJobRunner*, nxHostProduct*>> _positions;  // to be told of
-    long long _nextDay = nxNever;                                    // of the accounts, once there is a venue
+    long long _nextDay = nxTime::Never;                              // of the accounts, once there is a venue
     nxAnswerChains _chains;
+    std::vector<Ends> _ends;  // by the index of the job
 };

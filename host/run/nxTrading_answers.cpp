@@ -59,7 +59,30 @@ nxHostOrder& nxTrading::_ApplyAnswer(const nxExchangeEvent& event)
     nxHostOrder& order = *FindOrder(event.order);
     order.Apply(event);
     if (event.kind == Kind::Filled) _AddFill(order, event);
+    if (event.kind == Kind::Cancelled || event.kind == Kind::Rejected) _NoteEnd(event);
     return order;
+}
+
+void nxTrading::_NoteEnd(const nxExchangeEvent& event)
+{
+    if (event.executed != 0) return;
+    if (event.owner >= _ends.size()) _ends.resize(event.owner + 1);
+    Ends& ends = _ends[event.owner];
+    constexpr std::size_t mostKept = 100;  // reasons may name prices
+    const std::string& reason = event.reason.empty() ? "pulled by the script" : event.reason;
+    if (ends.size() < mostKept || ends.contains(reason)) ++ends[reason];
+}
+
+std::pair<std::string, unsigned long long> nxTrading::GetCommonestEnd(const nxHostJob& job) const
+{
+    const auto& orders = job.GetOwnOrders();
+    std::pair<std::string, unsigned long long> commonest(
+        "still in the market at the end",
+        std::ranges::count_if(orders, [](const auto& order) { return order->IsOpen(); }));
+    if (job.GetIndex() < _ends.size())
+        for (const auto& [reason, count] : _ends[job.GetIndex()])
+            if (count > commonest.second) commonest = {reason, count};
+    return commonest;
 }
 
 void nxTrading::DeliverAnswer()

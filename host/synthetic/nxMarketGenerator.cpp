@@ -5,29 +5,30 @@
 #include <algorithm>
 #include <array>
 
-namespace {
+#include "base/time/nxTime.h"
+#include "base/values/nxInt128.h"
 
-__extension__ typedef unsigned __int128 Wide;
+namespace {
 
 // Rates in hundredths per minute, by the distance in ticks from the opposite best price, beginning with 1. Up
 // to 5 they are the published estimates; limit orders go on by the power law published with them, 1.92 /
 // distance^0.52, and cancellations with the last estimate.
-constexpr std::array<unsigned, 10> LimitRates{185, 151, 109, 88, 77, 76, 70, 65, 61, 58};
-constexpr std::array<unsigned, 5> CancelRates{71, 81, 68, 56, 47};  // of each resting order
-constexpr unsigned MarketRate = 94;
+constexpr std::array<unsigned int, 10> LimitRates{185, 151, 109, 88, 77, 76, 70, 65, 61, 58};
+constexpr std::array<unsigned int, 5> CancelRates{71, 81, 68, 56, 47};  // of each resting order
+constexpr unsigned int MarketRate = 94;
 
-constexpr Wide NanosecondHundredthsPerMinute = 6'000'000'000'000;
-constexpr long long NanosecondsPerSecond = 1'000'000'000;
+constexpr nxUInt128 NanosecondHundredthsPerMinute = 6'000'000'000'000;
+using nxTime::NanosecondsPerSecond;
 constexpr std::size_t FlushSize = 64 * 1024;
-constexpr unsigned LongestDuration = 366 * 86400;
+constexpr unsigned int LongestDuration = 366 * 86400;
 constexpr long long LeastPrice = 20;                   // in ticks; the opening book reaches 10 down
 constexpr long long LargestPrice = 1'000'000'000'000;  // in the tick size's last place
-constexpr unsigned LargestOrder = 1'000'000;
-constexpr unsigned LargestScale = 100'000;
+constexpr unsigned int LargestOrder = 1'000'000;
+constexpr unsigned int LargestScale = 100'000;
 constexpr unsigned long long LargestSize =
     1'000'000'000'000;  // the digits of a size, so that a row can be read again
 
-unsigned GetCancelRate(long long distance)
+unsigned int GetCancelRate(long long distance)
 {
     return CancelRates[static_cast<std::size_t>(std::min<long long>(distance, CancelRates.size()) - 1)];
 }
@@ -35,7 +36,7 @@ unsigned GetCancelRate(long long distance)
 constexpr unsigned long long GetLimitRate()
 {
     unsigned long long sum = 0;
-    for (const unsigned rate : LimitRates)
+    for (const unsigned int rate : LimitRates)
         sum += rate;
     return sum;
 }
@@ -49,7 +50,7 @@ nxMarketGenerator::nxMarketGenerator(nxMarketGeneratorOptions options)
 
 bool nxMarketGenerator::Generate(const Sink& sink, const Progress& progress)
 {
-    if (!_Check()) return false;
+    if (!Check()) return false;
     const auto flush = [&] {
         if (!sink(_text)) _failure = "the output cannot be written";
         _text.clear();
@@ -69,7 +70,7 @@ bool nxMarketGenerator::Generate(const Sink& sink, const Progress& progress)
         if (_time >= end) break;
         _Step(_random.GetBelow(rate), cancelBids, cancelAsks);
         if (_text.size() < FlushSize) continue;
-        if (progress) progress(static_cast<unsigned>((_time - begin) / NanosecondsPerSecond));
+        if (progress) progress(static_cast<unsigned int>((_time - begin) / NanosecondsPerSecond));
         if (!flush()) return false;
     }
     if (progress) progress(_options.durationSeconds);
@@ -77,7 +78,7 @@ bool nxMarketGenerator::Generate(const Sink& sink, const Progress& progress)
     return flush();
 }
 
-bool nxMarketGenerator::_Check()
+bool nxMarketGenerator::Check()
 {
     const auto isPositive = [](const nxDecimal& number) { return number > nxDecimalZero; };
     if (_options.kind == nxFeedKind::Bar)
@@ -130,10 +131,10 @@ void nxMarketGenerator::_OpenBook()
     for (const bool isBid : {true, false}) {
         for (std::size_t i = 0; i < LimitRates.size(); ++i) {
             const auto distance = static_cast<long long>(i);
-            const unsigned leaving = GetCancelRate(distance + 1);
-            for (unsigned orders = std::max(1u, (LimitRates[i] + leaving / 2) / leaving); orders != 0;
+            const unsigned int leaving = GetCancelRate(distance + 1);
+            for (unsigned int orders = std::max(1u, (LimitRates[i] + leaving / 2) / leaving); orders != 0;
                  --orders) {
-                const unsigned lots = _DrawLots();
+                const unsigned int lots = _DrawLots();
                 _book.Add(isBid, isBid ? _startTicks - distance : _startTicks + 1 + distance, lots, _changes);
                 ++_statistics.limitOrders;
                 _statistics.placed += lots;
@@ -147,9 +148,9 @@ void nxMarketGenerator::_OpenBook()
 // Nanoseconds to the next arrival of a process with this rate, at least one.
 long long nxMarketGenerator::_GetWait(unsigned long long rate)
 {
-    const Wide wait = _random.GetExponential() * NanosecondHundredthsPerMinute /
-                          (static_cast<Wide>(rate) * _options.rateScale) >>
-                      32;
+    const nxUInt128 wait = _random.GetExponential() * NanosecondHundredthsPerMinute /
+                               (static_cast<nxUInt128>(rate) * _options.rateScale) >>
+                           32;
     return std::max(1LL, static_cast<long long>(wait));
 }
 
@@ -186,7 +187,7 @@ void nxMarketGenerator::_Step(unsigned long long draw, unsigned long long cancel
 
 void nxMarketGenerator::_PlaceOrder(bool isBid, long long distance)
 {
-    const unsigned lots = _DrawLots();
+    const unsigned int lots = _DrawLots();
     const long long price = _book.GetBest(!isBid) + (isBid ? -distance : distance);
     if (price < 1) return;
     _book.Add(isBid, price, lots, _changes);
@@ -198,9 +199,9 @@ void nxMarketGenerator::_CancelOrder(bool isBid, unsigned long long draw)
 {
     const long long opposite = _book.GetBest(!isBid);
     for (const auto& [key, level] : _book.GetSide(isBid)) {
-        const unsigned rate = GetCancelRate(isBid ? opposite + key : key - opposite);
+        const unsigned int rate = GetCancelRate(isBid ? opposite + key : key - opposite);
         if (draw < rate * level.orders.size()) {
-            const unsigned lots = _book.Cancel(isBid, isBid ? -key : key, draw / rate, _changes);
+            const unsigned int lots = _book.Cancel(isBid, isBid ? -key : key, draw / rate, _changes);
             _statistics.cancellations += lots != 0 ? 1 : 0;
             _statistics.cancelled += lots;
             return;
@@ -209,10 +210,10 @@ void nxMarketGenerator::_CancelOrder(bool isBid, unsigned long long draw)
     }
 }
 
-unsigned nxMarketGenerator::_DrawLots()
+unsigned int nxMarketGenerator::_DrawLots()
 {
     return _options.minLots +
-           static_cast<unsigned>(_random.GetBelow(_options.maxLots - _options.minLots + 1));
+           static_cast<unsigned int>(_random.GetBelow(_options.maxLots - _options.minLots + 1));
 }
 
 void nxMarketGenerator::_WriteChanges()
@@ -247,14 +248,14 @@ void nxMarketGenerator::_WriteTrade(const nxSyntheticBook::Change& change)
 void nxMarketGenerator::_WriteQuote()
 {
     const auto isWritten = [this](bool isBid) {
-        const _Best& written = _written[isBid ? 1 : 0];
+        const Best& written = _written[isBid ? 1 : 0];
         return written.price == _book.GetBest(isBid) && written.volume == _book.GetBestVolume(isBid);
     };
     if (isWritten(true) && isWritten(false)) return;
     _WritePrefix();
     for (const bool isBid : {true, false}) {
-        _Best& written = _written[isBid ? 1 : 0];
-        const _Best now{_book.GetBest(isBid), _book.GetBestVolume(isBid)};
+        Best& written = _written[isBid ? 1 : 0];
+        const Best now{_book.GetBest(isBid), _book.GetBestVolume(isBid)};
         _text += ',';
         if (now.price != written.price) _WritePrice(now.price);
         _text += ',';

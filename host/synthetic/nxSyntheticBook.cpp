@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-void nxSyntheticBook::Add(bool isBid, long long price, unsigned lots, std::vector<Change>& changes)
+void nxSyntheticBook::Add(bool isBid, long long price, unsigned int lots, std::vector<Change>& changes)
 {
     Level& level = _sides[isBid ? 1 : 0][_GetKey(isBid, price)];
     level.orders.push_back(lots);
@@ -11,7 +11,7 @@ void nxSyntheticBook::Add(bool isBid, long long price, unsigned lots, std::vecto
     changes.push_back({isBid, price, level.volume, 0});
 }
 
-unsigned long long nxSyntheticBook::Take(bool fromBids, unsigned lots, std::vector<Change>& changes)
+unsigned long long nxSyntheticBook::Take(bool fromBids, unsigned int lots, std::vector<Change>& changes)
 {
     Side& side = _sides[fromBids ? 1 : 0];
     unsigned long long& volume = _volumes[fromBids ? 1 : 0];
@@ -19,7 +19,7 @@ unsigned long long nxSyntheticBook::Take(bool fromBids, unsigned lots, std::vect
     for (unsigned long long left = wanted; left != 0;) {
         const auto best = side.begin();
         Level& level = best->second;
-        const auto traded = static_cast<unsigned>(std::min(left, level.volume));
+        const auto traded = static_cast<unsigned int>(std::min(left, level.volume));
         level.volume -= traded;
         volume -= traded;
         left -= traded;
@@ -28,7 +28,7 @@ unsigned long long nxSyntheticBook::Take(bool fromBids, unsigned lots, std::vect
             side.erase(best);
             continue;
         }
-        unsigned owed = traded;
+        unsigned int owed = traded;
         std::size_t filled = 0;
         while (owed >= level.orders[filled])
             owed -= level.orders[filled++];
@@ -38,13 +38,14 @@ unsigned long long nxSyntheticBook::Take(bool fromBids, unsigned lots, std::vect
     return wanted;
 }
 
-unsigned nxSyntheticBook::Cancel(bool isBid, long long price, std::size_t order, std::vector<Change>& changes)
+unsigned int nxSyntheticBook::Cancel(bool isBid, long long price, std::size_t order,
+                                     std::vector<Change>& changes)
 {
     Side& side = _sides[isBid ? 1 : 0];
     const auto found = side.find(_GetKey(isBid, price));
     Level& level = found->second;
     if (side.size() == 1 && level.orders.size() == 1) return 0;
-    const unsigned lots = level.orders[order];
+    const unsigned int lots = level.orders[order];
     level.orders.erase(level.orders.begin() + static_cast<std::ptrdiff_t>(order));
     level.volume -= lots;
     _volumes[isBid ? 1 : 0] -= lots;

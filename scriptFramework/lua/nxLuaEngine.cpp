@@ -11,6 +11,7 @@
 
 #include "base/values/nxStringHelper.h"
 #include "scriptFramework/lua/nxLuaClass.h"
+#include "scriptFramework/lua/nxLuaErrorText.h"
 #include "scriptFramework/lua/nxLuaIsolation.h"
 
 namespace {

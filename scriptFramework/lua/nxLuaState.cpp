@@ -1,15 +1,13 @@
 #include "scriptFramework/lua/nxLuaState.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstdlib>
-#include <cstring>
 #include <lua.hpp>
 #include <new>
 #include <stdexcept>
 
 #include "base/values/nxExactRandom.h"
 #include "scriptFramework/lua/nxLuaClass.h"
+#include "scriptFramework/lua/nxLuaErrorText.h"
 #include "scriptFramework/lua/nxLuaPatternGuard.h"
 
 namespace {
@@ -35,76 +33,6 @@ int OnPanic(lua_State* L)
 }
 
 }  // namespace
-
-std::string nxLuaErrorText(lua_State* L)
-{
-    if (const char* text = lua_tostring(L, -1)) return text;
-    return std::string("error object is a ") + luaL_typename(L, -1) + " value";
-}
-
-nxLuaPool::~nxLuaPool()
-{
-    for (void* chunk : _chunks)
-        std::free(chunk);
-}
-
-void* nxLuaPool::_Allocate(std::size_t size)
-{
-    if (size > LargestPooled) return std::malloc(size);
-    Free*& list = _free[(size - 1) / Granule];
-    if (list != nullptr) {
-        void* block = list;
-        list = list->next;
-        return block;
-    }
-    const std::size_t rounded = (size + Granule - 1) / Granule * Granule;
-    if (static_cast<std::size_t>(_chunkEnd - _chunkNext) < rounded) {
-        void* chunk = std::malloc(ChunkSize);
-        if (chunk == nullptr) return nullptr;
-        _chunks.push_back(chunk);
-        _chunkNext = static_cast<char*>(chunk);
-        _chunkEnd = _chunkNext + ChunkSize;
-    }
-    void* block = _chunkNext;
-    _chunkNext += rounded;
-    return block;
-}
-
-void nxLuaPool::_Release(void* block, std::size_t size)
-{
-    if (size > LargestPooled) {
-        std::free(block);
-        return;
-    }
-    Free*& list = _free[(size - 1) / Granule];
-    list = new (block) Free{list};
-}
-
-void* nxLuaPool::_ReallocateSlowly(void* block, std::size_t oldSize, std::size_t newSize)
-{
-    if (block == nullptr) oldSize = 0;
-    if (newSize == 0) {
-        if (block != nullptr) _Release(block, oldSize);
-        _inUse -= oldSize;
-        return nullptr;
-    }
-    if (newSize > oldSize && _inUse + (newSize - oldSize) > _limit) return nullptr;
-    ++_allocations;
-    void* result;
-    if (block != nullptr && oldSize > LargestPooled && newSize > LargestPooled) {
-        result = std::realloc(block, newSize);
-        if (result == nullptr) return nullptr;
-    } else {
-        result = _Allocate(newSize);
-        if (result == nullptr) return nullptr;
-        if (block != nullptr) {
-            std::memcpy(result, block, std::min(oldSize, newSize));
-            _Release(block, oldSize);
-        }
-    }
-    _inUse += newSize - oldSize;
-    return result;
-}
 
 nxLuaState::nxLuaState()
 {
@@ -135,21 +63,6 @@ nxLuaState& nxLuaState::Of(lua_State* L)
     void* userData = nullptr;
     if (lua_getallocf(L, &userData) != LuaAllocator) luaL_error(L, "not a state of nxLuaEngine");
     return *static_cast<nxLuaState*>(userData);
-}
-
-void nxLuaKeyMap::Reset(std::size_t count)
-{
-    const std::size_t size = std::bit_ceil(2 * count + 1);
-    _slots.assign(size, {});
-    _mask = size - 1;
-}
-
-void nxLuaKeyMap::Insert(const void* key, int row)
-{
-    std::size_t i = _Hash(key) & _mask;
-    while (_slots[i].key != nullptr)
-        i = (i + 1) & _mask;
-    _slots[i] = {key, row};
 }
 
 nxLuaState::ClassReferences& nxLuaState::References(unsigned int classIndex)

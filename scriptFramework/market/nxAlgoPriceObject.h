@@ -1,13 +1,13 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
 
+#include "base/records/nxPrice.h"
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
-
-class nxPrice;
 
 // A script's read-only view of a product's price: the argument of OnPrice, which the host builds for each
 // event, and the object behind a product's `price`. It points at two records of the host, which must live as
@@ -34,35 +34,49 @@ public:
     bool isAsk(nxLuaParameters&, nxLuaResults&);
     bool isLast(nxLuaParameters&, nxLuaResults&);
 
-    bool Get_id(nxLuaResults&);
-    bool Get_bidPrice(nxLuaResults&);
-    bool Get_bidVolume(nxLuaResults&);
-    bool Get_askPrice(nxLuaResults&);
-    bool Get_askVolume(nxLuaResults&);
-    bool Get_impliedBidPrice(nxLuaResults&);
-    bool Get_impliedBidVolume(nxLuaResults&);
-    bool Get_impliedAskPrice(nxLuaResults&);
-    bool Get_impliedAskVolume(nxLuaResults&);
-    bool Get_paperBidPrice(nxLuaResults&);
-    bool Get_paperBidVolume(nxLuaResults&);
-    bool Get_paperAskPrice(nxLuaResults&);
-    bool Get_paperAskVolume(nxLuaResults&);
-    bool Get_low(nxLuaResults&);
-    bool Get_high(nxLuaResults&);
-    bool Get_lastPrice(nxLuaResults&);
-    bool Get_lastVolume(nxLuaResults&);
-    bool Get_lastBuySell(nxLuaResults&);
-    bool Get_totalTradedVolume(nxLuaResults&);
-    bool Get_theo(nxLuaResults&);
-    bool Get_theo2(nxLuaResults&);
-    bool Get_open(nxLuaResults&);
-    bool Get_close(nxLuaResults&);
-    bool Get_previousClose(nxLuaResults&);
-    bool Get_previousSettlement(nxLuaResults&);
-    bool Get_settlement(nxLuaResults&);
-    bool Get_settlementType(nxLuaResults&);
+    bool Get_id(nxLuaResults& r) { return _Give<&View::_GetId>(r); }
+    bool Get_bidPrice(nxLuaResults& r) { return _Give<&View::_GetBid>(r); }
+    bool Get_bidVolume(nxLuaResults& r) { return _Give<&View::_GetBidQty>(r); }
+    bool Get_askPrice(nxLuaResults& r) { return _Give<&View::_GetAsk>(r); }
+    bool Get_askVolume(nxLuaResults& r) { return _Give<&View::_GetAskQty>(r); }
+    bool Get_impliedBidPrice(nxLuaResults& r) { return _Give<&View::_GetImpliedBid>(r); }
+    bool Get_impliedBidVolume(nxLuaResults& r) { return _Give<&View::_GetImpliedBidQty>(r); }
+    bool Get_impliedAskPrice(nxLuaResults& r) { return _Give<&View::_GetImpliedAsk>(r); }
+    bool Get_impliedAskVolume(nxLuaResults& r) { return _Give<&View::_GetImpliedAskQty>(r); }
+    bool Get_paperBidPrice(nxLuaResults& r) { return _Give<&View::_GetPaperBid>(r); }
+    bool Get_paperBidVolume(nxLuaResults& r) { return _Give<&View::_GetPaperBidQty>(r); }
+    bool Get_paperAskPrice(nxLuaResults& r) { return _Give<&View::_GetPaperAsk>(r); }
+    bool Get_paperAskVolume(nxLuaResults& r) { return _Give<&View::_GetPaperAskQty>(r); }
+    bool Get_low(nxLuaResults& r) { return _Give<&View::_GetLow>(r); }
+    bool Get_high(nxLuaResults& r) { return _Give<&View::_GetHigh>(r); }
+    bool Get_lastPrice(nxLuaResults& r) { return _Give<&View::_GetTrade>(r); }
+    bool Get_lastVolume(nxLuaResults& r) { return _Give<&View::_GetTradeQty>(r); }
+    bool Get_lastBuySell(nxLuaResults& r) { return _Give<&View::_GetLastBuySell>(r); }
+    bool Get_totalTradedVolume(nxLuaResults& r) { return _Give<&View::_GetTotalTradeQty>(r); }
+    bool Get_theo(nxLuaResults& r) { return _Give<&View::_GetTheo>(r); }
+    bool Get_theo2(nxLuaResults& r) { return _Give<&View::_GetTheo2>(r); }
+    bool Get_open(nxLuaResults& r) { return _Give<&View::_GetOpen>(r); }
+    bool Get_close(nxLuaResults& r) { return _Give<&View::_GetClose>(r); }
+    bool Get_previousClose(nxLuaResults& r) { return _Give<&View::_GetPreviousClose>(r); }
+    bool Get_previousSettlement(nxLuaResults& r) { return _Give<&View::_GetPreviousSettlement>(r); }
+    bool Get_settlement(nxLuaResults& r) { return _Give<&View::_GetSettlement>(r); }
+    bool Get_settlementType(nxLuaResults& r) { return _Give<&View::_GetSettlementType>(r); }
 
 private:
+    using View = nxAlgoPriceObject;
+
+    template <auto read>
+    bool _Give(nxLuaResults& results)
+    {
+        results.Add((this->*read)());
+        return true;
+    }
+    template <auto getter>
+    auto _Read() const
+    {
+        using Value = std::remove_cvref_t<decltype((_snapshot->*getter)())>;
+        return _snapshot == nullptr ? Value() : (_snapshot->*getter)();
+    }
     // Price and volume of the better of direct and implied, always from one call, so that the two agree.
     struct Quote
     {
@@ -71,35 +85,34 @@ private:
     };
     Quote _GetBestBid() const;
     Quote _GetBestAsk() const;
-    nxDecimal _Read(const nxDecimal& (nxPrice::*getter)() const) const;
-    nxVolume _Read(const nxVolume& (nxPrice::*getter)() const) const;
 
-    nxDecimal _GetBid() const;
-    nxVolume _GetBidQty() const;
-    nxDecimal _GetAsk() const;
-    nxVolume _GetAskQty() const;
-    nxDecimal _GetImpliedBid() const;
-    nxVolume _GetImpliedBidQty() const;
-    nxDecimal _GetImpliedAsk() const;
-    nxVolume _GetImpliedAskQty() const;
-    nxDecimal _GetPaperBid() const;
-    nxVolume _GetPaperBidQty() const;
-    nxDecimal _GetPaperAsk() const;
-    nxVolume _GetPaperAskQty() const;
-    nxDecimal _GetLow() const;
-    nxDecimal _GetHigh() const;
-    nxDecimal _GetTrade() const;
-    nxVolume _GetTradeQty() const;
-    nxVolume _GetTotalTradeQty() const;
+    unsigned int _GetId() const { return _id; }
+    nxDecimal _GetBid() const { return _GetBestBid().price; }
+    nxVolume _GetBidQty() const { return _GetBestBid().volume; }
+    nxDecimal _GetAsk() const { return _GetBestAsk().price; }
+    nxVolume _GetAskQty() const { return _GetBestAsk().volume; }
+    nxDecimal _GetImpliedBid() const { return _Read<&nxPrice::GetImpliedBidPrice>(); }
+    nxVolume _GetImpliedBidQty() const { return _Read<&nxPrice::GetImpliedBidVolume>(); }
+    nxDecimal _GetImpliedAsk() const { return _Read<&nxPrice::GetImpliedAskPrice>(); }
+    nxVolume _GetImpliedAskQty() const { return _Read<&nxPrice::GetImpliedAskVolume>(); }
+    nxDecimal _GetPaperBid() const { return _Read<&nxPrice::GetBidPrice>(); }
+    nxVolume _GetPaperBidQty() const { return _Read<&nxPrice::GetBidVolume>(); }
+    nxDecimal _GetPaperAsk() const { return _Read<&nxPrice::GetAskPrice>(); }
+    nxVolume _GetPaperAskQty() const { return _Read<&nxPrice::GetAskVolume>(); }
+    nxDecimal _GetLow() const { return _Read<&nxPrice::GetLowPrice>(); }
+    nxDecimal _GetHigh() const { return _Read<&nxPrice::GetHighPrice>(); }
+    nxDecimal _GetTrade() const { return _Read<&nxPrice::GetLastPrice>(); }
+    nxVolume _GetTradeQty() const { return _Read<&nxPrice::GetLastVolume>(); }
     std::string _GetLastBuySell() const;
-    nxDecimal _GetPreviousSettlement() const;
-    nxDecimal _GetSettlement() const;
+    nxVolume _GetTotalTradeQty() const { return _Read<&nxPrice::GetTotalTradedVolume>(); }
+    nxDecimal _GetTheo() const { return _Read<&nxPrice::GetTheoreticalPrice>(); }
+    nxDecimal _GetTheo2() const { return _Read<&nxPrice::GetTheoretical2Price>(); }
+    nxDecimal _GetOpen() const { return _Read<&nxPrice::GetOpenPrice>(); }
+    nxDecimal _GetClose() const { return _Read<&nxPrice::GetClosePrice>(); }
+    nxDecimal _GetPreviousClose() const { return _Read<&nxPrice::GetPreviousClosePrice>(); }
+    nxDecimal _GetPreviousSettlement() const { return _Read<&nxPrice::GetPreviousSettlementPrice>(); }
+    nxDecimal _GetSettlement() const { return _Read<&nxPrice::GetSettlementPrice>(); }
     std::string _GetSettlementType() const;
-    nxDecimal _GetTheo() const;
-    nxDecimal _GetTheo2() const;
-    nxDecimal _GetOpen() const;
-    nxDecimal _GetClose() const;
-    nxDecimal _GetPreviousClose() const;
 
     const nxPrice* _snapshot = nullptr;
     const nxPrice* _update = nullptr;

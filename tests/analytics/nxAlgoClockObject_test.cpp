@@ -94,6 +94,7 @@ TEST(nxAlgoClockObject, TellsWhetherTheTimeOfDayIsInARange)
         {"12:00:00", "'09:00:00:00', '10:00'", "error: Time incorrect format"},
         {"12:00:00", "'-9:00', '10:00'", "error: Time incorrect format"},
         {"12:00:00", "'09:', '10:00'", "error: Time incorrect format"},
+        {"12:00:00", "'09::00', '17:00'", "error: Time incorrect format"},
         {"12:00:00", "'09:00'", "error: Requires two parameters"},
         {"12:00:00", "'09:00', '10:00', '11:00'", "error: Requires two parameters"},
     };

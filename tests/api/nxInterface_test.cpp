@@ -4,7 +4,7 @@
 
 TEST(nxInterface, NamesTheSubjectOfAFunction)
 {
-    const std::pair<unsigned, const char*> rows[] = {
+    const std::pair<unsigned int, const char*> rows[] = {
         {100231, "QLX.EO."},  {100233, "QLX.EOT."},  {100304, "QLX.P."},
         {100305, "QLX.D."},   {100321, "QLX.SD."},   {100326, "QLX.MBO."},
         {100328, "QLX.PLV."}, {100332, "QLX.THEO."}, {100336, "QLX.RLP."},

@@ -85,7 +85,7 @@ TEST_P(nxProductCacheThread, ServicesConsumersAndObserversMeet)
     cache.AddEntryMonitor(monitor);
     cache.AddUpdateMonitor(monitor);
     Observer quarrelling[productCount][2];
-    const auto attach = [&](int product, Observer& observer, unsigned options) {
+    const auto attach = [&](int product, Observer& observer, unsigned int options) {
         EXPECT_TRUE(cache.AttachObserver(Product(product), observer, options, true, false).IsSuccess());
     };
     for (auto& [one, other] : quarrelling) {
@@ -107,7 +107,7 @@ TEST_P(nxProductCacheThread, ServicesConsumersAndObserversMeet)
             service.Push(forMany[first]);
         }
     };
-    const auto consume = [&](unsigned seed) {
+    const auto consume = [&](unsigned int seed) {
         std::mt19937 random(seed);
         for (int round = 0; round < rounds; ++round) {
             const int product = static_cast<int>(random() % productCount);
@@ -117,7 +117,7 @@ TEST_P(nxProductCacheThread, ServicesConsumersAndObserversMeet)
             ASSERT_NE(copy, nullptr);
             GetVersion(*copy);
             Observer passing;
-            attach(product, passing, 1 + static_cast<unsigned>(random() % 3));
+            attach(product, passing, 1 + static_cast<unsigned int>(random() % 3));
             const std::unique_ptr<nxProductDefinition> watched(passing.GetCachedDataObjectCopy());
             ASSERT_NE(watched, nullptr);
             EXPECT_GE(GetVersion(*watched), GetVersion(*copy));
@@ -133,7 +133,7 @@ TEST_P(nxProductCacheThread, ServicesConsumersAndObserversMeet)
     std::vector<std::thread> threads;
     for (const int first : {0, 1})
         threads.emplace_back(push, first);
-    for (const unsigned seed : {1u, 2u})
+    for (const unsigned int seed : {1u, 2u})
         threads.emplace_back(consume, seed);
     for (std::thread& thread : threads)
         thread.join();

@@ -13,8 +13,8 @@ namespace {
 using Definition = nxProductDefinition;
 using Owned = std::unique_ptr<Definition>;
 
-constexpr unsigned updates = 1;
-constexpr unsigned snapshot = 2;
+constexpr unsigned int updates = 1;
+constexpr unsigned int snapshot = 2;
 
 nxGenericProductID Future(const std::string& name, const std::string& exchange = {})
 {
@@ -104,8 +104,8 @@ protected:
         cache.OnDataObjectSnapshot(error, pointers, requester);
     }
     void Update(const std::string& text) { service.Push(Make(Future("A"), text)); }
-    unsigned Attach(TestObserver& observer, unsigned options, bool populate = false,
-                    const std::string& name = "A")
+    unsigned int Attach(TestObserver& observer, unsigned int options, bool populate = false,
+                        const std::string& name = "A")
     {
         return cache.AttachObserver(Future(name), observer, options, populate, false).GetValue();
     }
@@ -166,7 +166,7 @@ TEST_P(nxProductCacheTest, AFailedSubscriptionIsTriedAgain)
 TEST_P(nxProductCacheTest, OptionsDecideWhatAnObserverHears)
 {
     // Attached before there is data, and when 3 is there.
-    const std::tuple<unsigned, const char*, const char*> rows[] = {
+    const std::tuple<unsigned int, const char*, const char*> rows[] = {
         {0, "", ""},
         {updates, "a:u2 ", "a:u2 "},
         {snapshot, "a:s1 ", "a:s3 "},

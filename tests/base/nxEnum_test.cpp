@@ -3,18 +3,15 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
-#include <functional>
-#include <memory>
+#include <map>
 #include <regex>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "base/enums/nxBoolEnum.h"
 #include "base/enums/nxBuySellEnum.h"
 #include "base/enums/nxClientIDQualifierEnum.h"
 #include "base/enums/nxCurrencyEnum.h"
-#include "base/enums/nxEnumTexts.h"
 #include "base/enums/nxErrorEnum.h"
 #include "base/enums/nxExecutionDecisionQualifierEnum.h"
 #include "base/enums/nxExecutionRestrictionEnum.h"
@@ -43,123 +40,81 @@
 
 namespace {
 
-// What the tests ask of an enum class without knowing which.
-struct EnumClass
+// The enumerators by class, as they are written down: nxBuySell_Buy = 11 belongs to nxBuySellEnum.
+std::multimap<std::string, unsigned int> ReadEnumerators()
 {
-    std::string name;
-    unsigned minValue, maxValue;  // both outside
-    std::function<unsigned(unsigned)> construct;
-    std::function<unsigned(unsigned)> assign;
-    std::function<unsigned(const std::string&)> read;
-    std::function<std::unique_ptr<std::string[]>(unsigned)> texts;
-};
-
-template <class Enum>
-EnumClass Class(const char* name, unsigned minValue, unsigned maxValue)
-{
-    return {name,
-            minValue,
-            maxValue,
-            [](unsigned value) { return Enum(value).GetValue(); },
-            [](unsigned value) {
-                Enum target(nxEnum_NoChange);
-                target = value;
-                return target.GetValue();
-            },
-            [](const std::string& text) {
-                Enum target(nxEnum_NoChange);
-                return target.SetFromString(text) ? target.GetValue() : target.GetValue() + 1;  // 1: refused
-            },
-            [](unsigned value) {
-                const Enum e(value);
-                return std::unique_ptr<std::string[]>(
-                    new std::string[]{e.GetAsString(), e.GetShortDescription(), e.GetLongDescription()});
-            }};
-}
-
-const std::vector<EnumClass> classes = {
-    Class<nxBuySellEnum>("nxBuySellEnum", 10, 13),
-    Class<nxLogLevelEnum>("nxLogLevelEnum", 30, 39),
-    Class<nxProductTypeEnum>("nxProductTypeEnum", 100, 200),
-    Class<nxStrategyTypeEnum>("nxStrategyTypeEnum", 200, 240),
-    Class<nxValueStatusEnum>("nxValueStatusEnum", 240, 244),
-    Class<nxSyntheticStrategyLegCalculationPriceTypeEnum>("nxSyntheticStrategyLegCalculationPriceTypeEnum",
-                                                          300, 320),
-    Class<nxPriceTradeVolumesUpdateTypeEnum>("nxPriceTradeVolumesUpdateTypeEnum", 320, 330),
-    Class<nxTickDataPeriodEnum>("nxTickDataPeriodEnum", 400, 430),
-    Class<nxFillSourceEnum>("nxFillSourceEnum", 430, 450),
-    Class<nxMarketByOrderActionTypeEnum>("nxMarketByOrderActionTypeEnum", 450, 460),
-    Class<nxTradingCapacityEnum>("nxTradingCapacityEnum", 460, 470),
-    Class<nxClientIDQualifierEnum>("nxClientIDQualifierEnum", 470, 480),
-    Class<nxExecutionDecisionQualifierEnum>("nxExecutionDecisionQualifierEnum", 480, 490),
-    Class<nxInvestmentDecisionQualifierEnum>("nxInvestmentDecisionQualifierEnum", 490, 500),
-    Class<nxMultiLegReportingTypeEnum>("nxMultiLegReportingTypeEnum", 500, 510),
-    Class<nxMessageChannelEnum>("nxMessageChannelEnum", 510, 530),
-    Class<nxOrderTypeEnum>("nxOrderTypeEnum", 1000, 1050),
-    Class<nxExecutionRestrictionEnum>("nxExecutionRestrictionEnum", 1050, 1100),
-    Class<nxOrderStatusEnum>("nxOrderStatusEnum", 1100, 1150),
-    Class<nxOrderTransactionStatusEnum>("nxOrderTransactionStatusEnum", 1150, 1200),
-    Class<nxSyntheticOrderTypeEnum>("nxSyntheticOrderTypeEnum", 1200, 1250),
-    Class<nxSyntheticChildOrderTypeEnum>("nxSyntheticChildOrderTypeEnum", 1250, 1300),
-    Class<nxBoolEnum>("nxBoolEnum", 5000, 5003),
-    Class<nxRoundingMethodEnum>("nxRoundingMethodEnum", 7400, 7410),
-    Class<nxOrderFlagEnum>("nxOrderFlagEnum", 8000, 8020),
-    Class<nxVorantParameterTypeEnum>("nxVorantParameterTypeEnum", 9600, 9609),
-    Class<nxCurrencyEnum>("nxCurrencyEnum", 10000, 10500),
-    Class<nxFunctionEnum>("nxFunctionEnum", 100000, 200000),
-    Class<nxErrorEnum>("nxErrorEnum", 999999, 2000000)};
-
-TEST(nxEnum, LimitsAreExclusiveAndRangesDoNotMeet)
-{
-    unsigned previousMax = nxEnum_NoChange;
-    for (const EnumClass& c : classes) {
-        EXPECT_GE(c.minValue, previousMax) << c.name;
-        previousMax = c.maxValue - 1;
-        for (const auto& store : {c.construct, c.assign}) {
-            EXPECT_EQ(store(c.minValue), 0u) << c.name;
-            EXPECT_EQ(store(c.minValue + 1), c.minValue + 1) << c.name;
-            EXPECT_EQ(store(c.maxValue - 1), c.maxValue - 1) << c.name;
-            EXPECT_EQ(store(c.maxValue), 0u) << c.name;
-            EXPECT_EQ(store(nxEnum_NoChange), 2u) << c.name;
-            EXPECT_EQ(store(0xFFFFFFFF), 0u) << c.name;
-        }
-    }
-}
-
-// Every enumerator that is written down lies in some class's range with three texts, and its name leads back
-// to it.
-TEST(nxEnum, EveryRegisteredValueIsFoundByItsTexts)
-{
-    unsigned registered = 0;
-    for (const EnumClass& c : classes) {
-        unsigned ofClass = 0;
-        for (unsigned value = c.minValue + 1; value < std::min(c.maxValue, c.minValue + 20000); ++value) {
-            const auto texts = c.texts(value);
-            if (texts[0] == "NOT_REGISTERED") continue;
-            ++ofClass;
-            EXPECT_EQ(c.read(texts[0]), value) << c.name << " " << texts[0];
-            EXPECT_EQ(c.read(texts[1]), value) << c.name << " " << texts[1];
-            EXPECT_FALSE(texts[2].empty()) << c.name << " " << texts[0];
-        }
-        EXPECT_GT(ofClass, 0u) << c.name;
-        registered += ofClass;
-        for (const char* text : {"", "eur", "no such", "UNDEFINED", "NOT_REGISTERED"})
-            EXPECT_EQ(c.read(text), 1u) << c.name;
-        EXPECT_EQ(c.texts(0)[0], "UNDEFINED");
-        EXPECT_EQ(c.texts(2)[2], "NO_CHANGE");
-    }
-
+    std::multimap<std::string, unsigned int> enumerators;
     std::ifstream header(NX_SOURCE_DIR "/base/enums/nxEnumValue.h");
-    const std::regex enumerator(R"(\s+\w+ = (\d+),)");
-    unsigned written = 0;
-    for (std::string line; std::getline(header, line);) {
-        std::smatch match;
-        if (!std::regex_match(line, match, enumerator)) continue;
-        ++written;
-        EXPECT_NE(nxEnumTexts::Get(static_cast<unsigned>(std::stoul(match[1]))).name, "NOT_REGISTERED")
-            << line;
+    const std::regex row(R"(\s+(\w+)_\w+ = (\d+),)");
+    std::smatch match;
+    for (std::string line; std::getline(header, line);)
+        if (std::regex_match(line, match, row))
+            enumerators.emplace(match[1].str() + "Enum", static_cast<unsigned int>(std::stoul(match[2])));
+    enumerators.erase("nxEnumEnum");  // the marks, which belong to no class
+    return enumerators;
+}
+
+// A class takes its own enumerators and no other's; each has three texts, and two of them lead back to it.
+template <class Enum>
+void ExpectItsEnumeratorsAlone(const std::multimap<std::string, unsigned int>& enumerators)
+{
+    const std::string className = Enum().GetClassName();
+    SCOPED_TRACE(className);
+    EXPECT_TRUE(enumerators.contains(className));
+    for (const auto& [owner, value] : enumerators) {
+        Enum target(nxEnum_NoChange);
+        target = value;
+        EXPECT_EQ(target, owner == className ? value : 0) << value;
+        EXPECT_EQ(target, Enum(value)) << value;
+        if (owner != className) continue;
+        EXPECT_NE(target.GetAsString(), "NOT_REGISTERED") << value;
+        EXPECT_FALSE(target.GetLongDescription().empty()) << value;
+        for (const std::string& text : {target.GetAsString(), target.GetShortDescription()}) {
+            Enum read;
+            EXPECT_TRUE(read.SetFromString(text)) << text;
+            EXPECT_EQ(read, value) << text;
+        }
     }
-    EXPECT_EQ(registered + 2, written);  // the two marks belong to no class
+    for (const char* text : {"", "eur", "no such", "UNDEFINED", "NOT_REGISTERED"}) {
+        Enum read(enumerators.find(className)->second);
+        EXPECT_FALSE(read.SetFromString(text)) << text;
+        EXPECT_TRUE(read.IsUndefined()) << text;
+    }
+}
+
+template <class... Enums>
+void ExpectClasses()
+{
+    const auto enumerators = ReadEnumerators();
+    (ExpectItsEnumeratorsAlone<Enums>(enumerators), ...);
+    std::set<std::string> names;
+    for (const auto& [owner, value] : enumerators)
+        names.insert(owner);
+    EXPECT_EQ(names.size(), sizeof...(Enums));
+}
+
+TEST(nxEnum, EveryEnumeratorBelongsToOneClassAndIsFoundByItsTexts)
+{
+    ExpectClasses<nxBuySellEnum, nxLogLevelEnum, nxProductTypeEnum, nxStrategyTypeEnum, nxValueStatusEnum,
+                  nxSyntheticStrategyLegCalculationPriceTypeEnum, nxPriceTradeVolumesUpdateTypeEnum,
+                  nxTickDataPeriodEnum, nxFillSourceEnum, nxMarketByOrderActionTypeEnum,
+                  nxTradingCapacityEnum, nxClientIDQualifierEnum, nxExecutionDecisionQualifierEnum,
+                  nxInvestmentDecisionQualifierEnum, nxMultiLegReportingTypeEnum, nxMessageChannelEnum,
+                  nxOrderTypeEnum, nxExecutionRestrictionEnum, nxOrderStatusEnum,
+                  nxOrderTransactionStatusEnum, nxSyntheticOrderTypeEnum, nxSyntheticChildOrderTypeEnum,
+                  nxBoolEnum, nxRoundingMethodEnum, nxOrderFlagEnum, nxVorantParameterTypeEnum,
+                  nxCurrencyEnum, nxFunctionEnum, nxErrorEnum>();
+}
+
+TEST(nxEnum, LimitsAreExclusiveAndTheMarksFitEveryClass)
+{
+    const std::pair<unsigned int, unsigned int> rows[] = {{0, 0},   {1, 0},   {2, 2},  {10, 0},
+                                                          {11, 11}, {12, 12}, {13, 0}, {0xFFFFFFFF, 0}};
+    for (const auto& [given, held] : rows)
+        EXPECT_EQ(nxBuySellEnum(given), held) << given;
+    EXPECT_EQ(nxErrorEnum(1999999).GetAsString(), "NOT_REGISTERED");
+    EXPECT_EQ(nxBuySellEnum().GetAsString(), "UNDEFINED");
+    EXPECT_EQ(nxBuySellEnum(nxEnum_NoChange).GetLongDescription(), "NO_CHANGE");
 }
 
 TEST(nxEnum, AssigningThroughTheBaseKeepsToTheRange)
@@ -177,26 +132,26 @@ TEST(nxEnum, AssigningThroughTheBaseKeepsToTheRange)
 // These numbers are known outside this code: to scripts, hosts and stored data.
 TEST(nxEnum, NumbersKnownOutside)
 {
-    const unsigned numbers[] = {nxBuySell_Buy,
-                                nxLogLevel_Detail,
-                                nxLogLevel_Info,
-                                nxLogLevel_Warn,
-                                nxLogLevel_Error,
-                                nxOrderType_Limit,
-                                nxOrderType_Market,
-                                nxExecutionRestriction_Stop,
-                                nxExecutionRestriction_TrailingStop,
-                                nxBool_True,
-                                nxRoundingMethod_Nearest,
-                                nxOrderFlag_SpreadUnbalanced};
+    const unsigned int numbers[] = {nxBuySell_Buy,
+                                    nxLogLevel_Detail,
+                                    nxLogLevel_Info,
+                                    nxLogLevel_Warn,
+                                    nxLogLevel_Error,
+                                    nxOrderType_Limit,
+                                    nxOrderType_Market,
+                                    nxExecutionRestriction_Stop,
+                                    nxExecutionRestriction_TrailingStop,
+                                    nxBool_True,
+                                    nxRoundingMethod_Nearest,
+                                    nxOrderFlag_SpreadUnbalanced};
     EXPECT_THAT(numbers, testing::ElementsAre(11, 31, 32, 36, 37, 1001, 1002, 1053, 1055, 5001, 7403, 8001));
 }
 
 TEST(nxOrderStatusEnum, OnlyOrdersInTheMarketWork)
 {
-    const std::pair<unsigned, bool> rows[] = {{0, false},    {2, false},    {1101, false},
-                                              {1102, true},  {1103, true},  {1104, true},
-                                              {1105, false}, {1106, false}, {1107, false}};
+    const std::pair<unsigned int, bool> rows[] = {{0, false},    {2, false},    {1101, false},
+                                                  {1102, true},  {1103, true},  {1104, true},
+                                                  {1105, false}, {1106, false}, {1107, false}};
     for (const auto& [status, working] : rows)
         EXPECT_EQ(nxOrderStatusEnum(status).IsWorkingOrder(), working) << status;
 }
@@ -204,7 +159,7 @@ TEST(nxOrderStatusEnum, OnlyOrdersInTheMarketWork)
 TEST(nxProductTypeEnum, CodesAreUniqueAndWithoutADot)
 {
     std::set<std::string> codes;
-    for (unsigned value = nxProductType_Future; value <= nxProductType_Fund; ++value) {
+    for (unsigned int value = nxProductType_Future; value <= nxProductType_Fund; ++value) {
         const std::string code = nxProductTypeEnum(value).GetAsCode();
         EXPECT_TRUE(codes.insert(code).second) << code;
         EXPECT_EQ(code.find('.'), std::string::npos) << code;

@@ -16,7 +16,7 @@ nxDecimal Price(long long ticks)
 {
     return nxDecimal::FromMantissa(ticks, 2);
 }
-nxMarketDepthMapEntry Entry(unsigned volume)
+nxMarketDepthMapEntry Entry(unsigned int volume)
 {
     return {volume, 0};
 }
@@ -68,11 +68,11 @@ TEST(nxMarketDepth, ASteadyBookAllocatesNothing)
         depth.SetBid(Price(i), 1), depth.SetAsk(Price(i), 1);
     depth.Clear();
 
-    std::map<long long, unsigned> bids, asks;
+    std::map<long long, unsigned int> bids, asks;
     long long allocated = 0;
     for (int i = 0; i < 20000; ++i) {
         const auto ticks = static_cast<long long>(random() % prices);
-        const auto volume = static_cast<unsigned>(random() % 3);
+        const auto volume = static_cast<unsigned int>(random() % 3);
         const bool isBid = random() % 2 == 0;
         const long long before = nxAllocationCount::Get();
         if (isBid)

@@ -33,7 +33,7 @@ TEST(nxPriceTradeVolumes, MergesByTheTypeOfTheUpdate)
     const nxPriceTradeVolumes::Map own = {{Price(1), 10u}, {Price(2), 20u}};
     const nxPriceTradeVolumes::Map sum = {{Price(1), 10u}, {Price(2), 25u}, {Price(3), 30u}};
     const nxPriceTradeVolumes::Map theirs = {{Price(2), 5u}, {Price(3), 30u}};
-    const std::tuple<unsigned, bool, nxPriceTradeVolumes::Map> rows[] = {
+    const std::tuple<unsigned int, bool, nxPriceTradeVolumes::Map> rows[] = {
         {nxPriceTradeVolumesUpdateType_Snapshot, false, theirs},
         {nxPriceTradeVolumesUpdateType_Delta, false, sum},
         {nxEnum_Undefined, false, sum},

@@ -19,20 +19,6 @@ TEST(nxValueWrapper, MarksAreReservedValues)
     EXPECT_EQ(nxIntValue(2147483646).GetAsString() + nxIntValue(2147483646).GetAsLogString(), "NO_CHANGE");
 }
 
-TEST(nxValueWrapper, ReadsItsValueFromText)
-{
-    const std::tuple<const char*, unsigned, unsigned> rows[] = {
-        {"4294967293", 0, 4294967293u},
-        {"4294967294", 0, 0xFFFFFFFE},  // a mark by its number
-        {"4294967296", nxError_NumberOutOfRange, 0xFFFFFFFF},
-        {"-1", nxError_NotANumber, 0xFFFFFFFF}};
-    for (const auto& [text, error, value] : rows) {
-        nxVolume volume = 7;
-        EXPECT_EQ(volume.SetFromString(text), error) << text;
-        EXPECT_EQ(volume, value) << text;
-    }
-}
-
 TEST(nxDoubleValueWrapper, TagConstructorsAreCrossedAndSettersAreNot)
 {
     nxDoubleValueWrapper value;

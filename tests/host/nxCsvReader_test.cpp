@@ -12,7 +12,7 @@ namespace {
 std::string MakeRows(std::size_t blocks)
 {
     std::string content = "time,product,bid\n";
-    for (unsigned row = 1; content.size() < blocks * nxCsvBlock::Size; ++row)
+    for (unsigned int row = 1; content.size() < blocks * nxCsvBlock::Size; ++row)
         content += std::to_string(row) + (row % 1000 == 0 ? ",A,bad\n" : ",\"A,\"\"B\"\"\",5.25\n");
     return content;
 }
@@ -73,10 +73,10 @@ TEST(nxCsvReaderThread, RowsOfManyBlocksComeInOrderWithTheirPlaces)
 TEST(nxCsvReaderThread, AReaderGoesWhileItsThreadReadsOrWaits)
 {
     const nxFeedFile file(MakeRows(20));
-    for (const unsigned rows : {1u, 20'000u, 60'000u}) {
+    for (const unsigned int rows : {1u, 20'000u, 60'000u}) {
         nxCsvReader reader(file.GetPath());
         ASSERT_TRUE(reader.Open());
-        for (unsigned i = 0; i < rows; ++i)
+        for (unsigned int i = 0; i < rows; ++i)
             ASSERT_NE(reader.Next(), nxCsvReader::Result::Failed);
     }
 }

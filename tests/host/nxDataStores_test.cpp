@@ -107,6 +107,24 @@ TEST_F(nxDataStoresTest, AFailedSaveLeavesTheOldStateAndTheNextOneTriesAgain)
     EXPECT_GT(failed, 10u);
 }
 
+// The others are saved, what the row was stays, and a new one keeps its place.
+TEST_F(nxDataStoresTest, ARowWithAValueThatIsTooLargeIsLeftOut)
+{
+    for (const char* const found : {"''", "'a,b;;c'"}) {
+        Server server(folder);
+        EXPECT_EQ(server.Read(), found);
+        server.stores.SetLargestValue(100);
+        static_cast<void>(server.script.Evaluate(
+            "s:clear() s:add('a', 'b') s:add('x', ('x'):rep(101)) s:add('c') s:set(1, ('y'):rep(100), 'b')"));
+        EXPECT_EQ(
+            server.stores.Save(),
+            file +
+                ": row 2 of the store s cannot be saved: it has a value of 101 bytes, and 100 are the most");
+        static_cast<void>(server.script.Evaluate("s:set(1, 'a', 'b')"));
+        EXPECT_TRUE(server.stores.Save());
+    }
+}
+
 // As a host may fill it, with what no script could.
 TEST_F(nxDataStoresTest, KeepsAnyBytes)
 {

@@ -12,13 +12,13 @@
 
 #include "host/feed/nxFeed.h"
 
-/** A file that lives as long as the test needs it. */
+// A file that lives as long as the test needs it.
 class nxFeedFile
 {
 public:
     explicit nxFeedFile(const std::string& content)
     {
-        static std::atomic<unsigned> count = 0;
+        static std::atomic<unsigned int> count = 0;
         _path = ::testing::TempDir() + "nxFeed_" + std::to_string(getpid()) + "_" + std::to_string(count++) +
                 ".csv";
         std::ofstream(_path, std::ios::binary) << content;
@@ -29,7 +29,7 @@ public:
 
     const std::string& GetPath() const { return _path; }
 
-    /** The text without the path wherever it stands. */
+    // The text without the path wherever it stands.
     std::string Hide(std::string text) const
     {
         for (std::size_t at; (at = text.find(_path)) != std::string::npos;)
@@ -63,7 +63,7 @@ inline std::string CompressZstd(const std::string& text)
     return packed;
 }
 
-/** An event as a line: what it gives, in the order of the columns; no-change is left out. */
+// An event as a line: what it gives, in the order of the columns; no-change is left out.
 inline std::string Show(const nxFeedEvent& event, const nxFeedProductTable& products)
 {
     std::string text = std::to_string(event.time) + " " + products.Get(event.product).GetName();
@@ -99,7 +99,7 @@ inline std::string Show(const nxFeedEvent& event, const nxFeedProductTable& prod
     return text;
 }
 
-/** All that a feed gives: a line for each event, then a line with the error if there is one. */
+// All that a feed gives: a line for each event, then a line with the error if there is one.
 inline std::string ReadAll(nxFeed& feed)
 {
     std::string text;

@@ -174,14 +174,4 @@ TEST(nxFeedProductFileTest, TheExampleIsAFutureAShareAPairAndASpread)
     EXPECT_EQ(names, "NEAR,FAR,SHARE,EURUSD,FAR-NEAR of legs,");
 }
 
-TEST(nxFeedProductFileTest, WhatCannotBeOpenedIsTold)
-{
-    std::vector<nxProductDescription> products;
-    nxFeedError error;
-    EXPECT_FALSE(nxProductFile::Read(testing::TempDir(), products, error));
-    EXPECT_EQ(error.reason, "is a directory, not a file of products");
-    EXPECT_FALSE(nxProductFile::Read(testing::TempDir() + "nxFeed_no_such_file", products, error));
-    EXPECT_EQ(error.reason, "cannot open: No such file or directory");
-}
-
 }  // namespace

@@ -10,7 +10,7 @@ constexpr long long August8 = 19943 * Day;  // 2024-08-08
 constexpr const char* NotATime = "not a time";
 constexpr const char* NoSuchDate = "no such calendar date";
 constexpr const char* NoSuchTimeOfDay = "no such time of day";
-constexpr const char* OutOfRange = "time out of range (1677 to 2262)";
+constexpr const char* OutOfRange = "time out of range (1678 to 2261)";
 
 TEST(nxFeedTimeTest, ReadsEachFormToTheNanosecond)
 {
@@ -34,12 +34,13 @@ TEST(nxFeedTimeTest, ReadsEachFormToTheNanosecond)
         // Where one unit ends and the next begins.
         {"09999999", 9'999'999 * Second},
         {"100000000", 100'000'000 * Second},
-        {"9223372036", 9'223'372'036 * Second},
+        {"9214646399", 9'214'646'399 * Second},
         {"100000000000", 100'000'000 * Second},
         {"100000000000000", 100'000'000 * Second},
-        {"9223372036854775", 9'223'372'036'854'775'000},
+        {"9214646399999999", 9'214'646'399'999'999'000},
         {"100000000000000000", 100'000'000 * Second},
-        {"9223372036854775807", 9'223'372'036'854'775'807},
+        {"9214646399999999999", nxFeedTime::Latest},
+        {"16780101:00:00:00", nxFeedTime::Earliest},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
@@ -63,9 +64,11 @@ TEST(nxFeedTimeTest, RefusesWhatIsNoTimeAndSaysWhy)
         {"20230229:00:00", NoSuchDate},
         {"20240808:24:00:00", NoSuchTimeOfDay},
         {"2024-08-08T12:34:60Z", NoSuchTimeOfDay},
-        {"9223372037", OutOfRange},
-        {"9223372036854775808", OutOfRange},
-        {"22630101", OutOfRange},
+        {"9214646400", OutOfRange},
+        {"18446744073709551616", OutOfRange},
+        {"9214646400000000000", OutOfRange},
+        {"22620101", OutOfRange},
+        {"16771231:23:59:59.999999999", OutOfRange},
     };
     for (const auto& [text, reason] : rows) {
         SCOPED_TRACE(text);
@@ -75,10 +78,34 @@ TEST(nxFeedTimeTest, RefusesWhatIsNoTimeAndSaysWhy)
     }
 }
 
+TEST(nxFeedTimeTest, APeriodIsACountAndAUnit)
+{
+    const std::pair<const char*, long long> rows[] = {
+        {"30s", 30 * Second},
+        {"1m", 60 * Second},
+        {"4h", 14400 * Second},
+        {"366d", 366 * Day},
+        {"367d", 0},
+        {"m", 0},
+        {"1", 0},
+        {"1min", 0},
+        {"0m", 0},
+        {"-1m", 0},
+        {"1M", 0},
+        {"99999999999999999999s", 0},
+        {"", 0},
+    };
+    for (const auto& [text, period] : rows) {
+        long long read = 0;
+        EXPECT_EQ(nxFeedTime::SetPeriodFromText(text, read), period != 0) << text;
+        EXPECT_EQ(read, period) << text;
+    }
+}
+
 TEST(nxFeedTimeTest, WritesWhatItReads)
 {
     for (const char* text : {"20240808:12:34:56.000000789", "19700101:00:00:00.000000000",
-                             "19011213:20:45:52.999999999", "22620411:23:47:16.854775807"})
+                             "19011213:20:45:52.999999999", "22611231:23:59:59.999999999"})
     {
         long long time = 0;
         EXPECT_EQ(nxFeedTime::SetFromText(text, time), nullptr);

@@ -1,6 +1,5 @@
 #include "host/feed/nxFeed.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -15,7 +14,7 @@ const std::string Header = "time,product,last,lastVolume\n";
 std::string MakeRows(const char* product, const std::vector<int>& times)
 {
     std::string text = Header;
-    unsigned count = 0;
+    unsigned int count = 0;
     for (const int time : times)
         text += std::to_string(time) + "," + product + ",1," + std::to_string(++count) + "\n";
     return text;
@@ -91,31 +90,13 @@ TEST(nxFeedTest, DescribedProductsComeFirstAndKeepTheirTickSize)
     EXPECT_EQ(feed.GetProducts().Find("C"), nullptr);
 }
 
-TEST(nxFeedTest, WhatCannotBeOpenedIsTold)
-{
-    const nxFeedFile file(Header);
-    const std::string directory = testing::TempDir();
-    const std::string missing = directory + "nxFeed_no_such_file";
-    const std::pair<std::vector<std::string>, std::string> rows[] = {
-        {{missing}, missing + ": cannot open: No such file or directory"},
-        {{file.GetPath(), directory}, directory + ": is a directory, not a file of recorded data"},
-        {{"-", file.GetPath(), "-"}, "-: standard input can be read only once"},
-    };
-    for (const auto& [paths, text] : rows) {
-        nxFeed feed;
-        EXPECT_FALSE(feed.Open(paths));
-        EXPECT_EQ(feed.GetError().GetText(), text);
-        EXPECT_EQ(feed.Next(), nullptr);
-    }
-}
-
 TEST(nxFeedTest, AFileWithoutRowsOrWithoutAnEndIsRemarked)
 {
     const std::string whole = MakeRows("A", {1});
-    std::string large = whole;
+    std::string large = MakeRows("C", {1});
     while (large.size() < 3 * nxCsvBlock::Size)
         large += large.substr(large.find('\n') + 1);
-    const nxFeedFile full(whole), empty(Header), cut(whole.substr(0, whole.size() - 1)),
+    const nxFeedFile full(whole), empty(Header), cut("time,product,last\n1,B,1"),
         largeCut(large.substr(0, large.size() - 1));
     nxFeed feed;
     ASSERT_TRUE(feed.Open({full.GetPath(), empty.GetPath(), cut.GetPath(), largeCut.GetPath()}));
@@ -127,32 +108,51 @@ TEST(nxFeedTest, AFileWithoutRowsOrWithoutAnEndIsRemarked)
     EXPECT_EQ(largeCut.Hide(feed.GetRemarks()[2]), cutText);
 }
 
-TEST(nxFeedTest, StandardInputIsReadOnceAndStreamed)
+TEST(nxFeedTest, RowsThatTwoFilesHoldAreRemarked)
 {
-    const nxFeedFile file(CompressGzip(MakeRows("A", {1, 2})));
-    const int saved = dup(STDIN_FILENO);
-    const int input = open(file.GetPath().c_str(), O_RDONLY);
-    ASSERT_GE(input, 0);
-    dup2(input, STDIN_FILENO);
-    close(input);
+    const std::string bars = "time,product,open,high,low,close,volume\n";
+    const auto bar = [](const char* row) { return std::string(row) + ",1,1,1,1,1\n"; };
+    const auto quote = [](const char* row) { return std::string(row) + ",1,1,,,,,\n"; };
+    const std::string quotes = "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n";
+    const struct
     {
+        const char* name;
+        std::vector<std::string> files;
+        const char* remarks;
+    } rows[] = {
+        {"a file given twice",
+         {bars + bar("1,A") + bar("2,A"), bars + bar("1,A") + bar("2,A")},
+         "A: 2 bars of b lie among those of a; all are delivered\n"},
+        {"one bar twice, and another product",
+         {bars + bar("1,A"), bars + bar("1,A") + bar("1,B")},
+         "A: 1 bar of b lies among those of a; all are delivered\n"},
+        {"day after day", {bars + bar("1,A") + bar("2,A"), bars + bar("3,A") + bar("4,A")}, ""},
+        {"a part within the whole",
+         {quotes + quote("3,A") + quote("4,A"), quotes + quote("1,A") + quote("2,A") + quote("9,A")},
+         "A: 2 quotes of a lie among those of b; all are delivered\n"},
+        {"quotes and trades apart", {quotes + quote("1,A") + quote("3,A"), MakeRows("A", {1, 2, 3})}, ""},
+    };
+    for (const auto& row : rows) {
+        const nxFeedFile first(row.files[0]), second(row.files[1]);
         nxFeed feed;
-        EXPECT_TRUE(feed.Open({"-"}));
-        EXPECT_NE(feed.GetProducts().Find("A"), nullptr);
-        EXPECT_EQ(ReadAll(feed),
-                  "1000000000 A last 1 x1 side unknown\n2000000000 A last 1 x2 side unknown\n");
+        ASSERT_TRUE(feed.Open({first.GetPath(), second.GetPath()}));
+        ReadAll(feed);
+        std::string remarks;
+        for (std::string remark : feed.GetRemarks()) {
+            if (remark.find("among") == remark.npos) continue;
+            remark.replace(remark.find(first.GetPath()), first.GetPath().size(), "a");
+            remarks += remark.replace(remark.find(second.GetPath()), second.GetPath().size(), "b") + "\n";
+        }
+        EXPECT_EQ(remarks, row.remarks) << row.name;
     }
-    EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1) << "standard input is not the feed's to close";
-    dup2(saved, STDIN_FILENO);
-    close(saved);
 }
 
 // Long enough for several buffers, and not too easy to compress.
 std::string MakeLongFile()
 {
     std::string text = Header;
-    unsigned number = 1;
-    for (unsigned i = 0; i < 15000; ++i) {
+    unsigned int number = 1;
+    for (unsigned int i = 0; i < 15000; ++i) {
         number = number * 1103515245 + 12345;
         text += std::to_string(1'700'000'000 + i) + ",A," + std::to_string(number % 100000) + ".5," +
                 std::to_string(number % 97) + "\n";

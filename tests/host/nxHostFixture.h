@@ -10,11 +10,12 @@
 
 #include "host/run/nxRun.h"
 
-/** A run of the reference host over files that live as long as the test, in a folder of its own, named in all
-   texts without that folder.
-
-   In the data "@12.5" stands for the time 12.5 seconds after 2024-01-08 14:30 UTC, and the logged times of
-   that minute are given as "12.500" in turn. */
+// A run of the reference host over files that live as long as the test, in a folder of its own, named in all
+// texts without that folder. What only goes in and comes out as text is a scenario of tests/data/runs
+// instead.
+//
+// In the data "@12.5" stands for the time 12.5 seconds after 2024-01-08 14:30 UTC, and the logged times of
+// that minute are given as "12.500" in turn.
 class nxHostRun
 {
 public:
@@ -27,7 +28,7 @@ public:
     nxHostRun(const nxHostRun&) = delete;
     nxHostRun& operator=(const nxHostRun&) = delete;
 
-    /** Writes a file; `@` is left alone. */
+    // Writes a file; `@` is left alone.
     std::string Write(const std::string& name, const std::string& content)
     {
         std::ofstream(_folder + name, std::ios::binary) << content;
@@ -48,18 +49,12 @@ public:
     {
         options.modules.push_back(Write(name, text));
     }
-    /** Rows of one of the forms below, without the header. */
-    void AddQuotes(const std::string& rows, const std::string& name = "quotes.csv")
+    // Rows without the header.
+    void AddQuotes(std::string rows)
     {
-        _AddData(name, "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n", rows);
-    }
-    void AddDepth(const std::string& rows, const std::string& name = "depth.csv")
-    {
-        _AddData(name, "time,product,side,price,volume\n", rows);
-    }
-    void AddBars(const std::string& rows, const std::string& name = "bars.csv")
-    {
-        _AddData(name, "time,product,open,high,low,close,volume\n", rows);
+        _Replace(rows, "@", Minute);
+        options.data.push_back(
+            Write("quotes.csv", "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n" + rows));
     }
 
     nxRunResult Run()
@@ -72,26 +67,25 @@ public:
         err = Hide(errStream.str());
         return result;
     }
-    /** Runs, and gives what the script logged, a line each. */
+    // Runs, and gives what the script logged, a line each.
     std::string RunForLog()
     {
         static_cast<void>(Run());
-        return GetLog();
+        return out.substr(0, out.find("--- summary\n"));
     }
 
-    std::string GetLog() const { return out.substr(0, out.find("--- summary\n")); }
-    /** What the summary says under a label; "" when it has no such line. */
+    // What the summary says under a label; "" when it has no such line.
     std::string GetLine(const std::string& label) const
     {
-        const std::size_t line = out.find("\n" + label + " ", GetLog().size());
+        const std::size_t line = out.find("\n" + label + " ", out.find("--- summary\n"));
         if (line == std::string::npos) return {};
         const std::size_t begin = out.find_first_not_of(' ', line + 1 + label.size());
         return out.substr(begin, out.find('\n', begin) - begin);
     }
-    /** What was told on standard error, without the speed. */
+    // What was told on standard error, without the speed.
     std::string GetErrors() const { return err.substr(0, err.find("--- speed\n")); }
 
-    /** Without the folder and the minute, as in `out` and `err`. */
+    // Without the folder and the minute, as in `out` and `err`.
     std::string Hide(std::string text) const
     {
         _Replace(text, _folder, "");
@@ -112,10 +106,6 @@ private:
         for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size())
             text.replace(at, what.size(), with);
     }
-    void _AddData(const std::string& name, const std::string& header, std::string rows)
-    {
-        _Replace(rows, "@", Minute);
-        options.data.push_back(Write(name, header + rows));
-    }
+
     std::string _folder;
 };

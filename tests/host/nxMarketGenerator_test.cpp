@@ -22,7 +22,7 @@ std::string Generate(const nxMarketGeneratorOptions& options,
     return text;
 }
 
-nxMarketGeneratorOptions MakeOptions(nxFeedKind kind, unsigned seconds = 600)
+nxMarketGeneratorOptions MakeOptions(nxFeedKind kind, unsigned int seconds = 600)
 {
     nxMarketGeneratorOptions options;
     options.kind = kind;
@@ -73,10 +73,10 @@ TEST(nxMarketGeneratorTest, TheDepthRebuildsTheQuotesAndTheBookIsNeverCrossed)
     const nxFeedFile quoteFile(Generate(MakeOptions(nxFeedKind::Quote)));
     nxFeed feed;
     ASSERT_TRUE(feed.Open({depthFile.GetPath(), quoteFile.GetPath()}));
-    std::map<nxDecimal, unsigned> sides[2];  // asks, bids
+    std::map<nxDecimal, unsigned int> sides[2];  // asks, bids
     nxDecimal bid, ask;
     nxVolume bidVolume, askVolume;
-    unsigned quotes = 0;
+    unsigned int quotes = 0;
     unsigned long long traded = 0;
     while (const nxFeedEvent* event = feed.Next()) {
         for (const nxFeedLevel& level :
@@ -160,7 +160,7 @@ TEST(nxMarketGeneratorTest, OptionsThatCannotBeUsedAreTold)
         Options options;
         row.change(options);
         nxMarketGenerator generator(options);
-        unsigned calls = 0;
+        unsigned int calls = 0;
         EXPECT_FALSE(generator.Generate([&calls](std::string_view) { return ++calls != 0; }));
         EXPECT_EQ(generator.GetFailure(), row.text);
         EXPECT_EQ(calls, 0u);
@@ -170,7 +170,7 @@ TEST(nxMarketGeneratorTest, OptionsThatCannotBeUsedAreTold)
 TEST(nxMarketGeneratorTest, ASinkThatRefusesStopsIt)
 {
     nxMarketGenerator generator(MakeOptions(nxFeedKind::Depth));
-    unsigned calls = 0;
+    unsigned int calls = 0;
     EXPECT_FALSE(generator.Generate([&calls](std::string_view) { return ++calls < 2; }));
     EXPECT_EQ(calls, 2u);
     EXPECT_EQ(generator.GetFailure(), "the output cannot be written");

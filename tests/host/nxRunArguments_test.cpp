@@ -127,8 +127,15 @@ TEST_F(nxRunArgumentsTest, RefusesAParameterFileWithItsPlace)
         arguments.parameterFiles = {files.Write("p.toml", content)};
         EXPECT_EQ(Apply().substr(0, std::string_view(error).size()), error);
     }
-    arguments.parameterFiles = {files.Write("p.toml", "") + "x"};
-    EXPECT_EQ(Apply(), "p.tomlx: cannot open: No such file or directory");
+}
+
+TEST_F(nxRunArgumentsTest, ABarPeriodIsThatOfAProductOrOfAllOthers)
+{
+    arguments.barPeriods = {"5m", "A=1h", "A=B=1d", "A=30s"};
+    EXPECT_EQ(Apply(), "");
+    const std::map<std::string, long long, std::less<>> expected = {
+        {"", 300'000'000'000}, {"A", 30'000'000'000}, {"A=B", 86'400'000'000'000}};
+    EXPECT_EQ(options.barPeriods, expected);
 }
 
 TEST_F(nxRunArgumentsTest, SelectionsAreOfAllJobsOrOfOne)

@@ -52,6 +52,10 @@ TEST(nxScriptSource, TellsALineOfTheScriptAsTheAuthorCountsIt)
         {"run time", InOnInit("\t  local a = nil + 1 -- no"),
          "script.lua:2: attempt to perform arithmetic on a nil value | local a = nil + 1 -- no"},
         {"syntax", "function OnInit(\n  x y\nend", "script.lua:2: ')' expected near 'y' | x y"},
+        {"the first line", "local a = nil + 1",
+         "script.lua:1: attempt to perform arithmetic on a nil value | local a = nil + 1"},
+        {"what pcall gives", InOnInit("error(select(2, pcall(function() x.y = 1 end)):match(':%d+:'), 0)"),
+         ":2:"},
         {"CRLF", "function OnInit()\r\n  error('x')\r\nend\r\n", "script.lua:2: x | error('x')"},
         {"first line for a shell", "#!/usr/bin/algoserver\nerror('x')", "script.lua:2: x | error('x')"},
         {"long string over lines", "local a = [[\n\n]] .. nil",
@@ -132,7 +136,7 @@ TEST(nxScriptSource, RefusesWhatIsNoScriptBeforeAnythingRuns)
     nxHostRun run;
     const std::string binary = std::string("local a\n") + '\0';
     const std::tuple<const char*, std::string, const char*> rows[] = {
-        {"missing", run.Write("x", "") + ".lua", "x.lua: no such file\n"},
+        {"missing", run.Write("x", "") + ".lua", "x.lua: cannot open: No such file or directory\n"},
         {"precompiled", run.Write("luac.out", std::string("\x1bLua\x51\0", 6)),
          "luac.out: is a precompiled script; only Lua source text is run\n"},
         {"zero byte", run.Write("binary.lua", binary),

@@ -18,12 +18,12 @@ protected:
 
 TEST_F(nxTimerQueueTest, AnIntervalBeyondTheEndOfTimeIsNeverDue)
 {
-    queue.Start(job, "a", nxNever - 5, 10);
-    EXPECT_EQ(queue.GetNextTime(), nxNever);
-    queue.Start(job, "b", nxNever - 5, 4);
-    EXPECT_EQ(queue.GetNextTime(), nxNever - 1);
+    queue.Start(job, "a", nxTime::Never - 5, 10);
+    EXPECT_EQ(queue.GetNextTime(), nxTime::Never);
+    queue.Start(job, "b", nxTime::Never - 5, 4);
+    EXPECT_EQ(queue.GetNextTime(), nxTime::Never - 1);
     EXPECT_EQ(queue.Pop().name, "b");
-    EXPECT_EQ(queue.GetNextTime(), nxNever);
+    EXPECT_EQ(queue.GetNextTime(), nxTime::Never);
 }
 
 TEST_F(nxTimerQueueTest, SkipsToTheLastTimeThatIsNotAfterTheOneGiven)
@@ -37,6 +37,6 @@ TEST_F(nxTimerQueueTest, SkipsToTheLastTimeThatIsNotAfterTheOneGiven)
     EXPECT_EQ(queue.Skip(14), 1u);
     EXPECT_EQ(queue.Pop().name, "b");
     EXPECT_EQ(queue.GetNextTimeOf([](const auto& timer) { return timer.name == "a"; }), 15);
-    EXPECT_EQ(queue.Skip(nxNever), (static_cast<unsigned long long>(nxNever) - 15) / 10);
+    EXPECT_EQ(queue.Skip(nxTime::Never), (static_cast<unsigned long long>(nxTime::Never) - 15) / 10);
     EXPECT_EQ(queue.GetNextTime(), 21);
 }

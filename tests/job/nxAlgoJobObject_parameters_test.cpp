@@ -46,45 +46,4 @@ TEST(nxAlgoJobObjectParameters, GetParameterTurnsEachTypeIntoItsLuaValue)
     EXPECT_EQ(log.TakeLines(), "32 [test] Get Parameter : none = [NIL]\n");
 }
 
-TEST(nxAlgoJobObjectParameters, CallsTheHost)
-{
-    // ready: with a context, inside OnInit, nothing refused
-    const std::tuple<bool, const char*, std::string, const char*, const char*> rows[] = {
-        {true, "job:setOutputParameter('a', 1.5)", "", "SetParameter(a,1.5)",
-         "31 [test] Set Output Parameter : a = 1.5 ok\n"},
-        {false, "job:setOutputParameter('a', 'b')", "error: setOutputParameter failed a , b",
-         "SetParameter(a,b)", "32 [test] Set Output Parameter : a = b failed\n"},
-        {true, "job:getDynamicParameter('t', 'n')", "'value of n'", "GetDynamicParameter(t,n)",
-         "32 [test] Get Dynamic Parameter : n Tag : t : value of n\n"},
-        {true, "job:sendParameter('t', 'n', 5) job:publish('n', 'v') job:setReference('r')", "",
-         "SendParameter(t,n,5) PublishParameter(n,v) SetReference(r)", "32 [test] SetReference r\n"},
-        {true, "job:hasContext('ignored')", "true", "", ""},
-        {false, "job:setReference('r')", "error: setReference can only be called via OnInit", "", ""},
-        {true, "job.selectedProduct", "'FDAX'", "", "32 [test] Selected Product : FDAX\n"},
-        {true, "job.selectedVolume", "4294967295", "", "32 [test] Selected Volume : 4294967295\n"},
-        {true, "job.selectedSpreadSpec", "'1:2'", "", ""},
-        {true, "job.selectedPrice", "100.25", "", "32 [test] Selected Price : 100.25\n"},
-        {true, "job.selectedSide", "'BUY'", "", "32 [test] Selected Side : BUY\n"},
-        {false, "job.selectedPrice = 1.5", "", "SetSelectedPrice(1.5)",
-         "32 [test] Set Selected Price : 1.5\n"},
-        {false, "job.account, job.transactionCount, job.tag", "'ACC' 7 'mine'", "", ""},
-    };
-    nxScriptJob script;
-    nxRecordingLog log;
-    for (const auto& [ready, lua, answer, calls, logged] : rows) {
-        SCOPED_TRACE(lua);
-        script.host.hasContext = script.host.inOnInit = ready;
-        script.host.refusal = ready ? "" : "no";
-        EXPECT_EQ(script.Evaluate(lua), answer);
-        EXPECT_EQ(script.host.TakeCalls(), calls);
-        EXPECT_EQ(log.TakeLines(), logged);
-        const std::string code = lua;
-        if (ready && code.starts_with("job.selected")) {
-            script.host.hasContext = false;
-            EXPECT_EQ(script.Evaluate(code),
-                      "error: Job doesn't have context. Therefore cannot use " + code.substr(4));
-        }
-    }
-}
-
 }  // namespace

@@ -5,48 +5,16 @@
 #include <memory>
 
 #include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/job/nxQuietAnswers.h"
 #include "tests/support/nxRecordingLog.h"
 
 namespace {
 
-// Supplies what the validator leaves open.
-class Validator : public nxAlgoScriptValidator
+class Validator : public nxQuietAnswers<nxAlgoScriptValidator>
 {
 public:
     ~Validator() override { _DeleteJob(); }
     std::string GetErrorText() { return _GetJob()->GetErrorText(); }
-
-    nxAlgoVorantJobCollectionObject* GetVorantJobs() override { return nullptr; }
-    nxAlgoOrderCollectionObject* GetJobOrders() override { return nullptr; }
-    nxErrorEnum SubscribePrice(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum UnsubscribePrice(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum SubscribeMarketDepth(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum UnsubscribeMarketDepth(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum SubscribeState(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum UnsubscribeState(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum SubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
-    nxErrorEnum UnsubscribePriceTradeVolumes(nxAlgoProductObject*) override { return {}; }
-    std::string GetTag() override { return {}; }
-    void SetOrderUserString(const std::string&) override {}
-    void SetOrderUserString2(const std::string&) override {}
-    unsigned int GetTransactionCount() override { return 0; }
-    nxAlgoDataSeriesObject* CreateDataSeries() override { return nullptr; }
-    nxAlgoDataStoreObject* GetDataStore(const std::string&, bool) override { return nullptr; }
-    void SendParameter(const std::string&, const std::string&, const std::string&) override {}
-    void SetEnableCrossProtection(bool) override {}
-    void SetShatterOnExit(bool) override {}
-    void SetDisableParentFills(bool) override {}
-    void OnTickData(nxAlgoTickDataObject&) override {}
-    nxAlgoLibraryObject* LoadLibrary(const std::string&) override { return nullptr; }
-    std::string GetAccount() override { return {}; }
-    bool HasContext() override { return false; }
-    void SetReference(const std::string&) override {}
-    void SetDisableReport(bool) override {}
-    bool IsInOnInit() override { return false; }
-    void SetEnablePandL(bool) override {}
-    nxDecimal GetPandL(const nxCurrencyEnum&) override { return {}; }
-    bool SetChartLine(const std::string&, const std::string&, double, unsigned int) override { return true; }
-    bool RemoveChartLine(const std::string&, const std::string&) override { return true; }
 };
 
 TEST(nxAlgoScriptValidator, TellsWhetherAScriptLoadsAndStarts)

@@ -26,7 +26,7 @@ TEST(nxLuaPatternGuard, ADeepPatternMatchesOrRaises)
         {small, "('x'):rep(2e5):find(('x?'):rep(2e5))", TooComplex},
         {small, "(''):match(('x*'):rep(2e5))", TooComplex},
         {small, "(''):gsub(('x-'):rep(2e5), '', 1)", TooComplex},
-        {small, "string.gfind('', ('x+'):rep(2e5))()", TooComplex},
+        {small, "(string.gfind or string.gmatch)('', ('x*'):rep(2e5))()", TooComplex},
         {small, "('-'):rep(1e6):find(('-'):rep(1e6), 1, true)", "1 1000000"},
         {small, "('x'):rep(1e6):find(('x'):rep(1e6))", "1 1000000"},
         {small, "('x'):rep(9000):find(('x?'):rep(9000))", foundFew},

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <random>
 
-#include "scriptFramework/lua/nxLuaState.h"
+#include "scriptFramework/lua/nxLuaPool.h"
 
 namespace {
 

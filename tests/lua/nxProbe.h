@@ -1,12 +1,11 @@
 #pragma once
 
 #include <functional>
-#include <initializer_list>
 #include <string>
-#include <utility>
 
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
+#include "tests/lua/nxTeller.h"
 
 // A bound class for the tests of the binding itself: each kind of row once, with bodies that the test sets.
 class nxProbe : public nxAlgoObject
@@ -21,11 +20,11 @@ public:
     std::function<bool(nxLuaParameters&, nxLuaResults&)> body = [](auto&, auto&) { return true; };
     double first = 1.0;
     std::string writes;  // each setter call: the row's name and the value
-    nxAlgoObject* other = nullptr;
+    class nxOther* other = nullptr;
 
     bool run(nxLuaParameters& parameters, nxLuaResults& results) { return body(parameters, results); }
-    bool again(nxLuaParameters&, nxLuaResults& results);     // the same object in a new wrapper
-    bool getOther(nxLuaParameters&, nxLuaResults& results);  // an nxOther or nil
+    bool again(nxLuaParameters&, nxLuaResults& results);  // the same object in a new wrapper
+    bool getOther(nxLuaParameters&, nxLuaResults& results);
 
     bool Get_first(nxLuaResults& results);
     bool Set_first(const nxLuaParameter& value);
@@ -58,7 +57,8 @@ public:
     bool Set_value(const nxLuaParameter& given);
 };
 
-// An engine with both classes registered, the globals `probe` and `other`, and evaluate (see nxScriptJob.h).
+// An engine with both classes registered, the globals `probe`, `other`, `teller` and `cleared`, a probe
+// without an object, and evaluate (see nxScriptJob.h).
 class nxProbeEngine : public nxLuaEngine
 {
 public:
@@ -66,12 +66,10 @@ public:
 
     nxProbe probe;
     nxOther other;
+    nxTeller teller{*this};
 
     // In the messages of argument errors, '?' stands for what the Lua engines name each in their own way.
     std::string Evaluate(const std::string& code);
-
-    using Row = std::pair<const char*, const char*>;  // code and what it evaluates to
-    void ExpectRows(std::initializer_list<Row> rows);
 
     using nxLuaEngine::_CallFunction;
     using nxLuaEngine::_GetState;

@@ -16,7 +16,7 @@ public:
 
 TEST(nxVorantParameterTemplate, ReadsAndWritesText)
 {
-    const std::tuple<nxVorantParameter*, const char*, unsigned, const char*, bool> rows[] = {
+    const std::tuple<nxVorantParameter*, const char*, unsigned int, const char*, bool> rows[] = {
         {new nxVorantPriceParameter, "-12.50", 0, "-12.50", false},
         {new nxVorantDecimalParameter, "99999999999999999999", nxError_NumberOutOfRange, "", true},
         {new nxVorantVolumeParameter, "4294967294", 0, "", false},  // no-change

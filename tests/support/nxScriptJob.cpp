@@ -49,8 +49,7 @@ function OnInit() keep.job = job; keep.log = job.logText end
 function OnTimer(code) keep.log(keep.job, evaluate(code)) end
 local function take(object) it = object end
 OnPrice, OnMarketDepth, OnProductState, OnPosition, OnPriceTradeVolumes = take, take, take, take, take
-OnVorantJobUpdate, OnOrderNew, OnOrderFill, OnTickData = take, take, take, take
-OnVorantJobUpdate, OnOrderNew, OnOrderFill, OnTradeWindowEvent = take, take, take, take
+OnVorantJobUpdate, OnOrderNew, OnOrderFill, OnTickData, OnTradeWindowEvent = take, take, take, take, take
 )lua";
     host.windowJob = &job;
     EXPECT_TRUE(job.LoadScript(script).IsSuccess()) << job.GetErrorText();

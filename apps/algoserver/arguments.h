@@ -1,0 +1,29 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/run/nxRunArguments.h"
+
+// What the commands have in common on the command line.
+
+// An option that may stand several times, with one value each time: what follows may be a script.
+template <class Value>
+CLI::Option* AddRepeated(CLI::App& command, const char* names, std::vector<Value>& values, const char* help)
+{
+    return command.add_option(names, values, help)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false);
+}
+
+// --name, --param and --params.
+void AddJobOptions(CLI::App& command, nxJobArguments& jobs);
+
+// --seed: a number that 64 bits hold, which the library would cut silently.
+CLI::Option* AddSeed(CLI::App& command, unsigned long long& seed, const char* help);
+
+// A number from `least` to `most`, both included; `name` is what the text is none of.
+CLI::Validator IsNumber(double least, double most, const std::string& name);

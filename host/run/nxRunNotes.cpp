@@ -1,0 +1,116 @@
+#include "host/run/nxRunNotes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "host/jobs/nxHostTickDataCollection.h"
+#include "host/run/nxUnreadParameters.h"
+
+namespace {
+
+bool HasRows(const nxFeedProduct* product)
+{
+    return product != nullptr && (product->Has(nxFeedKind::Quote) || product->Has(nxFeedKind::Depth) ||
+                                  product->Has(nxFeedKind::Bar));
+}
+
+// "A, B and 3 more".
+std::string JoinNames(const std::vector<std::string>& names)
+{
+    constexpr std::size_t most = 5;
+    const std::size_t shown = std::min(names.size(), most);
+    std::string text =
+        fmt::format("{}", fmt::join(names.begin(), names.begin() + static_cast<long>(shown), ", "));
+    if (names.size() > shown) text += fmt::format(" and {} more", names.size() - shown);
+    return text;
+}
+
+// A file of products may describe more than one run needs; but beside a product that nothing describes it is
+// mostly a name that the two files spell in two ways.
+void NoteDescriptions(nxRunState& state, const nxFeedProductTable& products)
+{
+    const std::vector<nxProductDescription>& described = state.options.products;
+    std::vector<std::string> missing, nameless;
+    for (const nxProductDescription& product : described)
+        if (!product.IsStrategy() && !HasRows(products.Find(product.name))) missing.push_back(product.name);
+    // The described ones are the first of the table.
+    for (auto i = static_cast<unsigned int>(described.size()); i < products.GetCount(); ++i)
+        if (HasRows(&products.Get(i))) nameless.push_back(products.Get(i).GetName());
+    if (!missing.empty() && !nameless.empty())
+        state.statistics.remarks.push_back(
+            fmt::format("described, but without rows: {}; in the data, but not described: {}",
+                        JoinNames(missing), JoinNames(nameless)));
+}
+
+void NoteCollections(nxHostJob& job, std::vector<std::string>& notes)
+{
+    for (const auto& [name, product] : job.GetProducts())
+        for (nxHostTickDataCollection* collection : product->GetCollections())
+            if (!collection->IsSubscribed() && collection->IsEmpty())
+                notes.push_back(fmt::format(
+                    "a collection of {} bars of {} stayed empty, since the script never called its "
+                    "subscribe()",
+                    collection->GetPeriod().GetAsString(), name));
+}
+
+// An order without a limit needs a quote to be filled at.
+void NoteMissingQuotes(nxHostJob& job, const nxFeedProductTable& products, std::vector<std::string>& notes)
+{
+    std::vector<std::string> names;
+    for (const auto& order : job.GetOwnOrders()) {
+        const std::string& name = order->GetHostProduct().GetMarket().GetName();
+        const nxFeedProduct* const known = products.Find(name);
+        if (!order->IsSent() || order->GetType() != "MARKET" || known == nullptr || known->HasBid() ||
+            known->HasAsk() || known->Has(nxFeedKind::Depth) || known->Has(nxFeedKind::Bar) ||
+            std::ranges::find(names, name) != names.end())
+            continue;
+        names.push_back(name);
+    }
+    if (!names.empty())
+        notes.push_back(
+            fmt::format("the data of {} hold trades and no quotes, which MARKET orders need: send LIMIT "
+                        "orders, or add quotes or depth",
+                        JoinNames(names)));
+}
+
+void NoteUnfilled(nxHostJob& job, const nxTrading& trading, std::vector<std::string>& notes)
+{
+    const nxTradingStatistics& counted = job.GetTrading();
+    if (counted.orders == 0 || counted.fills != 0) return;
+    const auto [reason, count] = trading.GetCommonestEnd(job);
+    std::string text = fmt::format("no order was filled; {} of {}: {}", count, counted.orders, reason);
+    if (reason == nxTrading::EndOfTime)
+        text += ". An order is for its day unless createOrder is given time = \"GTC\"";
+    notes.push_back(std::move(text));
+}
+
+}  // namespace
+
+void nxNoteWhatIsMissing(nxRunState& state, nxJobList& jobs, const nxTrading& trading,
+                         const nxFeedProductTable& products)
+{
+    NoteDescriptions(state, products);
+    for (const auto& runner : jobs) {
+        std::vector<std::string>& notes = runner->GetStatistics().notes;
+        NoteCollections(runner->GetJob(), notes);
+        NoteMissingQuotes(runner->GetJob(), products, notes);
+        NoteUnfilled(runner->GetJob(), trading, notes);
+    }
+}
+
+void nxNoteUnreadParameters(nxRunState& state, nxJobList& jobs)
+{
+    nxUnreadParameters unread;
+    for (const auto& runner : jobs) {
+        const nxJobStatistics& statistics = runner->GetStatistics();
+        const bool hasFailed = std::ranges::any_of(statistics.failures, [](const auto& failure) {
+            return failure.callback.value_or(nxCallback::OnInit) == nxCallback::OnInit;
+        });
+        if (statistics[nxCallback::OnInit].count != 0 && !hasFailed)
+            unread.Add(runner->GetJob().GetOptions(), statistics[nxCallback::OnParameter].defined);
+    }
+    for (const nxParameterChange& change : state.options.changes)
+        if (!change.tag.empty()) unread.NoteTagged(change.name);
+    state.statistics.notes = unread.GetNotes();
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+// The string keys of a class metatable with their rows, found by the address of the string, which Lua keeps
+// once. Good as long as the metatable holds the keys and nobody else can change it.
+class nxLuaKeyMap
+{
+public:
+    static constexpr int Absent = -1;
+    static constexpr int Metamethod = -2;
+
+    // Makes room for that many keys, and forgets all.
+    void Reset(std::size_t count);
+    void Insert(const void* key, int row);
+    int Find(const void* key) const
+    {
+        if (_slots.empty()) return Absent;
+        for (std::size_t i = _Hash(key);; ++i) {
+            const Slot& slot = _slots[i & _mask];
+            if (slot.key == key || slot.key == nullptr) return slot.row;
+        }
+    }
+
+private:
+    struct Slot
+    {
+        const void* key = nullptr;
+        int row = Absent;
+    };
+    static std::size_t _Hash(const void* key) { return reinterpret_cast<std::uintptr_t>(key) / 16; }
+
+    std::vector<Slot> _slots;  // a power of two, half of them free
+    std::size_t _mask = 0;
+};

@@ -1,0 +1,186 @@
+#!/usr/bin/env python3
+"""Holds README.md, CONTRIBUTING.md, CHANGELOG.md and docs/ against the program and the sources.
+
+    check_docs.py ALGOSERVER
+
+Prints what is wrong, a line each; the exit status is 1 when something is. What is bound to scripts is compared by
+nxScriptingPage_test.cpp.
+"""
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+PAGES = [ROOT / name for name in ("README.md", "CONTRIBUTING.md", "CHANGELOG.md")] + sorted((ROOT / "docs").glob("*.md"))
+SOURCES = ("apps", "base", "bench", "indicators", "quant", "api", "scriptFramework", "host", "tests", "fuzz", "examples")
+
+# Leaves one line of each type in the record of a run, jobs one and two.
+RECORD = {
+    "one.lua": """
+function OnInit()
+  local product = job:getProduct("SIM")
+  product:subscribePrice() product:setFlattenOnExit(true)
+  job:sendUserState("WARN", "x") job:sendUserText1("x") job:sendUserText2("x") job:sendUserText3("x")
+  job:sendUserLog{x = 1} job:setChartLine("x", "y", 1, 2) job:removeChartLine("x", "y")
+  job:setOutputParameter("x", "y") job:publish("x", "y") job:sendParameter("x", "y", "z")
+  job:startTimer("x", 60000) job:stopTimer("x") job:setEnablePandL(true) job:setReference("x") job.tag = "x"
+  job:setOrderUserString("x") job:setOrderUserString2("x") job.selectedPrice = 1 job:logText("x")
+  product:createOrder("BUY", "MARKET"):work{volume = 1}
+end
+local count = 0
+function OnPrice()
+  count = count + 1
+  if count == 3 then job:getVorantJobs():getVorantJob(1):stop() error("x") end
+  if count == 4 then job:shutdown() end
+end
+""",
+    "two.lua": "function OnInit() job:getProduct('SIM'):subscribePrice() end",
+    "keys.toml": '[[product]]\nx = 1\n',
+    "leg_keys.toml": '[[product]]\nname = "SIM"\nlegs = [{ x = 1 }]\n',
+}
+
+
+def read(path):
+    return (ROOT / path).read_text()
+
+
+def section(page, heading):
+    """The text below a heading of a page, up to the next of its level or above."""
+    level = heading.index(" ")
+    match = re.search(rf"^{re.escape(heading)}\n(.*?)(?=^#{{1,{level}}} |\Z)", read(page), re.M | re.S)
+    return match[1] if match else ""
+
+
+def first_cells(text):
+    """What stands in back quotes in the first cells of the tables of a text."""
+    return {name for row in re.findall(r"^\| (.*?) \|", text, re.M) for name in re.findall(r"`([^`]+)`", row)}
+
+
+def compare(what, documented, real):
+    return [f"{what}: described, but not there: {name}" for name in sorted(documented - real)] + \
+           [f"{what}: there, but not described: {name}" for name in sorted(real - documented)]
+
+
+def run(program, *arguments):
+    return subprocess.run([program, *arguments], capture_output=True, text=True, errors="replace", timeout=120)
+
+
+def check_options(program):
+    for command, text in (("run", section("docs/algoserver.md", "## Running a script")),
+                          ("generate", section("docs/algoserver.md", "## Generating data")),
+                          ("check", read("docs/checking.md"))):
+        names = re.findall(r"^ +((?:-\w,)?--[\w-]+)", run(program, command, "--help").stdout, re.M)
+        real = {name for entry in names for name in entry.split(",")}
+        documented = {cell.split()[0] for cell in first_cells(text) if cell.startswith("-")}
+        yield from compare(f"algoserver {command}", documented | {"-h", "--help"}, real)
+
+
+def check_record(program):
+    run(program, "run", "one.lua", "two.lua", "--data", str(ROOT / "examples/data/demo_quotes.csv.gz"),
+        "--on-error", "continue", "--record", "record.jsonl")
+    real = set()
+    for line in pathlib.Path("record.jsonl").read_text().splitlines():
+        entry = json.loads(line)
+        keys = list(entry)
+        real |= {f"{entry['type']}.{key}" for key in keys[4:]} | {entry["type"]} | set(keys[:4])
+    page = read("docs/run-record.md")
+    documented = first_cells(section("docs/run-record.md", "## Every line"))
+    for types, example in re.findall(r'^\| (`.*?) \|.*`("type":.*)` \|$', page, re.M):
+        types = re.findall(r"`(\w+)`", types)
+        keys = set(re.findall(r'"(\w+)":', example))
+        documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
+    for name in ("order", "orderEvent"):
+        keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
+        documented |= {f"{name}.{key}" for key in keys} | {name}
+    documented -= {"userLog.price", "userLog.why"}  # the example's fields
+    yield from compare("record", documented, real)
+
+
+def check_product_keys(program):
+    for file, heading in (("keys.toml", "## Keys of a product"), ("leg_keys.toml", "## Strategies")):
+        text = run(program, "run", "one.lua", "--products", file, "--data", "none.csv").stderr
+        real = set(text.split("known are ")[-1].strip().split(", "))
+        yield from compare(f"products.md, {heading}", first_cells(section("docs/products.md", heading)), real)
+
+
+def check_embedding(_):
+    """The entries of a job, and the operations that a host is asked."""
+    page = read("docs/embedding.md")
+    entries = first_cells(page[page.index("| Entry |"):page.index("The library does not check subscriptions")])
+    yield from compare("entry", entries, set(re.findall(r" (On\w+)\(", read("scriptFramework/job/nxAlgoJobObject.h"))))
+    operations = {cell.split("(")[0] for cell in first_cells(section("docs/embedding.md", "## What the library asks of the host"))}
+    real = set(re.findall(r"virtual .*?(\w+)\(", read("scriptFramework/job/nxAlgoJobInterface.h")))
+    yield from compare("operation", operations - {"Unsubscribe..."}, operations & real)
+
+
+def anchors(text):
+    headings = re.findall(r"^#+ (.*)$", text, re.M)
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+
+def check_references(_):
+    """Links, paths in back quotes, and the names of classes."""
+    sources = "".join(path.read_text(errors="replace") for folder in SOURCES for path in (ROOT / folder).rglob("*")
+                      if path.suffix in (".h", ".cpp", ".lua", ".txt"))
+    known = set(re.findall(r"\bnx\w+", sources)) | {"nxFoo"}
+    for page in PAGES:
+        text = page.read_text()
+        name = page.relative_to(ROOT)
+        for target, anchor in set(re.findall(r"\]\(([^)#:]*)(?:#([^)]*))?\)", text)):
+            file = page.parent / target if target else page
+            if not file.exists():
+                yield f"{name}: link to nowhere: {target}"
+            elif anchor and anchor not in anchors(file.read_text()):
+                yield f"{name}: link to nowhere: {target}#{anchor}"
+        for path in re.findall(rf"`((?:{'|'.join(SOURCES + ('docs', 'cmake', 'tools'))})/[\w./*-]+)`", text):
+            if not list(ROOT.glob(path.rstrip("/"))):
+                yield f"{name}: no such file: {path}"
+        for word in set(re.findall(r"\b(nx[A-Z]\w+)\b(?!\.)", text)) - known:
+            yield f"{name}: no such name: {word}"
+
+
+def check_quotations(program):
+    """Lines quoted from a file stand in it; runs over files of the project print what the page shows."""
+    yield from compare("README.md", set(re.findall(r"`(?:examples/)?(\w+\.lua)`", read("README.md"))),
+                       {path.name for path in (ROOT / "examples").glob("*.lua")})
+    for page in PAGES:
+        text = page.read_text()
+        for path, block in re.findall(r"`(examples/[\w./]+)`[^`\n]*:\n\n```\w+\n(.*?)```", text, re.S):
+            lines = {line.strip() for line in read(path).splitlines()}
+            for line in block.splitlines():
+                if line.strip() and line.strip() not in lines:
+                    yield f"{page.name}: not in {path}: {line}"
+        for block in re.findall(r"(?:```console\n|\n(?=    \$))( *\$ .*?)(?:\n```|\n\n)", text, re.S):
+            for part in re.split(r"^ *\$ ", block, flags=re.M)[1:]:
+                command, _, expected = part.partition("\n")
+                if not re.fullmatch(r"\S*algoserver run( examples/\S+)+ --data examples/\S+.*", command):
+                    continue
+                words = command.replace("2>/dev/null", "").split()[1:]
+                shell = " ".join([program, *words]) + " 2>/dev/null"
+                printed = subprocess.run(shell, shell=True, capture_output=True, text=True).stdout
+                indent = "    " if block.startswith("    ") else ""
+                if printed != re.sub(f"^{indent}", "", expected.rstrip("\n"), flags=re.M) + "\n":
+                    yield f"{page.name}: another output now: {command}"
+
+
+def main():
+    program = os.path.abspath(sys.argv[1])
+    with tempfile.TemporaryDirectory() as folder:
+        os.chdir(folder)
+        os.symlink(ROOT / "examples", "examples")
+        for name, text in RECORD.items():
+            pathlib.Path(name).write_text(text)
+        faults = [fault for check in (check_options, check_record, check_product_keys, check_embedding, check_references,
+                                       check_quotations)
+                  for fault in check(program)]
+        os.chdir("/")
+    print("\n".join(faults) or "the docs hold")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

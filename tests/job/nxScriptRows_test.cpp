@@ -1,0 +1,80 @@
+// What scripts see of the library, as the files of tests/data/scripts tell it.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <optional>
+
+#include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxRowFile.h"
+#include "tests/support/nxScriptJob.h"
+#include "tests/support/nxTestDataStore.h"
+#include "tests/support/nxTestOrder.h"
+
+namespace {
+
+// A job whose host has two products, one order, a store of one row and a profit.
+class Job : public nxScriptJob
+{
+public:
+    explicit Job(bool refuses)
+    {
+        AddProduct("7", 4);
+        host.order12 = &_order;
+        host.orders = &_all;
+        host.jobOrders = &_own;
+        host.pandL = nxDecimal::FromMantissa(refuses ? 0 : 125, 1);
+        if (refuses) host.pandL.SetNull();
+        host.refusal = refuses ? "the disk is full" : "";
+        host.hasContext = host.inOnInit = !refuses;
+        _store._LoadRow({"row"});
+        host.dataStore = &_store;
+    }
+
+    // The answer, the calls and the log lines.
+    std::string Run(const std::string& code)
+    {
+        std::string outcome = Evaluate(code);
+        const std::string calls = host.TakeCalls();
+        if (!calls.empty()) outcome += " || " + calls;
+        std::string lines = _log.TakeLines();
+        if (lines.empty()) return outcome;
+        lines.pop_back();
+        for (const auto& [from, to] : {std::pair("[test] ", ""), std::pair("\n", "; ")})
+            for (std::size_t at = 0; (at = lines.find(from, at)) != std::string::npos;)
+                lines.replace(at, std::strlen(from), to);
+        return outcome + " || " + lines;
+    }
+
+private:
+    nxTestOrder _order{&host, &AddProduct("FDAX", 3)};
+    nxTestOrderCollection _all{&host, {&_order}};
+    nxTestOrderCollection _own{&host, {}};
+    nxTestDataStore _store{&host};
+    nxRecordingLog _log;
+};
+
+std::string Trim(const std::string& text)
+{
+    const std::size_t first = text.find_first_not_of(' ');
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
+}
+
+class nxScriptRows : public testing::TestWithParam<const char*>
+{
+};
+
+TEST_P(nxScriptRows, EveryRowComesToWhatItSays)
+{
+    std::optional<Job> job;
+    std::string section;
+    for (const nxRow& row : nxReadRows(std::string("scripts/") + GetParam() + ".txt")) {
+        if (std::exchange(section, row.section) != row.section)
+            job.emplace(row.section.starts_with("--- refused"));
+        EXPECT_EQ(Trim(job->Run(row.what)), row.outcome) << "line " << row.line << ": " << row.what;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, nxScriptRows, testing::Values("analytics", "job"));
+
+}  // namespace
