@@ -21,7 +21,7 @@ for _, name in ipairs{"Working", "Completed", "Cancelled", "Rejected", "AmendRej
   end
 end
 function OnOrderFill(update) tell("Fill", update, update.fillVolume .. " at " .. update.fillPrice) end
-function OnOrderNew(order) tell("New", order, order.side .. " " .. order.type .. order.exec .. " of " .. order.parent.id) end
+function OnOrderNew(order) tell("New", order, order.side .. " " .. order.type .. order.exec .. " of " .. order.parent.id .. order.parent.bracketStopLossType) end
 function OnPrice(price)
   inside = "OnPrice"
   count = (count or 0) + 1
@@ -73,7 +73,7 @@ TEST(HostOrder, TellsItsLifeInOrderAndOutsideOtherCallbacks)
          "function step(n) if n == 1 then o = product:createOrder{side='BUY', type='LIMIT', exec='BRACKET'}\n"
          "o:work{volume=1, price=101, bracketProfit=5, bracketStopLoss=7} end end",
          "00 Working 1 0/1 at 101\n00 Fill 1 1 at 101\n00 Completed 1 1/1 at 101\n"
-         "00 New 2 SELL MARKETSTOP of 1\n00 New 3 SELL LIMIT of 1\n"
+         "00 New 2 SELL MARKETSTOP of 1MARKET\n00 New 3 SELL LIMIT of 1MARKET\n"
          "00 Working 2 0/1 at nil\n00 Working 3 0/1 at 106\n"},
         {"sent from an answer",
          "function after(name, u) if name == 'Fill' and u.id == 1 then limit('SELL', 1, 110) end end\n"
