@@ -42,7 +42,8 @@ inline bool nxIsBetter(nxSide side, const nxDecimal& price, const nxDecimal& oth
     return side == nxSide::Buy ? price > other : price < other;
 }
 
-constexpr long long nxGetSigned(nxSide side, long long volume)
+// As it is for a buy, its negative for a sell.
+constexpr long long nxGetSigned(nxSide side, long long number)
 {
-    return side == nxSide::Buy ? volume : -volume;
+    return side == nxSide::Buy ? number : -number;
 }

@@ -63,18 +63,17 @@ bool nxMarketGenerator::Generate(const Sink& sink, const Progress& progress)
     _OpenBook();
     for (;;) {
         _WriteChanges();
-        const unsigned long long cancelBids = _GetCancelRate(true);
-        const unsigned long long cancelAsks = _GetCancelRate(false);
-        const unsigned long long rate = 2 * (GetLimitRate() + MarketRate) + cancelBids + cancelAsks;
+        const nxBySide<unsigned long long> cancels{_GetCancelRate(nxSide::Buy), _GetCancelRate(nxSide::Sell)};
+        const unsigned long long rate = 2 * (GetLimitRate() + MarketRate) + cancels.buy + cancels.sell;
         _time += _GetWait(rate);
         if (_time >= end) break;
-        _Step(_random.GetBelow(rate), cancelBids, cancelAsks);
+        _Step(_random.GetBelow(rate), cancels);
         if (_text.size() < FlushSize) continue;
         if (progress) progress(static_cast<unsigned int>((_time - begin) / NanosecondsPerSecond));
         if (!flush()) return false;
     }
     if (progress) progress(_options.durationSeconds);
-    _statistics.resting = _book.GetVolume(true) + _book.GetVolume(false);
+    _statistics.resting = _book.GetVolume(nxSide::Buy) + _book.GetVolume(nxSide::Sell);
     return flush();
 }
 
@@ -128,14 +127,15 @@ bool nxMarketGenerator::_SetStartTicks()
 void nxMarketGenerator::_OpenBook()
 {
     std::vector<nxSyntheticBook::Change> opening;
-    for (const bool isBid : {true, false}) {
+    for (const nxSide side : nxSides) {
         for (std::size_t i = 0; i < LimitRates.size(); ++i) {
             const auto distance = static_cast<long long>(i);
             const unsigned int leaving = GetCancelRate(distance + 1);
             for (unsigned int orders = std::max(1u, (LimitRates[i] + leaving / 2) / leaving); orders != 0;
                  --orders) {
                 const unsigned int lots = _DrawLots();
-                _book.Add(isBid, isBid ? _startTicks - distance : _startTicks + 1 + distance, lots, _changes);
+                _book.Add(side, side == nxSide::Buy ? _startTicks - distance : _startTicks + 1 + distance,
+                          lots, _changes);
                 ++_statistics.limitOrders;
                 _statistics.placed += lots;
             }
@@ -154,54 +154,52 @@ long long nxMarketGenerator::_GetWait(unsigned long long rate)
     return std::max(1LL, static_cast<long long>(wait));
 }
 
-unsigned long long nxMarketGenerator::_GetCancelRate(bool isBid) const
+unsigned long long nxMarketGenerator::_GetCancelRate(nxSide side) const
 {
     unsigned long long sum = 0;
-    const long long opposite = _book.GetBest(!isBid);
-    for (const auto& [key, level] : _book.GetSide(isBid))
-        sum += GetCancelRate(isBid ? opposite + key : key - opposite) * level.orders.size();
+    const long long opposite = _book.GetBest(nxGetOpposite(side));
+    for (const auto& [key, level] : _book.GetLevels(side))
+        sum += GetCancelRate(key + nxGetSigned(side, opposite)) * level.orders.size();
     return sum;
 }
 
 // One arrival: `draw` lies within the sum of all rates and picks the process.
-void nxMarketGenerator::_Step(unsigned long long draw, unsigned long long cancelBids,
-                              unsigned long long cancelAsks)
+void nxMarketGenerator::_Step(unsigned long long draw, const nxBySide<unsigned long long>& cancels)
 {
-    for (const bool isBid : {true, false}) {
+    for (const nxSide side : nxSides) {
         for (std::size_t i = 0; i < LimitRates.size(); ++i) {
-            if (draw < LimitRates[i]) return _PlaceOrder(isBid, static_cast<long long>(i) + 1);
+            if (draw < LimitRates[i]) return _PlaceOrder(side, static_cast<long long>(i) + 1);
             draw -= LimitRates[i];
         }
         if (draw < MarketRate) {
-            const unsigned long long traded = _book.Take(isBid, _DrawLots(), _changes);
+            const unsigned long long traded = _book.Take(side, _DrawLots(), _changes);
             _statistics.marketOrders += traded != 0 ? 1 : 0;
             _statistics.traded += traded;
             return;
         }
         draw -= MarketRate;
-        const unsigned long long cancelRate = isBid ? cancelBids : cancelAsks;
-        if (draw < cancelRate) return _CancelOrder(isBid, draw);
-        draw -= cancelRate;
+        if (draw < cancels[side]) return _CancelOrder(side, draw);
+        draw -= cancels[side];
     }
 }
 
-void nxMarketGenerator::_PlaceOrder(bool isBid, long long distance)
+void nxMarketGenerator::_PlaceOrder(nxSide side, long long distance)
 {
     const unsigned int lots = _DrawLots();
-    const long long price = _book.GetBest(!isBid) + (isBid ? -distance : distance);
+    const long long price = _book.GetBest(nxGetOpposite(side)) - nxGetSigned(side, distance);
     if (price < 1) return;
-    _book.Add(isBid, price, lots, _changes);
+    _book.Add(side, price, lots, _changes);
     ++_statistics.limitOrders;
     _statistics.placed += lots;
 }
 
-void nxMarketGenerator::_CancelOrder(bool isBid, unsigned long long draw)
+void nxMarketGenerator::_CancelOrder(nxSide side, unsigned long long draw)
 {
-    const long long opposite = _book.GetBest(!isBid);
-    for (const auto& [key, level] : _book.GetSide(isBid)) {
-        const unsigned int rate = GetCancelRate(isBid ? opposite + key : key - opposite);
+    const long long opposite = _book.GetBest(nxGetOpposite(side));
+    for (const auto& [key, level] : _book.GetLevels(side)) {
+        const unsigned int rate = GetCancelRate(key + nxGetSigned(side, opposite));
         if (draw < rate * level.orders.size()) {
-            const unsigned int lots = _book.Cancel(isBid, isBid ? -key : key, draw / rate, _changes);
+            const unsigned int lots = _book.Cancel(side, -nxGetSigned(side, key), draw / rate, _changes);
             _statistics.cancellations += lots != 0 ? 1 : 0;
             _statistics.cancelled += lots;
             return;
@@ -222,7 +220,7 @@ void nxMarketGenerator::_WriteChanges()
         _statistics.trades += change.traded != 0 ? 1 : 0;
         if (_options.kind == nxFeedKind::Depth) {
             _WritePrefix();
-            _text += change.isBid ? ",BUY," : ",SELL,";
+            _text += change.side == nxSide::Buy ? ",BUY," : ",SELL,";
             _WritePrice(change.price);
             _text += ',';
             _WriteSize(change.volume);
@@ -241,21 +239,21 @@ void nxMarketGenerator::_WriteTrade(const nxSyntheticBook::Change& change)
     _WritePrice(change.price);
     _text += ',';
     _WriteSize(change.traded);
-    _text += change.isBid ? ",SELL" : ",BUY";
+    _text += change.side == nxSide::Buy ? ",SELL" : ",BUY";
     _EndRow();
 }
 
 void nxMarketGenerator::_WriteQuote()
 {
-    const auto isWritten = [this](bool isBid) {
-        const Best& written = _written[isBid ? 1 : 0];
-        return written.price == _book.GetBest(isBid) && written.volume == _book.GetBestVolume(isBid);
+    const auto isWritten = [this](nxSide side) {
+        const Best& written = _written[side];
+        return written.price == _book.GetBest(side) && written.volume == _book.GetBestVolume(side);
     };
-    if (isWritten(true) && isWritten(false)) return;
+    if (isWritten(nxSide::Buy) && isWritten(nxSide::Sell)) return;
     _WritePrefix();
-    for (const bool isBid : {true, false}) {
-        Best& written = _written[isBid ? 1 : 0];
-        const Best now{_book.GetBest(isBid), _book.GetBestVolume(isBid)};
+    for (const nxSide side : nxSides) {
+        Best& written = _written[side];
+        const Best now{_book.GetBest(side), _book.GetBestVolume(side)};
         _text += ',';
         if (now.price != written.price) _WritePrice(now.price);
         _text += ',';

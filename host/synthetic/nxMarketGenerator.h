@@ -76,10 +76,10 @@ private:
     bool _SetStartTicks();
     void _OpenBook();
     long long _GetWait(unsigned long long rate);
-    unsigned long long _GetCancelRate(bool isBid) const;
-    void _Step(unsigned long long draw, unsigned long long cancelBids, unsigned long long cancelAsks);
-    void _PlaceOrder(bool isBid, long long distance);
-    void _CancelOrder(bool isBid, unsigned long long draw);
+    unsigned long long _GetCancelRate(nxSide side) const;
+    void _Step(unsigned long long draw, const nxBySide<unsigned long long>& cancels);
+    void _PlaceOrder(nxSide side, long long distance);
+    void _CancelOrder(nxSide side, unsigned long long draw);
     unsigned int _DrawLots();
     void _WriteChanges();
     void _WriteTrade(const nxSyntheticBook::Change& change);
@@ -101,7 +101,7 @@ private:
     long long _startTicks = 0;
     std::vector<nxSyntheticBook::Change> _changes;  // of the current moment
     long long _time = 0;                            // nanoseconds since 1970 UTC
-    Best _written[2];                               // quotes: what the rows so far say of ask and bid
+    nxBySide<Best> _written;                        // quotes: what the rows so far say of bid and ask
     std::string _text;                              // rows on their way to the sink
     nxMarketGeneratorStatistics _statistics;
     std::string _failure;

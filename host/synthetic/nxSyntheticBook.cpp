@@ -2,30 +2,30 @@
 
 #include <algorithm>
 
-void nxSyntheticBook::Add(bool isBid, long long price, unsigned int lots, std::vector<Change>& changes)
+void nxSyntheticBook::Add(nxSide side, long long price, unsigned int lots, std::vector<Change>& changes)
 {
-    Level& level = _sides[isBid ? 1 : 0][_GetKey(isBid, price)];
+    Level& level = _levels[side][_GetKey(side, price)];
     level.orders.push_back(lots);
     level.volume += lots;
-    _volumes[isBid ? 1 : 0] += lots;
-    changes.push_back({isBid, price, level.volume, 0});
+    _volumes[side] += lots;
+    changes.push_back({side, price, level.volume, 0});
 }
 
-unsigned long long nxSyntheticBook::Take(bool fromBids, unsigned int lots, std::vector<Change>& changes)
+unsigned long long nxSyntheticBook::Take(nxSide side, unsigned int lots, std::vector<Change>& changes)
 {
-    Side& side = _sides[fromBids ? 1 : 0];
-    unsigned long long& volume = _volumes[fromBids ? 1 : 0];
+    Levels& levels = _levels[side];
+    unsigned long long& volume = _volumes[side];
     const unsigned long long wanted = std::min<unsigned long long>(lots, volume - 1);
     for (unsigned long long left = wanted; left != 0;) {
-        const auto best = side.begin();
+        const auto best = levels.begin();
         Level& level = best->second;
         const auto traded = static_cast<unsigned int>(std::min(left, level.volume));
         level.volume -= traded;
         volume -= traded;
         left -= traded;
-        changes.push_back({fromBids, GetBest(fromBids), level.volume, traded});
+        changes.push_back({side, GetBest(side), level.volume, traded});
         if (level.volume == 0) {
-            side.erase(best);
+            levels.erase(best);
             continue;
         }
         unsigned int owed = traded;
@@ -38,23 +38,23 @@ unsigned long long nxSyntheticBook::Take(bool fromBids, unsigned int lots, std::
     return wanted;
 }
 
-unsigned int nxSyntheticBook::Cancel(bool isBid, long long price, std::size_t order,
+unsigned int nxSyntheticBook::Cancel(nxSide side, long long price, std::size_t order,
                                      std::vector<Change>& changes)
 {
-    Side& side = _sides[isBid ? 1 : 0];
-    const auto found = side.find(_GetKey(isBid, price));
+    Levels& levels = _levels[side];
+    const auto found = levels.find(_GetKey(side, price));
     Level& level = found->second;
-    if (side.size() == 1 && level.orders.size() == 1) return 0;
+    if (levels.size() == 1 && level.orders.size() == 1) return 0;
     const unsigned int lots = level.orders[order];
     level.orders.erase(level.orders.begin() + static_cast<std::ptrdiff_t>(order));
     level.volume -= lots;
-    _volumes[isBid ? 1 : 0] -= lots;
-    changes.push_back({isBid, price, level.volume, 0});
-    if (level.orders.empty()) side.erase(found);
+    _volumes[side] -= lots;
+    changes.push_back({side, price, level.volume, 0});
+    if (level.orders.empty()) levels.erase(found);
     return lots;
 }
 
-long long nxSyntheticBook::GetBest(bool isBid) const
+long long nxSyntheticBook::GetBest(nxSide side) const
 {
-    return _GetKey(isBid, GetSide(isBid).begin()->first);
+    return _GetKey(side, GetLevels(side).begin()->first);
 }
