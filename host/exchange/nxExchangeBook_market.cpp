@@ -26,7 +26,7 @@ void nxExchangeBook::_FillThrough(Level& level, const nxDecimal& price, unsigned
 
 void nxExchangeBook::_FillWhole(Level& level, const nxDecimal& price)
 {
-    unsigned int endless = Unlimited;
+    unsigned int endless = nxShownMarket::Unlimited;
     _FillThrough(level, price, endless, nxFillCause::Touched);
 }
 
@@ -67,10 +67,10 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
     _hasTraded = true;
     for (const nxSide side : nxSides) {
         // A trade of unknown size fills all that it went beyond, and takes nothing from a queue.
-        unsigned int budget = traded.IsValid() ? traded.GetValue() : Unlimited;
+        unsigned int budget = traded.IsValid() ? traded.GetValue() : nxShownMarket::Unlimited;
         // A buyer does not trade with bids at the price he pays, but one who paid less than a bid did.
         const bool hitsAtPrice = aggressor != nxGetBuySell(side);
-        _ForEachOwn(side, [&](const nxDecimal& own, Level& level) {
+        _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
             const bool isThrough = nxIsBetter(side, own, price);
             if (!isThrough && own != price) return false;
             if (_rule.fillsWhole) {
@@ -103,8 +103,10 @@ void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
 
 void nxExchangeBook::_RefreshAll(nxSide side)
 {
-    const auto refresh = [&](auto& entry) { _RefreshLevel(entry.second, _GetShown(side, entry.first)); };
-    Levels& levels = _levels[side];
+    const auto refresh = [&](auto& entry) {
+        _RefreshLevel(entry.second, _shown.GetVolume(side, entry.first));
+    };
+    nxOwnOrders::Levels& levels = _orders.GetLevels(side);
     // From the lowest price on; listeners are told in this order.
     if (side == nxSide::Buy) {
         std::for_each(levels.rbegin(), levels.rend(), refresh);
@@ -117,12 +119,7 @@ void nxExchangeBook::_RefreshAll(nxSide side)
 // best is another one now. isGiven: the data named it, be it as before.
 bool nxExchangeBook::_RefreshBest(nxSide side, bool isGiven)
 {
-    const nxBestQuote now = _market.GetBest(side);
-    const bool changed = now != _best[side];
-    if (changed) {
-        _best[side] = now;
-        _taken[side].clear();
-    }
+    const bool changed = _shown.TakeBest(side);
     if (changed || isGiven) _RefreshAll(side);
     return changed;
 }
@@ -130,23 +127,24 @@ bool nxExchangeBook::_RefreshBest(nxSide side, bool isGiven)
 // Resting orders that a quote of the other side has come to.
 void nxExchangeBook::_MeetQuotes(nxSide side, bool isAnew)
 {
-    for (std::size_t i = 0; i < _unlimited.size();) {
-        nxExchangeOrder& order = *_unlimited[i];
+    std::vector<nxExchangeOrder*>& unlimited = _orders.GetUnlimited();
+    for (std::size_t i = 0; i < unlimited.size();) {
+        nxExchangeOrder& order = *unlimited[i];
         if (order.kind.side == side && isAnew) order.noBetterThan.SetNull();
         if (order.kind.side == side) _Take(order);
         if (order.GetRemaining() == 0) {
-            _unlimited.erase(_unlimited.begin() + static_cast<std::ptrdiff_t>(i));
+            unlimited.erase(unlimited.begin() + static_cast<std::ptrdiff_t>(i));
         } else {
             ++i;
         }
     }
-    if (_levels[side].empty()) return;
+    if (_orders.GetLevels(side).empty()) return;
     const nxSide other = nxGetOpposite(side);
-    _ForEachShown(other, [&](const nxDecimal& quote, unsigned int shown) {
+    _shown.ForEach(other, [&](const nxDecimal& quote, unsigned int shown) {
         bool met = false;
-        const unsigned int free = _GetFree(other, quote, shown);
+        const unsigned int free = _shown.GetFree(other, quote, shown);
         unsigned int budget = free;
-        _ForEachOwn(side, [&](const nxDecimal& own, Level& level) {
+        _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
             if (nxIsBetter(side, quote, own)) return false;
             met = true;
             if (_rule.fillsWhole) {
@@ -156,7 +154,7 @@ void nxExchangeBook::_MeetQuotes(nxSide side, bool isAnew)
             _FillThrough(level, own, budget, nxFillCause::Crossed);
             return budget != 0;
         });
-        _NoteTaken(other, quote, shown, free - budget);
+        _shown.Take(other, quote, shown, free - budget);
         return met;
     });
 }
@@ -164,12 +162,7 @@ void nxExchangeBook::_MeetQuotes(nxSide side, bool isAnew)
 nxDecimal nxExchangeBook::GetStopReference(nxSide side) const
 {
     if (_hasTraded || _isOfBars) return _market.GetPrice().GetLastPrice();
-    nxDecimal best;
-    _ForEachShown(nxGetOpposite(side), [&](const nxDecimal& price, unsigned int) {
-        best = price;
-        return false;
-    });
-    return best;
+    return _shown.GetBestPrice(nxGetOpposite(side));
 }
 
 // Whether the market has come to the stop; else one that trails follows.
@@ -188,13 +181,14 @@ bool nxExchangeBook::_TryStop(nxExchangeOrder& order)
 
 void nxExchangeBook::_TryStops(const nxDecimal& trade, const nxBySide<bool>& isAnew)
 {
-    for (std::size_t i = 0; i < _stops.size();) {
-        nxExchangeOrder& order = *_stops[i];
+    std::vector<nxExchangeOrder*>& stops = _orders.GetStops();
+    for (std::size_t i = 0; i < stops.size();) {
+        nxExchangeOrder& order = *stops[i];
         if (!_TryStop(order)) {
             ++i;
             continue;
         }
-        _stops.erase(_stops.begin() + static_cast<std::ptrdiff_t>(i));
+        stops.erase(stops.begin() + static_cast<std::ptrdiff_t>(i));
         if (!isAnew[nxGetOpposite(order.kind.side)]) order.noBetterThan = trade;
         _Trigger(order);
     }
@@ -202,10 +196,8 @@ void nxExchangeBook::_TryStops(const nxDecimal& trade, const nxBySide<bool>& isA
 
 void nxExchangeBook::_Trigger(nxExchangeOrder& order)
 {
-    order.triggered = true;
     order.isResting = false;
-    order.status = nxOrderStatus_Working;
-    _listener.OnTriggered(order);
+    _listener.Trigger(order);
     Enter(order);
 }
 
@@ -216,7 +208,7 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote)
     const bool isTrade = quote.IsTrade() && last.IsValid();
     if (isTrade) _OnTrade(last, quote.lastVolume, quote.side);
     nxBySide<bool> isAnew;
-    if (!_usesDepth) {
+    if (!_shown.UsesDepth()) {
         // What the row of a trade repeats is the quote before it: the trade is counted in the queues already.
         const bool bid = !isTrade && (!quote.bid.IsNoChange() || !quote.bidVolume.IsNoChange());
         const bool ask = !isTrade && (!quote.ask.IsNoChange() || !quote.askVolume.IsNoChange());
@@ -231,14 +223,12 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote)
 void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
 {
     if (_isOfBars) return;
-    if (!std::exchange(_usesDepth, true)) Resume();
+    if (_shown.UseDepth()) Resume();
     nxBySide<bool> isAnew;
     for (const nxFeedLevel& level : levels) {
         isAnew[level.side] = true;
-        auto& taken = _taken[level.side];
-        const auto entry = taken.find(level.price);
-        if (entry != taken.end() && entry->second.shown != level.volume.GetValue()) taken.erase(entry);
-        Levels& own = _levels[level.side];
+        _shown.TakeLevel(level.side, level.price, level.volume.GetValue());
+        nxOwnOrders::Levels& own = _orders.GetLevels(level.side);
         const auto found = own.find(level.price);
         if (found != own.end()) _RefreshLevel(found->second, level.volume);
     }
@@ -249,19 +239,21 @@ void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
 
 void nxExchangeBook::Join()
 {
-    _usesDepth = !_market.GetDepth().GetBidMap().empty() || !_market.GetDepth().GetAskMap().empty();
+    _shown.Join();
     _hasTraded = _market.GetPrice().GetLastPrice().IsValid();
-    for (const nxSide side : nxSides)
-        if (!_usesDepth) _best[side] = _market.GetBest(side);
 }
 
 void nxExchangeBook::Resume()
 {
-    for (const nxSide side : nxSides) {
-        _best[side] = {};
-        _taken[side].clear();
+    _shown.Forget();
+    for (const nxSide side : nxSides)
         _RefreshAll(side);
-    }
-    for (nxExchangeOrder* order : _unlimited)
+    for (nxExchangeOrder* order : _orders.GetUnlimited())
         order->noBetterThan.SetNull();
+}
+
+void nxExchangeBook::OnBar(const nxFeedBar& bar, long long time)
+{
+    _isOfBars = true;
+    _bars.Match(bar, time, [this](nxExchangeOrder& order) { _Rest(order); });
 }

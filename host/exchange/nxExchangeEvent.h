@@ -6,7 +6,7 @@
 #include "base/enums/nxOrderStatusEnum.h"
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
-#include "host/exchange/nxExchangeBook.h"
+#include "host/exchange/nxBookListener.h"
 
 // What the exchange tells about an order, as it stood right then.
 struct nxExchangeEvent

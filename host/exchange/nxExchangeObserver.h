@@ -1,15 +1,12 @@
 #pragma once
 
 #include "base/enums/nxBuySellEnum.h"
-#include "host/exchange/nxExchangeOrder.h"
+#include "host/exchange/nxBookListener.h"
 
 class nxMarketProduct;
 struct nxExchangeEvent;
 
 enum class nxOrderRequest { New, Amend, Cancel };
-
-// Why an order's place in the queue is another one.
-enum class nxQueueMove { Joined, Traded, Shown };
 
 // What was traded by one row of the data: at one price, or within a bar.
 struct nxTraded

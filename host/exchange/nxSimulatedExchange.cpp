@@ -24,7 +24,7 @@ nxSimulatedExchange::~nxSimulatedExchange() = default;
 
 unsigned int nxSimulatedExchange::AddProduct(const Product& product)
 {
-    nxExchangeBook::Listener& listener = *this;
+    nxBookListener& listener = *this;
     _markets.push_back(std::make_unique<Market>(product, _options.fills->rule, _peakRandom, listener));
     if (product.isOfBars) _markets.back()->book.SetOfBars();
     _markets.back()->book.SetParticipation(_options.participation);
@@ -52,18 +52,15 @@ long long nxSimulatedExchange::_Draw(const nxLatency& latency)
 void nxSimulatedExchange::_Send(nxOrderRequest kind, unsigned int order, long long now,
                                 const nxOrderTerms& terms)
 {
-    // One line: a request does not overtake the one before it.
-    long long due = now + _Draw(_options.request);
-    if (!_requests.empty()) due = std::max(due, _requests.back().due);
-    _requests.push_back({kind, order, due, terms});
-    _Show(kind, order, terms, now, due);
+    const Request& request = _requests.Send({kind, order, 0, terms}, now + _Draw(_options.request));
+    _Show(kind, order, terms, now, request.due);
 }
 
 void nxSimulatedExchange::_Show(nxOrderRequest kind, unsigned int order, const nxOrderTerms& terms,
                                 long long now, long long due) const
 {
     if (_observer == nullptr) return;
-    const nxExchangeOrder& known = GetOrder(order);
+    const nxExchangeOrder& known = _orders.Get(order);
     const bool isNew = kind == nxOrderRequest::New;
     _observer->OnRequest(known, kind, isNew ? known.terms : terms,
                          *_markets[known.kind.product]->product.market, now, due);
@@ -72,7 +69,7 @@ void nxSimulatedExchange::_Show(nxOrderRequest kind, unsigned int order, const n
 void nxSimulatedExchange::TakeAtOnce(unsigned int reserved, const nxOrderKind& kind,
                                      const nxOrderTerms& terms, long long now)
 {
-    nxExchangeOrder& order = _GetOrder(reserved);
+    nxExchangeOrder& order = _orders.Get(reserved);
     order.kind = kind;
     order.terms = terms;
     order.arrived = _time = std::max(_time, now);
@@ -90,35 +87,10 @@ unsigned int nxSimulatedExchange::Submit(const nxOrderKind& kind, const nxOrderT
     return id;
 }
 
-nxExchangeOrder& nxSimulatedExchange::_AddOrder()
-{
-    if (_free.empty()) _free.push_back(&_pool.emplace_back());
-    nxExchangeOrder& order = *_free.back();
-    _free.pop_back();
-    _orders.push_back(&order);
-    order = {};
-    order.id = GetOrderCount();
-    return order;
-}
-
-unsigned int nxSimulatedExchange::Reserve()
-{
-    return _AddOrder().id;
-}
-
-void nxSimulatedExchange::Release(unsigned int id)
-{
-    nxExchangeOrder*& order = _orders[id - _released - 1];
-    assert(!order->IsAlive() && !order->isResting && order->status != nxOrderStatus_Pending);
-    _free.push_back(std::exchange(order, nullptr));
-    for (; !_orders.empty() && _orders.front() == nullptr; ++_released)
-        _orders.pop_front();
-}
-
 void nxSimulatedExchange::Submit(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
                                  long long now)
 {
-    nxExchangeOrder& order = _GetOrder(reserved);
+    nxExchangeOrder& order = _orders.Get(reserved);
     order.kind = kind;
     order.terms = terms;
     _Send(nxOrderRequest::New, reserved, now, {});
@@ -136,14 +108,11 @@ void nxSimulatedExchange::Cancel(unsigned int order, long long now)
 
 nxExchangeEvent& nxSimulatedExchange::_AddEvent(const nxExchangeOrder& order, nxExchangeEvent::Kind kind)
 {
-    long long due = _time + _Draw(_options.answer);
-    if (!_events.empty()) due = std::max(due, _events.back().due);
-    nxExchangeEvent& event = _events.emplace_back();
+    nxExchangeEvent& event = _events.Send({}, _time + _Draw(_options.answer));
     event.kind = kind;
     event.order = order.id;
     event.owner = order.kind.owner;
     event.time = _time;
-    event.due = due;
     event.status = order.status;
     event.price = order.terms.price;
     event.stopPrice = order.terms.stopPrice;
@@ -169,27 +138,21 @@ void nxSimulatedExchange::_TellRefusal(const nxExchangeOrder& order, nxExchangeE
 
 long long nxSimulatedExchange::GetNextTime() const
 {
-    long long next = Never;
-    if (!_requests.empty()) next = std::min(next, _requests.front().due);
-    if (!_events.empty()) next = std::min(next, _events.front().due);
-    if (!_expiries.empty()) next = std::min(next, _expiries.begin()->first);
-    return next;
+    return std::min({_requests.GetNextTime(), _events.GetNextTime(), _expiries.GetNextTime()});
 }
 
 void nxSimulatedExchange::Advance(long long time)
 {
     for (;;) {
-        const long long expiry = _expiries.empty() ? Never : _expiries.begin()->first;
-        const long long request = _requests.empty() ? Never : _requests.front().due;
+        const long long expiry = _expiries.GetNextTime();
+        const long long request = _requests.GetNextTime();
         const long long next = std::min(expiry, request);
         if (next > time || next == Never) break;
         _time = std::max(_time, next);
         if (expiry <= request) {
-            _Expire(expiry);
+            _Expire();
         } else {
-            const Request due = std::move(_requests.front());
-            _requests.pop_front();
-            _Carry(due);
+            _Carry(_requests.Pop());
         }
         _Settle();
     }
@@ -199,8 +162,7 @@ void nxSimulatedExchange::Advance(long long time)
 bool nxSimulatedExchange::PopEvent(nxExchangeEvent& event, long long time)
 {
     if (!IsEventDue(time)) return false;
-    event = std::move(_events.front());
-    _events.pop_front();
+    event = _events.Pop();
     return true;
 }
 
@@ -213,16 +175,18 @@ void nxSimulatedExchange::OnFill(nxExchangeOrder& order, const nxDecimal& price,
         event.isMaker = isMaker;
         event.cause = cause;
     });
-    if (order.kind.execution == nxOrderExecution::Bracket) _consequences.push_back({order.id, price, volume});
+    if (order.kind.execution == nxOrderExecution::Bracket)
+        _consequences.push_back({order.id, {price, volume}});
     if (order.sibling == 0) return;
     // At once, since the same event may come to the sibling next.
-    if (FindOrder(order.sibling) == nullptr) return;
-    nxExchangeOrder& sibling = _GetOrder(order.sibling);
+    nxExchangeOrder* const known = _orders.Find(order.sibling);
+    if (known == nullptr) return;
+    nxExchangeOrder& sibling = *known;
     const unsigned int given = std::min(sibling.GetRemaining(), volume);
     const bool isOver = !sibling.IsAlive() && sibling.status != nxOrderStatus_Pending;
     if (isOver || given == 0) return;
     sibling.terms.volume = sibling.terms.volume.GetValue() - given;
-    _consequences.push_back({sibling.id, {}, given});
+    _consequences.push_back({sibling.id, {{}, given}});
 }
 
 void nxSimulatedExchange::OnTriggered(nxExchangeOrder& order)
@@ -240,8 +204,8 @@ void nxSimulatedExchange::OnQueueMoved(nxExchangeOrder& order, const nxVolume& b
 void nxSimulatedExchange::_Settle()
 {
     for (std::size_t i = 0; i < _consequences.size(); ++i) {
-        const Consequence fill = _consequences[i];
-        nxExchangeOrder& order = _GetOrder(fill.order);
+        const auto [id, fill] = _consequences[i];
+        nxExchangeOrder& order = _orders.Get(id);
         if (order.kind.execution != nxOrderExecution::Bracket) {
             if (!order.IsAlive()) continue;
             if (order.GetRemaining() == 0) {
@@ -253,15 +217,15 @@ void nxSimulatedExchange::_Settle()
         }
         const unsigned int first = GetOrderCount() + 1;
         // The stop first: it protects.
-        if (nxOrderTerms::GetOr(order.terms.bracketStopLoss, 0) != 0) _AddChild(order, fill, true);
-        if (nxOrderTerms::GetOr(order.terms.bracketProfit, 0) != 0) _AddChild(order, fill, false);
+        if (nxBracket::HasStop(order)) _AddChild(order, fill, true);
+        if (nxBracket::HasProfit(order)) _AddChild(order, fill, false);
         const unsigned int last = GetOrderCount();
         if (last > first) {
-            _GetOrder(first).sibling = last;
-            _GetOrder(last).sibling = first;
+            _orders.Get(first).sibling = last;
+            _orders.Get(last).sibling = first;
         }
-        for (unsigned int id = first; id <= last; ++id) {
-            nxExchangeOrder& child = _GetOrder(id);
+        for (unsigned int number = first; number <= last; ++number) {
+            nxExchangeOrder& child = _orders.Get(number);
             // The stop may have been filled on entering.
             if (child.GetRemaining() == 0) {
                 _End(child, OtherSideFilled);
@@ -273,39 +237,17 @@ void nxSimulatedExchange::_Settle()
     _consequences.clear();
 }
 
-void nxSimulatedExchange::_AddChild(const nxExchangeOrder& parent, const Consequence& fill, bool isStop)
+void nxSimulatedExchange::_AddChild(const nxExchangeOrder& parent, const nxBracket::Fill& fill, bool isStop)
 {
-    const nxOrderTerms& wanted = parent.terms;
     const nxDecimal& tick = _markets[parent.kind.product]->product.tickSize;
-    const nxDecimal unit = tick.IsValid() ? tick : nxDecimalOne;
-    nxExchangeOrder& child = _AddOrder();
-    child.parent = parent.id;
-    child.kind = parent.kind;
-    child.kind.side = nxGetOpposite(parent.kind.side);
-    child.kind.isMarket = false;
-    child.arrived = _time;
-    child.terms.volume = fill.volume;
-    const auto beyond = [&](nxSide side, const nxDecimal& price, unsigned int ticks) {
-        return nxGetPriceBeyond(side, price, nxGetDistance(unit, ticks));
-    };
+    nxExchangeOrder& child = _orders.Add();
     if (isStop) {
-        const unsigned int ticks = wanted.bracketStopLoss.GetValue();
-        const bool trails = wanted.bracketStopTrails.value_or(false);
-        child.kind.execution = trails ? nxOrderExecution::TrailingStop : nxOrderExecution::Stop;
-        child.terms.stopPrice = beyond(child.kind.side, fill.price, ticks);
-        child.kind.isMarket = !wanted.bracketStopIsLimit.value_or(false);
-        if (!child.kind.isMarket)
-            child.terms.price = beyond(child.kind.side, child.terms.stopPrice,
-                                       nxOrderTerms::GetOr(wanted.bracketStopLimit, 0));
-        if (trails) child.trailDistance = nxGetDistance(unit, ticks);
+        nxBracket::MakeStop(child, parent, fill, tick);
     } else {
-        child.kind.execution = nxOrderExecution::None;
-        child.terms.price = beyond(parent.kind.side, fill.price, wanted.bracketProfit.GetValue());
+        nxBracket::MakeProfit(child, parent, fill, tick);
     }
-    if (child.kind.duration == nxOrderDuration::Date) child.terms.expiry = wanted.expiry;
-    if (child.kind.IsForOpening()) child.kind.duration = nxOrderDuration::Day;
+    child.arrived = _time;
     _Tell(child, nxExchangeEvent::Kind::ChildCreated);
-    child.triggered = !isStop;
     _SetExpiry(child);
 }
 

@@ -1,15 +1,16 @@
 #pragma once
 
-#include <deque>
-#include <map>
 #include <memory>
 #include <span>
-#include <string>
 #include <vector>
 
-#include "base/enums/nxErrorEnum.h"
+#include "host/exchange/nxBracket.h"
 #include "host/exchange/nxExchangeBook.h"
+#include "host/exchange/nxExchangeObserver.h"
 #include "host/exchange/nxLatency.h"
+#include "host/exchange/nxMessageLine.h"
+#include "host/exchange/nxOrderChecks.h"
+#include "host/exchange/nxOrderExpiries.h"
 #include "host/exchange/nxVenue.h"
 
 struct nxExchangeOptions
@@ -30,7 +31,7 @@ struct nxExchangeOptions
 // The life of an order: pending until it arrives; rejected, or working; held while it is a stop that waits or
 // waits for the opening; partially filled; and in the end filled or deleted. docs/exchange.md tells it in
 // full.
-class nxSimulatedExchange : public nxVenue, private nxExchangeBook::Listener
+class nxSimulatedExchange : public nxVenue, private nxBookListener
 {
 public:
     explicit nxSimulatedExchange(const nxExchangeOptions& options);
@@ -47,7 +48,7 @@ public:
 
     // Requests at the recorded time now. A new order has its number at once, from 1 on; a reserved one before
     // it is sent.
-    unsigned int Reserve() override;
+    unsigned int Reserve() override { return _orders.Add().id; }
     void Submit(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
                 long long now) override;
     unsigned int Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
@@ -59,15 +60,11 @@ public:
     void TakeAtOnce(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,
                     long long now) override;
 
-    // Why an order with these terms makes no sense; null when it does. What depends on the market's state
-    // is only known on arrival.
-    static const char* FindFault(const nxOrderKind& kind, const nxOrderTerms& terms);
-
     // When something is due next, a request, an answer or an order's date; the last of all times for never.
     long long GetNextTime() const override;
     // Carries out what is due up to that time.
     void Advance(long long time) override;
-    bool IsEventDue(long long time) const override { return !_events.empty() && _events.front().due <= time; }
+    bool IsEventDue(long long time) const override { return _events.IsDue(time); }
     // The next answer that has come in by that time.
     bool PopEvent(nxExchangeEvent& event, long long time) override;
 
@@ -82,27 +79,18 @@ public:
     void OnClose(unsigned int product, long long time) override;
 
     // Its owner knows that the order is over, and will neither ask for it nor send anything for it again.
-    void Release(unsigned int order) override;
+    void Release(unsigned int order) override { _orders.Release(order); }
     // One that was not released.
-    const nxExchangeOrder& GetOrder(unsigned int order) const { return *_orders[order - _released - 1]; }
-    // Null for a released one.
-    const nxExchangeOrder* FindOrder(unsigned int order) const override
-    {
-        return order <= _released ? nullptr : _orders[order - _released - 1];
-    }
-    // With those that were released.
-    unsigned int GetOrderCount() const override
-    {
-        return _released + static_cast<unsigned int>(_orders.size());
-    }
+    const nxExchangeOrder& GetOrder(unsigned int order) const { return _orders.Get(order); }
+    const nxExchangeOrder* FindOrder(unsigned int order) const override { return _orders.Find(order); }
+    unsigned int GetOrderCount() const override { return _orders.GetCount(); }
     const nxExchangeBook& GetBook(unsigned int product) const;
     nxDecimal GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const override;
 
 private:
     struct Market
     {
-        Market(const Product& which, const nxFillRule& rule, nxExactRandom& random,
-               nxExchangeBook::Listener& listener)
+        Market(const Product& which, const nxFillRule& rule, nxExactRandom& random, nxBookListener& listener)
             : product(which), book(*which.market, rule, random, listener)
         {
         }
@@ -114,11 +102,7 @@ private:
         std::vector<nxExchangeOrder*> opening;     // orders that wait for that
         std::vector<nxExchangeOrder*> immediates;  // of bars, until the next one
     };
-    struct Refusal
-    {
-        nxErrorEnum error;
-        std::string text;  // empty: none
-    };
+    using Refusal = nxOrderChecks::Refusal;
     struct Request
     {
         nxOrderRequest kind;
@@ -131,21 +115,9 @@ private:
     struct Consequence
     {
         unsigned int order;
-        nxDecimal price;
-        unsigned int volume;
+        nxBracket::Fill fill;
     };
 
-    // When orders end by themselves; also of some that are dead or have another date by now, which are swept
-    // out before the list grows to twice what it was.
-    struct Expiry
-    {
-        std::vector<unsigned int> orders;
-        std::size_t sweepAt = 64;
-    };
-
-    nxExchangeOrder& _GetOrder(unsigned int id) { return *_orders[id - _released - 1]; }
-    nxExchangeOrder& _AddOrder();
-    bool _ExpiresAt(unsigned int id, long long time) const;
     long long _Draw(const nxLatency& latency);
     void _Show(nxOrderRequest kind, unsigned int order, const nxOrderTerms& terms, long long now,
                long long due) const;
@@ -164,16 +136,15 @@ private:
     Refusal _FindOwnTrade(const nxExchangeOrder& order) const;
     Refusal _SetTrail(nxExchangeOrder& order) const;
     void _SetExpiry(nxExchangeOrder& order);
-    void _Expire(long long time);
+    void _Expire();
     void _Enter(nxExchangeOrder& order);
     void _Start(nxExchangeOrder& order);
     void _End(nxExchangeOrder& order, const char* reason, bool isRequested = false);
-    static Refusal _FindEnd(const nxExchangeOrder& order);
     static const char* _GetEndOfImmediate(const nxExchangeOrder& order);
     void _EnterOpening(Market& market);
     void _EndImmediates(Market& market, long long time);
     void _Settle();
-    void _AddChild(const nxExchangeOrder& parent, const Consequence& fill, bool isStop);
+    void _AddChild(const nxExchangeOrder& parent, const nxBracket::Fill& fill, bool isStop);
 
     void OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume, bool isMaker,
                 nxFillCause cause) override;
@@ -184,14 +155,10 @@ private:
     nxExactRandom _latencyRandom;
     nxExactRandom _peakRandom;
     std::vector<std::unique_ptr<Market>> _markets;
-    std::deque<nxExchangeOrder> _pool;    // they stay where they are
-    std::vector<nxExchangeOrder*> _free;  // of the pool
-    // By number; null for a released one. Those in front of the first that is not are gone.
-    std::deque<nxExchangeOrder*> _orders;
-    unsigned int _released = 0;           // that are gone from the front
-    std::deque<Request> _requests;        // in the order of their times
-    std::deque<nxExchangeEvent> _events;  // likewise
-    std::map<long long, Expiry> _expiries;
+    nxOrderPool _orders;
+    nxMessageLine<Request> _requests;
+    nxMessageLine<nxExchangeEvent> _events;
+    nxOrderExpiries _expiries{_orders};
     std::vector<Consequence> _consequences;
     long long _time = 0;  // at the exchange
     nxExchangeObserver* _observer = nullptr;

@@ -265,7 +265,7 @@ bool nxHostOrder::_WorkOrder(const nxAlgoOrderParameters& parameters)
     for (const nxOrderTerms& amend : _live->amends)
         wanted.Merge(amend);
     wanted.Merge(changes);
-    if (const char* fault = nxSimulatedExchange::FindFault(_live->kind, wanted)) return _Refuse(fault);
+    if (const char* fault = nxOrderChecks::FindFault(_live->kind, wanted)) return _Refuse(fault);
     nxVenue& venue = *services.orders->GetVenue();
     const long long now = services.timers->GetTime();
     if (_isSent) {

@@ -1,8 +1,9 @@
-// What a recorded bar does to the orders of a book.
+#include "host/exchange/nxBarMatcher.h"
+
 #include <algorithm>
 
-#include "host/exchange/nxExchangeBook.h"
 #include "host/exchange/nxPriceDistance.h"
+#include "host/exchange/nxShownMarket.h"
 
 namespace {
 
@@ -16,7 +17,7 @@ const nxDecimal& GetFarEnd(const nxFeedBar& bar, nxSide side)
 
 // The price at which a stop is reached within the bar; null when it is not. One that trails is tried where it
 // stands and then follows the bar's far end, from where the close may have come back to it.
-nxDecimal nxExchangeBook::_FindStopInBar(nxExchangeOrder& order, const nxFeedBar& bar) const
+nxDecimal nxBarMatcher::_FindStop(nxExchangeOrder& order, const nxFeedBar& bar) const
 {
     const nxSide side = order.kind.side;
     const auto reaches = [side](const nxDecimal& price, const nxDecimal& stop) {
@@ -33,16 +34,14 @@ nxDecimal nxExchangeBook::_FindStopInBar(nxExchangeOrder& order, const nxFeedBar
 }
 
 // True when the order has left where it waited: it is filled, or was a stop.
-bool nxExchangeBook::_FillByBar(nxExchangeOrder& order, const nxFeedBar& bar, unsigned int& budget)
+bool nxBarMatcher::_Fill(nxExchangeOrder& order, const nxFeedBar& bar, unsigned int& budget)
 {
     const bool waited = !order.triggered;
     nxDecimal price = bar.open;
     if (waited) {
-        price = _FindStopInBar(order, bar);
+        price = _FindStop(order, bar);
         if (!price.IsValid() || order.GetRemaining() == 0) return false;
-        order.triggered = true;
-        order.status = nxOrderStatus_Working;
-        _listener.OnTriggered(order);
+        _listener.Trigger(order);
         // Nobody knows where the price went from the stop on, so a limit beyond it waits for the next bar.
         if (!order.IsWithin(price)) return true;
     } else if (!order.IsWithin(bar.open)) {
@@ -54,35 +53,37 @@ bool nxExchangeBook::_FillByBar(nxExchangeOrder& order, const nxFeedBar& bar, un
     if (volume == 0 || isPart) return waited;
     budget -= volume;
     const bool isMaker = !waited && !order.kind.isMarket && price != bar.open;
-    _Fill(order, price, volume, isMaker, nxFillCause::Bar);
+    _listener.Fill(order, price, volume, isMaker, nxFillCause::Bar);
     return waited || order.GetRemaining() == 0;
 }
 
-void nxExchangeBook::OnBar(const nxFeedBar& bar, long long time)
+unsigned int nxBarMatcher::_GetBudget(const nxFeedBar& bar) const
 {
-    _isOfBars = true;
-    unsigned int budget = Unlimited;
-    if (_participation != 0 && bar.volume.IsValid())
-        budget = static_cast<unsigned int>(std::min<unsigned long long>(
-            static_cast<unsigned long long>(bar.volume.GetValue()) * _participation / 100, Unlimited));
+    if (_participation == 0 || !bar.volume.IsValid()) return nxShownMarket::Unlimited;
+    const unsigned long long share = 1ull * bar.volume.GetValue() * _participation / 100;
+    return static_cast<unsigned int>(std::min<unsigned long long>(share, nxShownMarket::Unlimited));
+}
 
-    // Market orders first, since they fill at the open; then stops, of which nobody knows whether the price
-    // came to a limit before it came to them; then limits from the best price on.
+// Market orders first, since they fill at the open; then stops, of which nobody knows whether the price came
+// to a limit before it came to them; then limits from the best price on. Gives the stops that were triggered
+// and have volume left.
+std::vector<nxExchangeOrder*> nxBarMatcher::_Match(const nxFeedBar& bar, long long time)
+{
+    unsigned int budget = _GetBudget(bar);
     std::vector<nxExchangeOrder*> triggered;
     const auto serve = [&](std::vector<nxExchangeOrder*>& orders) {
         std::erase_if(orders, [&](nxExchangeOrder* order) {
-            if (order->arrived >= time || !_FillByBar(*order, bar, budget)) return false;
+            if (order->arrived >= time || !_Fill(*order, bar, budget)) return false;
             if (order->GetRemaining() != 0) triggered.push_back(order);
             return true;
         });
     };
-    serve(_unlimited);
-    serve(_stops);
+    serve(_orders.GetUnlimited());
+    serve(_orders.GetStops());
     for (const nxSide side : nxSides)
-        _ForEachOwn(side, [&](const nxDecimal&, Level& level) {
+        _orders.ForEachLevel(side, [&](const nxDecimal&, nxOwnOrders::Level& level) {
             serve(level.orders);
             return true;
         });
-    for (nxExchangeOrder* order : triggered)
-        _Rest(*order);
+    return triggered;
 }
