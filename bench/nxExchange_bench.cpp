@@ -43,7 +43,10 @@ public:
     {
         _market.ApplyDepth(levels);
         _exchange.Advance(++_time);
-        _exchange.OnDepth(0, levels, _time);
+        _event.kind = nxFeedKind::Depth;
+        _event.time = _time;
+        _event.levels = levels;
+        _exchange.OnEvent(0, _event);
         Listen();
     }
     // The volume of the best bid and ask changes.
@@ -84,6 +87,7 @@ private:
     }
 
     nxMarketProduct _market{"SIM"};
+    nxFeedEvent _event;
     nxSimulatedExchange _exchange{nxExchangeOptions()};
     nxOrderKind _kind;
     nxOrderTerms _terms;

@@ -100,3 +100,10 @@ nxOrderChecks::Refusal nxOrderChecks::FindEnd(const nxExchangeOrder& order)
     return {nxError_OrderIsOver,
             order.status == nxOrderStatus_Filled ? "the order is filled" : "the order is no longer working"};
 }
+
+const char* nxOrderChecks::GetEndOfImmediate(const nxExchangeOrder& order)
+{
+    if (order.kind.duration == nxOrderDuration::Open) return "the opening is over";
+    return order.kind.execution == nxOrderExecution::FillOrKill ? "it could not be filled at once"
+                                                                : "the rest could not be filled at once";
+}

@@ -37,19 +37,34 @@ public:
     void Quote(const nxFeedQuote& quote, long long time)
     {
         market.ApplyQuote(quote, time);
-        exchange.OnQuote(0, quote, time);
+        _event.kind = nxFeedKind::Quote;
+        _event.quote = quote;
+        _Tell(time);
     }
     void Depth(const std::vector<nxFeedLevel>& levels, long long time)
     {
         market.ApplyDepth(levels);
-        exchange.OnDepth(0, levels, time);
+        _event.kind = nxFeedKind::Depth;
+        _event.levels = levels;
+        _Tell(time);
     }
     void Bar(const nxFeedBar& bar, long long time)
     {
         market.ApplyBar(bar, time);
-        exchange.OnBar(0, bar, time);
+        _event.kind = nxFeedKind::Bar;
+        _event.bar = bar;
+        _Tell(time);
     }
 
     nxMarketProduct market{"SIM"};
     nxSimulatedExchange exchange;
+
+private:
+    void _Tell(long long time)
+    {
+        _event.time = time;
+        exchange.OnEvent(0, _event);
+    }
+
+    nxFeedEvent _event;
 };

@@ -1,17 +1,12 @@
 // Requests as they arrive: what is refused and why, and what becomes of an order.
 #include <fmt/format.h>
 
-#include "host/exchange/nxSimulatedExchange.h"
+#include "host/exchange/nxMatchingEngine.h"
 
 using nxOrderChecks::Refusal;
 
-Refusal nxSimulatedExchange::_FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given) const
-{
-    return nxOrderChecks::FindRefusal(order, given, _markets[order.kind.product]->product.tickSize, _time);
-}
-
 // Why an order that is about to be matched must not be; empty when it may.
-Refusal nxSimulatedExchange::_FindOwnTrade(const nxExchangeOrder& order) const
+Refusal nxMatchingEngine::_FindOwnTrade(const nxExchangeOrder& order) const
 {
     if (!order.kind.crossProtected || !order.triggered) return {};
     const nxExchangeOrder* own = _markets[order.kind.product]->book.FindOwnCounterpart(order);
@@ -20,7 +15,7 @@ Refusal nxSimulatedExchange::_FindOwnTrade(const nxExchangeOrder& order) const
 }
 
 // Gives a stop that trails its distance from the market; why it cannot have one, empty when it can.
-Refusal nxSimulatedExchange::_SetTrail(nxExchangeOrder& order) const
+Refusal nxMatchingEngine::_SetTrail(nxExchangeOrder& order) const
 {
     if (order.kind.execution != nxOrderExecution::TrailingStop) return {};
     const nxDecimal reference = _markets[order.kind.product]->book.GetStopReference(order.kind.side);
@@ -32,37 +27,48 @@ Refusal nxSimulatedExchange::_SetTrail(nxExchangeOrder& order) const
     return {nxError_OrderStopMisplaced, "the stopPrice is too far from the market's price"};
 }
 
-void nxSimulatedExchange::_SetExpiry(nxExchangeOrder& order)
+void nxMatchingEngine::_SetExpiry(nxExchangeOrder& order)
 {
     order.expires = nxOrderExpiries::GetEnd(order, _markets[order.kind.product]->product.hours, _time);
     _expiries.Add(order);
 }
 
-void nxSimulatedExchange::_Expire()
+void nxMatchingEngine::Expire()
 {
     for (const unsigned int id : _expiries.TakeNext())
         _End(_orders.Get(id), "its time is over");
+    _Settle();
 }
 
-void nxSimulatedExchange::_Carry(const Request& request)
+void nxMatchingEngine::Describe(unsigned int id, const nxOrderKind& kind, const nxOrderTerms& terms)
 {
-    nxExchangeOrder& order = _orders.Get(request.order);
-    switch (request.kind) {
-        case nxOrderRequest::New:
-            return _Arrive(order);
-        case nxOrderRequest::Amend:
-            return _ArriveAmend(order, request.terms);
-        case nxOrderRequest::Cancel:
-            return _ArriveCancel(order);
-    }
+    nxExchangeOrder& order = _orders.Get(id);
+    order.kind = kind;
+    order.terms = terms;
 }
 
-void nxSimulatedExchange::_Arrive(nxExchangeOrder& order)
+void nxMatchingEngine::Place(unsigned int id)
+{
+    _Arrive(_orders.Get(id));
+    _Settle();
+}
+
+void nxMatchingEngine::TakeAtOnce(unsigned int id, long long time)
+{
+    nxExchangeOrder& order = _orders.Get(id);
+    order.arrived = _time = time;
+    order.status = nxOrderStatus_Working;
+    _Tell(order, nxExchangeEvent::Kind::Accepted);
+    _Start(order);
+    _Settle();
+}
+
+void nxMatchingEngine::_Arrive(nxExchangeOrder& order)
 {
     const Market& market = *_markets[order.kind.product];
     order.arrived = _time;
     order.triggered = !order.kind.IsStop();
-    Refusal refusal = _FindRefusal(order, order.terms);
+    Refusal refusal = nxOrderChecks::FindRefusal(order, order.terms, market.product.tickSize, _time);
     if (refusal.text.empty() && order.kind.IsForOpening() && market.isOpen && !market.opens)
         refusal = {nxError_OrderMarketState, "the market is open already"};
     if (refusal.text.empty() && !order.kind.IsForOpening() && !market.isOpen)
@@ -79,7 +85,7 @@ void nxSimulatedExchange::_Arrive(nxExchangeOrder& order)
 }
 
 // An order whose terms are good gets into the market, or waits for it.
-void nxSimulatedExchange::_Enter(nxExchangeOrder& order)
+void nxMatchingEngine::_Enter(nxExchangeOrder& order)
 {
     Market& market = *_markets[order.kind.product];
     const bool waits = market.opens || !market.isOpen;
@@ -94,14 +100,7 @@ void nxSimulatedExchange::_Enter(nxExchangeOrder& order)
     }
 }
 
-const char* nxSimulatedExchange::_GetEndOfImmediate(const nxExchangeOrder& order)
-{
-    if (order.kind.duration == nxOrderDuration::Open) return "the opening is over";
-    return order.kind.execution == nxOrderExecution::FillOrKill ? "it could not be filled at once"
-                                                                : "the rest could not be filled at once";
-}
-
-void nxSimulatedExchange::_Start(nxExchangeOrder& order)
+void nxMatchingEngine::_Start(nxExchangeOrder& order)
 {
     Market& market = *_markets[order.kind.product];
     const bool isOfBars = market.book.IsOfBars();
@@ -113,11 +112,11 @@ void nxSimulatedExchange::_Start(nxExchangeOrder& order)
     if (isOfBars) {
         market.immediates.push_back(&order);
     } else {
-        _End(order, _GetEndOfImmediate(order));
+        _End(order, nxOrderChecks::GetEndOfImmediate(order));
     }
 }
 
-void nxSimulatedExchange::_End(nxExchangeOrder& order, const char* reason, bool isRequested)
+void nxMatchingEngine::_End(nxExchangeOrder& order, const char* reason, bool isRequested)
 {
     Market& market = *_markets[order.kind.product];
     if (order.isResting) market.book.Remove(order);
@@ -130,16 +129,28 @@ void nxSimulatedExchange::_End(nxExchangeOrder& order, const char* reason, bool 
     });
 }
 
-void nxSimulatedExchange::_ArriveCancel(nxExchangeOrder& order)
+void nxMatchingEngine::Cancel(unsigned int id)
 {
-    if (order.IsAlive()) return _End(order, "", true);
-    _TellRefusal(order, nxExchangeEvent::Kind::CancelRejected, nxOrderChecks::FindEnd(order));
+    nxExchangeOrder& order = _orders.Get(id);
+    if (order.IsAlive()) {
+        _End(order, "", true);
+    } else {
+        _TellRefusal(order, nxExchangeEvent::Kind::CancelRejected, nxOrderChecks::FindEnd(order));
+    }
+    _Settle();
+}
+
+void nxMatchingEngine::Amend(unsigned int id, const nxOrderTerms& changes)
+{
+    _Amend(_orders.Get(id), changes);
+    _Settle();
 }
 
 // Nothing of the order is touched before it is sure that the change can be.
-void nxSimulatedExchange::_ArriveAmend(nxExchangeOrder& order, const nxOrderTerms& changes)
+void nxMatchingEngine::_Amend(nxExchangeOrder& order, const nxOrderTerms& changes)
 {
-    nxExchangeBook& book = _markets[order.kind.product]->book;
+    Market& market = *_markets[order.kind.product];
+    nxExchangeBook& book = market.book;
     nxExchangeOrder wanted = order;
     wanted.terms.Merge(changes);
     const bool movesStop = wanted.terms.stopPrice != order.terms.stopPrice;
@@ -147,7 +158,8 @@ void nxSimulatedExchange::_ArriveAmend(nxExchangeOrder& order, const nxOrderTerm
         !order.isResting || (!movesStop && wanted.terms.price == order.terms.price &&
                              wanted.terms.volume.GetValue() <= order.terms.volume.GetValue());
     Refusal refusal = nxOrderChecks::FindEnd(order);
-    if (refusal.text.empty()) refusal = _FindRefusal(wanted, changes);
+    if (refusal.text.empty())
+        refusal = nxOrderChecks::FindRefusal(wanted, changes, market.product.tickSize, _time);
     if (refusal.text.empty() && movesStop && order.triggered)
         refusal = {nxError_OrderStopMisplaced, "the stop is triggered already"};
     if (refusal.text.empty() && movesStop) refusal = _SetTrail(wanted);

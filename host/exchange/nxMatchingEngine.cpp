@@ -1,0 +1,215 @@
+#include "host/exchange/nxMatchingEngine.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr char OtherSideFilled[] = "the other side of the bracket was filled";
+
+}  // namespace
+
+nxMatchingEngine::nxMatchingEngine(const Options& options, nxAnswerLine& answers)
+    : _options(options), _answers(answers), _peakRandom(options.seed)
+{
+}
+
+unsigned int nxMatchingEngine::AddProduct(const nxVenue::Product& product)
+{
+    const auto number = static_cast<unsigned int>(_markets.size());
+    nxBookListener& listener = *this;
+    _markets.push_back(std::make_unique<Market>(product, number, _options.fills.rule, _peakRandom, listener));
+    if (product.isOfBars) _markets.back()->book.SetOfBars();
+    _markets.back()->book.SetParticipation(_options.participation);
+    return number;
+}
+
+void nxMatchingEngine::_Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, const char* reason)
+{
+    _Tell(order, kind, [reason](nxExchangeEvent& event) { event.reason = reason; });
+}
+
+void nxMatchingEngine::_TellRefusal(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, Refusal refusal)
+{
+    _Tell(order, kind, [&](nxExchangeEvent& event) {
+        event.error = refusal.error;
+        event.reason = std::move(refusal.text);
+    });
+}
+
+void nxMatchingEngine::OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume,
+                              bool isMaker, nxFillCause cause)
+{
+    _Tell(order, nxExchangeEvent::Kind::Filled, [&](nxExchangeEvent& event) {
+        event.fillPrice = price;
+        event.fillVolume = volume;
+        event.isMaker = isMaker;
+        event.cause = cause;
+    });
+    if (order.kind.execution == nxOrderExecution::Bracket)
+        _consequences.push_back({order.id, {price, volume}});
+    if (order.sibling == 0) return;
+    // At once, since the same event may come to the sibling next.
+    nxExchangeOrder* const known = _orders.Find(order.sibling);
+    if (known == nullptr) return;
+    nxExchangeOrder& sibling = *known;
+    const unsigned int given = std::min(sibling.GetRemaining(), volume);
+    const bool isOver = !sibling.IsAlive() && sibling.status != nxOrderStatus_Pending;
+    if (isOver || given == 0) return;
+    sibling.terms.volume = sibling.terms.volume.GetValue() - given;
+    _consequences.push_back({sibling.id, {{}, given}});
+}
+
+void nxMatchingEngine::OnTriggered(nxExchangeOrder& order)
+{
+    _Tell(order, nxExchangeEvent::Kind::Triggered);
+}
+
+void nxMatchingEngine::OnQueueMoved(nxExchangeOrder& order, const nxVolume& before, nxQueueMove move)
+{
+    if (_observer != nullptr) _observer->OnQueueMove(order, before, move, _time);
+    if (_options.reportsQueue) _Tell(order, nxExchangeEvent::Kind::QueueMoved);
+}
+
+// Brackets: each fill of the parent makes its children, and what one child executes the other gives up.
+void nxMatchingEngine::_Settle()
+{
+    for (std::size_t i = 0; i < _consequences.size(); ++i) {
+        const auto [id, fill] = _consequences[i];
+        nxExchangeOrder& order = _orders.Get(id);
+        if (order.kind.execution != nxOrderExecution::Bracket) {
+            if (!order.IsAlive()) continue;
+            if (order.GetRemaining() == 0) {
+                _End(order, OtherSideFilled);
+            } else {
+                _Tell(order, nxExchangeEvent::Kind::Amended);
+            }
+            continue;
+        }
+        const unsigned int first = _orders.GetCount() + 1;
+        // The stop first: it protects.
+        if (nxBracket::HasStop(order)) _AddChild(order, fill, true);
+        if (nxBracket::HasProfit(order)) _AddChild(order, fill, false);
+        const unsigned int last = _orders.GetCount();
+        if (last > first) {
+            _orders.Get(first).sibling = last;
+            _orders.Get(last).sibling = first;
+        }
+        for (unsigned int number = first; number <= last; ++number) {
+            nxExchangeOrder& child = _orders.Get(number);
+            // The stop may have been filled on entering.
+            if (child.GetRemaining() == 0) {
+                _End(child, OtherSideFilled);
+            } else {
+                _Enter(child);
+            }
+        }
+    }
+    _consequences.clear();
+}
+
+void nxMatchingEngine::_AddChild(const nxExchangeOrder& parent, const nxBracket::Fill& fill, bool isStop)
+{
+    const nxDecimal& tick = _markets[parent.kind.product]->product.tickSize;
+    nxExchangeOrder& child = _orders.Add();
+    if (isStop) {
+        nxBracket::MakeStop(child, parent, fill, tick);
+    } else {
+        nxBracket::MakeProfit(child, parent, fill, tick);
+    }
+    child.arrived = _time;
+    _Tell(child, nxExchangeEvent::Kind::ChildCreated);
+    _SetExpiry(child);
+}
+
+void nxMatchingEngine::_EnterOpening(Market& market)
+{
+    if (!std::exchange(market.opens, false)) return;
+    for (nxExchangeOrder* order : std::exchange(market.opening, {})) {
+        if (order->triggered) {
+            order->status = nxOrderStatus_Working;
+            _Tell(*order, nxExchangeEvent::Kind::Triggered);
+        }
+        _Start(*order);
+    }
+}
+
+void nxMatchingEngine::_EndImmediates(Market& market, long long time)
+{
+    for (nxExchangeOrder* order : std::exchange(market.immediates, {})) {
+        if (order->IsAlive() && order->arrived >= time) {
+            market.immediates.push_back(order);
+        } else if (order->IsAlive()) {
+            _End(*order, nxOrderChecks::GetEndOfImmediate(*order));
+        }
+    }
+}
+
+void nxMatchingEngine::_OnQuote(Market& market, const nxFeedQuote& quote, long long time)
+{
+    market.book.OnQuote(quote);
+    _EnterOpening(market);
+    _Settle();
+    if (_observer == nullptr) return;
+    const nxMarketProduct& shown = *market.product.market;
+    const nxDecimal& last = shown.GetPrice().GetLastPrice();
+    const nxTraded traded{last, last, quote.lastVolume, quote.side};
+    _observer->OnMarket(market.number, shown, quote.IsTrade() && last.IsValid() ? &traded : nullptr, time);
+}
+
+void nxMatchingEngine::_OnDepth(Market& market, std::span<const nxFeedLevel> levels, long long time)
+{
+    market.book.OnDepth(levels);
+    _EnterOpening(market);
+    _Settle();
+    if (_observer != nullptr) _observer->OnMarket(market.number, *market.product.market, nullptr, time);
+}
+
+void nxMatchingEngine::_OnBar(Market& market, const nxFeedBar& bar, long long time)
+{
+    _EnterOpening(market);
+    market.book.OnBar(bar, time);
+    _EndImmediates(market, time);
+    _Settle();
+    const nxTraded traded{bar.low, bar.high, bar.volume, {}};
+    if (_observer != nullptr) _observer->OnMarket(market.number, *market.product.market, &traded, time);
+}
+
+void nxMatchingEngine::OnOpen(unsigned int product, long long time)
+{
+    AdvanceTo(time);
+    Market& market = *_markets[product];
+    if (std::exchange(market.isOpen, true)) return;
+    market.opens = true;
+    market.book.Resume();
+}
+
+void nxMatchingEngine::Join(unsigned int product, long long time)
+{
+    AdvanceTo(time);
+    Market& market = *_markets[product];
+    market.isOpen = true;
+    market.book.Join();
+}
+
+void nxMatchingEngine::OnClose(unsigned int product, long long time)
+{
+    AdvanceTo(time);
+    Market& market = *_markets[product];
+    market.isOpen = market.opens = false;
+}
+
+void nxMatchingEngine::OnEvent(unsigned int product, const nxFeedEvent& event)
+{
+    AdvanceTo(event.time);
+    Market& market = *_markets[product];
+    if (!market.isOpen) return;
+    switch (event.kind) {
+        case nxFeedKind::Quote:
+            return _OnQuote(market, event.quote, event.time);
+        case nxFeedKind::Bar:
+            return _OnBar(market, event.bar, event.time);
+        case nxFeedKind::Depth:
+            return _OnDepth(market, event.levels, event.time);
+    }
+}
