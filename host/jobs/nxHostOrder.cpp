@@ -1,9 +1,9 @@
 #include "host/jobs/nxHostOrder.h"
 
-#include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxOrderServices.h"
 #include "host/jobs/nxOutputServices.h"
 #include "host/jobs/nxTimerServices.h"
+#include "host/jobs/nxTradingJob.h"
 #include "scriptFramework/orders/nxAlgoOrderParameters.h"
 
 namespace {
@@ -77,7 +77,7 @@ nxOrderTerms GetTermsOf(const nxAlgoOrderParameters& given)
 // What a million orders that are over weigh.
 static_assert(sizeof(nxHostOrder) <= 216 && sizeof(nxAlgoOrderUpdateObject) <= 64);
 
-nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxOrderKind& kind, unsigned int id)
+nxHostOrder::nxHostOrder(nxTradingJob& job, nxHostProduct& product, const nxOrderKind& kind, unsigned int id)
     : nxAlgoOrderObject(&job, &product),
       _live(std::make_unique<Live>()),
       _id(id),
@@ -90,7 +90,7 @@ nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxOrderKi
     SetSide(nxGetText(kind.side));
 }
 
-nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& texts, unsigned int id)
+nxHostOrder::nxHostOrder(nxTradingJob& job, nxHostProduct& product, const Texts& texts, unsigned int id)
     : nxHostOrder(job, product, GetKindOf(texts), id)
 {
     if (!texts.spreadSpec.empty()) _MakeRare().spreadSpec = texts.spreadSpec;
@@ -99,7 +99,7 @@ nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& te
     _live->kind.crossProtected = job.IsCrossProtected();
 }
 
-nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxExchangeOrder& child,
+nxHostOrder::nxHostOrder(nxTradingJob& job, nxHostProduct& product, const nxExchangeOrder& child,
                          nxHostOrder& parent)
     : nxHostOrder(job, product, child.kind, child.id)
 {
@@ -111,7 +111,7 @@ nxHostOrder::nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxExchang
     _isSent = true;
 }
 
-nxHostOrder::nxHostOrder(nxHostJob& viewer, nxHostProduct& product, const nxHostOrder& original)
+nxHostOrder::nxHostOrder(nxTradingJob& viewer, nxHostProduct& product, const nxHostOrder& original)
     : nxAlgoOrderObject(&viewer, &product)
 {
     _MakeRare().original = &original;
@@ -140,9 +140,9 @@ nxHostOrder::Rare& nxHostOrder::_MakeRare()
     return *_rare;
 }
 
-nxHostJob& nxHostOrder::_GetViewer() const
+nxTradingJob& nxHostOrder::_GetViewer() const
 {
-    return static_cast<nxHostJob&>(*GetJob());  // who makes every order of the host
+    return static_cast<nxTradingJob&>(*GetJob());  // who makes every order of the host
 }
 
 nxHostProduct& nxHostOrder::GetHostProduct() const

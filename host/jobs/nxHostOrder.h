@@ -12,7 +12,7 @@
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
 #include "scriptFramework/orders/nxAlgoOrderUpdateObject.h"
 
-class nxHostJob;
+class nxTradingJob;
 class nxHostProduct;
 
 // An order of the reference host as one script sees it: what was asked of the exchange, and what its answers
@@ -45,14 +45,14 @@ public:
         }
     };
 
-    nxHostOrder(nxHostJob& job, nxHostProduct& product, const Texts& texts, unsigned int id);
+    nxHostOrder(nxTradingJob& job, nxHostProduct& product, const Texts& texts, unsigned int id);
     // A bracket's child, of which the exchange told: it is sent already.
-    nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxExchangeOrder& child, nxHostOrder& parent);
+    nxHostOrder(nxTradingJob& job, nxHostProduct& product, const nxExchangeOrder& child, nxHostOrder& parent);
     // Another job's order, to look at.
-    nxHostOrder(nxHostJob& viewer, nxHostProduct& product, const nxHostOrder& original);
+    nxHostOrder(nxTradingJob& viewer, nxHostProduct& product, const nxHostOrder& original);
     ~nxHostOrder() override;
 
-    nxHostJob& GetOwner() const { return _Get()._GetViewer(); }
+    nxTradingJob& GetOwner() const { return _Get()._GetViewer(); }
     nxHostProduct& GetHostProduct() const;
     nxSide GetOrderSide() const { return _Get()._orderSide; }
     bool IsSent() const { return _Get()._isSent; }
@@ -136,12 +136,12 @@ private:
 
     static constexpr long long NoTime = std::numeric_limits<long long>::min();
 
-    nxHostOrder(nxHostJob& job, nxHostProduct& product, const nxOrderKind& kind, unsigned int id);
+    nxHostOrder(nxTradingJob& job, nxHostProduct& product, const nxOrderKind& kind, unsigned int id);
     // The order itself, of a view as well.
     const nxHostOrder& _Get() const { return _rare && _rare->original ? *_rare->original : *this; }
     const Rare& _GetRare() const;
     Rare& _MakeRare();
-    nxHostJob& _GetViewer() const;
+    nxTradingJob& _GetViewer() const;
     nxOrderStatusEnum _GetStatus() const { return nxOrderStatusEnum(_Get()._status); }
     void _SetTerms(const nxOrderTerms& terms);
     void _AddFill(const nxExchangeEvent& event);

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <limits>
 
-#include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostOrder.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxOutputServices.h"
+#include "host/jobs/nxTradingJob.h"
 
 namespace {
 
@@ -52,7 +52,7 @@ constexpr struct
 
 void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms)
 {
-    nxHostJob& job = _GetViewer();
+    nxTradingJob& job = _GetViewer();
     if (!job.GetServices().output->IsRecording()) return;
     const std::string expiry = terms.expiry.IsValid() ? terms.expiry.GetAsString() : std::string();
     job.GetServices().output->Record(job, "order",

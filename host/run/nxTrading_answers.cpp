@@ -73,7 +73,7 @@ void nxTrading::_NoteEnd(const nxExchangeEvent& event)
     if (ends.size() < mostKept || ends.contains(reason)) ++ends[reason];
 }
 
-std::pair<std::string, unsigned long long> nxTrading::GetCommonestEnd(const nxHostJob& job) const
+std::pair<std::string, unsigned long long> nxTrading::GetCommonestEnd(const nxTradingJob& job) const
 {
     const auto& orders = job.GetOwnOrders();
     std::pair<std::string, unsigned long long> commonest(
@@ -90,7 +90,7 @@ void nxTrading::DeliverAnswer()
     const nxExchangeEvent event = std::move(*_answer);
     _answer.reset();
     nxHostOrder& order = _ApplyAnswer(event);
-    nxHostJob& job = order.GetOwner();
+    nxTradingJob& job = order.GetOwner();
     nxJobRunner& runner = _jobs.Get(job);
     if (runner.IsOver()) _Flatten(job);
     if (!event.error.IsSuccess()) {
