@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/exchange/nxVenue.h"
 #include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostDefinitionService.h"
 #include "host/jobs/nxHostOrder.h"

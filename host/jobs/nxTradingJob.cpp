@@ -22,7 +22,8 @@ nxAlgoOrderObject* nxTradingJob::CreateOrder(nxAlgoProductObject* product, const
 
 nxHostOrder& nxTradingJob::AddChild(const nxExchangeOrder& child, nxHostOrder& parent)
 {
-    _orders.push_back(std::make_unique<nxHostOrder>(*this, parent.GetHostProduct(), child, parent));
+    _orders.push_back(std::make_unique<nxHostOrder>(*this, parent.GetHostProduct(),
+                                                    nxOrderTicket(child, parent.GetTicket())));
     GetServices().orders->NoteOrder(*_orders.back());
     return *_orders.back();
 }
@@ -31,12 +32,12 @@ nxAlgoOrderObject* nxTradingJob::GetOrder(unsigned int id)
 {
     nxHostOrder* const order = GetServices().orders->FindOrder(id);
     if (order == nullptr || &order->GetOwner() == this) return order;
-    std::unique_ptr<nxHostOrder>& view = _foreignOrders[id];
+    std::unique_ptr<nxForeignOrder>& view = _foreignOrders[id];
     if (view == nullptr) {
         nxAlgoProductObject* const product = GetProduct(order->GetHostProduct().GetMarket().GetName());
-        view = std::make_unique<nxHostOrder>(*this, static_cast<nxHostProduct&>(*product), *order);
+        view = std::make_unique<nxForeignOrder>(*this, static_cast<nxHostProduct&>(*product), *order);
     }
-    view->Refresh(*order);
+    view->Refresh();
     return view.get();
 }
 
@@ -89,14 +90,15 @@ nxDecimal nxTradingJob::GetPandL(const nxCurrencyEnum& currency)
 const nxTradingStatistics& nxTradingJob::GetTrading()
 {
     _trading.orders = static_cast<unsigned long long>(
-        std::ranges::count_if(_orders, [](const auto& order) { return order->IsSent(); }));
+        std::ranges::count_if(_orders, [](const auto& order) { return order->GetTicket().IsSent(); }));
     return _trading;
 }
 
 bool nxTradingJob::HasOpenOrders(const nxHostProduct& product) const
 {
-    return std::ranges::any_of(
-        _orders, [&](const auto& order) { return &order->GetHostProduct() == &product && order->IsOpen(); });
+    return std::ranges::any_of(_orders, [&](const auto& order) {
+        return &order->GetHostProduct() == &product && order->GetTicket().IsOpen();
+    });
 }
 
 void nxTradingJob::ClosePosition(nxHostProduct& product, bool atOnce)
@@ -122,7 +124,7 @@ std::vector<std::string> nxTradingJob::DescribeExits(
         for (nxHostOrder* order : product->GetClosingOrders()) {
             if (order->GetExecuted() == 0) continue;
             text += fmt::format("{}{} {} at {}", text.empty() ? "" : ", ",
-                                order->GetOrderSide() == nxSide::Buy ? "bought" : "sold",
+                                order->GetTicket().GetSide() == nxSide::Buy ? "bought" : "sold",
                                 order->GetExecuted(), order->GetAveragePrice().GetAsString());
         }
         if (net != 0)

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/accounts/nxTradingStatistics.h"
+#include "host/jobs/nxForeignOrder.h"
 #include "host/jobs/nxHostOrder.h"
 #include "host/jobs/nxHostOrders.h"
 #include "host/jobs/nxMarketJob.h"
@@ -69,7 +70,7 @@ private:
     nxTradingStatistics _trading;
     nxHostOrder::ShownRecord _shownRecord;
     std::vector<std::unique_ptr<nxHostOrder>> _orders;
-    std::map<unsigned int, std::unique_ptr<nxHostOrder>> _foreignOrders;  // by number, as looked at
+    std::map<unsigned int, std::unique_ptr<nxForeignOrder>> _foreignOrders;  // by number, as looked at
     nxHostOrders _allOrders{*this, false};
     nxHostOrders _jobOrders{*this, true};
 };

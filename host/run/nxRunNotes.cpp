@@ -61,9 +61,9 @@ void NoteMissingQuotes(nxTradingJob& job, const nxFeedProductTable& products, st
     for (const auto& order : job.GetOwnOrders()) {
         const std::string& name = order->GetHostProduct().GetMarket().GetName();
         const nxFeedProduct* const known = products.Find(name);
-        if (!order->IsSent() || order->GetType() != "MARKET" || known == nullptr || known->HasBid() ||
-            known->HasAsk() || known->Has(nxFeedKind::Depth) || known->Has(nxFeedKind::Bar) ||
-            std::ranges::find(names, name) != names.end())
+        if (!order->GetTicket().IsSent() || !order->GetTicket().IsMarket() || known == nullptr ||
+            known->HasBid() || known->HasAsk() || known->Has(nxFeedKind::Depth) ||
+            known->Has(nxFeedKind::Bar) || std::ranges::find(names, name) != names.end())
             continue;
         names.push_back(name);
     }

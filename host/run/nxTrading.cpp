@@ -151,7 +151,7 @@ void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
 {
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _markets[product.GetMarketIndex()];
-    const nxSide side = order.GetOrderSide();
+    const nxSide side = order.GetTicket().GetSide();
     nxTradingJob& job = order.GetOwner();
     job.AddFill(product, side, fill);
     market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
@@ -200,7 +200,8 @@ void nxTrading::PullOrders(nxTradingJob& job)
 {
     if (_state.IsEnding() || _venue == nullptr) return;
     for (const auto& order : job.GetOwnOrders())
-        if (order->IsOpen() && (!job.ShattersOnExit() || order->GetHostProduct().FlattensOnExit()))
+        if (order->GetTicket().IsOpen() &&
+            (!job.ShattersOnExit() || order->GetHostProduct().FlattensOnExit()))
             static_cast<void>(order->Pull());
     _Flatten(job);
 }
