@@ -6,7 +6,7 @@ class nxAlgoEventWindowObject;
 class nxAlgoTickDataObject;
 struct nxBarOrigin;
 struct nxFeedEvent;
-class nxHostJob;
+class nxLaunchedJob;
 class nxHostProduct;
 class nxHostTickDataCollection;
 
@@ -27,9 +27,9 @@ public:
     virtual void AttachCollection(nxHostTickDataCollection& collection) = 0;
     virtual void DetachCollection(nxHostTickDataCollection& collection) = 0;
     // The bar under construction changed.
-    virtual void DeliverTickData(nxHostJob& job, nxAlgoTickDataObject& tick) = 0;
+    virtual void DeliverTickData(nxLaunchedJob& job, nxAlgoTickDataObject& tick) = 0;
     // A trade window of the job has news. The one call that comes outside of the job's callbacks.
-    virtual void DeliverWindow(nxHostJob& job, nxAlgoEventWindowObject& window) = 0;
+    virtual void DeliverWindow(nxLaunchedJob& job, nxAlgoEventWindowObject& window) = 0;
 
 protected:
     ~nxBarServices() = default;

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <limits>
 
-#include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostOrder.h"
 #include "host/jobs/nxHostServices.h"
 #include "host/jobs/nxOutputServices.h"
+#include "host/jobs/nxTradingJob.h"
 
 namespace {
 
@@ -50,58 +50,56 @@ constexpr struct
 
 }  // namespace
 
-void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms)
+void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms) const
 {
-    nxHostJob& job = _GetViewer();
+    const nxTradingJob& job = GetOwner();
     if (!job.GetServices().output->IsRecording()) return;
     const std::string expiry = terms.expiry.IsValid() ? terms.expiry.GetAsString() : std::string();
-    job.GetServices().output->Record(job, "order",
-                                     {{"request", request},
-                                      {"order", _id},
-                                      {"product", GetHostProduct().GetMarket().GetName()},
-                                      {"side", nxGetText(_orderSide)},
-                                      {"orderType", nxGetTypeText(_isMarket)},
-                                      {"exec", nxGetText(_execution)},
-                                      {"timeInForce", nxGetText(_duration)},
-                                      {"spreadSpec", _GetRare().spreadSpec.Get()},
-                                      {"spreadInstance", _GetRare().spreadInstance.Get()},
-                                      Number("volume", terms.volume),
-                                      Number("price", terms.price),
-                                      Number("stopPrice", terms.stopPrice),
-                                      Number("icebergMinPeakSize", terms.icebergMinPeak),
-                                      Number("icebergMaxPeakSize", terms.icebergMaxPeak),
-                                      Number("icebergThreshold", terms.icebergThreshold),
-                                      Number("bracketProfit", terms.bracketProfit),
-                                      Number("bracketStopLoss", terms.bracketStopLoss),
-                                      Number("bracketStopLossLimit", terms.bracketStopLimit),
-                                      {"expiryDate", expiry},
-                                      {"reference", GetReference()},
-                                      {"userString", job.GetOrderUserString()},
-                                      {"userString2", job.GetOrderUserString2()}});
+    job.Record("order", {{"request", request},
+                         {"order", GetID()},
+                         {"product", GetHostProduct().GetMarket().GetName()},
+                         {"side", nxGetText(_ticket.GetSide())},
+                         {"orderType", nxGetTypeText(_ticket.IsMarket())},
+                         {"exec", nxGetText(_ticket.GetExecution())},
+                         {"timeInForce", nxGetText(_ticket.GetDuration())},
+                         {"spreadSpec", _ticket.GetSpread().spec.Get()},
+                         {"spreadInstance", _ticket.GetSpread().instance.Get()},
+                         Number("volume", terms.volume),
+                         Number("price", terms.price),
+                         Number("stopPrice", terms.stopPrice),
+                         Number("icebergMinPeakSize", terms.icebergMinPeak),
+                         Number("icebergMaxPeakSize", terms.icebergMaxPeak),
+                         Number("icebergThreshold", terms.icebergThreshold),
+                         Number("bracketProfit", terms.bracketProfit),
+                         Number("bracketStopLoss", terms.bracketStopLoss),
+                         Number("bracketStopLossLimit", terms.bracketStopLimit),
+                         {"expiryDate", expiry},
+                         {"reference", GetReference()},
+                         {"userString", job.GetOrderUserString()},
+                         {"userString2", job.GetOrderUserString2()}});
 }
 
-void nxHostOrder::_RecordEvent(const nxExchangeEvent& event)
+void nxHostOrder::_RecordEvent(const nxExchangeEvent& event) const
 {
     const auto kind = std::ranges::find(EventNames, event.kind, [](const auto& row) { return row.kind; });
     const auto cause = std::ranges::find(CauseNames, event.cause, [](const auto& row) { return row.cause; });
     const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
     const std::string exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsString();
-    _GetViewer().GetServices().output->Record(
-        _GetViewer(), "orderEvent",
-        {{"event", kind->name},
-         {"order", event.order},
-         {"parent", _GetRare().parent},
-         {"exchangeTime", exchangeTime},
-         {"status", event.status.GetAsString()},
-         Number("price", event.price),
-         Number("stopPrice", event.stopPrice),
-         {"volume", event.volume},
-         {"executed", event.executed},
-         Number("ahead", event.ahead),
-         Number("fillPrice", event.fillPrice),
-         Number("fillVolume", isFill ? nxVolume(event.fillVolume) : nxVolume()),
-         {"maker", event.isMaker},
-         {"cause", isFill ? cause->name : ""},
-         {"error", event.error.IsSuccess() ? std::string_view() : event.error.GetAsString()},
-         {"reason", event.reason}});
+    GetOwner().Record("orderEvent",
+                      {{"event", kind->name},
+                       {"order", event.order},
+                       {"parent", _ticket.GetParent()},
+                       {"exchangeTime", exchangeTime},
+                       {"status", event.status.GetAsString()},
+                       Number("price", event.price),
+                       Number("stopPrice", event.stopPrice),
+                       {"volume", event.volume},
+                       {"executed", event.executed},
+                       Number("ahead", event.ahead),
+                       Number("fillPrice", event.fillPrice),
+                       Number("fillVolume", isFill ? nxVolume(event.fillVolume) : nxVolume()),
+                       {"maker", event.isMaker},
+                       {"cause", isFill ? cause->name : ""},
+                       {"error", event.error.IsSuccess() ? std::string_view() : event.error.GetAsString()},
+                       {"reason", event.reason}});
 }

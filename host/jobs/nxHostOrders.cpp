@@ -1,9 +1,9 @@
 #include "host/jobs/nxHostOrders.h"
 
-#include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxOrderServices.h"
+#include "host/jobs/nxTradingJob.h"
 
-nxHostOrders::nxHostOrders(nxHostJob& job, bool isOfJob)
+nxHostOrders::nxHostOrders(nxTradingJob& job, bool isOfJob)
     : nxAlgoOrderCollectionObject(&job), _job(job), _isOfJob(isOfJob)
 {
 }

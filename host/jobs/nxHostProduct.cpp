@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
+#include "host/exchange/nxVenue.h"
 #include "host/jobs/nxBarServices.h"
 #include "host/jobs/nxHostDefinitionService.h"
-#include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxHostOrder.h"
 #include "host/jobs/nxHostTickDataCollection.h"
+#include "host/jobs/nxMarketJob.h"
 #include "host/jobs/nxOrderServices.h"
-#include "host/jobs/nxOutputServices.h"
 #include "scriptFramework/analytics/nxAlgoEventWindowObject.h"
 
 nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarket& market, unsigned int id)
@@ -126,9 +126,9 @@ void nxHostProduct::_DropStoppedWindows()
         _windowPlaces[_windows[i]] = i;
 }
 
-nxHostJob& nxHostProduct::GetOwner() const
+nxMarketJob& nxHostProduct::GetOwner() const
 {
-    return static_cast<nxHostJob&>(*GetJob());  // who makes every product of the host
+    return static_cast<nxMarketJob&>(*GetJob());  // who makes every product of the host
 }
 
 void nxHostProduct::ShowPosition(const nxProductAccount& everybody)
@@ -140,9 +140,7 @@ void nxHostProduct::ShowPosition(const nxProductAccount& everybody)
 void nxHostProduct::_SetFlattenOnExit(bool flatten)
 {
     _flattens = flatten;
-    nxHostJob& job = GetOwner();
-    job.GetServices().output->Record(job, "flattenOnExit",
-                                     {{"product", GetMarket().GetName()}, {"value", flatten}});
+    GetOwner().Record("flattenOnExit", {{"product", GetMarket().GetName()}, {"value", flatten}});
 }
 
 double nxHostProduct::_GetTotalPandL() const
@@ -157,7 +155,7 @@ double nxHostProduct::_GetDayPandL() const
 
 nxDecimal nxHostProduct::_GetOwnBest(nxSide side) const
 {
-    const nxHostJob& job = GetOwner();
+    const nxMarketJob& job = GetOwner();
     nxOrderServices& orders = *job.GetServices().orders;
     const nxVenue* const venue = orders.GetVenue();
     return venue == nullptr ? nxDecimal()

@@ -8,9 +8,9 @@
 #include "host/market/nxMarket.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 
-class nxHostJob;
 class nxHostOrder;
 class nxHostTickDataCollection;
+class nxMarketJob;
 
 // What a script can subscribe to.
 enum class nxMarketEvent { Price, Depth, State, TradeVolumes, Position, TradeWindow, Count };
@@ -39,7 +39,7 @@ public:
     // The market's, which is also the rule by which prices of scripts are rounded.
     void TakeTickSize();
 
-    nxHostJob& GetOwner() const;
+    nxMarketJob& GetOwner() const;
     // What the job's own fills came to.
     nxProductAccount& GetAccount() { return _account; }
     nxDecimal GetMark() const { return _account.GetMark(GetMarket().GetPrice()); }

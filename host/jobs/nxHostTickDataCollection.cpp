@@ -1,7 +1,8 @@
 #include "host/jobs/nxHostTickDataCollection.h"
 
+#include "base/time/nxTimeStamp.h"
 #include "host/jobs/nxBarServices.h"
-#include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxMarketJob.h"
 #include "host/jobs/nxOutputServices.h"
 #include "host/jobs/nxTimerServices.h"
 #include "indicators/nxIndicatorCatalogue.h"
@@ -69,7 +70,7 @@ std::deque<nxTickData> nxHostTickDataCollection::_ReadBars(unsigned long long kn
 void nxHostTickDataCollection::LoadHistory()
 {
     if (_source.hasRows && !_builder.CanFoldRows()) {
-        nxHostJob& job = GetHostProduct().GetOwner();
+        nxMarketJob& job = GetHostProduct().GetOwner();
         job.GetServices().output->LogText(
             job, "no " + GetPeriod().GetAsString() + " bars of " + GetHostProduct().GetMarket().GetName() +
                      ": the rows of its bars file are " +

@@ -2,7 +2,7 @@
 
 #include <string>
 
-class nxHostJob;
+class nxLaunchedJob;
 class nxHostProduct;
 enum class nxMarketEvent;
 struct nxMarket;
@@ -15,9 +15,9 @@ public:
     virtual const nxMarket* FindMarket(const std::string& name) = 0;
     // A product of a job was made; gives it its account.
     virtual void NoteProduct(nxHostProduct& product) = 0;
-    virtual void NoteUnknownProduct(nxHostJob& job, const std::string& name) = 0;
+    virtual void NoteUnknownProduct(nxLaunchedJob& job, const std::string& name) = 0;
     // A script asked for a product's events.
-    virtual void NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event) = 0;
+    virtual void NoteSubscription(nxLaunchedJob& job, nxHostProduct& product, nxMarketEvent event) = 0;
 
 protected:
     ~nxMarketServices() = default;

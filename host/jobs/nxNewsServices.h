@@ -14,8 +14,8 @@ class nxNewsServices
 public:
     // Ends the job when the running callback has returned.
     virtual void NoteShutdown(nxHostJob& job) = 0;
-    // The job has news for those that watch it, to be taken when the callback has returned.
-    virtual void NoteChange(nxHostJob& job) = 0;
+    // The running job has news for those that watch it, to be taken when the callback has returned.
+    virtual void NoteChange() = 0;
     // The jobs of the run in their order, without the one that asks.
     virtual std::vector<nxHostJob*> GetOtherJobs(const nxHostJob& job) = 0;
     // Ends a job when the running callback has returned. An error for one that has ended.

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-class nxHostJob;
+class nxLaunchedJob;
 class nxHostOrder;
 class nxHostProduct;
 class nxVenue;
@@ -26,7 +26,7 @@ public:
     // A request for the order was sent to the venue, to be carried out when the callback has returned.
     virtual void NoteRequest(const nxHostOrder& order) = 0;
     // False for a job that has ended.
-    virtual bool MayTrade(const nxHostJob& job) const = 0;
+    virtual bool MayTrade(const nxLaunchedJob& job) const = 0;
 
 protected:
     ~nxOrderServices() = default;

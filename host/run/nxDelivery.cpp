@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-void nxDelivery::NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event)
+void nxDelivery::NoteSubscription(nxLaunchedJob& job, nxHostProduct& product, nxMarketEvent event)
 {
     const unsigned int index = product.GetMarketIndex();
     if (index >= _audiences.size()) _audiences.resize(index + 1);

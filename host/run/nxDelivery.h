@@ -34,11 +34,11 @@ public:
 
     const nxMarket* FindMarket(const std::string& name) override { return _markets.Find(name, _clock.Get()); }
     void NoteProduct(nxHostProduct& product) override { _trading.OpenAccount(product); }
-    void NoteUnknownProduct(nxHostJob& job, const std::string& name) override
+    void NoteUnknownProduct(nxLaunchedJob& job, const std::string& name) override
     {
         _jobs.Get(job).unknownProduct = name;
     }
-    void NoteSubscription(nxHostJob& job, nxHostProduct& product, nxMarketEvent event) override;
+    void NoteSubscription(nxLaunchedJob& job, nxHostProduct& product, nxMarketEvent event) override;
 
 private:
     // Of one market.

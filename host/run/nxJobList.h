@@ -28,7 +28,7 @@ public:
 
     std::size_t GetCount() const { return _runners.size(); }
     nxJobRunner& Get(std::size_t index) { return *_runners[index]; }
-    nxJobRunner& Get(const nxHostJob& job) { return *_runners[job.GetIndex()]; }
+    nxJobRunner& Get(const nxLaunchedJob& job) { return *_runners[job.GetIndex()]; }
     auto begin() const { return _runners.begin(); }
     auto end() const { return _runners.end(); }
 

@@ -27,7 +27,7 @@ public:
     void Clear() { _news.clear(); }
 
     void NoteShutdown(nxHostJob& job) override;
-    void NoteChange(nxHostJob&) override { _jobs.NoteUnsettled(); }
+    void NoteChange() override { _jobs.NoteUnsettled(); }
     std::vector<nxHostJob*> GetOtherJobs(const nxHostJob& job) override;
     nxErrorEnum StopJob(nxHostJob& job, const nxHostJob& by) override;
     std::string GetDynamicParameter(const std::string& tag, const std::string& name) override;

@@ -80,12 +80,12 @@ void nxRunBars::DetachCollection(nxHostTickDataCollection& collection)
     std::erase(_collections[collection.GetHostProduct().GetMarketIndex()], &collection);
 }
 
-void nxRunBars::DeliverTickData(nxHostJob& job, nxAlgoTickDataObject& tick)
+void nxRunBars::DeliverTickData(nxLaunchedJob& job, nxAlgoTickDataObject& tick)
 {
     _jobs.Deliver(nxCallback::OnTickData, _jobs.Get(job), &nxAlgoJobObject::OnTickData, tick);
 }
 
-void nxRunBars::DeliverWindow(nxHostJob& job, nxAlgoEventWindowObject& window)
+void nxRunBars::DeliverWindow(nxLaunchedJob& job, nxAlgoEventWindowObject& window)
 {
     if (!_state.IsEnding())
         _jobs.Deliver(nxCallback::OnTradeWindowEvent, _jobs.Get(job), &nxAlgoJobObject::OnEventWindow,

@@ -29,8 +29,8 @@ public:
                      const std::function<void(const nxFeedEvent&)>& take) override;
     void AttachCollection(nxHostTickDataCollection& collection) override;
     void DetachCollection(nxHostTickDataCollection& collection) override;
-    void DeliverTickData(nxHostJob& job, nxAlgoTickDataObject& tick) override;
-    void DeliverWindow(nxHostJob& job, nxAlgoEventWindowObject& window) override;
+    void DeliverTickData(nxLaunchedJob& job, nxAlgoTickDataObject& tick) override;
+    void DeliverWindow(nxLaunchedJob& job, nxAlgoEventWindowObject& window) override;
 
 private:
     using Collections = std::vector<nxHostTickDataCollection*>;

@@ -43,7 +43,7 @@ void NoteDescriptions(nxRunState& state, const nxFeedProductTable& products)
                         JoinNames(missing), JoinNames(nameless)));
 }
 
-void NoteCollections(nxHostJob& job, std::vector<std::string>& notes)
+void NoteCollections(nxMarketJob& job, std::vector<std::string>& notes)
 {
     for (const auto& [name, product] : job.GetProducts())
         for (nxHostTickDataCollection* collection : product->GetCollections())
@@ -55,15 +55,15 @@ void NoteCollections(nxHostJob& job, std::vector<std::string>& notes)
 }
 
 // An order without a limit needs a quote to be filled at.
-void NoteMissingQuotes(nxHostJob& job, const nxFeedProductTable& products, std::vector<std::string>& notes)
+void NoteMissingQuotes(nxTradingJob& job, const nxFeedProductTable& products, std::vector<std::string>& notes)
 {
     std::vector<std::string> names;
     for (const auto& order : job.GetOwnOrders()) {
         const std::string& name = order->GetHostProduct().GetMarket().GetName();
         const nxFeedProduct* const known = products.Find(name);
-        if (!order->IsSent() || order->GetType() != "MARKET" || known == nullptr || known->HasBid() ||
-            known->HasAsk() || known->Has(nxFeedKind::Depth) || known->Has(nxFeedKind::Bar) ||
-            std::ranges::find(names, name) != names.end())
+        if (!order->GetTicket().IsSent() || !order->GetTicket().IsMarket() || known == nullptr ||
+            known->HasBid() || known->HasAsk() || known->Has(nxFeedKind::Depth) ||
+            known->Has(nxFeedKind::Bar) || std::ranges::find(names, name) != names.end())
             continue;
         names.push_back(name);
     }
@@ -74,7 +74,7 @@ void NoteMissingQuotes(nxHostJob& job, const nxFeedProductTable& products, std::
                         JoinNames(names)));
 }
 
-void NoteUnfilled(nxHostJob& job, const nxTrading& trading, std::vector<std::string>& notes)
+void NoteUnfilled(nxTradingJob& job, const nxTrading& trading, std::vector<std::string>& notes)
 {
     const nxTradingStatistics& counted = job.GetTrading();
     if (counted.orders == 0 || counted.fills != 0) return;

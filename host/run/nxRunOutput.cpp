@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "host/feed/nxFeedTime.h"
-#include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxLaunchedJob.h"
 #include "host/report/nxRunSummary.h"
 
 nxRunOutput::nxRunOutput(nxRunState& state, const nxRunClock& clock, std::ostream& out, std::ostream& err)
@@ -25,7 +25,7 @@ std::optional<std::string> nxRunOutput::OpenRecord()
     return _record.Open(_state.options.recordFile);
 }
 
-void nxRunOutput::LogText(const nxHostJob& job, const std::string& text)
+void nxRunOutput::LogText(const nxLaunchedJob& job, const std::string& text)
 {
     Log(_state.IsAlone() ? text : job.GetLogPrefix() + text);
 }
@@ -40,7 +40,7 @@ void nxRunOutput::Log(const std::string& text)
     if (_out.fail()) _state.End("the log cannot be written");
 }
 
-void nxRunOutput::Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields)
+void nxRunOutput::Record(const nxLaunchedJob& job, const char* type, nxRunRecord::Fields fields)
 {
     if (!_record.IsOpen()) return;
     const auto time =

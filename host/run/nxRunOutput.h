@@ -25,8 +25,8 @@ public:
     [[nodiscard]] std::optional<std::string> OpenRecord();
     [[nodiscard]] std::optional<std::string> CloseRecord() { return _record.Close(); }
 
-    void LogText(const nxHostJob& job, const std::string& text) override;
-    void Record(const nxHostJob& job, const char* type, nxRunRecord::Fields fields) override;
+    void LogText(const nxLaunchedJob& job, const std::string& text) override;
+    void Record(const nxLaunchedJob& job, const char* type, nxRunRecord::Fields fields) override;
     bool IsRecording() const override { return _record.IsOpen(); }
 
     // A line for the person who watches the run, of the run itself.

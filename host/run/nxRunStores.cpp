@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/log/nxLogMessage.h"
-#include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxLaunchedJob.h"
 
 nxRunStores::nxRunStores(nxRunState& state, const nxRunClock& clock, nxRunOutput& output,
                          nxSchedule& schedule)
@@ -60,7 +60,7 @@ void nxRunStores::Finish()
     }
 }
 
-nxAlgoDataStoreObject* nxRunStores::GetDataStore(nxHostJob& job, const std::string& name, bool create)
+nxAlgoDataStoreObject* nxRunStores::GetDataStore(nxLaunchedJob& job, const std::string& name, bool create)
 {
     if (!_stores.IsOpen()) {
         // Only who looks whether there is one may go on without.

@@ -32,7 +32,7 @@ public:
             _Arm(time);
     }
 
-    nxAlgoDataStoreObject* GetDataStore(nxHostJob& job, const std::string& name, bool create) override;
+    nxAlgoDataStoreObject* GetDataStore(nxLaunchedJob& job, const std::string& name, bool create) override;
 
 private:
     void _Arm(long long time);

@@ -36,13 +36,13 @@ void nxRunTimers::_Run()
     _jobs.Deliver(nxCallback::OnTimer, _jobs.Get(*timer.job), &nxAlgoJobObject::OnTimer, timer.name);
 }
 
-void nxRunTimers::StopAll(nxHostJob& job)
+void nxRunTimers::StopAll(nxLaunchedJob& job)
 {
     _timers.StopAll(job);
     _Reschedule();
 }
 
-void nxRunTimers::StartTimer(nxHostJob& job, const std::string& name, unsigned int milliseconds)
+void nxRunTimers::StartTimer(nxLaunchedJob& job, const std::string& name, unsigned int milliseconds)
 {
     // A job that is ending hears no timer.
     if (_jobs.Get(job).IsOver()) return;
@@ -50,13 +50,13 @@ void nxRunTimers::StartTimer(nxHostJob& job, const std::string& name, unsigned i
     _Reschedule();
 }
 
-void nxRunTimers::StopTimer(nxHostJob& job, const std::string& name)
+void nxRunTimers::StopTimer(nxLaunchedJob& job, const std::string& name)
 {
     _timers.Stop(job, name);
     _Reschedule();
 }
 
-void nxRunTimers::StartTimer(nxHostJob& job, nxTimerCallback& callback, double seconds)
+void nxRunTimers::StartTimer(nxLaunchedJob& job, nxTimerCallback& callback, double seconds)
 {
     // No shorter than a script's own timers, lest the recorded time stand still; no longer than it reaches.
     constexpr double shortest = 1e-3;
@@ -66,7 +66,7 @@ void nxRunTimers::StartTimer(nxHostJob& job, nxTimerCallback& callback, double s
     _Reschedule();
 }
 
-void nxRunTimers::StopTimer(nxHostJob& job, nxTimerCallback& callback)
+void nxRunTimers::StopTimer(nxLaunchedJob& job, nxTimerCallback& callback)
 {
     _timers.Stop(job, callback);
     _Reschedule();

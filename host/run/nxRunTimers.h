@@ -15,13 +15,13 @@ public:
                 nxSchedule& schedule);
 
     // Of a job that has ended.
-    void StopAll(nxHostJob& job);
+    void StopAll(nxLaunchedJob& job);
 
     long long GetTime() const override { return _clock.Get(); }
-    void StartTimer(nxHostJob& job, const std::string& name, unsigned int milliseconds) override;
-    void StopTimer(nxHostJob& job, const std::string& name) override;
-    void StartTimer(nxHostJob& job, nxTimerCallback& callback, double seconds) override;
-    void StopTimer(nxHostJob& job, nxTimerCallback& callback) override;
+    void StartTimer(nxLaunchedJob& job, const std::string& name, unsigned int milliseconds) override;
+    void StopTimer(nxLaunchedJob& job, const std::string& name) override;
+    void StartTimer(nxLaunchedJob& job, nxTimerCallback& callback, double seconds) override;
+    void StopTimer(nxLaunchedJob& job, nxTimerCallback& callback) override;
 
 private:
     void _Run();

@@ -1,6 +1,6 @@
 #include "host/run/nxTimerQueue.h"
 
-#include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxLaunchedJob.h"
 
 void nxTimerQueue::_Start(const Key& key, long long now, long long interval)
 {
@@ -18,27 +18,27 @@ void nxTimerQueue::_Stop(const Key& key)
     _timers.erase(timer);
 }
 
-void nxTimerQueue::Start(nxHostJob& job, const std::string& name, long long now, long long interval)
+void nxTimerQueue::Start(nxLaunchedJob& job, const std::string& name, long long now, long long interval)
 {
     _Start({&job, name, nullptr}, now, interval);
 }
 
-void nxTimerQueue::Stop(nxHostJob& job, const std::string& name)
+void nxTimerQueue::Stop(nxLaunchedJob& job, const std::string& name)
 {
     _Stop({&job, name, nullptr});
 }
 
-void nxTimerQueue::Start(nxHostJob& job, nxTimerCallback& callback, long long now, long long interval)
+void nxTimerQueue::Start(nxLaunchedJob& job, nxTimerCallback& callback, long long now, long long interval)
 {
     _Start({&job, {}, &callback}, now, interval);
 }
 
-void nxTimerQueue::Stop(nxHostJob& job, nxTimerCallback& callback)
+void nxTimerQueue::Stop(nxLaunchedJob& job, nxTimerCallback& callback)
 {
     _Stop({&job, {}, &callback});
 }
 
-void nxTimerQueue::StopAll(nxHostJob& job)
+void nxTimerQueue::StopAll(nxLaunchedJob& job)
 {
     std::erase_if(_order, [&](const Place& place) { return place.key->job == &job; });
     std::erase_if(_timers, [&](const auto& timer) { return timer.first.job == &job; });

@@ -7,7 +7,7 @@
 
 #include "base/time/nxTime.h"
 
-class nxHostJob;
+class nxLaunchedJob;
 class nxTimerCallback;
 
 // The timers of all jobs, in recorded time: the scripts', by name, and those that call back. A timer is due
@@ -19,18 +19,18 @@ class nxTimerQueue
 public:
     struct Due
     {
-        nxHostJob* job;
+        nxLaunchedJob* job;
         std::string name;           // of a script's timer
         nxTimerCallback* callback;  // null: it is a script's
     };
 
     // Both in nanoseconds; an interval above 0.
-    void Start(nxHostJob& job, const std::string& name, long long now, long long interval);
-    void Stop(nxHostJob& job, const std::string& name);
+    void Start(nxLaunchedJob& job, const std::string& name, long long now, long long interval);
+    void Stop(nxLaunchedJob& job, const std::string& name);
     // The callback lives until its timer is stopped.
-    void Start(nxHostJob& job, nxTimerCallback& callback, long long now, long long interval);
-    void Stop(nxHostJob& job, nxTimerCallback& callback);
-    void StopAll(nxHostJob& job);
+    void Start(nxLaunchedJob& job, nxTimerCallback& callback, long long now, long long interval);
+    void Stop(nxLaunchedJob& job, nxTimerCallback& callback);
+    void StopAll(nxLaunchedJob& job);
 
     long long GetNextTime() const { return _order.empty() ? nxTime::Never : _order.begin()->due; }
     // Takes the first timer that is due next, and sets it to its next time. There must be one.
@@ -52,7 +52,7 @@ public:
 private:
     struct Key
     {
-        nxHostJob* job;
+        nxLaunchedJob* job;
         std::string name;
         nxTimerCallback* callback;
 

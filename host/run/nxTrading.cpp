@@ -143,18 +143,20 @@ void nxTrading::NoteRequest(const nxHostOrder& order)
 // What is open follows the market, for the largest fall of the profit.
 void nxTrading::_Revalue(const Market& market)
 {
-    for (nxHostProduct* product : market.traded)
-        if (product->GetAccount().GetKeeper().GetNet() != 0) product->GetOwner().Revalue(*product);
+    for (const auto& [job, product] : market.traded)
+        if (product->GetAccount().GetKeeper().GetNet() != 0) job->Revalue(*product);
 }
 
 void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
 {
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _markets[product.GetMarketIndex()];
-    const nxSide side = order.GetOrderSide();
-    order.GetOwner().AddFill(product, side, fill);
+    const nxSide side = order.GetTicket().GetSide();
+    nxTradingJob& job = order.GetOwner();
+    job.AddFill(product, side, fill);
     market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
-    if (std::ranges::find(market.traded, &product) == market.traded.end()) market.traded.push_back(&product);
+    const std::pair trader(&job, &product);
+    if (std::ranges::find(market.traded, trader) == market.traded.end()) market.traded.push_back(trader);
     for (const auto& runner : _jobs) {
         nxHostProduct* const known = runner->GetJob().FindProduct(market.market->product.GetName());
         if (known == nullptr) continue;
@@ -194,21 +196,22 @@ void nxTrading::BeginDay(long long time)
     _nextDay = nxFeedTime::GetNextMidnight(time);
 }
 
-void nxTrading::PullOrders(nxHostJob& job)
+void nxTrading::PullOrders(nxTradingJob& job)
 {
     if (_state.IsEnding() || _venue == nullptr) return;
     for (const auto& order : job.GetOwnOrders())
-        if (order->IsOpen() && (!job.ShattersOnExit() || order->GetHostProduct().FlattensOnExit()))
+        if (order->GetTicket().IsOpen() &&
+            (!job.ShattersOnExit() || order->GetHostProduct().FlattensOnExit()))
             static_cast<void>(order->Pull());
     _Flatten(job);
 }
 
 // Closes what is left of a job that has ended, once nothing of it is in the market; tried once.
-void nxTrading::_Flatten(nxHostJob& job)
+void nxTrading::_Flatten(nxTradingJob& job)
 {
     for (const auto& [name, product] : job.GetProducts())
         if (product->FlattensOnExit() && product->GetClosingOrders().empty() && !job.HasOpenOrders(*product))
-            job.Close(*product, false);
+            job.ClosePosition(*product, false);
 }
 
 void nxTrading::Finish()
@@ -234,7 +237,7 @@ void nxTrading::_FlattenAtEnd()
     for (const auto& runner : _jobs)
         for (const auto& [name, product] : runner->GetJob().GetProducts())
             if (product->FlattensOnExit() && _FindNoExit(*product) == nullptr)
-                runner->GetJob().Close(*product, true);
+                runner->GetJob().ClosePosition(*product, true);
     _TakeLastAnswers();
     for (const Market& market : _markets)
         _Revalue(market);

@@ -51,14 +51,14 @@ public:
     void BeginDay(long long time);
 
     // Of a job that ends while the others go on.
-    void PullOrders(nxHostJob& job);
+    void PullOrders(nxTradingJob& job);
     // At the end of the run: what was on its way to the scripts counts, though nobody hears of it; then
     // positions are closed that are to be.
     void Finish();
     void WriteStories();
     // How most orders of a job that were not filled ended, and how many; those that have not are counted as
     // such.
-    std::pair<std::string, unsigned long long> GetCommonestEnd(const nxHostJob& job) const;
+    std::pair<std::string, unsigned long long> GetCommonestEnd(const nxTradingJob& job) const;
     // The venue's reason for the end of an order whose day or date is over.
     static constexpr const char* EndOfTime = "its time is over";
 
@@ -72,17 +72,18 @@ public:
     nxHostOrder* FindOrder(unsigned int id) override;
     const std::vector<nxHostOrder*>& GetOrders() const override { return _orders; }
     void NoteRequest(const nxHostOrder& order) override;
-    bool MayTrade(const nxHostJob& job) const override { return !_jobs.Get(job).IsOver(); }
+    bool MayTrade(const nxLaunchedJob& job) const override { return !_jobs.Get(job).IsOver(); }
 
 private:
     // Of one market.
     struct Market
     {
         nxMarket* market = nullptr;
-        unsigned int venueProduct = 0;       // once there is a venue
-        nxProductAccount none;               // how an account begins
-        nxProductAccount everybody;          // of all jobs together
-        std::vector<nxHostProduct*> traded;  // the jobs' products that had a fill
+        unsigned int venueProduct = 0;  // once there is a venue
+        nxProductAccount none;          // how an account begins
+        nxProductAccount everybody;     // of all jobs together
+        // Those that had a fill of it, with their product of it.
+        std::vector<std::pair<nxTradingJob*, nxHostProduct*>> traded;
     };
     // Of one job's orders that ended without a fill, by the reason.
     using Ends = std::map<std::string, unsigned long long>;
@@ -96,7 +97,7 @@ private:
     nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
     void _TellAnswer(nxHostOrder& order, const nxExchangeEvent& event);
     void _TakeLastAnswers();
-    void _Flatten(nxHostJob& job);
+    void _Flatten(nxTradingJob& job);
     void _FlattenAtEnd();
     const char* _FindNoExit(const nxHostProduct& product) const;
     bool _IsOfBars(const nxMarket& market) const;

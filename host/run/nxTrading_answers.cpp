@@ -73,12 +73,12 @@ void nxTrading::_NoteEnd(const nxExchangeEvent& event)
     if (ends.size() < mostKept || ends.contains(reason)) ++ends[reason];
 }
 
-std::pair<std::string, unsigned long long> nxTrading::GetCommonestEnd(const nxHostJob& job) const
+std::pair<std::string, unsigned long long> nxTrading::GetCommonestEnd(const nxTradingJob& job) const
 {
     const auto& orders = job.GetOwnOrders();
     std::pair<std::string, unsigned long long> commonest(
         "still in the market at the end",
-        std::ranges::count_if(orders, [](const auto& order) { return order->IsOpen(); }));
+        std::ranges::count_if(orders, [](const auto& order) { return order->GetTicket().IsOpen(); }));
     if (job.GetIndex() < _ends.size())
         for (const auto& [reason, count] : _ends[job.GetIndex()])
             if (count > commonest.second) commonest = {reason, count};
@@ -90,7 +90,7 @@ void nxTrading::DeliverAnswer()
     const nxExchangeEvent event = std::move(*_answer);
     _answer.reset();
     nxHostOrder& order = _ApplyAnswer(event);
-    nxHostJob& job = order.GetOwner();
+    nxTradingJob& job = order.GetOwner();
     nxJobRunner& runner = _jobs.Get(job);
     if (runner.IsOver()) _Flatten(job);
     if (!event.error.IsSuccess()) {

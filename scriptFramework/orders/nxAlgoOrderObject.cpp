@@ -60,7 +60,7 @@ constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
 };
 static_assert(nxIsBoundTable(Self::Properties));
 
-nxAlgoOrderObject::nxAlgoOrderObject(nxAlgoJobInterface* job) : nxAlgoObject(job), _state(job) {}
+nxAlgoOrderObject::nxAlgoOrderObject(nxAlgoJobInterface* job) : nxAlgoObject(job) {}
 
 nxAlgoOrderObject::nxAlgoOrderObject(nxAlgoJobInterface* job, nxAlgoProductObject* product)
     : nxAlgoOrderObject(job)
@@ -78,6 +78,18 @@ const nxGenericProductID& nxAlgoOrderObject::_GetProductID() const
 {
     static const nxGenericProductID none;
     return _product == nullptr ? none : _product->GetGenericProductID();
+}
+
+nxAlgoOrderObject::Rest& nxAlgoOrderObject::_GetRest()
+{
+    if (_rest == nullptr) _rest.reset(new Rest{nxAlgoOrderStateObject(GetJob()), {}, nullptr});
+    return *_rest;
+}
+
+const std::string& nxAlgoOrderObject::_GetExchange() const
+{
+    static const std::string none;
+    return _rest == nullptr ? none : _rest->exchange.Get();
 }
 
 void nxAlgoOrderObject::SetShowOrder(bool show)
@@ -159,10 +171,11 @@ bool nxAlgoOrderObject::Get_state(nxLuaResults& results)
 {
     nxOrderStatusEnum status;
     _GetOrderStatus(status);
-    _state.SetStatus(status);
-    _state.SetPendingAmend(_IsPendingAmend());
-    _state.SetPendingCancel(_IsPendingCancel());
-    results.AddObject(&_state);
+    nxAlgoOrderStateObject& state = _GetRest().state;
+    state.SetStatus(status);
+    state.SetPendingAmend(_IsPendingAmend());
+    state.SetPendingCancel(_IsPendingCancel());
+    results.AddObject(&state);
     return true;
 }
 
@@ -181,8 +194,9 @@ bool nxAlgoOrderObject::Get_spreadWorkingOrder(nxLuaResults& results)
 bool nxAlgoOrderObject::_GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoTimeStamp> Times::*which,
                                   void (nxAlgoOrderObject::*set)(nxAlgoTimeStamp&))
 {
-    if (_times == nullptr) _times = std::make_unique<Times>();
-    std::unique_ptr<nxAlgoTimeStamp>& time = (*_times).*which;
+    std::unique_ptr<Times>& times = _GetRest().times;
+    if (times == nullptr) times = std::make_unique<Times>();
+    std::unique_ptr<nxAlgoTimeStamp>& time = (*times).*which;
     if (time == nullptr) time = std::make_unique<nxAlgoTimeStamp>(GetJob());
     (this->*set)(*time);
     results.AddObjectOrNull<nxAlgoClockObject>(time->IsValid() ? time.get() : nullptr);

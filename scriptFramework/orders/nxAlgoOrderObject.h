@@ -73,7 +73,7 @@ public:
 
     void SetProduct(nxAlgoProductObject* product);
     // Before the order is handed out: a script reads the side without a lock, too.
-    void SetExchange(const std::string& exchange) { _exchange = exchange; }
+    void SetExchange(const std::string& exchange) { _GetRest().exchange = exchange; }
     void SetSide(const std::string& side) { _side = side; }  // "BUY" or "SELL"
     const std::string& GetSide() const { return _side.Get(); }
     // The script's own label. For the thread that runs the script.
@@ -151,6 +151,9 @@ protected:
     virtual void _SetLastVorantUpdateTime(nxAlgoTimeStamp&) {}
     // The record of the latest event, for an update that was made without one; good until the next call.
     virtual const nxOrderTransaction* _GetLastTransaction() const { return nullptr; }
+    // The times of that event, for an update that was made without any: when the host learned of it, and when
+    // the exchange filled, which is left alone for an event that is no fill.
+    virtual void _GetLastTimes(nxTimeStamp& /*update*/, nxDateTime& /*fill*/) const {}
 
     // Undefined for a side that is neither "BUY" nor "SELL".
     nxBuySellEnum GetBuySellEnum() const;
@@ -159,7 +162,7 @@ protected:
     nxAlgoProductObject* _GetProduct() const { return _product; }
     // Empty before there is a product.
     const nxGenericProductID& _GetProductID() const;
-    const std::string& _GetExchange() const { return _exchange.Get(); }
+    const std::string& _GetExchange() const;
     // Null before the first fill.
     const nxDecimal& _GetLastFillPrice() const { return _lastFillPrice; }
     const nxVolume& _GetLastFillVolume() const { return _lastFillVolume; }
@@ -199,16 +202,24 @@ private:
     {
         std::unique_ptr<nxAlgoTimeStamp> lastExchangeFill, lastVorantUpdate;
     };
+    // What most orders are never asked for.
+    struct Rest
+    {
+        nxAlgoOrderStateObject state;
+        nxSharedText exchange;
+        std::unique_ptr<Times> times;
+    };
 
+    Rest& _GetRest();
     // Gives the time that `set` knows of, or nil.
     bool _GiveTime(nxLuaResults& results, std::unique_ptr<nxAlgoTimeStamp> Times::*which,
                    void (nxAlgoOrderObject::*set)(nxAlgoTimeStamp&));
     // The host's reason, or the text when it gives none.
     bool _FailWithReason(nxLuaResults& results, const char* text) const;
 
-    // A run may hold a million orders that are over, so what is large is shared, or made when a script asks.
+    // A run may hold a million orders that are over, so what is large is shared, or made when it is asked
+    // for.
     nxAlgoProductObject* _product = nullptr;
-    nxSharedText _exchange;
     nxSharedText _side;
     nxSharedText _reference;  // guarded by _orderMutex
 
@@ -217,10 +228,9 @@ protected:
 
 private:
     nxMutex _lastFillMutex;
-    nxDecimal _lastFillPrice;  // guarded by _lastFillMutex, as the next
+    nxDecimal _lastFillPrice;  // guarded by _lastFillMutex, as _lastFillVolume
+    std::unique_ptr<Rest> _rest;
     nxVolume _lastFillVolume;
     bool _showOrder = false;
     bool _showOrderSet = false;
-    nxAlgoOrderStateObject _state;
-    std::unique_ptr<Times> _times;
 };

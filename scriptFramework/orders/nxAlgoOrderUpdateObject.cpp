@@ -34,52 +34,83 @@ struct nxAlgoOrderUpdateObject::Clocks
     nxAlgoTimeStamp exchangeFill, vorantUpdate;
 };
 
+struct nxAlgoOrderUpdateObject::Event
+{
+    bool isLatest = true;  // the order tells of it
+    const nxOrderTransaction* transaction = nullptr;
+    nxTimeStamp updateTime{0, 0};
+    nxDateTime exchangeFillTime;
+    std::unique_ptr<Clocks> clocks;
+};
+
 nxAlgoOrderUpdateObject::nxAlgoOrderUpdateObject(nxAlgoJobInterface* job, const nxAlgoOrderObject* order,
                                                  const nxOrderTransaction* transaction,
                                                  const nxTimeStamp& time)
-    : nxAlgoObject(job),
-      _transaction(transaction),
-      _order(order),
-      _updateSecond(time.GetAsTimeValue()),
-      _updateNanoseconds(time.GetNanoseconds())
+    : nxAlgoObject(job), _order(order), _event(new Event{false, transaction, time, {}, nullptr})
 {
-    // What setting a time stamp logs, though there is none yet.
-    if (nxLogManager::ShouldLog(nxLogLevel::Info)) nxAlgoTimeStamp(job).SetTimeStamp(time);
+    _LogTime(time);
+}
+
+nxAlgoOrderUpdateObject::nxAlgoOrderUpdateObject(nxAlgoJobInterface* job, const nxAlgoOrderObject* order)
+    : nxAlgoObject(job), _order(order)
+{
 }
 
 nxAlgoOrderUpdateObject::nxAlgoOrderUpdateObject(const nxAlgoOrderUpdateObject& other)
-    : nxAlgoObject(other),
-      _transaction(other._transaction),
-      _order(other._order),
-      _exchangeFillTime(other._exchangeFillTime),
-      _updateSecond(other._updateSecond),
-      _updateNanoseconds(other._updateNanoseconds)
+    : nxAlgoObject(other), _order(other._order)
 {
+    if (other._event != nullptr) *this = other;
 }
 
 nxAlgoOrderUpdateObject& nxAlgoOrderUpdateObject::operator=(const nxAlgoOrderUpdateObject& other)
 {
     nxAlgoObject::operator=(other);
-    _transaction = other._transaction;
     _order = other._order;
-    _exchangeFillTime = other._exchangeFillTime;
-    _updateSecond = other._updateSecond;
-    _updateNanoseconds = other._updateNanoseconds;
+    Event& event = _GetEvent();
+    const Event latest;
+    const Event& shown = other._event == nullptr ? latest : *other._event;
+    event.isLatest = shown.isLatest;
+    event.transaction = shown.transaction;
+    event.updateTime = shown.updateTime;
+    event.exchangeFillTime = shown.exchangeFillTime;
     _SetClocks();
     return *this;
 }
 
 nxAlgoOrderUpdateObject::~nxAlgoOrderUpdateObject() = default;
 
+nxAlgoOrderUpdateObject::Event& nxAlgoOrderUpdateObject::_GetEvent()
+{
+    if (_event == nullptr) _event = std::make_unique<Event>();
+    return *_event;
+}
+
 void nxAlgoOrderUpdateObject::SetExchangeFillTime(const nxDateTime& time)
 {
-    _exchangeFillTime = time;
+    _GetEvent().exchangeFillTime = time;
     _SetClocks();
+}
+
+void nxAlgoOrderUpdateObject::Renew()
+{
+    if (nxLogManager::ShouldLog(nxLogLevel::Info)) {
+        Event latest;
+        _order->_GetLastTimes(latest.updateTime, latest.exchangeFillTime);
+        _LogTime(latest.updateTime);
+    }
+    _SetClocks();
+}
+
+// What setting a time stamp logs, where none is set yet.
+void nxAlgoOrderUpdateObject::_LogTime(const nxTimeStamp& time) const
+{
+    if (nxLogManager::ShouldLog(nxLogLevel::Info)) nxAlgoTimeStamp(GetJob()).SetTimeStamp(time);
 }
 
 const nxOrderTransaction* nxAlgoOrderUpdateObject::_GetTransaction() const
 {
-    return _transaction != nullptr || _order == nullptr ? _transaction : _order->_GetLastTransaction();
+    if (_event != nullptr && _event->transaction != nullptr) return _event->transaction;
+    return _order == nullptr ? nullptr : _order->_GetLastTransaction();
 }
 
 const nxOrder* nxAlgoOrderUpdateObject::_GetRecord() const
@@ -177,18 +208,23 @@ bool nxAlgoOrderUpdateObject::Get_error(nxLuaResults& results)
 
 void nxAlgoOrderUpdateObject::_SetClocks()
 {
-    if (_clocks == nullptr) return;
-    _clocks->vorantUpdate = nxAlgoTimeStamp(GetJob(), nxTimeStamp(_updateSecond, _updateNanoseconds));
-    _clocks->exchangeFill.SetDateTime(_exchangeFillTime);
+    if (_event == nullptr || _event->clocks == nullptr) return;
+    if (_event->isLatest) {
+        _event->exchangeFillTime = {};
+        _order->_GetLastTimes(_event->updateTime, _event->exchangeFillTime);
+    }
+    _event->clocks->vorantUpdate = nxAlgoTimeStamp(GetJob(), _event->updateTime);
+    _event->clocks->exchangeFill.SetDateTime(_event->exchangeFillTime);
 }
 
 bool nxAlgoOrderUpdateObject::_GiveClock(nxLuaResults& results, nxAlgoTimeStamp Clocks::*clock)
 {
-    if (_clocks == nullptr) {
-        _clocks = std::make_unique<Clocks>(Clocks{nxAlgoTimeStamp(GetJob()), nxAlgoTimeStamp(GetJob())});
+    std::unique_ptr<Clocks>& clocks = _GetEvent().clocks;
+    if (clocks == nullptr) {
+        clocks.reset(new Clocks{nxAlgoTimeStamp(GetJob()), nxAlgoTimeStamp(GetJob())});
         _SetClocks();
     }
-    nxAlgoTimeStamp& time = (*_clocks).*clock;
+    nxAlgoTimeStamp& time = (*clocks).*clock;
     results.AddObjectOrNull<nxAlgoClockObject>(time.IsValid() ? &time : nullptr);
     return true;
 }

@@ -79,6 +79,11 @@ TEST(HostOrder, TellsItsLifeInOrderAndOutsideOtherCallbacks)
          "function after(name, u) if name == 'Fill' and u.id == 1 then limit('SELL', 1, 110) end end\n"
          "function step(n) if n == 1 then limit('BUY', 1, 101) end end",
          "00 Working 1 0/1 at 101\n00 Fill 1 1 at 101\n00 Completed 1 1/1 at 101\n00 Working 2 0/1 at 110\n"},
+        {"kept clock of an update",
+         "function after(name, u) kept = kept or u.vorantUpdateTime end\n"
+         "function step(n) if n == 1 then o = limit('BUY', 5, 98) elseif n == 2 then o:work{price = 97} "
+         "elseif n == 3 then job:logText(kept.second) end end",
+         "00 Working 1 0/5 at 98\n01 Working 1 0/5 at 97\n02 1\n"},
         {"rejected with a cause",
          "function step(n) if n == 1 then o = product:createOrder{side='BUY', type='LIMIT', time='PREOPEN'} "
          "o:work{volume=1, price=9} end end",

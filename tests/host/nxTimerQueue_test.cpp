@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/jobs/nxHostJob.h"
+#include "host/jobs/nxLaunchedJob.h"
 
 namespace {
 
@@ -10,7 +10,7 @@ namespace {
 class nxTimerQueueTest : public ::testing::Test
 {
 protected:
-    nxHostJob job{nxHostServices(), {}, 0, "job"};
+    nxLaunchedJob job{nxHostServices(), {}, 0, "job"};
     nxTimerQueue queue;
 };
 

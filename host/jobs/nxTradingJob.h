@@ -1,0 +1,76 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/accounts/nxTradingStatistics.h"
+#include "host/jobs/nxForeignOrder.h"
+#include "host/jobs/nxHostOrder.h"
+#include "host/jobs/nxHostOrders.h"
+#include "host/jobs/nxMarketJob.h"
+
+// What a job trades: its orders, what they came to, and what becomes of its positions when it ends. Used on
+// the run's thread.
+class nxTradingJob : public nxMarketJob
+{
+public:
+    using nxMarketJob::nxMarketJob;
+
+    // In the order in which they came to be; they stay.
+    const std::vector<std::unique_ptr<nxHostOrder>>& GetOwnOrders() const { return _orders; }
+    // Of a bracket's order, when the exchange tells of it.
+    nxHostOrder& AddChild(const nxExchangeOrder& child, nxHostOrder& parent);
+    void NoteRequest(const nxHostOrder& order);
+    nxHostOrder::ShownRecord& GetShownRecord() { return _shownRecord; }
+    bool IsCrossProtected() const { return _crossProtected; }
+    const std::string& GetOrderUserString() const { return _orderUserString; }
+    const std::string& GetOrderUserString2() const { return _orderUserString2; }
+
+    void AddFill(nxHostProduct& product, nxSide side, const nxExchangeEvent& fill);
+    // The market of a product that the job traded may have moved.
+    void Revalue(nxHostProduct& product);
+    const nxTradingStatistics& GetTrading();
+
+    bool HasOpenOrders(const nxHostProduct& product) const;
+    // Its orders stay in the market when it ends.
+    bool ShattersOnExit() const { return _shatters; }
+    // Sends what closes the job's position in the product, if there is one.
+    void ClosePosition(nxHostProduct& product, bool atOnce);
+    // How the positions that were to be closed on exit ended; `why` tells it of one that is open.
+    std::vector<std::string> DescribeExits(const std::function<std::string(const nxHostProduct&)>& why);
+
+    nxAlgoOrderObject* CreateOrder(nxAlgoProductObject* product, const std::string& side,
+                                   const std::string& type, const std::string& exec, const std::string& time,
+                                   const std::string& spreadSpec) override;
+    nxAlgoOrderObject* GetOrder(unsigned int id) override;
+    nxAlgoOrderCollectionObject* GetOrders() override { return &_allOrders; }
+    nxAlgoOrderCollectionObject* GetJobOrders() override { return &_jobOrders; }
+    // Requests sent to the exchange.
+    unsigned int GetTransactionCount() override { return _requestCount; }
+    void SetError(const std::string& text) override { _error = text; }
+    std::string GetError() override { return _error; }
+    // Realised and open, less fees, over the products of that currency.
+    nxDecimal GetPandL(const nxCurrencyEnum& currency) override;
+    void SetOrderUserString(const std::string& text) override;
+    void SetOrderUserString2(const std::string& text) override;
+    void SetShatterOnExit(bool on) override;
+    void SetEnableCrossProtection(bool on) override;
+
+private:
+    void _Value(nxHostProduct& product, const nxDecimal& mark);
+
+    std::string _error;  // the latest refusal
+    std::string _orderUserString, _orderUserString2;
+    bool _crossProtected = false;
+    bool _shatters = false;
+    unsigned int _requestCount = 0;
+    nxTradingStatistics _trading;
+    nxHostOrder::ShownRecord _shownRecord;
+    std::vector<std::unique_ptr<nxHostOrder>> _orders;
+    std::map<unsigned int, std::unique_ptr<nxForeignOrder>> _foreignOrders;  // by number, as looked at
+    nxHostOrders _allOrders{*this, false};
+    nxHostOrders _jobOrders{*this, true};
+};
