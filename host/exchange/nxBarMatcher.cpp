@@ -64,17 +64,27 @@ unsigned int nxBarMatcher::_GetBudget(const nxFeedBar& bar) const
     return static_cast<unsigned int>(std::min<unsigned long long>(share, nxShownMarket::Unlimited));
 }
 
-// Market orders first, since they fill at the open; then stops, of which nobody knows whether the price came
-// to a limit before it came to them; then limits from the best price on. Gives the stops that were triggered
-// and have volume left.
-std::vector<nxExchangeOrder*> nxBarMatcher::_Match(const nxFeedBar& bar, long long time)
+void nxBarMatcher::_Match(const nxFeedBar& bar, long long time)
 {
+    constexpr long long first = std::numeric_limits<long long>::min();
+    long long begin = std::exchange(_lastEnd, time);
+    if (_period != 0) begin = time - _period;
+    begin = std::min(begin, time - 1);
     unsigned int budget = _GetBudget(bar);
-    std::vector<nxExchangeOrder*> triggered;
+    _Match(bar, first, begin + 1, budget);
+    const nxFeedBar close{bar.close, bar.close, bar.close, bar.close, bar.volume};
+    _Match(close, begin + 1, time, budget);
+}
+
+// Market orders first, since they fill at the open; then stops, of which nobody knows whether the price came
+// to a limit before it came to them; then limits from the best price on.
+void nxBarMatcher::_Match(const nxFeedBar& bar, long long from, long long until, unsigned int& budget)
+{
     const auto serve = [&](std::vector<nxExchangeOrder*>& orders) {
         std::erase_if(orders, [&](nxExchangeOrder* order) {
-            if (order->arrived >= time || !_Fill(*order, bar, budget)) return false;
-            if (order->GetRemaining() != 0) triggered.push_back(order);
+            const bool isMet = order->arrived >= from && order->arrived < until;
+            if (!isMet || !_Fill(*order, bar, budget)) return false;
+            if (order->GetRemaining() != 0) _triggered.push_back(order);
             return true;
         });
     };
@@ -85,5 +95,4 @@ std::vector<nxExchangeOrder*> nxBarMatcher::_Match(const nxFeedBar& bar, long lo
             serve(level.orders);
             return true;
         });
-    return triggered;
 }

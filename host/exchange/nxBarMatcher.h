@@ -1,11 +1,16 @@
 #pragma once
 
+#include <limits>
+#include <utility>
+
 #include "host/exchange/nxBookListener.h"
 #include "host/exchange/nxOwnOrders.h"
 #include "host/feed/nxFeedEvent.h"
 
 // Fills the orders of a product by its recorded bars, which tell nothing of a book or a queue: at prices that
-// the bar must have had, each order by a bar that is later than it. docs/exchange.md tells the rules.
+// the bar must have had. A bar spans one period up to its end. An order that was there at its begin meets its
+// open, then its range; one that came later meets what is known to be later still, the close alone.
+// docs/exchange.md tells the rules.
 class nxBarMatcher
 {
 public:
@@ -14,17 +19,23 @@ public:
 
     // 0: any volume fills; else this share of a bar's volume, in hundredths, rounded down.
     void SetParticipation(unsigned int hundredths) { _participation = hundredths; }
-    // Orders that came at the bar's time or later do not meet it: its open may be older than what they were
-    // sent upon. `rest` takes stops that were triggered and have volume left.
+    // Nanoseconds from a bar's begin to its end; 0 where that is not known, and a bar begins with the end of
+    // the one before.
+    void SetPeriod(long long period) { _period = period; }
+    // Orders that came at the bar's end or later do not meet it. `rest` takes stops that were triggered and
+    // have volume left.
     template <class Rest>
     void Match(const nxFeedBar& bar, long long time, Rest rest)
     {
-        for (nxExchangeOrder* order : _Match(bar, time))
+        _Match(bar, time);
+        for (nxExchangeOrder* order : std::exchange(_triggered, {}))
             rest(*order);
     }
 
 private:
-    std::vector<nxExchangeOrder*> _Match(const nxFeedBar& bar, long long time);
+    void _Match(const nxFeedBar& bar, long long time);
+    // Fills the orders that came from one time on and before another.
+    void _Match(const nxFeedBar& bar, long long from, long long until, unsigned int& budget);
     nxDecimal _FindStop(nxExchangeOrder& order, const nxFeedBar& bar) const;
     bool _Fill(nxExchangeOrder& order, const nxFeedBar& bar, unsigned int& budget);
     unsigned int _GetBudget(const nxFeedBar& bar) const;
@@ -32,4 +43,7 @@ private:
     nxOwnOrders& _orders;
     nxBookListener& _listener;
     unsigned int _participation = 0;
+    long long _period = 0;
+    long long _lastEnd = std::numeric_limits<long long>::min();
+    std::vector<nxExchangeOrder*> _triggered;  // by the bar, with volume left
 };

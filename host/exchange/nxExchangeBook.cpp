@@ -27,30 +27,56 @@ nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, const nxFillRule& 
 
 bool nxExchangeBook::CanFill(const nxExchangeOrder& order) const
 {
-    const nxSide other = nxGetOpposite(order.kind.side);
     unsigned long long sum = 0;
-    _shown.ForEach(other, [&](const nxDecimal& price, unsigned int shown) {
+    _shown.ForEach(nxGetOpposite(order.kind.side), [&](const nxDecimal& price, unsigned int free) {
         if (!order.IsWithin(price)) return false;
-        sum += _shown.GetFree(other, price, shown);
+        sum += free;
         return sum < order.GetRemaining();
     });
     if (!order.kind.crossProtected) {
         _orders.ForEachReached(order, [&](const nxExchangeOrder& own) {
-            if (own.kind.owner == order.kind.owner && !own.kind.crossProtected) sum += own.GetRemaining();
+            if (_Meets(order, own)) sum += own.GetRemaining() - _GetSharedWithBetter(own);
             return sum < order.GetRemaining();
         });
     }
     return sum >= order.GetRemaining();
 }
 
+bool nxExchangeBook::_Meets(const nxExchangeOrder& order, const nxExchangeOrder& own) const
+{
+    return own.kind.owner == order.kind.owner && !own.kind.crossProtected && !order.kind.crossProtected;
+}
+
+// Of what an order has left, the part that it gives up when the other child of its bracket, which is met
+// first, is filled.
+unsigned int nxExchangeBook::_GetSharedWithBetter(const nxExchangeOrder& own) const
+{
+    unsigned int shared = 0;
+    if (own.sibling == 0) return shared;
+    _orders.ForEachLimit(own.kind.side, [&](const nxExchangeOrder& other) {
+        if (other.id == own.sibling) shared = std::min(own.GetRemaining(), other.GetRemaining());
+        return other.id != own.sibling && &other != &own;
+    });
+    return shared;
+}
+
+// What the market shows is met before own orders at the same price, and may be enough.
 const nxExchangeOrder* nxExchangeBook::FindOwnCounterpart(const nxExchangeOrder& order) const
 {
+    const nxSide other = nxGetOpposite(order.kind.side);
     const nxExchangeOrder* found = nullptr;
     _orders.ForEachReached(order, [&](const nxExchangeOrder& own) {
         if (own.kind.owner == order.kind.owner) found = &own;
         return found == nullptr;
     });
-    return found;
+    if (found == nullptr) return nullptr;
+    unsigned long long before = 0;
+    _shown.ForEach(other, [&](const nxDecimal& price, unsigned int free) {
+        if (nxIsBetter(other, found->terms.price, price)) return false;
+        before += free;
+        return before < order.GetRemaining();
+    });
+    return before < order.GetRemaining() ? found : nullptr;
 }
 
 nxVolume nxExchangeBook::GetAhead(const nxExchangeOrder& order) const
@@ -64,7 +90,7 @@ void nxExchangeBook::Enter(nxExchangeOrder& order)
 {
     if (!order.triggered) {
         order.isResting = true;
-        if (_isOfBars || !_TryStop(order)) {
+        if (!_TryStop(order)) {
             _orders.GetStops().push_back(&order);
         } else {
             _Trigger(order);
@@ -79,13 +105,12 @@ void nxExchangeBook::Enter(nxExchangeOrder& order)
 void nxExchangeBook::_Take(nxExchangeOrder& order)
 {
     const nxSide other = nxGetOpposite(order.kind.side);
-    _shown.ForEach(other, [&](const nxDecimal& price, unsigned int shown) {
+    _shown.ForEach(other, [&](const nxDecimal& price, unsigned int free) {
         if (!order.IsWithin(price)) return false;
-        if (order.noBetterThan.IsValid() && nxIsBetter(other, price, order.noBetterThan)) return true;
         _TakeOwn(order, &price);
-        const unsigned int volume = std::min(order.GetRemaining(), _shown.GetFree(other, price, shown));
+        const unsigned int volume = std::min(order.GetRemaining(), free);
         if (volume != 0) {
-            _shown.Take(other, price, shown, volume);
+            _shown.Take(other, price, volume);
             _listener.Fill(order, price, volume, false, nxFillCause::Took);
         }
         return order.GetRemaining() != 0;
@@ -104,7 +129,7 @@ void nxExchangeBook::_TakeOwn(nxExchangeOrder& order, const nxDecimal* bound)
         for (std::size_t i = 0; i < level.orders.size() && order.GetRemaining() != 0;) {
             nxExchangeOrder& own = *level.orders[i];
             const unsigned int volume = std::min(order.GetRemaining(), own.GetRemaining());
-            if (own.kind.owner != order.kind.owner || own.kind.crossProtected || volume == 0) {
+            if (!_Meets(order, own) || volume == 0) {
                 ++i;
                 continue;
             }

@@ -14,7 +14,6 @@
 // The own orders in the market of one product, and how they meet the recorded one: a matching engine over a
 // market that does not react. Used on the replay's thread. docs/exchange.md tells the rules in full.
 //
-// What an order takes from a shown level stays taken until the data give that level another volume, or none.
 // A level's queue follows the data: an order joins behind the volume shown at its price; trades at the price
 // take from the front; what else disappears was cancelled, and how far that moves an order up is the fill
 // model's to say; what appears joins behind. A price that is not shown, as behind the best one where the data
@@ -29,8 +28,12 @@ public:
     nxExchangeBook& operator=(const nxExchangeBook&) = delete;
 
     // A product of bars has no book: its orders wait for the next bar, whatever else its data hold. So does
-    // one from its first bar on.
-    void SetOfBars() { _isOfBars = true; }
+    // one from its first bar on. A period of 0 is not known.
+    void SetOfBars(long long period)
+    {
+        _isOfBars = true;
+        _bars.SetPeriod(period);
+    }
     bool IsOfBars() const { return _isOfBars; }
     // 0: any volume fills; else this share of a bar's volume, in hundredths, rounded down.
     void SetParticipation(unsigned int hundredths) { _bars.SetParticipation(hundredths); }
@@ -50,8 +53,7 @@ public:
     // for a sell.
     nxDecimal GetStopReference(nxSide side) const;
 
-    // What the market did, after the market shows it. A bar is met by orders that came before its time: its
-    // open may be older than what the others were sent upon.
+    // What the market did, after the market shows it.
     void OnQuote(const nxFeedQuote& quote);
     void OnDepth(std::span<const nxFeedLevel> levels);
     void OnBar(const nxFeedBar& bar, long long time);
@@ -69,6 +71,9 @@ public:
 private:
     using Level = nxOwnOrders::Level;
 
+    // Whether they would trade with each other.
+    bool _Meets(const nxExchangeOrder& order, const nxExchangeOrder& own) const;
+    unsigned int _GetSharedWithBetter(const nxExchangeOrder& own) const;
     void _Take(nxExchangeOrder& order);
     void _TakeOwn(nxExchangeOrder& order, const nxDecimal* bound);
     void _Rest(nxExchangeOrder& order);
@@ -79,14 +84,17 @@ private:
     void _FillThrough(Level& level, const nxDecimal& price, unsigned int& budget, nxFillCause cause);
     void _FillQueue(Level& level, const nxDecimal& price, unsigned int traded, unsigned int budget);
     void _OnTrade(const nxDecimal& price, const nxVolume& traded, const nxBuySellEnum& aggressor);
+    // Off what the side shows.
+    void _TakeTraded(nxSide side, const nxDecimal& price, const nxVolume& traded,
+                     const nxBuySellEnum& aggressor);
     void _RefreshLevel(Level& level, const nxVolume& shown);
     void _RefreshAll(nxSide side);
     bool _RefreshBest(nxSide side, bool isGiven);
-    // Of the orders of a side. isAnew: the data have just shown the quotes that they meet.
-    void _MeetQuotes(nxSide side, bool isAnew);
+    // Of the orders of a side.
+    void _MeetQuotes(nxSide side);
+    unsigned int _MeetQuote(nxSide side, const nxDecimal& quote, unsigned int free);
     bool _TryStop(nxExchangeOrder& order);
-    // trade: what may trigger them; null for quotes. isAnew: whether the bids and asks are from after it.
-    void _TryStops(const nxDecimal& trade, const nxBySide<bool>& isAnew);
+    void _TryStops();
     void _Trigger(nxExchangeOrder& order);
 
     const nxMarketProduct& _market;

@@ -14,6 +14,12 @@ namespace {
     return std::ranges::is_sorted(orders, {}, [](const nxExchangeOrder* order) { return order->ahead; });
 }
 
+// A buyer does not trade with bids at the price he pays, but one who paid less than a bid did.
+bool HitsAtPrice(nxSide side, const nxBuySellEnum& aggressor)
+{
+    return aggressor != nxGetBuySell(side);
+}
+
 }  // namespace
 
 // Everybody at this price was reached: no queue counts, and icebergs come round with peak after peak.
@@ -68,12 +74,11 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
     for (const nxSide side : nxSides) {
         // A trade of unknown size fills all that it went beyond, and takes nothing from a queue.
         unsigned int budget = traded.IsValid() ? traded.GetValue() : nxShownMarket::Unlimited;
-        // A buyer does not trade with bids at the price he pays, but one who paid less than a bid did.
-        const bool hitsAtPrice = aggressor != nxGetBuySell(side);
+        const bool hitsAtPrice = HitsAtPrice(side, aggressor);
         _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
             const bool isThrough = nxIsBetter(side, own, price);
             if (!isThrough && own != price) return false;
-            if (_rule.fillsWhole) {
+            if (_rule.fillsWhole && (isThrough || hitsAtPrice)) {
                 _FillWhole(level, own);
             } else if (isThrough) {
                 _FillThrough(level, own, budget, nxFillCause::TradedThrough);
@@ -82,7 +87,14 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
             }
             return isThrough;
         });
+        _TakeTraded(side, price, traded, aggressor);
     }
+}
+
+void nxExchangeBook::_TakeTraded(nxSide side, const nxDecimal& price, const nxVolume& traded,
+                                 const nxBuySellEnum& aggressor)
+{
+    _shown.TakeTraded(side, price, HitsAtPrice(side, aggressor) ? traded : nxVolume(0u));
 }
 
 void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
@@ -116,21 +128,20 @@ void nxExchangeBook::_RefreshAll(nxSide side)
 }
 
 // Of data that show the best price alone: better levels are empty, worse ones are not shown. True when the
-// best is another one now. isGiven: the data named it, be it as before.
+// data have shown it anew. isGiven: they named it, be it as before.
 bool nxExchangeBook::_RefreshBest(nxSide side, bool isGiven)
 {
-    const bool changed = _shown.TakeBest(side);
-    if (changed || isGiven) _RefreshAll(side);
-    return changed;
+    const bool isAnew = _shown.ShowBest(side, isGiven) || isGiven;
+    if (isAnew) _RefreshAll(side);
+    return isAnew;
 }
 
 // Resting orders that a quote of the other side has come to.
-void nxExchangeBook::_MeetQuotes(nxSide side, bool isAnew)
+void nxExchangeBook::_MeetQuotes(nxSide side)
 {
     std::vector<nxExchangeOrder*>& unlimited = _orders.GetUnlimited();
     for (std::size_t i = 0; i < unlimited.size();) {
         nxExchangeOrder& order = *unlimited[i];
-        if (order.kind.side == side && isAnew) order.noBetterThan.SetNull();
         if (order.kind.side == side) _Take(order);
         if (order.GetRemaining() == 0) {
             unlimited.erase(unlimited.begin() + static_cast<std::ptrdiff_t>(i));
@@ -140,23 +151,24 @@ void nxExchangeBook::_MeetQuotes(nxSide side, bool isAnew)
     }
     if (_orders.GetLevels(side).empty()) return;
     const nxSide other = nxGetOpposite(side);
-    _shown.ForEach(other, [&](const nxDecimal& quote, unsigned int shown) {
-        bool met = false;
-        const unsigned int free = _shown.GetFree(other, quote, shown);
-        unsigned int budget = free;
-        _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
-            if (nxIsBetter(side, quote, own)) return false;
-            met = true;
-            if (_rule.fillsWhole) {
-                _FillWhole(level, own);
-                return true;
-            }
-            _FillThrough(level, own, budget, nxFillCause::Crossed);
-            return budget != 0;
-        });
-        _shown.Take(other, quote, shown, free - budget);
-        return met;
+    _shown.ForEach(other, [&](const nxDecimal& quote, unsigned int free) {
+        if (nxIsBetter(side, quote, _orders.GetLevels(side).begin()->first)) return false;
+        if (free != 0) _shown.Take(other, quote, _MeetQuote(side, quote, free));
+        return !_orders.GetLevels(side).empty();
     });
+}
+
+// What orders take of the free volume of a quote.
+unsigned int nxExchangeBook::_MeetQuote(nxSide side, const nxDecimal& quote, unsigned int free)
+{
+    unsigned int budget = _rule.fillsWhole ? nxShownMarket::Unlimited : free;
+    const unsigned int begin = budget;
+    _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
+        if (nxIsBetter(side, quote, own)) return false;
+        _FillThrough(level, own, budget, _rule.fillsWhole ? nxFillCause::Touched : nxFillCause::Crossed);
+        return budget != 0;
+    });
+    return std::min(free, begin - budget);
 }
 
 nxDecimal nxExchangeBook::GetStopReference(nxSide side) const
@@ -179,7 +191,7 @@ bool nxExchangeBook::_TryStop(nxExchangeOrder& order)
     return false;
 }
 
-void nxExchangeBook::_TryStops(const nxDecimal& trade, const nxBySide<bool>& isAnew)
+void nxExchangeBook::_TryStops()
 {
     std::vector<nxExchangeOrder*>& stops = _orders.GetStops();
     for (std::size_t i = 0; i < stops.size();) {
@@ -189,7 +201,6 @@ void nxExchangeBook::_TryStops(const nxDecimal& trade, const nxBySide<bool>& isA
             continue;
         }
         stops.erase(stops.begin() + static_cast<std::ptrdiff_t>(i));
-        if (!isAnew[nxGetOpposite(order.kind.side)]) order.noBetterThan = trade;
         _Trigger(order);
     }
 }
@@ -207,39 +218,41 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote)
     const nxDecimal& last = _market.GetPrice().GetLastPrice();
     const bool isTrade = quote.IsTrade() && last.IsValid();
     if (isTrade) _OnTrade(last, quote.lastVolume, quote.side);
-    nxBySide<bool> isAnew;
     if (!_shown.UsesDepth()) {
-        // What the row of a trade repeats is the quote before it: the trade is counted in the queues already.
+        // What the row of a trade repeats is the quote before it: the trade is counted already.
         const bool bid = !isTrade && (!quote.bid.IsNoChange() || !quote.bidVolume.IsNoChange());
         const bool ask = !isTrade && (!quote.ask.IsNoChange() || !quote.askVolume.IsNoChange());
-        isAnew.buy = _RefreshBest(nxSide::Buy, bid);
-        isAnew.sell = _RefreshBest(nxSide::Sell, ask);
+        const nxBySide<bool> isAnew{_RefreshBest(nxSide::Buy, bid), _RefreshBest(nxSide::Sell, ask)};
         for (const nxSide side : nxSides)
-            if (isAnew[nxGetOpposite(side)]) _MeetQuotes(side, true);
+            if (isAnew[nxGetOpposite(side)]) _MeetQuotes(side);
     }
-    if (isTrade || !_hasTraded) _TryStops(isTrade ? last : nxDecimal(), isAnew);
+    if (isTrade || !_hasTraded) _TryStops();
 }
 
 void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
 {
     if (_isOfBars) return;
     if (_shown.UseDepth()) Resume();
-    nxBySide<bool> isAnew;
     for (const nxFeedLevel& level : levels) {
-        isAnew[level.side] = true;
-        _shown.TakeLevel(level.side, level.price, level.volume.GetValue());
+        _shown.ShowLevel(level.side, level.price, level.volume.GetValue());
         nxOwnOrders::Levels& own = _orders.GetLevels(level.side);
         const auto found = own.find(level.price);
         if (found != own.end()) _RefreshLevel(found->second, level.volume);
     }
     for (const nxSide side : nxSides)
-        _MeetQuotes(side, isAnew[nxGetOpposite(side)]);
-    if (!_hasTraded) _TryStops({}, isAnew);
+        _MeetQuotes(side);
+    if (!_hasTraded) _TryStops();
 }
 
 void nxExchangeBook::Join()
 {
     _shown.Join();
+    // What the latest trade took is not shown yet.
+    const nxPrice& price = _market.GetPrice();
+    for (const nxSide side : nxSides)
+        if (_market.GetTraded().IsValid())
+            _TakeTraded(side, price.GetLastPrice(), _market.GetTraded(),
+                        price.GetLastPriceBuySellIndicator());
     _hasTraded = _market.GetPrice().GetLastPrice().IsValid();
 }
 
@@ -248,8 +261,6 @@ void nxExchangeBook::Resume()
     _shown.Forget();
     for (const nxSide side : nxSides)
         _RefreshAll(side);
-    for (nxExchangeOrder* order : _orders.GetUnlimited())
-        order->noBetterThan.SetNull();
 }
 
 void nxExchangeBook::OnBar(const nxFeedBar& bar, long long time)

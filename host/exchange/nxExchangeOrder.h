@@ -108,8 +108,6 @@ struct nxExchangeOrder
     nxVolume ahead;
     unsigned int displayed = 0;  // of an iceberg's current peak
     nxDecimal trailDistance;
-    // Of a stop that a trade triggered: its price. Shown levels better than that are from before the trade.
-    nxDecimal noBetterThan;
     bool triggered = true;  // false: a stop that waits
     bool isResting = false;
 

@@ -19,7 +19,7 @@ unsigned int nxMatchingEngine::AddProduct(const nxVenue::Product& product)
     const auto number = static_cast<unsigned int>(_markets.size());
     nxBookListener& listener = *this;
     _markets.push_back(std::make_unique<Market>(product, number, _options.fills.rule, _peakRandom, listener));
-    if (product.isOfBars) _markets.back()->book.SetOfBars();
+    if (product.isOfBars) _markets.back()->book.SetOfBars(product.barPeriod);
     _markets.back()->book.SetParticipation(_options.participation);
     return number;
 }
@@ -127,7 +127,7 @@ void nxMatchingEngine::_EnterOpening(Market& market)
     if (!std::exchange(market.opens, false)) return;
     for (nxExchangeOrder* order : std::exchange(market.opening, {})) {
         if (order->triggered) {
-            order->status = nxOrderStatus_Working;
+            order->status = order->executed == 0 ? nxOrderStatus_Working : nxOrderStatus_PartiallyFilled;
             _Tell(*order, nxExchangeEvent::Kind::Triggered);
         }
         _Start(*order);
@@ -168,6 +168,7 @@ void nxMatchingEngine::_OnDepth(Market& market, std::span<const nxFeedLevel> lev
 void nxMatchingEngine::_OnBar(Market& market, const nxFeedBar& bar, long long time)
 {
     _EnterOpening(market);
+    _SetDays(market, time);
     market.book.OnBar(bar, time);
     _EndImmediates(market, time);
     _Settle();
@@ -196,13 +197,15 @@ void nxMatchingEngine::OnClose(unsigned int product, long long time)
 {
     AdvanceTo(time);
     Market& market = *_markets[product];
-    market.isOpen = market.opens = false;
+    if (market.product.hours.IsEmpty() || market.product.HasHours()) market.isOpen = market.opens = false;
 }
 
 void nxMatchingEngine::OnEvent(unsigned int product, const nxFeedEvent& event)
 {
     AdvanceTo(event.time);
     Market& market = *_markets[product];
+    if (!market.isOpen && !market.product.hours.IsEmpty() && !market.product.HasHours())
+        OnOpen(product, event.time);
     if (!market.isOpen) return;
     switch (event.kind) {
         case nxFeedKind::Quote:

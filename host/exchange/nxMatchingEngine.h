@@ -85,6 +85,10 @@ private:
         bool opens = false;                        // with the next event of its data
         std::vector<nxExchangeOrder*> opening;     // orders that wait for that
         std::vector<nxExchangeOrder*> immediates;  // of bars, until the next one
+        std::vector<unsigned int> dayless;         // of bars: for the day in which their next one will lie
+
+        // Whether orders are held until the market has opened and its data have shown it.
+        bool Holds() const { return opens || !isOpen; }
     };
     using Refusal = nxOrderChecks::Refusal;
     // What is left to do about a fill once the book is done: children of a bracket, or the change of a
@@ -105,6 +109,7 @@ private:
     Refusal _FindOwnTrade(const nxExchangeOrder& order) const;
     Refusal _SetTrail(nxExchangeOrder& order) const;
     void _SetExpiry(nxExchangeOrder& order);
+    void _SetDays(Market& market, long long barEnd);
     void _Enter(nxExchangeOrder& order);
     void _Start(nxExchangeOrder& order);
     void _End(nxExchangeOrder& order, const char* reason, bool isRequested = false);

@@ -8,8 +8,9 @@ using nxOrderChecks::Refusal;
 // Why an order that is about to be matched must not be; empty when it may.
 Refusal nxMatchingEngine::_FindOwnTrade(const nxExchangeOrder& order) const
 {
-    if (!order.kind.crossProtected || !order.triggered) return {};
-    const nxExchangeOrder* own = _markets[order.kind.product]->book.FindOwnCounterpart(order);
+    const Market& market = *_markets[order.kind.product];
+    if (!order.kind.crossProtected || !order.triggered || market.Holds()) return {};
+    const nxExchangeOrder* own = market.book.FindOwnCounterpart(order);
     if (own == nullptr) return {};
     return {nxError_OrderMeetsOwn, fmt::format("it would trade with the own order {}", own->id)};
 }
@@ -27,10 +28,32 @@ Refusal nxMatchingEngine::_SetTrail(nxExchangeOrder& order) const
     return {nxError_OrderStopMisplaced, "the stopPrice is too far from the market's price"};
 }
 
+// An order for the day upon bars is for the day in which its next bar lies, which only that bar tells.
 void nxMatchingEngine::_SetExpiry(nxExchangeOrder& order)
 {
-    order.expires = nxOrderExpiries::GetEnd(order, _markets[order.kind.product]->product.hours, _time);
+    Market& market = *_markets[order.kind.product];
+    const bool isForDay =
+        order.kind.duration == nxOrderDuration::Day || order.kind.duration == nxOrderDuration::PreOpen;
+    if (isForDay && market.book.IsOfBars()) {
+        order.expires = nxTime::Never;
+        market.dayless.push_back(order.id);
+        return;
+    }
+    order.expires = nxOrderExpiries::GetEnd(order, market.product.hours, _time);
     _expiries.Add(order);
+}
+
+void nxMatchingEngine::_SetDays(Market& market, long long barEnd)
+{
+    std::erase_if(market.dayless, [&](unsigned int id) {
+        nxExchangeOrder* const order = _orders.Find(id);
+        if (order == nullptr || !order->IsAlive()) return true;
+        if (order->arrived >= barEnd) return false;
+        order->expires = nxOrderExpiries::GetEndOfDay(
+            barEnd, market.product.HasHours() ? market.product.hours : nxTradingHours());
+        _expiries.Add(*order);
+        return true;
+    });
 }
 
 void nxMatchingEngine::Expire()
@@ -88,10 +111,10 @@ void nxMatchingEngine::_Arrive(nxExchangeOrder& order)
 void nxMatchingEngine::_Enter(nxExchangeOrder& order)
 {
     Market& market = *_markets[order.kind.product];
-    const bool waits = market.opens || !market.isOpen;
+    const bool waits = market.Holds();
     order.status = waits || !order.triggered ? nxOrderStatus_Held : nxOrderStatus_Working;
     _Tell(order, nxExchangeEvent::Kind::Accepted, [&](nxExchangeEvent& event) {
-        if (!waits && order.triggered) event.ahead = market.book.GetAhead(order);
+        if (!waits && order.triggered && !order.kind.IsImmediate()) event.ahead = market.book.GetAhead(order);
     });
     if (waits) {
         market.opening.push_back(&order);
@@ -171,16 +194,19 @@ void nxMatchingEngine::_Amend(nxExchangeOrder& order, const nxOrderTerms& change
     if (!keepsPlace) {
         book.Remove(order);
         order.arrived = _time;
-        order.noBetterThan.SetNull();
     }
     const bool isDated = wanted.terms.expiry != order.terms.expiry;
     order.terms = wanted.terms;
     order.trailDistance = wanted.trailDistance;
     if (isDated) _SetExpiry(order);
+    // What a closed market shows is from before: the order waits as a new one does.
+    const bool waits = !keepsPlace && market.Holds();
+    if (waits) order.status = nxOrderStatus_Held;
     _Tell(order, nxExchangeEvent::Kind::Amended, [&](nxExchangeEvent& event) {
         event.isRequested = true;
-        if (!keepsPlace && order.triggered) event.ahead = book.GetAhead(order);
+        if (!keepsPlace && !waits && order.triggered) event.ahead = book.GetAhead(order);
     });
     if (order.GetRemaining() == 0) return _End(order, "the volume is executed");
-    if (!keepsPlace) book.Enter(order);
+    if (waits) market.opening.push_back(&order);
+    if (!keepsPlace && !waits) book.Enter(order);
 }

@@ -32,6 +32,13 @@ long long nxOrderExpiries::GetEnd(const nxExchangeOrder& order, const nxTradingH
     return Never;
 }
 
+long long nxOrderExpiries::GetEndOfDay(long long barEnd, const nxTradingHours& hours)
+{
+    const long long inside = barEnd - 1;
+    return hours.IsOpen(inside) && hours.GetNextChange(inside) != Never ? hours.GetNextChange(inside)
+                                                                        : nxFeedTime::GetNextMidnight(inside);
+}
+
 void nxOrderExpiries::Add(const nxExchangeOrder& order)
 {
     if (order.expires == Never) return;

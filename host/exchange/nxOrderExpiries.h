@@ -18,6 +18,8 @@ public:
     static long long GetEnd(const nxDateTime& date);
     // When an order that arrives now ends by its time in force. Empty hours: a day ends at midnight UTC.
     static long long GetEnd(const nxExchangeOrder& order, const nxTradingHours& hours, long long now);
+    // The end of the trading day in which a bar lies that ends at that time.
+    static long long GetEndOfDay(long long barEnd, const nxTradingHours& hours);
 
     // By the order's `expires`.
     void Add(const nxExchangeOrder& order);

@@ -39,6 +39,9 @@ public:
     // fn(order) over those of the other side that the order reaches, until it answers false.
     template <class Visit>
     void ForEachReached(const nxExchangeOrder& order, Visit visit) const;
+    // fn(order) over the limits of a side, from the best price on, until it answers false.
+    template <class Visit>
+    void ForEachLimit(nxSide side, Visit visit) const;
     // Of each side from the best price on, then in the order of their queue.
     void ForEach(const std::function<void(const nxExchangeOrder&)>& visit) const;
     // Of an owner's limits; null where there is none.
@@ -62,11 +65,16 @@ void nxOwnOrders::ForEachLevel(nxSide side, Visit visit)
 }
 
 template <class Visit>
-void nxOwnOrders::ForEachReached(const nxExchangeOrder& order, Visit visit) const
+void nxOwnOrders::ForEachLimit(nxSide side, Visit visit) const
 {
-    for (const auto& [price, level] : _levels[nxGetOpposite(order.kind.side)]) {
-        if (!order.IsWithin(price)) return;
+    for (const auto& [price, level] : _levels[side])
         for (const nxExchangeOrder* own : level.orders)
             if (!visit(*own)) return;
-    }
+}
+
+template <class Visit>
+void nxOwnOrders::ForEachReached(const nxExchangeOrder& order, Visit visit) const
+{
+    ForEachLimit(nxGetOpposite(order.kind.side),
+                 [&](const nxExchangeOrder& own) { return order.IsWithin(own.terms.price) && visit(own); });
 }

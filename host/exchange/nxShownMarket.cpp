@@ -1,11 +1,11 @@
 #include "host/exchange/nxShownMarket.h"
 
-#include <cassert>
+#include <algorithm>
 
 nxDecimal nxShownMarket::GetBestPrice(nxSide side) const
 {
     nxDecimal best;
-    ForEach(side, [&](const nxDecimal& price, unsigned int) {
+    _ForEachShown(side, [&](const nxDecimal& price, unsigned int) {
         best = price;
         return false;
     });
@@ -14,52 +14,72 @@ nxDecimal nxShownMarket::GetBestPrice(nxSide side) const
 
 nxVolume nxShownMarket::GetVolume(nxSide side, const nxDecimal& price) const
 {
+    nxVolume shown;
     if (_usesDepth) {
         const nxMarketDepth::Map& levels = _market.GetLevels(side);
         const auto level = levels.find(price);
-        return level == levels.end() ? 0u : level->second.volume;
+        shown = level == levels.end() ? 0u : level->second.volume;
+    } else {
+        const nxBestQuote best = _market.GetBest(side);
+        if (!best.price.IsValid()) return {};
+        // Better than the best: nobody else is there.
+        if (nxIsBetter(side, price, best.price)) return nxVolume(0u);
+        if (price != best.price || !best.volume.IsValid()) return {};
+        shown = best.volume;
     }
-    const nxBestQuote best = _market.GetBest(side);
-    if (!best.price.IsValid()) return {};
-    if (price == best.price) return best.volume.IsValid() ? best.volume : nxVolume();
-    // Better than the best: nobody else is there.
-    return nxIsBetter(side, price, best.price) ? nxVolume(0u) : nxVolume();
+    const auto gone = _gone[side].find(price);
+    if (gone == _gone[side].end()) return shown;
+    return shown.GetValue() - std::min(shown.GetValue(), gone->second.traded);
 }
 
-unsigned int nxShownMarket::GetFree(nxSide side, const nxDecimal& price, unsigned int shown) const
+void nxShownMarket::Take(nxSide side, const nxDecimal& price, unsigned int volume)
 {
-    const auto taken = _taken[side].find(price);
-    return taken == _taken[side].end() || taken->second.shown != shown ? shown : shown - taken->second.volume;
+    if (volume != 0) _gone[side][price].taken += volume;
 }
 
-void nxShownMarket::Take(nxSide side, const nxDecimal& price, unsigned int shown, unsigned int volume)
+void nxShownMarket::TakeTraded(nxSide side, const nxDecimal& price, const nxVolume& volume)
 {
-    if (shown == Unlimited || volume == 0) return;
-    Taken& taken = _taken[side][price];
-    if (taken.shown != shown) taken = {shown, 0};
-    taken.volume += volume;
-    assert(taken.volume <= shown);
+    _ForEachShown(side, [&](const nxDecimal& level, unsigned int shown) {
+        const bool isThrough = nxIsBetter(side, level, price);
+        if (shown == Unlimited || (!isThrough && level != price)) return false;
+        const unsigned int traded = isThrough ? shown : volume.IsValid() ? volume.GetValue() : 0;
+        unsigned int& sum = _gone[side][level].traded;
+        sum += std::min(traded, shown - std::min(shown, sum));
+        return isThrough;
+    });
 }
 
-void nxShownMarket::TakeLevel(nxSide side, const nxDecimal& price, unsigned int volume)
+void nxShownMarket::_Show(Levels& levels, Levels::iterator level, unsigned int volume)
 {
-    auto& taken = _taken[side];
-    const auto entry = taken.find(price);
-    if (entry != taken.end() && entry->second.shown != volume) taken.erase(entry);
+    level->second.traded = 0;
+    level->second.taken = std::min(level->second.taken, volume);
+    if (level->second.taken == 0) levels.erase(level);
 }
 
-bool nxShownMarket::TakeBest(nxSide side)
+void nxShownMarket::ShowLevel(nxSide side, const nxDecimal& price, unsigned int volume)
+{
+    const auto level = _gone[side].find(price);
+    if (level != _gone[side].end()) _Show(_gone[side], level, volume);
+}
+
+bool nxShownMarket::ShowBest(nxSide side, bool isGiven)
 {
     const nxBestQuote now = _market.GetBest(side);
-    if (now == _best[side]) return false;
-    _best[side] = now;
-    _taken[side].clear();
-    return true;
+    const nxBestQuote before = std::exchange(_best[side], now);
+    const bool changed = now != before;
+    Levels& gone = _gone[side];
+    if (now.price != before.price || !now.volume.IsValid()) {
+        gone.clear();
+    } else if (changed || isGiven) {
+        if (const auto level = gone.find(now.price); level != gone.end())
+            _Show(gone, level, now.volume.GetValue());
+    }
+    return changed;
 }
 
 void nxShownMarket::Join()
 {
-    _usesDepth = !_market.GetDepth().GetBidMap().empty() || !_market.GetDepth().GetAskMap().empty();
+    _usesDepth = _market.HasDepth();
     for (const nxSide side : nxSides)
         if (!_usesDepth) _best[side] = _market.GetBest(side);
 }
@@ -68,6 +88,6 @@ void nxShownMarket::Forget()
 {
     for (const nxSide side : nxSides) {
         _best[side] = {};
-        _taken[side].clear();
+        _gone[side].clear();
     }
 }

@@ -5,8 +5,10 @@
 
 #include "host/market/nxMarketProduct.h"
 
-// What the recorded market of one product offers: the levels that its data show, less what orders took of
-// them. What is taken from a level stays taken until the data give that level another volume, or none.
+// What the recorded market of one product offers: the levels that its data show, less what the market's own
+// trades took since they were shown, less what orders took. What an order takes stays taken: when the data
+// give the level less, as much of it as fits is still taken; when they give more, the more is free; when the
+// level goes and comes back, all of it is.
 class nxShownMarket
 {
 public:
@@ -21,41 +23,50 @@ public:
     // True when they did not before.
     bool UseDepth() { return !std::exchange(_usesDepth, true); }
 
-    // fn(price, volume) from the best level of the side on until it answers false.
+    // fn(price, free) from the best level of the side on until it answers false; free: what can be taken.
     template <class Visit>
     void ForEach(nxSide side, Visit visit) const;
     // Null where the data hold no level.
     nxDecimal GetBestPrice(nxSide side) const;
-    // At a price: 0 where nobody is, null where that is not shown.
+    // What stands at a price, taken or not: 0 where nobody is, null where that is not shown.
     nxVolume GetVolume(nxSide side, const nxDecimal& price) const;
-    // What is left of the shown volume.
-    unsigned int GetFree(nxSide side, const nxDecimal& price, unsigned int shown) const;
-    void Take(nxSide side, const nxDecimal& price, unsigned int shown, unsigned int volume);
+    void Take(nxSide side, const nxDecimal& price, unsigned int volume);
 
-    // The data have named the level. What was taken is free again if its volume is another.
-    void TakeLevel(nxSide side, const nxDecimal& price, unsigned int volume);
-    // Looks at the best price of data that show no other. True when it is another one now, price or volume.
-    bool TakeBest(nxSide side);
+    // The market's own trade: what is better than its price is gone, and at the price that volume of the
+    // side, until the data show these levels anew.
+    void TakeTraded(nxSide side, const nxDecimal& price, const nxVolume& volume);
+    // The data have named the level.
+    void ShowLevel(nxSide side, const nxDecimal& price, unsigned int volume);
+    // Looks at the best price of data that show no other. isGiven: the data named it, be it as before. True
+    // when it is another one now, price or volume.
+    bool ShowBest(nxSide side, bool isGiven);
     // Takes the market as it is.
     void Join();
     // Nothing is taken, and the best prices are to be looked at anew.
     void Forget();
 
 private:
-    struct Taken
+    // Of what the data show at a price.
+    struct Gone
     {
-        unsigned int shown = 0;
-        unsigned int volume = 0;
+        unsigned int traded = 0;  // by the market, since the data showed it
+        unsigned int taken = 0;   // by orders
     };
+    using Levels = std::map<nxDecimal, Gone>;
+
+    static void _Show(Levels& levels, Levels::iterator level, unsigned int volume);
+    // fn(price, volume) as the data show it.
+    template <class Visit>
+    void _ForEachShown(nxSide side, Visit visit) const;
 
     const nxMarketProduct& _market;
-    nxBySide<std::map<nxDecimal, Taken>> _taken;
+    nxBySide<Levels> _gone;
     nxBySide<nxBestQuote> _best;  // as last seen, where the data hold only those
     bool _usesDepth = false;
 };
 
 template <class Visit>
-void nxShownMarket::ForEach(nxSide side, Visit visit) const
+void nxShownMarket::_ForEachShown(nxSide side, Visit visit) const
 {
     if (!_usesDepth) {
         const nxBestQuote best = _market.GetBest(side);
@@ -73,4 +84,15 @@ void nxShownMarket::ForEach(nxSide side, Visit visit) const
     } else {
         go(levels.begin(), levels.end());
     }
+}
+
+template <class Visit>
+void nxShownMarket::ForEach(nxSide side, Visit visit) const
+{
+    _ForEachShown(side, [&](const nxDecimal& price, unsigned int shown) {
+        const auto level = _gone[side].find(price);
+        if (level == _gone[side].end()) return visit(price, shown);
+        const unsigned long long gone = 0ull + level->second.traded + level->second.taken;
+        return visit(price, gone < shown ? static_cast<unsigned int>(shown - gone) : 0u);
+    });
 }

@@ -71,10 +71,12 @@ long long nxSimulatedExchange::GetNextTime() const
     return std::min({_requests.GetNextTime(), _answers.GetNextTime(), _engine.GetNextExpiry()});
 }
 
-void nxSimulatedExchange::Advance(long long time)
+// lastExpiry: until when orders end by their dates.
+void nxSimulatedExchange::_Advance(long long time, long long lastExpiry)
 {
     for (;;) {
-        const long long expiry = _engine.GetNextExpiry();
+        const long long due = _engine.GetNextExpiry();
+        const long long expiry = due <= lastExpiry ? due : nxTime::Never;
         const long long request = _requests.GetNextTime();
         const long long next = std::min(expiry, request);
         if (next > time || next == nxTime::Never) break;

@@ -44,7 +44,8 @@ public:
 
     // When something is due next, a request, an answer or an order's date; nxTime::Never for never.
     long long GetNextTime() const override;
-    void Advance(long long time) override;
+    void Advance(long long time) override { _Advance(time, time); }
+    void AdvanceAmongBars(long long time) override { _Advance(time, time - 1); }
     bool IsEventDue(long long time) const override { return _answers.IsDue(time); }
     bool PopEvent(nxExchangeEvent& event, long long time) override;
 
@@ -76,6 +77,7 @@ private:
         nxOrderTerms terms;  // of an amendment
     };
 
+    void _Advance(long long time, long long lastExpiry);
     void _Show(nxOrderRequest kind, unsigned int order, const nxOrderTerms& terms, long long now,
                long long due) const;
     void _Send(nxOrderRequest kind, unsigned int order, long long now, const nxOrderTerms& terms);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/exchange/nxExchangeEvent.h"
+#include "host/feed/nxBarPeriod.h"
 #include "host/feed/nxFeedEvent.h"
 #include "host/market/nxTradingHours.h"
 
@@ -18,6 +19,10 @@ public:
         nxDecimal tickSize;                       // null: any price will do
         nxTradingHours hours;                     // empty: a day ends at midnight UTC
         bool isOfBars = false;
+        long long barPeriod = 0;  // nanoseconds; 0: not known
+
+        // Bars of a day and longer tell nothing of the hours in which they came to be.
+        bool HasHours() const { return !hours.IsEmpty() && !(isOfBars && nxIsDailyBar(barPeriod)); }
     };
 
     virtual ~nxVenue() = default;
@@ -48,6 +53,8 @@ public:
     virtual long long GetNextTime() const = 0;
     // Carries out what is due up to that time.
     virtual void Advance(long long time) = 0;
+    // The same, but orders that end at that very time wait, since bars of that time may follow.
+    virtual void AdvanceAmongBars(long long time) = 0;
     virtual bool IsEventDue(long long time) const = 0;
     // The next answer that has come in by that time.
     virtual bool PopEvent(nxExchangeEvent& event, long long time) = 0;

@@ -123,7 +123,11 @@ unsigned long long nxFeed::GetBytesTotal() const
 
 bool nxFeed::_IsBefore(const Head& a, const Head& b)
 {
-    return a.event->time != b.event->time ? a.event->time < b.event->time : a.event->file < b.event->file;
+    if (a.event->time != b.event->time) return a.event->time < b.event->time;
+    // A bar is the past of its time, a quote its present.
+    const bool isBar = a.event->kind == nxFeedKind::Bar;
+    if (isBar != (b.event->kind == nxFeedKind::Bar)) return isBar;
+    return a.event->file < b.event->file;
 }
 
 // False: the reader failed, and with it the feed. A null event is the reader's end.

@@ -8,9 +8,10 @@
 #include "host/feed/nxFeedOverlaps.h"
 #include "host/feed/nxFeedReader.h"
 
-// Recorded market data as one stream of events, ordered by time: on equal times the file named earlier comes
-// first, and a file's own order is kept. Memory stays flat whatever the length of the files: each has a few
-// buffers of fixed size. Used by one thread. Nothing here throws but for want of memory.
+// Recorded market data as one stream of events, ordered by time: on equal times bars, which end then, come
+// before all else, then the file named earlier comes first, and a file's own order is kept. Memory stays flat
+// whatever the length of the files: each has a few buffers of fixed size. Used by one thread. Nothing here
+// throws but for want of memory.
 class nxFeed
 {
 public:

@@ -15,14 +15,15 @@ bool nxRecordedEvents::Open(const std::vector<std::string>& paths,
     return _next != nullptr || !_feed.HasFailed();
 }
 
-nxEventSource::Step nxRecordedEvents::Next(long long deadline, const nxFeedEvent*& event)
+nxEventSource::Step nxRecordedEvents::Next(long long deadline, long long deadlineOfBars,
+                                           const nxFeedEvent*& event)
 {
     if (!_isAhead) {
         _next = _feed.Next();
         _isAhead = true;
     }
     if (_next == nullptr) return Step::End;
-    if (deadline <= _next->time) return Step::Deadline;
+    if ((_next->kind == nxFeedKind::Bar ? deadlineOfBars : deadline) <= _next->time) return Step::Deadline;
     _isAhead = false;
     event = _next;
     return Step::Event;

@@ -26,7 +26,7 @@ public:
     unsigned long long GetBytesConsumed() const { return _feed.GetBytesConsumed(); }
     unsigned long long GetBytesTotal() const { return _feed.GetBytesTotal(); }
 
-    Step Next(long long deadline, const nxFeedEvent*& event) override;
+    Step Next(long long deadline, long long deadlineOfBars, const nxFeedEvent*& event) override;
     long long GetHorizon() const override;
     const nxFeedProductTable& GetProducts() const override { return _feed.GetProducts(); }
     void NotePrice(std::string_view product, const nxDecimal& price) override

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/feed/nxBarPeriod.h"
+
 namespace {
 
 constexpr long long Second = nxTime::NanosecondsPerSecond;
@@ -41,12 +43,6 @@ long long Floor(long long time, long long length)
 unsigned int Add(unsigned int sum, unsigned int volume)
 {
     return sum + std::min(volume, LargestVolume - std::min(sum, LargestVolume));
-}
-
-// Sessions come a day apart; the shortest is no shorter than half a day after the one before.
-bool IsDaily(long long rowPeriod)
-{
-    return rowPeriod > Day / 2;
 }
 
 }  // namespace
@@ -111,7 +107,7 @@ const nxTickData* nxBarBuilder::Close(long long time)
 const nxTickData* nxBarBuilder::AddRow(const nxFeedBar& row, long long time)
 {
     if (time < Earliest) return nullptr;
-    const bool isSession = _length == 0 && IsDaily(_rowPeriod);
+    const bool isSession = _length == 0 && nxIsDailyBar(_rowPeriod);
     if (isSession) {
         _begin = _rowsBearStart ? time - _rowPeriod : time;
     } else if (!_FindSpan(time - 1)) {

@@ -1,6 +1,5 @@
 #include "host/jobs/nxHostOrder.h"
 
-#include "host/exchange/nxSimulatedExchange.h"
 #include "host/jobs/nxOrderServices.h"
 #include "host/jobs/nxOutputServices.h"
 #include "host/jobs/nxTimerServices.h"

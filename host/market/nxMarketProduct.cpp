@@ -136,6 +136,7 @@ void nxMarketProduct::ApplyDepth(std::span<const nxFeedLevel> levels)
 {
     _traded.SetNull();
     _volumesCleared = false;
+    _hasDepth = true;
     for (const nxFeedLevel& level : levels) {
         if (level.side == nxSide::Buy) {
             _depth.SetBid(level.price, level.volume);

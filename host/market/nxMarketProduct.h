@@ -57,6 +57,10 @@ public:
     // What the legs of a strategy imply now, beside its own quotes. False when it was that already.
     [[nodiscard]] bool ApplyImplied(const nxImpliedQuote& quote);
     // False when the state is that already.
+    // Whether the data have shown depth, though its book may be empty now.
+    bool HasDepth() const { return _hasDepth; }
+    // What the latest event traded; null when it was no trade, or one of unknown size.
+    const nxVolume& GetTraded() const { return _traded; }
     [[nodiscard]] bool SetState(unsigned int bits);
 
 private:
@@ -77,5 +81,6 @@ private:
     nxPriceTradeVolumes _volumes;
     nxVolume _traded;               // by the latest event
     bool _volumesCleared = false;   // by the latest event
+    bool _hasDepth = false;
     std::optional<long long> _day;  // since 1970, of the latest trade
 };

@@ -144,27 +144,29 @@ void nxRun::_Replay()
         if (_productWatch) [[unlikely]]
             _FollowProducts();
         const nxFeedEvent* event = nullptr;
-        const nxEventSource::Step step = _source.Next(_schedule.GetNextTime(), event);
+        const nxEventSource::Step step =
+            _source.Next(_schedule.GetNextTime(), _schedule.GetNextTimeBeforeBars(), event);
         if (step == nxEventSource::Step::End) break;
         const bool isEvent = step == nxEventSource::Step::Event;
         const long long time = isEvent ? event->time : _schedule.GetNextTime();
         _clock.WaitFor(time);
         if (_state.IsEnding()) break;
         // What was due before the data takes place where the run begins.
-        _SetTime(std::max(time, _clock.Get()));
+        _SetTime(std::max(time, _clock.Get()), isEvent && event->kind == nxFeedKind::Bar);
         isEvent ? _Apply(*event) : _schedule.RunNext();
     }
     _output.EraseProgress();
 }
 
-void nxRun::_SetTime(long long time)
+void nxRun::_SetTime(long long time, bool isBar)
 {
     // A script's clock counts some 68 years on from the time that it was set to, and stands still then.
     constexpr unsigned long long farthest = (1ull << 30) * nxTime::NanosecondsPerSecond;
     if (static_cast<unsigned long long>(time) - static_cast<unsigned long long>(_clockTime) > farthest)
         [[unlikely]]
         _SetClocks(FloorSecond(time));
-    if (time >= _trading.GetNextDay()) [[unlikely]]
+    // A bar that ends at midnight is of the day before.
+    if (time >= _trading.GetNextDay() && !(isBar && time == _trading.GetNextDay())) [[unlikely]]
         _trading.BeginDay(time);
     _clock.Set(time);
 }

@@ -46,7 +46,7 @@ private:
     bool _Prepare(std::vector<nxScriptSource>& sources);
     void _Begin(std::vector<nxScriptSource> sources);
     void _Replay();
-    void _SetTime(long long time);
+    void _SetTime(long long time, bool isBar);
     void _SetClocks(long long time);
     void _Apply(const nxFeedEvent& event);
     void _ApplyPrice(nxMarket& market, const nxFeedEvent& event);

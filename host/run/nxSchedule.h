@@ -6,6 +6,7 @@
 #include "base/time/nxTime.h"
 
 // What a run does at a time of its own beside the events of its source. Of one time it is done in this order.
+// The bars that end at that time come after the first two; then ends what ends.
 enum class nxDue { BarEnd, Parameter, TradingHours, Venue, Timer, Save, Count };
 
 // The next time of each. Who does the work says when it is due next, whenever that changes. Used on the run's
@@ -29,6 +30,8 @@ public:
     long long Get(nxDue due) const { return _entries[_Index(due)].next; }
     // nxTime::Never where nothing is due.
     long long GetNextTime() const { return _next; }
+    // A bar that ends from this time on comes after what is due.
+    long long GetNextTimeBeforeBars() const { return _nextBeforeBars; }
     // When something else is due.
     long long GetNextTimeWithout(nxDue due) const
     {
@@ -54,11 +57,17 @@ private:
     static std::size_t _Index(nxDue due) { return static_cast<std::size_t>(due); }
     void _FindNext()
     {
-        _next = nxTime::Never;
-        for (const Entry& entry : _entries)
-            if (entry.next < _next) _next = entry.next;
+        _next = _nextBeforeBars = nxTime::Never;
+        for (std::size_t i = 0; i < _entries.size(); ++i) {
+            const long long next = _entries[i].next;
+            if (next == nxTime::Never) continue;
+            const long long beforeBars = i > _Index(nxDue::Parameter) ? next + 1 : next;
+            if (next < _next) _next = next;
+            if (beforeBars < _nextBeforeBars) _nextBeforeBars = beforeBars;
+        }
     }
 
     std::array<Entry, static_cast<std::size_t>(nxDue::Count)> _entries;
     long long _next = nxTime::Never;
+    long long _nextBeforeBars = nxTime::Never;
 };

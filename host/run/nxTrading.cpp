@@ -18,6 +18,7 @@ nxTrading::nxTrading(nxRunState& state, const nxRunClock& clock, nxRunOutput& ou
       _makeVenue(std::move(makeVenue))
 {
     _schedule.SetTask(nxDue::Venue, [this] {
+        _isAmongBars = false;
         _jobs.GetSettler().Run();
         _Reschedule();
     });
@@ -70,9 +71,12 @@ bool nxTrading::_IsOfBars(const nxMarket& market) const
 void nxTrading::_AddToVenue(Market& added)
 {
     const nxMarket& market = *added.market;
-    added.venueProduct =
-        _venue->AddProduct({&market.product, market.tickSize, market.GetHours(), _IsOfBars(market)});
-    if (market.product.GetState().GetValue() != nxAlgoStateObject::Open) return;
+    const nxFeedProduct* const known = _source.GetProducts().Find(market.product.GetName());
+    const nxVenue::Product product{&market.product, market.tickSize, market.GetHours(), _IsOfBars(market),
+                                   known != nullptr ? known->GetBarPeriod() : 0};
+    added.venueProduct = _venue->AddProduct(product);
+    const bool hasHours = product.hours.IsEmpty() || product.HasHours();
+    if (hasHours ? market.product.GetState().GetValue() != nxAlgoStateObject::Open : market.isFresh) return;
     if (market.isFresh) {
         _venue->OnOpen(added.venueProduct, _clock.Get());
     } else {
@@ -108,6 +112,7 @@ void nxTrading::OnMarketState(const nxMarket& market)
 void nxTrading::OnEvent(const nxMarket& market, const nxFeedEvent& event)
 {
     if (_venue == nullptr) return;
+    _isAmongBars = event.kind == nxFeedKind::Bar;
     Market& traded = _markets[market.index];
     _venue->OnEvent(traded.venueProduct, event);
     _Revalue(traded);

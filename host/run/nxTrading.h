@@ -117,6 +117,7 @@ private:
     std::optional<nxExchangeEvent> _answer;     // taken from the venue, and not delivered
     std::deque<std::pair<nxJobRunner*, nxHostProduct*>> _positions;  // to be told of
     long long _nextDay = nxTime::Never;                              // of the accounts, once there is a venue
+    bool _isAmongBars = false;  // what comes next may be a bar of the same time
     nxAnswerChains _chains;
     std::vector<Ends> _ends;  // by the index of the job
 };

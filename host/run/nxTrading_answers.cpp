@@ -42,7 +42,11 @@ bool nxTrading::IsAnswerDue()
 {
     if (_venue == nullptr) return false;
     if (_answer) return true;
-    _venue->Advance(_clock.Get());
+    if (_isAmongBars) {
+        _venue->AdvanceAmongBars(_clock.Get());
+    } else {
+        _venue->Advance(_clock.Get());
+    }
     if (_venue->IsEventDue(_clock.Get()) && _venue->PopEvent(_answer.emplace(), _clock.Get())) return true;
     _answer.reset();
     _Reschedule();

@@ -28,10 +28,10 @@ class nxExchangeFixture
 {
 public:
     explicit nxExchangeFixture(const nxExchangeOptions& options, const nxDecimal& tick = Dec("1"),
-                               const nxTradingHours& hours = {}, bool isOfBars = false)
+                               const nxTradingHours& hours = {}, long long barPeriod = 0)
         : exchange(options)
     {
-        exchange.AddProduct({&market, tick, hours, isOfBars});
+        exchange.AddProduct({&market, tick, hours, barPeriod != 0, barPeriod});
     }
 
     void Quote(const nxFeedQuote& quote, long long time)

@@ -21,7 +21,10 @@ public:
         }
         for (unsigned int moves = joinsLate ? 1 + Below(20) : 1; moves != 0; --moves)
             MoveMarket();
-        if (joinsLate) _real.exchange.Join(0, ++_time);
+        if (!joinsLate) return;
+        MoveMarket(false);
+        _naive.ForgetTrades();
+        _real.exchange.Join(0, ++_time);
     }
 
     void Step()
@@ -152,10 +155,10 @@ private:
         }
     }
 
-    void MoveMarket()
+    void MoveMarket(bool mayTrade = true)
     {
         nxFeedQuote row = MakeNoQuote();
-        const bool isTrade = Below(2) == 0;
+        const bool isTrade = mayTrade && Below(2) == 0;
         if (isTrade) {
             const int price = Near(4), side = static_cast<int>(Below(3)) - 1;
             const unsigned int volume = 1 + Below(12);

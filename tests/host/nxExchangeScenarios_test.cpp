@@ -4,7 +4,7 @@
 //   == TITLE                   a new exchange with one product, SIM, whose market is open
 //   with KEY=VALUE ...         right below; fills=touch|cross|queue, tick=1, hours=09:00-17:00,
 //                              request=5000 (milliseconds; 5000-7000: drawn), answer=2, participation=50,
-//                              bars, queue (tell each move)
+//                              bars[=SECONDS] (60), queue (tell each move)
 //   [N/]HH:MM:SS ACTION        N days after Tuesday, 2 January 2024; without a time: at that of the line
 //   before
 //
@@ -134,6 +134,7 @@ public:
                 if (word.find(':') != std::string::npos) {
                     MoveTo(word);
                     words >> word;
+                    Collect(word == "bar");
                 }
                 Act(word, words);
                 Collect();
@@ -152,7 +153,7 @@ private:
         _options = {};
         _tick = Dec("1");
         _hours = {};
-        _isOfBars = false;
+        _barPeriod = 0;
         _time = FirstDay;
     }
 
@@ -174,7 +175,7 @@ private:
         } else if (key == "participation") {
             _options.participation = ToVolume(value).GetValue();
         } else if (key == "bars") {
-            _isOfBars = true;
+            _barPeriod = (value.empty() ? 60 : std::stoll(value)) * Second;
         } else if (key == "queue") {
             _options.reportQueue = true;
         } else {
@@ -184,7 +185,7 @@ private:
 
     void Open()
     {
-        _market = std::make_unique<nxExchangeFixture>(_options, _tick, _hours, _isOfBars);
+        _market = std::make_unique<nxExchangeFixture>(_options, _tick, _hours, _barPeriod);
         _market->exchange.OnOpen(0, _time);
     }
 
@@ -200,7 +201,6 @@ private:
         const long long time = FirstDay + (((day * 24LL + hour) * 60 + minute) * 60 + second) * Second;
         if (time < _time) Fail("time runs backwards");
         _time = time;
-        Collect();
     }
 
     void SetTerm(const std::string& word, nxOrderKind& kind, nxOrderTerms& terms)
@@ -328,11 +328,11 @@ private:
         if (word != key + "=" + actual) Fail(word + " is not so: " + actual);
     }
 
-    // Lets all happen that is due by now.
-    void Collect()
+    // Lets all happen that is due by now; in front of a bar, what ends now waits.
+    void Collect(bool beforeBar = false)
     {
         nxSimulatedExchange& exchange = _market->exchange;
-        exchange.Advance(_time);
+        beforeBar ? exchange.AdvanceAmongBars(_time) : exchange.Advance(_time);
         for (nxExchangeEvent event; exchange.PopEvent(event, _time);)
             _told.push_back(Describe(event, exchange));
     }
@@ -356,7 +356,7 @@ private:
     nxExchangeOptions _options;
     nxDecimal _tick;
     nxTradingHours _hours;
-    bool _isOfBars = false;
+    long long _barPeriod = 0;
     std::unique_ptr<nxExchangeFixture> _market;
     long long _time = FirstDay;
     std::vector<std::string> _told, _expected;

@@ -24,7 +24,6 @@ public:
         int price = 0, stop = 0, trail = 0;
         unsigned int volume = 0, executed = 0, peak = 0, threshold = 0, displayed = 0;
         std::optional<unsigned int> ahead;
-        std::optional<int> bound;  // of a stop that a trade triggered, until the other side is shown anew
         bool rests = false, waits = false;
 
         unsigned int GetRest() const { return volume - executed; }
@@ -55,6 +54,8 @@ public:
         _orders.push_back(order);
         Enter(_orders.size() - 1);
     }
+    // One that comes to be now knows of no trade before what is shown.
+    void ForgetTrades() { _traded[false] = _traded[true] = {}; }
     void Cancel(unsigned int id)
     {
         std::erase_if(_orders, [id](const Order& order) { return order.id == id; });
@@ -70,7 +71,6 @@ public:
         if (keeps) {
             *Find(id) = order;
         } else {
-            order.bound.reset();
             Cancel(id);
             New(order);
         }
@@ -83,52 +83,58 @@ public:
             unsigned int budget = volume;
             for (const int own : GetPrices(buys)) {
                 if (buys ? own < price : own > price) break;
-                if (_model == Model::Touch) {
+                const bool hits = own != price || side != (buys ? 1 : -1);
+                if (_model == Model::Touch && hits) {
                     unsigned int endless = ~0u;
                     Sweep(buys, own, endless, true);
                 } else if (own != price) {
                     Sweep(buys, own, budget, false);
-                } else if (side != (buys ? 1 : -1)) {
+                } else if (hits) {
                     ConsumeQueue(buys, own, volume, budget);
                 }
             }
         }
+        for (const bool bids : {true, false})
+            for (const auto& [level, shown] : _shown[bids]) {
+                const bool isBetter = bids ? level > price : level < price;
+                unsigned int& traded = _traded[bids][level];
+                if (isBetter) traded = shown;
+                if (level == price && side != (bids ? 1 : -1)) traded = std::min(shown, traded + volume);
+            }
     }
     void SetQuote(const std::optional<Quote>& quote, bool hasTrade)
     {
-        bool changed[2] = {false, false};
+        bool isAnew[2] = {false, false};
         for (const bool bids : {true, false}) {
             if (!quote) break;
             const Change& now = bids ? quote->first : quote->second;
             auto& shown = _shown[bids];
-            changed[bids] =
-                shown.size() != 1 || shown.begin()->first != now.price || shown.begin()->second != now.volume;
+            const bool isSame = shown.size() == 1 && shown.begin()->first == now.price;
+            isAnew[bids] = !hasTrade || !isSame || shown.begin()->second != now.volume;
             shown = {{now.price, now.volume}};
-            if (changed[bids]) _taken[bids].clear();
-            if (changed[bids]) LiftBounds(!bids);
-            if (changed[bids] || !hasTrade)
+            if (!isSame) _traded[bids] = _taken[bids] = {};
+            if (isAnew[bids]) ShowLevel(bids, now.price, now.volume);
+            if (isAnew[bids])
                 for (const int price : GetPrices(bids))
                     Refresh(bids, price, GetShown(bids, price));
         }
-        if (changed[false]) Meet(true);
-        if (changed[true]) Meet(false);
-        if (hasTrade || !_last) TryStops(hasTrade, changed);
+        if (isAnew[false]) Meet(true);
+        if (isAnew[true]) Meet(false);
+        if (hasTrade || !_last) TryStops();
     }
     void SetDepth(const std::vector<Change>& changes)
     {
         for (const Change& change : changes) {
             auto& shown = _shown[change.isBid];
-            const unsigned int before = shown.contains(change.price) ? shown[change.price] : 0;
             shown[change.price] = change.volume;
             if (change.volume == 0) shown.erase(change.price);
-            if (before != change.volume) _taken[change.isBid].erase(change.price);
-            LiftBounds(!change.isBid);
+            ShowLevel(change.isBid, change.price, change.volume);
         }
         for (const Change& change : changes)
             Refresh(change.isBid, change.price, change.volume);
         Meet(true);
         Meet(false);
-        if (!_last) TryStops(false, {});
+        if (!_last) TryStops();
     }
 
 private:
@@ -144,10 +150,11 @@ private:
     {
         std::erase_if(_orders, [](const Order& order) { return order.GetRest() == 0; });
     }
-    void LiftBounds(bool buys)
+    // The data name a level: its own trades are in that, and no more can be taken of it than there is.
+    void ShowLevel(bool bids, int price, unsigned int volume)
     {
-        for (Order& order : _orders)
-            if (order.rests && order.isMarket && order.isBuy == buys) order.bound.reset();
+        _traded[bids].erase(price);
+        _taken[bids][price] = std::min(_taken[bids][price], volume);
     }
     // Of resting limit orders, from the best on.
     std::vector<int> GetPrices(bool buys) const
@@ -171,13 +178,23 @@ private:
     std::optional<unsigned int> GetShown(bool bids, int price) const
     {
         const Side& shown = _shown[bids];
-        if (const auto level = shown.find(price); level != shown.end()) return level->second;
+        if (const auto level = shown.find(price); level != shown.end())
+            return level->second - GetFrom(_traded[bids], price);
         if (_hasDepth) return 0;
         if (shown.empty()) return {};
         const int best = shown.begin()->first;
         return (bids ? price > best : price < best) ? std::optional(0u) : std::nullopt;
     }
-    unsigned int GetFree(bool bids, int price) { return _shown[bids][price] - _taken[bids][price]; }
+    static unsigned int GetFrom(const Side& side, int price)
+    {
+        const auto found = side.find(price);
+        return found == side.end() ? 0 : found->second;
+    }
+    unsigned int GetFree(bool bids, int price) const
+    {
+        const unsigned int gone = GetFrom(_traded[bids], price) + GetFrom(_taken[bids], price);
+        return GetFrom(_shown[bids], price) - std::min(gone, GetFrom(_shown[bids], price));
+    }
     std::vector<int> GetShownPrices(bool bids) const
     {
         std::vector<int> prices;
@@ -243,17 +260,12 @@ private:
                 if (order->Reaches(price) && (!best || (order->isBuy ? price < *best : price > *best)))
                     best = price;
             };
-            const auto isOpen = [&](int price) {
-                const bool isStale =
-                    order->bound && (order->isBuy ? price < *order->bound : price > *order->bound);
-                return !isStale && _shown[!order->isBuy].contains(price);
-            };
             for (const int price : GetShownPrices(!order->isBuy))
-                if (isOpen(price) && GetFree(!order->isBuy, price) != 0) consider(price);
+                if (GetFree(!order->isBuy, price) != 0) consider(price);
             for (const int price : GetPrices(!order->isBuy))
                 consider(price);
             if (!best) return;
-            if (const unsigned int free = isOpen(*best) ? GetFree(!order->isBuy, *best) : 0; free != 0) {
+            if (const unsigned int free = GetFree(!order->isBuy, *best); free != 0) {
                 const unsigned int volume = std::min(free, order->GetRest());
                 _taken[!order->isBuy][*best] += volume;
                 Note(*order, *best, volume, false);
@@ -370,26 +382,25 @@ private:
         for (const unsigned int id : market)
             Take(id);
         for (const int quote : GetShownPrices(!buys)) {
-            unsigned int budget = GetFree(!buys, quote);
-            const unsigned int free = budget;
-            for (const int own : GetPrices(buys)) {
-                unsigned int endless = ~0u;
-                const bool isTouch = _model == Model::Touch;
-                if (buys ? own >= quote : own <= quote) Sweep(buys, own, isTouch ? endless : budget, isTouch);
-            }
-            _taken[!buys][quote] += free - budget;
+            const unsigned int free = GetFree(!buys, quote);
+            const bool isTouch = _model == Model::Touch;
+            unsigned int budget = isTouch && free != 0 ? ~0u : free;
+            const unsigned int begin = budget;
+            for (const int own : GetPrices(buys))
+                if (buys ? own >= quote : own <= quote) Sweep(buys, own, budget, isTouch);
+            _taken[!buys][quote] += std::min(free, begin - budget);
         }
     }
 
-    void TryStops(bool hasTrade, const bool (&changed)[2])
+    void TryStops()
     {
         std::vector<unsigned int> waiting;
         for (const Order& order : _orders)
             if (order.waits) waiting.push_back(order.id);
         for (const unsigned int id : waiting)
-            TryStop(id, hasTrade && !changed[!Find(id)->isBuy] ? _last : std::nullopt);
+            TryStop(id);
     }
-    void TryStop(unsigned int id, const std::optional<int>& bound = {})
+    void TryStop(unsigned int id)
     {
         Order& order = *Find(id);
         std::optional<int> price = _last;
@@ -403,7 +414,6 @@ private:
             return;
         }
         order.waits = false;
-        order.bound = bound;
         ToTheEnd(id);
         Enter(_orders.size() - 1);
     }
@@ -412,7 +422,8 @@ private:
     const bool _hasDepth;
     std::vector<Order> _orders;  // those that live, in the order of their places
     Side _shown[2];              // of the recorded market: asks, bids
-    Side _taken[2];
+    Side _traded[2];             // by the recorded market, since it showed the level
+    Side _taken[2];              // by orders
     std::map<int, std::optional<unsigned int>> _level[2];  // what own orders see of their levels
     std::optional<int> _last;
 };
