@@ -1,5 +1,7 @@
 #include "host/jobs/nxHostOrder.h"
 
+#include "host/exchange/nxOrderChecks.h"
+#include "host/exchange/nxVenue.h"
 #include "host/jobs/nxOrderServices.h"
 #include "host/jobs/nxOutputServices.h"
 #include "host/jobs/nxTimerServices.h"
