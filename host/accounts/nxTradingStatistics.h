@@ -17,6 +17,9 @@ struct nxTradingStatistics
         nxExactAmount fees;
         nxExactAmount best;      // the highest that the profit was, from 0 on
         nxExactAmount drawdown;  // the farthest that it fell from its highest
+        // The same, where bars are met at the worst of their high and low.
+        nxExactAmount worstDrawdown;
+        bool hasBars = false;  // what was open met a bar
     };
 
     unsigned long long orders = 0;  // sent, with the children of brackets
@@ -29,6 +32,6 @@ struct nxTradingStatistics
     {
         for (Money& known : money)
             if (known.currency == currency) return known;
-        return money.emplace_back(Money{currency, {}, {}, {}, {}, {}});
+        return money.emplace_back(Money{currency, {}, {}, {}, {}, {}, {}, false});
     }
 };

@@ -45,6 +45,8 @@ void nxMatchingEngine::OnFill(nxExchangeOrder& order, const nxDecimal& price, un
         event.fillVolume = volume;
         event.isMaker = isMaker;
         event.cause = cause;
+        // Whatever filled it has used up what was in front of it.
+        if (event.ahead.IsValid()) event.ahead = 0;
     });
     if (order.kind.execution == nxOrderExecution::Bracket)
         _consequences.push_back({order.id, {price, volume}});

@@ -45,14 +45,6 @@ public:
     nxDecimal GetMark() const { return _account.GetMark(GetMarket().GetPrice()); }
     // Begins the job's account with nothing in it.
     void SetAccount(const nxProductAccount& account) { _account = account; }
-    // What the job's money counts of it.
-    struct Value
-    {
-        nxDecimal mark;
-        nxExactAmount profit, open, fees;
-    };
-    Value& GetValue() { return _value; }
-
     // Whether the job's position is to be closed when the job has ended, and the orders sent for that.
     bool FlattensOnExit() const { return _flattens; }
     std::vector<nxHostOrder*>& GetClosingOrders() { return _closingOrders; }
@@ -110,7 +102,6 @@ private:
 
     const nxMarket& _market;
     nxProductAccount _account;
-    Value _value;
     bool _flattens = false;
     std::vector<nxHostOrder*> _closingOrders;
     nxAlgoPriceObject _priceEvent;

@@ -47,37 +47,6 @@ void nxTradingJob::NoteRequest(const nxHostOrder& order)
     GetServices().orders->NoteRequest(order);
 }
 
-void nxTradingJob::AddFill(nxHostProduct& product, nxSide side, const nxExchangeEvent& fill)
-{
-    product.GetAccount().AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
-    ++_trading.fills;
-    _trading.volume += fill.fillVolume;
-    if (fill.isMaker) _trading.makerVolume += fill.fillVolume;
-    _Value(product, product.GetMark());
-}
-
-void nxTradingJob::Revalue(nxHostProduct& product)
-{
-    const nxDecimal mark = product.GetMark();
-    if (mark != product.GetValue().mark) _Value(product, mark);
-}
-
-// The sums of a currency change by what one of its products does.
-void nxTradingJob::_Value(nxHostProduct& product, const nxDecimal& mark)
-{
-    const nxPositionKeeper& keeper = product.GetAccount().GetKeeper();
-    const nxHostProduct::Value now{mark, keeper.GetTotalProfit(mark), keeper.GetOpenProfit(mark),
-                                   keeper.GetTotal().fees};
-    const nxHostProduct::Value before = std::exchange(product.GetValue(), now);
-    nxTradingStatistics::Money& money = _trading[product.GetAccount().GetCurrency()];
-    money.profit += now.profit - before.profit;
-    money.open += now.open - before.open;
-    money.fees += now.fees - before.fees;
-    const nxExactAmount fallen = money.best - money.profit;
-    if (fallen.IsNegative()) money.best = money.profit;
-    if ((money.drawdown - fallen).IsNegative()) money.drawdown = fallen;
-}
-
 nxDecimal nxTradingJob::GetPandL(const nxCurrencyEnum& currency)
 {
     nxExactAmount profit;
@@ -87,11 +56,10 @@ nxDecimal nxTradingJob::GetPandL(const nxCurrencyEnum& currency)
     return profit.GetAsDecimal();
 }
 
-const nxTradingStatistics& nxTradingJob::GetTrading()
+unsigned long long nxTradingJob::GetSentCount() const
 {
-    _trading.orders = static_cast<unsigned long long>(
+    return static_cast<unsigned long long>(
         std::ranges::count_if(_orders, [](const auto& order) { return order->GetTicket().IsSent(); }));
-    return _trading;
 }
 
 bool nxTradingJob::HasOpenOrders(const nxHostProduct& product) const

@@ -29,11 +29,8 @@ public:
     const std::string& GetOrderUserString() const { return _orderUserString; }
     const std::string& GetOrderUserString2() const { return _orderUserString2; }
 
-    void AddFill(nxHostProduct& product, nxSide side, const nxExchangeEvent& fill);
-    // The market of a product that the job traded may have moved.
-    void Revalue(nxHostProduct& product);
-    const nxTradingStatistics& GetTrading();
-
+    // Orders, with the children of brackets.
+    unsigned long long GetSentCount() const;
     bool HasOpenOrders(const nxHostProduct& product) const;
     // Its orders stay in the market when it ends.
     bool ShattersOnExit() const { return _shatters; }
@@ -60,14 +57,11 @@ public:
     void SetEnableCrossProtection(bool on) override;
 
 private:
-    void _Value(nxHostProduct& product, const nxDecimal& mark);
-
     std::string _error;  // the latest refusal
     std::string _orderUserString, _orderUserString2;
     bool _crossProtected = false;
     bool _shatters = false;
     unsigned int _requestCount = 0;
-    nxTradingStatistics _trading;
     nxHostOrder::ShownRecord _shownRecord;
     std::vector<std::unique_ptr<nxHostOrder>> _orders;
     std::map<unsigned int, std::unique_ptr<nxForeignOrder>> _foreignOrders;  // by number, as looked at

@@ -56,10 +56,14 @@ void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
         (_price.*setter)(value);
         (_update.*setter)(value);
     };
-    set(&nxPrice::SetBidPrice, quote.bid);
-    set(&nxPrice::SetBidVolume, quote.bidVolume);
-    set(&nxPrice::SetAskPrice, quote.ask);
-    set(&nxPrice::SetAskVolume, quote.askVolume);
+    // A quote that the row repeats is none that changed.
+    const auto setNew = [&](auto getter, auto setter, const auto& value) {
+        if ((_price.*getter)() != value) set(setter, value);
+    };
+    setNew(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, quote.bid);
+    setNew(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume, quote.bidVolume);
+    setNew(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, quote.ask);
+    setNew(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume, quote.askVolume);
     set(&nxPrice::SetLastPrice, quote.last);
     set(&nxPrice::SetLastVolume, quote.lastVolume);
     if (!quote.IsTrade()) return;

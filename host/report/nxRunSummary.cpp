@@ -103,7 +103,10 @@ void WriteTrading(Rows& rows, const nxRunStatistics& statistics)
             if (!money.currency.IsUndefined()) out << money.currency.GetAsString() << " ";
             out << Money(money.profit) << ": realised " << Money(money.profit - money.open) << ", open "
                 << Money(money.open) << ", fees in it " << Money(money.fees) << ", largest drawdown "
-                << Money(money.drawdown) << "\n";
+                << Money(money.drawdown);
+            if (money.hasBars)
+                out << " by closes, " << Money(money.worstDrawdown) << " by the worst of high and low";
+            out << "\n";
         }
     }
 }

@@ -68,11 +68,30 @@ void nxJobLife::End(nxJobRunner& runner, const std::string& reason, bool isEarly
     runner.GetJob().SetRunning(false);
     _timers.StopAll(runner.GetJob());
     _trading.PullOrders(runner.GetJob());
-    _output.Record(runner.GetJob(), "jobStopped", {{"reason", reason}});
+    if (!_isAllEnding) _RecordEnd(runner);
     _news.Publish(runner);
     _news.Announce(nxCallback::OnVorantJobStopped, runner);
     Hold(wasHeld);
     Run();
+}
+
+void nxJobLife::EndAll(const std::string& reason, bool isEarly)
+{
+    Hold(true);
+    _isAllEnding = true;
+    std::vector<nxJobRunner*> ending;
+    for (const auto& runner : _jobs)
+        if (!runner->IsOver()) ending.push_back(runner.get());
+    for (nxJobRunner* runner : ending)
+        End(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
+    _trading.Finish();
+    for (nxJobRunner* runner : ending)
+        _RecordEnd(*runner);
+}
+
+void nxJobLife::_RecordEnd(nxJobRunner& runner)
+{
+    _output.Record(runner.GetJob(), "jobStopped", {{"reason", runner.GetStatistics().end}});
 }
 
 void nxJobLife::_EndAsked()

@@ -22,6 +22,9 @@ public:
     void Start(nxJobRunner& runner);
     // isEarly: others go on, or would have.
     void End(nxJobRunner& runner, const std::string& reason, bool isEarly);
+    // At the end of the run all end at one moment, so none is told of another's end. What was on its way to
+    // them counts, and comes before their end in the record.
+    void EndAll(const std::string& reason, bool isEarly);
 
     void Settle(nxJobRunner& runner) override;
     void Run() override;
@@ -29,6 +32,7 @@ public:
 
 private:
     void _EndAsked();
+    void _RecordEnd(nxJobRunner& runner);
     // Delivers one thing that is to be told; false when there is none.
     bool _DeliverNext(std::size_t& news);
 
@@ -42,4 +46,5 @@ private:
     const nxEventSource& _source;
     std::size_t _jobsToGo;  // that have not ended
     bool _isHeld = false;
+    bool _isAllEnding = false;
 };

@@ -213,13 +213,14 @@ void nxRun::_ApplyDepth(nxMarket& market, const nxFeedEvent& event)
     ++_state.statistics.depthChanges;
     _state.statistics.depthRows += event.rows;
     market.product.ApplyDepth(event.levels);
+    // A product with quotes of its own has its prices from there.
+    const nxFeedProduct& known = _source.GetProducts().Get(event.product);
+    const bool hasPrices = known.Has(nxFeedKind::Quote) || known.Has(nxFeedKind::Bar);
+    const bool isPriced = !hasPrices && market.product.QuoteFromDepth();
     _Trade(market, event);
     _bars.Count();
     _delivery.DeliverDepth(market);
-    // A product with quotes of its own has its prices from there.
-    const nxFeedProduct& known = _source.GetProducts().Get(event.product);
-    if (!known.Has(nxFeedKind::Quote) && !known.Has(nxFeedKind::Bar) && market.product.QuoteFromDepth())
-        _delivery.DeliverPrice(market);
+    if (isPriced) _delivery.DeliverPrice(market);
 }
 
 void nxRun::_Trade(nxMarket& market, const nxFeedEvent& event)
@@ -269,14 +270,10 @@ void nxRun::_Finish()
 {
     const bool isEarly = _state.IsEnding();
     _NameTheEnd();
-    // All of them end at this one moment, so none is told of another's end.
-    _life.Hold(true);
     const std::string reason = _state.end;
+    _life.EndAll(reason, isEarly);
     for (const auto& runner : _jobs)
-        _life.End(*runner, runner->IsEndAsked() ? runner->GetEndReason() : reason, isEarly);
-    _trading.Finish();
-    for (const auto& runner : _jobs)
-        runner->GetStatistics().trading = runner->GetJob().GetTrading();
+        runner->GetStatistics().trading = _trading.GetStatistics(runner->GetJob());
     nxNoteWhatIsMissing(_state, _jobs, _trading, _source.GetProducts());
 }
 

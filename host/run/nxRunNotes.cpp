@@ -76,7 +76,7 @@ void NoteMissingQuotes(nxTradingJob& job, const nxFeedProductTable& products, st
 
 void NoteUnfilled(nxTradingJob& job, const nxTrading& trading, std::vector<std::string>& notes)
 {
-    const nxTradingStatistics& counted = job.GetTrading();
+    const nxTradingStatistics counted = trading.GetStatistics(job);
     if (counted.orders == 0 || counted.fills != 0) return;
     const auto [reason, count] = trading.GetCommonestEnd(job);
     std::string text = fmt::format("no order was filled; {} of {}: {}", count, counted.orders, reason);

@@ -34,16 +34,15 @@ void nxTrading::_Open()
     if (!_state.options.explain.empty())
         _stories.emplace(_state.options.explain,
                          [this](const nxExchangeOrder& order, const nxExchangeEvent& fill) {
-                             const auto market = std::ranges::find_if(_markets, [&](const Market& known) {
-                                 return known.market != nullptr && known.venueProduct == order.kind.product;
-                             });
-                             return market->none.GetFee(fill.fillPrice, fill.fillVolume, fill.isMaker);
+                             return _ledger.GetEmptyAccount(order.kind.product)
+                                 .GetFee(fill.fillPrice, fill.fillVolume, fill.isMaker);
                          });
     const bool reportQueue = std::ranges::any_of(_jobs, [](const auto& runner) {
         return runner->GetJob().GetObject().IsFunctionDefined(
             nxGetCallbackName(nxCallback::OnOrderQPosition));
     });
-    _venue = _makeVenue(reportQueue, _stories ? &*_stories : nullptr);
+    _ledger.SetNext(_stories ? &*_stories : nullptr);
+    _venue = _makeVenue(reportQueue, &_ledger);
     _nextDay = nxFeedTime::GetNextMidnight(_clock.Get());
     for (Market& market : _markets)
         if (market.market != nullptr) _AddToVenue(market);
@@ -75,6 +74,7 @@ void nxTrading::_AddToVenue(Market& added)
     const nxVenue::Product product{&market.product, market.tickSize, market.GetHours(), _IsOfBars(market),
                                    known != nullptr ? known->GetBarPeriod() : 0};
     added.venueProduct = _venue->AddProduct(product);
+    _ledger.AddProduct(added.none, market.product);
     const bool hasHours = product.hours.IsEmpty() || product.HasHours();
     if (hasHours ? market.product.GetState().GetValue() != nxAlgoStateObject::Open : market.isFresh) return;
     if (market.isFresh) {
@@ -113,9 +113,9 @@ void nxTrading::OnEvent(const nxMarket& market, const nxFeedEvent& event)
 {
     if (_venue == nullptr) return;
     _isAmongBars = event.kind == nxFeedKind::Bar;
-    Market& traded = _markets[market.index];
-    _venue->OnEvent(traded.venueProduct, event);
-    _Revalue(traded);
+    const unsigned int product = _markets[market.index].venueProduct;
+    _venue->OnEvent(product, event);
+    _ledger.Mark(product, _isAmongBars ? &event.bar : nullptr);
     _Reschedule();
 }
 
@@ -145,11 +145,11 @@ void nxTrading::NoteRequest(const nxHostOrder& order)
     _Reschedule();
 }
 
-// What is open follows the market, for the largest fall of the profit.
-void nxTrading::_Revalue(const Market& market)
+nxTradingStatistics nxTrading::GetStatistics(const nxTradingJob& job) const
 {
-    for (const auto& [job, product] : market.traded)
-        if (product->GetAccount().GetKeeper().GetNet() != 0) job->Revalue(*product);
+    nxTradingStatistics statistics = _ledger.GetStatistics(job.GetIndex());
+    statistics.orders = job.GetSentCount();
+    return statistics;
 }
 
 void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
@@ -157,11 +157,8 @@ void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _markets[product.GetMarketIndex()];
     const nxSide side = order.GetTicket().GetSide();
-    nxTradingJob& job = order.GetOwner();
-    job.AddFill(product, side, fill);
+    product.GetAccount().AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
     market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
-    const std::pair trader(&job, &product);
-    if (std::ranges::find(market.traded, trader) == market.traded.end()) market.traded.push_back(trader);
     for (const auto& runner : _jobs) {
         nxHostProduct* const known = runner->GetJob().FindProduct(market.market->product.GetName());
         if (known == nullptr) continue;
@@ -244,8 +241,7 @@ void nxTrading::_FlattenAtEnd()
             if (product->FlattensOnExit() && _FindNoExit(*product) == nullptr)
                 runner->GetJob().ClosePosition(*product, true);
     _TakeLastAnswers();
-    for (const Market& market : _markets)
-        _Revalue(market);
+    _ledger.Settle();
     for (const auto& runner : _jobs)
         runner->GetStatistics().exits = runner->GetJob().DescribeExits([this](const nxHostProduct& product) {
             const char* const why = _FindNoExit(product);

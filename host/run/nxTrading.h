@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/accounts/nxLedger.h"
 #include "host/accounts/nxProductAccount.h"
 #include "host/exchange/nxVenue.h"
 #include "host/jobs/nxOrderServices.h"
@@ -56,6 +57,7 @@ public:
     // positions are closed that are to be.
     void Finish();
     void WriteStories();
+    nxTradingStatistics GetStatistics(const nxTradingJob& job) const;
     // How most orders of a job that were not filled ended, and how many; those that have not are counted as
     // such.
     std::pair<std::string, unsigned long long> GetCommonestEnd(const nxTradingJob& job) const;
@@ -82,8 +84,6 @@ private:
         unsigned int venueProduct = 0;  // once there is a venue
         nxProductAccount none;          // how an account begins
         nxProductAccount everybody;     // of all jobs together
-        // Those that had a fill of it, with their product of it.
-        std::vector<std::pair<nxTradingJob*, nxHostProduct*>> traded;
     };
     // Of one job's orders that ended without a fill, by the reason.
     using Ends = std::map<std::string, unsigned long long>;
@@ -93,7 +93,6 @@ private:
     void _Reschedule();
     void _NoteEnd(const nxExchangeEvent& event);
     void _AddFill(nxHostOrder& order, const nxExchangeEvent& fill);
-    void _Revalue(const Market& market);
     nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
     void _TellAnswer(nxHostOrder& order, const nxExchangeEvent& event);
     void _TakeLastAnswers();
@@ -110,7 +109,8 @@ private:
     nxSchedule& _schedule;
     std::vector<Market> _markets;            // by index; empty where none was met
     std::optional<nxOrderStories> _stories;  // where some are asked for
-    std::unique_ptr<nxVenue> _venue;         // from the first order on
+    nxLedger _ledger;
+    std::unique_ptr<nxVenue> _venue;  // from the first order on
     const MakeVenue _makeVenue;
     std::vector<nxHostOrder*> _orders;          // as they came to be
     std::vector<nxHostOrder*> _ordersByNumber;  // from 1; null: no job knows of it yet

@@ -47,6 +47,7 @@ bool nxTrading::IsAnswerDue()
     } else {
         _venue->Advance(_clock.Get());
     }
+    _ledger.Settle();
     if (_venue->IsEventDue(_clock.Get()) && _venue->PopEvent(_answer.emplace(), _clock.Get())) return true;
     _answer.reset();
     _Reschedule();

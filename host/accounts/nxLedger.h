@@ -1,0 +1,78 @@
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "host/accounts/nxProductAccount.h"
+#include "host/accounts/nxTradingStatistics.h"
+#include "host/exchange/nxExchangeObserver.h"
+#include "host/feed/nxFeedEvent.h"
+
+// What the orders of the jobs of a run came to, as an onlooker books it: each fill when the exchange makes
+// it, whenever the script is told, and what is open at the market's price once all fills of a row are booked.
+// So a profit or a drawdown is never that of a position that was not held. Used on the run's thread.
+class nxLedger : public nxExchangeObserver
+{
+public:
+    // Is told what the ledger is told; null for none. Outlives it.
+    void SetNext(nxExchangeObserver* next) { _next = next; }
+
+    // In the order of the exchange's numbers of them. `none` is an account with nothing in it; the market
+    // outlives the ledger.
+    void AddProduct(const nxProductAccount& none, const nxMarketProduct& market)
+    {
+        _products.push_back({none, &market, {}});
+    }
+    const nxProductAccount& GetEmptyAccount(unsigned int product) const { return _products[product].none; }
+
+    // Values what was filled since the last call.
+    void Settle()
+    {
+        if (!_filled.empty()) [[unlikely]]
+            _ValueFilled();
+    }
+    // The market of a product may have moved. bar: by that one, else null.
+    void Mark(unsigned int product, const nxFeedBar* bar);
+
+    // Without orders, which the ledger does not count.
+    nxTradingStatistics GetStatistics(unsigned int job) const
+    {
+        return job < _jobs.size() ? _jobs[job] : nxTradingStatistics();
+    }
+
+    void OnRequest(const nxExchangeOrder& order, nxOrderRequest request, const nxOrderTerms& terms,
+                   const nxMarketProduct& market, long long sent, long long due) override;
+    void OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
+                 const nxMarketProduct& market) override;
+    void OnQueueMove(const nxExchangeOrder& order, const nxVolume& before, nxQueueMove move,
+                     long long time) override;
+    void OnMarket(unsigned int product, const nxMarketProduct& market, const nxTraded* traded,
+                  long long time) override;
+
+private:
+    // What one job has of a product, and what the job's money counts of it.
+    struct Holding
+    {
+        unsigned int job;
+        nxProductAccount account;
+        nxDecimal mark;
+        nxExactAmount profit, open, fees;
+    };
+    struct Product
+    {
+        nxProductAccount none;
+        const nxMarketProduct* market;
+        std::vector<Holding> holdings;
+    };
+
+    Holding& _Get(unsigned int job, unsigned int product);
+    nxTradingStatistics::Money& _GetMoney(const Holding& holding);
+    void _ValueFilled();
+    void _Value(Holding& holding, const nxDecimal& mark);
+    void _LookAtWorst(const Holding& holding, const nxFeedBar& bar);
+
+    std::vector<Product> _products;
+    std::vector<nxTradingStatistics> _jobs;
+    std::vector<std::pair<unsigned int, unsigned int>> _filled;  // job and product; not valued yet
+    nxExchangeObserver* _next = nullptr;
+};
