@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxRowFile.h"
 #include "tests/support/nxScriptJob.h"
 #include "tests/support/nxSetTime.h"
 
@@ -39,25 +40,8 @@ protected:
 
 TEST_F(nxAlgoEventWindowObjectTest, IsMadeByTheProduct)
 {
-    nxRecordingLog log;
-    const std::pair<const char*, const char*> rows[] = {
-        {"p = job:getProduct('FDAX') p:createTradeWindow()",
-         "error: createTradeWindow requires 1 or 2 parameters"},
-        {"p:createTradeWindow(1, 2, 3)", "error: createTradeWindow requires 1 or 2 parameters"},
-        {"a, b = p:createTradeWindow(60), p:createTradeWindow(60, 2.5) return a.id == b.id, a.size",
-         "false 0"},
-        {"a.min, a.max, a.averagePrice, a.vwap, a.range, a.totaltraded, a.stddev",
-         "nil nil nil nil nil nil nil"},
-        {"a.change, a.averageVolume, a.first, a.last, a.slope", "nil nil nil nil nil"},
-        {"a:stop('ignored')", ""},  // there is nothing to stop
-    };
-    for (const auto& [code, expected] : rows)
-        EXPECT_EQ(script.Evaluate(code), expected) << code;
-    EXPECT_EQ(log.TakeLines(),
-              "32 [test] Create Trade Window.  Duration : 60 , Frequency : 0\n"
-              "32 [test] Create Trade Window.  Duration : 60 , Frequency : 2.5\n"
-              "32 [test] Stopping Trade Window\n");
-    EXPECT_EQ(product.windowCalls + script.host.TakeCalls(), "");
+    nxExpectRows("scripts/times.txt", [this](const std::string& code) { return script.Tell(code); });
+    EXPECT_EQ(product.windowCalls, "");
 }
 
 TEST_F(nxAlgoEventWindowObjectTest, TellsOfEachTradeThatChangesSomething)
