@@ -1,6 +1,7 @@
 #include "host/jobs/nxHostOrder.h"
 
 #include "tests/host/nxHostFixture.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -53,76 +54,25 @@ std::string RunWith(const std::string& script, const std::string& rows = Quotes,
     return log;
 }
 
+// What is done at the first price and, after THEN, at the second.
+std::string RunAtPrices(const std::string& what)
+{
+    const std::size_t then = what.find(" THEN ");
+    return RunWith("function step(n) if n == 1 then " + what.substr(0, then) + " elseif n == 2 then " +
+                   (then == what.npos ? "" : what.substr(then + 6)) + " end end");
+}
+
 TEST(HostOrder, TellsItsLifeInOrderAndOutsideOtherCallbacks)
 {
-    const struct
-    {
-        const char* name;
-        const char* script;
-        const char* log;
-    } cases[] = {
-        {"takes", "function step(n) if n == 1 then limit('BUY', 3, 101) end end",
-         "00 Working 1 0/3 at 101\n00 Fill 1 3 at 101\n00 Completed 1 3/3 at 101\n"},
-        {"rests behind the queue", "function step(n) if n == 1 then limit('BUY', 5, 99) end end",
-         "00 Working 1 0/5 at 99\n02 Fill 1 2 at 99\n"},
-        {"amends and pulls",
-         "function step(n) if n == 1 then o = limit('BUY', 5, 98) elseif n == 2 then o:work{price = 97} "
-         "o:pull() end end",
-         "00 Working 1 0/5 at 98\n01 Working 1 0/5 at 97\n01 Cancelled 1 0/5 at 97\n"},
-        {"bracket",
-         "function step(n) if n == 1 then o = product:createOrder{side='BUY', type='LIMIT', exec='BRACKET'}\n"
-         "o:work{volume=1, price=101, bracketProfit=5, bracketStopLoss=7} end end",
-         "00 Working 1 0/1 at 101\n00 Fill 1 1 at 101\n00 Completed 1 1/1 at 101\n"
-         "00 New 2 SELL MARKETSTOP of 1MARKET\n00 New 3 SELL LIMIT of 1MARKET\n"
-         "00 Working 2 0/1 at nil\n00 Working 3 0/1 at 106\n"},
-        {"sent from an answer",
-         "function after(name, u) if name == 'Fill' and u.id == 1 then limit('SELL', 1, 110) end end\n"
-         "function step(n) if n == 1 then limit('BUY', 1, 101) end end",
-         "00 Working 1 0/1 at 101\n00 Fill 1 1 at 101\n00 Completed 1 1/1 at 101\n00 Working 2 0/1 at 110\n"},
-        {"rejected with a cause",
-         "function step(n) if n == 1 then o = product:createOrder{side='BUY', type='LIMIT', time='PREOPEN'} "
-         "o:work{volume=1, price=9} end end",
-         "00 order 1 is rejected: the market is open already\n00 Rejected 1 0/1 at 9 ORDER_MARKET_STATE\n"},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(RunWith(row.script), row.log);
-    }
+    nxExpectRows("host/orders.txt", RunAtPrices);
 }
 
 TEST(HostOrder, RefusesAtOnceWithAReason)
 {
-    const struct
-    {
-        const char* call;
-        const char* reason;
-    } cases[] = {
-        {"try(make('BUY', 'LIMIT'), 'work', {volume = 1})", "a LIMIT order needs a price"},
-        {"try(make('BUY', 'MARKET'), 'work', {volume = 0})", "the volume is 0"},
-        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, stopVolume = 1})",
-         "stopVolume is not supported by the simulated exchange"},
-        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, minVolume = 1})",
-         "minVolume is not supported by the simulated exchange"},
-        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, finesseTicks = 1})",
-         "finesseTicks is not supported by the simulated exchange"},
-        {"try(make('BUY', 'LIMIT'), 'pull')", "the order was never worked"},
-        {"local o = limit('BUY', 1, 9) o:pull() try(o, 'pull')", "the order is being pulled"},
-        {"local o = limit('BUY', 1, 9) o:pull() try(o, 'work', {volume = 2})", "the order is being pulled"},
-        {"filled = limit('BUY', 1, 101)", ""},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.call);
-        const std::string log =
-            RunWith("function step(n) if n == 1 then " + std::string(row.call) + " end end");
-        if (*row.reason != '\0') {
-            EXPECT_TRUE(log.starts_with("00 " + std::string(row.reason) + "\n")) << log;
-        }
-    }
-    EXPECT_NE(
-        RunWith("function step(n) if n == 1 then o = limit('BUY', 1, 101) elseif n == 2 then try(o, 'work', "
-                "{volume = 2}) try(o, 'pull') end end")
-            .find("01 the order is filled\n01 the order is filled\n"),
-        std::string::npos);
+    nxExpectRows("host/orders.txt", [](const std::string& call) {
+        const std::string log = RunAtPrices(call);
+        return log.substr(3, log.find('\n') - 3);
+    });
 }
 
 TEST(HostOrder, AnswersTravelInRecordedTime)

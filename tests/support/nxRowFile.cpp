@@ -24,8 +24,13 @@ std::vector<nxRow> nxReadRows(const std::string& name)
             row.section = text;
             continue;
         }
+        if (text.starts_with("| ")) {
+            rows.at(rows.size() - 1).outcome += " " + text;
+            continue;
+        }
         const std::size_t arrow = text.find("=>");
-        row.what += (row.what.empty() ? "" : "\n") + nxTrim(text.substr(0, arrow));
+        const std::string what = text.substr(0, arrow);
+        row.what += (row.what.empty() ? "" : "\n") + what.substr(0, what.find_last_not_of(' ') + 1);
         if (arrow == std::string::npos) continue;
         row.outcome = nxTrim(text.substr(arrow + 2));
         rows.push_back(row);

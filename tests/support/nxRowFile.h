@@ -5,8 +5,10 @@
 #include <vector>
 
 // A row of a file of behaviour: what is done, and what it comes to. Such a file has lines "what => outcome",
-// of which the part before the arrow may begin on earlier lines. Lines "--- section" and "=== section" stand
-// before the rows of a section; empty lines and those that begin with # tell nothing.
+// of which the part before the arrow may begin on earlier lines, and the outcome go on in lines that begin
+// with
+// "| ". Lines "--- section" and "=== section" stand before the rows of a section; empty lines and those that
+// begin with # tell nothing.
 struct nxRow
 {
     std::string section;  // with its --- or ===
