@@ -33,7 +33,7 @@ TEST_F(nxAlgoJobObjectTest, AFailedLoadIsAnsweredLoggedAndForATextTold)
     EXPECT_EQ(job.LoadFile("/no/such/file.lua"), nxErrorEnum(nxError_ScriptLoadFailed));
     EXPECT_EQ(log.TakeLines(), "32 [test] Failed to load file /no/such/file.lua\n");
     EXPECT_EQ(job.GetErrorText(), "");
-    EXPECT_TRUE(job.LoadFile(NX_TEST_DIR "/scripts/prelude_list.lua").IsSuccess());
+    EXPECT_TRUE(job.LoadFile(NX_TEST_DIR "/apps/check/clean.lua").IsSuccess());
     EXPECT_EQ(log.TakeLines(), "");
 }
 

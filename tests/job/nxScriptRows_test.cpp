@@ -51,6 +51,6 @@ TEST_P(nxScriptRows, EveryRowComesToWhatItSays)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, nxScriptRows, testing::Values("analytics", "job"));
+INSTANTIATE_TEST_SUITE_P(Files, nxScriptRows, testing::Values("analytics", "job", "prelude"));
 
 }  // namespace
