@@ -18,41 +18,17 @@ std::string GetError(const std::string& content)
     return isRead ? "" : file.Hide(error.GetText());
 }
 
-TEST(nxFeedProductFileTest, ReadsAllThatAProductMayHave)
+std::vector<nxProductDescription> Read(const std::string& path)
 {
-    const nxFeedFile file(R"([[product]]
-name = "ESZ3"
-tickSize = 0.25
-lotSize = 1
-pointValue = "50.00"
-currency = "USD"
-exchange = "CME"
-description = "E-mini"
-tradingHours = "17:00-16:00"
-makerFee = -0.01
-takerFee = 0.25
-
-[[product]]
-name = "ESZ3-ESH4"
-priceOffset = -0.5
-[[product.leg]]
-product = "ESZ3"
-[[product.leg]]
-product = "ESH4"
-side = "SELL"
-priceRatio = 0.5
-tradeRatio = "2.0"
-
-[[product]]
-name = "ESH4"
-
-[[product]]
-name = "short"
-legs = [{ product = "ESZ3-ESH4" }, { product = "ESZ3" }]
-)");
     std::vector<nxProductDescription> products;
     nxFeedError error;
-    ASSERT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
+    EXPECT_TRUE(nxProductFile::Read(path, products, error)) << error.GetText();
+    return products;
+}
+
+TEST(nxFeedProductFileTest, ReadsAllThatAProductMayHave)
+{
+    const auto products = Read(NX_TEST_DIR "/data/host/all_keys.toml");
     ASSERT_EQ(products.size(), 4u);
     const nxProductDescription& future = products[0];
     EXPECT_EQ(future.name, "ESZ3");
@@ -83,17 +59,16 @@ legs = [{ product = "ESZ3-ESH4" }, { product = "ESZ3" }]
 
 TEST(nxFeedProductFileTest, FloatsCountAsTheirShortestText)
 {
-    for (const char* number : {"0.01", "0.1", "0.005", "0.00000001", "1e-3", "\"0.010\"", "5.0"}) {
+    for (const auto& [number, expected] : {std::pair("0.01", "0.01"),
+                                           {"0.1", "0.1"},
+                                           {"0.005", "0.005"},
+                                           {"0.00000001", "0.00000001"},
+                                           {"1e-3", "0.001"},
+                                           {"\"0.010\"", "0.010"},
+                                           {"5.0", "5"}})
+    {
         const nxFeedFile file(std::string("[[product]]\nname = \"A\"\ntickSize = ") + number + "\n");
-        std::vector<nxProductDescription> products;
-        nxFeedError error;
-        ASSERT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
-        const std::string written = number;
-        const std::string expected = written == "1e-3"        ? "0.001"
-                                     : written == "\"0.010\"" ? "0.010"
-                                     : written == "5.0"       ? "5"
-                                                              : written;
-        EXPECT_EQ(products[0].tickSize.GetAsString(), expected);
+        EXPECT_EQ(Read(file.GetPath()).at(0).tickSize.GetAsString(), expected);
     }
 }
 
@@ -111,12 +86,8 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
 
 TEST(nxFeedProductFileTest, TheExampleIsAFutureAShareAPairAndASpread)
 {
-    std::vector<nxProductDescription> products;
-    nxFeedError error;
-    ASSERT_TRUE(nxProductFile::Read(NX_SOURCE_DIR "/examples/products.toml", products, error))
-        << error.GetText();
     std::string names;
-    for (const nxProductDescription& product : products)
+    for (const nxProductDescription& product : Read(NX_SOURCE_DIR "/examples/products.toml"))
         names += product.name + (product.IsStrategy() ? " of legs," : ",");
     EXPECT_EQ(names, "NEAR,FAR,SHARE,EURUSD,FAR-NEAR of legs,");
 }
