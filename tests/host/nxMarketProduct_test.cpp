@@ -72,6 +72,8 @@ TEST_F(nxMarketProductTest, TheVolumeOfADayStopsAtTheLargestAndNeverBecomesAMark
     product.ApplyQuote(Trade("100", largest - 1), 0);
     product.ApplyQuote(Trade("100", 7u), 1);
     EXPECT_EQ(product.GetPrice().GetTotalTradedVolume().GetValue(), largest);
+    EXPECT_EQ(ShowDay(product.GetPriceUpdate()), "= = = 100 = 4294967293")
+        << "an equal high or low is no news";
 }
 
 TEST_F(nxMarketProductTest, QuotesFromDepthTellTheBestLevelsAsTheyChange)
