@@ -20,6 +20,8 @@ import sys
 import tempfile
 import time
 
+from cases import read_cases
+
 HERE = os.path.dirname(os.path.abspath(__file__))
 GOLDEN = os.path.join(HERE, "golden")
 EXAMPLES = os.path.join(HERE, "..", "..", "examples")
@@ -29,29 +31,7 @@ QUOTES = "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n"
 END = "\nend         "
 
 
-def read_cases():
-    """The files and the cases of cases.txt, of which each is [name, arguments, exit status, texts of out, of err]."""
-    files, cases, file = {}, [], None
-    with open(os.path.join(HERE, "cases.txt")) as lines:
-        for line in lines.read().splitlines():
-            key, _, text = line.partition(" ")
-            if line.startswith("  "):
-                files[file] += line[2:] + "\n"
-            elif key == "file":
-                file = text
-                files[file] = ""
-            elif key == "==":
-                name, _, command = text.partition(":")
-                arguments, _, status = command.partition("=>")
-                cases.append([name, arguments, int(status), [], []])
-            elif key in ("out", "err"):
-                cases[-1][3 if key == "out" else 4].append(text.replace("\\n", "\n"))
-            elif line and key != "#":
-                raise ValueError(line)
-    return files, cases
-
-
-FILES, CASES = read_cases()
+FILES, CASES = read_cases("cases.txt")
 DAY, TELL = FILES["day.csv"], FILES["tell.lua"]
 FILES |= {
     "both.lua": TELL.replace("a:subscribe()", 'a:subscribe() job:getProduct("B"):subscribe()'),

@@ -55,16 +55,17 @@ std::string RunWith(const std::string& script, const std::string& rows = Quotes,
 }
 
 // What is done at the first price and, after THEN, at the second.
-std::string RunAtPrices(const std::string& what)
+std::string RunAtPrices(const std::string& what, const nxExchangeOptions& exchange = {})
 {
     const std::size_t then = what.find(" THEN ");
     return RunWith("function step(n) if n == 1 then " + what.substr(0, then) + " elseif n == 2 then " +
-                   (then == what.npos ? "" : what.substr(then + 6)) + " end end");
+                       (then == what.npos ? "" : what.substr(then + 6)) + " end end",
+                   Quotes, exchange);
 }
 
 TEST(HostOrder, TellsItsLifeInOrderAndOutsideOtherCallbacks)
 {
-    nxExpectRows("host/orders.txt", RunAtPrices);
+    nxExpectRows("host/orders.txt", [](const std::string& what) { return RunAtPrices(what); });
 }
 
 TEST(HostOrder, RefusesAtOnceWithAReason)
@@ -79,19 +80,7 @@ TEST(HostOrder, AnswersTravelInRecordedTime)
 {
     nxExchangeOptions exchange;
     exchange.request = exchange.answer = {250'000'000, 250'000'000};
-    EXPECT_EQ(
-        RunWith("function step(n) if n == 1 then o = limit('BUY', 5, 98) elseif n == 2 then "
-                "job:logText(o.working) o:pull() job:logText(tostring(o.state:isPendingCancel())) end end",
-                Quotes, exchange),
-        "00.500  Working 1 0/5 at 98\n01 5\n01 true\n01.500  Cancelled 1 0/5 at 98\n");
-    // Filled while the pull travels; the answer that it is in the market leaves the pull pending.
-    EXPECT_EQ(
-        RunWith("function after() job:logText(tostring(o.state:isPendingCancel())) end\n"
-                "function step(n) if n == 1 then o = limit('BUY', 1, 101) o:pull() end end",
-                Quotes, exchange),
-        "00.500  Working 1 0/1 at 101\n00.500  true\n00.500  Fill 1 1 at 101\n00.500  true\n"
-        "00.500  Completed 1 1/1 at 101\n00.500  true\n00.500  order 1 is not pulled: the order is filled\n"
-        "00.500  CancelRejected 1 1/1 at 101 ORDER_IS_OVER\n00.500  false\n");
+    nxExpectRows("host/orders.txt", [&](const std::string& what) { return RunAtPrices(what, exchange); });
 }
 
 TEST(HostOrder, OtherJobsLookAtItAndChangeNothing)
@@ -126,20 +115,6 @@ TEST(HostOrder, WhatIsOverAnswersAsItEnded)
         const std::string log = RunWith(script);
         return log.substr(log.find("03 "));
     });
-}
-
-TEST(HostOrder, OrdersWithoutEndEndTheJob)
-{
-    nxHostRun run;
-    run.options.continueOnError = true;
-    run.SetScript(
-        "function OnInit() p = job:getProduct('A') p:subscribePrice() end\n"
-        "function OnPrice() if o then return end o = p:createOrder{side='BUY', type='LIMIT'} "
-        "o:work{volume=1, price=9} end\n"
-        "function OnOrderWorking() o:work{price = o.price == 9 and 8 or 9} end\n");
-    run.AddQuotes(Quotes);
-    EXPECT_EQ(run.Run(), nxRunResult::ScriptFailed);
-    EXPECT_EQ(run.GetLine("end"), "its orders had no end");
 }
 
 }  // namespace
