@@ -59,6 +59,8 @@ TEST_F(nxAlgoEventWindowObjectTest, TellsOfEachTradeThatChangesSomething)
     EXPECT_EQ(script.Evaluate("w:enableRegression()"), "");
     EXPECT_EQ(Trade(6, nxDecimal(2010, 10, 1), 1u), "OnEventWindow");
     EXPECT_EQ(script.Evaluate(Shown), "3 5 100.5 201 134 100 10.05");
+    EXPECT_EQ(script.Evaluate("w.min, w.max, w.range, w.vwap, w.stddev, w.averageVolume"),
+              "100.5 201 100.5 120.6 47.37615434 1.66666667");
     EXPECT_EQ(script.Evaluate("w:stop() w:stop()"), "");
     EXPECT_EQ(product.windowCalls + script.host.TakeCalls(), "+-StopEventWindowTimer");
     EXPECT_EQ(script.Evaluate("w:start() return w.size"), "3");

@@ -188,8 +188,10 @@ TEST_F(nxAlgoTickDataCollectionObjectTest, TradesBuildABarThatACompletedOneRepla
 
     Tick(10, 2, nxBuySell_Buy);
     EXPECT_EQ(TakeCalls(), "a live of 2: 10 10 10 10 2;z live of 2: 10 10 10 10 2;");
+    nxRecordingLog log;
     Tick(12, 3, nxBuySell_Sell);
     Tick(9, 4, nxEnum_Undefined);
+    EXPECT_EQ(log.TakeLines(), "");
     ExpectRows({{"it.open, it.high, it.low, it.close, it.volume, it.time", "10 12 9 9 9 nil"},
                 {"c.count, c:get().close, c.realTime.close, it.collection.count", "1 2 9 1"},
                 {"c:getIndicator('a'):getRealTimeValue('result')", "9"}});
