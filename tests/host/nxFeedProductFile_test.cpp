@@ -84,12 +84,4 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
     EXPECT_THAT(GetError(product + "name = \"B\"\n"), testing::StartsWith("FILE:3:"));
 }
 
-TEST(nxFeedProductFileTest, TheExampleIsAFutureAShareAPairAndASpread)
-{
-    std::string names;
-    for (const nxProductDescription& product : Read(NX_SOURCE_DIR "/examples/products.toml"))
-        names += product.name + (product.IsStrategy() ? " of legs," : ",");
-    EXPECT_EQ(names, "NEAR,FAR,SHARE,EURUSD,FAR-NEAR of legs,");
-}
-
 }  // namespace

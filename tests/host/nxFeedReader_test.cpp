@@ -238,28 +238,15 @@ TEST(nxFeedReaderTest, TheLotSizeToldFitsAllSizesSeenAhead)
 
 TEST(nxFeedReaderTest, TheTickSizeIsKnownBeforeTheFirstEvent)
 {
-    const struct
-    {
-        const char* name;
-        std::string prices;  // bids of one file, by blanks
-        const char* tickSize;
-    } rows[] = {
-        {"the finest price counts", "5 5.1 5.125 5.2", "0.001"},
-        {"quarters are multiples of a hundredth", "1676.75 1675.50", "0.01"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    nxExpectRows(Rows, [](const std::string& prices) {
         std::string content = "time,product,bid\n";
-        std::istringstream prices(row.prices);
-        for (std::string price; prices >> price;)
+        for (const std::string& price : nxGetWords(prices))
             content += "1,A," + price + "\n";
         const nxFeedFile file(content);
         nxFeed feed;
-        ASSERT_TRUE(feed.Open({file.GetPath()}));
-        const nxFeedProduct* product = feed.GetProducts().Find("A");
-        ASSERT_NE(product, nullptr);
-        EXPECT_EQ(product->GetTickSize().GetAsString(), row.tickSize);
-    }
+        EXPECT_TRUE(feed.Open({file.GetPath()}));
+        return feed.GetProducts().Get(0).GetTickSize().GetAsString();
+    });
 }
 
 TEST(nxFeedReaderTest, TheTickSizeFollowsFinerPricesBehindTheFirstRows)

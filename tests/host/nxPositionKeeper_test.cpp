@@ -65,24 +65,12 @@ TEST(nxPositionKeeper, StaysExactWithLargeAndOddSums)
 
 TEST(nxFeeSchedule, TakesASumForEachLotOrARateOfTheMoney)
 {
-    struct Row
-    {
-        nxFeeSchedule fees;
-        bool isMaker;
-        const char* price;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {{Dec("0.25"), Dec("1.5"), false}, true, "101.5", "0.75"},
-        {{Dec("-0.25"), Dec("1.5"), false}, false, "101.5", "4.5"},
-        {{Dec("-0.25"), Dec("1.5"), false}, true, "101.5", "-0.75"},
-        {{Dec("-0.00015"), Dec("0.0004"), true}, true, "101.5", "-2.28375"},
-        {{Dec("-0.00015"), Dec("0.0004"), true}, false, "101.5", "6.09"},
-        {{Dec("-0.00015"), Dec("0.0004"), true}, false, "-101.5", "6.09"},
-        {{}, true, "101.5", "0"},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(Text(row.fees.GetFee(row.isMaker, Dec(row.price), 3, Dec("50"))), row.expected);
+    nxExpectRows("host/positions.txt", [](const std::string& row) {
+        const auto words = nxGetWords(row);
+        const nxFeeSchedule fees{Dec(words[0].c_str()), Dec(words[1].c_str()), words[2] == "rate"};
+        return Text(fees.GetFee(words[3] == "maker", Dec(words[4].c_str()), 3, Dec("50")));
+    });
+    EXPECT_EQ(Text(nxFeeSchedule().GetFee(true, Dec("101.5"), 3, Dec("50"))), "0");
 }
 
 }  // namespace
