@@ -83,31 +83,6 @@ TEST(HostOrder, AnswersTravelInRecordedTime)
     nxExpectRows("host/orders.txt", [&](const std::string& what) { return RunAtPrices(what, exchange); });
 }
 
-TEST(HostOrder, OtherJobsLookAtItAndChangeNothing)
-{
-    nxHostRun run;
-    run.AddJob("one", std::string(Teller) +
-                          "function step(n) if n == 1 then o = limit('BUY', 5, 98) o.reference = 'mine' "
-                          "limit('BUY', 1, 101) "
-                          "end end");
-    run.AddJob("two", std::string(Teller) + R"(
-function step(n)
-  if n ~= 2 then return end
-  local o = job:getOrders():getOrder(1)
-  job:logText(table.concat({o.id, o.price, o.reference, tostring(o.isCurrentJob), job:getJobOrders().count,
-    tostring(product.ownBestBid)}, " "))
-  try(o, "pull")
-  local taken = job:getOrders():getOrder(2)
-  job:logText(tostring(o.lastFillVolume) .. " " .. taken.lastFillVolume .. " at " .. taken.lastFillPrice)
-end)");
-    run.AddQuotes(Quotes);
-    EXPECT_EQ(run.RunForLog(),
-              "00.000  [one] Working 1 0/5 at 98\n00.000  [one] Working 2 0/1 at 101\n"
-              "00.000  [one] Fill 2 1 at 101\n00.000  [one] Completed 2 1/1 at 101\n"
-              "01.000  [two] 1 98 mine false 0 nil\n01.000  [two] the order is another job's\n"
-              "01.000  [two] nil 1 at 101\n");
-}
-
 // Of its updates, too: a script that kept one sees its own order's last event, not what came of others later.
 TEST(HostOrder, WhatIsOverAnswersAsItEnded)
 {
