@@ -267,6 +267,18 @@ TEST(nxIndicatorCatalogue, RoundingIsNoMovement)
     EXPECT_EQ(Print(*place, 1), "50 50 ");
 }
 
+TEST(nxIndicatorCatalogue, AMarketAtRestIsFollowedAtTheFastPace)
+{
+    Bars bars;
+    for (const double price : {1, 2, 3, 3, 3})
+        bars.Add(price, price, price, price, 1);
+    const auto average = Create("KAMA period=2");
+    bars.Calculate(*average, 5);
+    double value = 0;
+    ASSERT_TRUE(average->GetNamedResult(0, "value", value));
+    EXPECT_NEAR(value, 3 - std::pow(5.0 / 9, 3), 1e-12);  // a weight of (2 / 3)^2, three times
+}
+
 // A million bars around a level of a million with small changes, against the window computed anew.
 TEST(nxIndicatorCatalogue, DoesNotDrift)
 {
