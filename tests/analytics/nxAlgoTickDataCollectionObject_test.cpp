@@ -186,9 +186,9 @@ TEST_F(nxAlgoTickDataCollectionObjectTest, TradesBuildABarThatACompletedOneRepla
     collection->AddTickData(MakeBar(1, 4, 1, 2, 3), true);
     EXPECT_EQ(TakeCalls(), "a new 1 of 1: 1 4 1 2 3;z new 1 of 1: 1 4 1 2 3;");
 
+    nxRecordingLog log;
     Tick(10, 2, nxBuySell_Buy);
     EXPECT_EQ(TakeCalls(), "a live of 2: 10 10 10 10 2;z live of 2: 10 10 10 10 2;");
-    nxRecordingLog log;
     Tick(12, 3, nxBuySell_Sell);
     Tick(9, 4, nxEnum_Undefined);
     EXPECT_EQ(log.TakeLines(), "");
