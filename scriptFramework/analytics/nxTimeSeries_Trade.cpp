@@ -20,7 +20,9 @@ void SetZero(nxDecimal& value)
 
 void nxTimeSeries_Trade::AddTrade(const nxDecimal& price, const nxVolume& volume)
 {
-    const Entry entry{nxTimeStamp().GetTotalSecondsAsDouble(), price.GetAsDouble(), price, volume.GetValue()};
+    const nxTimeStamp now;
+    const Entry entry{now.GetTotalSecondsAsDouble(), price.GetAsDouble(), price, volume.GetValue(),
+                      now.GetNanoseconds()};
     const nxMutexGuard guard(_mutex);
     // Also here, for windows that are seldom or never calculated.
     _Expire(entry.seconds);
@@ -114,8 +116,13 @@ void nxTimeSeries_Trade::_FindSlope()
     std::vector<double> x, y, coefficients, residuals, fitted;
     x.reserve(_entries.size());
     y.reserve(_entries.size());
+    // Where the line begins changes nothing of its slope, and times near 0 keep their nanoseconds.
+    const auto getWhole = [](const Entry& entry) {
+        return std::nearbyint(entry.seconds - entry.nanoseconds * 1e-9);
+    };
+    const double begin = getWhole(_entries.front());
     for (const Entry& entry : _entries) {
-        x.push_back(entry.seconds);
+        x.push_back(getWhole(entry) - begin + entry.nanoseconds * 1e-9);
         y.push_back(entry.priceAsDouble);
     }
     if (nxMathCalculator::GetInstance().CalculateLinerRegression(x, y, coefficients, residuals, fitted) &&

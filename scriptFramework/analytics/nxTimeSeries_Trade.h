@@ -52,10 +52,11 @@ public:
 private:
     struct Entry
     {
-        double seconds;  // since 1970
+        double seconds;  // since 1970, to a quarter of a microsecond
         double priceAsDouble;
         nxDecimal price;
         unsigned int volume;
+        unsigned int nanoseconds;  // of the second, exactly
     };
 
     template <class T>

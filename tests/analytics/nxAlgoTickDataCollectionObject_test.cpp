@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxRowFile.h"
 #include "tests/support/nxScriptJob.h"
 
 namespace {
@@ -149,46 +150,11 @@ protected:
 
 TEST_F(nxAlgoTickDataCollectionObjectTest, ARequestIsJudgedBeforeTheHostHearsOfIt)
 {
-    const std::string count =
-        "error: createTickDataCollection incorrect number of parameters. Requires a collection of parameters";
-    const std::string none = "error: createTickDataCollection invalid ticks size or start date";
-    const std::string start =
-        "error: createTickDataCollection invalid start date format, should be YYYYMMDD:HH:MM. start date : ";
-    const std::string end =
-        "error: createTickDataCollection invalid end date format, should be YYYYMMDD:HH:MM. end date : ";
-    const auto period = [](const std::string& name) {
-        return "error: createTickDataCollection invalid period [" + name +
-               "] should be MINUTE, 5_MINUTE, 10_MINUTE, 30_MINUTE, HOUR or SESSION";
-    };
-    const struct
-    {
-        std::string arguments, answer, request;
-    } rows[] = {
-        {"()", count, ""},
-        {"({}, 1)", count, ""},
-        {"('MINUTE')", "error: createTickDataCollection requires a collection of parameters", ""},
-        {"{ticks = 1}", period(""), ""},
-        {"{period = 'minute', ticks = 1}", period("minute"), ""},
-        {"{period = 'HOUR'}", none, ""},
-        {"{period = 'HOUR', ticks = 0.9}", none, ""},
-        {"{period = 'HOUR', ticks = '5'}", none, ""},
-        {"{period = 'HOUR', ticks = 4294967296}", none, ""},
-        {"{period = 'HOUR', endDate = '20240131'}", none, ""},
-        {"{period = 'x', startDate = '20240131:1'}", start + "20240131:1", ""},
-        {"{period = 'HOUR', startDate = '20240231', endDate = 'x'}", start + "20240231:00:00:00", ""},
-        {"{period = 'HOUR', ticks = 1, endDate = '20240131:09:60'}", end + "20240131:09:60:00", ""},
-        {"{period = 'SESSION', ticks = 4294967298.7}", "table", "SESSION 2 [] []"},
-        {"{period = 'HOUR', ticks = -1}", "table", "HOUR 4294967295 [] []"},
-        {"{period = '5_MINUTE', startDate = 20240131}", "table", "5_MINUTE 0 [20240131:00:00:00] []"},
-        {"{period = '10_MINUTE', startDate = '20240131:09:30', endDate = '20240131:09:30:59'}", "table",
-         "10_MINUTE 0 [20240131:09:30:00] [20240131:09:30:59]"},
-        {"{period = '30_MINUTE', ticks = 1, startDate = ''}", "table", "30_MINUTE 1 [] []"},
-    };
-    for (const auto& row : rows) {
+    nxExpectRows("scripts/bars.txt", [this](const std::string& code) {
         request.clear();
-        EXPECT_EQ(script.Evaluate("p:createTickDataCollection" + row.arguments), row.answer) << row.arguments;
-        EXPECT_EQ(request, row.request) << row.arguments;
-    }
+        const std::string answer = script.Evaluate(code);
+        return answer + (request.empty() ? "" : " || " + request);
+    });
     nxRecordingLog log;
     Create(", realTime = true");
     EXPECT_EQ(log.TakeLines(),
@@ -202,23 +168,14 @@ TEST_F(nxAlgoTickDataCollectionObjectTest, BarsCountFromTheNewest)
 {
     Create();
     nxRecordingLog log;
-    ExpectRows({{"c.count, c.period, c.product.id, c.realTime", "0 'MINUTE' 12 nil"},
-                {"c:get()", "error: tickDataCollection:get invalid index"}});
+    script.ExpectRows("bars.txt", "empty");
     EXPECT_EQ(log.TakeLines(), "32 [test] tickDataCollection:get invalid index : 0\n");
     // More than a chunk of them, while the script holds on to the first.
     collection->AddTickData(MakeBar(10, 12, 9, 11, 5, 1'704'724'200), true);
     ExpectRows({{"first = c:get()", ""}});
     for (int i = 1; i < 1000; ++i)
         collection->AddTickData(MakeBar(i, i, i, i, 0xFFFFFFFF), false);
-    ExpectRows({
-        {"first.open, first.high, first.low, first.close, first.volume", "10 12 9 11 5"},
-        {"first.time, first.timeValue, first.collection.count", "'20240108:14:30:00' 1704724200 1000"},
-        {"c:get(999).high, c:get(998).open, c:get(0).open, c:get(1.9).open", "12 1 999 998"},
-        {"b = c:get(); return b.volume, b.time, b.timeValue", "nil nil nil"},
-        {"c:get(1000)", "error: tickDataCollection:get invalid index"},
-        {"c:get(-1)", "error: tickDataCollection:get invalid index"},
-        {"c:get(1, 2)", "error: tickDataCollection:get requires none or one argument [index]"},
-    });
+    script.ExpectRows("bars.txt");
 }
 
 TEST_F(nxAlgoTickDataCollectionObjectTest, TradesBuildABarThatACompletedOneReplaces)
@@ -229,10 +186,12 @@ TEST_F(nxAlgoTickDataCollectionObjectTest, TradesBuildABarThatACompletedOneRepla
     collection->AddTickData(MakeBar(1, 4, 1, 2, 3), true);
     EXPECT_EQ(TakeCalls(), "a new 1 of 1: 1 4 1 2 3;z new 1 of 1: 1 4 1 2 3;");
 
+    nxRecordingLog log;
     Tick(10, 2, nxBuySell_Buy);
     EXPECT_EQ(TakeCalls(), "a live of 2: 10 10 10 10 2;z live of 2: 10 10 10 10 2;");
     Tick(12, 3, nxBuySell_Sell);
     Tick(9, 4, nxEnum_Undefined);
+    EXPECT_EQ(log.TakeLines(), "");
     ExpectRows({{"it.open, it.high, it.low, it.close, it.volume, it.time", "10 12 9 9 9 nil"},
                 {"c.count, c:get().close, c.realTime.close, it.collection.count", "1 2 9 1"},
                 {"c:getIndicator('a'):getRealTimeValue('result')", "9"}});
@@ -262,27 +221,7 @@ TEST_F(nxAlgoTickDataCollectionObjectTest, WithoutRealTimeTheBarIsBuiltUnseen)
 TEST_F(nxAlgoTickDataCollectionObjectTest, IndicatorsAreMadeOnceByName)
 {
     Create();
-    const std::string count =
-        "error: createIndicator incorrect number of parameters. Requires a collection of parameters";
-    ExpectRows({
-        {"c:createIndicator()", count.c_str()},
-        {"c:createIndicator('a')", "error: createIndicator requires a collection of parameters"},
-        {"c:createIndicator{name = {}}", "error: createIndicator incorrect collection of parameters"},
-        {"c:createIndicator{type = 'telling'}", "error: createIndicator Name not specified"},
-        {"c:createIndicator{name = 'a'}", "error: createIndicator Type not specified"},
-        {"c:createIndicator{name = 'a', type = 'x', n = 5}", "error: createIndicator no x n=5 name=a type=x"},
-        {"i = c:createIndicator{name = 'a', type = 'telling'}", ""},
-        {"c:createIndicator{name = 'a'}", "error: createIndicator a already exists"},
-        {"c:getIndicator()", "error: tickDataCollection:getIndicator requires one argument [name]"},
-        {"c:getIndicator('b')", "error: tickDataCollection:getIndicator indicator b not found"},
-        {"c:getIndicator('a').name, i.name, i.type", "'a' 'a' 'telling'"},
-        {"i:getValue('result'), i:getValue('result', 0), i:getValue('result', 2.9), i:getValue('x')",
-         "100 100 102 nil"},
-        {"i:getValue()", "error: indicator:getValue requires one or two arguments [name,index]"},
-        {"i:getValue('x', 1, 2)", "error: indicator:getValue requires one or two arguments [name,index]"},
-        {"i:getRealTimeValue('x', 1)", "error: indicator:getRealTimeValue requires one [name]"},
-        {"i:getRealTimeValue('result')", "nil"},
-    });
+    script.ExpectRows("bars.txt");
 }
 
 TEST_F(nxAlgoTickDataCollectionObjectTest, ASubscriptionThatTheHostRefusesIsAnErrorWithoutText)

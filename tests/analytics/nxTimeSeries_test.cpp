@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "scriptFramework/analytics/nxTimeSeries_Trade.h"
+#include "tests/support/nxRowFile.h"
 #include "tests/support/nxSetTime.h"
 
 namespace {
@@ -79,30 +80,15 @@ TEST_F(nxTimeSeriesTest, CalculatesOverTheTradesInTheWindow)
 
 TEST_F(nxTimeSeriesTest, SumsOfZeroAndSumsThatWrap)
 {
-    struct Row
-    {
-        std::initializer_list<Trade> trades;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {{{0, "0", 2}, {0, "0.0", 3}}, "2 5 0 0 0 0 0.0 0.0000 0.0000 0.0000 2.50000000 0.0000 -"},
-        // A spread around 0.
-        {{{0, "-1.5", 1}, {0, "1.5", 1}},
-         "2 2 -1.5 1.5 3.0 -1.5 1.5 0.0000 0.0000 0.0000 1.00000000 -200.00000000 -"},
-        {{{0, "0", 1}, {0, "5", 1}},  // from nothing to something is no percentage
-         "2 2 0 5 5 0 5 2.50000000 2.50000000 2.50000000 1.00000000 - -"},
-        // 4294967293 + 5 = 2 beyond 2^32; 4294967293 + 3 is 0, by which the weighted sum is divided.
-        {{{0, "1", 4294967293u}, {0, "1", 5}},
-         "2 2 1 1 0 1 1 1.00000000 0.00000000 2147483649.00000000 1.00000000 0.0000 -"},
-        {{{0, "1", 4294967293u}, {0, "1", 3}}, "2 0 1 1 0 1 1 1.00000000 0.00000000 - 0.00000000 0.0000 -"},
-    };
-    for (const Row& row : rows) {
+    nxExpectRows("scripts/times.txt", [this](const std::string& trades) {
         series.SetDuration(-1);  // all go
         static_cast<void>(Recalculate());
         series.SetDuration(0);
-        Add(row.trades);
-        EXPECT_EQ(Recalculate(), row.expected);
-    }
+        const auto words = nxGetWords(trades);
+        for (std::size_t i = 0; i < words.size(); i += 3)
+            series.AddTrade(Decimal(words[i].c_str()), static_cast<unsigned int>(std::stoul(words[i + 2])));
+        return Recalculate();
+    });
 }
 
 TEST_F(nxTimeSeriesTest, ThePlainSeriesKnowsItsLowestValue)

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 
 #include "api/nxIndexedMapHashIndex.h"
 #include "api/nxIndexedMapPrefixIndex.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -44,13 +46,10 @@ std::string Walk(const Map& map, const std::string& pattern, std::size_t limit =
 
 TEST(nxIndexedMapKey, MakesKeysCanonicalAndHoldsThemToTheirFields)
 {
-    const std::tuple<const char*, int, const char*> rows[] = {
-        {"A.B", 4, "A.B.*.*"}, {"A..C", 4, "A.*.C.*"}, {"A.B.C", 2, "A.B"}, {"", 2, "*.*"},
-        {"A.", 2, "A.*"},      {"A.", 1, "A"},         {".", 3, "*.*.*"},   {"A.B", 0, ""},
-        {"A.B", -1, ""},       {"A*", 2, "A*.*"},
-    };
-    for (const auto& [key, fieldCount, canonical] : rows)
-        EXPECT_EQ(nxIndexedMapKey::GetCanonical(key, fieldCount, '.'), canonical) << key;
+    nxExpectRows("api/indices.txt", [](const std::string& row) {
+        const auto words = nxGetWords(row);
+        return nxIndexedMapKey::GetCanonical(words.size() > 3 ? words[3] : "", std::stoi(words[0]), '.');
+    });
     EXPECT_THROW(nxIndexedMapKey::GetFieldMask(nxIndexedMapKey::GetCanonical("", 33, '.'), '.'),
                  std::out_of_range);
     EXPECT_FALSE(nxIndexedMapKey::Matches("A.*", "A.B.C", '.'));
@@ -74,52 +73,35 @@ TEST(nxIndexedMap, WalksInOrderAndEndsWhenTheActionIsDone)
     EXPECT_EQ(map.Find("A.B.*"), &entries[3]);
 }
 
+Fields ReadFields(std::string text)
+{
+    Fields fields;
+    std::ranges::replace(text, ',', ' ');
+    for (const std::string& word : nxGetWords(text))
+        fields.push_back(static_cast<unsigned int>(std::stoul(word)));
+    return fields;
+}
+
 TEST(nxIndexedMap, ChoosesTheIndexThatSharesMost)
 {
-    struct Made
-    {
-        Fields fields;
-        bool preferred = false;
-        bool direct = false;
-    };
-    const struct
-    {
-        std::vector<Made> indices;
-        Fields bound;
-        int index;  // -1: none
-        int matchKind;
-    } rows[] = {
-        {{}, {0}, -1, 0},
-        {{{{0}}}, {1}, -1, 0},
-        {{{{0}}, {{0, 1}}}, {0, 1}, 1, 1},              // the same fields win at once
-        {{{{0, 1, 2}, true}, {{0, 1}}}, {0, 1}, 1, 1},  // over a preferred one
-        {{{{0}}, {{0, 1}}}, {0, 1, 2}, 1, 2},
-        {{{{0, 1, 3}}, {{2}}}, {0, 1, 2}, 0, 3},            // more fields count, not whole ones
-        {{{{0}}, {{1}}}, {0, 1}, 0, 2},                     // the first of equals
-        {{{{0}}, {{1}, true}}, {0, 1}, 1, 2},               // unless one is preferred
-        {{{{0}, true}, {{1}, true}}, {0, 1}, 0, 2},         // the first of the preferred
-        {{{{0, 1}}, {{2}, true}}, {0, 1, 3}, 0, 2},         // preference does not outweigh fields
-        {{{{0, 1}}, {{0}, false, true}}, {0, 1}, 1, 1},     // a direct one comes before all
-        {{{{0, 1}}, {{0, 2}, false, true}}, {0, 1}, 0, 1},  // when all its fields are bound
-        {{{{0, 1}, false, true}, {{0}, false, true}}, {0}, 1, 1},
-    };
-    for (const auto& row : rows) {
+    nxExpectRows("api/indices.txt", [](const std::string& row) {
         Map map(4);
-        std::vector<Map::Index*> made;
-        for (const Made& index : row.indices) {
-            auto hash = std::make_unique<HashIndex>(index.fields, index.preferred);
-            made.push_back(hash.get());
-            map.AddIndex(std::move(hash), index.direct);
-        }
         Map::FieldMask bound;
-        for (const unsigned int field : row.bound)
+        std::vector<Map::Index*> made;
+        std::istringstream parts(row.substr(0, row.find("bound ")));
+        for (std::string part; std::getline(parts, part, ';') && !nxGetWords(part).empty();) {
+            const bool isPreferred = part.find("preferred") != part.npos;
+            auto hash = std::make_unique<HashIndex>(ReadFields(nxGetWords(part).front()), isPreferred);
+            made.push_back(hash.get());
+            map.AddIndex(std::move(hash), part.find("direct") != part.npos);
+        }
+        for (const unsigned int field : ReadFields(nxGetWords(row).back()))
             bound.set(field);
         const Map::Choice choice = map.ChooseIndex(bound);
-        const auto number = static_cast<std::size_t>(&row - rows);
-        EXPECT_EQ(choice.index, row.index < 0 ? nullptr : made[static_cast<std::size_t>(row.index)])
-            << number;
-        EXPECT_EQ(choice.matchKind, row.matchKind) << number;
-    }
+        const auto index = std::ranges::find(made, choice.index) - made.begin();
+        return (choice.index == nullptr ? "none" : std::to_string(index)) + " " +
+               std::to_string(choice.matchKind);
+    });
 }
 
 TEST(nxIndexedMap, AnIndexLooksAtFewEntries)

@@ -5,7 +5,7 @@
 #include <map>
 #include <random>
 
-#include "tests/base/nxAllocationCount.h"
+#include "tests/support/nxAllocationCount.h"
 
 namespace {
 

@@ -4,55 +4,9 @@
 
 namespace {
 
-const nxDecimal null;
-const nxVolume nullVolume;
-
 nxDecimal Number(long long value)
 {
     return nxDecimal::FromMantissa(value, 0);
-}
-
-TEST(nxPrice, TheBestOfDirectAndImplied)
-{
-    const struct
-    {
-        nxDecimal direct;
-        nxVolume directVolume;
-        nxDecimal implied;
-        nxVolume impliedVolume;
-        nxDecimal bid;
-        nxVolume bidVolume;
-        nxDecimal ask;
-        nxVolume askVolume;
-    } rows[] = {
-        {Number(10), 5, Number(11), 6, Number(11), 6, Number(10), 5},
-        {Number(11), 5, Number(10), 6, Number(11), 5, Number(10), 6},
-        {Number(10), 5, nxDecimal::FromMantissa(100, 1), 6, Number(10), 11, Number(10), 11},
-        {Number(10), 0xFFFFFFF0u, Number(10), 0x20, Number(10), 0xFFFFFFFDu, Number(10), 0xFFFFFFFDu},
-        {null, 5, Number(-1), 6, Number(-1), 6, Number(-1), 6},
-        {null, 5, null, 6, null, nullVolume, null, nullVolume},
-        {nxDecimal(nxNoChangeInitalizer()), 5, nxDecimal(nxNoChangeInitalizer()), 6, null, nullVolume, null,
-         nullVolume},
-    };
-    for (const auto& row : rows) {
-        nxPrice price;
-        price.SetBidPrice(row.direct);
-        price.SetBidVolume(row.directVolume);
-        price.SetImpliedBidPrice(row.implied);
-        price.SetImpliedBidVolume(row.impliedVolume);
-        price.SetAskPrice(row.direct);
-        price.SetAskVolume(row.directVolume);
-        price.SetImpliedAskPrice(row.implied);
-        price.SetImpliedAskVolume(row.impliedVolume);
-        nxDecimal best = Number(99);
-        nxVolume volume = 99;
-        price.GetBestBidPriceAndVolume(best, volume);
-        EXPECT_EQ(best, row.bid) << &row - rows;
-        EXPECT_EQ(volume, row.bidVolume) << &row - rows;
-        price.GetBestAskPriceAndVolume(best, volume);
-        EXPECT_EQ(best, row.ask) << &row - rows;
-        EXPECT_EQ(volume, row.askVolume) << &row - rows;
-    }
 }
 
 // One getter and setter of each field, so that none is forgotten by the operations on all of them.

@@ -26,6 +26,12 @@ TEST(nxSharedTextThread, EqualTextsStandOnceAsLongAsOneHolderIsLeft)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(kept.Get(), "kept");
+    // A copy is a holder, too: the text is there still, and no other took its place.
+    nxSharedText first(std::string("held"));
+    const nxSharedText second(std::string("held")), copy(second);
+    first = kept;
+    const nxSharedText other(std::string("other"));
+    EXPECT_EQ(&nxSharedText(std::string("held")).Get(), &copy.Get());
     EXPECT_EQ(nxSharedText(std::string("passing")).Get(), "passing");
 }
 

@@ -8,7 +8,9 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "base/records/nxPrice.h"
 #include "base/time/nxDateTime.h"
+#include "base/values/nxExactAmount.h"
 #include "base/values/nxPriceManipulator.h"
 #include "base/values/nxStringHelper.h"
 #include "base/values/nxStringParser.h"
@@ -112,6 +114,43 @@ std::string Price(const nxPriceManipulator& manipulator, double number)
     return Tell(price);
 }
 
+// What gives up its last places, and then stays at the end of its range.
+std::string Amount(const Arguments& a)
+{
+    nxExactAmount amount(a.Decimal(0), a.Whole(1), a.Decimal(2));
+    amount *= a.Decimal(3);
+    amount += nxExactAmount(a.Decimal(4), 1);
+    nxDecimal shown = amount.GetAsDecimal();
+    shown.Normalise(0);
+    EXPECT_EQ(amount.IsNegative(), shown < nxDecimalZero);
+    EXPECT_TRUE((amount - amount).IsZero());
+    return shown.GetAsString();
+}
+
+std::string Best(const Arguments& a)
+{
+    const auto read = [&a](std::size_t i) {
+        return a.Text(i) == "no-change" ? nxDecimal(nxNoChangeInitalizer()) : a.Decimal(i);
+    };
+    const auto volume = [&a](std::size_t i) { return nxVolume(static_cast<unsigned int>(a.Whole(i))); };
+    nxPrice price;
+    price.SetBidPrice(read(0));
+    price.SetAskPrice(read(0));
+    price.SetBidVolume(volume(1));
+    price.SetAskVolume(volume(1));
+    price.SetImpliedBidPrice(read(2));
+    price.SetImpliedAskPrice(read(2));
+    price.SetImpliedBidVolume(volume(3));
+    price.SetImpliedAskVolume(volume(3));
+    nxDecimal best = nxDecimalOne;
+    nxVolume lots = 99;
+    const auto tell = [&] { return Tell(best) + " " + (lots.IsValid() ? lots.GetAsString() : "null"); };
+    price.GetBestBidPriceAndVolume(best, lots);
+    const std::string bid = tell();
+    price.GetBestAskPriceAndVolume(best, lots);
+    return bid + " / " + tell();
+}
+
 using Operation = std::function<std::string(const Arguments&)>;
 
 const std::map<std::string, Operation> Operations = {
@@ -139,6 +178,8 @@ const std::map<std::string, Operation> Operations = {
          return ReadOrNull(nxDateTime(12345ll),
                            [&](auto& v) { return nxDateTime::SetFromString(a.Text(0), v); });
      }},
+    {"amount", Amount},
+    {"best", Best},
     {"moment", Moment},
     {"volume",
      [](auto& a) { return ReadOrNull(nxVolume(7), [&](auto& v) { return v.SetFromString(a.Text(0)); }); }},
@@ -150,8 +191,7 @@ TEST(nxValues, EveryRowComesToWhatItSays)
         std::istringstream words(row.what);
         std::string operation;
         words >> operation;
-        const std::string outcome = Operations.at(operation)(Arguments(words));
-        EXPECT_EQ(outcome.substr(0, outcome.find_last_not_of(' ') + 1), row.outcome)
+        EXPECT_EQ(nxTrim(Operations.at(operation)(Arguments(words))), row.outcome)
             << "line " << row.line << ": " << row.what;
     }
 }

@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <regex>
+
 #include "host/market/nxProductFile.h"
 #include "tests/host/nxFeedFixture.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -15,41 +18,17 @@ std::string GetError(const std::string& content)
     return isRead ? "" : file.Hide(error.GetText());
 }
 
-TEST(nxFeedProductFileTest, ReadsAllThatAProductMayHave)
+std::vector<nxProductDescription> Read(const std::string& path)
 {
-    const nxFeedFile file(R"([[product]]
-name = "ESZ3"
-tickSize = 0.25
-lotSize = 1
-pointValue = "50.00"
-currency = "USD"
-exchange = "CME"
-description = "E-mini"
-tradingHours = "17:00-16:00"
-makerFee = -0.01
-takerFee = 0.25
-
-[[product]]
-name = "ESZ3-ESH4"
-priceOffset = -0.5
-[[product.leg]]
-product = "ESZ3"
-[[product.leg]]
-product = "ESH4"
-side = "SELL"
-priceRatio = 0.5
-tradeRatio = "2.0"
-
-[[product]]
-name = "ESH4"
-
-[[product]]
-name = "short"
-legs = [{ product = "ESZ3-ESH4" }, { product = "ESZ3" }]
-)");
     std::vector<nxProductDescription> products;
     nxFeedError error;
-    ASSERT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
+    EXPECT_TRUE(nxProductFile::Read(path, products, error)) << error.GetText();
+    return products;
+}
+
+TEST(nxFeedProductFileTest, ReadsAllThatAProductMayHave)
+{
+    const auto products = Read(NX_TEST_DIR "/data/host/all_keys.toml");
     ASSERT_EQ(products.size(), 4u);
     const nxProductDescription& future = products[0];
     EXPECT_EQ(future.name, "ESZ3");
@@ -80,98 +59,29 @@ legs = [{ product = "ESZ3-ESH4" }, { product = "ESZ3" }]
 
 TEST(nxFeedProductFileTest, FloatsCountAsTheirShortestText)
 {
-    for (const char* number : {"0.01", "0.1", "0.005", "0.00000001", "1e-3", "\"0.010\"", "5.0"}) {
+    for (const auto& [number, expected] : {std::pair("0.01", "0.01"),
+                                           {"0.1", "0.1"},
+                                           {"0.005", "0.005"},
+                                           {"0.00000001", "0.00000001"},
+                                           {"1e-3", "0.001"},
+                                           {"\"0.010\"", "0.010"},
+                                           {"5.0", "5"}})
+    {
         const nxFeedFile file(std::string("[[product]]\nname = \"A\"\ntickSize = ") + number + "\n");
-        std::vector<nxProductDescription> products;
-        nxFeedError error;
-        ASSERT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
-        const std::string written = number;
-        const std::string expected = written == "1e-3"        ? "0.001"
-                                     : written == "\"0.010\"" ? "0.010"
-                                     : written == "5.0"       ? "5"
-                                                              : written;
-        EXPECT_EQ(products[0].tickSize.GetAsString(), expected);
+        EXPECT_EQ(Read(file.GetPath()).at(0).tickSize.GetAsString(), expected);
     }
 }
 
 TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
 {
-    const std::string known =
-        "; known are name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
-        "makerFee, "
-        "takerFee, feeIsRate, legs, priceOffset";
     const std::string product = "[[product]]\nname = \"A\"\n";
-    const std::string more = "[[product]]\nname = \"B\"\n[[product]]\nname = \"C\"\n";
-    const auto legs = [&](const std::string& first, const std::string& second) {
-        return product + "legs = [{" + first + "},\n{" + second + "}]\n" + more;
-    };
-    const struct
-    {
-        std::string content;
-        std::string text;
-    } rows[] = {
-        {"", ""},
-        {"product = 1\n", "FILE:1:11: product is no list of tables; write [[product]]"},
-        {"[product]\nname = \"A\"\n", "FILE:1:1: product is no list of tables; write [[product]]"},
-        {"[[products]]\nname = \"A\"\n", "FILE:1:1: unknown key \"products\"; known are product"},
-        {"[[product]]\ntickSize = 1\n", "FILE:1:1: product without a name"},
-        {product + "ticksize = 0.01\n", "FILE:3:12: unknown key \"ticksize\"" + known},
-        {product + "lotSize = 1\nwrong = 1\nworse = 2\n", "FILE:4:9: unknown key \"wrong\"" + known},
-        {product + "tickSize = true\n", "FILE:3:12: tickSize is not a number"},
-        {product + "tickSize = \"fine\"\n", "FILE:3:12: tickSize is not a number: \"fine\""},
-        {product + "tickSize = 0\n", "FILE:3:12: tickSize is not above 0: 0"},
-        {product + "lotSize = -0.5\n", "FILE:3:11: lotSize is not above 0: -0.5"},
-        {product + "pointValue = nan\n", "FILE:3:14: pointValue is not a number: \"nan\""},
-        {product + "exchange = 5\n", "FILE:3:12: exchange is not a text in quotes"},
-        {product + "currency = \"ZZZ\"\n", "FILE:3:12: unknown currency \"ZZZ\""},
-        {product + "tradingHours = \"9-17\"\n",
-         "FILE:3:16: tradingHours: a session is HH:MM-HH:MM, from 00:00 to 24:00"},
-        {product + product, "FILE:3:1: product \"A\" described twice"},
-        {product + "[[product.leg]]\nside = \"BUY\"\n", "FILE:3:1: leg without a product"},
-        {product + "[[product.leg]]\nproduct = \"B\"\nside = \"LONG\"\n",
-         "FILE:5:8: side is neither \"BUY\" nor \"SELL\""},
-        {product + "[[product.leg]]\nratio = 1\n",
-         "FILE:4:9: unknown key \"ratio\"; known are product, side, priceRatio, tradeRatio"},
-        {legs("product = 'B'", "product = 'C'"), ""},
-        {legs("product = 'B'", "product = 'D'"), "FILE:4:12: leg of a product that is not described: \"D\""},
-        {legs("product = 'B'", "product = 'B'"), "FILE:4:1: product \"B\" is a leg twice"},
-        {legs("product = 'B'", "product = 'C', priceRatio = 0"), "FILE:4:30: priceRatio is not above 0: 0"},
-        {legs("product = 'B'", "product = 'C', tradeRatio = 0"),
-         "FILE:4:30: tradeRatio is no whole number from 1 to 1000000: 0"},
-        {legs("product = 'B'", "product = 'C', tradeRatio = 1.5"),
-         "FILE:4:30: tradeRatio is no whole number from 1 to 1000000: 1.5"},
-        {legs("product = 'B'", "product = 'A'"), "FILE:1:1: a strategy is among its own legs: A -> A"},
-        {product + "legs = [{product = 'B'}]\n" + more, "FILE:3:8: a strategy has at least two legs"},
-        {product + "legs = []\n", "FILE:3:8: a strategy has at least two legs"},
-        {product + "priceOffset = 1\n", "FILE:3:15: only a strategy, which has legs, has a priceOffset"},
-        {product + "tradingHours = '09:00-17:00'\nlegs = [{product = 'B'}, {product = 'C'}]\n" + more,
-         "FILE:3:16: a strategy has no tradingHours: it is open while its legs are"},
-        {product + "leg = [{product = 'B'}, {product = 'C'}]\nlegs = [{product = 'B'}]\n" + more,
-         "FILE:4:8: leg and legs are the same; write one of them"},
-        {more + product +
-             "legs = [{product = 'C'}, {product = 'X'}]\n[[product]]\nname = 'X'\nlegs = "
-             "[{product = 'B'}, {product = 'Y'}]\n[[product]]\nname = 'Y'\nlegs = "
-             "[{product = 'X'}, {product = 'C'}]\n",
-         "FILE:8:1: a strategy is among its own legs: X -> Y -> X"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.content);
-        EXPECT_EQ(GetError(row.content), row.text);
-    }
+    nxExpectRows("host/products.txt", [](const std::string& text) {
+        static const std::regex name("^([A-C])$", std::regex::multiline);
+        return GetError(std::regex_replace(text, name, "[[product]]\nname = \"$1\"") + "\n");
+    });
+    EXPECT_EQ(GetError(""), "");
     EXPECT_THAT(GetError(product + "tickSize = \n"), testing::StartsWith("FILE:3:"));
     EXPECT_THAT(GetError(product + "name = \"B\"\n"), testing::StartsWith("FILE:3:"));
-}
-
-TEST(nxFeedProductFileTest, TheExampleIsAFutureAShareAPairAndASpread)
-{
-    std::vector<nxProductDescription> products;
-    nxFeedError error;
-    ASSERT_TRUE(nxProductFile::Read(NX_SOURCE_DIR "/examples/products.toml", products, error))
-        << error.GetText();
-    std::string names;
-    for (const nxProductDescription& product : products)
-        names += product.name + (product.IsStrategy() ? " of legs," : ",");
-    EXPECT_EQ(names, "NEAR,FAR,SHARE,EURUSD,FAR-NEAR of legs,");
 }
 
 }  // namespace

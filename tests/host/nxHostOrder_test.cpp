@@ -1,6 +1,7 @@
 #include "host/jobs/nxHostOrder.h"
 
 #include "tests/host/nxHostFixture.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -53,180 +54,42 @@ std::string RunWith(const std::string& script, const std::string& rows = Quotes,
     return log;
 }
 
+// What is done at the first price and, after THEN, at the second.
+std::string RunAtPrices(const std::string& what, const nxExchangeOptions& exchange = {})
+{
+    const std::size_t then = what.find(" THEN ");
+    return RunWith("function step(n) if n == 1 then " + what.substr(0, then) + " elseif n == 2 then " +
+                       (then == what.npos ? "" : what.substr(then + 6)) + " end end",
+                   Quotes, exchange);
+}
+
 TEST(HostOrder, TellsItsLifeInOrderAndOutsideOtherCallbacks)
 {
-    const struct
-    {
-        const char* name;
-        const char* script;
-        const char* log;
-    } cases[] = {
-        {"takes", "function step(n) if n == 1 then limit('BUY', 3, 101) end end",
-         "00 Working 1 0/3 at 101\n00 Fill 1 3 at 101\n00 Completed 1 3/3 at 101\n"},
-        {"rests behind the queue", "function step(n) if n == 1 then limit('BUY', 5, 99) end end",
-         "00 Working 1 0/5 at 99\n02 Fill 1 2 at 99\n"},
-        {"amends and pulls",
-         "function step(n) if n == 1 then o = limit('BUY', 5, 98) elseif n == 2 then o:work{price = 97} "
-         "o:pull() end end",
-         "00 Working 1 0/5 at 98\n01 Working 1 0/5 at 97\n01 Cancelled 1 0/5 at 97\n"},
-        {"bracket",
-         "function step(n) if n == 1 then o = product:createOrder{side='BUY', type='LIMIT', exec='BRACKET'}\n"
-         "o:work{volume=1, price=101, bracketProfit=5, bracketStopLoss=7} end end",
-         "00 Working 1 0/1 at 101\n00 Fill 1 1 at 101\n00 Completed 1 1/1 at 101\n"
-         "00 New 2 SELL MARKETSTOP of 1MARKET\n00 New 3 SELL LIMIT of 1MARKET\n"
-         "00 Working 2 0/1 at nil\n00 Working 3 0/1 at 106\n"},
-        {"sent from an answer",
-         "function after(name, u) if name == 'Fill' and u.id == 1 then limit('SELL', 1, 110) end end\n"
-         "function step(n) if n == 1 then limit('BUY', 1, 101) end end",
-         "00 Working 1 0/1 at 101\n00 Fill 1 1 at 101\n00 Completed 1 1/1 at 101\n00 Working 2 0/1 at 110\n"},
-        {"kept clock of an update",
-         "function after(name, u) kept = kept or u.vorantUpdateTime end\n"
-         "function step(n) if n == 1 then o = limit('BUY', 5, 98) elseif n == 2 then o:work{price = 97} "
-         "elseif n == 3 then job:logText(kept.second) end end",
-         "00 Working 1 0/5 at 98\n01 Working 1 0/5 at 97\n02 1\n"},
-        {"rejected with a cause",
-         "function step(n) if n == 1 then o = product:createOrder{side='BUY', type='LIMIT', time='PREOPEN'} "
-         "o:work{volume=1, price=9} end end",
-         "00 order 1 is rejected: the market is open already\n00 Rejected 1 0/1 at 9 ORDER_MARKET_STATE\n"},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(RunWith(row.script), row.log);
-    }
+    nxExpectRows("host/orders.txt", [](const std::string& what) { return RunAtPrices(what); });
 }
 
 TEST(HostOrder, RefusesAtOnceWithAReason)
 {
-    const struct
-    {
-        const char* call;
-        const char* reason;
-    } cases[] = {
-        {"try(make('BUY', 'LIMIT'), 'work', {volume = 1})", "a LIMIT order needs a price"},
-        {"try(make('BUY', 'MARKET'), 'work', {volume = 0})", "the volume is 0"},
-        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, stopVolume = 1})",
-         "stopVolume is not supported by the simulated exchange"},
-        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, minVolume = 1})",
-         "minVolume is not supported by the simulated exchange"},
-        {"try(make('BUY', 'MARKET'), 'work', {volume = 1, finesseTicks = 1})",
-         "finesseTicks is not supported by the simulated exchange"},
-        {"try(make('BUY', 'LIMIT'), 'pull')", "the order was never worked"},
-        {"local o = limit('BUY', 1, 9) o:pull() try(o, 'pull')", "the order is being pulled"},
-        {"local o = limit('BUY', 1, 9) o:pull() try(o, 'work', {volume = 2})", "the order is being pulled"},
-        {"filled = limit('BUY', 1, 101)", ""},
-    };
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.call);
-        const std::string log =
-            RunWith("function step(n) if n == 1 then " + std::string(row.call) + " end end");
-        if (*row.reason != '\0') {
-            EXPECT_TRUE(log.starts_with("00 " + std::string(row.reason) + "\n")) << log;
-        }
-    }
-    EXPECT_NE(
-        RunWith("function step(n) if n == 1 then o = limit('BUY', 1, 101) elseif n == 2 then try(o, 'work', "
-                "{volume = 2}) try(o, 'pull') end end")
-            .find("01 the order is filled\n01 the order is filled\n"),
-        std::string::npos);
+    nxExpectRows("host/orders.txt", [](const std::string& call) {
+        const std::string log = RunAtPrices(call);
+        return log.substr(3, log.find('\n') - 3);
+    });
 }
 
 TEST(HostOrder, AnswersTravelInRecordedTime)
 {
     nxExchangeOptions exchange;
     exchange.request = exchange.answer = {250'000'000, 250'000'000};
-    EXPECT_EQ(
-        RunWith("function step(n) if n == 1 then o = limit('BUY', 5, 98) elseif n == 2 then "
-                "job:logText(o.working) o:pull() job:logText(tostring(o.state:isPendingCancel())) end end",
-                Quotes, exchange),
-        "00.500  Working 1 0/5 at 98\n01 5\n01 true\n01.500  Cancelled 1 0/5 at 98\n");
-    // Filled while the pull travels; the answer that it is in the market leaves the pull pending.
-    EXPECT_EQ(
-        RunWith("function after() job:logText(tostring(o.state:isPendingCancel())) end\n"
-                "function step(n) if n == 1 then o = limit('BUY', 1, 101) o:pull() end end",
-                Quotes, exchange),
-        "00.500  Working 1 0/1 at 101\n00.500  true\n00.500  Fill 1 1 at 101\n00.500  true\n"
-        "00.500  Completed 1 1/1 at 101\n00.500  true\n00.500  order 1 is not pulled: the order is filled\n"
-        "00.500  CancelRejected 1 1/1 at 101 ORDER_IS_OVER\n00.500  false\n");
-}
-
-TEST(HostOrder, OtherJobsLookAtItAndChangeNothing)
-{
-    nxHostRun run;
-    run.AddJob("one", std::string(Teller) +
-                          "function step(n) if n == 1 then o = limit('BUY', 5, 98) o.reference = 'mine' "
-                          "limit('BUY', 1, 101) "
-                          "end end");
-    run.AddJob("two", std::string(Teller) + R"(
-function step(n)
-  if n ~= 2 then return end
-  local o = job:getOrders():getOrder(1)
-  job:logText(table.concat({o.id, o.price, o.reference, tostring(o.isCurrentJob), job:getJobOrders().count,
-    tostring(product.ownBestBid)}, " "))
-  try(o, "pull")
-  local taken = job:getOrders():getOrder(2)
-  job:logText(tostring(o.lastFillVolume) .. " " .. taken.lastFillVolume .. " at " .. taken.lastFillPrice)
-end)");
-    run.AddQuotes(Quotes);
-    EXPECT_EQ(run.RunForLog(),
-              "00.000  [one] Working 1 0/5 at 98\n00.000  [one] Working 2 0/1 at 101\n"
-              "00.000  [one] Fill 2 1 at 101\n00.000  [one] Completed 2 1/1 at 101\n"
-              "01.000  [two] 1 98 mine false 0 nil\n01.000  [two] the order is another job's\n"
-              "01.000  [two] nil 1 at 101\n");
+    nxExpectRows("host/orders.txt", [&](const std::string& what) { return RunAtPrices(what, exchange); });
 }
 
 // Of its updates, too: a script that kept one sees its own order's last event, not what came of others later.
 TEST(HostOrder, WhatIsOverAnswersAsItEnded)
 {
-    const std::string log = RunWith(R"(
-local kept = {}
-function after(name, u) kept[u.id] = u end
-function step(n)
-  if n == 1 then
-    limit("BUY", 3, 101).reference = "first"
-    local stop = product:createOrder{side = "SELL", type = "LIMIT", exec = "STOP", time = "GTC"}
-    stop:work{volume = 2, price = 97, stopPrice = 98}
-    stop:pull()
-    product:createOrder{side = "SELL", type = "LIMIT", time = "OPEN"}:work{volume = 1, price = 9}
-    local bracket = product:createOrder{side = "BUY", type = "LIMIT", exec = "BRACKET"}
-    bracket:work{volume = 1, price = 9, bracketStopLoss = 4, bracketStopLossType = "LIMIT", bracketStopLossLimit = 1,
-      bracketStopLossTrailing = "true"}
-    bracket:pull()
-  elseif n == 4 then
-    for id, u in ipairs(kept) do
-      local o, s = u.order, u.order.state
-      local fill = o.lastExchangeFillTime
-      job:logText(table.concat({id, u.side, u.reference, u.volume, tostring(u.price), u.executed, u.working, u.fillVolume,
-        u.fillPrice, u.error, u.vorantUpdateTime.second, tostring(u.exchangeFillTime ~= nil)}, " "))
-      job:logText(table.concat({o.type, o.exec, o.time, o.volume, o.executed, o.working, tostring(o.stopPrice),
-        tostring(o.averagePrice), tostring(o.lastFillVolume), tostring(s:isFilled()), tostring(s:isDeleted()),
-        tostring(s:isPendingCancel()), tostring(fill and fill.second), o.lastVorantUpdateTime.second,
-        o.bracketStopLossType, tostring(o.bracketStopLossTrailing)}, " "))
-    end
-  end
-end)");
-    EXPECT_EQ(log.substr(log.find("03 ")), R"(03 1 BUY first 3 101 3 0 3 101  0 true
-03 LIMIT  GFD 3 3 0 nil 101 3 true false false 0 0  false
-03 2 SELL  2 97 0 0 0 0  0 false
-03 LIMIT STOP GTC 2 0 0 98 nil nil false true false nil 0  false
-03 3 SELL  1 9 0 0 0 0 ORDER_MARKET_STATE 0 false
-03 LIMIT  OPEN 1 0 0 nil nil nil false false false nil 0  false
-03 4 BUY  1 9 0 0 0 0  0 false
-03 LIMIT BRACKET GFD 1 0 0 nil nil nil false true false nil 0 LIMIT true
-)");
-}
-
-TEST(HostOrder, OrdersWithoutEndEndTheJob)
-{
-    nxHostRun run;
-    run.options.continueOnError = true;
-    run.SetScript(
-        "function OnInit() p = job:getProduct('A') p:subscribePrice() end\n"
-        "function OnPrice() if o then return end o = p:createOrder{side='BUY', type='LIMIT'} "
-        "o:work{volume=1, price=9} end\n"
-        "function OnOrderWorking() o:work{price = o.price == 9 and 8 or 9} end\n");
-    run.AddQuotes(Quotes);
-    EXPECT_EQ(run.Run(), nxRunResult::ScriptFailed);
-    EXPECT_EQ(run.GetLine("end"), "its orders had no end");
+    nxExpectRows("host/orders.txt", [](const std::string& script) {
+        const std::string log = RunWith(script);
+        return log.substr(log.find("03 "));
+    });
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/host/nxExchangeFixture.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -71,44 +72,20 @@ TEST_F(nxMarketProductTest, TheVolumeOfADayStopsAtTheLargestAndNeverBecomesAMark
     product.ApplyQuote(Trade("100", largest - 1), 0);
     product.ApplyQuote(Trade("100", 7u), 1);
     EXPECT_EQ(product.GetPrice().GetTotalTradedVolume().GetValue(), largest);
+    EXPECT_EQ(ShowDay(product.GetPriceUpdate()), "= = = 100 = 4294967293")
+        << "an equal high or low is no news";
 }
 
 TEST_F(nxMarketProductTest, QuotesFromDepthTellTheBestLevelsAsTheyChange)
 {
-    const struct
-    {
-        const char* name;
+    nxExpectRows("host/quotes.txt", [this](const std::string& row) {
+        const auto words = nxGetWords(row);
         std::vector<nxFeedLevel> levels;
-        bool changed;
-        const char* snapshot;
-        const char* update;
-    } rows[] = {
-        {"one side", {{Dec("99"), 5u, nxSide::Buy}}, true, "99 x 5 / - x -", "99 x 5 / = x ="},
-        {"a worse level", {{Dec("98"), 1u, nxSide::Buy}}, false, "99 x 5 / - x -", "= x = / = x ="},
-        {"other side", {{Dec("101"), 7u, nxSide::Sell}}, true, "99 x 5 / 101 x 7", "= x = / 101 x 7"},
-        {"volume only", {{Dec("99"), 6u, nxSide::Buy}}, true, "99 x 6 / 101 x 7", "= x 6 / = x ="},
-        {"better, same volume",
-         {{Dec("100"), 6u, nxSide::Buy}},
-         true,
-         "100 x 6 / 101 x 7",
-         "100 x = / = x ="},
-        {"best goes",
-         {{Dec("100"), 0u, nxSide::Buy}, {Dec("99"), 0u, nxSide::Buy}},
-         true,
-         "98 x 1 / 101 x 7",
-         "98 x 1 / = x ="},
-        {"there and back within one change",
-         {{Dec("101"), 0u, nxSide::Sell}, {Dec("101"), 7u, nxSide::Sell}},
-         false,
-         "98 x 1 / 101 x 7",
-         "= x = / = x ="},
-        {"side runs empty", {{Dec("98"), 0u, nxSide::Buy}}, true, "- x - / 101 x 7", "- x - / = x ="},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        product.ApplyDepth(row.levels);
-        EXPECT_EQ(product.QuoteFromDepth(), row.changed);
-        EXPECT_EQ(ShowBest(product.GetPrice()), row.snapshot);
-        EXPECT_EQ(ShowBest(product.GetPriceUpdate()), row.update);
-    }
+        for (std::size_t i = 0; i + 2 < words.size(); i += 3)
+            levels.push_back({Dec(words[i + 1].c_str()), static_cast<unsigned int>(std::stoul(words[i + 2])),
+                              words[i] == "BUY" ? nxSide::Buy : nxSide::Sell});
+        product.ApplyDepth(levels);
+        const std::string changed = product.QuoteFromDepth() ? "changed: " : "not changed: ";
+        return changed + ShowBest(product.GetPrice()) + ", " + ShowBest(product.GetPriceUpdate());
+    });
 }

@@ -4,6 +4,7 @@
 
 #include "host/accounts/nxFeeSchedule.h"
 #include "tests/host/nxExchangeFixture.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -14,47 +15,24 @@ std::string Text(const nxExactAmount& amount)
     return number.GetAsString();
 }
 
-// Positive volumes are bought, negative ones sold; fee 0.5 a fill; the money of a lot is 10 times the price.
 TEST(nxPositionKeeper, ValuesFillsByTheMethodOfAverages)
 {
-    struct Row
-    {
-        const char* name;
-        std::vector<std::pair<const char*, int>> fills;
-        const char* mark;
-        long long net;
-        const char *average, *total, *open, *realised;
-    };
-    const Row rows[] = {
-        {"nothing", {}, "100", 0, "", "0", "0", "0"},
-        {"long", {{"100", 2}, {"103", 1}}, "104", 3, "101.0000000000", "89", "90", "-1"},
-        {"short", {{"100", -2}}, "98.5", -2, "100.0000000000", "29.5", "30", "-0.5"},
-        {"reduced: the average stays",
-         {{"100", 2}, {"103", 1}, {"110", -1}},
-         "104",
-         2,
-         "101.0000000000",
-         "148.5",
-         "60",
-         "88.5"},
-        {"turned: a new average", {{"100", 2}, {"110", -5}}, "108", -3, "110.0000000000", "259", "60", "199"},
-        {"flat", {{"100", 2}, {"110", -2}}, "1", 0, "", "199", "0", "199"},
-        {"no mark: at the average", {{"100", 2}, {"110", -1}}, "", 1, "100.0000000000", "99", "0", "99"},
-        {"below zero", {{"-5", 2}, {"-3", -1}}, "-4", 1, "-5.0000000000", "29", "10", "19"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    nxExpectRows("host/positions.txt", [](const std::string& row) {
         nxPositionKeeper keeper(Dec("10"));
-        for (const auto& [price, volume] : row.fills)
-            keeper.AddFill(volume > 0 ? nxSide::Buy : nxSide::Sell, Dec(price),
+        const auto words = nxGetWords(row);
+        for (auto word = words.begin(); *word != "marked"; ++word) {
+            const int volume = std::stoi(*word);
+            keeper.AddFill(volume > 0 ? nxSide::Buy : nxSide::Sell,
+                           Dec(word->substr(word->find('@') + 1).c_str()),
                            static_cast<unsigned int>(std::abs(volume)), {Dec("0.5"), 1});
-        const nxDecimal mark = Dec(row.mark);
-        EXPECT_EQ(keeper.GetNet(), row.net);
-        EXPECT_EQ(keeper.GetOpenAveragePrice().GetAsString(), row.average);
-        EXPECT_EQ(Text(keeper.GetTotalProfit(mark)), row.total);
-        EXPECT_EQ(Text(keeper.GetOpenProfit(mark)), row.open);
-        EXPECT_EQ(Text(keeper.GetRealisedProfit(mark)), row.realised);
-    }
+        }
+        const nxDecimal mark = words.back() == "nothing" ? nxDecimal() : Dec(words.back().c_str());
+        const nxDecimal average = keeper.GetOpenAveragePrice();
+        return "net " + std::to_string(keeper.GetNet()) + ", average " +
+               (average.IsNull() ? "none" : average.GetAsString()) + ", total " +
+               Text(keeper.GetTotalProfit(mark)) + ", open " + Text(keeper.GetOpenProfit(mark)) +
+               ", realised " + Text(keeper.GetRealisedProfit(mark));
+    });
 }
 
 TEST(nxPositionKeeper, ADayBeginsWithWhatIsOpenAtItsMark)
@@ -87,24 +65,12 @@ TEST(nxPositionKeeper, StaysExactWithLargeAndOddSums)
 
 TEST(nxFeeSchedule, TakesASumForEachLotOrARateOfTheMoney)
 {
-    struct Row
-    {
-        nxFeeSchedule fees;
-        bool isMaker;
-        const char* price;
-        const char* expected;
-    };
-    const Row rows[] = {
-        {{Dec("0.25"), Dec("1.5"), false}, true, "101.5", "0.75"},
-        {{Dec("-0.25"), Dec("1.5"), false}, false, "101.5", "4.5"},
-        {{Dec("-0.25"), Dec("1.5"), false}, true, "101.5", "-0.75"},
-        {{Dec("-0.00015"), Dec("0.0004"), true}, true, "101.5", "-2.28375"},
-        {{Dec("-0.00015"), Dec("0.0004"), true}, false, "101.5", "6.09"},
-        {{Dec("-0.00015"), Dec("0.0004"), true}, false, "-101.5", "6.09"},
-        {{}, true, "101.5", "0"},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(Text(row.fees.GetFee(row.isMaker, Dec(row.price), 3, Dec("50"))), row.expected);
+    nxExpectRows("host/positions.txt", [](const std::string& row) {
+        const auto words = nxGetWords(row);
+        const nxFeeSchedule fees{Dec(words[0].c_str()), Dec(words[1].c_str()), words[2] == "rate"};
+        return Text(fees.GetFee(words[3] == "maker", Dec(words[4].c_str()), 3, Dec("50")));
+    });
+    EXPECT_EQ(Text(nxFeeSchedule().GetFee(true, Dec("101.5"), 3, Dec("50"))), "0");
 }
 
 }  // namespace

@@ -184,6 +184,16 @@ std::string ChooseRows(const std::string& summary, const std::string& expected)
     return rows;
 }
 
+// Without the figures of the speed, which no line that was logged later is among: it begins with a time.
+std::string DropSpeed(const std::string& err)
+{
+    const std::size_t speed = std::min(err.find("--- speed\n"), err.size());
+    std::string errors = err.substr(0, speed);
+    for (const std::string& line : Split(err.substr(speed), '\n'))
+        if (std::isdigit(line.front()) != 0) errors += line + "\n";
+    return errors;
+}
+
 class nxRunScenario : public testing::Test
 {
 public:
@@ -230,7 +240,7 @@ private:
         const testing::ScopedTrace trace(_scenario.file.c_str(), _scenario.line, _scenario.title);
         const int status = std::system(MakeCommand().c_str());
         const std::string out = Load(_folder + "out"), err = Load(_folder + "err");
-        const std::string errors = err.substr(0, err.find("--- speed\n"));
+        const std::string errors = DropSpeed(err);
         const std::size_t summary = std::min(out.find("--- summary\n"), out.size());
         const std::string log = out.substr(0, summary);
         EXPECT_EQ(WEXITSTATUS(status), std::stoi(_scenario.Get("exit", "0"))) << err;

@@ -2,6 +2,7 @@
 
 #include "host/market/nxProductFile.h"
 #include "tests/host/nxHostFixture.h"
+#include "tests/support/nxAllocationCount.h"
 
 TEST(nxRun, AScriptWhoseEveryMessageDiffersDoesNotGrowTheSummaryWithoutEnd)
 {
@@ -54,4 +55,34 @@ end)");
 03.000  products.toml:2:46: side is neither "BUY" nor "SELL"; the products stay as they were
 04.000  0.5 7 3
 )");
+}
+
+// In the middle of the data there is a name for which there is no room.
+TEST(nxRun, ALackOfMemoryOutsideOfTheScriptsEndsTheRunAndNothingIsLost)
+{
+    constexpr std::size_t size = 250'000;
+    nxHostRun run;
+    run.options.storeDirectory = run.Write("stores", "") + ".d";
+    run.options.recordFile = run.Write("record.jsonl", "");
+    run.SetScript(
+        "function OnInit() s = job:getDataStore('s', true) job:getProduct('A'):subscribePrice() end\n"
+        "function OnShutdown() s:add('bye') end\n");
+    std::string rows;
+    for (int i = 0; i < 2000; ++i)  // more than are looked at before the run begins
+        rows += "@00,A,1,1,,,,,\n";
+    run.AddQuotes(rows + "@01," + std::string(size, 'x') + ",1,1,,,,,\n@02,A,1,1,,,,,\n");
+    nxAllocationCount::Lack(size);
+    EXPECT_EQ(run.Run(), nxRunResult::InputFailed);
+    nxAllocationCount::Lack(0);
+    EXPECT_EQ(run.GetErrors(), "out of memory\n");
+    EXPECT_EQ(run.GetLine("end"), "out of memory");
+    EXPECT_EQ(run.GetLine("events"), "2,000 quotes");
+    std::ostringstream record;
+    record << std::ifstream(run.options.recordFile).rdbuf();
+    EXPECT_NE(record.str().find("\"type\":\"jobStopped\""), std::string::npos) << record.str();
+    EXPECT_TRUE(record.str().ends_with("}\n"));
+    run.options.data.clear();
+    run.AddQuotes("@03,A,1,1,,,,,\n");
+    run.SetScript("function OnInit() job:logText(job:getDataStore('s').count) end\n");
+    EXPECT_EQ(run.RunForLog(), "03.000  1\n");
 }

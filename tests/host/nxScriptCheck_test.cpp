@@ -10,6 +10,7 @@
 #include "host/check/nxScriptCheckTexts.h"
 #include "host/check/nxScriptNames.h"
 #include "scriptFramework/job/nxCallback.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -28,93 +29,32 @@ std::string Analyze(const std::vector<nxScriptAnalysis::File>& files)
     return text.str();
 }
 
-// A product in a local and in a global that OnInit sets, to stand in front of a row.
-const std::string Product = "local p function OnInit() p = job:getProduct('A') g = p end\n";
-
-struct Row
+std::string AnalyzeRow(const std::string& row)
 {
-    std::string text;
-    const char* expected;
-};
-
-class ScriptCheck : public testing::Test
-{
-protected:
-    void Expect(const std::vector<Row>& rows)
-    {
-        for (const Row& row : rows) {
-            SCOPED_TRACE(row.text);
-            EXPECT_EQ(Analyze({{"a.lua", row.text}}), row.expected);
-        }
-    }
-};
+    static const std::string front = "PRODUCT ";
+    const std::string product = "local p function OnInit() p = job:getProduct('A') g = p end\n";
+    return Analyze({{"a.lua", row.starts_with(front) ? product + row.substr(front.size()) : row}});
+}
 
 }  // namespace
 
-TEST_F(ScriptCheck, FollowsAClassThroughTheScript)
+TEST(ScriptCheck, FollowsAClassThroughTheScript)
 {
-    Expect({
-        {Product + "function OnPrice() return p.tick, g.tick end",
-         "2:29 unknown-property, 2:37 unknown-property"},
-        {Product + "function OnPrice() return p:getLeg(1).price.bidprice end", "2:45 unknown-property"},
-        {Product + "function OnOrderFill(u) return u.order.product.tick, u.order.state.isFilled end",
-         "2:48 unknown-property, 2:68 method-value"},
-        {Product + "OnTimer = function(name) return clock.hours, name end", "2:39 unknown-property"},
-        {Product + "function OnPrice() for i = 1, p.noLegs do p.leg(i) end end", "2:45 unknown-property"},
-        {Product + "function OnVorantJobNew(j) return j.runing, job:getVorantJobs().cont end",
-         "2:37 unknown-property, 2:65 unknown-property"},
-        {Product + "function OnPrice() list[1]:work{ volume = 1, prise = 2 } end list = {}",
-         "2:46 table-key"},
-        {Product + "function OnPrice() order = p:createOrder('BUY', 'LIMIT') order:work{ prise = 1 } end",
-         "2:70 table-key"},
-    });
+    nxExpectRows("host/check.txt", AnalyzeRow);
 }
 
-TEST_F(ScriptCheck, SaysNothingOfWhatIsMeantSo)
+TEST(ScriptCheck, SaysNothingOfWhatIsMeantSo)
 {
-    Expect({
-        {Product + "function OnPrice() p = { tick = 1 } return p.tick end", ""},  // two classes
-        {Product + "local q = p q = 5 function OnPrice() return q.tick end", ""},
-        {Product + "function OnPrice() p.seen = 1 return g.seen end", ""},  // a field of the script's own
-        {Product + "local function mark(x) x.seen = 1 end function OnPrice() mark(p) return p.seen end", ""},
-        {Product + "local function f(job) return job.anything end function OnPrice() f(p) end", ""},
-        {Product + "local a, b = nil, {} function OnPrice() a, b = p, {} return b.anything, a end", ""},
-        {Product + "function OnPrice() local say = job.logText say(job, 'x') end", ""},
-        {Product + "function OnPrice() pcall(job.logText, job, 'x') job.logText(job, 'x') end", ""},
-        {Product + "function OnPrice(price) local price = price.bidPrice job:logText(price) end", ""},
-        {Product + "function onPrice(x) return x end function OnPrice(price) onPrice(price) end", ""},
-        {Product + "function OnTimer(name, ...) return name, ... end", ""},
-        {Product + "local unpack = table.unpack or unpack function OnPrice() return unpack({}) end", ""},
-        {Product + "local open = io.open function OnPrice() return open end", ""},  // taken in time
-        {Product + "_G.count = 1 function OnPrice() return count end", ""},
-        {Product + "function OnPrice() setfenv(1, {}) return anything end", ""},
-        {Product + "require 'tools.lists' function OnPrice() return lists end", ""},
-        {Product + "function string.trim(s) return s end function OnPrice() return string.trim('x') end", ""},
-        {Product + "function OnPrice() local l = vorant.list.new() vorant.list.sort(l) return l.mySize end",
-         ""},
-        {Product + "function OnPrice() crew:work{ hard = true } end crew = {}", ""},
-        {Product + "function OnTickData(t) t.collection:createIndicator{ name='a', type='b', span=3 } end",
-         ""},
-        {Product + "function OnPrice() return p.tick end -- check:ignore", ""},
-        {Product + "function OnPrice() job:startTimer('t', 1) job:getExistingOrder(1, 2) end", ""},
-        {"if job then OnInit = print end -- check: ignore", ""},
-    });
+    nxExpectRows("host/check.txt", AnalyzeRow);
 }
 
-TEST_F(ScriptCheck, TellsWhatTheEngineTakesAndMeansOtherwise)
+TEST(ScriptCheck, TellsWhatTheEngineTakesAndMeansOtherwise)
 {
-    Expect({
-        {"function OnInit() return '\\.' end", "1:27 syntax"},
-        {"goto = 1 function OnInit() return goto end", "1:6 syntax"},
-        {"function OnInit() os = {} job = nil end", "1:27 overwritten-global"},
-        {"function OnInit() end", ""},
-        {"function Helper() end", "1:1 no-oninit"},
-        {"", "1:1 no-oninit"},
-    });
+    nxExpectRows("host/check.txt", AnalyzeRow);
 }
 
 // One job: what one file defines another may use, and each finding stands in its own file.
-TEST_F(ScriptCheck, TakesTheFilesOfAJobTogether)
+TEST(ScriptCheck, TakesTheFilesOfAJobTogether)
 {
     EXPECT_EQ(Analyze({{"lib.lua", "function helper() return limit end\n"},
                        {"a.lua", "limit = 1\nfunction OnInit() helper() helpr() end\n"}}),

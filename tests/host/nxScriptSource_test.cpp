@@ -1,6 +1,7 @@
 #include "host/jobs/nxScriptSource.h"
 
 #include "tests/host/nxHostFixture.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -29,66 +30,28 @@ std::string InOnInit(const std::string& statement)
     return "function OnInit()\n" + statement + "\nend\n";
 }
 
-struct Row
+std::string FailRow(const std::string& script)
 {
-    const char* name;
-    std::string script;
-    const char* told;
-};
-
-void Check(std::span<const Row> rows)
-{
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(Fail(row.script), row.told);
-    }
+    return Fail(script + "\n");
 }
 
 }  // namespace
 
 TEST(nxScriptSource, TellsALineOfTheScriptAsTheAuthorCountsIt)
 {
-    const Row rows[] = {
-        {"run time", InOnInit("\t  local a = nil + 1 -- no"),
-         "script.lua:2: attempt to perform arithmetic on a nil value | local a = nil + 1 -- no"},
-        {"syntax", "function OnInit(\n  x y\nend", "script.lua:2: ')' expected near 'y' | x y"},
-        {"the first line", "local a = nil + 1",
-         "script.lua:1: attempt to perform arithmetic on a nil value | local a = nil + 1"},
-        {"what pcall gives", InOnInit("error(select(2, pcall(function() x.y = 1 end)):match(':%d+:'), 0)"),
-         ":2:"},
-        {"CRLF", "function OnInit()\r\n  error('x')\r\nend\r\n", "script.lua:2: x | error('x')"},
-        {"first line for a shell", "#!/usr/bin/algoserver\nerror('x')", "script.lua:2: x | error('x')"},
-        {"long string over lines", "local a = [[\n\n]] .. nil",
-         "script.lua:3: attempt to concatenate a nil value | "
-         "]] .. nil"},
-        {"raised by a bound function", InOnInit("job:getProduct('B')"),
-         "script.lua:2: getProduct could not find product B | job:getProduct('B')"},
-    };
-    Check(rows);
+    nxExpectRows("host/failures.txt", FailRow);
+    EXPECT_EQ(Fail("function OnInit()\r\n  error('x')\r\nend\r\n"), "script.lua:2: x | error('x')");
+    EXPECT_EQ(Fail("#!/usr/bin/algoserver\nerror('x')"), "script.lua:2: x | error('x')");
 }
 
 TEST(nxScriptSource, TellsWhatStaysOpenAtTheEnd)
 {
-    const Row rows[] = {
-        {"the line behind the last", "function OnInit()\n",
-         "script.lua:2: 'end' expected (to close 'function' at line 1) near '<eof>' | "},
-        {"a bracket", "x = {\n1,\n2\nlocal y",
-         "script.lua:4: '}' expected (to close '{' at line 1) near 'local' | "
-         "local y"},
-    };
-    Check(rows);
+    nxExpectRows("host/failures.txt", FailRow);
 }
 
 TEST(nxScriptSource, KeepsTheScriptsOwnWordsWhateverTheyLookLike)
 {
-    const Row rows[] = {
-        {"brackets and colons", InOnInit("error('[a]:7: b: 8: c')"),
-         "script.lua:2: [a]:7: b: 8: c | error('[a]:7: b: 8: c')"},
-        {"without a place", InOnInit("error('disk on fire', 0)"), "disk on fire"},
-        {"empty", InOnInit("error('', 0)"), ""},
-        {"a table", InOnInit("error({code = 5})"), "error object is a table value"},
-    };
-    Check(rows);
+    nxExpectRows("host/failures.txt", FailRow);
 }
 
 // The engine takes every line for one of the script; a line of the prelude must not point there.

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "host/feed/nxFeedTime.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -13,44 +14,21 @@ constexpr long long Never = std::numeric_limits<long long>::max();
 long long Time(const std::string& text)
 {
     long long time = Never;
-    if (!text.empty()) {
-        EXPECT_EQ(nxFeedTime::SetFromText(text, time), nullptr) << text;
-    }
+    EXPECT_EQ(nxFeedTime::SetFromText(text, time), nullptr) << text;
     return time;
 }
 
-// 2024-01-08 is a Monday.
 TEST(nxTradingHoursTest, OpensAndClosesAtItsSessions)
 {
-    const struct
-    {
-        const char* hours;
-        const char* time;
-        bool open;
-        const char* change;  // the next one; empty: none
-    } rows[] = {
-        {"14:30-21:00", "20240108:14:29:59.999999999", false, "20240108:14:30:00"},
-        {"14:30-21:00", "20240108:14:30:00", true, "20240108:21:00:00"},
-        {"14:30-21:00", "20240108:21:00:00", false, "20240109:14:30:00"},
-        {"00:00-24:00", "20240108", true, ""},
-        {"09:00-09:00", "20240108:09:00", true, ""},
-        {"Mon-Fri 08:00-12:00,Mon-Fri 13:00-16:30", "20240108:12:30", false, "20240108:13:00"},
-        {"Mon-Fri 08:00-12:00, Mon-Fri 13:00-16:30", "20240112:17:00", false, "20240115:08:00"},
-        {"Mon-Fri 08:00-12:00, Mon-Fri 12:00-16:30", "20240108:09:00", true, "20240108:16:30"},
-        {"Sun-Thu 23:00-22:00", "20240108:22:30", false, "20240108:23:00"},
-        {"Sun-Thu 23:00-22:00", "20240112:22:00", false, "20240114:23:00"},
-        {"Wed 23:00-01:00", "20240111:00:30", true, "20240111:01:00"},  // over the end of the counted week
-        {"Wed 23:00-01:00, Thu 00:30-02:00", "20240111:01:30", true, "20240111:02:00"},
-        {"Mon 10:00-11:00", "19691229:10:30", true, "19691229:11:00"},  // before 1970
-        {"Sat-Mon 00:00-24:00", "20240106:12:00", true, "20240109"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(std::string(row.hours) + " at " + row.time);
+    nxExpectRows("host/hours.txt", [](const std::string& row) {
+        const std::size_t at = row.find(" at ");
         nxTradingHours hours;
-        ASSERT_EQ(nxTradingHours::SetFromText(row.hours, hours), nullptr);
-        EXPECT_EQ(hours.IsOpen(Time(row.time)), row.open);
-        EXPECT_EQ(hours.GetNextChange(Time(row.time)), Time(row.change));
-    }
+        EXPECT_EQ(nxTradingHours::SetFromText(row.substr(0, at), hours), nullptr);
+        const long long time = Time(row.substr(at + 4));
+        const long long change = hours.GetNextChange(time);
+        return std::string(hours.IsOpen(time) ? "open" : "closed") +
+               (change == Never ? "" : " until " + nxFeedTime::GetAsString(change).substr(0, 17));
+    });
 }
 
 TEST(nxTradingHoursTest, WalksThroughAWeekAsItsStateChanges)

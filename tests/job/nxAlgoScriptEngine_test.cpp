@@ -21,18 +21,19 @@ struct Callback
 {
     std::string name;
     std::function<nxErrorEnum(nxAlgoJobObject&, nxAlgoJobInterface*)> deliver;
-    const char* arguments;          // as the script sees them
+    std::string arguments;          // as the script sees them
     const char* failure = nullptr;  // the log line ahead of the error, unless it begins with the name
 };
 
-template <auto Entry>
-Callback WatchedJob(const std::string& name)
+// Of an object that the host makes with an id alone.
+template <class Object, auto Entry>
+Callback Of(const std::string& name, unsigned int id)
 {
-    const auto deliver = [](nxAlgoJobObject& job, nxAlgoJobInterface* host) {
-        nxTestVorantJob object(host, 6);
+    const auto deliver = [id](nxAlgoJobObject& job, nxAlgoJobInterface* host) {
+        Object object(host, id);
         return (job.*Entry)(object);
     };
-    return {name, deliver, "id 6"};
+    return {name, deliver, "id " + std::to_string(id)};
 }
 
 template <auto Entry>
@@ -55,13 +56,7 @@ Callback OfOrder(const std::string& name)
 }
 
 const Callback Callbacks[] = {
-    {"OnPrice",
-     [](auto& job, auto* host) {
-         const nxPrice price;
-         nxAlgoPriceObject object(host, &price, nullptr, 1);
-         return job.OnPrice(object);
-     },
-     "id 1"},
+    Of<nxAlgoPriceObject, &nxAlgoJobObject::OnPrice>("OnPrice", 1),
     {"OnMarketDepth",
      [](auto& job, auto* host) {
          const nxMarketDepth depth;
@@ -77,37 +72,22 @@ const Callback Callbacks[] = {
     OfOrder<&nxAlgoJobObject::OnOrderCompleted>("OnOrderCompleted"),
     OfOrder<&nxAlgoJobObject::OnOrderAmendRejected>("OnOrderAmendRejected"),
     OfOrder<&nxAlgoJobObject::OnOrderCancelRejected>("OnOrderCancelRejected"),
-    {"OnProductState",
-     [](auto& job, auto* host) {
-         nxAlgoStateObject object(host, 3);
-         return job.OnProductState(object);
-     },
-     "id 3"},
+    Of<nxAlgoStateObject, &nxAlgoJobObject::OnProductState>("OnProductState", 3),
     {"OnParameter", [](auto& job, auto*) { return job.OnParameter("width", "5", "me"); }, "width 5 me",
      "OnParameter ( width , 5 ) Tag = me failed. Error : "},
-    {"OnPosition",
-     [](auto& job, auto* host) {
-         nxAlgoPositionObject object(host, 4);
-         return job.OnPosition(object);
-     },
-     "id 4"},
+    Of<nxAlgoPositionObject, &nxAlgoJobObject::OnPosition>("OnPosition", 4),
     {"OnTimer", [](auto& job, auto*) { return job.OnTimer("beat"); }, "beat",
      "OnTimer ( beat ) failed. Error : "},
     {"OnJobChanged", [](auto& job, auto*) { return job.OnJobChanged(); }, ""},
     {"OnJobParametersChanged", [](auto& job, auto*) { return job.OnJobParametersChanged(); }, ""},
     {"OnShutdown", [](auto& job, auto*) { return job.OnShutdown(); }, ""},
-    WatchedJob<&nxAlgoJobObject::OnJobNew>("OnVorantJobNew"),
-    WatchedJob<&nxAlgoJobObject::OnJobStarted>("OnVorantJobStarted"),
-    WatchedJob<&nxAlgoJobObject::OnJobStopped>("OnVorantJobStopped"),
-    WatchedJob<&nxAlgoJobObject::OnJobStatusUpdate>("OnVorantJobStatusUpdate"),
-    WatchedJob<&nxAlgoJobObject::OnJobUpdate>("OnVorantJobUpdate"),
+    Of<nxTestVorantJob, &nxAlgoJobObject::OnJobNew>("OnVorantJobNew", 6),
+    Of<nxTestVorantJob, &nxAlgoJobObject::OnJobStarted>("OnVorantJobStarted", 6),
+    Of<nxTestVorantJob, &nxAlgoJobObject::OnJobStopped>("OnVorantJobStopped", 6),
+    Of<nxTestVorantJob, &nxAlgoJobObject::OnJobStatusUpdate>("OnVorantJobStatusUpdate", 6),
+    Of<nxTestVorantJob, &nxAlgoJobObject::OnJobUpdate>("OnVorantJobUpdate", 6),
     OfOrder<&nxAlgoJobObject::OnOrderQPosition>("OnOrderQPosition"),
-    {"OnPriceTradeVolumes",
-     [](auto& job, auto* host) {
-         nxAlgoPriceTradeVolumesObject object(host, 5);
-         return job.OnPriceTradeVolumes(object);
-     },
-     "id 5"},
+    Of<nxAlgoPriceTradeVolumesObject, &nxAlgoJobObject::OnPriceTradeVolumes>("OnPriceTradeVolumes", 5),
 };
 
 TEST(nxAlgoScriptEngine, EachCallbackBringsItsArgumentsAndTellsItsFailure)
@@ -125,7 +105,7 @@ TEST(nxAlgoScriptEngine, EachCallbackBringsItsArgumentsAndTellsItsFailure)
         ASSERT_TRUE(job.StartJob().IsSuccess());
         nxRecordingLog log;
         EXPECT_TRUE(row.deliver(job, &host).IsSuccess()) << job.GetErrorText();
-        EXPECT_EQ(host.TakeCalls() + log.TakeLines(), "[" + std::string(row.arguments) + "]");
+        EXPECT_EQ(host.TakeCalls() + log.TakeLines(), "[" + row.arguments + "]");
 
         ASSERT_TRUE(job.LoadScript("fail = true").IsSuccess());
         EXPECT_EQ(row.deliver(job, &host), nxErrorEnum(nxError_CallbackFailed));

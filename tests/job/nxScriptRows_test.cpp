@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <optional>
 
-#include "tests/support/nxRecordingLog.h"
 #include "tests/support/nxRowFile.h"
 #include "tests/support/nxScriptJob.h"
 #include "tests/support/nxTestDataStore.h"
@@ -31,34 +29,12 @@ public:
         host.dataStore = &_store;
     }
 
-    // The answer, the calls and the log lines.
-    std::string Run(const std::string& code)
-    {
-        std::string outcome = Evaluate(code);
-        const std::string calls = host.TakeCalls();
-        if (!calls.empty()) outcome += " || " + calls;
-        std::string lines = _log.TakeLines();
-        if (lines.empty()) return outcome;
-        lines.pop_back();
-        for (const auto& [from, to] : {std::pair("[test] ", ""), std::pair("\n", "; ")})
-            for (std::size_t at = 0; (at = lines.find(from, at)) != std::string::npos;)
-                lines.replace(at, std::strlen(from), to);
-        return outcome + " || " + lines;
-    }
-
 private:
     nxTestOrder _order{&host, &AddProduct("FDAX", 3)};
     nxTestOrderCollection _all{&host, {&_order}};
     nxTestOrderCollection _own{&host, {}};
     nxTestDataStore _store{&host};
-    nxRecordingLog _log;
 };
-
-std::string Trim(const std::string& text)
-{
-    const std::size_t first = text.find_first_not_of(' ');
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
-}
 
 class nxScriptRows : public testing::TestWithParam<const char*>
 {
@@ -71,10 +47,10 @@ TEST_P(nxScriptRows, EveryRowComesToWhatItSays)
     for (const nxRow& row : nxReadRows(std::string("scripts/") + GetParam() + ".txt")) {
         if (std::exchange(section, row.section) != row.section)
             job.emplace(row.section.starts_with("--- refused"));
-        EXPECT_EQ(Trim(job->Run(row.what)), row.outcome) << "line " << row.line << ": " << row.what;
+        EXPECT_EQ(nxTrim(job->Tell(row.what)), row.outcome) << "line " << row.line << ": " << row.what;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, nxScriptRows, testing::Values("analytics", "job"));
+INSTANTIATE_TEST_SUITE_P(Files, nxScriptRows, testing::Values("analytics", "job", "prelude"));
 
 }  // namespace

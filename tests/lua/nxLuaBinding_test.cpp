@@ -17,9 +17,7 @@ TEST(nxLuaBinding, EveryRowComesToWhatItSays)
     for (const nxRow& row : nxReadRows("lua/binding.txt")) {
         if (row.section != section || row.section.starts_with('=')) engine.emplace();
         section = row.section;
-        const std::string outcome = engine->Evaluate(row.what);
-        EXPECT_EQ(outcome.substr(0, outcome.find_last_not_of(' ') + 1), row.outcome)
-            << "line " << row.line << ", " << section;
+        EXPECT_EQ(nxTrim(engine->Evaluate(row.what)), row.outcome) << "line " << row.line << ", " << section;
     }
 }
 

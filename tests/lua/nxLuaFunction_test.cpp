@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/lua/nxProbe.h"
+#include "tests/support/nxRowFile.h"
 
 namespace {
 
@@ -53,27 +54,11 @@ TEST(nxLuaFunction, AnObjectReachesEveryFunctionThatCanTell)
     nxProbeEngine engine;
     ASSERT_TRUE(engine.LoadText("seen = 0; function f() seen = seen + 1 end"));
     nxLuaFunction f(engine, "f");
-    const struct
-    {
-        const char* definition;
-        double seen;
-    } rows[] = {
-        {"", 1},
-        {"", 2},
-        {"local none = f; function f(object) seen = object.first end none()", 7},
-        {"function f(...) seen = select('#', ...) end", 1},
-        {"function f() seen = arg and 1 or 100 end", 100},
-        {"f = nil; for i = 1, 50 do loadstring('function f() seen = 0 end')() end; collectgarbage()", 0},
-        {"f = nil; collectgarbage(); for i = 1, 50 do loadstring('function f(o) seen = o and 5 end')() end",
-         5},
-        {"function f() seen = -1 end", -1},
-    };
-    for (const auto& row : rows) {
+    nxExpectRows("lua/engine.txt", [&](const std::string& definition) {
         engine.probe.first = 7;
-        ASSERT_TRUE(engine.LoadText(row.definition)) << row.definition;
-        EXPECT_TRUE(f.Call(engine.probe)) << engine.GetLastError();
-        EXPECT_EQ(engine.GetGlobalNumber("seen"), row.seen) << row.definition;
-    }
+        EXPECT_TRUE(engine.LoadText(definition) && f.Call(engine.probe)) << engine.GetLastError();
+        return engine.Evaluate("seen");
+    });
 }
 
 TEST(nxLuaFunction, OnlyAFunctionCounts)

@@ -30,10 +30,7 @@ constexpr nxLuaWrapper<nxTeller>::FunctionType nxTeller::Functions[] = {
     {"give", &nxTeller::give},
     {"types", &nxTeller::types},
     {"missing", &nxTeller::missing},
-    {"number", &nxTeller::number},
-    {"truncate", &nxTeller::truncate},
-    {"text", &nxTeller::text},
-    {"flag", &nxTeller::flag},
+    {"read", &nxTeller::read},
     {"named", &nxTeller::named},
     {"vector", &nxTeller::vector},
     {"matrix", &nxTeller::matrix},
@@ -130,27 +127,14 @@ bool nxTeller::missing(nxLuaParameters& parameters, nxLuaResults& results)
     return true;
 }
 
-bool nxTeller::number(nxLuaParameters& parameters, nxLuaResults& results)
+bool nxTeller::read(nxLuaParameters& parameters, nxLuaResults& results)
 {
-    results.Add(parameters.Parameter(1).GetNumber());
-    return true;
-}
-
-bool nxTeller::truncate(nxLuaParameters& parameters, nxLuaResults& results)
-{
-    results.Add(parameters.Parameter(1).GetUnsigned());
-    return true;
-}
-
-bool nxTeller::text(nxLuaParameters& parameters, nxLuaResults& results)
-{
-    results.Add(parameters.Parameter(1).GetString());
-    return true;
-}
-
-bool nxTeller::flag(nxLuaParameters& parameters, nxLuaResults& results)
-{
-    results.Add(parameters.Parameter(2).GetBool());
+    const std::string kind = parameters.Parameter(1).GetString();
+    const nxLuaParameter& given = parameters.Parameter(2);
+    if (kind == "number") results.Add(given.GetNumber());
+    if (kind == "unsigned") results.Add(given.GetUnsigned());
+    if (kind == "text") results.Add(given.GetString());
+    if (kind == "flag") results.Add(given.GetBool());
     return true;
 }
 

@@ -22,10 +22,7 @@ public:
     bool give(nxLuaParameters&, nxLuaResults&);
     bool types(nxLuaParameters&, nxLuaResults&);
     bool missing(nxLuaParameters&, nxLuaResults&);
-    bool number(nxLuaParameters&, nxLuaResults&);
-    bool truncate(nxLuaParameters&, nxLuaResults&);
-    bool text(nxLuaParameters&, nxLuaResults&);
-    bool flag(nxLuaParameters&, nxLuaResults&);
+    bool read(nxLuaParameters&, nxLuaResults&);
     bool named(nxLuaParameters&, nxLuaResults&);
     bool vector(nxLuaParameters&, nxLuaResults&);
     bool matrix(nxLuaParameters&, nxLuaResults&);

@@ -33,29 +33,23 @@ TEST(nxAlgoPosition, NetsAreLongMinusShort)
 // A different number in every field, so that no two properties can be mixed up.
 TEST(nxAlgoPositionObject, EachPropertyReadsItsOwnField)
 {
-    const auto number = [](int value) { return nxDecimal::FromMantissa(value, 1); };
-    nxAlgoPosition position;
+    using P = nxAlgoPosition;
+    P position;
+    int price = 10;
+    for (const auto set : {&P::SetDayAverageBuyPrice, &P::SetDayAverageSellPrice, &P::SetTotalAverageBuyPrice,
+                           &P::SetTotalAverageSellPrice, &P::SetRunningOpenDayAveragePrice, &P::SetTotalCost,
+                           &P::SetTotalRevenue, &P::SetDayCost, &P::SetDayRevenue, &P::SetLocalCost,
+                           &P::SetLocalRevenue, &P::SetLocalAverageSellPrice})
+        (position.*set)(nxDecimal::FromMantissa(++price, 1));
+    position.SetLocalAverageBuyPrice(nxDecimal());
     position.SetTotalShort(5000000000);
     position.SetTotalLong(6000000000);
     position.SetLocalShort(30);
     position.SetLocalLong(10);
     position.SetDayShort(2);
     position.SetDayLong(9);
-    position.SetDayAverageBuyPrice(number(11));
-    position.SetDayAverageSellPrice(number(12));
-    position.SetTotalAverageBuyPrice(number(13));
-    position.SetTotalAverageSellPrice(number(14));
-    position.SetRunningOpenDayAveragePrice(number(15));
-    position.SetCurrency(nxCurrency_EUR);
-    position.SetTotalCost(number(16));
-    position.SetTotalRevenue(number(17));
-    position.SetDayCost(number(18));
-    position.SetDayRevenue(number(19));
     position.SetOpenPos(-4);
-    position.SetLocalCost(number(-20));
-    position.SetLocalRevenue(number(21));
-    position.SetLocalAverageBuyPrice(nxDecimal());
-    position.SetLocalAverageSellPrice(number(23));
+    position.SetCurrency(nxCurrency_EUR);
     const char* const read =
         "it.id, it.totalNet, it.totalShort, it.totalLong, it.totalAverageBuyPrice, it.totalAverageSellPrice, "
         "it.totalCost, it.totalRevenue, it.localNet, it.localShort, it.localLong, it.localAverageBuyPrice, "
@@ -66,7 +60,7 @@ TEST(nxAlgoPositionObject, EachPropertyReadsItsOwnField)
     nxAlgoPositionObject object(&script.host, 9, position);
     ASSERT_TRUE(script.job.OnPosition(object).IsSuccess());
     EXPECT_EQ(script.Evaluate(read),
-              "9 1000000000 5000000000 6000000000 1.3 1.4 1.6 1.7 -20 30 10 nil 2.3 -2 2.1 7 2 9 1.1 1.2 1.8 "
+              "9 1000000000 5000000000 6000000000 1.3 1.4 1.6 1.7 -20 30 10 nil 2.2 2 2.1 7 2 9 1.1 1.2 1.8 "
               "1.9 1.5 -4 'EUR'");
     nxAlgoPositionObject fresh(&script.host, 9);
     ASSERT_TRUE(script.job.OnPosition(fresh).IsSuccess());

@@ -23,28 +23,19 @@ nxPrice NoChange()
 TEST(nxAlgoPriceObject, EachPropertyReadsItsOwnField)
 {
     nxPrice record;
-    record.SetBidPrice(Cents(101));
-    record.SetBidVolume(1);
-    record.SetAskPrice(Cents(202));
-    record.SetAskVolume(2);
-    record.SetImpliedBidPrice(Cents(103));
-    record.SetImpliedBidVolume(3);
-    record.SetImpliedAskPrice(Cents(204));
-    record.SetImpliedAskVolume(4);
-    record.SetLastPrice(Cents(105));
-    record.SetLastVolume(5);
+    using P = nxPrice;
+    long long price = 100;
+    for (const auto set : {&P::SetBidPrice, &P::SetAskPrice, &P::SetImpliedBidPrice, &P::SetImpliedAskPrice,
+                           &P::SetLastPrice, &P::SetOpenPrice, &P::SetHighPrice, &P::SetLowPrice,
+                           &P::SetClosePrice, &P::SetPreviousClosePrice, &P::SetSettlementPrice,
+                           &P::SetPreviousSettlementPrice, &P::SetTheoreticalPrice, &P::SetTheoretical2Price})
+        (record.*set)(Cents(++price));
+    unsigned int volume = 0;
+    for (const auto set : {&P::SetBidVolume, &P::SetAskVolume, &P::SetImpliedBidVolume,
+                           &P::SetImpliedAskVolume, &P::SetLastVolume, &P::SetTotalTradedVolume})
+        (record.*set)(++volume);
     record.SetLastPriceBuySellIndicator(nxBuySell_Buy);
-    record.SetTotalTradedVolume(6);
-    record.SetOpenPrice(Cents(107));
-    record.SetHighPrice(Cents(108));
-    record.SetLowPrice(Cents(109));
-    record.SetClosePrice(Cents(110));
-    record.SetPreviousClosePrice(Cents(111));
-    record.SetSettlementPrice(Cents(112));
-    record.SetPreviousSettlementPrice(Cents(113));
     record.SetSettlementPriceType(0x9u);
-    record.SetTheoreticalPrice(Cents(114));
-    record.SetTheoretical2Price(Cents(115));
     const std::string read =
         "it.id, it.bidPrice, it.bidVolume, it.askPrice, it.askVolume, "
         "it.impliedBidPrice, it.impliedBidVolume, it.impliedAskPrice, it.impliedAskVolume, "
@@ -67,15 +58,15 @@ TEST(nxAlgoPriceObject, EachPropertyReadsItsOwnField)
     };
     // The implied bid is the higher, the direct ask the lower.
     expect(full, read,
-           "77 1.03 3 2.02 2 1.03 3 2.04 4 1.01 1 2.02 2 1.09 1.08 1.05 5 'BUY' 6 1.14 1.15 "
-           "1.07 1.1 1.11 1.13 1.12 '0 3'");
+           "77 1.03 3 1.02 2 1.03 3 1.04 4 1.01 1 1.02 2 1.08 1.07 1.05 5 'BUY' 6 1.13 1.14 "
+           "1.06 1.09 1.1 1.12 1.11 '0 3'");
     expect(empty, read, nothing + "''");
     expect(marks, read, nothing + "'NO_CHANGE'");
     expect(without, read, nothing + "''");
     // The other way round, price and volume still come together.
     record.SetBidPrice(Cents(104));
-    record.SetImpliedAskPrice(Cents(201));
-    expect(full, "it.bidPrice, it.bidVolume, it.askPrice, it.askVolume", "1.04 1 2.01 4");
+    record.SetImpliedAskPrice(Cents(99));
+    expect(full, "it.bidPrice, it.bidVolume, it.askPrice, it.askVolume", "1.04 1 0.99 4");
 }
 
 TEST(nxAlgoPriceObject, TellsWhichSidesTheEventChanged)

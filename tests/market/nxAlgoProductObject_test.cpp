@@ -187,15 +187,8 @@ TEST_F(nxAlgoProductObjectLegsTest, ReadsLegsOfTheDefinitionAnewEachTime)
     script.AddProduct("MAR", 21);
     script.AddProduct("JUN", 22);
     Define(strategy);
-    ExpectRows({
-        {"p.noLegs, p.priceOffset", "4 nil"},
-        {"p:getLeg(1).id, p:getLeg(1.9).id, p:getLeg(2).id", "21 21 22"},
-        {"p:getLeg(3)", "nil"},  // the host knows no such product
-        {"p:getLeg(4)", "nil"},  // the leg has none
-        {"p:getLegSide(1), p:getLegSide(2), p:getLegSide(3), p:getLegSide(5)", "'BUY' 'SELL' 'SELL' nil"},
-        {"p:getLegPriceRatio(1), p:getLegPriceRatio(2), p:getLegPriceRatio(5)", "1.5 nil nil"},
-        {"p:getLegTradeRatio(1), p:getLegTradeRatio(2), p:getLegTradeRatio(3)", "2 -1 nil"},
-    });
+    script.ExpectRows("market.txt");
+    script.ExpectRows("market.txt", "by index");
     strategy.SetSyntheticStrategyPriceOffset(nxDecimal(-25, 100, 2));
     strategy.AddStrategyLeg(MakeLeg("MAR", nxBuySell_Sell, nxDecimal(), nxDecimal()));
     Define(strategy);
@@ -213,17 +206,6 @@ TEST_F(nxAlgoProductObjectLegsTest, WithoutADefinitionThereAreNoLegs)
     ExpectRows({{read, "0 nil nil nil nil nil"}});
     Define(nxProductDefinition());  // of no strategy
     ExpectRows({{read, "0 nil nil nil nil nil"}});
-}
-
-TEST_F(nxAlgoProductObjectLegsTest, LegFunctionsCheckTheirIndex)
-{
-    for (const std::string function : {"getLeg", "getLegPriceRatio", "getLegTradeRatio", "getLegSide"}) {
-        const std::string count = "error: " + function + " requires 1 parameter";
-        const std::string base = "error: " + function + " has 1 based index";
-        EXPECT_EQ(script.Evaluate("p:" + function + "()"), count);
-        EXPECT_EQ(script.Evaluate("p:" + function + "(0)"), base);
-        EXPECT_EQ(script.Evaluate("p:" + function + "(4294967296)"), base);
-    }
 }
 
 }  // namespace

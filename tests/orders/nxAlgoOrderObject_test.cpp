@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxRowFile.h"
 #include "tests/support/nxScriptJob.h"
 #include "tests/support/nxTestOrder.h"
 
@@ -23,37 +24,16 @@ protected:
 
 TEST_F(nxAlgoOrderObjectTest, ShowsTheHostsAnswersEachUnderItsLock)
 {
-    // locks: of the calls into the host
-    const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
-        {"it.id, it.product.id, it.price, it.side, it.hedgeCount, it.volume, it.working, it.executed",
-         "0 12 nil '' 0 0 0 0", "1 12 2.25 'BUY' 6 3 4 5", "oooooo"},
-        {"it.type, it.exec, it.time, it.spreadSpec, it.exchangeID, it.account, it.bracketStopLossType",
-         "'' '' '' '' '' '' ''", "'LIMIT' 'IOC' 'GTC' '1:2' 'X14' 'ACC' 'MARKET'", "ooooooo"},
-        {"it.stopPrice, it.zephrinID, it.icebergMinPeakSize, it.icebergMaxPeakSize, it.icebergThreshold",
-         "nil nil nil nil nil", "12 13 15 16 17", "ooooo"},
-        {"it.bracketProfit, it.bracketStopLoss, it.bracketStopLossLimit, it.bracketStopLossVolume",
-         "nil nil nil nil", "18 nil 21 23", "oooo"},
-        {"it.bracketStopLossTrailing, it.paidUp, it.qposition, it.originatingZephrinID", "true false 0 nil",
-         "false true 27 26", "oooo"},
-        {"it.isSpreadHedge, it.isSpreadWorking, it.isCurrentJob, it.averagePrice", "false false true nil",
-         "true false false 24", "----"},
-        {"it.parent, it.spreadWorkingOrder, it.lastVorantUpdateTime, it.lastExchangeFillTime",
-         "nil nil nil nil", "nil table nil nil", "----"},
-        {"it.lastFillPrice, it.lastFillVolume, it.reference", "nil nil ''", "nil nil ''", ""},
-        {"it.state:isPending(), it.state:isFailed()", "true false", "true false", "--"},
-        {"it:getHedgeID(0), it:getHedgeID(2 ^ 32 + 2.9)", "nil nil", "nil 2", "oo"},
-    };
     order.SetSide("BUY");
-    for (const auto& [code, bases, host, locks] : rows) {
-        EXPECT_EQ(script.Evaluate(code), host) << code;
-        EXPECT_EQ(order.TakeLocks(), locks) << code;
+    nxExpectRows("scripts/orders.txt", [this](const std::string& code) {
+        const std::string answer = script.Evaluate(code);
+        const std::string locks = order.TakeLocks();
         EXPECT_FALSE(order.IsMutexHeld()) << code;
-    }
+        return answer + (locks.empty() ? "" : " || " + locks);
+    });
     nxAlgoOrderObject base(&script.host, &product);
     ASSERT_TRUE(script.job.OnOrderNew(base).IsSuccess());
-    for (const auto& [code, bases, host, locks] : rows)
-        EXPECT_EQ(script.Evaluate(code), bases) << code;
-    EXPECT_EQ(script.Evaluate("it:work{volume = 1} it:pull()"), "");
+    script.ExpectRows("orders.txt", "of none");
 }
 
 TEST_F(nxAlgoOrderObjectTest, FollowsTheHost)
@@ -78,25 +58,23 @@ TEST_F(nxAlgoOrderObjectTest, FollowsTheHost)
 // The locks are free again on every path, also where Lua raises or the host throws.
 TEST_F(nxAlgoOrderObjectTest, WorkPullAndHedgesFailWithTheHostsReasonOrTheirOwn)
 {
-    const std::string badHedge = "bad argument #1 to 'getHedgeID' (number expected, got string)";
-    const std::tuple<const char*, bool, const char*, const char*, std::string> rows[] = {
-        {"it:work()", false, "", "", "Requires named value parameter"},
-        {"it:work{volume = 5}", true, "no market", "", "no market"},
-        {"it:work{volume = 5}", false, "", "broken", "broken"},
-        {"it:pull()", true, "", "", "Pull Order Validation Failed"},
-        {"it:pull()", false, "", "broken", "broken"},
-        {"it:getHedgeID()", false, "", "", "Requires index parameter"},
-        {"it:getHedgeID('x')", false, "", "", badHedge},
-        {"it:getHedgeID(1)", false, "", "broken", "broken"},
+    const auto expect = [this](const std::string& part) {
+        const auto ask = [this](const std::string& code) {
+            const std::string answer = script.Evaluate(code);
+            EXPECT_FALSE(order.IsMutexHeld()) << code;
+            return answer;
+        };
+        nxExpectRows("scripts/orders.txt", ask, part);
     };
-    for (const auto& [code, refuse, hostError, throws, answer] : rows) {
-        SCOPED_TRACE(code);
-        order.refuse = refuse;
-        order.throwOnCall = throws;
-        script.host.lastError = hostError;
-        EXPECT_EQ(script.Evaluate(code), "error: " + answer);
-        EXPECT_FALSE(order.IsMutexHeld());
-    }
+    expect("");
+    order.refuse = true;
+    expect("refused");
+    script.host.lastError = "no market";
+    expect("refused with a reason");
+    order.refuse = false;
+    script.host.lastError.clear();
+    order.throwOnCall = "broken";
+    expect("broken");
     nxRecordingLog log;
     EXPECT_EQ(script.Evaluate("it:work{volume = 5}"), "error: broken");
     EXPECT_EQ(log.TakeLines(), "32 [test] Work order\n32 [test]  Volume (5)\n");

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxRowFile.h"
 #include "tests/support/nxScriptJob.h"
 #include "tests/support/nxTestOrder.h"
 
@@ -47,43 +48,16 @@ constexpr const char* Everything =
 
 TEST_F(nxAlgoOrderParametersTest, ReadsTheKeysOfTheTable)
 {
-    const std::pair<std::string, std::string> rows[] = {
-        {Everything,
-         " Volume (1) Price (2.25) Stop Price (3) Stop Volume (4) Iceberg Min Peak Size (5)"
-         " Iceberg Mix Peak Size (6) Iceberg Threshold (7) Bracket Profit Ticks (8)"
-         " Bracket Stop Loss Ticks (9) Bracket Stop Loss Order Type (LIMIT)"
-         " Bracket Stop Loss Limit Ticks (10) Bracket Stop Loss Volume (11)"
-         " Bracket Stop Loss Execution (TRAILING_STOP) Pay Up Volume (12) Min Volume (13)"
-         " Finesse Ticks (14) Finesse Volume (15) Finesse Paper Only (TRUE)"},
-        // A valid date ends the reading.
-        {"{volume = 10, stopVolume = 3, expiryDate = '20301231', icebergThreshold = 5, algoID = 'x'}",
-         " Volume (10) Stop Volume (3) Expiry Date (20301231:00:00:00)"},
-        {"{expiryDate = 20301231}", " Expiry Date (20301231:00:00:00)"},
-        // Only the price is rounded; numbers that Lua writes with an exponent have ten places.
-        {"{price = 100.13, stopPrice = 99.456}", " Price (100.25) Stop Price (99.456)"},
-        {"{price = 0.00001, stopPrice = 0.00001}", " Price (0.00) Stop Price (0.0000100000)"},
-        // What is no text or number counts as not given, and so does an empty text.
-        {"{volume = '', price = {}, stopVolume = false, expiryDate = '', finessePaperOnly = true}", ""},
-        {"{bracketStopLossTrailing = 'TRUE', bracketStopLossType = 'MARKET'}",
-         " Bracket Stop Loss Order Type (MARKET) Bracket Stop Loss Execution (STOP)"},
-    };
-    for (const auto& [table, expected] : rows)
-        EXPECT_EQ(Work(table), "32 P" + expected + "\n") << table;
+    nxExpectRows("scripts/orders.txt", [this](const std::string& table) {
+        const std::string line = Work(table == "EVERYTHING" ? Everything : table);
+        EXPECT_TRUE(line.starts_with("32 P")) << line;
+        return line.substr(4);
+    });
 }
 
 TEST_F(nxAlgoOrderParametersTest, RefusesWhatItCanNotRead)
 {
-    const std::pair<const char*, const char*> rows[] = {
-        {"{volume = 10.5}", "Can not set volume to [10.5]. not a number"},
-        {"{volume = 4294967296}", "Can not set volume to [4294967296]. number out of range"},
-        {"{stopPrice = '1e-5'}", "Can not set stopPrice to [1e-5]. not a number"},
-        {"{bracketStopLossType = 'STOP'}",
-         "Can not set bracketStopLossType to ]STOP] should be MARKET or LIMIT"},
-        {"{finessePaperOnly = 'maybe'}", "Can not set finessePaperOnly to [maybe]. UNDEFINED"},
-        {"{expiryDate = '20301301'}", "Invalid expiryDate = [20301301] should be of form YYYYMMDD"},
-    };
-    for (const auto& [table, expected] : rows)
-        EXPECT_EQ(Work(table), std::string("error: Work parameters incorrect. ") + expected) << table;
+    nxExpectRows("scripts/orders.txt", [this](const std::string& table) { return Work(table); });
     EXPECT_EQ(order.locks, "");
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxRowFile.h"
 #include "tests/support/nxScriptJob.h"
 #include "tests/support/nxTestOrder.h"
 
@@ -23,20 +24,17 @@ protected:
 
 TEST_F(nxAlgoProductObjectCreateOrderTest, HandsTheHostSixTextsInBothForms)
 {
-    const std::tuple<const char*, bool, const char*> rows[] = {
-        {"('SELL', 'MARKET', '1:2')", false, "SELL|MARKET||GFD|||"},
-        {"('SELL', 'MARKET', '1:2')", true, "SELL|MARKET||GFD|1:2||"},
-        {"('BUY', 'STOP', 7)", true, "BUY|MARKET|STOP|GFD|7||"},
-        {"{side = 'SELL', type = 'MARKET', time = '', spreadSpec = 's', spreadInstance = 'i', more = 1}",
-         false, "SELL|MARKET||GFD|||"},
-        {"{side = 'SELL', type = 'MARKET', exec = 'ICEBERG', spreadSpec = 's', spreadInstance = 'i'}", true,
-         "SELL|MARKET|ICEBERG|GFD|s|i|"},
-    };
-    for (const auto& [arguments, strategy, expected] : rows) {
-        product.isStrategy = strategy;
-        EXPECT_EQ(Create(arguments), "'LIMIT'") << arguments;
-        EXPECT_EQ(std::exchange(product.created, {}), expected) << arguments;
+    for (const bool isStrategy : {false, true}) {
+        product.isStrategy = isStrategy;
+        nxExpectRows(
+            "scripts/orders.txt",
+            [this](const std::string& arguments) {
+                EXPECT_EQ(Create(arguments), "'LIMIT'");
+                return std::exchange(product.created, {});
+            },
+            isStrategy ? "for a strategy" : "");
     }
+    product.isStrategy = false;
     for (const std::string exec : {"IOC", "FOK", "STOP", "ICEBERG", "TRAILING_STOP", "BRACKET"})
         for (const std::string time : {"GFD", "GTD", "GTC", "OPEN", "PREOPEN"}) {
             Create("{side = 'BUY', type = 'LIMIT', exec = '" + exec + "', time = '" + time + "'}");
@@ -46,25 +44,8 @@ TEST_F(nxAlgoProductObjectCreateOrderTest, HandsTheHostSixTextsInBothForms)
 
 TEST_F(nxAlgoProductObjectCreateOrderTest, RefusesInAFixedOrderAndLeavesNoTrace)
 {
-    const std::pair<const char*, const char*> rows[] = {
-        {"('BUY', 'LIMIT', 'a', 'b')", "createOrder : Invalid number of parameters"},
-        {"('BUY')", "createOrder : One one argument that has to be a named value collection"},
-        {"('BUY', 'limit', {})", "Invalid type in createOrder"},
-        {"('buy', 'LIMIT')", "createOrder : invalid side : [buy] should be BUY or SELL"},
-        {"{}", "createOrder : side not specified"},
-        {"{side = 'bad', type = false}", "createOrder : type not specified"},
-        {"{side = 1, type = 2, exec = 3, time = 4}",
-         "createOrder : invalid side : [1] should be BUY or SELL"},
-        {"{side = 'BUY', type = 'STOP', exec = 3, time = 4}",
-         "createOrder : invalid type : [STOP] should be MARKET or LIMIT"},
-        {"{side = 'BUY', type = 'LIMIT', exec = 'ioc', time = 4}",
-         "createOrder : invalid exec : [ioc] should be IOC, FOK, STOP, ICEBERG, TRAILING_STOP or BRACKET"},
-        {"{side = 'BUY', type = 'LIMIT', time = 'DAY'}",
-         "createOrder : invalid time : [DAY] should be GFD, GTC, GTD, OPEN or PREOPEN"},
-    };
     nxRecordingLog log;
-    for (const auto& [arguments, error] : rows)
-        EXPECT_EQ(Create(arguments), std::string("error: ") + error) << arguments;
+    nxExpectRows("scripts/orders.txt", [this](const std::string& arguments) { return Create(arguments); });
     EXPECT_EQ(product.created + log.TakeLines(), "");
     product.order = nullptr;
     EXPECT_EQ(Create("('BUY', 'LIMIT')"), "error: createOrder Failed");

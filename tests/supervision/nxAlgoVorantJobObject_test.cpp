@@ -35,22 +35,7 @@ protected:
 
 TEST_F(nxAlgoVorantJobObjectTest, ShowsTheOtherJob)
 {
-    const std::tuple<const char*, const char*, const char*> rows[] = {
-        {"it.id", "7", "7"},
-        {"it.name, it.owner, it.reference", "'' '' 'reference'", "'worker' 'me' 'reference'"},
-        {"it.running, it.isContext", "true false", "true true"},
-        {"it.userText1, it.userText2, it.userText3", "'' '' ''", "'text1' 'text2' 'text3'"},
-        {"it.userStateLevel, it.userStateText", "'' ''", "'WARN' 'text state'"},
-        {"it.transactionCount", "0", "4"},
-        {"it.selectedProduct, it.selectedSide", "'' ''", "'FDAX' 'BUY'"},
-        {"it.selectedPrice, it.selectedVolume", "nil nil", "100.5 5"},
-        {"it:getOutputParameter('width')", "nil", "'a;b'"},
-        {"it:getOutputParameter(5)", "nil", "'five'"},
-        {"it:getOutputParameter()", "error: vorantJob:getOutputParameter requires one argument [name]",
-         "error: vorantJob:getOutputParameter requires one argument [name]"},
-    };
-    for (const auto& [code, fresh, filled] : rows)
-        EXPECT_EQ(script.Evaluate(code), fresh) << code;
+    script.ExpectRows("watched.txt", "fresh");
     watched.SetStatus(MakeStatus("text", R"(width=a\;b;5=five)"));
     watched.SetSelection(nxDecimal::FromMantissa(1005, 1), 5);
     watched._name = "worker";
@@ -58,8 +43,7 @@ TEST_F(nxAlgoVorantJobObjectTest, ShowsTheOtherJob)
     watched._isContext = true;
     watched._selectedProduct = "FDAX";
     watched._selectedSide = "BUY";
-    for (const auto& [code, fresh, filled] : rows)
-        EXPECT_EQ(script.Evaluate(code), filled) << code;
+    script.ExpectRows("watched.txt");
     watched.SetSelection(nxDecimal(nxNoChangeInitalizer()), nxVolume(nxNoChangeInitalizer()));
     EXPECT_EQ(script.Evaluate("it.selectedPrice, it.selectedVolume"), "nil nil");
 }

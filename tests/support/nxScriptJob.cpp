@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
+#include "tests/support/nxRecordingLog.h"
+#include "tests/support/nxRowFile.h"
+
 const std::string& nxEvaluatorText()
 {
     // Everything it uses is kept in locals: a snippet may spoil the globals.
@@ -71,4 +76,25 @@ std::string nxScriptJob::Evaluate(const std::string& code)
     const std::string answer = host.calls.back();
     host.calls.pop_back();
     return answer;
+}
+
+std::string nxScriptJob::Tell(const std::string& code)
+{
+    nxRecordingLog log;
+    std::string outcome = Evaluate(code);
+    const std::string calls = host.TakeCalls();
+    if (!calls.empty()) outcome += " || " + calls;
+    std::string lines = log.TakeLines();
+    if (lines.empty()) return outcome;
+    lines.pop_back();
+    for (const auto& [from, to] : {std::pair("[test] ", ""), std::pair("\n", "; ")})
+        for (std::size_t at = 0; (at = lines.find(from, at)) != std::string::npos;)
+            lines.replace(at, std::strlen(from), to);
+    return outcome + " || " + lines;
+}
+
+void nxScriptJob::ExpectRows(const std::string& file, const std::string& part)
+{
+    nxExpectRows(
+        "scripts/" + file, [this](const std::string& code) { return Evaluate(code); }, part);
 }

@@ -24,4 +24,8 @@ public:
     nxTestProduct& AddProduct(const std::string& name, unsigned int id);
     // As evaluate above, run inside OnTimer; "failed: " and the last error when the entry fails.
     std::string Evaluate(const std::string& code);
+    // The same, and after " || " the calls that the host heard, and after that the lines that were logged.
+    std::string Tell(const std::string& code);
+    // Evaluates the rows of the running test, see nxExpectRows; the file is one below tests/data/scripts.
+    void ExpectRows(const std::string& file, const std::string& part = {});
 };

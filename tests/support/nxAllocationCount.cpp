@@ -1,4 +1,4 @@
-#include "tests/base/nxAllocationCount.h"
+#include "tests/support/nxAllocationCount.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -7,6 +7,7 @@
 namespace {
 
 std::atomic<long long> allocations = 0;
+std::atomic<std::size_t> lacking = 0;
 
 }  // namespace
 
@@ -15,10 +16,16 @@ long long nxAllocationCount::Get()
     return allocations;
 }
 
+void nxAllocationCount::Lack(std::size_t size)
+{
+    lacking = size;
+}
+
 void* operator new(std::size_t size)
 {
     ++allocations;
-    if (void* const memory = std::malloc(size)) return memory;
+    const bool isLacking = lacking != 0 && size - lacking <= 64;
+    if (void* const memory = isLacking ? nullptr : std::malloc(size)) return memory;
     throw std::bad_alloc();
 }
 
