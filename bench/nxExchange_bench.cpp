@@ -43,10 +43,10 @@ public:
     {
         _market.ApplyDepth(levels);
         _exchange.Advance(++_time);
-        _event.kind = nxFeedKind::Depth;
-        _event.time = _time;
-        _event.levels = levels;
-        _exchange.OnEvent(0, _event);
+        _shown.kind = nxFeedKind::Depth;
+        _shown.time = _time;
+        _shown.levels = levels;
+        _exchange.OnEvent(0, _shown);
         Listen();
     }
     // The volume of the best bid and ask changes.
@@ -87,7 +87,7 @@ private:
     }
 
     nxMarketProduct _market{"SIM"};
-    nxFeedEvent _event;
+    nxFeedEvent _shown;
     nxSimulatedExchange _exchange{nxExchangeOptions()};
     nxOrderKind _kind;
     nxOrderTerms _terms;

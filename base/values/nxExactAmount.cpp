@@ -1,6 +1,7 @@
 #include "base/values/nxExactAmount.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 namespace {
@@ -60,6 +61,21 @@ nxExactAmount& nxExactAmount::operator*=(const nxDecimal& factor)
 // As far as there is room.
 void nxExactAmount::_Widen(unsigned char places)
 {
+    if (_places >= places) return;
+    constexpr unsigned char most = 18;  // zeros that a long long has room for
+    static constexpr auto powers = [] {
+        std::array<long long, most + 1> made{1};
+        for (std::size_t i = 1; i < made.size(); ++i)
+            made[i] = 10 * made[i - 1];
+        return made;
+    }();
+    Wide all = 0;
+    if (places - _places <= most && !__builtin_mul_overflow(_mantissa, Wide(powers[places - _places]), &all))
+    {
+        _mantissa = all;
+        _places = places;
+        return;
+    }
     for (Wide wider = 0; _places < places && !__builtin_mul_overflow(_mantissa, Wide(10), &wider); ++_places)
         _mantissa = wider;
 }
@@ -78,6 +94,13 @@ void nxExactAmount::_Round(unsigned char places)
 
 nxExactAmount& nxExactAmount::operator+=(const nxExactAmount& other)
 {
+    Wide quick = 0;
+    if (_places == other._places && !__builtin_add_overflow(_mantissa, other._mantissa, &quick) &&
+        quick >= -Most) [[likely]]
+    {
+        _mantissa = quick;
+        return *this;
+    }
     nxExactAmount added = other;
     added._Widen(_places);
     _Widen(added._places);

@@ -5,17 +5,21 @@
 #include "host/exchange/nxExchangeEvent.h"
 #include "host/market/nxMarketProduct.h"
 
+namespace {
+
+void TakeLargest(nxExactAmount& largest, const nxExactAmount& amount)
+{
+    if ((largest - amount).IsNegative()) largest = amount;
+}
+
+}  // namespace
+
 nxLedger::Holding& nxLedger::_Get(unsigned int job, unsigned int product)
 {
     std::vector<Holding>& holdings = _products[product].holdings;
     const auto known = std::ranges::find(holdings, job, &Holding::job);
     if (known != holdings.end()) return *known;
-    return holdings.emplace_back(Holding{job, _products[product].none, {}, {}, {}, {}});
-}
-
-nxTradingStatistics::Money& nxLedger::_GetMoney(const Holding& holding)
-{
-    return _jobs[holding.job][holding.account.GetCurrency()];
+    return holdings.emplace_back(Holding{job, _products[product].none, {}, {}, false});
 }
 
 void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
@@ -27,18 +31,34 @@ void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& even
         ++job.fills;
         job.volume += event.fillVolume;
         if (event.isMaker) job.makerVolume += event.fillVolume;
-        _Get(order.kind.owner, order.kind.product)
-            .account.AddFill(order.kind.side, event.fillPrice, event.fillVolume, event.isMaker);
+        Holding& holding = _Get(order.kind.owner, order.kind.product);
+        holding.account.AddFill(order.kind.side, event.fillPrice, event.fillVolume, event.isMaker);
+        holding.isFilled = true;
         _filled.emplace_back(order.kind.owner, order.kind.product);
     }
     if (_next != nullptr) _next->OnEvent(order, event, market);
+}
+
+nxTradingStatistics nxLedger::GetStatistics(unsigned int job) const
+{
+    if (job >= _jobs.size()) return {};
+    nxTradingStatistics statistics = _jobs[job];
+    for (const Product& product : _products) {
+        const auto holding = std::ranges::find(product.holdings, job, &Holding::job);
+        if (holding == product.holdings.end()) continue;
+        const nxPositionKeeper& keeper = holding->account.GetKeeper();
+        nxTradingStatistics::Money& money = statistics[holding->account.GetCurrency()];
+        money.open += keeper.GetOpenProfit(holding->mark);
+        money.fees += keeper.GetTotal().fees;
+    }
+    return statistics;
 }
 
 void nxLedger::_ValueFilled()
 {
     for (const auto& [job, product] : std::exchange(_filled, {})) {
         Holding& holding = _Get(job, product);
-        _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()));
+        _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()), nullptr);
     }
 }
 
@@ -46,42 +66,35 @@ void nxLedger::Mark(unsigned int product, const nxFeedBar* bar)
 {
     if (_products[product].holdings.empty()) return;
     Settle();
-    for (Holding& holding : _products[product].holdings) {
-        if (holding.account.GetKeeper().GetNet() == 0) continue;
-        if (bar != nullptr) _LookAtWorst(holding, *bar);
-        const nxDecimal mark = holding.account.GetMark(_products[product].market->GetPrice());
-        if (mark != holding.mark) _Value(holding, mark);
+    for (Holding& holding : _products[product].holdings)
+        if (holding.account.GetKeeper().GetNet() != 0)
+            _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()), bar);
+}
+
+// The sums of a currency change by what one of its products does. bar: null, or one that led to the mark.
+void nxLedger::_Value(Holding& holding, const nxDecimal& mark, const nxFeedBar* bar)
+{
+    const nxPositionKeeper& keeper = holding.account.GetKeeper();
+    nxTradingStatistics::Money& money = _jobs[holding.job][holding.account.GetCurrency()];
+    const nxExactAmount others = money.profit - holding.profit;
+    if (bar != nullptr) {
+        // What is long was worth least at the low, what is short at the high.
+        money.hasBars = true;
+        const nxExactAmount worst = keeper.GetTotalProfit(keeper.GetNet() > 0 ? bar->low : bar->high);
+        TakeLargest(money.worstDrawdown, money.best - (others + worst));
     }
-}
-
-// The sums of a currency change by what one of its products does.
-void nxLedger::_Value(Holding& holding, const nxDecimal& mark)
-{
-    const nxPositionKeeper& keeper = holding.account.GetKeeper();
-    const nxExactAmount profit = keeper.GetTotalProfit(mark), open = keeper.GetOpenProfit(mark);
-    nxTradingStatistics::Money& money = _GetMoney(holding);
-    money.profit += profit - holding.profit;
-    money.open += open - holding.open;
-    money.fees += keeper.GetTotal().fees - holding.fees;
+    if (mark == holding.mark && !holding.isFilled) return;
     holding.mark = mark;
-    holding.profit = profit;
-    holding.open = open;
-    holding.fees = keeper.GetTotal().fees;
+    holding.isFilled = false;
+    holding.profit = keeper.GetTotalProfit(mark);
+    money.profit = others + holding.profit;
     const nxExactAmount fallen = money.best - money.profit;
-    if (fallen.IsNegative()) money.best = money.profit;
-    if ((money.drawdown - fallen).IsNegative()) money.drawdown = fallen;
-    if ((money.worstDrawdown - fallen).IsNegative()) money.worstDrawdown = fallen;
-}
-
-// How far the profit fell within the bar, at its low for what is long, at its high for what is short.
-void nxLedger::_LookAtWorst(const Holding& holding, const nxFeedBar& bar)
-{
-    const nxPositionKeeper& keeper = holding.account.GetKeeper();
-    nxTradingStatistics::Money& money = _GetMoney(holding);
-    money.hasBars = true;
-    const nxExactAmount worst = keeper.GetTotalProfit(keeper.GetNet() > 0 ? bar.low : bar.high);
-    const nxExactAmount fallen = money.best - (money.profit - holding.profit + worst);
-    if ((money.worstDrawdown - fallen).IsNegative()) money.worstDrawdown = fallen;
+    if (fallen.IsNegative()) {
+        money.best = money.profit;
+    } else {
+        TakeLargest(money.drawdown, fallen);
+        TakeLargest(money.worstDrawdown, fallen);
+    }
 }
 
 void nxLedger::OnRequest(const nxExchangeOrder& order, nxOrderRequest request, const nxOrderTerms& terms,

@@ -35,10 +35,7 @@ public:
     void Mark(unsigned int product, const nxFeedBar* bar);
 
     // Without orders, which the ledger does not count.
-    nxTradingStatistics GetStatistics(unsigned int job) const
-    {
-        return job < _jobs.size() ? _jobs[job] : nxTradingStatistics();
-    }
+    nxTradingStatistics GetStatistics(unsigned int job) const;
 
     void OnRequest(const nxExchangeOrder& order, nxOrderRequest request, const nxOrderTerms& terms,
                    const nxMarketProduct& market, long long sent, long long due) override;
@@ -50,13 +47,14 @@ public:
                   long long time) override;
 
 private:
-    // What one job has of a product, and what the job's money counts of it.
+    // What one job has of a product, and the profit that the job's money counts of it.
     struct Holding
     {
         unsigned int job;
         nxProductAccount account;
         nxDecimal mark;
-        nxExactAmount profit, open, fees;
+        nxExactAmount profit;
+        bool isFilled;  // since it was valued
     };
     struct Product
     {
@@ -66,10 +64,8 @@ private:
     };
 
     Holding& _Get(unsigned int job, unsigned int product);
-    nxTradingStatistics::Money& _GetMoney(const Holding& holding);
     void _ValueFilled();
-    void _Value(Holding& holding, const nxDecimal& mark);
-    void _LookAtWorst(const Holding& holding, const nxFeedBar& bar);
+    void _Value(Holding& holding, const nxDecimal& mark, const nxFeedBar* bar);
 
     std::vector<Product> _products;
     std::vector<nxTradingStatistics> _jobs;

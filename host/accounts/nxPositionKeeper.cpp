@@ -31,6 +31,8 @@ void nxPositionKeeper::AddFill(nxSide side, const nxDecimal& price, unsigned int
         section->prices[side] += sum;
         section->fees += fee;
     }
+    _cash -= fee;
+    side == nxSide::Buy ? _cash -= money : _cash += money;
     long long change = nxGetSigned(side, volume);
     if (_net != 0 && (_net < 0) != (change < 0)) {
         const long long closed = std::min(std::abs(_net), std::abs(change));
@@ -64,7 +66,7 @@ nxExactAmount nxPositionKeeper::_GetValue(const nxDecimal& mark) const
 
 nxExactAmount nxPositionKeeper::GetTotalProfit(const nxDecimal& mark) const
 {
-    return _total.money.sell - _total.money.buy - _total.fees + _GetValue(mark);
+    return _cash + _GetValue(mark);
 }
 
 nxExactAmount nxPositionKeeper::GetDayProfit(const nxDecimal& mark) const

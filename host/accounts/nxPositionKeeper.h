@@ -51,6 +51,7 @@ private:
     nxExactAmount _GetValue(const nxDecimal& mark) const;
 
     nxDecimal _pointValue;
+    nxExactAmount _cash;  // of the run: got less paid and fees
     Section _total;
     Section _day;
     long long _net = 0;

@@ -70,6 +70,7 @@ void nxBarMatcher::_Match(const nxFeedBar& bar, long long time)
     long long begin = std::exchange(_lastEnd, time);
     if (_period != 0) begin = time - _period;
     begin = std::min(begin, time - 1);
+    if (_orders.IsEmpty()) return;
     unsigned int budget = _GetBudget(bar);
     _Match(bar, first, begin + 1, budget);
     const nxFeedBar close{bar.close, bar.close, bar.close, bar.close, bar.volume};

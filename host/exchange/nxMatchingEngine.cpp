@@ -138,6 +138,7 @@ void nxMatchingEngine::_EnterOpening(Market& market)
 
 void nxMatchingEngine::_EndImmediates(Market& market, long long time)
 {
+    if (market.immediates.empty()) return;
     for (nxExchangeOrder* order : std::exchange(market.immediates, {})) {
         if (order->IsAlive() && order->arrived >= time) {
             market.immediates.push_back(order);

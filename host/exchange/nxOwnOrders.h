@@ -25,6 +25,10 @@ public:
     };
     using Levels = std::map<nxDecimal, Level, BestFirst>;
 
+    bool IsEmpty() const
+    {
+        return _unlimited.empty() && _stops.empty() && _levels.buy.empty() && _levels.sell.empty();
+    }
     Levels& GetLevels(nxSide side) { return _levels[side]; }
     // Null where no order waits.
     const Level* FindLevel(nxSide side, const nxDecimal& price) const;
