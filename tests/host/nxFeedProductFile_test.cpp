@@ -98,10 +98,11 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
 {
     const std::string known =
         "; known are name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
-        "makerFee, "
-        "takerFee, feeIsRate, legs, priceOffset";
+        "zone, holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, legs, priceOffset";
     const std::string product = "[[product]]\nname = \"A\"\n";
     const std::string more = "[[product]]\nname = \"B\"\n[[product]]\nname = \"C\"\n";
+    const std::string hours = product + "tradingHours = 'Mon-Fri 09:30-16:00'\n";
+    const auto shortDay = [&](const std::string& keys) { return hours + "shortDays = [{" + keys + "}]\n"; };
     const auto legs = [&](const std::string& first, const std::string& second) {
         return product + "legs = [{" + first + "},\n{" + second + "}]\n" + more;
     };
@@ -113,7 +114,7 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
         {"", ""},
         {"product = 1\n", "FILE:1:11: product is no list of tables; write [[product]]"},
         {"[product]\nname = \"A\"\n", "FILE:1:1: product is no list of tables; write [[product]]"},
-        {"[[products]]\nname = \"A\"\n", "FILE:1:1: unknown key \"products\"; known are product"},
+        {"[[products]]\nname = \"A\"\n", "FILE:1:1: unknown key \"products\"; known are product, calendar"},
         {"[[product]]\ntickSize = 1\n", "FILE:1:1: product without a name"},
         {product + "ticksize = 0.01\n", "FILE:3:12: unknown key \"ticksize\"" + known},
         {product + "lotSize = 1\nwrong = 1\nworse = 2\n", "FILE:4:9: unknown key \"wrong\"" + known},
@@ -126,6 +127,40 @@ TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
         {product + "currency = \"ZZZ\"\n", "FILE:3:12: unknown currency \"ZZZ\""},
         {product + "tradingHours = \"9-17\"\n",
          "FILE:3:16: tradingHours: a session is HH:MM-HH:MM, from 00:00 to 24:00"},
+        {product + "tradingHours = \"09:00-17:00, 16:00-18:00\"\n",
+         "FILE:3:16: tradingHours: two sessions overlap; one may begin only when the other has ended"},
+        {hours + "zone = 'New York'\n",
+         "FILE:4:8: unknown zone \"New York\"; the nearest name is \"America/New_York\""},
+        {hours + "zone = 'Moonbase'\n",
+         "FILE:4:8: unknown zone \"Moonbase\"; zones are named as in \"America/New_York\" or "
+         "\"Asia/Tokyo\""},
+        {product + "zone = 'Asia/Tokyo'\n", "FILE:3:8: zone without tradingHours"},
+        {hours + "holidays = '2024-12-25'\n", "FILE:4:12: holidays is no list of dates"},
+        {hours + "holidays = ['2024-02-30']\n",
+         "FILE:4:13: holidays: a date is YYYY-MM-DD, not \"2024-02-30\""},
+        {hours + "holidays = [20241225]\n", "FILE:4:13: holidays: a date is YYYY-MM-DD"},
+        {hours + "holidays = ['2024-12-25',\n'2024-12-25']\n",
+         "FILE:5:1: holidays: the day is a holiday already"},
+        {shortDay("date = '2024-11-29'"), "FILE:4:14: short day without a close"},
+        {shortDay("date = '2024-11-29', close = '1pm'"),
+         "FILE:4:44: close is no time of day, HH:MM: \"1pm\""},
+        {shortDay("date = '2024-11-29', close = '09:30'"),
+         "FILE:4:44: short day: the session begins at 09:30 only"},
+        {shortDay("date = '2024-11-29', close = '16:00'"),
+         "FILE:4:44: short day: the day's trading ends at 16:00 anyway"},
+        {shortDay("date = '2024-11-30', close = '13:00'"),
+         "FILE:4:44: short day: the day has no session that could be shortened"},
+        {shortDay("date = '2024-11-29', close = '13:00'}, {date = '2024-11-29', close = '12:00'"),
+         "FILE:4:84: short day: the day is a short one already"},
+        {product + "calendar = 'NYSE'\n",
+         "FILE:3:12: unknown calendar \"NYSE\"; the file has no [calendar.NAME]"},
+        {product + "calendar = 'NYSE'\n[calendar.XETRA]\ntradingHours = '09:00-17:30'\n",
+         "FILE:3:12: unknown calendar \"NYSE\"; known are XETRA"},
+        {hours + "calendar = 'NYSE'\n", "FILE:3:16: calendar has tradingHours already; write one of them"},
+        {"[calendar.NYSE]\nzone = 'UTC'\n", "FILE:1:1: calendar without tradingHours"},
+        {"calendar = 5\n", "FILE:1:12: calendar is no table of tables; write [calendar.NAME]"},
+        {"[calendar.NYSE]\nhours = ''\n",
+         "FILE:2:9: unknown key \"hours\"; known are tradingHours, zone, holidays, shortDays"},
         {product + product, "FILE:3:1: product \"A\" described twice"},
         {product + "[[product.leg]]\nside = \"BUY\"\n", "FILE:3:1: leg without a product"},
         {product + "[[product.leg]]\nproduct = \"B\"\nside = \"LONG\"\n",
