@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include "base/time/nxTime.h"
+#include "host/feed/nxFeedTime.h"
 #include "host/market/nxProductFile.h"
 #include "tests/host/nxFeedFixture.h"
 
@@ -207,6 +209,9 @@ TEST(nxFeedProductFileTest, TheExampleIsAFutureAShareAPairAndASpread)
     for (const nxProductDescription& product : products)
         names += product.name + (product.IsStrategy() ? " of legs," : ",");
     EXPECT_EQ(names, "NEAR,FAR,SHARE,EURUSD,FAR-NEAR of legs,");
+    long long noon = 0;
+    ASSERT_EQ(nxFeedTime::SetFromText("2024-12-30T12:00", noon), nullptr);
+    EXPECT_EQ(products[2].tradingHours.GetNextChange(noon), noon + 3600 * nxTime::NanosecondsPerSecond);
 }
 
 }  // namespace
