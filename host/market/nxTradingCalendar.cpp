@@ -181,6 +181,14 @@ bool nxTradingCalendar::GoesOn(long long number) const
     return next.begin == session.end && !next.IsEmpty();
 }
 
+bool nxTradingCalendar::NeverCloses() const
+{
+    if (IsEmpty() || !_specialDays.empty()) return false;
+    for (long long number = 0; number < _GetCount(); ++number)
+        if (!GoesOn(number)) return false;
+    return true;
+}
+
 // Two weeks more than needed: at the end of one, clocks may leave a session out.
 long long nxTradingCalendar::GetLastSpecial(long long number) const
 {

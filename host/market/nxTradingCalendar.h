@@ -42,6 +42,8 @@ public:
     // It goes on as the one after it. That is so at midnight, where sessions are divided by the way they are
     // written only.
     bool GoesOn(long long number) const;
+    // Always open, in every week.
+    bool NeverCloses() const;
     // Of the sessions from the given one on, or back to it, those behind the result are as in each week.
     long long GetLastSpecial(long long number) const;
     long long GetFirstSpecial(long long number) const;

@@ -22,7 +22,7 @@ long long GetTime(const std::optional<long long>& second, long long never)
 
 }  // namespace
 
-nxTradingHours::nxTradingHours(nxTradingCalendar calendar)
+nxTradingHours::nxTradingHours(nxTradingCalendar calendar) : _neverCloses(calendar.NeverCloses())
 {
     if (!calendar.IsEmpty()) _calendar = std::make_shared<const nxTradingCalendar>(std::move(calendar));
 }
@@ -38,8 +38,8 @@ const char* nxTradingHours::SetFromText(std::string_view text, nxTradingHours& h
 bool nxTradingHours::IsOpen(long long time) const
 {
     const long long second = GetSecond(time);
-    const auto number = _FindSession(second);
-    return number && _calendar->GetSession(*number).begin <= second;
+    const auto found = _FindSession(second);
+    return found && found->session.begin <= second;
 }
 
 long long nxTradingHours::GetNextChange(long long time) const
@@ -52,39 +52,41 @@ long long nxTradingHours::GetLastChange(long long time) const
     return GetTime(_FindLastChange(GetSecond(time)), std::numeric_limits<long long>::min());
 }
 
-std::optional<long long> nxTradingHours::_FindSession(long long second) const
+std::optional<nxTradingHours::Place> nxTradingHours::_FindSession(long long second) const
 {
     if (IsEmpty()) return std::nullopt;
     const long long first = _calendar->FindNumber(second);
     const long long last = _calendar->GetLastSpecial(first);
     for (long long number = first; number <= last; ++number) {
         const nxTradingSession session = _calendar->GetSession(number);
-        if (!session.IsEmpty() && session.end > second) return number;
+        if (!session.IsEmpty() && session.end > second) return Place{number, session};
     }
     return std::nullopt;
 }
 
 std::optional<long long> nxTradingHours::_FindNextChange(long long second) const
 {
-    const auto number = _FindSession(second);
-    if (!number) return std::nullopt;
-    const long long begin = _calendar->GetSession(*number).begin;
-    if (begin > second) return begin;
-    const long long last = _calendar->GetLastSpecial(*number);
-    for (long long ending = *number; ending <= last; ++ending)
-        if (!_calendar->GoesOn(ending)) return _calendar->GetSession(ending).end;
+    if (_neverCloses) return std::nullopt;
+    const auto found = _FindSession(second);
+    if (!found) return std::nullopt;
+    if (found->session.begin > second) return found->session.begin;
+    if (!_calendar->GoesOn(found->number)) return found->session.end;
+    const long long last = _calendar->GetLastSpecial(found->number);
+    for (long long number = found->number + 1; number <= last; ++number)
+        if (!_calendar->GoesOn(number)) return _calendar->GetSession(number).end;
     return std::nullopt;
 }
 
 std::optional<long long> nxTradingHours::_FindLastChange(long long second) const
 {
-    const auto number = _FindSession(second);
-    if (!number) return std::nullopt;
-    const long long first = _calendar->GetFirstSpecial(*number);
-    const bool isOpen = _calendar->GetSession(*number).begin <= second;
-    for (long long earlier = *number - 1; earlier >= first; --earlier) {
-        if (isOpen && !_calendar->GoesOn(earlier)) return _calendar->GetSession(earlier + 1).begin;
-        const nxTradingSession session = _calendar->GetSession(earlier);
+    if (_neverCloses) return std::nullopt;
+    const auto found = _FindSession(second);
+    if (!found) return std::nullopt;
+    const long long first = _calendar->GetFirstSpecial(found->number);
+    const bool isOpen = found->session.begin <= second;
+    for (long long number = found->number - 1; number >= first; --number) {
+        if (isOpen && !_calendar->GoesOn(number)) return _calendar->GetSession(number + 1).begin;
+        const nxTradingSession session = _calendar->GetSession(number);
         if (!isOpen && !session.IsEmpty()) return session.end;
     }
     return std::nullopt;

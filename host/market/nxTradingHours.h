@@ -40,10 +40,17 @@ public:
     bool operator==(const nxTradingHours& other) const;
 
 private:
-    // The first session that ends after that second, by its number in the calendar; nothing when none does.
-    std::optional<long long> _FindSession(long long second) const;
+    struct Place
+    {
+        long long number;  // in the calendar
+        nxTradingSession session;
+    };
+
+    // The first session that ends after that second; nothing when none does.
+    std::optional<Place> _FindSession(long long second) const;
     std::optional<long long> _FindNextChange(long long second) const;
     std::optional<long long> _FindLastChange(long long second) const;
 
     std::shared_ptr<const nxTradingCalendar> _calendar;  // null: no hours
+    bool _neverCloses = false;
 };
