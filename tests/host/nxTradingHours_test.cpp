@@ -95,6 +95,15 @@ std::string GetChanges(const nxTradingHours& hours, long long time, int count)
     return changes + (count > 0 ? "never" : "");
 }
 
+nxTradingHours Read(const std::string& keys)
+{
+    const nxFeedFile file("[[product]]\nname = 'A'\n" + keys + "\n");
+    std::vector<nxProductDescription> products(1);
+    nxFeedError error;
+    EXPECT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
+    return products.back().tradingHours;
+}
+
 // In New York clocks went from 2:00 to 3:00 on 10 March 2024, and from 2:00 back to 1:00 on 3 November.
 TEST(nxTradingHoursTest, FollowsAZoneHolidaysAndShortDays)
 {
@@ -139,16 +148,25 @@ TEST(nxTradingHoursTest, FollowsAZoneHolidaysAndShortDays)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.keys);
-        const nxFeedFile file("[[product]]\nname = 'A'\n" + row.keys + "\n");
-        std::vector<nxProductDescription> products;
-        nxFeedError error;
-        ASSERT_TRUE(nxProductFile::Read(file.GetPath(), products, error)) << error.GetText();
+        const nxTradingHours hours = Read(row.keys);
         const std::string expected = row.changes;
         const auto count = std::ranges::count(expected, ' ');
         const bool isEnd = expected.ends_with("never");
-        EXPECT_EQ(GetChanges(products[0].tradingHours, Time(row.from), static_cast<int>(count + isEnd)),
-                  expected);
+        EXPECT_EQ(GetChanges(hours, Time(row.from), static_cast<int>(count + isEnd)), expected);
     }
+}
+
+// So a watched file is refused when one of them changes.
+TEST(nxTradingHoursTest, DifferByAllThatTheirCalendarTells)
+{
+    const std::string keys[] = {"", "zone = 'Asia/Tokyo'", "holidays = [2024-01-08]",
+                                "shortDays = [{ date = 2024-01-08, close = '12:00' }]"};
+    for (const std::string& one : keys)
+        for (const std::string& other : keys)
+            EXPECT_EQ(Read("tradingHours = '09:00-17:00'\n" + one) ==
+                          Read("tradingHours = '09:00-17:00'\n" + other),
+                      one == other)
+                << one << other;
 }
 
 TEST(nxTradingHoursTest, RefusesWhatIsNoSession)
