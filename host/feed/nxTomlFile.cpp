@@ -74,3 +74,9 @@ nxTomlFile::Entries nxTomlFile::GetEntries(const toml::value& table, const std::
     });
     return entries;
 }
+
+const std::string& nxTomlFile::GetText(const toml::value& value, const std::string& key) const
+{
+    if (!value.is_string() || value.as_string().str.empty()) Refuse(value, key + " is not a text in quotes");
+    return value.as_string().str;
+}

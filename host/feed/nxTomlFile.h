@@ -30,6 +30,8 @@ public:
     // The keys of a table in the order of the file, so that the first fault is the one told. What is no
     // table is refused with that complaint.
     Entries GetEntries(const toml::value& table, const std::string& complaint) const;
+    // The text of a key; what is none, or empty, is refused.
+    const std::string& GetText(const toml::value& value, const std::string& key) const;
 
 private:
     const std::string& _path;

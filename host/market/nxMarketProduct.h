@@ -79,8 +79,8 @@ private:
     nxMarketDepth _depth;
     nxProductStateBitMask _state;
     nxPriceTradeVolumes _volumes;
-    nxVolume _traded;               // by the latest event
-    bool _volumesCleared = false;   // by the latest event
+    nxVolume _traded;              // by the latest event
+    bool _volumesCleared = false;  // by the latest event
     bool _hasDepth = false;
     std::optional<long long> _day;  // since 1970, of the latest trade
 };

@@ -66,7 +66,13 @@ void nxMarkets::FollowHours(long long now)
     ForEach([&](nxMarket& market) {
         if (market.nextState > now || _observer.IsEnding()) return;
         market.nextState = market.GetHours().GetNextChange(now);
-        SetState(market, GetStateBits(market.GetHours().IsOpen(now)));
+        const bool isOpen = market.GetHours().IsOpen(now);
+        // Where a session begins as the one before it ends, the market closes and opens.
+        if (isOpen && market.product.GetState() == nxAlgoStateObject::Open) {
+            SetState(market, nxAlgoStateObject::Closed);
+            if (_observer.IsEnding()) return;
+        }
+        SetState(market, GetStateBits(isOpen));
     });
     _nextStateTime = nxTime::Never;
     ForEach([&](const nxMarket& market) { _nextStateTime = std::min(_nextStateTime, market.nextState); });

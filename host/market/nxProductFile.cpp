@@ -4,7 +4,7 @@
 #include <unordered_set>
 
 #include "base/values/nxStringHelper.h"
-#include "host/feed/nxTomlFile.h"
+#include "host/market/nxCalendarReader.h"
 #include "host/market/nxStrategyOrder.h"
 
 namespace {
@@ -23,13 +23,6 @@ public:
     {
         if (!value.is_array()) Refuse(value, name + " is no list of tables; write [[" + name + "]]");
         return value.as_array();
-    }
-
-    const std::string& GetText(const toml::value& value, const std::string& key) const
-    {
-        if (!value.is_string() || value.as_string().str.empty())
-            Refuse(value, key + " is not a text in quotes");
-        return value.as_string().str;
     }
 
     nxDecimal GetNumber(const toml::value& value, const std::string& key) const
@@ -101,7 +94,8 @@ void ReadLegs(const Reader& reader, const toml::value& value, nxProductDescripti
     if (tables.size() < 2) reader.Refuse(value, "a strategy has at least two legs");
 }
 
-nxProductDescription GetProduct(const Reader& reader, const toml::value& table)
+nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& calendars,
+                                const toml::value& table)
 {
     nxProductDescription product;
     for (const auto& [key, value] : reader.GetEntries(table, "product")) {
@@ -121,11 +115,7 @@ nxProductDescription GetProduct(const Reader& reader, const toml::value& table)
             product.exchange = reader.GetText(*value, key);
         else if (key == "description")
             product.description = reader.GetText(*value, key);
-        else if (key == "tradingHours") {
-            if (const char* reason =
-                    nxTradingHours::SetFromText(reader.GetText(*value, key), product.tradingHours))
-                reader.Refuse(*value, key + ": " + reason);
-        } else if (key == "makerFee")
+        else if (key == "makerFee")
             product.makerFee = reader.GetNumber(*value, key);
         else if (key == "takerFee")
             product.takerFee = reader.GetNumber(*value, key);
@@ -138,20 +128,20 @@ nxProductDescription GetProduct(const Reader& reader, const toml::value& table)
             ReadLegs(reader, *value, product);
         } else if (key == "priceOffset")
             product.priceOffset = reader.GetNumber(*value, key);
-        else
+        else if (!nxCalendarReader::IsKey(key))
             reader.RefuseKey(
                 *value, key,
                 "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
-                "makerFee, takerFee, feeIsRate, legs, priceOffset");
+                "zone, holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, legs, priceOffset");
     }
     if (product.name.empty()) reader.Refuse(table, "product without a name");
-    for (const char* key : {"priceOffset", "tradingHours"}) {
-        const bool isOfStrategy = key == std::string_view("priceOffset");
-        if (product.IsStrategy() == isOfStrategy || !table.contains(key)) continue;
-        reader.Refuse(table.at(key), isOfStrategy ? "only a strategy, which has legs, has a priceOffset"
-                                                  : "a strategy has no tradingHours: it is open while its "
-                                                    "legs are");
-    }
+    if (!product.IsStrategy() && table.contains("priceOffset"))
+        reader.Refuse(table.at("priceOffset"), "only a strategy, which has legs, has a priceOffset");
+    if (product.IsStrategy())
+        for (const auto& [key, value] : reader.GetEntries(table, "product"))
+            if (nxCalendarReader::IsKey(key))
+                reader.Refuse(*value, "a strategy has no " + key + ": it is open while its legs are");
+    product.tradingHours = calendars.GetHours(table);
     return product;
 }
 
@@ -183,12 +173,15 @@ void CheckLegs(const Reader& reader, const std::vector<nxProductDescription>& pr
 
 std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::value& root)
 {
+    nxCalendarReader calendars(reader);
+    if (root.contains("calendar")) calendars.ReadCalendars(root.at("calendar"));
     std::vector<nxProductDescription> products;
     std::vector<const toml::value*> tables;
     for (const auto& [key, value] : reader.GetEntries(root, "product")) {
-        if (key != "product") reader.RefuseKey(*value, key, "product");
+        if (key == "calendar") continue;
+        if (key != "product") reader.RefuseKey(*value, key, "product, calendar");
         for (const toml::value& table : reader.GetTables(*value, "product")) {
-            products.push_back(GetProduct(reader, table));
+            products.push_back(GetProduct(reader, calendars, table));
             tables.push_back(&table);
         }
     }

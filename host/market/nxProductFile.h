@@ -16,7 +16,11 @@
 //     currency = "USD"
 //     exchange = "CME"
 //     description = "E-mini S&P 500, December 2013"
-//     tradingHours = "Sun-Thu 23:00-22:00"
+//     tradingHours = "Sun-Thu 17:00-16:00"
+//     zone = "America/Chicago"
+//     holidays = [2013-12-25]
+//     shortDays = [{ date = 2013-12-24, close = "12:15" }]
+//     calendar = "CME"       # in place of these four, which then stand in a table [calendar.CME]
 //     makerFee = 0.25
 //     takerFee = 0.25
 //
