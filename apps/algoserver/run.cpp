@@ -78,6 +78,23 @@ std::string DescribeFillModels()
     return text;
 }
 
+std::string DescribeQueueModels()
+{
+    std::string text;
+    for (const nxQueueModel& model : nxQueueModel::GetAll())
+        text += fmt::format("{}{} ({})", text.empty() ? "" : ", ", model.name, model.help);
+    return text;
+}
+
+std::string ListQueueModels()
+{
+    std::string text;
+    for (const nxQueueModel& model : nxQueueModel::GetAll())
+        text +=
+            fmt::format("{}{}{}", text.empty() ? "" : "|", model.name, model.takesPower ? "[:POWER]" : "");
+    return fmt::format("{} [{}]", text, nxQueueModel::GetAll().front().name);
+}
+
 std::string ListFillModels()
 {
     std::string text;
@@ -189,8 +206,17 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
            "How resting orders are filled: " + DescribeFillModels())
         ->check(CLI::IsMember(GetFillModels()))
         ->option_text(ListFillModels());
+    run.add_option_function<std::string>(
+           "--queue-model",
+           [&exchange](const std::string& text) {
+               if (!exchange.queue.SetFromText(text))
+                   throw CLI::ValidationError("--queue-model", text + " is none of " + ListQueueModels());
+           },
+           "Where those stood who cancel in the queue of a resting order: " + DescribeQueueModels())
+        ->option_text(ListQueueModels());
     run.add_flag("--envelope", arguments.envelope,
-                 "Run under the other fill models, too, and print what each comes to after the summary");
+                 "Run under the other fill models, with a queue that only trades move, and with twice the "
+                 "latency, too, and print what each comes to after the summary");
     AddRepeated(run, "--explain", arguments.options.explain,
                 "Tell the story of the order with that number after the summary; may be repeated")
         ->type_name("ORDER_ID");

@@ -14,10 +14,11 @@ unsigned int GetVisible(const nxExchangeOrder& order)
 
 }  // namespace
 
-nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, const nxFillRule& rule, nxExactRandom& random,
-                               nxBookListener& listener)
+nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, const nxFillRule& rule,
+                               const nxQueueRule& queue, nxExactRandom& random, nxBookListener& listener)
     : _market(market),
       _rule(rule),
+      _queue(queue),
       _random(random),
       _listener(listener),
       _shown(market),

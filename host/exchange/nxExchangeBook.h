@@ -8,6 +8,7 @@
 #include "host/exchange/nxBookListener.h"
 #include "host/exchange/nxFillModel.h"
 #include "host/exchange/nxOwnOrders.h"
+#include "host/exchange/nxQueueModel.h"
 #include "host/exchange/nxShownMarket.h"
 #include "host/feed/nxFeedEvent.h"
 
@@ -15,15 +16,15 @@
 // market that does not react. Used on the replay's thread. docs/exchange.md tells the rules in full.
 //
 // A level's queue follows the data: an order joins behind the volume shown at its price; trades at the price
-// take from the front; what else disappears was cancelled, and how far that moves an order up is the fill
+// take from the front; what else disappears was cancelled, and how far that moves an order up is the queue
 // model's to say; what appears joins behind. A price that is not shown, as behind the best one where the data
 // hold only that, has an unknown queue until it is.
 class nxExchangeBook
 {
 public:
     // Market, random numbers and listener outlive the book.
-    nxExchangeBook(const nxMarketProduct& market, const nxFillRule& rule, nxExactRandom& random,
-                   nxBookListener& listener);
+    nxExchangeBook(const nxMarketProduct& market, const nxFillRule& rule, const nxQueueRule& queue,
+                   nxExactRandom& random, nxBookListener& listener);
     nxExchangeBook(const nxExchangeBook&) = delete;
     nxExchangeBook& operator=(const nxExchangeBook&) = delete;
 
@@ -99,6 +100,7 @@ private:
 
     const nxMarketProduct& _market;
     const nxFillRule _rule;
+    const nxQueueRule _queue;
     nxExactRandom& _random;
     nxBookListener& _listener;
     nxShownMarket _shown;

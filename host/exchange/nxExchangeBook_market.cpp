@@ -107,7 +107,7 @@ void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
         const nxVolume ahead = order->ahead;
         unsigned int left = ahead.IsValid() ? ahead.GetValue() : now;
         if (ahead.IsValid() && before.IsValid() && now < before.GetValue())
-            left = _rule.advance(left, before.GetValue(), before.GetValue() - now);
+            left = _queue.Advance(left, before.GetValue(), before.GetValue() - now);
         order->ahead = std::min(left, now);
         if (order->ahead != ahead) _listener.OnQueueMoved(*order, ahead, nxQueueMove::Shown);
     }

@@ -2,23 +2,18 @@
 
 #include <algorithm>
 
-#include "host/exchange/nxQueueAdvance.h"
-
 namespace {
 
 constexpr nxFillModel Models[] = {
     {.name = "queue",
      .help = "behind what the market shows",
      .rank = 20,
-     .rule = {.fillsWhole = false, .fillsAtPrice = true, .advance = nxAdvanceEvenly}},
+     .rule = {.fillsWhole = false, .fillsAtPrice = true}},
     {.name = "cross",
      .help = "only when traded through",
      .rank = 10,
-     .rule = {.fillsWhole = false, .fillsAtPrice = false, .advance = nxAdvanceEvenly}},
-    {.name = "touch",
-     .help = "at once",
-     .rank = 30,
-     .rule = {.fillsWhole = true, .fillsAtPrice = true, .advance = nxAdvanceEvenly}},
+     .rule = {.fillsWhole = false, .fillsAtPrice = false}},
+    {.name = "touch", .help = "at once", .rank = 30, .rule = {.fillsWhole = true, .fillsAtPrice = true}},
 };
 
 static_assert(

@@ -3,11 +3,6 @@
 #include <span>
 #include <string_view>
 
-// What is left ahead of an order of the `ahead` lots that the market showed in front of it, once `cancelled`
-// of the `shown` lots at its price have gone without a trade. Neither ahead nor cancelled is above shown, and
-// shown is not 0.
-using nxQueueAdvance = unsigned int (*)(unsigned int ahead, unsigned int shown, unsigned int cancelled);
-
 // How a resting limit order comes to be filled: in what the models differ. What they have in common is the
 // book's, see docs/exchange.md.
 struct nxFillRule
@@ -17,7 +12,6 @@ struct nxFillRule
     bool fillsWhole;
     // A trade at an order's price fills it, as far as the queue ahead of it leaves something.
     bool fillsAtPrice;
-    nxQueueAdvance advance;
 };
 
 // One row of the table of fill models. Rows live as long as the process, so a model is known by its address.

@@ -16,6 +16,7 @@ struct nxLatency
         return least +
                static_cast<long long>(random.GetBelow(static_cast<unsigned long long>(most - least) + 1));
     }
+    nxLatency GetTwice() const { return {2 * least, 2 * most}; }
     // "MS" or "MIN-MAX", in milliseconds with fractions down to nanoseconds, up to an hour. False, and left
     // alone, for another text.
     [[nodiscard]] bool SetFromText(const std::string& text);

@@ -18,7 +18,7 @@ unsigned int nxMatchingEngine::AddProduct(const nxVenue::Product& product)
 {
     const auto number = static_cast<unsigned int>(_markets.size());
     nxBookListener& listener = *this;
-    _markets.push_back(std::make_unique<Market>(product, number, _options.fills.rule, _peakRandom, listener));
+    _markets.push_back(std::make_unique<Market>(product, number, _options, _peakRandom, listener));
     if (product.isOfBars) _markets.back()->book.SetOfBars(product.barPeriod);
     _markets.back()->book.SetParticipation(_options.participation);
     return number;

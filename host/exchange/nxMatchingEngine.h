@@ -20,6 +20,7 @@ public:
     struct Options
     {
         const nxFillModel& fills;
+        nxQueueRule queue;
         unsigned long long seed;     // of an iceberg's peaks
         unsigned int participation;  // hundredths of a bar's volume; 0: all that is wanted
         bool reportsQueue;           // tell each move in a queue
@@ -72,9 +73,11 @@ public:
 private:
     struct Market
     {
-        Market(const nxVenue::Product& which, unsigned int index, const nxFillRule& rule,
+        Market(const nxVenue::Product& which, unsigned int index, const Options& options,
                nxExactRandom& random, nxBookListener& listener)
-            : product(which), number(index), book(*which.market, rule, random, listener)
+            : product(which),
+              number(index),
+              book(*which.market, options.fills.rule, options.queue, random, listener)
         {
         }
 

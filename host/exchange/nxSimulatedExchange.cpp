@@ -6,7 +6,8 @@ nxSimulatedExchange::nxSimulatedExchange(const nxExchangeOptions& options)
     : _latency(options.request),
       _random(options.seed),
       _answers(options.answer, _random),
-      _engine({*options.fills, options.seed + 1, options.participation, options.reportQueue}, _answers)
+      _engine({*options.fills, options.queue, options.seed + 1, options.participation, options.reportQueue},
+              _answers)
 {
 }
 

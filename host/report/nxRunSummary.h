@@ -15,7 +15,7 @@ public:
     // What the same run came to under one fill model; failure: why it did not go its whole way.
     struct Model
     {
-        const char* name;
+        std::string name;
         nxRunStatistics statistics;
         std::string failure;
     };

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -45,13 +46,36 @@ private:
     const nxLogLevelEnum _level = nxLogManager::GetLevel();
 };
 
-std::vector<const nxFillModel*> GetFromOptimistic()
+// One run of an envelope.
+struct Variant
+{
+    std::string name;
+    nxExchangeOptions exchange;
+};
+
+// From the most optimistic fill model on; then what makes the run's own harder.
+std::vector<Variant> GetVariants(const nxExchangeOptions& own)
 {
     std::vector<const nxFillModel*> models;
     for (const nxFillModel& model : nxFillModel::GetAll())
         models.push_back(&model);
     std::ranges::sort(models, std::ranges::greater(), &nxFillModel::rank);
-    return models;
+    std::vector<Variant> variants;
+    for (const nxFillModel* model : models) {
+        variants.push_back({model->name, own});
+        variants.back().exchange.fills = model;
+    }
+    nxQueueRule back;
+    if (back.SetFromText("back") && back.model != own.queue.model) {
+        variants.push_back({"back", own});
+        variants.back().exchange.queue = back;
+    }
+    if (own.request.most != 0 || own.answer.most != 0) {
+        variants.push_back({"2x latency", own});
+        variants.back().exchange.request = own.request.GetTwice();
+        variants.back().exchange.answer = own.answer.GetTwice();
+    }
+    return variants;
 }
 
 // Why a run under another model did not go its whole way; empty when it did.
@@ -79,10 +103,10 @@ std::string nxRunEnvelope::FindObstacle(const nxRunOptions& options)
 nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, std::ostream& err)
 {
     const auto isInterrupted = [&] { return options.interrupted != nullptr && options.interrupted->load(); };
-    const std::vector<const nxFillModel*> all = GetFromOptimistic();
-    const nxFillModel& first = *options.exchange.fills;
-    const auto label = [&](const nxFillModel& model, std::size_t number) {
-        return fmt::format("{} ({} of {})", model.name, number, all.size());
+    const std::vector<Variant> all = GetVariants(options.exchange);
+    const std::string first = options.exchange.fills->name;
+    const auto label = [&](const std::string& name, std::size_t number) {
+        return fmt::format("{} ({} of {})", name, number, all.size());
     };
     nxRunOptions main = options;
     const std::string stores =
@@ -91,42 +115,42 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     nxRun server(main, out, err);
     nxRunResult worst = server.Run();
     std::vector<nxRunSummary::Model> models = {
-        {first.name, server.GetStatistics(), FindFailure(server.GetStatistics(), worst, "")}};
-    std::string left;
-    for (const nxFillModel* model : all) {
-        if (model == &first) continue;
+        {first, server.GetStatistics(), FindFailure(server.GetStatistics(), worst, "")}};
+    std::vector<std::string> left;
+    for (const Variant& variant : all) {
+        if (variant.name == first) continue;
         if (worst == nxRunResult::InputFailed || isInterrupted()) {
-            left += std::string(left.empty() ? "" : " and ") + model->name;
+            left.push_back(variant.name);
             continue;
         }
         nxRunOptions other = options;
-        other.exchange.fills = model;
+        other.exchange = variant.exchange;
         other.recordFile.clear();
         if (!other.storeDirectory.empty()) other.storeImage = stores;
         other.explain.clear();
         other.getNotes = nullptr;
         other.speed = 0.0;
         other.progress = &err;
-        other.progressLabel = label(*model, models.size() + 1);
+        other.progressLabel = label(variant.name, models.size() + 1);
         std::ostringstream errors;
         std::ostream nowhere(nullptr);
         const Silence silence;
         nxRun extra(other, nowhere, errors);
         const nxRunResult result = extra.Run();
         if (isInterrupted()) {
-            left = model->name;
+            left = {variant.name};
             continue;
         }
         models.push_back(
-            {model->name, extra.GetStatistics(), FindFailure(extra.GetStatistics(), result, errors.str())});
+            {variant.name, extra.GetStatistics(), FindFailure(extra.GetStatistics(), result, errors.str())});
         worst = result == nxRunResult::Done ? worst : std::max(worst, result);
     }
-    // From the most optimistic one on, whichever the run itself was under.
-    std::ranges::sort(models, std::ranges::greater(),
-                      [](const auto& model) { return nxFillModel::Find(model.name)->rank; });
+    // In the order of the variants, whichever the run itself was under.
+    std::ranges::sort(models, {},
+                      [&](const auto& model) { return std::ranges::find(all, model.name, &Variant::name); });
     nxRunSummary::WriteEnvelope(out, models);
     if (!left.empty())
-        out << "not run     " << left
+        out << "not run     " << fmt::format("{}", fmt::join(left, ", "))
             << (isInterrupted() ? ": interrupted\n" : ": the run itself did not go to its end\n");
     out.flush();
     return worst;

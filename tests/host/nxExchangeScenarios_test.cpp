@@ -2,7 +2,8 @@
 // them.
 //
 //   == TITLE                   a new exchange with one product, SIM, whose market is open
-//   with KEY=VALUE ...         right below; fills=touch|cross|queue, tick=1, hours=09:00-17:00,
+//   with KEY=VALUE ...         right below; fills=touch|cross|queue, queuemodel=even|back|power[:N], tick=1,
+//                              hours=09:00-17:00,
 //                              request=5000 (milliseconds; 5000-7000: drawn), answer=2, participation=50,
 //                              bars[=SECONDS] (60), queue (tell each move)
 //   [N/]HH:MM:SS ACTION        N days after Tuesday, 2 January 2024; without a time: at that of the line
@@ -164,6 +165,8 @@ private:
         if (key == "fills") {
             _options.fills = nxFillModel::Find(value);
             ASSERT_NE(_options.fills, nullptr) << value;
+        } else if (key == "queuemodel") {
+            EXPECT_TRUE(_options.queue.SetFromText(value)) << value;
         } else if (key == "tick") {
             _tick = Dec(value);
         } else if (key == "hours") {
