@@ -7,8 +7,9 @@
 
 // A run under the fill model that its options name, with all its output, and then the same run in silence
 // under the others, with a queue that only trades move, and with twice the latency; after its summary a table
-// of what came of each, so that nobody mistakes luck in the fill model for profit. The others write no record, what their scripts print goes nowhere, and their data
-// stores are copies of those of before, in memory.
+// of what came of each, so that nobody mistakes luck in the fill model for profit. The others write no
+// record, what their scripts print goes nowhere, and their data stores are copies of those of before, in
+// memory.
 class nxRunEnvelope
 {
 public:
