@@ -86,6 +86,29 @@ std::string FindFailure(const nxRunStatistics& statistics, nxRunResult result, c
     return result == nxRunResult::Done ? std::string() : errors.substr(0, errors.find('\n'));
 }
 
+// The run's options for one of the other runs, which leaves nothing but its counts.
+nxRunOptions MakeSilent(const nxRunOptions& options, const Variant& variant, const std::string& stores)
+{
+    nxRunOptions silent = options;
+    silent.exchange = variant.exchange;
+    silent.recordFile.clear();
+    if (!silent.storeDirectory.empty()) silent.storeImage = stores;
+    silent.explain.clear();
+    silent.getNotes = nullptr;
+    silent.speed = 0.0;
+    return silent;
+}
+
+nxRunSummary::Model RunSilently(const nxRunOptions& options, const std::string& name, nxRunResult& result)
+{
+    std::ostringstream errors;
+    std::ostream nowhere(nullptr);
+    const Silence silence;
+    nxRun run(options, nowhere, errors);
+    result = run.Run();
+    return {name, run.GetStatistics(), FindFailure(run.GetStatistics(), result, errors.str())};
+}
+
 }  // namespace
 
 std::string nxRunEnvelope::FindObstacle(const nxRunOptions& options)
@@ -112,37 +135,23 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     const std::string stores =
         options.storeDirectory.empty() ? std::string() : nxDataStores::TakeImage(options.storeDirectory);
     main.progressLabel = label(first, 1);
-    nxRun server(main, out, err);
-    nxRunResult worst = server.Run();
+    nxRun run(main, out, err);
+    nxRunResult worst = run.Run();
     std::vector<nxRunSummary::Model> models = {
-        {first, server.GetStatistics(), FindFailure(server.GetStatistics(), worst, "")}};
+        {first, run.GetStatistics(), FindFailure(run.GetStatistics(), worst, "")}};
     std::vector<std::string> left;
     for (const Variant& variant : all) {
         if (variant.name == first) continue;
-        if (worst == nxRunResult::InputFailed || isInterrupted()) {
-            left.push_back(variant.name);
-            continue;
-        }
-        nxRunOptions other = options;
-        other.exchange = variant.exchange;
-        other.recordFile.clear();
-        if (!other.storeDirectory.empty()) other.storeImage = stores;
-        other.explain.clear();
-        other.getNotes = nullptr;
-        other.speed = 0.0;
+        left.push_back(variant.name);
+        if (worst == nxRunResult::InputFailed || isInterrupted()) continue;
+        nxRunOptions other = MakeSilent(options, variant, stores);
         other.progress = &err;
         other.progressLabel = label(variant.name, models.size() + 1);
-        std::ostringstream errors;
-        std::ostream nowhere(nullptr);
-        const Silence silence;
-        nxRun extra(other, nowhere, errors);
-        const nxRunResult result = extra.Run();
-        if (isInterrupted()) {
-            left = {variant.name};
-            continue;
-        }
-        models.push_back(
-            {variant.name, extra.GetStatistics(), FindFailure(extra.GetStatistics(), result, errors.str())});
+        nxRunResult result{};
+        nxRunSummary::Model model = RunSilently(other, variant.name, result);
+        if (isInterrupted()) continue;
+        left.pop_back();
+        models.push_back(std::move(model));
         worst = result == nxRunResult::Done ? worst : std::max(worst, result);
     }
     // In the order of the variants, whichever the run itself was under.
