@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "base/time/nxTime.h"
+
 namespace {
 
 std::string Count(unsigned long long number, const char* what)
@@ -70,7 +72,7 @@ void nxFeed::_RemarkFile(const nxFeedReader& reader, std::vector<std::string>& r
     if (reader.HasOpenEnd()) remarks.push_back(path + ": the last line has no end; the file may be cut");
     const nxFeedReader::Gaps& gaps = reader.GetGaps();
     if (gaps.count == 0) return;
-    const long long seconds = gaps.longest / 1'000'000'000;
+    const long long seconds = gaps.longest / nxTime::NanosecondsPerSecond;
     remarks.push_back(
         fmt::format("{}:{}: {} between bars, the longest of {}:{:02}:{:02} in front of this line", path,
                     gaps.line, Count(gaps.count, "gap"), seconds / 3600, seconds / 60 % 60, seconds % 60));

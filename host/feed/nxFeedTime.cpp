@@ -151,7 +151,7 @@ const char* nxFeedTime::SetFromInteger(unsigned long long count, long long& time
 {
     unsigned long long unit = 1;
     if (count < 100'000'000'000)
-        unit = 1'000'000'000;
+        unit = nxTime::NanosecondsPerSecond;
     else if (count < 100'000'000'000'000)
         unit = 1'000'000;
     else if (count < 100'000'000'000'000'000)
@@ -164,8 +164,9 @@ const char* nxFeedTime::SetFromInteger(unsigned long long count, long long& time
 
 bool nxFeedTime::SetPeriodFromText(std::string_view text, long long& period)
 {
-    constexpr std::pair<char, long long> units[] = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86'400}};
-    constexpr long long longest = 366 * 86'400;
+    constexpr std::pair<char, long long> units[] = {
+        {'s', 1}, {'m', 60}, {'h', 3600}, {'d', nxTime::SecondsPerDay}};
+    constexpr long long longest = 366 * nxTime::SecondsPerDay;
     long long count = 0;
     const char* const end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, count);

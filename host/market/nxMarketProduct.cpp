@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/time/nxTime.h"
 #include "host/market/nxImpliedQuote.h"
 
 namespace {
 
-constexpr long long NanosecondsPerDay = 86'400'000'000'000;
 constexpr unsigned int LargestVolume = 0xFFFFFFFD;  // beyond lie the marks
 
 nxPrice MakeNoChange()
@@ -19,8 +19,8 @@ nxPrice MakeNoChange()
 
 long long FloorDay(long long time)
 {
-    const long long day = time / NanosecondsPerDay;
-    return time % NanosecondsPerDay < 0 ? day - 1 : day;
+    const long long day = time / nxTime::NanosecondsPerDay;
+    return time % nxTime::NanosecondsPerDay < 0 ? day - 1 : day;
 }
 
 }  // namespace

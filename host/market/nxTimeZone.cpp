@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "base/time/nxTime.h"
+
 namespace {
 
 // Recorded times lie between, and offsets are below a day.
@@ -82,8 +84,7 @@ std::shared_ptr<const nxTimeZone> nxTimeZone::Find(const std::string& name, std:
         const bool isLast = info.end >= Latest;
         const long long end = info.end.time_since_epoch().count();
         const long long offset = info.offset.count();
-        zone->_periods.push_back(
-            {begin, isLast ? std::numeric_limits<long long>::max() : end + offset, offset});
+        zone->_periods.push_back({begin, isLast ? nxTime::Never : end + offset, offset});
         if (isLast) return zone;
         begin = end;
         time = info.end;

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 
 #include "host/run/nxTrading.h"
 
@@ -139,6 +138,6 @@ void nxTrading::_TakeLastAnswers()
 {
     if (_answer) _ApplyAnswer(*std::exchange(_answer, std::nullopt));
     nxExchangeEvent event;
-    while (_venue->PopEvent(event, std::numeric_limits<long long>::max()))
+    while (_venue->PopEvent(event, nxTime::Never))
         _ApplyAnswer(event);
 }

@@ -20,7 +20,7 @@ constexpr unsigned int MarketRate = 94;
 constexpr nxUInt128 NanosecondHundredthsPerMinute = 6'000'000'000'000;
 using nxTime::NanosecondsPerSecond;
 constexpr std::size_t FlushSize = 64 * 1024;
-constexpr unsigned int LongestDuration = 366 * 86400;
+constexpr unsigned int LongestDuration = 366 * static_cast<unsigned int>(nxTime::SecondsPerDay);
 constexpr long long LeastPrice = 20;                   // in ticks; the opening book reaches 10 down
 constexpr long long LargestPrice = 1'000'000'000'000;  // in the tick size's last place
 constexpr unsigned int LargestOrder = 1'000'000;
