@@ -29,6 +29,16 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
+// All of the family: memory of the one form may be freed by the other.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
