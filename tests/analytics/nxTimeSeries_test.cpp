@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "scriptFramework/analytics/nxTimeSeries_Trade.h"
 #include "tests/support/nxRowFile.h"
 #include "tests/support/nxSetTime.h"
@@ -29,7 +31,7 @@ protected:
 
     void SetTime(double seconds)
     {
-        time.now = nxTimeStamp::FromNanoseconds(Start * 1000000000 + static_cast<long long>(seconds * 1e9));
+        time.now = nxTimeStamp::FromNanoseconds(Start * 1000000000 + std::llround(seconds * 1e9));
     }
     void Add(std::initializer_list<Trade> trades)
     {
@@ -76,6 +78,9 @@ TEST_F(nxTimeSeriesTest, CalculatesOverTheTradesInTheWindow)
               "1 2 101 101 0 101 101 101.00000000 0.00000000 101.00000000 2.00000000 0.0000 0.0000");
     SetTime(14.001);
     EXPECT_EQ(Recalculate(), "0 0 - - - - - - - - - 0.0000 -");
+    // Seconds since 1970 have no room for what lies between these.
+    Add({{20, "1", 1}, {20.001, "2", 1}, {20.002, "3", 1}});
+    EXPECT_TRUE(Recalculate().ends_with(" 1000.00000000")) << Recalculate();
 }
 
 TEST_F(nxTimeSeriesTest, SumsOfZeroAndSumsThatWrap)
