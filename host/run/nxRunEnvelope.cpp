@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <sstream>
+#include <streambuf>
 
 #include "base/log/nxLogManager.h"
 #include "host/jobs/nxDataStores.h"
@@ -44,6 +45,15 @@ public:
 private:
     int _kept;
     const nxLogLevelEnum _level = nxLogManager::GetLevel();
+};
+
+// Takes all that is written and keeps nothing: a stream without any buffer would count as one that cannot be
+// written, which ends a run.
+class Nowhere : public std::streambuf
+{
+protected:
+    int_type overflow(int_type character) override { return traits_type::not_eof(character); }
+    std::streamsize xsputn(const char*, std::streamsize size) override { return size; }
 };
 
 // One run of an envelope.
@@ -83,7 +93,8 @@ std::string FindFailure(const nxRunStatistics& statistics, nxRunResult result, c
 {
     for (const nxJobStatistics& job : statistics.jobs)
         if (!job.failures.empty()) return job.failures.front().what.message;
-    return result == nxRunResult::Done ? std::string() : errors.substr(0, errors.find('\n'));
+    if (result == nxRunResult::Done) return {};
+    return errors.empty() ? "the run did not go to its end" : errors.substr(0, errors.find('\n'));
 }
 
 // The run's options for one of the other runs, which leaves nothing but its counts.
@@ -102,9 +113,10 @@ nxRunOptions MakeSilent(const nxRunOptions& options, const Variant& variant, con
 nxRunSummary::Model RunSilently(const nxRunOptions& options, const std::string& name, nxRunResult& result)
 {
     std::ostringstream errors;
-    std::ostream nowhere(nullptr);
+    Nowhere nowhere;
+    std::ostream out(&nowhere);
     const Silence silence;
-    nxRun run(options, nowhere, errors);
+    nxRun run(options, out, errors);
     result = run.Run();
     return {name, run.GetStatistics(), FindFailure(run.GetStatistics(), result, errors.str())};
 }
