@@ -16,4 +16,11 @@ constexpr long long GetLater(long long time, long long span)
 {
     return time > Never - span ? Never : time + span;
 }
+
+// That much earlier; never before the first of all times.
+constexpr long long GetEarlier(long long time, long long span)
+{
+    constexpr long long first = std::numeric_limits<long long>::min();
+    return time < first + span ? first : time - span;
+}
 }  // namespace nxTime

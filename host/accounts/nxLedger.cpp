@@ -22,21 +22,18 @@ nxLedger::Holding& nxLedger::_Get(unsigned int job, unsigned int product)
     return holdings.emplace_back(Holding{job, _products[product].none, {}, {}, false});
 }
 
-void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
-                       const nxMarketProduct& market)
+void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event, const nxMarketProduct&)
 {
-    if (event.kind == nxExchangeEvent::Kind::Filled) {
-        if (order.kind.owner >= _jobs.size()) _jobs.resize(order.kind.owner + 1);
-        nxTradingStatistics& job = _jobs[order.kind.owner];
-        ++job.fills;
-        job.volume += event.fillVolume;
-        if (event.isMaker) job.makerVolume += event.fillVolume;
-        Holding& holding = _Get(order.kind.owner, order.kind.product);
-        holding.account.AddFill(order.kind.side, event.fillPrice, event.fillVolume, event.isMaker);
-        holding.isFilled = true;
-        _filled.emplace_back(order.kind.owner, order.kind.product);
-    }
-    if (_next != nullptr) _next->OnEvent(order, event, market);
+    if (event.kind != nxExchangeEvent::Kind::Filled) return;
+    if (order.kind.owner >= _jobs.size()) _jobs.resize(order.kind.owner + 1);
+    nxTradingStatistics& job = _jobs[order.kind.owner];
+    ++job.fills;
+    job.volume += event.fillVolume;
+    if (event.isMaker) job.makerVolume += event.fillVolume;
+    Holding& holding = _Get(order.kind.owner, order.kind.product);
+    holding.account.AddFill(order.kind.side, event.fillPrice, event.fillVolume, event.isMaker);
+    holding.isFilled = true;
+    _filled.emplace_back(order.kind.owner, order.kind.product);
 }
 
 nxTradingStatistics nxLedger::GetStatistics(unsigned int job) const
@@ -74,6 +71,8 @@ void nxLedger::Mark(unsigned int product, const nxFeedBar* bar)
 // The sums of a currency change by what one of its products does. bar: null, or one that led to the mark.
 void nxLedger::_Value(Holding& holding, const nxDecimal& mark, const nxFeedBar* bar)
 {
+    const bool isSame = mark == holding.mark && !holding.isFilled;
+    if (isSame && bar == nullptr) return;
     const nxPositionKeeper& keeper = holding.account.GetKeeper();
     nxTradingStatistics::Money& money = _jobs[holding.job][holding.account.GetCurrency()];
     const nxExactAmount others = money.profit - holding.profit;
@@ -83,7 +82,7 @@ void nxLedger::_Value(Holding& holding, const nxDecimal& mark, const nxFeedBar* 
         const nxExactAmount worst = keeper.GetTotalProfit(keeper.GetNet() > 0 ? bar->low : bar->high);
         TakeLargest(money.worstDrawdown, money.best - (others + worst));
     }
-    if (mark == holding.mark && !holding.isFilled) return;
+    if (isSame) return;
     holding.mark = mark;
     holding.isFilled = false;
     holding.profit = keeper.GetTotalProfit(mark);
@@ -95,22 +94,4 @@ void nxLedger::_Value(Holding& holding, const nxDecimal& mark, const nxFeedBar* 
         TakeLargest(money.drawdown, fallen);
         TakeLargest(money.worstDrawdown, fallen);
     }
-}
-
-void nxLedger::OnRequest(const nxExchangeOrder& order, nxOrderRequest request, const nxOrderTerms& terms,
-                         const nxMarketProduct& market, long long sent, long long due)
-{
-    if (_next != nullptr) _next->OnRequest(order, request, terms, market, sent, due);
-}
-
-void nxLedger::OnQueueMove(const nxExchangeOrder& order, const nxVolume& before, nxQueueMove move,
-                           long long time)
-{
-    if (_next != nullptr) _next->OnQueueMove(order, before, move, time);
-}
-
-void nxLedger::OnMarket(unsigned int product, const nxMarketProduct& market, const nxTraded* traded,
-                        long long time)
-{
-    if (_next != nullptr) _next->OnMarket(product, market, traded, time);
 }

@@ -14,9 +14,6 @@
 class nxLedger : public nxExchangeObserver
 {
 public:
-    // Is told what the ledger is told; null for none. Outlives it.
-    void SetNext(nxExchangeObserver* next) { _next = next; }
-
     // In the order of the exchange's numbers of them. `none` is an account with nothing in it; the market
     // outlives the ledger.
     void AddProduct(const nxProductAccount& none, const nxMarketProduct& market)
@@ -37,14 +34,8 @@ public:
     // Without orders, which the ledger does not count.
     nxTradingStatistics GetStatistics(unsigned int job) const;
 
-    void OnRequest(const nxExchangeOrder& order, nxOrderRequest request, const nxOrderTerms& terms,
-                   const nxMarketProduct& market, long long sent, long long due) override;
     void OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
                  const nxMarketProduct& market) override;
-    void OnQueueMove(const nxExchangeOrder& order, const nxVolume& before, nxQueueMove move,
-                     long long time) override;
-    void OnMarket(unsigned int product, const nxMarketProduct& market, const nxTraded* traded,
-                  long long time) override;
 
 private:
     // What one job has of a product, and the profit that the job's money counts of it.
@@ -70,5 +61,4 @@ private:
     std::vector<Product> _products;
     std::vector<nxTradingStatistics> _jobs;
     std::vector<std::pair<unsigned int, unsigned int>> _filled;  // job and product; not valued yet
-    nxExchangeObserver* _next = nullptr;
 };

@@ -68,8 +68,8 @@ void nxBarMatcher::_Match(const nxFeedBar& bar, long long time)
 {
     constexpr long long first = std::numeric_limits<long long>::min();
     long long begin = std::exchange(_lastEnd, time);
-    if (_period != 0) begin = time - _period;
-    begin = std::min(begin, time - 1);
+    if (_period != 0) begin = nxTime::GetEarlier(time, _period);
+    begin = std::min(begin, nxTime::GetEarlier(time, 1));
     if (_orders.IsEmpty()) return;
     unsigned int budget = _GetBudget(bar);
     _Match(bar, first, begin + 1, budget);

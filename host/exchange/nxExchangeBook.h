@@ -84,6 +84,7 @@ private:
     void _FillWhole(Level& level, const nxDecimal& price);
     void _FillThrough(Level& level, const nxDecimal& price, unsigned int& budget, nxFillCause cause);
     void _FillQueue(Level& level, const nxDecimal& price, unsigned int traded, unsigned int budget);
+    void _PassQueue(Level& level);
     void _OnTrade(const nxDecimal& price, const nxVolume& traded, const nxBuySellEnum& aggressor);
     // Off what the side shows.
     void _TakeTraded(nxSide side, const nxDecimal& price, const nxVolume& traded,

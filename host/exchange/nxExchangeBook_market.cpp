@@ -68,6 +68,18 @@ void nxExchangeBook::_FillQueue(Level& level, const nxDecimal& price, unsigned i
     }
 }
 
+// Nobody is in front any more of those that a trade went beyond.
+void nxExchangeBook::_PassQueue(Level& level)
+{
+    if (level.shown.IsValid()) level.shown = 0u;
+    for (nxExchangeOrder* order : level.orders) {
+        const nxVolume ahead = order->ahead;
+        if (!ahead.IsValid() || ahead.GetValue() == 0) continue;
+        order->ahead = 0u;
+        _listener.OnQueueMoved(*order, ahead, nxQueueMove::Traded);
+    }
+}
+
 void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, const nxBuySellEnum& aggressor)
 {
     _hasTraded = true;
@@ -82,6 +94,7 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
                 _FillWhole(level, own);
             } else if (isThrough) {
                 _FillThrough(level, own, budget, nxFillCause::TradedThrough);
+                _PassQueue(level);
             } else if (hitsAtPrice && traded.IsValid()) {
                 _FillQueue(level, own, traded.GetValue(), budget);
             }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "base/enums/nxBuySellEnum.h"
 #include "host/exchange/nxBookListener.h"
 
@@ -16,22 +18,30 @@ struct nxTraded
     nxBuySellEnum aggressor;
 };
 
-// Looks on while the exchange works. Called on the replay's thread, inside the exchange's own loops: must not
-// call it back. Times are those at the exchange.
+// Looks on while the exchange works; one overrides what it wants to hear of. Called on the run's thread,
+// inside the exchange's own loops: must not call it back. Times are those at the exchange.
 class nxExchangeObserver
 {
 public:
     // The terms are those that the request names.
-    virtual void OnRequest(const nxExchangeOrder& order, nxOrderRequest request, const nxOrderTerms& terms,
-                           const nxMarketProduct& market, long long sent, long long due) = 0;
-    virtual void OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
-                         const nxMarketProduct& market) = 0;
-    virtual void OnQueueMove(const nxExchangeOrder& order, const nxVolume& before, nxQueueMove move,
-                             long long time) = 0;
+    virtual void OnRequest(const nxExchangeOrder&, nxOrderRequest, const nxOrderTerms&,
+                           const nxMarketProduct&, long long /*sent*/, long long /*due*/)
+    {
+    }
+    virtual void OnEvent(const nxExchangeOrder&, const nxExchangeEvent&, const nxMarketProduct&) {}
+    virtual void OnQueueMove(const nxExchangeOrder&, const nxVolume& /*before*/, nxQueueMove,
+                             long long /*time*/)
+    {
+    }
     // After the orders met it. traded: null for a change of quotes or depth.
-    virtual void OnMarket(unsigned int product, const nxMarketProduct& market, const nxTraded* traded,
-                          long long time) = 0;
+    virtual void OnMarket(unsigned int /*product*/, const nxMarketProduct&, const nxTraded* /*traded*/,
+                          long long /*time*/)
+    {
+    }
 
 protected:
     ~nxExchangeObserver() = default;
 };
+
+// In the order in which they are told; all outlive the exchange.
+using nxExchangeObservers = std::vector<nxExchangeObserver*>;

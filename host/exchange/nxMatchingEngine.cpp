@@ -9,8 +9,9 @@ constexpr char OtherSideFilled[] = "the other side of the bracket was filled";
 
 }  // namespace
 
-nxMatchingEngine::nxMatchingEngine(const Options& options, nxAnswerLine& answers)
-    : _options(options), _answers(answers), _peakRandom(options.seed)
+nxMatchingEngine::nxMatchingEngine(const Options& options, nxAnswerLine& answers,
+                                   const nxExchangeObservers& observers)
+    : _options(options), _answers(answers), _observers(observers), _peakRandom(options.seed)
 {
 }
 
@@ -69,7 +70,8 @@ void nxMatchingEngine::OnTriggered(nxExchangeOrder& order)
 
 void nxMatchingEngine::OnQueueMoved(nxExchangeOrder& order, const nxVolume& before, nxQueueMove move)
 {
-    if (_observer != nullptr) _observer->OnQueueMove(order, before, move, _time);
+    for (nxExchangeObserver* observer : _observers)
+        observer->OnQueueMove(order, before, move, _time);
     if (_options.reportsQueue) _Tell(order, nxExchangeEvent::Kind::QueueMoved);
 }
 
@@ -148,16 +150,21 @@ void nxMatchingEngine::_EndImmediates(Market& market, long long time)
     }
 }
 
+void nxMatchingEngine::_ShowMarket(const Market& market, const nxTraded* traded, long long time)
+{
+    for (nxExchangeObserver* observer : _observers)
+        observer->OnMarket(market.number, *market.product.market, traded, time);
+}
+
 void nxMatchingEngine::_OnQuote(Market& market, const nxFeedQuote& quote, long long time)
 {
     market.book.OnQuote(quote);
     _EnterOpening(market);
     _Settle();
-    if (_observer == nullptr) return;
-    const nxMarketProduct& shown = *market.product.market;
-    const nxDecimal& last = shown.GetPrice().GetLastPrice();
+    const nxDecimal& last = market.product.market->GetPrice().GetLastPrice();
+    if (!quote.IsTrade() || !last.IsValid()) return _ShowMarket(market, nullptr, time);
     const nxTraded traded{last, last, quote.lastVolume, quote.side};
-    _observer->OnMarket(market.number, shown, quote.IsTrade() && last.IsValid() ? &traded : nullptr, time);
+    _ShowMarket(market, &traded, time);
 }
 
 void nxMatchingEngine::_OnDepth(Market& market, std::span<const nxFeedLevel> levels, long long time)
@@ -165,7 +172,7 @@ void nxMatchingEngine::_OnDepth(Market& market, std::span<const nxFeedLevel> lev
     market.book.OnDepth(levels);
     _EnterOpening(market);
     _Settle();
-    if (_observer != nullptr) _observer->OnMarket(market.number, *market.product.market, nullptr, time);
+    _ShowMarket(market, nullptr, time);
 }
 
 void nxMatchingEngine::_OnBar(Market& market, const nxFeedBar& bar, long long time)
@@ -176,7 +183,7 @@ void nxMatchingEngine::_OnBar(Market& market, const nxFeedBar& bar, long long ti
     _EndImmediates(market, time);
     _Settle();
     const nxTraded traded{bar.low, bar.high, bar.volume, {}};
-    if (_observer != nullptr) _observer->OnMarket(market.number, *market.product.market, &traded, time);
+    _ShowMarket(market, &traded, time);
 }
 
 void nxMatchingEngine::OnOpen(unsigned int product, long long time)
@@ -200,15 +207,14 @@ void nxMatchingEngine::OnClose(unsigned int product, long long time)
 {
     AdvanceTo(time);
     Market& market = *_markets[product];
-    if (market.product.hours.IsEmpty() || market.product.HasHours()) market.isOpen = market.opens = false;
+    if (!market.product.IgnoresHours()) market.isOpen = market.opens = false;
 }
 
 void nxMatchingEngine::OnEvent(unsigned int product, const nxFeedEvent& event)
 {
     AdvanceTo(event.time);
     Market& market = *_markets[product];
-    if (!market.isOpen && !market.product.hours.IsEmpty() && !market.product.HasHours())
-        OnOpen(product, event.time);
+    if (!market.isOpen && market.product.IgnoresHours()) OnOpen(product, event.time);
     if (!market.isOpen) return;
     switch (event.kind) {
         case nxFeedKind::Quote:

@@ -26,11 +26,9 @@ public:
         bool reportsQueue;           // tell each move in a queue
     };
 
-    // The answers outlive it.
-    nxMatchingEngine(const Options& options, nxAnswerLine& answers);
+    // Answers and observers outlive it.
+    nxMatchingEngine(const Options& options, nxAnswerLine& answers, const nxExchangeObservers& observers);
 
-    // Null for none; outlives the engine.
-    void SetObserver(nxExchangeObserver* observer) { _observer = observer; }
     // The number by which orders name it, from 0.
     unsigned int AddProduct(const nxVenue::Product& product);
     void SetTickSize(unsigned int product, const nxDecimal& tickSize)
@@ -119,6 +117,7 @@ private:
     void _OnQuote(Market& market, const nxFeedQuote& quote, long long time);
     void _OnDepth(Market& market, std::span<const nxFeedLevel> levels, long long time);
     void _OnBar(Market& market, const nxFeedBar& bar, long long time);
+    void _ShowMarket(const Market& market, const nxTraded* traded, long long time);
     void _EnterOpening(Market& market);
     void _EndImmediates(Market& market, long long time);
     void _Settle();
@@ -131,13 +130,13 @@ private:
 
     const Options _options;
     nxAnswerLine& _answers;
+    const nxExchangeObservers& _observers;
     nxExactRandom _peakRandom;
     std::vector<std::unique_ptr<Market>> _markets;
     nxOrderPool _orders;
     nxOrderExpiries _expiries{_orders};
     std::vector<Consequence> _consequences;
     long long _time = 0;
-    nxExchangeObserver* _observer = nullptr;
 };
 
 template <class Complete>
@@ -145,5 +144,6 @@ void nxMatchingEngine::_Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind
 {
     nxExchangeEvent& event = _answers.Send(order, kind, _time);
     complete(event);
-    if (_observer != nullptr) _observer->OnEvent(order, event, GetMarket(order.kind.product));
+    for (nxExchangeObserver* observer : _observers)
+        observer->OnEvent(order, event, GetMarket(order.kind.product));
 }

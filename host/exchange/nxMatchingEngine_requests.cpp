@@ -39,7 +39,7 @@ void nxMatchingEngine::_SetExpiry(nxExchangeOrder& order)
         market.dayless.push_back(order.id);
         return;
     }
-    order.expires = nxOrderExpiries::GetEnd(order, market.product.hours, _time);
+    order.expires = nxOrderExpiries::GetEnd(order, market.product.GetHours(), _time);
     _expiries.Add(order);
 }
 
@@ -49,8 +49,7 @@ void nxMatchingEngine::_SetDays(Market& market, long long barEnd)
         nxExchangeOrder* const order = _orders.Find(id);
         if (order == nullptr || !order->IsAlive()) return true;
         if (order->arrived >= barEnd) return false;
-        order->expires = nxOrderExpiries::GetEndOfDay(
-            barEnd, market.product.HasHours() ? market.product.hours : nxTradingHours());
+        order->expires = nxOrderExpiries::GetEndOfDay(barEnd, market.product.GetHours());
         _expiries.Add(*order);
         return true;
     });

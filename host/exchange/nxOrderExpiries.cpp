@@ -34,7 +34,7 @@ long long nxOrderExpiries::GetEnd(const nxExchangeOrder& order, const nxTradingH
 
 long long nxOrderExpiries::GetEndOfDay(long long barEnd, const nxTradingHours& hours)
 {
-    const long long inside = barEnd - 1;
+    const long long inside = nxTime::GetEarlier(barEnd, 1);
     return hours.IsOpen(inside) && hours.GetNextChange(inside) != Never ? hours.GetNextChange(inside)
                                                                         : nxFeedTime::GetNextMidnight(inside);
 }

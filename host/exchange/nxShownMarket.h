@@ -1,6 +1,7 @@
 #pragma once
 
-#include <map>
+#include <boost/container/flat_map.hpp>
+
 #include <utility>
 
 #include "host/market/nxMarketProduct.h"
@@ -52,7 +53,8 @@ private:
         unsigned int traded = 0;  // by the market, since the data showed it
         unsigned int taken = 0;   // by orders
     };
-    using Levels = std::map<nxDecimal, Gone>;
+    // They come and go with the market's trades, and mostly are few.
+    using Levels = boost::container::flat_map<nxDecimal, Gone>;
 
     static void _Show(Levels& levels, Levels::iterator level, unsigned int volume);
     // fn(price, volume) as the data show it.

@@ -1,20 +1,16 @@
 #include "host/exchange/nxSimulatedExchange.h"
 
 #include <algorithm>
+#include <utility>
 
-nxSimulatedExchange::nxSimulatedExchange(const nxExchangeOptions& options)
-    : _latency(options.request),
+nxSimulatedExchange::nxSimulatedExchange(const nxExchangeOptions& options, nxExchangeObservers observers)
+    : _observers(std::move(observers)),
+      _latency(options.request),
       _random(options.seed),
       _answers(options.answer, _random),
       _engine({*options.fills, options.queue, options.seed + 1, options.participation, options.reportQueue},
-              _answers)
+              _answers, _observers)
 {
-}
-
-void nxSimulatedExchange::SetObserver(nxExchangeObserver* observer)
-{
-    _observer = observer;
-    _engine.SetObserver(observer);
 }
 
 void nxSimulatedExchange::_Send(nxOrderRequest kind, unsigned int order, long long now,
@@ -27,11 +23,11 @@ void nxSimulatedExchange::_Send(nxOrderRequest kind, unsigned int order, long lo
 void nxSimulatedExchange::_Show(nxOrderRequest kind, unsigned int order, const nxOrderTerms& terms,
                                 long long now, long long due) const
 {
-    if (_observer == nullptr) return;
     const nxExchangeOrder& known = GetOrder(order);
     const bool isNew = kind == nxOrderRequest::New;
-    _observer->OnRequest(known, kind, isNew ? known.terms : terms, _engine.GetMarket(known.kind.product), now,
-                         due);
+    for (nxExchangeObserver* observer : _observers)
+        observer->OnRequest(known, kind, isNew ? known.terms : terms, _engine.GetMarket(known.kind.product),
+                            now, due);
 }
 
 void nxSimulatedExchange::TakeAtOnce(unsigned int reserved, const nxOrderKind& kind,

@@ -20,10 +20,8 @@ struct nxExchangeOptions
 class nxSimulatedExchange : public nxVenue
 {
 public:
-    explicit nxSimulatedExchange(const nxExchangeOptions& options);
+    explicit nxSimulatedExchange(const nxExchangeOptions& options, nxExchangeObservers observers = {});
 
-    // Null for none; outlives the exchange.
-    void SetObserver(nxExchangeObserver* observer);
     unsigned int AddProduct(const Product& product) override { return _engine.AddProduct(product); }
     void SetTickSize(unsigned int product, const nxDecimal& tickSize) override
     {
@@ -46,7 +44,7 @@ public:
     // When something is due next, a request, an answer or an order's date; nxTime::Never for never.
     long long GetNextTime() const override;
     void Advance(long long time) override { _Advance(time, time); }
-    void AdvanceAmongBars(long long time) override { _Advance(time, time - 1); }
+    void AdvanceAmongBars(long long time) override { _Advance(time, nxTime::GetEarlier(time, 1)); }
     bool IsEventDue(long long time) const override { return _answers.IsDue(time); }
     bool PopEvent(nxExchangeEvent& event, long long time) override;
 
@@ -84,10 +82,10 @@ private:
     void _Send(nxOrderRequest kind, unsigned int order, long long now, const nxOrderTerms& terms);
     void _Carry(const Request& request);
 
+    const nxExchangeObservers _observers;
     const nxLatency _latency;  // of requests
     nxExactRandom _random;     // of latencies
     nxAnswerLine _answers;
     nxMessageLine<Request> _requests;
     nxMatchingEngine _engine;
-    nxExchangeObserver* _observer = nullptr;
 };

@@ -21,8 +21,10 @@ public:
         bool isOfBars = false;
         long long barPeriod = 0;  // nanoseconds; 0: not known
 
-        // Bars of a day and longer tell nothing of the hours in which they came to be.
-        bool HasHours() const { return !hours.IsEmpty() && !(isOfBars && nxIsDailyBar(barPeriod)); }
+        // Bars of a day and longer tell nothing of the hours in which they came to be: such a product is open
+        // from its first bar on.
+        bool IgnoresHours() const { return !hours.IsEmpty() && isOfBars && nxIsDailyBar(barPeriod); }
+        nxTradingHours GetHours() const { return IgnoresHours() ? nxTradingHours() : hours; }
     };
 
     virtual ~nxVenue() = default;

@@ -111,7 +111,7 @@ std::string nxHostOrder::_GetAccount()
 
 void nxHostOrder::SetSpreadInstance(const std::string& text)
 {
-    _ticket.SetSpread(_ticket.GetSpread().spec.Get(), text);
+    _ticket.SetSpread(_ticket.GetSpread().legs.Get(), text);
 }
 
 bool nxHostOrder::_WorkOrder(const nxAlgoOrderParameters& parameters)

@@ -62,7 +62,7 @@ void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms) const
                          {"orderType", nxGetTypeText(_ticket.IsMarket())},
                          {"exec", nxGetText(_ticket.GetExecution())},
                          {"timeInForce", nxGetText(_ticket.GetDuration())},
-                         {"spreadSpec", _ticket.GetSpread().spec.Get()},
+                         {"spreadSpec", _ticket.GetSpread().legs.Get()},
                          {"spreadInstance", _ticket.GetSpread().instance.Get()},
                          Number("volume", terms.volume),
                          Number("price", terms.price),

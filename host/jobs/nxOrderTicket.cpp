@@ -24,9 +24,9 @@ nxOrderTicket::nxOrderTicket(const nxExchangeOrder& child, const nxOrderTicket& 
     Send(child.terms);
 }
 
-void nxOrderTicket::SetSpread(const std::string& spec, const std::string& instance)
+void nxOrderTicket::SetSpread(const std::string& legs, const std::string& instance)
 {
-    if (!spec.empty() || !instance.empty()) _spread = std::make_unique<Spread>(Spread{spec, instance});
+    if (!legs.empty() || !instance.empty()) _spread = std::make_unique<Spread>(Spread{legs, instance});
 }
 
 const nxOrderTicket::Spread& nxOrderTicket::GetSpread() const

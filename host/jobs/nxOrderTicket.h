@@ -35,7 +35,7 @@ public:
     // The words of an order in a strategy; kept for those who read them.
     struct Spread
     {
-        nxSharedText spec, instance;
+        nxSharedText legs, instance;
     };
 
     nxOrderTicket(const nxOrderKind& kind, unsigned int id);
@@ -43,7 +43,7 @@ public:
     nxOrderTicket(const nxExchangeOrder& child, const nxOrderTicket& parent);
 
     // Before it is sent.
-    void SetSpread(const std::string& spec, const std::string& instance);
+    void SetSpread(const std::string& legs, const std::string& instance);
 
     // Null when something can be asked of the order, or why nothing can be any more.
     const char* FindEnd() const;

@@ -19,7 +19,7 @@ public:
     std::string GetType() override { return nxGetTypeText(GetTicket().IsMarket()); }
     std::string GetExec() override { return nxGetText(GetTicket().GetExecution()); }
     std::string GetTime() override { return nxGetText(GetTicket().GetDuration()); }
-    std::string GetSpreadSpec() override { return GetTicket().GetSpread().spec.Get(); }
+    std::string GetSpreadSpec() override { return GetTicket().GetSpread().legs.Get(); }
     nxDecimal GetStopPrice() override { return GetTicket().GetStopPrice(); }
     nxVolume GetIcebergMinPeakSize() override { return GetTicket().GetIceberg().minPeak; }
     nxVolume GetIcebergMaxPeakSize() override { return GetTicket().GetIceberg().maxPeak; }

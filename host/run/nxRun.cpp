@@ -33,8 +33,8 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
       _markets(_source, _options.products, *this),
       _jobs(_state, _clock, _output, _watch),
       _trading(_state, _clock, _output, _jobs, _source, _schedule,
-               [this](bool reportQueue, nxExchangeObserver* observer) {
-                   return _MakeExchange(reportQueue, observer);
+               [this](bool reportQueue, nxExchangeObservers observers) {
+                   return _MakeExchange(reportQueue, std::move(observers));
                }),
       _delivery(_state, _clock, _jobs, _markets, _trading),
       _bars(_state, _clock, _output, _jobs, _markets, _source, _schedule),
@@ -316,11 +316,9 @@ void nxRun::_WriteSummary()
     nxRunSummary::WriteSpeed(_output.GetErr(), _state.statistics);
 }
 
-std::unique_ptr<nxVenue> nxRun::_MakeExchange(bool reportQueue, nxExchangeObserver* observer) const
+std::unique_ptr<nxVenue> nxRun::_MakeExchange(bool reportQueue, nxExchangeObservers observers) const
 {
     nxExchangeOptions options = _options.exchange;
     options.reportQueue = reportQueue;
-    auto exchange = std::make_unique<nxSimulatedExchange>(options);
-    exchange->SetObserver(observer);
-    return exchange;
+    return std::make_unique<nxSimulatedExchange>(options, std::move(observers));
 }

@@ -57,7 +57,7 @@ private:
     void _Finish();
     void _NameTheEnd();
     void _WriteSummary();
-    std::unique_ptr<nxVenue> _MakeExchange(bool reportQueue, nxExchangeObserver* observer) const;
+    std::unique_ptr<nxVenue> _MakeExchange(bool reportQueue, nxExchangeObservers observers) const;
 
     void OnMarketMade(nxMarket& market) override;
     void OnTickSize(nxMarket& market) override;

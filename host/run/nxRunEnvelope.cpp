@@ -131,7 +131,7 @@ std::string nxRunEnvelope::FindObstacle(const nxRunOptions& options)
         files.push_back(job.script);
     const auto found = std::ranges::find_if_not(files, nxRunFiles::CanBeReadAgain);
     return found == files.end() ? std::string()
-                                : "--envelope reads everything once for each fill model, and " + *found +
+                                : "--envelope reads everything once for each of its runs, and " + *found +
                                       " can be read only once";
 }
 

@@ -13,7 +13,7 @@
 class nxRunEnvelope
 {
 public:
-    // Why these options cannot be run once for each fill model: data or a script that can be read only once.
+    // Why these options cannot be run several times: data or a script that can be read only once.
     // Empty when they can.
     [[nodiscard]] static std::string FindObstacle(const nxRunOptions& options);
     // The worst result of all.

@@ -41,8 +41,9 @@ void nxTrading::_Open()
         return runner->GetJob().GetObject().IsFunctionDefined(
             nxGetCallbackName(nxCallback::OnOrderQPosition));
     });
-    _ledger.SetNext(_stories ? &*_stories : nullptr);
-    _venue = _makeVenue(reportQueue, &_ledger);
+    nxExchangeObservers observers{&_ledger};
+    if (_stories) observers.push_back(&*_stories);
+    _venue = _makeVenue(reportQueue, std::move(observers));
     _nextDay = nxFeedTime::GetNextMidnight(_clock.Get());
     for (Market& market : _markets)
         if (market.market != nullptr) _AddToVenue(market);
@@ -75,8 +76,9 @@ void nxTrading::_AddToVenue(Market& added)
                                    known != nullptr ? known->GetBarPeriod() : 0};
     added.venueProduct = _venue->AddProduct(product);
     _ledger.AddProduct(added.none, market.product);
-    const bool hasHours = product.hours.IsEmpty() || product.HasHours();
-    if (hasHours ? market.product.GetState().GetValue() != nxAlgoStateObject::Open : market.isFresh) return;
+    const bool isOpen =
+        product.IgnoresHours() ? !market.isFresh : market.product.GetState() == nxAlgoStateObject::Open;
+    if (!isOpen) return;
     if (market.isFresh) {
         _venue->OnOpen(added.venueProduct, _clock.Get());
     } else {

@@ -23,9 +23,10 @@
 class nxTrading : public nxOrderServices
 {
 public:
-    // The venue of the run. reportQueue: scripts want to hear of each move in a queue. The observer, null for
-    // none, looks on and outlives the venue.
-    using MakeVenue = std::function<std::unique_ptr<nxVenue>(bool reportQueue, nxExchangeObserver* observer)>;
+    // The venue of the run. reportQueue: scripts want to hear of each move in a queue. The observers look on
+    // and outlive the venue.
+    using MakeVenue =
+        std::function<std::unique_ptr<nxVenue>(bool reportQueue, nxExchangeObservers observers)>;
 
     // All outlive it.
     nxTrading(nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxJobList& jobs,

@@ -89,6 +89,7 @@ public:
                     Sweep(buys, own, endless, true);
                 } else if (own != price) {
                     Sweep(buys, own, budget, false);
+                    PassQueue(buys, own);
                 } else if (hits) {
                     ConsumeQueue(buys, own, volume, budget);
                 }
@@ -149,6 +150,13 @@ private:
     void DropFilled()
     {
         std::erase_if(_orders, [](const Order& order) { return order.GetRest() == 0; });
+    }
+    // Those that a trade went beyond have nobody in front.
+    void PassQueue(bool buys, int price)
+    {
+        if (_level[buys][price]) _level[buys][price] = 0;
+        for (const unsigned int id : GetIdsAt(buys, price))
+            if (Find(id)->ahead) Find(id)->ahead = 0;
     }
     // The data name a level: its own trades are in that, and no more can be taken of it than there is.
     void ShowLevel(bool bids, int price, unsigned int volume)
