@@ -36,6 +36,11 @@ void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& even
     _filled.emplace_back(order.kind.owner, order.kind.product);
 }
 
+const nxProductAccount& nxLedger::GetAccount(unsigned int job, unsigned int product) const
+{
+    return std::ranges::find(_products[product].holdings, job, &Holding::job)->account;
+}
+
 nxTradingStatistics nxLedger::GetStatistics(unsigned int job) const
 {
     if (job >= _jobs.size()) return {};

@@ -5,6 +5,10 @@
 // Why there was a fill.
 enum class nxFillCause { Took, Touched, TradedThrough, Queue, Crossed, Bar, OwnOrder };
 
+// As the run's record has it, and as a sentence tells it.
+const char* nxGetName(nxFillCause cause);
+const char* nxGetText(nxFillCause cause);
+
 // Why an order's place in the queue is another one.
 enum class nxQueueMove { Joined, Traded, Shown };
 

@@ -41,7 +41,7 @@ void nxTrading::_Open()
         return runner->GetJob().GetObject().IsFunctionDefined(
             nxGetCallbackName(nxCallback::OnOrderQPosition));
     });
-    nxExchangeObservers observers{&_ledger};
+    nxExchangeObservers observers{&_ledger, &_record};
     if (_stories) observers.push_back(&*_stories);
     _venue = _makeVenue(reportQueue, std::move(observers));
     _nextDay = nxFeedTime::GetNextMidnight(_clock.Get());
@@ -76,6 +76,7 @@ void nxTrading::_AddToVenue(Market& added)
                                    known != nullptr ? known->GetBarPeriod() : 0};
     added.venueProduct = _venue->AddProduct(product);
     _ledger.AddProduct(added.none, market.product);
+    _record.WriteProduct(market, product, _clock.Get());
     const bool isOpen =
         product.IgnoresHours() ? !market.isFresh : market.product.GetState() == nxAlgoStateObject::Open;
     if (!isOpen) return;
