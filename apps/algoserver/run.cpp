@@ -10,6 +10,7 @@
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <span>
 
 #include "apps/algoserver/arguments.h"
 #include "base/log/nxConsoleLogDevice.h"
@@ -59,48 +60,38 @@ const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Det
                                                        {"warn", nxLogLevel_Warn},
                                                        {"error", nxLogLevel_Error}};
 
-std::map<std::string, const nxFillModel*> GetFillModels()
+// Of a table of models or rules, whose first row is the default.
+template <class Row>
+std::vector<std::string> GetNames(std::span<const Row> rows)
 {
-    std::map<std::string, const nxFillModel*> models;
-    for (const nxFillModel& model : nxFillModel::GetAll())
-        models[model.name] = &model;
-    return models;
+    std::vector<std::string> names;
+    for (const Row& row : rows)
+        names.emplace_back(row.name);
+    return names;
 }
 
 // "queue (behind what the market shows), cross (only when traded through) or touch (at once)"
-std::string DescribeFillModels()
+template <class Row>
+std::string Describe(std::span<const Row> rows)
 {
     std::string text;
-    for (const nxFillModel& model : nxFillModel::GetAll()) {
-        const bool isLast = &model == &nxFillModel::GetAll().back();
-        text += fmt::format("{}{} ({})", text.empty() ? "" : isLast ? " or " : ", ", model.name, model.help);
+    for (const Row& row : rows) {
+        const bool isLast = &row == &rows.back();
+        text += fmt::format("{}{} ({})", text.empty() ? "" : isLast ? " or " : ", ", row.name, row.help);
     }
     return text;
 }
 
-std::string DescribeQueueModels()
+// "queue|cross|touch [queue]"
+template <class Row>
+std::string List(std::span<const Row> rows)
 {
     std::string text;
-    for (const nxQueueModel& model : nxQueueModel::GetAll())
-        text += fmt::format("{}{} ({})", text.empty() ? "" : ", ", model.name, model.help);
-    return text;
-}
-
-std::string ListQueueModels()
-{
-    std::string text;
-    for (const nxQueueModel& model : nxQueueModel::GetAll())
-        text +=
-            fmt::format("{}{}{}", text.empty() ? "" : "|", model.name, model.takesPower ? "[:POWER]" : "");
-    return fmt::format("{} [{}]", text, nxQueueModel::GetAll().front().name);
-}
-
-std::string ListFillModels()
-{
-    std::string text;
-    for (const nxFillModel& model : nxFillModel::GetAll())
-        text += fmt::format("{}{}", text.empty() ? "" : "|", model.name);
-    return fmt::format("{} [{}]", text, nxFillModel::GetDefault().name);
+    for (const Row& row : rows) {
+        text += fmt::format("{}{}", text.empty() ? "" : "|", row.name);
+        if constexpr (requires { row.takesPower; }) text += row.takesPower ? "[:POWER]" : "";
+    }
+    return fmt::format("{} [{}]", text, rows.front().name);
 }
 
 // Names what has to be given, which the library would show as optional: Run tells of a missing script itself,
@@ -203,17 +194,42 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
     nxExchangeOptions& exchange = arguments.options.exchange;
     run.add_option_function<std::string>(
            "--fills", [&exchange](const std::string& name) { exchange.fills = nxFillModel::Find(name); },
-           "How resting orders are filled: " + DescribeFillModels())
-        ->check(CLI::IsMember(GetFillModels()))
-        ->option_text(ListFillModels());
+           "How resting orders are filled: " + Describe(nxFillModel::GetAll()))
+        ->check(CLI::IsMember(GetNames(nxFillModel::GetAll())))
+        ->option_text(List(nxFillModel::GetAll()));
     run.add_option_function<std::string>(
            "--queue-model",
            [&exchange](const std::string& text) {
                if (!exchange.queue.SetFromText(text))
-                   throw CLI::ValidationError("--queue-model", text + " is none of " + ListQueueModels());
+                   throw CLI::ValidationError("--queue-model",
+                                              text + " is none of " + List(nxQueueModel::GetAll()));
            },
-           "Where those stood who cancel in the queue of a resting order: " + DescribeQueueModels())
-        ->option_text(ListQueueModels());
+           "Where those stood who cancel in the queue of a resting order: " +
+               Describe(nxQueueModel::GetAll()))
+        ->option_text(List(nxQueueModel::GetAll()));
+    run.add_option_function<std::string>(
+           "--self-trade",
+           [&exchange](const std::string& name) { exchange.selfTrade = nxSelfTradeRule::Find(name)->rule; },
+           "When an order would trade with a resting one of the same script: " +
+               Describe(nxSelfTradeRule::GetAll()))
+        ->check(CLI::IsMember(GetNames(nxSelfTradeRule::GetAll())))
+        ->option_text(List(nxSelfTradeRule::GetAll()));
+    run.add_option_function<std::string>(
+           "--beyond", [&exchange](const std::string& name) { exchange.walksBeyond = name == "walk"; },
+           "Where the data show the best price alone, the rest of a MARKET order goes on a tick worse for "
+           "each "
+           "further mean size of that price (walk), or waits for what is shown next (wait) [walk]")
+        ->check(CLI::IsMember({"walk", "wait"}))
+        ->option_text("walk|wait");
+    run.add_option_function<double>(
+           "--late-trades",
+           [&exchange](double milliseconds) {
+               exchange.lateTrades = std::llround(milliseconds * nxTime::NanosecondsPerMillisecond);
+           },
+           "Milliseconds by which a trade may be recorded after the change of size that it caused and still "
+           "count once [100]")
+        ->check(IsNumber(0, 3'600'000, "from 0 to 3600000"))
+        ->option_text("MS");
     run.add_flag("--envelope", arguments.envelope,
                  "Run under the other fill models, with a queue that only trades move, and with twice the "
                  "latency, too, and print what each comes to after the summary");

@@ -27,6 +27,8 @@ Words GetWords(nxFillCause cause)
             return {"bar", "the bar reached it"};
         case nxFillCause::OwnOrder:
             return {"ownOrder", "it met an own order"};
+        case nxFillCause::Assumed:
+            return {"assumed", "it went beyond what was shown"};
     }
     return {"", ""};
 }

@@ -60,6 +60,10 @@ public:
     void Finish();
     void WriteStories();
     nxTradingStatistics GetStatistics(const nxTradingJob& job) const;
+    nxLateTrades GetLateTrades() const
+    {
+        return _venue != nullptr ? _venue->GetLateTrades() : nxLateTrades();
+    }
     // How most orders of a job that were not filled ended, and how many; those that have not are counted as
     // such.
     std::pair<std::string, unsigned long long> GetCommonestEnd(const nxTradingJob& job) const;

@@ -69,7 +69,10 @@ void nxTradingRecord::WriteResult(nxRunOutput& output, const nxLaunchedJob& job,
                   {{"orders", trading.orders},
                    {"fills", trading.fills},
                    {"volume", trading.volume},
-                   {"makerVolume", trading.makerVolume}});
+                   {"makerVolume", trading.makerVolume},
+                   {"assumedVolume", trading.assumedVolume},
+                   {"selfVolume", trading.selfVolume},
+                   {"selfTrades", trading.selfTrades}});
     for (const nxTradingStatistics::Money& money : trading.money)
         output.Record(job, "money",
                       {{"currency", money.currency.IsUndefined() ? "" : money.currency.GetAsString()},

@@ -77,7 +77,7 @@ public:
 private:
     static nxExchangeOptions MakeOptions(nxNaiveBook::Model model)
     {
-        nxExchangeOptions options;
+        nxExchangeOptions options = MakePlainOptions();
         options.fills = nxFillModel::Find(model == nxNaiveBook::Model::Touch   ? "touch"
                                           : model == nxNaiveBook::Model::Cross ? "cross"
                                                                                : "queue");
