@@ -10,6 +10,7 @@
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <set>
 
 #include "apps/algoserver/arguments.h"
 #include "base/log/nxConsoleLogDevice.h"
@@ -59,30 +60,15 @@ const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Det
                                                        {"warn", nxLogLevel_Warn},
                                                        {"error", nxLogLevel_Error}};
 
-std::map<std::string, const nxFillModel*> GetFillModels()
-{
-    std::map<std::string, const nxFillModel*> models;
-    for (const nxFillModel& model : nxFillModel::GetAll())
-        models[model.name] = &model;
-    return models;
-}
-
 // "queue (behind what the market shows), cross (only when traded through) or touch (at once)"
-std::string DescribeFillModels()
+template <class Model>
+std::string DescribeModels()
 {
     std::string text;
-    for (const nxFillModel& model : nxFillModel::GetAll()) {
-        const bool isLast = &model == &nxFillModel::GetAll().back();
+    for (const Model& model : Model::GetAll()) {
+        const bool isLast = &model == &Model::GetAll().back();
         text += fmt::format("{}{} ({})", text.empty() ? "" : isLast ? " or " : ", ", model.name, model.help);
     }
-    return text;
-}
-
-std::string DescribeQueueModels()
-{
-    std::string text;
-    for (const nxQueueModel& model : nxQueueModel::GetAll())
-        text += fmt::format("{}{} ({})", text.empty() ? "" : ", ", model.name, model.help);
     return text;
 }
 
@@ -95,12 +81,21 @@ std::string ListQueueModels()
     return fmt::format("{} [{}]", text, nxQueueModel::GetAll().front().name);
 }
 
-std::string ListFillModels()
+// An option that names one of a table of models.
+template <class Model>
+void AddModel(CLI::App& run, const std::string& option, const Model*& chosen, const std::string& help)
 {
-    std::string text;
-    for (const nxFillModel& model : nxFillModel::GetAll())
-        text += fmt::format("{}{}", text.empty() ? "" : "|", model.name);
-    return fmt::format("{} [{}]", text, nxFillModel::GetDefault().name);
+    std::string list;
+    std::set<std::string> names;
+    for (const Model& model : Model::GetAll()) {
+        names.insert(model.name);
+        list += fmt::format("{}{}", list.empty() ? "" : "|", model.name);
+    }
+    run.add_option_function<std::string>(
+           option, [&chosen](const std::string& name) { chosen = Model::Find(name); },
+           help + DescribeModels<Model>())
+        ->check(CLI::IsMember(names))
+        ->option_text(fmt::format("{} [{}]", list, Model::GetDefault().name));
 }
 
 // Names what has to be given, which the library would show as optional: Run tells of a missing script itself,
@@ -201,22 +196,27 @@ void AddData(CLI::App& run, RunArguments& arguments)
 void AddExchange(CLI::App& run, RunArguments& arguments)
 {
     nxExchangeOptions& exchange = arguments.options.exchange;
-    run.add_option_function<std::string>(
-           "--fills", [&exchange](const std::string& name) { exchange.fills = nxFillModel::Find(name); },
-           "How resting orders are filled: " + DescribeFillModels())
-        ->check(CLI::IsMember(GetFillModels()))
-        ->option_text(ListFillModels());
+    AddModel(run, "--fills", exchange.fills, "How resting orders are filled: ");
     run.add_option_function<std::string>(
            "--queue-model",
            [&exchange](const std::string& text) {
                if (!exchange.queue.SetFromText(text))
                    throw CLI::ValidationError("--queue-model", text + " is none of " + ListQueueModels());
            },
-           "Where those stood who cancel in the queue of a resting order: " + DescribeQueueModels())
+           "Where those stood who cancel in the queue of a resting order: " + DescribeModels<nxQueueModel>())
         ->option_text(ListQueueModels());
     run.add_flag("--envelope", arguments.envelope,
                  "Run under the other fill models, with a queue that only trades move, and with twice the "
                  "latency, too, and print what each comes to after the summary");
+    AddModel(run, "--bar-fills", exchange.bars.model,
+             "With bars: where orders are filled that a bar meets at its open or by their stop: ");
+    run.add_option_function<std::string>(
+           "--bar-limits",
+           [&exchange](const std::string& name) { exchange.bars.isThrough = name == "through"; },
+           "With bars: what fills a limit that rests: touch (the range comes to its price) or through (it "
+           "goes beyond)")
+        ->check(CLI::IsMember({"touch", "through"}))
+        ->option_text("touch|through [touch]");
     AddRepeated(run, "--explain", arguments.options.explain,
                 "Tell the story of the order with that number after the summary; may be repeated")
         ->type_name("ORDER_ID");

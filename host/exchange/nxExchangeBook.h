@@ -36,6 +36,7 @@ public:
         _bars.SetPeriod(period);
     }
     bool IsOfBars() const { return _isOfBars; }
+    void SetBarRule(const nxBarRule& rule) { _bars.SetRule(rule); }
     // 0: any volume fills; else this share of a bar's volume, in hundredths, rounded down.
     void SetParticipation(unsigned int hundredths) { _bars.SetParticipation(hundredths); }
 
@@ -57,7 +58,7 @@ public:
     // What the market did, after the market shows it.
     void OnQuote(const nxFeedQuote& quote);
     void OnDepth(std::span<const nxFeedLevel> levels);
-    void OnBar(const nxFeedBar& bar, long long time);
+    void OnBar(const nxFeedBar& bar, const nxDecimal& tickSize, long long time);
     // Looks at the whole market anew, after a time in which the book was not told of it.
     void Resume();
     // Takes the market as it is, for one that began without the book.

@@ -276,8 +276,8 @@ void nxExchangeBook::Resume()
         _RefreshAll(side);
 }
 
-void nxExchangeBook::OnBar(const nxFeedBar& bar, long long time)
+void nxExchangeBook::OnBar(const nxFeedBar& bar, const nxDecimal& tickSize, long long time)
 {
     _isOfBars = true;
-    _bars.Match(bar, time, [this](nxExchangeOrder& order) { _Rest(order); });
+    _bars.Match(bar, tickSize, time, [this](nxExchangeOrder& order) { _Rest(order); });
 }

@@ -21,6 +21,7 @@ unsigned int nxMatchingEngine::AddProduct(const nxVenue::Product& product)
     nxBookListener& listener = *this;
     _markets.push_back(std::make_unique<Market>(product, number, _options, _peakRandom, listener));
     if (product.isOfBars) _markets.back()->book.SetOfBars(product.barPeriod);
+    _markets.back()->book.SetBarRule(_options.bars);
     _markets.back()->book.SetParticipation(_options.participation);
     return number;
 }
@@ -179,7 +180,7 @@ void nxMatchingEngine::_OnBar(Market& market, const nxFeedBar& bar, long long ti
 {
     _EnterOpening(market);
     _SetDays(market, time);
-    market.book.OnBar(bar, time);
+    market.book.OnBar(bar, market.product.tickSize, time);
     _EndImmediates(market, time);
     _Settle();
     const nxTraded traded{bar.low, bar.high, bar.volume, {}};

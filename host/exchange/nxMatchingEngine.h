@@ -24,6 +24,7 @@ public:
         unsigned long long seed;     // of an iceberg's peaks
         unsigned int participation;  // hundredths of a bar's volume; 0: all that is wanted
         bool reportsQueue;           // tell each move in a queue
+        nxBarRule bars;
     };
 
     // Answers and observers outlive it.

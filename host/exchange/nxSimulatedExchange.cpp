@@ -8,7 +8,8 @@ nxSimulatedExchange::nxSimulatedExchange(const nxExchangeOptions& options, nxExc
       _latency(options.request),
       _random(options.seed),
       _answers(options.answer, _random),
-      _engine({*options.fills, options.queue, options.seed + 1, options.participation, options.reportQueue},
+      _engine({*options.fills, options.queue, options.seed + 1, options.participation, options.reportQueue,
+               options.bars},
               _answers, _observers)
 {
 }

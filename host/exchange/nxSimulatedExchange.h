@@ -6,6 +6,7 @@ struct nxExchangeOptions
 {
     const nxFillModel* fills = &nxFillModel::GetDefault();
     nxQueueRule queue;
+    nxBarRule bars;
     nxLatency request;  // from the script to the exchange
     nxLatency answer;   // and back
     unsigned long long seed = 1;
