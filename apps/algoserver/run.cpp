@@ -206,8 +206,9 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
            "Where those stood who cancel in the queue of a resting order: " + DescribeModels<nxQueueModel>())
         ->option_text(ListQueueModels());
     run.add_flag("--envelope", arguments.envelope,
-                 "Run under the other fill models, with a queue that only trades move, and with twice the "
-                 "latency, too, and print what each comes to after the summary");
+                 "Run under the other fill models and with a queue that only trades move, over bars under "
+                 "the other --bar-fills and --bar-limits through, and with twice the latency, too, and print "
+                 "what each comes to after the summary");
     AddModel(run, "--bar-fills", exchange.bars.model,
              "With bars: where orders are filled that a bar meets at its open or by their stop: ");
     run.add_option_function<std::string>(
