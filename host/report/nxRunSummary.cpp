@@ -205,9 +205,6 @@ void nxRunSummary::WriteEnvelope(std::ostream& out, const std::vector<Model>& mo
         }
         out << "\n";
     }
-    const auto hasOrders = [](const nxJobStatistics& counted) { return counted.trading.orders != 0; };
-    if (std::ranges::none_of(models.front().statistics.jobs, hasOrders))
-        out << "note        without orders all models come to the same\n";
     for (const Model& model : models)
         if (!model.failure.empty()) out << "failure     " << model.name << ": " << model.failure << "\n";
 }

@@ -76,6 +76,7 @@ struct Reach
             hasBars = hasBars || job.trading.barOrders != 0;
         }
     }
+    bool IsEmpty() const { return !hasBars && !hasBooks; }
     bool IsOfBarsAlone() const { return hasBars && !hasBooks; }
 };
 
@@ -192,6 +193,8 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     std::vector<nxRunSummary::Model> models = {
         {first, run.GetStatistics(), FindFailure(run.GetStatistics(), worst, "")}};
     std::vector<std::string> left;
+    // Where the run was cut before its first order, nobody knows what it would have met.
+    if (reach.IsEmpty() && (worst == nxRunResult::InputFailed || isInterrupted())) left = {"the others"};
     for (const Variant& variant : all) {
         if (variant.name == first) continue;
         left.push_back(variant.name);
@@ -213,6 +216,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     if (!left.empty())
         out << "not run     " << fmt::format("{}", fmt::join(left, ", "))
             << (isInterrupted() ? ": interrupted\n" : ": the run itself did not go to its end\n");
+    if (left.empty() && reach.IsEmpty()) out << "note        without orders all models come to the same\n";
     out.flush();
     return worst;
 }
