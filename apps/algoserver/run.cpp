@@ -10,7 +10,7 @@
 #include <iostream>
 #include <limits>
 #include <memory>
-#include <span>
+#include <set>
 
 #include "apps/algoserver/arguments.h"
 #include "base/log/nxConsoleLogDevice.h"
@@ -60,38 +60,42 @@ const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Det
                                                        {"warn", nxLogLevel_Warn},
                                                        {"error", nxLogLevel_Error}};
 
-// Of a table of models or rules, whose first row is the default.
-template <class Row>
-std::vector<std::string> GetNames(std::span<const Row> rows)
-{
-    std::vector<std::string> names;
-    for (const Row& row : rows)
-        names.emplace_back(row.name);
-    return names;
-}
-
 // "queue (behind what the market shows), cross (only when traded through) or touch (at once)"
-template <class Row>
-std::string Describe(std::span<const Row> rows)
+template <class Model>
+std::string DescribeModels()
 {
     std::string text;
-    for (const Row& row : rows) {
-        const bool isLast = &row == &rows.back();
-        text += fmt::format("{}{} ({})", text.empty() ? "" : isLast ? " or " : ", ", row.name, row.help);
+    for (const Model& model : Model::GetAll()) {
+        const bool isLast = &model == &Model::GetAll().back();
+        text += fmt::format("{}{} ({})", text.empty() ? "" : isLast ? " or " : ", ", model.name, model.help);
     }
     return text;
 }
 
 // "queue|cross|touch [queue]"
-template <class Row>
-std::string List(std::span<const Row> rows)
+template <class Model>
+std::string ListModels()
 {
     std::string text;
-    for (const Row& row : rows) {
-        text += fmt::format("{}{}", text.empty() ? "" : "|", row.name);
-        if constexpr (requires { row.takesPower; }) text += row.takesPower ? "[:POWER]" : "";
+    for (const Model& model : Model::GetAll()) {
+        text += fmt::format("{}{}", text.empty() ? "" : "|", model.name);
+        if constexpr (requires { model.takesPower; }) text += model.takesPower ? "[:POWER]" : "";
     }
-    return fmt::format("{} [{}]", text, rows.front().name);
+    return fmt::format("{} [{}]", text, Model::GetAll().front().name);
+}
+
+// An option that names one of a table of models or rules; take(model) gets it.
+template <class Model, class Take>
+void AddModel(CLI::App& run, const std::string& option, Take take, const std::string& help)
+{
+    std::set<std::string> names;
+    for (const Model& model : Model::GetAll())
+        names.insert(model.name);
+    run.add_option_function<std::string>(
+           option, [take](const std::string& name) { take(*Model::Find(name)); },
+           help + DescribeModels<Model>())
+        ->check(CLI::IsMember(names))
+        ->option_text(ListModels<Model>());
 }
 
 // Names what has to be given, which the library would show as optional: Run tells of a missing script itself,
@@ -192,33 +196,25 @@ void AddData(CLI::App& run, RunArguments& arguments)
 void AddExchange(CLI::App& run, RunArguments& arguments)
 {
     nxExchangeOptions& exchange = arguments.options.exchange;
-    run.add_option_function<std::string>(
-           "--fills", [&exchange](const std::string& name) { exchange.fills = nxFillModel::Find(name); },
-           "How resting orders are filled: " + Describe(nxFillModel::GetAll()))
-        ->check(CLI::IsMember(GetNames(nxFillModel::GetAll())))
-        ->option_text(List(nxFillModel::GetAll()));
+    AddModel<nxFillModel>(
+        run, "--fills", [&exchange](const nxFillModel& model) { exchange.fills = &model; },
+        "How resting orders are filled: ");
     run.add_option_function<std::string>(
            "--queue-model",
            [&exchange](const std::string& text) {
                if (!exchange.queue.SetFromText(text))
                    throw CLI::ValidationError("--queue-model",
-                                              text + " is none of " + List(nxQueueModel::GetAll()));
+                                              text + " is none of " + ListModels<nxQueueModel>());
            },
-           "Where those stood who cancel in the queue of a resting order: " +
-               Describe(nxQueueModel::GetAll()))
-        ->option_text(List(nxQueueModel::GetAll()));
-    run.add_option_function<std::string>(
-           "--self-trade",
-           [&exchange](const std::string& name) { exchange.selfTrade = nxSelfTradeRule::Find(name)->rule; },
-           "When an order would trade with a resting one of the same script: " +
-               Describe(nxSelfTradeRule::GetAll()))
-        ->check(CLI::IsMember(GetNames(nxSelfTradeRule::GetAll())))
-        ->option_text(List(nxSelfTradeRule::GetAll()));
+           "Where those stood who cancel in the queue of a resting order: " + DescribeModels<nxQueueModel>())
+        ->option_text(ListModels<nxQueueModel>());
+    AddModel<nxSelfTradeRule>(
+        run, "--self-trade", [&exchange](const nxSelfTradeRule& rule) { exchange.selfTrade = rule.rule; },
+        "When an order would trade with a resting one of the same script: ");
     run.add_option_function<std::string>(
            "--beyond", [&exchange](const std::string& name) { exchange.walksBeyond = name == "walk"; },
            "Where the data show the best price alone, the rest of a MARKET order goes on a tick worse for "
-           "each "
-           "further mean size of that price (walk), or waits for what is shown next (wait) [walk]")
+           "each further mean size of that price (walk), or waits for what is shown next (wait) [walk]")
         ->check(CLI::IsMember({"walk", "wait"}))
         ->option_text("walk|wait");
     run.add_option_function<double>(
@@ -231,8 +227,19 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
         ->check(IsNumber(0, 3'600'000, "from 0 to 3600000"))
         ->option_text("MS");
     run.add_flag("--envelope", arguments.envelope,
-                 "Run under the other fill models, with a queue that only trades move, and with twice the "
-                 "latency, too, and print what each comes to after the summary");
+                 "Run under the other fill models and with a queue that only trades move, over bars under "
+                 "the other --bar-fills and --bar-limits through, and with twice the latency, too, and print "
+                 "what each comes to after the summary");
+    AddModel<nxBarModel>(
+        run, "--bar-fills", [&exchange](const nxBarModel& model) { exchange.bars.model = &model; },
+        "With bars: where orders are filled that a bar meets at its open or by their stop: ");
+    run.add_option_function<std::string>(
+           "--bar-limits",
+           [&exchange](const std::string& name) { exchange.bars.isThrough = name == "through"; },
+           "With bars: what fills a limit that rests: touch (the range comes to its price) or through (it "
+           "goes beyond)")
+        ->check(CLI::IsMember({"touch", "through"}))
+        ->option_text("touch|through [touch]");
     AddRepeated(run, "--explain", arguments.options.explain,
                 "Tell the story of the order with that number after the summary; may be repeated")
         ->type_name("ORDER_ID");

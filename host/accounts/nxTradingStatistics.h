@@ -23,7 +23,8 @@ struct nxTradingStatistics
         bool hasBars = false;  // what was open met a bar
     };
 
-    unsigned long long orders = 0;  // sent, with the children of brackets
+    unsigned long long orders = 0;     // sent, with the children of brackets
+    unsigned long long barOrders = 0;  // of these, in products of bars
     unsigned long long fills = 0;
     unsigned long long volume = 0;  // without what own orders traded with each other
     unsigned long long makerVolume = 0;

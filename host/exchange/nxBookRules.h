@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/time/nxTime.h"
+#include "host/exchange/nxBarModel.h"
 #include "host/exchange/nxFillModel.h"
 #include "host/exchange/nxQueueModel.h"
 #include "host/exchange/nxSelfTrade.h"
@@ -10,6 +11,7 @@ struct nxBookRules
 {
     const nxFillModel* fills = &nxFillModel::GetDefault();
     nxQueueRule queue;
+    nxBarRule bars;
     nxSelfTrade selfTrade = nxSelfTrade::CancelNewest;
     // Where the data show the best price alone, MARKET orders go on into an assumed book.
     bool walksBeyond = true;

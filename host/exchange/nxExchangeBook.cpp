@@ -22,7 +22,7 @@ nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, const nxDecimal& t
       _random(random),
       _listener(listener),
       _shown(market),
-      _bars(_orders, listener)
+      _bars(_orders, listener, rules.bars)
 {
 }
 

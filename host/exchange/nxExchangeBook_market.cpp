@@ -310,5 +310,5 @@ void nxExchangeBook::Resume()
 void nxExchangeBook::OnBar(const nxFeedBar& bar, long long time)
 {
     _isOfBars = true;
-    _bars.Match(bar, time, [this](nxExchangeOrder& order) { _Rest(order); });
+    _bars.Match(bar, _tickSize, time, [this](nxExchangeOrder& order) { _Rest(order); });
 }

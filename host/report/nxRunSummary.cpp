@@ -213,9 +213,6 @@ void nxRunSummary::WriteEnvelope(std::ostream& out, const std::vector<Model>& mo
         }
         out << "\n";
     }
-    const nxRunStatistics& counted = models.front().statistics;
-    if (counted.bars != 0 && counted.bars == counted.GetRowEventCount())
-        out << "note        bars show no queue and no book, so all models of it come to the same over them\n";
     for (const Model& model : models)
         if (!model.failure.empty()) out << "failure     " << model.name << ": " << model.failure << "\n";
 }

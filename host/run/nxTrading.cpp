@@ -151,7 +151,13 @@ void nxTrading::NoteRequest(const nxHostOrder& order)
 nxTradingStatistics nxTrading::GetStatistics(const nxTradingJob& job) const
 {
     nxTradingStatistics statistics = _ledger.GetStatistics(job.GetIndex());
-    statistics.orders = job.GetSentCount();
+    std::vector<unsigned long long> sent(_markets.size());
+    for (const auto& order : job.GetOwnOrders())
+        if (order->GetTicket().IsSent()) ++sent[order->GetHostProduct().GetMarketIndex()];
+    for (std::size_t i = 0; i < sent.size(); ++i) {
+        statistics.orders += sent[i];
+        if (sent[i] != 0 && _IsOfBars(*_markets[i].market)) statistics.barOrders += sent[i];
+    }
     return statistics;
 }
 
