@@ -10,6 +10,7 @@ Prints "N passed, N failed"; the exit status is 1 when a case failed.
 import glob
 import json
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -52,6 +53,8 @@ def check_cases(program):
     for name, arguments, status, out, err in CASES:
         given = execute(program, arguments.split())
         yield name, given[:2] == (status, "".join(out)) and (all(part in given[2] for part in err) if err else not given[2]), given
+    given = execute(program, ["check", "deep.lua"])  # LuaJIT's limit lies one block deeper
+    yield "deep.lua", given[0] == 1 and re.fullmatch(r"deep.lua:(199|200):1: chunk has too many syntax levels\n", given[1]), given
     yield "nothing is written", os.path.exists("exits.lua") and not os.path.exists("made"), os.listdir()
     given = execute(program, ["check", "clean.lua"], LUA_PATH="/nowhere/?.lua")
     yield "without luacheck", given[:2] == (2, "") and given[2].endswith(MISSING), given
