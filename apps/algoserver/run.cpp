@@ -208,6 +208,9 @@ void AddLatencies(CLI::App& run, nxRunArguments& arguments)
     run.add_option("--answer-latency", arguments.answerLatency,
                    "What an answer takes, where it is not what --latency says")
         ->option_text("DURATION|MIN..MAX|FILE.csv");
+    run.add_option("--feed-latency", arguments.feedLatency,
+                   "How much later market data reach the scripts than the exchange")
+        ->option_text("DURATION|MIN..MAX");
 }
 
 void AddExchange(CLI::App& run, RunArguments& arguments)

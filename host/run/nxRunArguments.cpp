@@ -130,6 +130,8 @@ std::optional<std::string> nxRunArguments::_SetLatencies(nxRunOptions& options) 
             return error.GetText();
         }
     }
+    if (feedLatency && !options.feedLatency.SetFromText(*feedLatency))
+        return fmt::format("--feed-latency: {} is no DURATION such as 5ms or MIN..MAX", *feedLatency);
     return std::nullopt;
 }
 

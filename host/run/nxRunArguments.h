@@ -33,6 +33,7 @@ struct nxRunArguments : nxJobArguments
     // Texts of nxLatency or, but for the feed, files of nxLatencyFile.
     std::optional<std::string> latency;  // of requests, and of answers without one of their own
     std::optional<std::string> answerLatency;
+    std::optional<std::string> feedLatency;
     std::string account;
     std::vector<std::string> eventFiles;                       // see nxParameterEvents
     std::vector<std::pair<std::string, std::string>> changes;  // TIME and [JOB/]NAME=VALUE
