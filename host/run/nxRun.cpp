@@ -367,6 +367,7 @@ void nxRun::_WriteSummary()
     if (_options.getNotes)
         for (std::string& note : _options.getNotes())
             _state.statistics.notes.push_back(std::move(note));
+    nxNoteNoLatency(_state);
     nxRunSummary::WriteCounts(_output.GetOut(), _state.statistics, _state.end);
     _output.GetOut().flush();
     nxRunSummary::WriteSpeed(_output.GetErr(), _state.statistics);
