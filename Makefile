@@ -34,8 +34,8 @@ build: packages
 
 demo: build
 	@echo
-	@echo '$$ algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz'
-	@build/release/apps/algoserver/algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz
+	@echo '$$ algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms'
+	@build/release/apps/algoserver/algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms
 
 test: packages
 	cmake --preset dev

@@ -2,6 +2,8 @@
 --
 --     algoserver run examples/bollinger.lua --data examples/data/demo_bars.csv.gz
 --
+-- Without a latency: one finer than the bars would only move fills from the open of the next bar to its close.
+--
 -- The bands are those of a tick data collection, which has each bar before its price is told. Over quotes and trades
 -- (demo_quotes.csv.gz) the same script builds its bars from the trades.
 --

@@ -1,6 +1,6 @@
 -- Buys now and then, each time with a target and a stop that take each other away.
 --
---     algoserver run examples/bracket.lua --data examples/data/demo_quotes.csv.gz
+--     algoserver run examples/bracket.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms
 --
 -- Parameters: product, size (lots), profit and stop (ticks from the price of the fill), every (seconds).
 

@@ -1,6 +1,6 @@
 -- Quotes both sides of a market and keeps its position small.
 --
---     algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz
+--     algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms
 --
 -- Parameters: product, size (lots of each quote), limit (most lots held, long or short), away (ticks behind
 -- the best price).

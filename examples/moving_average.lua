@@ -1,6 +1,6 @@
 -- Holds a fixed volume of a product, long while a fast average of its prices is above a slow one, else short.
 --
---     algoserver run examples/moving_average.lua --data examples/data/demo_quotes.csv.gz
+--     algoserver run examples/moving_average.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms
 --
 -- Parameters: product, size (lots), fast and slow (trades or bars that each average looks back over).
 

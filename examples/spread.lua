@@ -1,7 +1,8 @@
 -- Trades the difference of two futures as one product, on the prices that its legs imply: buys the spread when it is
 -- cheap against its own slow average, sells it when it is dear, and is flat again at the average.
 --
---     algoserver run examples/spread.lua --data examples/data/calendar_quotes.csv.gz --products examples/products.toml
+--     algoserver run examples/spread.lua --data examples/data/calendar_quotes.csv.gz --products examples/products.toml \
+--         --latency 5ms --feed-latency 5ms
 --
 -- Parameters: product, size (lots), edge (how far from the average, in ticks) and length (prices in the average).
 

@@ -193,6 +193,21 @@ void AddData(CLI::App& run, RunArguments& arguments)
         ->option_text("ABOVE 0");
 }
 
+void AddLatencies(CLI::App& run, nxRunArguments& arguments)
+{
+    run.add_option(
+           "--latency", arguments.latency,
+           "What a request takes to the exchange, and its answer back, such as 5ms or 250us; without a "
+           "unit milliseconds. A file tells recorded ones: time,send,ack")
+        ->option_text("DURATION|MIN..MAX|FILE.csv");
+    run.add_option("--answer-latency", arguments.answerLatency,
+                   "What an answer takes, where it is not what --latency says")
+        ->option_text("DURATION|MIN..MAX|FILE.csv");
+    run.add_option("--feed-latency", arguments.feedLatency,
+                   "How much later market data reach the scripts than the exchange")
+        ->option_text("DURATION|MIN..MAX");
+}
+
 void AddExchange(CLI::App& run, RunArguments& arguments)
 {
     nxExchangeOptions& exchange = arguments.options.exchange;
@@ -243,15 +258,7 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
     AddRepeated(run, "--explain", arguments.options.explain,
                 "Tell the story of the order with that number after the summary; may be repeated")
         ->type_name("ORDER_ID");
-    run.add_option_function<std::string>(
-           "--latency",
-           [&exchange](const std::string& text) {
-               if (!exchange.request.SetFromText(text))
-                   throw CLI::ValidationError("--latency", text + " is no MS or MIN-MAX");
-               exchange.answer = exchange.request;
-           },
-           "Milliseconds that a request takes to the exchange, and its answer back")
-        ->option_text("MS|MIN-MAX");
+    AddLatencies(run, arguments.jobs);
     AddSeed(run, exchange.seed, "For what is drawn by lot: latencies, peaks, and the scripts' math.random");
     run.add_option("--participation", exchange.participation,
                    "With bars: the share of a bar's volume that orders can have; without it any")

@@ -1,23 +1,47 @@
 #pragma once
 
+#include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "base/values/nxExactRandom.h"
 
-// A time in nanoseconds that a message takes: constant, or drawn evenly from a range.
+// A time in nanoseconds that a message takes: constant, drawn evenly from a range, or as it was recorded.
 struct nxLatency
 {
-    long long least = 0;
-    long long most = 0;
+    struct Sample
+    {
+        long long time;  // from when on messages take that
+        long long duration;
+    };
+    using Samples = std::vector<Sample>;
 
-    long long Draw(nxExactRandom& random) const
+    long long least = 0;  // also of samples
+    long long most = 0;
+    std::shared_ptr<const Samples> samples = nullptr;  // by time, at least one; null: there are none
+    long long factor = 1;                              // of the samples
+
+    // Of a message that is sent now.
+    long long Draw(nxExactRandom& random, long long now) const
     {
         if (most <= least) return least;
+        if (samples != nullptr) return factor * _FindSample(now);
         return least +
                static_cast<long long>(random.GetBelow(static_cast<unsigned long long>(most - least) + 1));
     }
-    nxLatency GetTwice() const { return {2 * least, 2 * most}; }
-    // "MS" or "MIN-MAX", in milliseconds with fractions down to nanoseconds, up to an hour. False, and left
-    // alone, for another text.
+    nxLatency GetTwice() const { return {2 * least, 2 * most, samples, 2 * factor}; }
+    // By time, at least one.
+    void SetSamples(Samples&& recorded);
+    // One duration, or two with ".." or "-" between them, the first of which may leave its unit to the
+    // second. False, and left alone, for another text.
     [[nodiscard]] bool SetFromText(const std::string& text);
+
+    // A number with the unit s, ms, us or ns, such as "250us" or "1.5ms", up to an hour; bareUnit is that of
+    // a number without one, empty where it needs one. False, and left alone, for another text.
+    [[nodiscard]] static bool ReadDuration(std::string_view text, std::string_view bareUnit,
+                                           long long& nanoseconds);
+
+private:
+    long long _FindSample(long long now) const;
 };

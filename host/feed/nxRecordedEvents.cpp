@@ -43,8 +43,9 @@ const std::string* nxRecordedEvents::FindReadOnce() const
     return found == _paths.end() ? nullptr : &*found;
 }
 
-void nxRecordedEvents::ReadAgain(const std::string& product, unsigned long long count,
-                                 const std::function<void(const nxFeedEvent&)>& take) const
+void nxRecordedEvents::ReadAgain(
+    unsigned long long count,
+    const std::function<void(const nxFeedEvent& event, const std::string& product)>& take) const
 {
     nxFeedOptions options = _options;
     options.interrupted = nullptr;
@@ -53,6 +54,6 @@ void nxRecordedEvents::ReadAgain(const std::string& product, unsigned long long 
     for (unsigned long long i = 0; i < count; ++i) {
         const nxFeedEvent* const event = feed.Next();
         if (event == nullptr) return;
-        if (feed.GetProducts().Get(event->product).GetName() == product) take(*event);
+        take(*event, feed.GetProducts().Get(event->product).GetName());
     }
 }

@@ -36,9 +36,10 @@ public:
 
     // The first of the files that cannot be read a second time; null when all can.
     const std::string* FindReadOnce() const;
-    // Reads the first `count` events of the files anew and gives those of the product.
-    void ReadAgain(const std::string& product, unsigned long long count,
-                   const std::function<void(const nxFeedEvent&)>& take) const;
+    // Reads the first `count` events of the files anew, and gives each with the name of its product.
+    void ReadAgain(
+        unsigned long long count,
+        const std::function<void(const nxFeedEvent& event, const std::string& product)>& take) const;
 
 private:
     const nxFeedOptions _options;

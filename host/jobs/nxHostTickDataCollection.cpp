@@ -62,7 +62,7 @@ std::deque<nxTickData> nxHostTickDataCollection::_ReadBars(unsigned long long kn
             static_cast<void>(_builder.AddTrade(_last, _lastVolume, event.quote.side, event.time));
         }
     });
-    take(_builder.Close(services.timers->GetTime()));
+    take(_builder.Close(nxTime::GetEarlier(services.timers->GetTime(), _GetDelay())));
     _seen = services.bars->GetEventCount();
     return bars;
 }
@@ -106,7 +106,7 @@ void nxHostTickDataCollection::_Add(const nxTickData* bar)
 
 void nxHostTickDataCollection::Close(long long time)
 {
-    _Add(_builder.Close(time));
+    _Add(_builder.Close(nxTime::GetEarlier(time, _GetDelay())));
 }
 
 void nxHostTickDataCollection::Feed(const nxFeedEvent& event)

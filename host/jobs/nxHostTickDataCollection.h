@@ -13,6 +13,7 @@ struct nxBarOrigin
     bool hasRows = false;        // a bars file of the run holds the product
     bool hasTrades = false;      // quotes and trades do
     long long rowPeriod = 0;     // nanoseconds between the rows of the bars file; 0: not known
+    long long rowDelay = 0;      // nanoseconds by which they come later than their times, at most
     bool rowsBearStart = false;  // in the file; events come at the end
     nxTradingHours hours;
 };
@@ -38,7 +39,7 @@ public:
     void Feed(const nxFeedEvent& event);
     void Close(long long time);
     // From which time on Close has something to do.
-    long long GetDue() const { return _builder.GetDue(); }
+    long long GetDue() const { return nxTime::GetLater(_builder.GetDue(), _GetDelay()); }
 
     // The script has asked to have it fed.
     bool IsSubscribed() const { return _isSubscribed; }
@@ -56,6 +57,8 @@ private:
     // Brings the builder to the present and gives the bars completed on the way, without the first `known`.
     std::deque<nxTickData> _ReadBars(unsigned long long known, std::size_t most);
     bool _IsWanted(const nxTickData& bar) const;
+    // All that belongs to a bar has come by so much after its end.
+    long long _GetDelay() const { return _source.hasRows ? _source.rowDelay : 0; }
     void _Add(const nxTickData* bar);
     // The trade of a quote, its price perhaps that of an earlier one; false when it is none.
     bool _ReadTrade(const nxFeedQuote& quote);

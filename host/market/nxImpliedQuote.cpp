@@ -65,13 +65,14 @@ private:
     bool _fits = true;
 };
 
-void SetSide(const nxStrategyTerms& terms, nxSide side, nxDecimal& price, nxVolume& volume)
+void SetSide(const nxStrategyTerms& terms, bool atVenue, nxSide side, nxDecimal& price, nxVolume& volume)
 {
     ExactSum sum;
     unsigned int lots = std::numeric_limits<unsigned int>::max();
     bool hasVolume = true;
     for (const nxStrategyTerms::Leg& leg : terms.legs) {
-        const nxBestQuote best = leg.market->GetBest(leg.side == nxSide::Buy ? side : nxGetOpposite(side));
+        const nxMarketProduct& market = atVenue ? *leg.atVenue : *leg.market;
+        const nxBestQuote best = market.GetBest(leg.side == nxSide::Buy ? side : nxGetOpposite(side));
         if (!best.price.IsValid()) return;
         sum.Add(best.price, leg.priceRatio, leg.side == nxSide::Sell);
         hasVolume = hasVolume && best.volume.IsValid();
@@ -85,8 +86,8 @@ void SetSide(const nxStrategyTerms& terms, nxSide side, nxDecimal& price, nxVolu
 
 }  // namespace
 
-nxImpliedQuote::nxImpliedQuote(const nxStrategyTerms& terms)
+nxImpliedQuote::nxImpliedQuote(const nxStrategyTerms& terms, bool atVenue)
 {
-    SetSide(terms, nxSide::Buy, bid, bidVolume);
-    SetSide(terms, nxSide::Sell, ask, askVolume);
+    SetSide(terms, atVenue, nxSide::Buy, bid, bidVolume);
+    SetSide(terms, atVenue, nxSide::Sell, ask, askVolume);
 }

@@ -13,6 +13,8 @@ struct nxStrategyTerms
         nxSide side = nxSide::Buy;
         nxDecimal priceRatio = nxDecimalOne;  // above 0
         unsigned int tradeRatio = 1;          // lots in one lot of the strategy, above 0
+        const nxMarketProduct* atVenue =
+            nullptr;  // where the venue is ahead of the scripts; outlives them, too
     };
 
     std::vector<Leg> legs;
@@ -31,7 +33,8 @@ struct nxStrategyTerms
 struct nxImpliedQuote
 {
     nxImpliedQuote() = default;
-    explicit nxImpliedQuote(const nxStrategyTerms& terms);
+    // atVenue: from what the venue has where it is ahead of the scripts.
+    explicit nxImpliedQuote(const nxStrategyTerms& terms, bool atVenue = false);
 
     nxDecimal bid, ask;
     nxVolume bidVolume, askVolume;

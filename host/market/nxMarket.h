@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,9 @@ struct nxMarket
     }
 
     const unsigned int index;  // in the feed's table of products and in nxMarkets
-    nxMarketProduct product;
+    nxMarketProduct product;   // as the scripts see it
+    // As the venue has it where rows reach the scripts later; null: as they see it.
+    std::unique_ptr<nxMarketProduct> ahead;
     nxProductDescription description;  // as the run began with it; without a name where there is none
     nxDecimal tickSize;
     long long nextState = nxTime::Never;  // when its trading hours change its state
@@ -26,6 +29,7 @@ struct nxMarket
     nxStrategyTerms terms;                // of a strategy
     std::vector<nxMarket*> strategies;    // over it, at any depth, each after its legs
 
+    const nxMarketProduct& GetAtVenue() const { return ahead ? *ahead : product; }
     const nxTradingHours& GetHours() const { return description.tradingHours; }
     // Without hours a product is open from its first row on, a strategy while all its legs are.
     bool OpensWithData() const { return GetHours().IsEmpty() && !product.IsStrategy(); }

@@ -12,8 +12,10 @@ public:
     virtual void OnTickSize(nxMarket& market) = 0;
     // It opened or closed.
     virtual void OnMarketState(nxMarket& market) = 0;
-    // The quote that a strategy's legs imply is another one; `event` tells the change as a row would.
+    // The quote that a strategy's legs imply is another one; `event` tells the change as a row would. Where
+    // the venue is ahead of the scripts, each is told of by itself.
     virtual void OnImpliedQuote(nxMarket& strategy, const nxFeedEvent& event) = 0;
+    virtual void OnImpliedQuoteAhead(nxMarket& strategy, const nxFeedEvent& event) = 0;
     // The run is ending, and nobody is to hear of further changes.
     virtual bool IsEnding() const = 0;
 

@@ -14,8 +14,8 @@ unsigned int GetStateBits(bool isOpen)
 }  // namespace
 
 nxMarkets::nxMarkets(nxEventSource& source, std::vector<nxProductDescription> products,
-                     nxMarketObserver& observer)
-    : _source(source), _products(std::move(products)), _observer(observer)
+                     nxMarketObserver& observer, bool isAhead)
+    : _source(source), _products(std::move(products)), _observer(observer), _isAhead(isAhead)
 {
 }
 
@@ -25,6 +25,7 @@ void nxMarkets::_Make(unsigned int index, long long now)
     const nxFeedProduct& known = _source.GetProducts().Get(index);
     _markets[index] = std::make_unique<nxMarket>(index, known.GetName(), known.GetTickSize());
     nxMarket& market = *_markets[index];
+    if (_isAhead) market.ahead = std::make_unique<nxMarketProduct>(known.GetName());
     if (index < _products.size()) market.description = _products[index];
     if (!market.GetHours().IsEmpty()) {
         market.nextState = market.GetHours().GetNextChange(now);

@@ -15,8 +15,9 @@ class nxMarkets
 {
 public:
     // The first of the source's table are the described products, in their order. Source and observer outlive
-    // the markets.
-    nxMarkets(nxEventSource& source, std::vector<nxProductDescription> products, nxMarketObserver& observer);
+    // the markets. isAhead: the venue has rows before the scripts, and so markets of its own.
+    nxMarkets(nxEventSource& source, std::vector<nxProductDescription> products, nxMarketObserver& observer,
+              bool isAhead = false);
 
     nxMarket& Get(unsigned int index, long long now)
     {
@@ -48,7 +49,9 @@ public:
     // Once, before anything is subscribed to.
     void MakeStrategies(long long now);
     // Those over the market, after an event of it. Each finds its legs priced.
-    void PriceStrategies(const nxMarket& leg, long long now) { _Price(leg.strategies, now); }
+    void PriceStrategies(const nxMarket& leg, long long now) { _Price(leg.strategies, now, false); }
+    // The same at a venue that is ahead.
+    void PriceStrategiesAhead(const nxMarket& leg, long long now) { _Price(leg.strategies, now, true); }
     // The descriptions as they stand now, and another version of them: the same products in the same order.
     const std::vector<nxProductDescription>& GetDescriptions() const { return _products; }
     void ChangeDescriptions(std::vector<nxProductDescription> products, long long now);
@@ -59,11 +62,12 @@ private:
     void _SetTerms(nxMarket& strategy);
     void _FollowTicks(nxMarket& strategy);
     void _FollowLegs(const nxMarket& leg);
-    void _Price(const std::vector<nxMarket*>& strategies, long long now);
+    void _Price(const std::vector<nxMarket*>& strategies, long long now, bool ahead);
 
     nxEventSource& _source;
     std::vector<nxProductDescription> _products;
     nxMarketObserver& _observer;
+    const bool _isAhead;
     std::vector<std::unique_ptr<nxMarket>> _markets;  // null until the product is met
     std::vector<nxMarket*> _strategies;               // each after its legs
     long long _nextStateTime = nxTime::Never;

@@ -12,9 +12,8 @@
 namespace {
 
 // The change of a strategy's implied quote as a row would tell it.
-nxFeedEvent GetEvent(const nxMarket& strategy, long long time)
+nxFeedEvent GetEvent(const nxMarket& strategy, const nxPrice& update, long long time)
 {
-    const nxPrice& update = strategy.product.GetPriceUpdate();
     const auto get = [](bool isSame, const nxDecimal& price) {
         return isSame ? nxDecimal(nxNoChangeInitalizer()) : price;
     };
@@ -63,7 +62,7 @@ void nxMarkets::MakeStrategies(long long now)
         for (const nxProductLegDescription& description : _products[i].legs) {
             assert(indexes.contains(description.product));
             nxMarket& leg = Get(indexes.at(description.product), now);
-            strategy.terms.legs.push_back({&leg.product, description.side, {}, 1});
+            strategy.terms.legs.push_back({&leg.product, description.side, {}, 1, leg.ahead.get()});
             legs.push_back(&leg);
             const auto found = below.find(&leg);
             if (found != below.end()) legs.insert(legs.end(), found->second.begin(), found->second.end());
@@ -105,13 +104,15 @@ void nxMarkets::_FollowTicks(nxMarket& strategy)
 }
 
 // In their order, so that each finds its legs priced.
-void nxMarkets::_Price(const std::vector<nxMarket*>& strategies, long long now)
+void nxMarkets::_Price(const std::vector<nxMarket*>& strategies, long long now, bool ahead)
 {
     for (nxMarket* strategy : strategies) {
         if (_observer.IsEnding()) return;
-        if (!strategy->product.ApplyImplied(nxImpliedQuote(strategy->terms))) continue;
-        strategy->isFresh = false;
-        _observer.OnImpliedQuote(*strategy, GetEvent(*strategy, now));
+        nxMarketProduct& product = ahead ? *strategy->ahead : strategy->product;
+        if (!product.ApplyImplied(nxImpliedQuote(strategy->terms, ahead))) continue;
+        const nxFeedEvent event = GetEvent(*strategy, product.GetPriceUpdate(), now);
+        if (ahead == _isAhead) strategy->isFresh = false;
+        ahead ? _observer.OnImpliedQuoteAhead(*strategy, event) : _observer.OnImpliedQuote(*strategy, event);
     }
 }
 
@@ -126,5 +127,6 @@ void nxMarkets::ChangeDescriptions(std::vector<nxProductDescription> products, l
     _products = std::move(products);
     for (nxMarket* strategy : _strategies)
         _SetTerms(*strategy);
-    _Price(_strategies, now);
+    if (_isAhead) _Price(_strategies, now, true);
+    _Price(_strategies, now, false);
 }

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/feed/nxFeedError.h"
+#include "host/feed/nxCsvTable.h"
 #include "host/jobs/nxJobOptions.h"
 #include "host/run/nxParameterChange.h"
 
@@ -12,9 +12,8 @@
 // times; of one time, in the order in which they were added. A run has few of them, so they are read whole
 // and refused before it begins. The jobs must have their first parameters, and outlive it.
 //
-// A file is CSV with the columns time, parameter, value and, where wanted, tag, in any order; plain, .gz or
-// .zst, under the same rules for text and times as recorded data. A parameter is NAME or JOB/NAME. Its rows
-// may stand in any order. Cells may stand in double quotes, two of which are one inside.
+// A file is CSV with the columns time, parameter, value and, where wanted, tag. A parameter is NAME or
+// JOB/NAME. Its rows may stand in any order.
 class nxParameterEvents
 {
 public:
@@ -35,19 +34,11 @@ private:
         nxParameterChange change;
         nxFeedError place;  // of its value
     };
-    struct Cell
-    {
-        std::string text;
-        unsigned int column;  // 1-based
-    };
-    enum Column : std::size_t { Time, Parameter, Value, Tag, ColumnCount };
 
-    bool _SplitRow(std::string_view line, std::vector<Cell>& cells);
-    bool _ReadHeader(const std::vector<Cell>& cells, std::vector<Column>& columns);
-    bool _ReadRow(const std::vector<Cell>& cells, const std::vector<Column>& columns);
-    bool _Refuse(unsigned int column, const std::string& reason);
+    bool _ReadRow(nxCsvTable& table);
+    bool _Refuse(const std::string& reason);
 
     const std::vector<nxJobOptions>& _jobs;
     std::vector<Placed> _changes;
-    nxFeedError _error;  // file and line are those of the row that is read
+    nxFeedError _error;
 };

@@ -30,7 +30,9 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
       _output(_state, _clock, out, err),
       _watch([this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
       _source({_options.lenient, _options.barsBearStart, _options.barPeriods, _options.interrupted}),
-      _markets(_source, _options.products, *this),
+      _lateFeed(_options, _schedule,
+                [this](const nxFeedEvent& event) { _Show(_markets.Get(event.product), event); }),
+      _markets(_source, _options.products, *this, _lateFeed.IsOn()),
       _jobs(_state, _clock, _output, _watch),
       _trading(_state, _clock, _output, _jobs, _source, _schedule,
                [this](bool reportQueue, nxExchangeObservers observers) {
@@ -146,7 +148,7 @@ void nxRun::_Replay()
         const nxFeedEvent* event = nullptr;
         const nxEventSource::Step step =
             _source.Next(_schedule.GetNextTime(), _schedule.GetNextTimeBeforeBars(), event);
-        if (step == nxEventSource::Step::End) break;
+        if (step == nxEventSource::Step::End && _lateFeed.IsEmpty()) break;
         const bool isEvent = step == nxEventSource::Step::Event;
         const long long time = isEvent ? event->time : _schedule.GetNextTime();
         _clock.WaitFor(time);
@@ -182,45 +184,91 @@ void nxRun::_SetClocks(long long time)
 void nxRun::_Apply(const nxFeedEvent& event)
 {
     constexpr unsigned int progressInterval = 4096;
-    _state.statistics.lastTime = event.time;
+    _Count(event);
     nxMarket& market = _markets.Meet(event);
-    event.kind == nxFeedKind::Depth ? _ApplyDepth(market, event) : _ApplyPrice(market, event);
-    if (!market.strategies.empty()) _markets.PriceStrategies(market, event.time);
+    if (_lateFeed.IsOn()) [[unlikely]] {
+        _ApplyAhead(market, event);
+        _lateFeed.Send(event);
+    } else {
+        _Show(market, event);
+    }
     if (_untilProgress-- == 0) {
         _untilProgress = progressInterval;
         _output.ShowProgress(_source);
     }
 }
 
-void nxRun::_ApplyPrice(nxMarket& market, const nxFeedEvent& event)
+void nxRun::_Count(const nxFeedEvent& event)
 {
     nxRunStatistics& statistics = _state.statistics;
+    statistics.lastTime = event.time;
+    switch (event.kind) {
+        case nxFeedKind::Quote:
+            ++(event.quote.IsTrade() ? statistics.trades : statistics.quotes);
+            break;
+        case nxFeedKind::Bar:
+            ++statistics.bars;
+            break;
+        case nxFeedKind::Depth:
+            ++statistics.depthChanges;
+            statistics.depthRows += event.rows;
+            break;
+    }
+}
+
+void nxRun::_ApplyAhead(nxMarket& market, const nxFeedEvent& event)
+{
+    nxMarketProduct& product = *market.ahead;
+    switch (event.kind) {
+        case nxFeedKind::Quote:
+            product.ApplyQuote(event.quote, event.time);
+            break;
+        case nxFeedKind::Bar:
+            product.ApplyBar(event.bar, event.time);
+            break;
+        case nxFeedKind::Depth:
+            product.ApplyDepth(event.levels);
+            if (!_HasPrices(event)) static_cast<void>(product.QuoteFromDepth());
+            break;
+    }
+    _Trade(market, event);
+    if (!market.strategies.empty()) _markets.PriceStrategiesAhead(market, event.time);
+}
+
+void nxRun::_Show(nxMarket& market, const nxFeedEvent& event)
+{
+    event.kind == nxFeedKind::Depth ? _ShowDepth(market, event) : _ShowPrice(market, event);
+    if (!market.strategies.empty()) _markets.PriceStrategies(market, event.time);
+}
+
+void nxRun::_ShowPrice(nxMarket& market, const nxFeedEvent& event)
+{
     const bool isBar = event.kind == nxFeedKind::Bar;
-    const bool isTrade = isBar || event.quote.IsTrade();
-    ++(isBar ? statistics.bars : isTrade ? statistics.trades : statistics.quotes);
     isBar ? market.product.ApplyBar(event.bar, event.time)
           : market.product.ApplyQuote(event.quote, event.time);
     _delivery.UpdateTradeVolumes(market);
-    _Trade(market, event);
+    if (!_lateFeed.IsOn()) _Trade(market, event);
     _bars.Feed(market, event);
-    if (isTrade) _delivery.DeliverTrade(market);
+    if (isBar || event.quote.IsTrade()) _delivery.DeliverTrade(market);
     _delivery.DeliverPrice(market);
     _delivery.DeliverTradeVolumes(market);
 }
 
-void nxRun::_ApplyDepth(nxMarket& market, const nxFeedEvent& event)
+void nxRun::_ShowDepth(nxMarket& market, const nxFeedEvent& event)
 {
-    ++_state.statistics.depthChanges;
-    _state.statistics.depthRows += event.rows;
     market.product.ApplyDepth(event.levels);
-    // A product with quotes of its own has its prices from there.
-    const nxFeedProduct& known = _source.GetProducts().Get(event.product);
-    const bool hasPrices = known.Has(nxFeedKind::Quote) || known.Has(nxFeedKind::Bar);
-    const bool isPriced = !hasPrices && market.product.QuoteFromDepth();
-    _Trade(market, event);
+    const bool isPriced = !_HasPrices(event) && market.product.QuoteFromDepth();
+    if (!_lateFeed.IsOn()) _Trade(market, event);
     _bars.Count();
     _delivery.DeliverDepth(market);
     if (isPriced) _delivery.DeliverPrice(market);
+}
+
+// A product with quotes of its own has its prices from there, others from their depth.
+bool nxRun::_HasPrices(const nxFeedEvent& event) const
+{
+    const nxFeedProduct& known = _source.GetProducts().Get(event.product);
+    return known.Has(nxFeedKind::Quote) || known.Has(nxFeedKind::Bar);
 }
 
 void nxRun::_Trade(nxMarket& market, const nxFeedEvent& event)
@@ -249,9 +297,17 @@ void nxRun::OnMarketState(nxMarket& market)
 
 void nxRun::OnImpliedQuote(nxMarket& strategy, const nxFeedEvent& event)
 {
+    if (!_lateFeed.IsOn()) {
+        ++_state.statistics.impliedQuotes;
+        _Trade(strategy, event);
+    }
+    _delivery.DeliverPrice(strategy);
+}
+
+void nxRun::OnImpliedQuoteAhead(nxMarket& strategy, const nxFeedEvent& event)
+{
     ++_state.statistics.impliedQuotes;
     _Trade(strategy, event);
-    _delivery.DeliverPrice(strategy);
 }
 
 void nxRun::_FollowProducts()
@@ -314,6 +370,7 @@ void nxRun::_WriteSummary()
     if (_options.getNotes)
         for (std::string& note : _options.getNotes())
             _state.statistics.notes.push_back(std::move(note));
+    nxNoteNoLatency(_state);
     nxRunSummary::WriteCounts(_output.GetOut(), _state.statistics, _state.end);
     _output.GetOut().flush();
     nxRunSummary::WriteSpeed(_output.GetErr(), _state.statistics);

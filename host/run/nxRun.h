@@ -13,6 +13,7 @@
 #include "host/run/nxJobLife.h"
 #include "host/run/nxJobList.h"
 #include "host/run/nxJobNews.h"
+#include "host/run/nxLateFeed.h"
 #include "host/run/nxParameterSchedule.h"
 #include "host/run/nxReplayClock.h"
 #include "host/run/nxRunBars.h"
@@ -49,8 +50,14 @@ private:
     void _SetTime(long long time, bool isBar);
     void _SetClocks(long long time);
     void _Apply(const nxFeedEvent& event);
-    void _ApplyPrice(nxMarket& market, const nxFeedEvent& event);
-    void _ApplyDepth(nxMarket& market, const nxFeedEvent& event);
+    void _Count(const nxFeedEvent& event);
+    // At a venue that has the row before the scripts.
+    void _ApplyAhead(nxMarket& market, const nxFeedEvent& event);
+    // To the market of the scripts, who are told.
+    void _Show(nxMarket& market, const nxFeedEvent& event);
+    void _ShowPrice(nxMarket& market, const nxFeedEvent& event);
+    void _ShowDepth(nxMarket& market, const nxFeedEvent& event);
+    bool _HasPrices(const nxFeedEvent& event) const;
     // What the market did meets the orders in it, and what that leads to is told before the event itself.
     void _Trade(nxMarket& market, const nxFeedEvent& event);
     void _FollowProducts();
@@ -63,6 +70,7 @@ private:
     void OnTickSize(nxMarket& market) override;
     void OnMarketState(nxMarket& market) override;
     void OnImpliedQuote(nxMarket& strategy, const nxFeedEvent& event) override;
+    void OnImpliedQuoteAhead(nxMarket& strategy, const nxFeedEvent& event) override;
     bool IsEnding() const override { return _state.IsEnding(); }
 
     const nxRunOptions _options;
@@ -72,6 +80,7 @@ private:
     nxCallWatch _watch;
     nxRecordedEvents _source;
     nxSchedule _schedule;
+    nxLateFeed _lateFeed;
     nxMarkets _markets;
     nxJobList _jobs;  // after the markets, at which their products look
     nxTrading _trading;

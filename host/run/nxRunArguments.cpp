@@ -1,8 +1,11 @@
 #include "host/run/nxRunArguments.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <filesystem>
 
+#include "host/exchange/nxLatencyFile.h"
 #include "host/feed/nxFeedTime.h"
 #include "host/jobs/nxDataStores.h"
 #include "host/market/nxProductFile.h"
@@ -27,6 +30,7 @@ std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
     for (nxJobOptions& job : options.jobs)
         job.account = account;
     if (const auto fault = _SetBarPeriods(options)) return fault;
+    if (const auto fault = _SetLatencies(options)) return fault;
     if (const auto fault = _SetSelections(options.jobs)) return fault;
     return _AddChanges(options);
 }
@@ -43,6 +47,8 @@ std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& opt
     for (const auto* paths : {&scripts, &options.modules, &options.data, &parameterFiles, &eventFiles})
         files.AddInputs(*paths);
     if (!options.productFile.empty()) files.AddInput(options.productFile);
+    for (const auto& text : {latency, answerLatency})
+        if (text && nxLatencyFile::IsNamedBy(*text)) files.AddInput(*text);
     if (!options.recordFile.empty()) files.AddOutput("--record", options.recordFile);
     if (!options.storeDirectory.empty())
         for (const std::string& path : nxDataStores::GetFiles(options.storeDirectory))
@@ -100,6 +106,32 @@ std::optional<std::string> nxRunArguments::_SetBarPeriods(nxRunOptions& options)
             return "--bar-period " + text + ": is no [PRODUCT=]PERIOD, such as 30s, 1m, 4h, 1d or ES=5m";
         options.barPeriods[equals == std::string::npos ? std::string() : text.substr(0, equals)] = period;
     }
+    return std::nullopt;
+}
+
+std::optional<std::string> nxRunArguments::_SetLatencies(nxRunOptions& options) const
+{
+    nxExchangeOptions& exchange = options.exchange;
+    nxFeedError error;
+    const struct
+    {
+        const char* option;
+        const std::optional<std::string>& text;
+        nxLatency *request, *answer;
+    } rows[] = {{"--latency", latency, &exchange.request, &exchange.answer},
+                {"--answer-latency", answerLatency, nullptr, &exchange.answer}};
+    for (const auto& [option, text, request, answer] : rows) {
+        if (!text) continue;
+        if (!nxLatencyFile::IsNamedBy(*text)) {
+            if (!answer->SetFromText(*text))
+                return fmt::format("{}: {} is no DURATION such as 5ms, MIN..MAX or FILE.csv", option, *text);
+            if (request != nullptr) *request = *answer;
+        } else if (!nxLatencyFile::Read(*text, request, answer, error)) {
+            return error.GetText();
+        }
+    }
+    if (feedLatency && !options.feedLatency.SetFromText(*feedLatency))
+        return fmt::format("--feed-latency: {} is no DURATION such as 5ms or MIN..MAX", *feedLatency);
     return std::nullopt;
 }
 

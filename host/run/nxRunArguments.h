@@ -30,6 +30,10 @@ struct nxRunArguments : nxJobArguments
 {
     std::vector<std::string> selections;  // [JOB/]KEY=VALUE,...; see nxJobSelection
     std::vector<std::string> barPeriods;  // [PRODUCT=]PERIOD; see nxFeedTime
+    // Texts of nxLatency or, but for the feed, files of nxLatencyFile.
+    std::optional<std::string> latency;  // of requests, and of answers without one of their own
+    std::optional<std::string> answerLatency;
+    std::optional<std::string> feedLatency;
     std::string account;
     std::vector<std::string> eventFiles;                       // see nxParameterEvents
     std::vector<std::pair<std::string, std::string>> changes;  // TIME and [JOB/]NAME=VALUE
@@ -42,6 +46,7 @@ struct nxRunArguments : nxJobArguments
 private:
     std::optional<std::string> _FindObstacle(const nxRunOptions& options) const;
     std::optional<std::string> _SetBarPeriods(nxRunOptions& options) const;
+    std::optional<std::string> _SetLatencies(nxRunOptions& options) const;
     std::optional<std::string> _SetSelections(std::vector<nxJobOptions>& jobs) const;
     std::optional<std::string> _AddChanges(nxRunOptions& options) const;
 };

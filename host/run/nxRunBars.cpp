@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "host/run/nxFeedArrivals.h"
+
 nxRunBars::nxRunBars(const nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxJobList& jobs,
                      nxMarkets& markets, const nxRecordedEvents& source, nxSchedule& schedule)
     : _state(state),
@@ -46,6 +48,7 @@ nxBarOrigin nxRunBars::GetBarOrigin(const nxHostProduct& product)
 {
     nxBarOrigin origin;
     origin.rowsBearStart = _state.options.barsBearStart;
+    origin.rowDelay = _state.options.feedLatency.most;
     origin.hours = _markets.Get(product.GetMarketIndex()).GetHours();
     if (const nxFeedProduct* known = _source.GetProducts().Find(product.GetMarket().GetName())) {
         origin.hasRows = known->Has(nxFeedKind::Bar);
@@ -64,7 +67,12 @@ void nxRunBars::ReadHistory(const nxHostProduct& product, const std::function<vo
                         "the bars of " + name + " begin now: " + *path + " cannot be read again");
         return;
     }
-    _source.ReadAgain(name, _applied, take);
+    nxFeedArrivals arrivals(_state.options);
+    _source.ReadAgain(_applied, [&](const nxFeedEvent& event, const std::string& of) {
+        nxFeedEvent shown = event;
+        shown.time = arrivals.GetTimeOf(event, arrivals.GetNext(event.time));
+        if (of == name) take(shown);
+    });
 }
 
 void nxRunBars::AttachCollection(nxHostTickDataCollection& collection)

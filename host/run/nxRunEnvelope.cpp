@@ -61,6 +61,7 @@ struct Variant
 {
     std::string name;
     nxExchangeOptions exchange;
+    nxLatency feedLatency;
 };
 
 // Which markets a run sent orders to. A model that none of its orders met would change nothing in it.
@@ -82,14 +83,14 @@ struct Reach
 
 using Variants = std::vector<Variant>;
 
-nxExchangeOptions& Add(Variants& variants, const char* name, const nxExchangeOptions& own)
+nxExchangeOptions& Add(Variants& variants, const char* name, const nxRunOptions& own)
 {
-    variants.push_back({name, own});
+    variants.push_back({name, own.exchange, own.feedLatency});
     return variants.back().exchange;
 }
 
 // From the most optimistic fill model on; then what makes the run's own harder.
-void AddBookVariants(Variants& variants, const nxExchangeOptions& own)
+void AddBookVariants(Variants& variants, const nxRunOptions& own)
 {
     std::vector<const nxFillModel*> models;
     for (const nxFillModel& model : nxFillModel::GetAll())
@@ -98,15 +99,16 @@ void AddBookVariants(Variants& variants, const nxExchangeOptions& own)
     for (const nxFillModel* model : models)
         Add(variants, model->name, own).fills = model;
     nxQueueRule back;
-    if (back.SetFromText("back") && back.model != own.queue.model) Add(variants, "back", own).queue = back;
+    if (back.SetFromText("back") && back.model != own.exchange.queue.model)
+        Add(variants, "back", own).queue = back;
 }
 
 // withOwn: also the run's own model.
-void AddBarVariants(Variants& variants, const nxExchangeOptions& own, bool withOwn)
+void AddBarVariants(Variants& variants, const nxRunOptions& own, bool withOwn)
 {
     for (const nxBarModel& model : nxBarModel::GetAll())
-        if (withOwn || &model != own.bars.model) Add(variants, model.name, own).bars.model = &model;
-    if (!own.bars.isThrough) Add(variants, "through", own).bars.isThrough = true;
+        if (withOwn || &model != own.exchange.bars.model) Add(variants, model.name, own).bars.model = &model;
+    if (!own.exchange.bars.isThrough) Add(variants, "through", own).bars.isThrough = true;
 }
 
 // What the run itself is called among its variants.
@@ -116,17 +118,18 @@ const char* GetOwnName(const nxExchangeOptions& own, const Reach& reach)
 }
 
 // The run itself, and those that can differ from it.
-Variants GetVariants(const nxExchangeOptions& own, const Reach& reach)
+Variants GetVariants(const nxRunOptions& own, const Reach& reach)
 {
     Variants variants;
     if (reach.hasBooks) AddBookVariants(variants, own);
     if (reach.hasBars) AddBarVariants(variants, own, !reach.hasBooks);
     if (variants.empty()) {
-        Add(variants, GetOwnName(own, reach), own);
-    } else if (own.request.most != 0 || own.answer.most != 0) {
+        Add(variants, GetOwnName(own.exchange, reach), own);
+    } else if (own.exchange.request.most != 0 || own.exchange.answer.most != 0 || own.feedLatency.most != 0) {
         nxExchangeOptions& slower = Add(variants, "2x latency", own);
-        slower.request = own.request.GetTwice();
-        slower.answer = own.answer.GetTwice();
+        slower.request = own.exchange.request.GetTwice();
+        slower.answer = own.exchange.answer.GetTwice();
+        variants.back().feedLatency = own.feedLatency.GetTwice();
     }
     return variants;
 }
@@ -145,6 +148,7 @@ nxRunOptions MakeSilent(const nxRunOptions& options, const Variant& variant, con
 {
     nxRunOptions silent = options;
     silent.exchange = variant.exchange;
+    silent.feedLatency = variant.feedLatency;
     silent.recordFile.clear();
     if (!silent.storeDirectory.empty()) silent.storeImage = stores;
     silent.explain.clear();
@@ -188,7 +192,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     nxRun run(main, out, err);
     nxRunResult worst = run.Run();
     const Reach reach(run.GetStatistics());
-    const Variants all = GetVariants(options.exchange, reach);
+    const Variants all = GetVariants(options, reach);
     const std::string first = GetOwnName(options.exchange, reach);
     std::vector<nxRunSummary::Model> models = {
         {first, run.GetStatistics(), FindFailure(run.GetStatistics(), worst, "")}};

@@ -154,3 +154,20 @@ void nxNoteUnreadParameters(nxRunState& state, nxJobList& jobs)
         if (!change.tag.empty()) unread.NoteTagged(change.name);
     state.statistics.notes = unread.GetNotes();
 }
+
+void nxNoteNoLatency(nxRunState& state)
+{
+    const nxRunOptions& options = state.options;
+    nxRunStatistics& statistics = state.statistics;
+    const bool isTimed = options.exchange.request.most != 0 || options.exchange.answer.most != 0 ||
+                         options.feedLatency.most != 0;
+    const bool hasOrders =
+        std::ranges::any_of(statistics.jobs, [](const auto& job) { return job.trading.orders != 0; });
+    if (isTimed || !hasOrders) return;
+    const bool isOfBars = std::ranges::all_of(
+        statistics.jobs, [](const auto& job) { return job.trading.orders == job.trading.barOrders; });
+    statistics.notes.push_back(
+        isOfBars ? "orders and data took no time; over bars any --latency moves fills from the next open to "
+                   "that bar's close"
+                 : "orders and data took no time; --latency 5ms and --feed-latency 5ms show what time costs");
+}

@@ -11,3 +11,6 @@ void nxNoteWhatIsMissing(nxRunState& state, nxJobList& jobs, const nxTrading& tr
                          const nxFeedProductTable& products);
 // Parameters that were given and that no script has read: into the notes of the run. At the end of the run.
 void nxNoteUnreadParameters(nxRunState& state, nxJobList& jobs);
+// Orders of which neither requests nor answers nor the market took any time: into the notes of the run. Once
+// the jobs' orders have been counted.
+void nxNoteNoLatency(nxRunState& state);

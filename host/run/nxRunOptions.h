@@ -27,6 +27,7 @@ struct nxRunOptions
     bool watchProducts = false;  // take over what changes in that file; such a run does not repeat
     std::chrono::milliseconds watchInterval{1000};  // of real time, between looks at it
     nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
+    nxLatency feedLatency;       // by which market data reach the scripts later than the exchange
     std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
     std::string storeDirectory;  // where the data stores of scripts are kept; empty: there are none
     std::optional<std::string>

@@ -72,10 +72,10 @@ void nxTrading::_AddToVenue(Market& added)
 {
     const nxMarket& market = *added.market;
     const nxFeedProduct* const known = _source.GetProducts().Find(market.product.GetName());
-    const nxVenue::Product product{&market.product, market.tickSize, market.GetHours(), _IsOfBars(market),
-                                   known != nullptr ? known->GetBarPeriod() : 0};
+    const nxVenue::Product product{&market.GetAtVenue(), market.tickSize, market.GetHours(),
+                                   _IsOfBars(market), known != nullptr ? known->GetBarPeriod() : 0};
     added.venueProduct = _venue->AddProduct(product);
-    _ledger.AddProduct(added.none, market.product);
+    _ledger.AddProduct(added.none, market.GetAtVenue());
     _record.WriteProduct(market, product, _clock.Get());
     const bool isOpen =
         product.IgnoresHours() ? !market.isFresh : market.product.GetState() == nxAlgoStateObject::Open;

@@ -31,7 +31,6 @@ constexpr struct
 const char* GetRefused(Kind kind)
 {
     return kind == Kind::Rejected        ? "is rejected: "
-           : kind == Kind::Cancelled     ? "has ended: "
            : kind == Kind::AmendRejected ? "is not amended: "
                                          : "is not pulled: ";
 }
@@ -98,7 +97,8 @@ void nxTrading::DeliverAnswer()
     nxTradingJob& job = order.GetOwner();
     nxJobRunner& runner = _jobs.Get(job);
     if (runner.IsOver()) _Flatten(job);
-    if (!event.error.IsSuccess()) {
+    // What ends by its own terms is no mistake of the script.
+    if (!event.error.IsSuccess() && event.kind != Kind::Cancelled) {
         job.SetError(event.reason);
         _output.LogText(job, fmt::format("order {} {}{}", event.order, GetRefused(event.kind), event.reason));
     }

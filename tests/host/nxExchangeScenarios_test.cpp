@@ -378,7 +378,7 @@ private:
     std::vector<std::string> _told, _expected;
 };
 
-TEST(nxLatency, IsMillisecondsUpToAnHourOrARangeOfThem)
+TEST(nxLatency, IsADurationUpToAnHourOrARangeOfThem)
 {
     const struct
     {
@@ -390,6 +390,12 @@ TEST(nxLatency, IsMillisecondsUpToAnHourOrARangeOfThem)
         {"0.5-20", 500'000, 20'000'000},
         {"1.5000000", 1'500'000, 1'500'000},
         {"7-7", 7'000'000, 7'000'000},
+        {"250us", 250'000, 250'000},
+        {"1.5..2s", 1'500'000'000, 2'000'000'000},
+        {"9ns-0.1", -1, -1},
+        {"0.5ns", -1, -1},
+        {"3601s", -1, -1},
+        {"5m", -1, -1},
         {"3600000", 3600 * Second, 3600 * Second},
         {"0.0000001", -1, -1},
         {"3600000.000001", -1, -1},
