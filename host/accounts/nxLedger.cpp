@@ -63,34 +63,42 @@ void nxLedger::_ValueFilled()
 {
     for (const auto& [job, product] : std::exchange(_filled, {})) {
         Holding& holding = _Get(job, product);
-        _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()), nullptr);
+        _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()));
     }
 }
 
 void nxLedger::Mark(unsigned int product, const nxFeedBar* bar)
 {
-    if (_products[product].holdings.empty()) return;
+    std::vector<Holding>& holdings = _products[product].holdings;
+    if (holdings.empty()) return;
+    // Before its close is one of those that the profit can fall from.
+    if (bar != nullptr)
+        for (const Holding& holding : holdings)
+            _MeetBar(holding, *bar);
     Settle();
-    for (Holding& holding : _products[product].holdings)
+    for (Holding& holding : holdings)
         if (holding.account.GetKeeper().GetNet() != 0)
-            _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()), bar);
+            _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()));
 }
 
-// The sums of a currency change by what one of its products does. bar: null, or one that led to the mark.
-void nxLedger::_Value(Holding& holding, const nxDecimal& mark, const nxFeedBar* bar)
+// What is long was worth least at the bar's low, what is short at its high.
+void nxLedger::_MeetBar(const Holding& holding, const nxFeedBar& bar)
 {
-    const bool isSame = mark == holding.mark && !holding.isFilled;
-    if (isSame && bar == nullptr) return;
+    const nxPositionKeeper& keeper = holding.account.GetKeeper();
+    if (keeper.GetNet() == 0) return;
+    nxTradingStatistics::Money& money = _jobs[holding.job][holding.account.GetCurrency()];
+    const nxExactAmount worst = keeper.GetTotalProfit(keeper.GetNet() > 0 ? bar.low : bar.high);
+    money.hasBars = true;
+    TakeLargest(money.worstDrawdown, money.best - (money.profit - holding.profit + worst));
+}
+
+// The sums of a currency change by what one of its products does.
+void nxLedger::_Value(Holding& holding, const nxDecimal& mark)
+{
+    if (mark == holding.mark && !holding.isFilled) return;
     const nxPositionKeeper& keeper = holding.account.GetKeeper();
     nxTradingStatistics::Money& money = _jobs[holding.job][holding.account.GetCurrency()];
     const nxExactAmount others = money.profit - holding.profit;
-    if (bar != nullptr) {
-        // What is long was worth least at the low, what is short at the high.
-        money.hasBars = true;
-        const nxExactAmount worst = keeper.GetTotalProfit(keeper.GetNet() > 0 ? bar->low : bar->high);
-        TakeLargest(money.worstDrawdown, money.best - (others + worst));
-    }
-    if (isSame) return;
     holding.mark = mark;
     holding.isFilled = false;
     holding.profit = keeper.GetTotalProfit(mark);

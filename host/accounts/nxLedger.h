@@ -58,7 +58,8 @@ private:
 
     Holding& _Get(unsigned int job, unsigned int product);
     void _ValueFilled();
-    void _Value(Holding& holding, const nxDecimal& mark, const nxFeedBar* bar);
+    void _MeetBar(const Holding& holding, const nxFeedBar& bar);
+    void _Value(Holding& holding, const nxDecimal& mark);
 
     std::vector<Product> _products;
     std::vector<nxTradingStatistics> _jobs;

@@ -124,11 +124,13 @@ void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
     if (!shown.IsValid()) return;
     if (isLess && _rules.lateTrades > 0) level.NoteCancelled(gone, _time);
     const unsigned int now = shown.GetValue();
+    unsigned int least = 0;  // by the power model a later order may move up by more, but passes nobody
     for (nxExchangeOrder* order : level.orders) {
         const nxVolume ahead = order->ahead;
         unsigned int left = ahead.IsValid() ? ahead.GetValue() : now;
         if (ahead.IsValid() && isLess) left = _rules.queue.Advance(left, before.GetValue(), gone);
-        order->ahead = std::min(left, now);
+        least = std::max(least, std::min(left, now));
+        order->ahead = least;
         if (isLess && ahead.IsValid()) order->movedUp += ahead.GetValue() - order->ahead.GetValue();
         if (order->ahead != ahead) _listener.OnQueueMoved(*order, ahead, nxQueueMove::Shown);
     }

@@ -18,6 +18,11 @@ std::span<const nxSelfTradeRule> nxSelfTradeRule::GetAll()
     return Rules;
 }
 
+const nxSelfTradeRule& nxSelfTradeRule::Get(nxSelfTrade rule)
+{
+    return *std::ranges::find(Rules, rule, &nxSelfTradeRule::rule);
+}
+
 const nxSelfTradeRule* nxSelfTradeRule::Find(std::string_view name)
 {
     const auto found = std::ranges::find(Rules, name, &nxSelfTradeRule::name);

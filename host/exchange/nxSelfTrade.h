@@ -20,6 +20,7 @@ struct nxSelfTradeRule
 
     // The default first.
     static std::span<const nxSelfTradeRule> GetAll();
+    static const nxSelfTradeRule& Get(nxSelfTrade rule);
     // Null for an unknown name.
     static const nxSelfTradeRule* Find(std::string_view name);
 };

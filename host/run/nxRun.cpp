@@ -331,7 +331,8 @@ void nxRun::_Finish()
     for (const auto& runner : _jobs) {
         nxTradingStatistics& trading = runner->GetStatistics().trading;
         trading = _trading.GetStatistics(runner->GetJob());
-        nxTradingRecord::WriteResult(_output, runner->GetJob(), trading);
+        nxTradingRecord::WriteResult(_output, runner->GetJob(), trading,
+                                     _state.statistics.GetRowEventCount());
     }
     nxNoteWhatIsMissing(_state, _jobs, _trading, _source.GetProducts());
 }

@@ -23,11 +23,13 @@ double Number(const nxExactAmount& amount)
 void nxTradingRecord::WriteProduct(const nxMarket& market, const nxVenue::Product& product, long long time)
 {
     if (!_output.IsRecording()) return;
+    if (!_hasTerms) _WriteExchange(time);
     const nxProductDescription& terms = market.description;
     const double period = static_cast<double>(product.barPeriod) / nxTime::NanosecondsPerSecond;
     _output.RecordAt(time, "", "product",
                      {{"product", market.product.GetName()},
                       {"tickSize", Number(market.tickSize)},
+                      {"lotSize", Number(terms.lotSize)},
                       {"pointValue", Number(terms.pointValue)},
                       {"currency", terms.currency.IsUndefined() ? "" : terms.currency.GetAsString()},
                       {"makerFee", Number(terms.makerFee)},
@@ -36,6 +38,24 @@ void nxTradingRecord::WriteProduct(const nxMarket& market, const nxVenue::Produc
                       {"strategy", market.product.IsStrategy()},
                       {"bars", product.isOfBars},
                       {"barPeriod", period > 0 ? period : std::numeric_limits<double>::quiet_NaN()}});
+}
+
+void nxTradingRecord::_WriteExchange(long long time)
+{
+    _hasTerms = true;
+    const nxExchangeOptions& exchange = _state.options.exchange;
+    const double participation = exchange.participation;
+    _output.RecordAt(
+        time, "", "exchange",
+        {{"fills", exchange.fills->name},
+         {"queueModel", exchange.queue.model->name},
+         {"selfTrade", nxSelfTradeRule::Get(exchange.selfTrade).name},
+         {"beyond", exchange.walksBeyond ? "walk" : "wait"},
+         {"lateTrades", static_cast<double>(exchange.lateTrades) / nxTime::NanosecondsPerMillisecond},
+         {"barFills", exchange.bars.model->name},
+         {"barLimits", exchange.bars.isThrough ? "through" : "touch"},
+         {"participation", participation > 0 ? participation : std::numeric_limits<double>::quiet_NaN()},
+         {"barTime", _state.options.barsBearStart ? "start" : "end"}});
 }
 
 void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
@@ -62,11 +82,12 @@ void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEven
 }
 
 void nxTradingRecord::WriteResult(nxRunOutput& output, const nxLaunchedJob& job,
-                                  const nxTradingStatistics& trading)
+                                  const nxTradingStatistics& trading, unsigned long long row)
 {
     if (trading.orders == 0) return;
     output.Record(job, "result",
-                  {{"orders", trading.orders},
+                  {{"row", row},
+                   {"orders", trading.orders},
                    {"fills", trading.fills},
                    {"volume", trading.volume},
                    {"makerVolume", trading.makerVolume},

@@ -21,12 +21,17 @@ public:
     void WriteProduct(const nxMarket& market, const nxVenue::Product& product, long long time);
     void OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
                  const nxMarketProduct& market) override;
-    // A line, and one for each currency; nothing for a job without orders.
-    static void WriteResult(nxRunOutput& output, const nxLaunchedJob& job,
-                            const nxTradingStatistics& trading);
+    // A line, and one for each currency; nothing for a job without orders. row: the event that was the run's
+    // last.
+    static void WriteResult(nxRunOutput& output, const nxLaunchedJob& job, const nxTradingStatistics& trading,
+                            unsigned long long row);
 
 private:
+    // In front of the first product.
+    void _WriteExchange(long long time);
+
     nxRunOutput& _output;
     const nxRunState& _state;
     const nxLedger& _ledger;
+    bool _hasTerms = false;
 };

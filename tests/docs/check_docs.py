@@ -93,7 +93,7 @@ def check_record(program):
         types = re.findall(r"`(\w+)`", types)
         keys = set(re.findall(r'"(\w+)":', example))
         documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
-    for name in ("order", "orderEvent", "product", "fill", "result", "money"):
+    for name in ("order", "orderEvent", "exchange", "product", "fill", "result", "money"):
         keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
         documented |= {f"{name}.{key}" for key in keys} | {name}
     documented -= {"userLog.price", "userLog.why"}  # the example's fields
