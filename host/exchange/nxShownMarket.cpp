@@ -88,7 +88,7 @@ void nxShownMarket::Join()
 void nxShownMarket::Forget()
 {
     for (const nxSide side : nxSides) {
-        _best[side] = {};
+        _best[side] = _market.GetBest(side);
         _gone[side].clear();
     }
 }
