@@ -70,7 +70,8 @@ const nxExchangeOrder* nxExchangeBook::FindOwnCounterpart(const nxExchangeOrder&
         if (own.kind.owner == order.kind.owner) found = &own;
         return found == nullptr;
     });
-    if (found == nullptr || _isOfBars) return found;
+    if (found == nullptr || order.GetRemaining() == 0) return nullptr;
+    if (_isOfBars) return found;
     unsigned long long before = 0;
     _shown.ForEach(other, [&](const nxDecimal& price, unsigned int free) {
         if (nxIsBetter(other, found->terms.price, price)) return false;
