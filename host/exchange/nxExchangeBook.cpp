@@ -91,17 +91,18 @@ nxVolume nxExchangeBook::GetAhead(const nxExchangeOrder& order) const
 void nxExchangeBook::Enter(nxExchangeOrder& order)
 {
     if (!order.triggered) {
-        order.isResting = true;
-        if (!_TryStop(order)) {
-            _orders.GetStops().push_back(&order);
-        } else {
-            _Trigger(order);
-        }
-        return;
+        if (!_TryStop(order)) return AddStop(order);
+        return _Trigger(order);
     }
     // An order of bars is filled by a later bar.
     if (!_isOfBars) _Take(order);
     if (order.GetRemaining() != 0 && (_isOfBars || !order.kind.IsImmediate())) _Rest(order);
+}
+
+void nxExchangeBook::AddStop(nxExchangeOrder& order)
+{
+    order.isResting = true;
+    _orders.GetStops().push_back(&order);
 }
 
 void nxExchangeBook::_Take(nxExchangeOrder& order)

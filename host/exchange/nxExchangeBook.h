@@ -41,6 +41,8 @@ public:
 
     // Takes what the order can have at once, and lets the rest, if there is one, wait in the book.
     void Enter(nxExchangeOrder& order);
+    // A stop waits for what comes, whatever the market shows now.
+    void AddStop(nxExchangeOrder& order);
     void Remove(nxExchangeOrder& order) { _orders.Remove(order); }
     // Whether the whole order would fill at once.
     bool CanFill(const nxExchangeOrder& order) const;

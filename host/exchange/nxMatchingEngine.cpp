@@ -136,7 +136,12 @@ void nxMatchingEngine::_EnterOpening(Market& market)
             order->status = order->executed == 0 ? nxOrderStatus_Working : nxOrderStatus_PartiallyFilled;
             _Tell(*order, nxExchangeEvent::Kind::Triggered);
         }
-        _Start(*order);
+        // The market shows the end of the bar that a stop of bars is about to meet.
+        if (!order->triggered && market.book.IsOfBars()) {
+            market.book.AddStop(*order);
+        } else {
+            _Start(*order);
+        }
     }
 }
 
