@@ -36,11 +36,12 @@ nxDecimal nxBarMatcher::_FindStop(nxExchangeOrder& order, const nxFeedBar& bar) 
 // True when the order has left where it waited: it is filled, or was a stop.
 bool nxBarMatcher::_Fill(nxExchangeOrder& order, const nxFeedBar& bar, unsigned int& budget)
 {
+    if (order.GetRemaining() == 0) return false;
     const bool waited = !order.triggered;
     nxDecimal price = bar.open;
     if (waited) {
         price = _FindStop(order, bar);
-        if (!price.IsValid() || order.GetRemaining() == 0) return false;
+        if (!price.IsValid()) return false;
         _listener.Trigger(order);
         // Nobody knows where the price went from the stop on, so a limit beyond it waits for the next bar.
         if (!order.IsWithin(price)) return true;
