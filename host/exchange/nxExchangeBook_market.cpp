@@ -116,12 +116,14 @@ void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
     const nxVolume before = std::exchange(level.shown, shown);
     if (!shown.IsValid()) return;
     const unsigned int now = shown.GetValue();
+    unsigned int least = 0;  // by the power model a later order may move up by more, but passes nobody
     for (nxExchangeOrder* order : level.orders) {
         const nxVolume ahead = order->ahead;
         unsigned int left = ahead.IsValid() ? ahead.GetValue() : now;
         if (ahead.IsValid() && before.IsValid() && now < before.GetValue())
             left = _queue.Advance(left, before.GetValue(), before.GetValue() - now);
-        order->ahead = std::min(left, now);
+        least = std::max(least, std::min(left, now));
+        order->ahead = least;
         if (order->ahead != ahead) _listener.OnQueueMoved(*order, ahead, nxQueueMove::Shown);
     }
 }
