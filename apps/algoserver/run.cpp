@@ -10,6 +10,7 @@
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <set>
 
 #include "apps/algoserver/arguments.h"
 #include "base/log/nxConsoleLogDevice.h"
@@ -59,48 +60,42 @@ const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Det
                                                        {"warn", nxLogLevel_Warn},
                                                        {"error", nxLogLevel_Error}};
 
-std::map<std::string, const nxFillModel*> GetFillModels()
-{
-    std::map<std::string, const nxFillModel*> models;
-    for (const nxFillModel& model : nxFillModel::GetAll())
-        models[model.name] = &model;
-    return models;
-}
-
 // "queue (behind what the market shows), cross (only when traded through) or touch (at once)"
-std::string DescribeFillModels()
+template <class Model>
+std::string DescribeModels()
 {
     std::string text;
-    for (const nxFillModel& model : nxFillModel::GetAll()) {
-        const bool isLast = &model == &nxFillModel::GetAll().back();
+    for (const Model& model : Model::GetAll()) {
+        const bool isLast = &model == &Model::GetAll().back();
         text += fmt::format("{}{} ({})", text.empty() ? "" : isLast ? " or " : ", ", model.name, model.help);
     }
     return text;
 }
 
-std::string DescribeQueueModels()
+// "queue|cross|touch [queue]"
+template <class Model>
+std::string ListModels()
 {
     std::string text;
-    for (const nxQueueModel& model : nxQueueModel::GetAll())
-        text += fmt::format("{}{} ({})", text.empty() ? "" : ", ", model.name, model.help);
-    return text;
-}
-
-std::string ListQueueModels()
-{
-    std::string text;
-    for (const nxQueueModel& model : nxQueueModel::GetAll())
-        text +=
-            fmt::format("{}{}{}", text.empty() ? "" : "|", model.name, model.takesPower ? "[:POWER]" : "");
-    return fmt::format("{} [{}]", text, nxQueueModel::GetAll().front().name);
-}
-
-std::string ListFillModels()
-{
-    std::string text;
-    for (const nxFillModel& model : nxFillModel::GetAll())
+    for (const Model& model : Model::GetAll()) {
         text += fmt::format("{}{}", text.empty() ? "" : "|", model.name);
-    return fmt::format("{} [{}]", text, nxFillModel::GetDefault().name);
+        if constexpr (requires { model.takesPower; }) text += model.takesPower ? "[:POWER]" : "";
+    }
+    return fmt::format("{} [{}]", text, Model::GetAll().front().name);
+}
+
+// An option that names one of a table of models or rules; take(model) gets it.
+template <class Model, class Take>
+void AddModel(CLI::App& run, const std::string& option, Take take, const std::string& help)
+{
+    std::set<std::string> names;
+    for (const Model& model : Model::GetAll())
+        names.insert(model.name);
+    run.add_option_function<std::string>(
+           option, [take](const std::string& name) { take(*Model::Find(name)); },
+           help + DescribeModels<Model>())
+        ->check(CLI::IsMember(names))
+        ->option_text(ListModels<Model>());
 }
 
 // Names what has to be given, which the library would show as optional: Run tells of a missing script itself,
@@ -201,22 +196,50 @@ void AddData(CLI::App& run, RunArguments& arguments)
 void AddExchange(CLI::App& run, RunArguments& arguments)
 {
     nxExchangeOptions& exchange = arguments.options.exchange;
-    run.add_option_function<std::string>(
-           "--fills", [&exchange](const std::string& name) { exchange.fills = nxFillModel::Find(name); },
-           "How resting orders are filled: " + DescribeFillModels())
-        ->check(CLI::IsMember(GetFillModels()))
-        ->option_text(ListFillModels());
+    AddModel<nxFillModel>(
+        run, "--fills", [&exchange](const nxFillModel& model) { exchange.fills = &model; },
+        "How resting orders are filled: ");
     run.add_option_function<std::string>(
            "--queue-model",
            [&exchange](const std::string& text) {
                if (!exchange.queue.SetFromText(text))
-                   throw CLI::ValidationError("--queue-model", text + " is none of " + ListQueueModels());
+                   throw CLI::ValidationError("--queue-model",
+                                              text + " is none of " + ListModels<nxQueueModel>());
            },
-           "Where those stood who cancel in the queue of a resting order: " + DescribeQueueModels())
-        ->option_text(ListQueueModels());
+           "Where those stood who cancel in the queue of a resting order: " + DescribeModels<nxQueueModel>())
+        ->option_text(ListModels<nxQueueModel>());
+    AddModel<nxSelfTradeRule>(
+        run, "--self-trade", [&exchange](const nxSelfTradeRule& rule) { exchange.selfTrade = rule.rule; },
+        "When an order would trade with a resting one of the same script: ");
+    run.add_option_function<std::string>(
+           "--beyond", [&exchange](const std::string& name) { exchange.walksBeyond = name == "walk"; },
+           "Where the data show the best price alone, the rest of a MARKET order goes on a tick worse for "
+           "each further mean size of that price (walk), or waits for what is shown next (wait) [walk]")
+        ->check(CLI::IsMember({"walk", "wait"}))
+        ->option_text("walk|wait");
+    run.add_option_function<double>(
+           "--late-trades",
+           [&exchange](double milliseconds) {
+               exchange.lateTrades = std::llround(milliseconds * nxTime::NanosecondsPerMillisecond);
+           },
+           "Milliseconds by which a trade may be recorded after the change of size that it caused and still "
+           "count once [100]")
+        ->check(IsNumber(0, 3'600'000, "from 0 to 3600000"))
+        ->option_text("MS");
     run.add_flag("--envelope", arguments.envelope,
-                 "Run under the other fill models, with a queue that only trades move, and with twice the "
-                 "latency, too, and print what each comes to after the summary");
+                 "Run under the other fill models and with a queue that only trades move, over bars under "
+                 "the other --bar-fills and --bar-limits through, and with twice the latency, too, and print "
+                 "what each comes to after the summary");
+    AddModel<nxBarModel>(
+        run, "--bar-fills", [&exchange](const nxBarModel& model) { exchange.bars.model = &model; },
+        "With bars: where orders are filled that a bar meets at its open or by their stop: ");
+    run.add_option_function<std::string>(
+           "--bar-limits",
+           [&exchange](const std::string& name) { exchange.bars.isThrough = name == "through"; },
+           "With bars: what fills a limit that rests: touch (the range comes to its price) or through (it "
+           "goes beyond)")
+        ->check(CLI::IsMember({"touch", "through"}))
+        ->option_text("touch|through [touch]");
     AddRepeated(run, "--explain", arguments.options.explain,
                 "Tell the story of the order with that number after the summary; may be repeated")
         ->type_name("ORDER_ID");

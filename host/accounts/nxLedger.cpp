@@ -24,16 +24,24 @@ nxLedger::Holding& nxLedger::_Get(unsigned int job, unsigned int product)
 
 void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event, const nxMarketProduct&)
 {
-    if (event.kind != nxExchangeEvent::Kind::Filled) return;
+    const bool isSelfTrade = event.error == nxError_OrderMeetsOwn;
+    if (event.kind != nxExchangeEvent::Kind::Filled && !isSelfTrade) return;
     if (order.kind.owner >= _jobs.size()) _jobs.resize(order.kind.owner + 1);
     nxTradingStatistics& job = _jobs[order.kind.owner];
-    ++job.fills;
-    job.volume += event.fillVolume;
-    if (event.isMaker) job.makerVolume += event.fillVolume;
+    if (isSelfTrade) {
+        ++job.selfTrades;
+        return;
+    }
+    job.AddFill(event.fillVolume, event.isMaker, event.cause);
     Holding& holding = _Get(order.kind.owner, order.kind.product);
     holding.account.AddFill(order.kind.side, event.fillPrice, event.fillVolume, event.isMaker);
     holding.isFilled = true;
     _filled.emplace_back(order.kind.owner, order.kind.product);
+}
+
+const nxProductAccount& nxLedger::GetAccount(unsigned int job, unsigned int product) const
+{
+    return std::ranges::find(_products[product].holdings, job, &Holding::job)->account;
 }
 
 nxTradingStatistics nxLedger::GetStatistics(unsigned int job) const

@@ -31,6 +31,8 @@ public:
     // The market of a product may have moved. bar: by that one, else null.
     void Mark(unsigned int product, const nxFeedBar* bar);
 
+    // Of a job that was filled in the product.
+    const nxProductAccount& GetAccount(unsigned int job, unsigned int product) const;
     // Without orders, which the ledger does not count.
     nxTradingStatistics GetStatistics(unsigned int job) const;
 

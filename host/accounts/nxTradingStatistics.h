@@ -4,6 +4,7 @@
 
 #include "base/enums/nxCurrencyEnum.h"
 #include "base/values/nxExactAmount.h"
+#include "host/exchange/nxBookListener.h"
 
 // What one job's orders came to. Everything is zero while it sends none.
 struct nxTradingStatistics
@@ -22,12 +23,27 @@ struct nxTradingStatistics
         bool hasBars = false;  // what was open met a bar
     };
 
-    unsigned long long orders = 0;  // sent, with the children of brackets
+    unsigned long long orders = 0;     // sent, with the children of brackets
+    unsigned long long barOrders = 0;  // of these, in products of bars
     unsigned long long fills = 0;
-    unsigned long long volume = 0;
+    unsigned long long volume = 0;  // without what own orders traded with each other
     unsigned long long makerVolume = 0;
+    unsigned long long assumedVolume = 0;  // filled in the book that is assumed behind the best price
+    unsigned long long selfVolume = 0;     // that own orders traded with each other
+    unsigned long long selfTrades = 0;     // orders that were refused or ended because they would have
     std::vector<Money> money;
 
+    void AddFill(unsigned int lots, bool isMaker, nxFillCause cause)
+    {
+        ++fills;
+        if (cause == nxFillCause::OwnOrder) {
+            selfVolume += lots;
+            return;
+        }
+        volume += lots;
+        if (isMaker) makerVolume += lots;
+        if (cause == nxFillCause::Assumed) assumedVolume += lots;
+    }
     Money& operator[](const nxCurrencyEnum& currency)
     {
         for (Money& known : money)

@@ -5,16 +5,6 @@
 #include "host/exchange/nxPriceDistance.h"
 #include "host/exchange/nxShownMarket.h"
 
-namespace {
-
-// The bar's end that is farthest up for a buy, farthest down for a sell.
-const nxDecimal& GetFarEnd(const nxFeedBar& bar, nxSide side)
-{
-    return side == nxSide::Buy ? bar.high : bar.low;
-}
-
-}  // namespace
-
 // The price at which a stop is reached within the bar; null when it is not. One that trails is tried where it
 // stands and then follows the bar's far end, from where the close may have come back to it.
 nxDecimal nxBarMatcher::_FindStop(nxExchangeOrder& order, const nxFeedBar& bar) const
@@ -25,12 +15,32 @@ nxDecimal nxBarMatcher::_FindStop(nxExchangeOrder& order, const nxFeedBar& bar) 
     };
     nxDecimal& stop = order.terms.stopPrice;
     if (reaches(bar.open, stop)) return bar.open;
-    if (reaches(GetFarEnd(bar, side), stop)) return stop;
+    if (reaches(nxGetFarEnd(bar, side), stop)) return stop;
     if (!order.trailDistance.IsValid()) return {};
-    const nxDecimal moved = nxGetPriceBeyond(side, GetFarEnd(bar, nxGetOpposite(side)), order.trailDistance);
+    const nxDecimal moved =
+        nxGetPriceBeyond(side, nxGetFarEnd(bar, nxGetOpposite(side)), order.trailDistance);
     if (reaches(moved, stop)) return {};
     stop = moved;
     return reaches(bar.close, moved) ? moved : nxDecimal();
+}
+
+// Whether a bar that comes to that price fills an order that is in the market.
+bool nxBarMatcher::_IsReached(const nxExchangeOrder& order, const nxDecimal& price) const
+{
+    const bool isBeyond = !_rule.isThrough || order.kind.isMarket || price != order.terms.price;
+    return isBeyond && order.IsWithin(price);
+}
+
+// Of an order that does not rest at its price. One that has named a price, a stop or a limit, is not filled
+// better than where the bar met it, and never beyond its limit.
+nxDecimal nxBarMatcher::_FindPrice(const nxExchangeOrder& order, const nxFeedBar& bar,
+                                   const nxDecimal& met) const
+{
+    const nxSide side = order.kind.side;
+    const nxDecimal price = _rule.model->findPrice(bar, side, _tick, met);
+    const bool hasPrice = order.kind.IsStop() || !order.kind.isMarket;
+    if (hasPrice && nxIsBetter(side, met, price)) return met;
+    return order.IsWithin(price) ? price : order.terms.price;
 }
 
 // True when the order has left where it waited: it is filled, or was a stop.
@@ -38,22 +48,23 @@ bool nxBarMatcher::_Fill(nxExchangeOrder& order, const nxFeedBar& bar, unsigned 
 {
     if (order.GetRemaining() == 0) return false;
     const bool waited = !order.triggered;
-    nxDecimal price = bar.open;
+    nxDecimal met = bar.open;
+    bool isMaker = false;
     if (waited) {
-        price = _FindStop(order, bar);
-        if (!price.IsValid()) return false;
+        met = _FindStop(order, bar);
+        if (!met.IsValid()) return false;
         _listener.Trigger(order);
         // Nobody knows where the price went from the stop on, so a limit beyond it waits for the next bar.
-        if (!order.IsWithin(price)) return true;
-    } else if (!order.IsWithin(bar.open)) {
-        if (!order.IsWithin(GetFarEnd(bar, nxGetOpposite(order.kind.side)))) return false;
-        price = order.terms.price;
+        if (!order.IsWithin(met)) return true;
+    } else if (!_IsReached(order, bar.open)) {
+        if (!_IsReached(order, nxGetFarEnd(bar, nxGetOpposite(order.kind.side)))) return false;
+        isMaker = true;
     }
     const unsigned int volume = std::min(order.GetRemaining(), budget);
     const bool isPart = order.kind.execution == nxOrderExecution::FillOrKill && volume < order.GetRemaining();
     if (volume == 0 || isPart) return waited;
     budget -= volume;
-    const bool isMaker = !waited && !order.kind.isMarket && price != bar.open;
+    const nxDecimal price = isMaker ? order.terms.price : _FindPrice(order, bar, met);
     _listener.Fill(order, price, volume, isMaker, nxFillCause::Bar);
     return waited || order.GetRemaining() == 0;
 }

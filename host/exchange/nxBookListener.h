@@ -3,7 +3,11 @@
 #include "host/exchange/nxExchangeOrder.h"
 
 // Why there was a fill.
-enum class nxFillCause { Took, Touched, TradedThrough, Queue, Crossed, Bar, OwnOrder };
+enum class nxFillCause { Took, Touched, TradedThrough, Queue, Crossed, Bar, OwnOrder, Assumed };
+
+// As the run's record has it, and as a sentence tells it.
+const char* nxGetName(nxFillCause cause);
+const char* nxGetText(nxFillCause cause);
 
 // Why an order's place in the queue is another one.
 enum class nxQueueMove { Joined, Traded, Shown };
@@ -17,6 +21,8 @@ public:
                         nxFillCause cause) = 0;
     virtual void OnTriggered(nxExchangeOrder& order) = 0;
     virtual void OnQueueMoved(nxExchangeOrder& order, const nxVolume& before, nxQueueMove move) = 0;
+    // The order, which has left the book, has to end because it would trade with the other one of its owner.
+    virtual void OnSelfTrade(nxExchangeOrder& order, const nxExchangeOrder& other) = 0;
 
     // Counts a fill in the order and tells of it.
     void Fill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume, bool isMaker,

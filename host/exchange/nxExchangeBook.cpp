@@ -14,33 +14,61 @@ unsigned int GetVisible(const nxExchangeOrder& order)
 
 }  // namespace
 
-nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, const nxFillRule& rule,
-                               const nxQueueRule& queue, nxExactRandom& random, nxBookListener& listener)
+nxExchangeBook::nxExchangeBook(const nxMarketProduct& market, const nxDecimal& tickSize,
+                               const nxBookRules& rules, nxExactRandom& random, nxBookListener& listener)
     : _market(market),
-      _rule(rule),
-      _queue(queue),
+      _tickSize(tickSize),
+      _rules(rules),
       _random(random),
       _listener(listener),
       _shown(market),
-      _bars(_orders, listener)
+      _bars(_orders, listener, rules.bars)
 {
 }
 
-bool nxExchangeBook::CanFill(const nxExchangeOrder& order) const
+template <class Visit>
+void nxExchangeBook::_ForEachOffered(const nxExchangeOrder& order, Visit visit)
 {
+    const nxSide other = nxGetOpposite(order.kind.side);
+    bool isMore = true;
+    _shown.ForEach(other, [&](const nxDecimal& price, unsigned int free) {
+        return isMore = order.IsWithin(price) && visit(price, free, false);
+    });
+    if (!isMore || !order.kind.isMarket || !_rules.walksBeyond) return;
+    _shown.ForEachAssumed(
+        other, _tickSize.IsValid() ? _tickSize : nxDecimalOne,
+        [&](const nxDecimal& price, unsigned int free) { return visit(price, free, true); });
+}
+
+bool nxExchangeBook::CanFill(const nxExchangeOrder& order)
+{
+    const nxSide other = nxGetOpposite(order.kind.side);
+    const nxExchangeOrder* const end =
+        _rules.selfTrade == nxSelfTrade::CancelNewest ? _FindMet(order) : nullptr;
     unsigned long long sum = 0;
-    _shown.ForEach(nxGetOpposite(order.kind.side), [&](const nxDecimal& price, unsigned int free) {
-        if (!order.IsWithin(price)) return false;
+    _ForEachOffered(order, [&](const nxDecimal& price, unsigned int free, bool) {
+        if (end != nullptr && nxIsBetter(other, end->terms.price, price)) return false;
         sum += free;
         return sum < order.GetRemaining();
     });
-    if (!order.kind.crossProtected) {
+    if (_rules.selfTrade == nxSelfTrade::Meet) {
         _orders.ForEachReached(order, [&](const nxExchangeOrder& own) {
             if (_Meets(order, own)) sum += own.GetRemaining() - _GetSharedWithBetter(own);
             return sum < order.GetRemaining();
         });
     }
     return sum >= order.GetRemaining();
+}
+
+// The first own order that the order would come to; null for none.
+const nxExchangeOrder* nxExchangeBook::_FindMet(const nxExchangeOrder& order) const
+{
+    const nxExchangeOrder* found = nullptr;
+    _orders.ForEachReached(order, [&](const nxExchangeOrder& own) {
+        if (_Meets(order, own)) found = &own;
+        return found == nullptr;
+    });
+    return found;
 }
 
 bool nxExchangeBook::_Meets(const nxExchangeOrder& order, const nxExchangeOrder& own) const
@@ -62,7 +90,7 @@ unsigned int nxExchangeBook::_GetSharedWithBetter(const nxExchangeOrder& own) co
 }
 
 // What the market shows is met before own orders at the same price, and may be enough.
-const nxExchangeOrder* nxExchangeBook::FindOwnCounterpart(const nxExchangeOrder& order) const
+const nxExchangeOrder* nxExchangeBook::FindOwnCounterpart(const nxExchangeOrder& order)
 {
     const nxSide other = nxGetOpposite(order.kind.side);
     const nxExchangeOrder* found = nullptr;
@@ -73,7 +101,7 @@ const nxExchangeOrder* nxExchangeBook::FindOwnCounterpart(const nxExchangeOrder&
     if (found == nullptr || order.GetRemaining() == 0) return nullptr;
     if (_isOfBars) return found;
     unsigned long long before = 0;
-    _shown.ForEach(other, [&](const nxDecimal& price, unsigned int free) {
+    _ForEachOffered(order, [&](const nxDecimal& price, unsigned int free, bool) {
         if (nxIsBetter(other, found->terms.price, price)) return false;
         before += free;
         return before < order.GetRemaining();
@@ -96,7 +124,8 @@ void nxExchangeBook::Enter(nxExchangeOrder& order)
     }
     // An order of bars is filled by a later bar.
     if (!_isOfBars) _Take(order);
-    if (order.GetRemaining() != 0 && (_isOfBars || !order.kind.IsImmediate())) _Rest(order);
+    const bool isLeft = order.GetRemaining() != 0 && order.IsAlive();
+    if (isLeft && (_isOfBars || !order.kind.IsImmediate())) _Rest(order);
 }
 
 void nxExchangeBook::AddStop(nxExchangeOrder& order)
@@ -108,17 +137,17 @@ void nxExchangeBook::AddStop(nxExchangeOrder& order)
 void nxExchangeBook::_Take(nxExchangeOrder& order)
 {
     const nxSide other = nxGetOpposite(order.kind.side);
-    _shown.ForEach(other, [&](const nxDecimal& price, unsigned int free) {
-        if (!order.IsWithin(price)) return false;
+    _ForEachOffered(order, [&](const nxDecimal& price, unsigned int free, bool isAssumed) {
         _TakeOwn(order, &price);
+        if (!order.IsAlive()) return false;
         const unsigned int volume = std::min(order.GetRemaining(), free);
         if (volume != 0) {
-            _shown.Take(other, price, volume);
-            _listener.Fill(order, price, volume, false, nxFillCause::Took);
+            isAssumed ? _shown.TakeAssumed(other, volume) : _shown.Take(other, price, volume);
+            _listener.Fill(order, price, volume, false, isAssumed ? nxFillCause::Assumed : nxFillCause::Took);
         }
         return order.GetRemaining() != 0;
     });
-    if (order.GetRemaining() != 0) _TakeOwn(order, nullptr);
+    _TakeOwn(order, nullptr);
 }
 
 // Own orders of the other side whose price is better than the bound, or any within the limit without one.
@@ -127,27 +156,48 @@ void nxExchangeBook::_TakeOwn(nxExchangeOrder& order, const nxDecimal* bound)
     if (order.kind.crossProtected) return;
     const nxSide other = nxGetOpposite(order.kind.side);
     _orders.ForEachLevel(other, [&](const nxDecimal& price, Level& level) {
-        if (order.GetRemaining() == 0 || !order.IsWithin(price)) return false;
+        if (order.GetRemaining() == 0 || !order.IsAlive() || !order.IsWithin(price)) return false;
         if (bound != nullptr && !nxIsBetter(other, price, *bound)) return false;
-        for (std::size_t i = 0; i < level.orders.size() && order.GetRemaining() != 0;) {
-            nxExchangeOrder& own = *level.orders[i];
-            const unsigned int volume = std::min(order.GetRemaining(), own.GetRemaining());
-            if (!_Meets(order, own) || volume == 0) {
+        for (std::size_t i = 0; i < level.orders.size() && order.GetRemaining() != 0;)
+            if (!_Meets(order, *level.orders[i]) || level.orders[i]->GetRemaining() == 0) {
                 ++i;
-                continue;
+            } else if (!_MeetOwn(order, level, i, price)) {
+                return false;
             }
-            own.displayed -= std::min(own.displayed, volume);
-            _listener.Fill(own, price, volume, true, nxFillCause::OwnOrder);
-            _listener.Fill(order, price, volume, false, nxFillCause::OwnOrder);
-            // Of two one is done now: either the own one goes or the loop ends.
-            if (own.GetRemaining() == 0) {
-                level.Erase(i);
-            } else {
-                _Replenish(level, i);
-            }
-        }
         return true;
     });
+}
+
+// Does with the order, and the one at the index, what the rule says. False when the order has ended.
+bool nxExchangeBook::_MeetOwn(nxExchangeOrder& order, Level& level, std::size_t& index,
+                              const nxDecimal& price)
+{
+    nxExchangeOrder& own = *level.orders[index];
+    switch (_rules.selfTrade) {
+        case nxSelfTrade::CancelNewest:
+        case nxSelfTrade::Refuse:
+            order.isResting = false;
+            _listener.OnSelfTrade(order, own);
+            return false;
+        case nxSelfTrade::CancelOldest:
+            level.Erase(index);
+            own.isResting = false;
+            _listener.OnSelfTrade(own, order);
+            return true;
+        case nxSelfTrade::Meet:
+            break;
+    }
+    const unsigned int volume = std::min(order.GetRemaining(), own.GetRemaining());
+    own.displayed -= std::min(own.displayed, volume);
+    _listener.Fill(own, price, volume, true, nxFillCause::OwnOrder);
+    _listener.Fill(order, price, volume, false, nxFillCause::OwnOrder);
+    // Of two one is done now: either the own one goes or the loop ends.
+    if (own.GetRemaining() == 0) {
+        level.Erase(index);
+    } else {
+        _Replenish(level, index);
+    }
+    return true;
 }
 
 void nxExchangeBook::_Rest(nxExchangeOrder& order)
@@ -159,7 +209,7 @@ void nxExchangeBook::_Rest(nxExchangeOrder& order)
     }
     Level& level = _orders.GetLevels(order.kind.side)[order.terms.price];
     if (level.orders.empty()) level.shown = _shown.GetVolume(order.kind.side, order.terms.price);
-    order.ahead = level.shown;
+    level.Join(order);
     order.displayed = 0;
     level.orders.push_back(&order);
     _Replenish(level, level.orders.size() - 1);
@@ -179,7 +229,7 @@ bool nxExchangeBook::_Replenish(Level& level, std::size_t index)
     const unsigned int most = nxOrderTerms::GetOr(terms.icebergMaxPeak, least);
     const auto peak = static_cast<unsigned int>(least + _random.GetBelow(most - least + 1ull));
     order.displayed = std::min(peak, order.GetRemaining());
-    order.ahead = level.shown;
+    level.Join(order);
     const auto position = level.orders.begin() + static_cast<std::ptrdiff_t>(index);
     std::rotate(position, position + 1, level.orders.end());
     return true;

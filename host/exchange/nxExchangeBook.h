@@ -6,9 +6,9 @@
 #include "base/values/nxExactRandom.h"
 #include "host/exchange/nxBarMatcher.h"
 #include "host/exchange/nxBookListener.h"
-#include "host/exchange/nxFillModel.h"
+#include "host/exchange/nxBookRules.h"
+#include "host/exchange/nxLateTrades.h"
 #include "host/exchange/nxOwnOrders.h"
-#include "host/exchange/nxQueueModel.h"
 #include "host/exchange/nxShownMarket.h"
 #include "host/feed/nxFeedEvent.h"
 
@@ -23,7 +23,7 @@ class nxExchangeBook
 {
 public:
     // Market, random numbers and listener outlive the book.
-    nxExchangeBook(const nxMarketProduct& market, const nxFillRule& rule, const nxQueueRule& queue,
+    nxExchangeBook(const nxMarketProduct& market, const nxDecimal& tickSize, const nxBookRules& rules,
                    nxExactRandom& random, nxBookListener& listener);
     nxExchangeBook(const nxExchangeBook&) = delete;
     nxExchangeBook& operator=(const nxExchangeBook&) = delete;
@@ -35,6 +35,7 @@ public:
         _isOfBars = true;
         _bars.SetPeriod(period);
     }
+    void SetTickSize(const nxDecimal& tickSize) { _tickSize = tickSize; }
     bool IsOfBars() const { return _isOfBars; }
     // 0: any volume fills; else this share of a bar's volume, in hundredths, rounded down.
     void SetParticipation(unsigned int hundredths) { _bars.SetParticipation(hundredths); }
@@ -45,9 +46,9 @@ public:
     void AddStop(nxExchangeOrder& order);
     void Remove(nxExchangeOrder& order) { _orders.Remove(order); }
     // Whether the whole order would fill at once.
-    bool CanFill(const nxExchangeOrder& order) const;
+    bool CanFill(const nxExchangeOrder& order);
     // A resting order of the same owner that the order would trade with; null if there is none.
-    const nxExchangeOrder* FindOwnCounterpart(const nxExchangeOrder& order) const;
+    const nxExchangeOrder* FindOwnCounterpart(const nxExchangeOrder& order);
     // What an order would have ahead if it joined the queue at its price now; null where that is not known.
     nxVolume GetAhead(const nxExchangeOrder& order) const;
     // Best prices of the resting orders of an owner; null where there is none.
@@ -56,9 +57,11 @@ public:
     // for a sell.
     nxDecimal GetStopReference(nxSide side) const;
 
+    const nxLateTrades& GetLateTrades() const { return _lateTrades; }
+
     // What the market did, after the market shows it.
-    void OnQuote(const nxFeedQuote& quote);
-    void OnDepth(std::span<const nxFeedLevel> levels);
+    void OnQuote(const nxFeedQuote& quote, long long time);
+    void OnDepth(std::span<const nxFeedLevel> levels, long long time);
     void OnBar(const nxFeedBar& bar, long long time);
     // Looks at the whole market anew, after a time in which the book was not told of it.
     void Resume();
@@ -77,8 +80,14 @@ private:
     // Whether they would trade with each other.
     bool _Meets(const nxExchangeOrder& order, const nxExchangeOrder& own) const;
     unsigned int _GetSharedWithBetter(const nxExchangeOrder& own) const;
+    // fn(price, free, isAssumed) over what the market offers to the order within its limit, from the best
+    // price on until it answers false.
+    template <class Visit>
+    void _ForEachOffered(const nxExchangeOrder& order, Visit visit);
     void _Take(nxExchangeOrder& order);
     void _TakeOwn(nxExchangeOrder& order, const nxDecimal* bound);
+    bool _MeetOwn(nxExchangeOrder& order, Level& level, std::size_t& index, const nxDecimal& price);
+    const nxExchangeOrder* _FindMet(const nxExchangeOrder& order) const;
     void _Rest(nxExchangeOrder& order);
     void _FillResting(Level& level, std::size_t& index, const nxDecimal& price, unsigned int& budget,
                       nxFillCause cause);
@@ -92,6 +101,7 @@ private:
     void _TakeTraded(nxSide side, const nxDecimal& price, const nxVolume& traded,
                      const nxBuySellEnum& aggressor);
     void _RefreshLevel(Level& level, const nxVolume& shown);
+    unsigned int _RecallCancelled(Level& level, unsigned int traded);
     void _RefreshAll(nxSide side);
     bool _RefreshBest(nxSide side, bool isGiven);
     // Of the orders of a side.
@@ -102,13 +112,15 @@ private:
     void _Trigger(nxExchangeOrder& order);
 
     const nxMarketProduct& _market;
-    const nxFillRule _rule;
-    const nxQueueRule _queue;
+    nxDecimal _tickSize;  // null: 1
+    const nxBookRules _rules;
     nxExactRandom& _random;
     nxBookListener& _listener;
     nxShownMarket _shown;
     nxOwnOrders _orders;
     nxBarMatcher _bars;
+    nxLateTrades _lateTrades;
+    long long _time = 0;  // of the market's latest row
     bool _hasTraded = false;
     bool _isOfBars = false;
 };

@@ -43,7 +43,7 @@ void nxExchangeBook::_FillQueue(Level& level, const nxDecimal& price, unsigned i
 {
     assert(IsQueue(level.orders));
     unsigned int consumed = 0;  // of the recorded volume
-    for (std::size_t i = 0; _rule.fillsAtPrice && budget != 0 && i < level.orders.size();) {
+    for (std::size_t i = 0; _rules.fills->rule.fillsAtPrice && budget != 0 && i < level.orders.size();) {
         const nxVolume ahead = level.orders[i]->ahead;
         if (!ahead.IsValid()) {
             ++i;
@@ -86,21 +86,24 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
     for (const nxSide side : nxSides) {
         // A trade of unknown size fills all that it went beyond, and takes nothing from a queue.
         unsigned int budget = traded.IsValid() ? traded.GetValue() : nxShownMarket::Unlimited;
+        unsigned int explained = 0;  // of it, by what the data show already
         const bool hitsAtPrice = HitsAtPrice(side, aggressor);
         _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
             const bool isThrough = nxIsBetter(side, own, price);
             if (!isThrough && own != price) return false;
-            if (_rule.fillsWhole && (isThrough || hitsAtPrice)) {
+            if (_rules.fills->rule.fillsWhole && (isThrough || hitsAtPrice)) {
                 _FillWhole(level, own);
             } else if (isThrough) {
                 _FillThrough(level, own, budget, nxFillCause::TradedThrough);
                 _PassQueue(level);
             } else if (hitsAtPrice && traded.IsValid()) {
+                explained = _RecallCancelled(level, traded.GetValue());
                 _FillQueue(level, own, traded.GetValue(), budget);
             }
             return isThrough;
         });
-        _TakeTraded(side, price, traded, aggressor);
+        _TakeTraded(side, price, traded.IsValid() ? nxVolume(traded.GetValue() - explained) : traded,
+                    aggressor);
     }
 }
 
@@ -114,18 +117,43 @@ void nxExchangeBook::_RefreshLevel(Level& level, const nxVolume& shown)
 {
     assert(IsQueue(level.orders));
     const nxVolume before = std::exchange(level.shown, shown);
+    const bool isLess = shown.IsValid() && before.IsValid() && shown.GetValue() < before.GetValue();
+    const unsigned int gone = isLess ? before.GetValue() - shown.GetValue() : 0;
+    if (!shown.IsValid() || (isLess && level.cancelledAt < nxTime::GetEarlier(_time, _rules.lateTrades)))
+        level.ForgetCancelled();
     if (!shown.IsValid()) return;
+    if (isLess && _rules.lateTrades > 0) level.NoteCancelled(gone, _time);
     const unsigned int now = shown.GetValue();
     unsigned int least = 0;  // by the power model a later order may move up by more, but passes nobody
     for (nxExchangeOrder* order : level.orders) {
         const nxVolume ahead = order->ahead;
         unsigned int left = ahead.IsValid() ? ahead.GetValue() : now;
-        if (ahead.IsValid() && before.IsValid() && now < before.GetValue())
-            left = _queue.Advance(left, before.GetValue(), before.GetValue() - now);
+        if (ahead.IsValid() && isLess) left = _rules.queue.Advance(left, before.GetValue(), gone);
         least = std::max(least, std::min(left, now));
         order->ahead = least;
+        if (isLess && ahead.IsValid()) order->movedUp += ahead.GetValue() - order->ahead.GetValue();
         if (order->ahead != ahead) _listener.OnQueueMoved(*order, ahead, nxQueueMove::Shown);
     }
+}
+
+// A trade at the level's price that is recorded after the change of size that it caused: what counted as
+// cancelled stands in the queue again, as far as the trade explains it.
+unsigned int nxExchangeBook::_RecallCancelled(Level& level, unsigned int traded)
+{
+    ++_lateTrades.all;
+    if (level.cancelled == 0 || level.cancelledAt < nxTime::GetEarlier(_time, _rules.lateTrades)) return 0;
+    ++_lateTrades.late;
+    const unsigned int back = std::min(traded, level.cancelled);
+    for (nxExchangeOrder* order : level.orders) {
+        if (!order->ahead.IsValid()) continue;
+        const unsigned long long share = 1ull * order->movedUp * back + level.cancelled - 1;
+        const auto part = static_cast<unsigned int>(share / level.cancelled);
+        order->movedUp -= part;
+        order->ahead = order->ahead.GetValue() + part;
+    }
+    level.cancelled -= back;
+    if (level.shown.IsValid()) level.shown = level.shown.GetValue() + back;
+    return back;
 }
 
 void nxExchangeBook::_RefreshAll(nxSide side)
@@ -158,7 +186,7 @@ void nxExchangeBook::_MeetQuotes(nxSide side)
     for (std::size_t i = 0; i < unlimited.size();) {
         nxExchangeOrder& order = *unlimited[i];
         if (order.kind.side == side) _Take(order);
-        if (order.GetRemaining() == 0) {
+        if (order.GetRemaining() == 0 || !order.IsAlive()) {
             unlimited.erase(unlimited.begin() + static_cast<std::ptrdiff_t>(i));
         } else {
             ++i;
@@ -176,11 +204,12 @@ void nxExchangeBook::_MeetQuotes(nxSide side)
 // What orders take of the free volume of a quote.
 unsigned int nxExchangeBook::_MeetQuote(nxSide side, const nxDecimal& quote, unsigned int free)
 {
-    unsigned int budget = _rule.fillsWhole ? nxShownMarket::Unlimited : free;
+    unsigned int budget = _rules.fills->rule.fillsWhole ? nxShownMarket::Unlimited : free;
     const unsigned int begin = budget;
     _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
         if (nxIsBetter(side, quote, own)) return false;
-        _FillThrough(level, own, budget, _rule.fillsWhole ? nxFillCause::Touched : nxFillCause::Crossed);
+        _FillThrough(level, own, budget,
+                     _rules.fills->rule.fillsWhole ? nxFillCause::Touched : nxFillCause::Crossed);
         return budget != 0;
     });
     return std::min(free, begin - budget);
@@ -227,9 +256,10 @@ void nxExchangeBook::_Trigger(nxExchangeOrder& order)
     Enter(order);
 }
 
-void nxExchangeBook::OnQuote(const nxFeedQuote& quote)
+void nxExchangeBook::OnQuote(const nxFeedQuote& quote, long long time)
 {
     if (_isOfBars) return;
+    _time = time;
     const nxDecimal& last = _market.GetPrice().GetLastPrice();
     const bool isTrade = quote.IsTrade() && last.IsValid();
     if (isTrade) _OnTrade(last, quote.lastVolume, quote.side);
@@ -244,9 +274,10 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote)
     if (isTrade || !_hasTraded) _TryStops();
 }
 
-void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels)
+void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels, long long time)
 {
     if (_isOfBars) return;
+    _time = time;
     if (_shown.UseDepth()) Resume();
     for (const nxFeedLevel& level : levels) {
         _shown.ShowLevel(level.side, level.price, level.volume.GetValue());
@@ -281,5 +312,5 @@ void nxExchangeBook::Resume()
 void nxExchangeBook::OnBar(const nxFeedBar& bar, long long time)
 {
     _isOfBars = true;
-    _bars.Match(bar, time, [this](nxExchangeOrder& order) { _Rest(order); });
+    _bars.Match(bar, _tickSize, time, [this](nxExchangeOrder& order) { _Rest(order); });
 }

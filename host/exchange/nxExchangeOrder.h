@@ -106,6 +106,7 @@ struct nxExchangeOrder
 
     // The recorded volume in front of it at its price. Null: not known, since the level is not shown.
     nxVolume ahead;
+    unsigned int movedUp = 0;    // of that, for cancellations that a late trade may explain
     unsigned int displayed = 0;  // of an iceberg's current peak
     nxDecimal trailDistance;
     bool triggered = true;  // false: a stop that waits

@@ -25,6 +25,14 @@ unsigned int nxMatchingEngine::AddProduct(const nxVenue::Product& product)
     return number;
 }
 
+nxLateTrades nxMatchingEngine::GetLateTrades() const
+{
+    nxLateTrades sum;
+    for (const auto& market : _markets)
+        sum += market->book.GetLateTrades();
+    return sum;
+}
+
 void nxMatchingEngine::_Tell(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, const char* reason)
 {
     _Tell(order, kind, [reason](nxExchangeEvent& event) { event.reason = reason; });
@@ -73,6 +81,12 @@ void nxMatchingEngine::OnQueueMoved(nxExchangeOrder& order, const nxVolume& befo
     for (nxExchangeObserver* observer : _observers)
         observer->OnQueueMove(order, before, move, _time);
     if (_options.reportsQueue) _Tell(order, nxExchangeEvent::Kind::QueueMoved);
+}
+
+void nxMatchingEngine::OnSelfTrade(nxExchangeOrder& order, const nxExchangeOrder& other)
+{
+    const Refusal refusal = nxOrderChecks::GetSelfTrade(other.id);
+    _End(order, refusal.text, false, refusal.error);
 }
 
 // Brackets: each fill of the parent makes its children, and what one child executes the other gives up.
@@ -165,7 +179,7 @@ void nxMatchingEngine::_ShowMarket(const Market& market, const nxTraded* traded,
 
 void nxMatchingEngine::_OnQuote(Market& market, const nxFeedQuote& quote, long long time)
 {
-    market.book.OnQuote(quote);
+    market.book.OnQuote(quote, time);
     _EnterOpening(market);
     _Settle();
     const nxDecimal& last = market.product.market->GetPrice().GetLastPrice();
@@ -176,7 +190,7 @@ void nxMatchingEngine::_OnQuote(Market& market, const nxFeedQuote& quote, long l
 
 void nxMatchingEngine::_OnDepth(Market& market, std::span<const nxFeedLevel> levels, long long time)
 {
-    market.book.OnDepth(levels);
+    market.book.OnDepth(levels, time);
     _EnterOpening(market);
     _Settle();
     _ShowMarket(market, nullptr, time);

@@ -19,8 +19,7 @@ class nxMatchingEngine : private nxBookListener
 public:
     struct Options
     {
-        const nxFillModel& fills;
-        nxQueueRule queue;
+        nxBookRules rules;
         unsigned long long seed;     // of an iceberg's peaks
         unsigned int participation;  // hundredths of a bar's volume; 0: all that is wanted
         bool reportsQueue;           // tell each move in a queue
@@ -34,11 +33,13 @@ public:
     void SetTickSize(unsigned int product, const nxDecimal& tickSize)
     {
         _markets[product]->product.tickSize = tickSize;
+        _markets[product]->book.SetTickSize(tickSize);
     }
     const nxMarketProduct& GetMarket(unsigned int product) const
     {
         return *_markets[product]->product.market;
     }
+    nxLateTrades GetLateTrades() const;
     const nxExchangeBook& GetBook(unsigned int product) const { return _markets[product]->book; }
 
     nxOrderPool& GetOrders() { return _orders; }
@@ -75,7 +76,7 @@ private:
                nxExactRandom& random, nxBookListener& listener)
             : product(which),
               number(index),
-              book(*which.market, options.fills.rule, options.queue, random, listener)
+              book(*which.market, which.tickSize, options.rules, random, listener)
         {
         }
 
@@ -113,7 +114,8 @@ private:
     void _SetDays(Market& market, long long barEnd);
     void _Enter(nxExchangeOrder& order);
     void _Start(nxExchangeOrder& order);
-    void _End(nxExchangeOrder& order, const char* reason, bool isRequested = false);
+    void _End(nxExchangeOrder& order, const std::string& reason, bool isRequested = false,
+              nxErrorEnum error = {});
     void _OnQuote(Market& market, const nxFeedQuote& quote, long long time);
     void _OnDepth(Market& market, std::span<const nxFeedLevel> levels, long long time);
     void _OnBar(Market& market, const nxFeedBar& bar, long long time);
@@ -127,6 +129,7 @@ private:
                 nxFillCause cause) override;
     void OnTriggered(nxExchangeOrder& order) override;
     void OnQueueMoved(nxExchangeOrder& order, const nxVolume& before, nxQueueMove move) override;
+    void OnSelfTrade(nxExchangeOrder& order, const nxExchangeOrder& other) override;
 
     const Options _options;
     nxAnswerLine& _answers;

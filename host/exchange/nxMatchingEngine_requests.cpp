@@ -1,6 +1,4 @@
 // Requests as they arrive: what is refused and why, and what becomes of an order.
-#include <fmt/format.h>
-
 #include "host/exchange/nxMatchingEngine.h"
 
 using nxOrderChecks::Refusal;
@@ -8,11 +6,11 @@ using nxOrderChecks::Refusal;
 // Why an order that is about to be matched must not be; empty when it may.
 Refusal nxMatchingEngine::_FindOwnTrade(const nxExchangeOrder& order) const
 {
-    const Market& market = *_markets[order.kind.product];
+    Market& market = *_markets[order.kind.product];
     if (!order.kind.crossProtected || !order.triggered || market.Holds()) return {};
     const nxExchangeOrder* own = market.book.FindOwnCounterpart(order);
     if (own == nullptr) return {};
-    return {nxError_OrderMeetsOwn, fmt::format("it would trade with the own order {}", own->id)};
+    return nxOrderChecks::GetSelfTrade(own->id);
 }
 
 // Gives a stop that trails its distance from the market; why it cannot have one, empty when it can.
@@ -66,6 +64,7 @@ void nxMatchingEngine::Describe(unsigned int id, const nxOrderKind& kind, const 
 {
     nxExchangeOrder& order = _orders.Get(id);
     order.kind = kind;
+    if (_options.rules.selfTrade == nxSelfTrade::Refuse) order.kind.crossProtected = true;
     order.terms = terms;
 }
 
@@ -129,7 +128,7 @@ void nxMatchingEngine::_Start(nxExchangeOrder& order)
     const bool isKilled =
         order.kind.execution == nxOrderExecution::FillOrKill && !isOfBars && !market.book.CanFill(order);
     if (!isKilled) market.book.Enter(order);
-    if (order.GetRemaining() == 0) return;
+    if (order.GetRemaining() == 0 || !order.IsAlive()) return;
     if (!order.kind.IsImmediate() && order.kind.duration != nxOrderDuration::Open) return;
     if (isOfBars) {
         market.immediates.push_back(&order);
@@ -138,7 +137,8 @@ void nxMatchingEngine::_Start(nxExchangeOrder& order)
     }
 }
 
-void nxMatchingEngine::_End(nxExchangeOrder& order, const char* reason, bool isRequested)
+void nxMatchingEngine::_End(nxExchangeOrder& order, const std::string& reason, bool isRequested,
+                            nxErrorEnum error)
 {
     Market& market = *_markets[order.kind.product];
     if (order.isResting) market.book.Remove(order);
@@ -148,6 +148,7 @@ void nxMatchingEngine::_End(nxExchangeOrder& order, const char* reason, bool isR
     _Tell(order, nxExchangeEvent::Kind::Cancelled, [&](nxExchangeEvent& event) {
         event.reason = reason;
         event.isRequested = isRequested;
+        event.error = error;
     });
 }
 

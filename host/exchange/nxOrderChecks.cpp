@@ -101,6 +101,11 @@ nxOrderChecks::Refusal nxOrderChecks::FindEnd(const nxExchangeOrder& order)
             order.status == nxOrderStatus_Filled ? "the order is filled" : "the order is no longer working"};
 }
 
+nxOrderChecks::Refusal nxOrderChecks::GetSelfTrade(unsigned int other)
+{
+    return {nxError_OrderMeetsOwn, fmt::format("it would trade with the own order {}", other)};
+}
+
 const char* nxOrderChecks::GetEndOfImmediate(const nxExchangeOrder& order)
 {
     if (order.kind.duration == nxOrderDuration::Open) return "the opening is over";

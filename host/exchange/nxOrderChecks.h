@@ -26,6 +26,9 @@ Refusal FindRefusal(const nxExchangeOrder& order, const nxOrderTerms& given, con
 // Why nothing can be done to an order any more; empty while it is alive.
 Refusal FindEnd(const nxExchangeOrder& order);
 
+// Why an order cannot be in the market with that other one of its owner.
+Refusal GetSelfTrade(unsigned int other);
+
 // Why an IOC, FOK or OPEN order ends that is not filled.
 const char* GetEndOfImmediate(const nxExchangeOrder& order);
 

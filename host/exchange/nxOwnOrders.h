@@ -15,7 +15,26 @@ public:
     {
         std::vector<nxExchangeOrder*> orders;  // in the order of the queue: what is ahead of them ascends
         nxVolume shown;                        // of the recorded market; null where it is not shown
+        unsigned int cancelled = 0;            // of what was shown; a trade that comes late may explain it
+        long long cancelledAt = 0;             // the last of it
 
+        // At the end of the queue, so behind those who cancelled, too.
+        void Join(nxExchangeOrder& order) const
+        {
+            order.ahead = shown;
+            order.movedUp = cancelled;
+        }
+        void NoteCancelled(unsigned int lots, long long time)
+        {
+            cancelled += lots;
+            cancelledAt = time;
+        }
+        void ForgetCancelled()
+        {
+            cancelled = 0;
+            for (nxExchangeOrder* order : orders)
+                order->movedUp = 0;
+        }
         void Erase(std::size_t index) { orders.erase(orders.begin() + static_cast<std::ptrdiff_t>(index)); }
     };
     struct BestFirst

@@ -43,6 +43,7 @@ void nxShownMarket::TakeTraded(nxSide side, const nxDecimal& price, const nxVolu
         const bool isThrough = nxIsBetter(side, level, price);
         if (shown == Unlimited || (!isThrough && level != price)) return false;
         const unsigned int traded = isThrough ? shown : volume.IsValid() ? volume.GetValue() : 0;
+        if (isThrough && !_usesDepth) _assumed[side].SetTraded(price);
         if (traded == 0) return isThrough;
         unsigned int& sum = _gone[side][level].traded;
         sum += std::min(traded, shown - std::min(shown, sum));
@@ -68,9 +69,11 @@ bool nxShownMarket::ShowBest(nxSide side, bool isGiven)
     const nxBestQuote now = _market.GetBest(side);
     const nxBestQuote before = std::exchange(_best[side], now);
     const bool changed = now != before;
+    if (changed || isGiven) _assumed[side].ForgetTraded();
     Levels& gone = _gone[side];
     if (now.price != before.price || !now.volume.IsValid()) {
         gone.clear();
+        _assumed[side].Forget();
     } else if (changed || isGiven) {
         if (const auto level = gone.find(now.price); level != gone.end())
             _Show(gone, level, now.volume.GetValue());
@@ -90,5 +93,6 @@ void nxShownMarket::Forget()
     for (const nxSide side : nxSides) {
         _best[side] = _market.GetBest(side);
         _gone[side].clear();
+        _assumed[side].Forget();
     }
 }

@@ -2,8 +2,10 @@
 
 #include <boost/container/flat_map.hpp>
 
+#include <algorithm>
 #include <utility>
 
+#include "host/exchange/nxAssumedBook.h"
 #include "host/market/nxMarketProduct.h"
 
 // What the recorded market of one product offers: the levels that its data show, less what the market's own
@@ -32,6 +34,11 @@ public:
     // What stands at a price, taken or not: 0 where nobody is, null where that is not shown.
     nxVolume GetVolume(nxSide side, const nxDecimal& price) const;
     void Take(nxSide side, const nxDecimal& price, unsigned int volume);
+    // The same of what is assumed behind the best price of data that show no other; nothing for other data.
+    template <class Visit>
+    void ForEachAssumed(nxSide side, const nxDecimal& tick, Visit visit);
+    // Of the assumed level that is visited right now.
+    void TakeAssumed(nxSide side, unsigned int volume) { _assumed[side].Take(volume); }
 
     // The market's own trade: what is better than its price is gone, and at the price that volume of the
     // side, until the data show these levels anew.
@@ -64,8 +71,17 @@ private:
     const nxMarketProduct& _market;
     nxBySide<Levels> _gone;
     nxBySide<nxBestQuote> _best;  // as last seen, where the data hold only those
+    nxBySide<nxAssumedBook> _assumed;
     bool _usesDepth = false;
 };
+
+template <class Visit>
+void nxShownMarket::ForEachAssumed(nxSide side, const nxDecimal& tick, Visit visit)
+{
+    const nxBestQuote best = _market.GetBest(side);
+    if (_usesDepth || !best.price.IsValid() || !best.volume.IsValid()) return;
+    _assumed[side].ForEach(side, best.price, tick, std::max(1u, _market.GetMeanSize(side)), visit);
+}
 
 template <class Visit>
 void nxShownMarket::_ForEachShown(nxSide side, Visit visit) const

@@ -8,8 +8,7 @@ nxSimulatedExchange::nxSimulatedExchange(const nxExchangeOptions& options, nxExc
       _latency(options.request),
       _random(options.seed),
       _answers(options.answer, _random),
-      _engine({*options.fills, options.queue, options.seed + 1, options.participation, options.reportQueue},
-              _answers, _observers)
+      _engine({options, options.seed + 1, options.participation, options.reportQueue}, _answers, _observers)
 {
 }
 

@@ -2,10 +2,8 @@
 
 #include "host/exchange/nxMatchingEngine.h"
 
-struct nxExchangeOptions
+struct nxExchangeOptions : nxBookRules
 {
-    const nxFillModel* fills = &nxFillModel::GetDefault();
-    nxQueueRule queue;
     nxLatency request;  // from the script to the exchange
     nxLatency answer;   // and back
     unsigned long long seed = 1;
@@ -36,6 +34,7 @@ public:
     unsigned int Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
     void Amend(unsigned int order, const nxOrderTerms& changes, long long now) override;
     void Cancel(unsigned int order, long long now) override;
+    nxLateTrades GetLateTrades() const override { return _engine.GetLateTrades(); }
     // At the end of a run, where nothing travels any more and a market closes because its data end: the
     // order, an IOC one, takes what the book shows now.
     void TakeAtOnce(unsigned int reserved, const nxOrderKind& kind, const nxOrderTerms& terms,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/exchange/nxExchangeEvent.h"
+#include "host/exchange/nxLateTrades.h"
 #include "host/feed/nxBarPeriod.h"
 #include "host/feed/nxFeedEvent.h"
 #include "host/market/nxTradingHours.h"
@@ -50,6 +51,9 @@ public:
     virtual unsigned int GetOrderCount() const = 0;
     // The best price of the owner's resting orders of a side; null for none.
     virtual nxDecimal GetOwnBest(unsigned int product, nxSide side, unsigned int owner) const = 0;
+
+    // What is to be said of the recorded trades.
+    virtual nxLateTrades GetLateTrades() const = 0;
 
     // When something is due next; nxTime::Never where nothing is on its way.
     virtual long long GetNextTime() const = 0;

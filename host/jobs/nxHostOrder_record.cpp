@@ -37,17 +37,6 @@ constexpr struct
     {nxExchangeEvent::Kind::QueueMoved, "queueMoved"},
 };
 
-constexpr struct
-{
-    nxFillCause cause;
-    const char* name;
-} CauseNames[] = {
-    {nxFillCause::Took, "took"},         {nxFillCause::Touched, "touched"},
-    {nxFillCause::Queue, "queue"},       {nxFillCause::TradedThrough, "tradedThrough"},
-    {nxFillCause::Crossed, "crossed"},   {nxFillCause::Bar, "bar"},
-    {nxFillCause::OwnOrder, "ownOrder"},
-};
-
 }  // namespace
 
 void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms) const
@@ -82,7 +71,6 @@ void nxHostOrder::_Record(const char* request, const nxOrderTerms& terms) const
 void nxHostOrder::_RecordEvent(const nxExchangeEvent& event) const
 {
     const auto kind = std::ranges::find(EventNames, event.kind, [](const auto& row) { return row.kind; });
-    const auto cause = std::ranges::find(CauseNames, event.cause, [](const auto& row) { return row.cause; });
     const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
     const std::string exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsString();
     GetOwner().Record("orderEvent",
@@ -99,7 +87,7 @@ void nxHostOrder::_RecordEvent(const nxExchangeEvent& event) const
                        Number("fillPrice", event.fillPrice),
                        Number("fillVolume", isFill ? nxVolume(event.fillVolume) : nxVolume()),
                        {"maker", event.isMaker},
-                       {"cause", isFill ? cause->name : ""},
+                       {"cause", isFill ? nxGetName(event.cause) : ""},
                        {"error", event.error.IsSuccess() ? std::string_view() : event.error.GetAsString()},
                        {"reason", event.reason}});
 }

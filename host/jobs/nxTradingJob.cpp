@@ -56,12 +56,6 @@ nxDecimal nxTradingJob::GetPandL(const nxCurrencyEnum& currency)
     return profit.GetAsDecimal();
 }
 
-unsigned long long nxTradingJob::GetSentCount() const
-{
-    return static_cast<unsigned long long>(
-        std::ranges::count_if(_orders, [](const auto& order) { return order->GetTicket().IsSent(); }));
-}
-
 bool nxTradingJob::HasOpenOrders(const nxHostProduct& product) const
 {
     return std::ranges::any_of(_orders, [&](const auto& order) {

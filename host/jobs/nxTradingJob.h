@@ -30,7 +30,6 @@ public:
     const std::string& GetOrderUserString2() const { return _orderUserString2; }
 
     // Orders, with the children of brackets.
-    unsigned long long GetSentCount() const;
     bool HasOpenOrders(const nxHostProduct& product) const;
     // Its orders stay in the market when it ends.
     bool ShattersOnExit() const { return _shatters; }

@@ -48,6 +48,14 @@ void nxMarketProduct::_BeginUpdate()
     _volumesCleared = false;
 }
 
+void nxMarketProduct::_CountSize(nxSide side)
+{
+    const nxBestQuote best = GetBest(side);
+    if (!best.price.IsValid() || !best.volume.IsValid()) return;
+    _sizes[side].sum += best.volume.GetValue();
+    ++_sizes[side].count;
+}
+
 void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
 {
     _BeginUpdate();
@@ -58,12 +66,17 @@ void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
     };
     // A quote that the row repeats is none that changed.
     const auto setNew = [&](auto getter, auto setter, const auto& value) {
-        if ((_price.*getter)() != value) set(setter, value);
+        if (value.IsNoChange() || (_price.*getter)() == value) return false;
+        (_price.*setter)(value);
+        (_update.*setter)(value);
+        return true;
     };
-    setNew(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, quote.bid);
-    setNew(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume, quote.bidVolume);
-    setNew(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, quote.ask);
-    setNew(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume, quote.askVolume);
+    bool bid = setNew(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, quote.bid);
+    bid |= setNew(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume, quote.bidVolume);
+    bool ask = setNew(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, quote.ask);
+    ask |= setNew(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume, quote.askVolume);
+    if (bid) _CountSize(nxSide::Buy);
+    if (ask) _CountSize(nxSide::Sell);
     set(&nxPrice::SetLastPrice, quote.last);
     set(&nxPrice::SetLastVolume, quote.lastVolume);
     if (!quote.IsTrade()) return;
@@ -189,10 +202,12 @@ bool nxMarketProduct::ApplyImplied(const nxImpliedQuote& quote)
     // The update stays that of the latest event.
     if (before == quote) return false;
     _BeginUpdate();
-    _Change(&nxPrice::GetImpliedBidPrice, &nxPrice::SetImpliedBidPrice, quote.bid);
-    _Change(&nxPrice::GetImpliedBidVolume, &nxPrice::SetImpliedBidVolume, quote.bidVolume);
-    _Change(&nxPrice::GetImpliedAskPrice, &nxPrice::SetImpliedAskPrice, quote.ask);
-    _Change(&nxPrice::GetImpliedAskVolume, &nxPrice::SetImpliedAskVolume, quote.askVolume);
+    bool bid = _Change(&nxPrice::GetImpliedBidPrice, &nxPrice::SetImpliedBidPrice, quote.bid);
+    bid |= _Change(&nxPrice::GetImpliedBidVolume, &nxPrice::SetImpliedBidVolume, quote.bidVolume);
+    bool ask = _Change(&nxPrice::GetImpliedAskPrice, &nxPrice::SetImpliedAskPrice, quote.ask);
+    ask |= _Change(&nxPrice::GetImpliedAskVolume, &nxPrice::SetImpliedAskVolume, quote.askVolume);
+    if (bid) _CountSize(nxSide::Buy);
+    if (ask) _CountSize(nxSide::Sell);
     return true;
 }
 

@@ -40,6 +40,9 @@ public:
     }
     // Direct or implied, as the price has it; null where there is none.
     nxBestQuote GetBest(nxSide side) const { return nxBestQuote(_price, side); }
+    // Of the best prices of a side that quotes have shown so far, each change counted once, rounded down; 0
+    // before there was one with a size.
+    unsigned int GetMeanSize(nxSide side) const { return _sizes[side].GetMean(); }
     const nxProductStateBitMask& GetState() const { return _state; }
     // The volume traded at each price on the UTC day of the latest trade, as a snapshot. Bars do not count:
     // they do not tell at which prices their volume was traded.
@@ -56,15 +59,24 @@ public:
     [[nodiscard]] bool QuoteFromDepth();
     // What the legs of a strategy imply now, beside its own quotes. False when it was that already.
     [[nodiscard]] bool ApplyImplied(const nxImpliedQuote& quote);
-    // False when the state is that already.
     // Whether the data have shown depth, though its book may be empty now.
     bool HasDepth() const { return _hasDepth; }
     // What the latest event traded; null when it was no trade, or one of unknown size.
     const nxVolume& GetTraded() const { return _traded; }
+    // False when the state is that already.
     [[nodiscard]] bool SetState(unsigned int bits);
 
 private:
+    struct Sizes
+    {
+        unsigned long long sum = 0;
+        unsigned long long count = 0;
+
+        unsigned int GetMean() const { return count == 0 ? 0 : static_cast<unsigned int>(sum / count); }
+    };
+
     void _BeginUpdate();
+    void _CountSize(nxSide side);
     template <class Value>
     bool _Change(const Value& (nxPrice::*getter)() const, void (nxPrice::*setter)(const Value&),
                  const Value& value);
@@ -77,6 +89,7 @@ private:
     nxPrice _price;
     nxPrice _update;  // no-change in every field the latest event left alone
     nxMarketDepth _depth;
+    nxBySide<Sizes> _sizes;
     nxProductStateBitMask _state;
     nxPriceTradeVolumes _volumes;
     nxVolume _traded;              // by the latest event

@@ -11,27 +11,6 @@ namespace {
 
 using Kind = nxExchangeEvent::Kind;
 
-const char* GetCause(nxFillCause cause)
-{
-    switch (cause) {
-        case nxFillCause::Took:
-            return "it took what was shown";
-        case nxFillCause::Touched:
-            return "the market touched its price";
-        case nxFillCause::TradedThrough:
-            return "the market traded through its price";
-        case nxFillCause::Queue:
-            return "a trade reached its place in the queue";
-        case nxFillCause::Crossed:
-            return "a quote of the other side reached its price";
-        case nxFillCause::Bar:
-            return "the bar reached it";
-        case nxFillCause::OwnOrder:
-            return "it met an own order";
-    }
-    return "";
-}
-
 std::string GetText(const nxVolume& volume)
 {
     return volume.IsValid() ? std::to_string(volume.GetValue()) : "an unknown volume";
@@ -176,7 +155,7 @@ void nxOrderStories::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent
                                fmt::format("filled {} at {}, {} of {} executed: {}, {}, fee {}",
                                            event.fillVolume, event.fillPrice.GetAsString(), event.executed,
                                            event.volume, event.isMaker ? "maker" : "taker",
-                                           GetCause(event.cause), GetMoney(_feeOf(order, event))));
+                                           nxGetText(event.cause), GetMoney(_feeOf(order, event))));
         case Kind::Amended:
             story->tradedAtPrice = 0;
             return story->Tell(event.time,

@@ -19,7 +19,8 @@ public:
     {
         const char* name;
         // A null map is JSON's null; so is a number that is not finite.
-        std::variant<std::string_view, double, unsigned int, bool, const std::map<std::string, std::string>*>
+        std::variant<std::string_view, double, unsigned int, long long, unsigned long long, bool,
+                     const std::map<std::string, std::string>*>
             value;
     };
     using Fields = std::initializer_list<Field>;

@@ -82,6 +82,11 @@ std::string Money(const nxExactAmount& amount)
     return number.GetAsString();
 }
 
+std::string Percent(unsigned long long part, unsigned long long whole)
+{
+    return fmt::format("{:.1f}%", 100.0 * static_cast<double>(part) / static_cast<double>(whole));
+}
+
 // Nothing for a run without orders.
 void WriteTrading(Rows& rows, const nxRunStatistics& statistics)
 {
@@ -92,9 +97,12 @@ void WriteTrading(Rows& rows, const nxRunStatistics& statistics)
         std::ostream& out = rows.Begin("orders", job.name);
         out << Count(trading.orders, "order", "orders") << ", " << Count(trading.fills, "fill", "fills")
             << ", volume " << GroupThousands(trading.volume);
-        if (trading.volume != 0)
-            out << fmt::format(", maker share {:.1f}%", 100.0 * static_cast<double>(trading.makerVolume) /
-                                                            static_cast<double>(trading.volume));
+        if (trading.volume != 0) out << ", maker share " << Percent(trading.makerVolume, trading.volume);
+        if (trading.assumedVolume != 0)
+            out << ", assumed beyond the best price " << Percent(trading.assumedVolume, trading.volume);
+        if (trading.selfTrades != 0) out << ", self-trades prevented " << GroupThousands(trading.selfTrades);
+        if (trading.selfVolume != 0)
+            out << ", self-traded volume besides " << GroupThousands(trading.selfVolume);
         out << "\n";
     }
     for (const nxJobStatistics& job : statistics.jobs) {
@@ -205,9 +213,6 @@ void nxRunSummary::WriteEnvelope(std::ostream& out, const std::vector<Model>& mo
         }
         out << "\n";
     }
-    const nxRunStatistics& counted = models.front().statistics;
-    if (counted.bars != 0 && counted.bars == counted.GetRowEventCount())
-        out << "note        bars show no queue and no book, so all models of it come to the same over them\n";
     for (const Model& model : models)
         if (!model.failure.empty()) out << "failure     " << model.name << ": " << model.failure << "\n";
 }

@@ -272,8 +272,11 @@ void nxRun::_Finish()
     _NameTheEnd();
     const std::string reason = _state.end;
     _life.EndAll(reason, isEarly);
-    for (const auto& runner : _jobs)
-        runner->GetStatistics().trading = _trading.GetStatistics(runner->GetJob());
+    for (const auto& runner : _jobs) {
+        nxTradingStatistics& trading = runner->GetStatistics().trading;
+        trading = _trading.GetStatistics(runner->GetJob());
+        nxTradingRecord::WriteResult(_output, runner->GetJob(), trading);
+    }
     nxNoteWhatIsMissing(_state, _jobs, _trading, _source.GetProducts());
 }
 

@@ -63,27 +63,70 @@ struct Variant
     nxExchangeOptions exchange;
 };
 
+// Which markets a run sent orders to. A model that none of its orders met would change nothing in it.
+struct Reach
+{
+    bool hasBooks = false;
+    bool hasBars = false;
+
+    explicit Reach(const nxRunStatistics& statistics)
+    {
+        for (const nxJobStatistics& job : statistics.jobs) {
+            hasBooks = hasBooks || job.trading.orders != job.trading.barOrders;
+            hasBars = hasBars || job.trading.barOrders != 0;
+        }
+    }
+    bool IsEmpty() const { return !hasBars && !hasBooks; }
+    bool IsOfBarsAlone() const { return hasBars && !hasBooks; }
+};
+
+using Variants = std::vector<Variant>;
+
+nxExchangeOptions& Add(Variants& variants, const char* name, const nxExchangeOptions& own)
+{
+    variants.push_back({name, own});
+    return variants.back().exchange;
+}
+
 // From the most optimistic fill model on; then what makes the run's own harder.
-std::vector<Variant> GetVariants(const nxExchangeOptions& own)
+void AddBookVariants(Variants& variants, const nxExchangeOptions& own)
 {
     std::vector<const nxFillModel*> models;
     for (const nxFillModel& model : nxFillModel::GetAll())
         models.push_back(&model);
     std::ranges::sort(models, std::ranges::greater(), &nxFillModel::rank);
-    std::vector<Variant> variants;
-    for (const nxFillModel* model : models) {
-        variants.push_back({model->name, own});
-        variants.back().exchange.fills = model;
-    }
+    for (const nxFillModel* model : models)
+        Add(variants, model->name, own).fills = model;
     nxQueueRule back;
-    if (back.SetFromText("back") && back.model != own.queue.model) {
-        variants.push_back({"back", own});
-        variants.back().exchange.queue = back;
-    }
-    if (own.request.most != 0 || own.answer.most != 0) {
-        variants.push_back({"2x latency", own});
-        variants.back().exchange.request = own.request.GetTwice();
-        variants.back().exchange.answer = own.answer.GetTwice();
+    if (back.SetFromText("back") && back.model != own.queue.model) Add(variants, "back", own).queue = back;
+}
+
+// withOwn: also the run's own model.
+void AddBarVariants(Variants& variants, const nxExchangeOptions& own, bool withOwn)
+{
+    for (const nxBarModel& model : nxBarModel::GetAll())
+        if (withOwn || &model != own.bars.model) Add(variants, model.name, own).bars.model = &model;
+    if (!own.bars.isThrough) Add(variants, "through", own).bars.isThrough = true;
+}
+
+// What the run itself is called among its variants.
+const char* GetOwnName(const nxExchangeOptions& own, const Reach& reach)
+{
+    return reach.IsOfBarsAlone() ? own.bars.model->name : own.fills->name;
+}
+
+// The run itself, and those that can differ from it.
+Variants GetVariants(const nxExchangeOptions& own, const Reach& reach)
+{
+    Variants variants;
+    if (reach.hasBooks) AddBookVariants(variants, own);
+    if (reach.hasBars) AddBarVariants(variants, own, !reach.hasBooks);
+    if (variants.empty()) {
+        Add(variants, GetOwnName(own, reach), own);
+    } else if (own.request.most != 0 || own.answer.most != 0) {
+        nxExchangeOptions& slower = Add(variants, "2x latency", own);
+        slower.request = own.request.GetTwice();
+        slower.answer = own.answer.GetTwice();
     }
     return variants;
 }
@@ -138,27 +181,27 @@ std::string nxRunEnvelope::FindObstacle(const nxRunOptions& options)
 nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, std::ostream& err)
 {
     const auto isInterrupted = [&] { return options.interrupted != nullptr && options.interrupted->load(); };
-    const std::vector<Variant> all = GetVariants(options.exchange);
-    const std::string first = options.exchange.fills->name;
-    const auto label = [&](const std::string& name, std::size_t number) {
-        return fmt::format("{} ({} of {})", name, number, all.size());
-    };
     nxRunOptions main = options;
     const std::string stores =
         options.storeDirectory.empty() ? std::string() : nxDataStores::TakeImage(options.storeDirectory);
-    main.progressLabel = label(first, 1);
+    main.progressLabel = "as given";
     nxRun run(main, out, err);
     nxRunResult worst = run.Run();
+    const Reach reach(run.GetStatistics());
+    const Variants all = GetVariants(options.exchange, reach);
+    const std::string first = GetOwnName(options.exchange, reach);
     std::vector<nxRunSummary::Model> models = {
         {first, run.GetStatistics(), FindFailure(run.GetStatistics(), worst, "")}};
     std::vector<std::string> left;
+    // Where the run was cut before its first order, nobody knows what it would have met.
+    if (reach.IsEmpty() && (worst == nxRunResult::InputFailed || isInterrupted())) left = {"the others"};
     for (const Variant& variant : all) {
         if (variant.name == first) continue;
         left.push_back(variant.name);
         if (worst == nxRunResult::InputFailed || isInterrupted()) continue;
         nxRunOptions other = MakeSilent(options, variant, stores);
         other.progress = &err;
-        other.progressLabel = label(variant.name, models.size() + 1);
+        other.progressLabel = fmt::format("{} ({} of {})", variant.name, models.size() + 1, all.size());
         nxRunResult result{};
         nxRunSummary::Model model = RunSilently(other, variant.name, result);
         if (isInterrupted()) continue;
@@ -173,6 +216,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     if (!left.empty())
         out << "not run     " << fmt::format("{}", fmt::join(left, ", "))
             << (isInterrupted() ? ": interrupted\n" : ": the run itself did not go to its end\n");
+    if (left.empty() && reach.IsEmpty()) out << "note        without orders all models come to the same\n";
     out.flush();
     return worst;
 }

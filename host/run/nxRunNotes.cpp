@@ -54,24 +54,62 @@ void NoteCollections(nxMarketJob& job, std::vector<std::string>& notes)
                     collection->GetPeriod().GetAsString(), name));
 }
 
+// Of the orders that were sent; isWanted(order) chooses.
+template <class IsWanted>
+std::vector<std::string> GetTradedProducts(const nxTradingJob& job, IsWanted isWanted)
+{
+    std::vector<const nxHostProduct*> products;
+    for (const auto& order : job.GetOwnOrders()) {
+        const nxHostProduct* const product = &order->GetHostProduct();
+        if (order->GetTicket().IsSent() && isWanted(*order) &&
+            std::ranges::find(products, product) == products.end())
+            products.push_back(product);
+    }
+    std::vector<std::string> names;
+    for (const nxHostProduct* product : products)
+        names.push_back(product->GetMarket().GetName());
+    return names;
+}
+
 // An order without a limit needs a quote to be filled at.
 void NoteMissingQuotes(nxTradingJob& job, const nxFeedProductTable& products, std::vector<std::string>& notes)
 {
-    std::vector<std::string> names;
-    for (const auto& order : job.GetOwnOrders()) {
-        const std::string& name = order->GetHostProduct().GetMarket().GetName();
+    std::vector<std::string> names =
+        GetTradedProducts(job, [](const nxHostOrder& order) { return order.GetTicket().IsMarket(); });
+    std::erase_if(names, [&](const std::string& name) {
         const nxFeedProduct* const known = products.Find(name);
-        if (!order->GetTicket().IsSent() || !order->GetTicket().IsMarket() || known == nullptr ||
-            known->HasBid() || known->HasAsk() || known->Has(nxFeedKind::Depth) ||
-            known->Has(nxFeedKind::Bar) || std::ranges::find(names, name) != names.end())
-            continue;
-        names.push_back(name);
-    }
+        return known == nullptr || known->HasBid() || known->HasAsk() || known->Has(nxFeedKind::Depth) ||
+               known->Has(nxFeedKind::Bar);
+    });
     if (!names.empty())
         notes.push_back(
             fmt::format("the data of {} hold trades and no quotes, which MARKET orders need: send LIMIT "
                         "orders, or add quotes or depth",
                         JoinNames(names)));
+}
+
+// What the orders meet is not what marks and scripts see.
+void NoteTwoMarkets(nxRunState& state, const nxTradingJob& job, const nxFeedProductTable& products)
+{
+    std::vector<std::string>& remarks = state.statistics.remarks;
+    for (const std::string& name : GetTradedProducts(job, [](const nxHostOrder&) { return true; })) {
+        const nxFeedProduct* const known = products.Find(name);
+        if (known == nullptr || !known->Has(nxFeedKind::Depth) || (!known->HasBid() && !known->HasAsk()))
+            continue;
+        std::string remark = name +
+                             " has depth and quotes: orders meet the depth; marks and the scripts' "
+                             "prices are the quotes";
+        if (std::ranges::find(remarks, remark) == remarks.end()) remarks.push_back(std::move(remark));
+    }
+}
+
+void NoteLateTrades(nxRunState& state, const nxLateTrades& trades)
+{
+    if (trades.late == 0) return;
+    state.statistics.remarks.push_back(fmt::format(
+        "{} of {} trades at the prices of own orders were recorded after the change of size that they "
+        "caused, and count once (--late-trades)",
+        trades.late, trades.all));
 }
 
 void NoteUnfilled(nxTradingJob& job, const nxTrading& trading, std::vector<std::string>& notes)
@@ -91,11 +129,13 @@ void nxNoteWhatIsMissing(nxRunState& state, nxJobList& jobs, const nxTrading& tr
                          const nxFeedProductTable& products)
 {
     NoteDescriptions(state, products);
+    NoteLateTrades(state, trading.GetLateTrades());
     for (const auto& runner : jobs) {
         std::vector<std::string>& notes = runner->GetStatistics().notes;
         NoteCollections(runner->GetJob(), notes);
         NoteMissingQuotes(runner->GetJob(), products, notes);
         NoteUnfilled(runner->GetJob(), trading, notes);
+        NoteTwoMarkets(state, runner->GetJob(), products);
     }
 }
 

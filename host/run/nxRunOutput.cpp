@@ -42,10 +42,16 @@ void nxRunOutput::Log(const std::string& text)
 
 void nxRunOutput::Record(const nxLaunchedJob& job, const char* type, nxRunRecord::Fields fields)
 {
+    RecordAt(_clock.Get(), job.GetName(), type, fields);
+}
+
+void nxRunOutput::RecordAt(long long time, const std::string& job, const char* type,
+                           nxRunRecord::Fields fields)
+{
     if (!_record.IsOpen()) return;
-    const auto time =
-        _state.hasTime ? std::optional(nxFeedTime::GetAsString(_clock.Get())) : std::optional<std::string>();
-    _record.Write(time, job.GetName(), type, fields);
+    const auto stamp =
+        _state.hasTime ? std::optional(nxFeedTime::GetAsString(time)) : std::optional<std::string>();
+    _record.Write(stamp, job, type, fields);
     if (_record.HasFailed()) _state.End("the record cannot be written");
 }
 

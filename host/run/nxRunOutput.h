@@ -27,6 +27,8 @@ public:
 
     void LogText(const nxLaunchedJob& job, const std::string& text) override;
     void Record(const nxLaunchedJob& job, const char* type, nxRunRecord::Fields fields) override;
+    // Of what happened at a time of its own, to a job or, without a name, to the run.
+    void RecordAt(long long time, const std::string& job, const char* type, nxRunRecord::Fields fields);
     bool IsRecording() const override { return _record.IsOpen(); }
 
     // A line for the person who watches the run, of the run itself.

@@ -41,7 +41,7 @@ void nxTrading::_Open()
         return runner->GetJob().GetObject().IsFunctionDefined(
             nxGetCallbackName(nxCallback::OnOrderQPosition));
     });
-    nxExchangeObservers observers{&_ledger};
+    nxExchangeObservers observers{&_ledger, &_record};
     if (_stories) observers.push_back(&*_stories);
     _venue = _makeVenue(reportQueue, std::move(observers));
     _nextDay = nxFeedTime::GetNextMidnight(_clock.Get());
@@ -76,6 +76,7 @@ void nxTrading::_AddToVenue(Market& added)
                                    known != nullptr ? known->GetBarPeriod() : 0};
     added.venueProduct = _venue->AddProduct(product);
     _ledger.AddProduct(added.none, market.product);
+    _record.WriteProduct(market, product, _clock.Get());
     const bool isOpen =
         product.IgnoresHours() ? !market.isFresh : market.product.GetState() == nxAlgoStateObject::Open;
     if (!isOpen) return;
@@ -150,7 +151,13 @@ void nxTrading::NoteRequest(const nxHostOrder& order)
 nxTradingStatistics nxTrading::GetStatistics(const nxTradingJob& job) const
 {
     nxTradingStatistics statistics = _ledger.GetStatistics(job.GetIndex());
-    statistics.orders = job.GetSentCount();
+    std::vector<unsigned long long> sent(_markets.size());
+    for (const auto& order : job.GetOwnOrders())
+        if (order->GetTicket().IsSent()) ++sent[order->GetHostProduct().GetMarketIndex()];
+    for (std::size_t i = 0; i < sent.size(); ++i) {
+        statistics.orders += sent[i];
+        if (sent[i] != 0 && _IsOfBars(*_markets[i].market)) statistics.barOrders += sent[i];
+    }
     return statistics;
 }
 

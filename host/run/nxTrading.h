@@ -16,6 +16,7 @@
 #include "host/run/nxAnswerChains.h"
 #include "host/run/nxJobList.h"
 #include "host/run/nxSchedule.h"
+#include "host/run/nxTradingRecord.h"
 
 // The orders of a run: their numbers, requests out to the venue, answers back to the scripts, what fills make
 // of the accounts, and how positions are closed when jobs end. The venue comes to be with the first order; a
@@ -59,6 +60,10 @@ public:
     void Finish();
     void WriteStories();
     nxTradingStatistics GetStatistics(const nxTradingJob& job) const;
+    nxLateTrades GetLateTrades() const
+    {
+        return _venue != nullptr ? _venue->GetLateTrades() : nxLateTrades();
+    }
     // How most orders of a job that were not filled ended, and how many; those that have not are counted as
     // such.
     std::pair<std::string, unsigned long long> GetCommonestEnd(const nxTradingJob& job) const;
@@ -111,6 +116,7 @@ private:
     std::vector<Market> _markets;            // by index; empty where none was met
     std::optional<nxOrderStories> _stories;  // where some are asked for
     nxLedger _ledger;
+    nxTradingRecord _record{_output, _state, _ledger};
     std::unique_ptr<nxVenue> _venue;  // from the first order on
     const MakeVenue _makeVenue;
     std::vector<nxHostOrder*> _orders;          // as they came to be

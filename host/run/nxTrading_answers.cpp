@@ -31,6 +31,7 @@ constexpr struct
 const char* GetRefused(Kind kind)
 {
     return kind == Kind::Rejected        ? "is rejected: "
+           : kind == Kind::Cancelled     ? "has ended: "
            : kind == Kind::AmendRejected ? "is not amended: "
                                          : "is not pulled: ";
 }

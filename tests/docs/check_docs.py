@@ -22,18 +22,18 @@ SOURCES = ("apps", "base", "bench", "indicators", "quant", "api", "scriptFramewo
 RECORD = {
     "one.lua": """
 function OnInit()
-  local product = job:getProduct("SIM")
+  product = job:getProduct("SIM")
   product:subscribePrice() product:setFlattenOnExit(true)
   job:sendUserState("WARN", "x") job:sendUserText1("x") job:sendUserText2("x") job:sendUserText3("x")
   job:sendUserLog{x = 1} job:setChartLine("x", "y", 1, 2) job:removeChartLine("x", "y")
   job:setOutputParameter("x", "y") job:publish("x", "y") job:sendParameter("x", "y", "z")
   job:startTimer("x", 60000) job:stopTimer("x") job:setEnablePandL(true) job:setReference("x") job.tag = "x"
   job:setOrderUserString("x") job:setOrderUserString2("x") job.selectedPrice = 1 job:logText("x")
-  product:createOrder("BUY", "MARKET"):work{volume = 1}
 end
 local count = 0
 function OnPrice()
   count = count + 1
+  if count == 2 then product:createOrder("BUY", "MARKET"):work{volume = 1} end
   if count == 3 then job:getVorantJobs():getVorantJob(1):stop() error("x") end
   if count == 4 then job:shutdown() end
 end
@@ -93,7 +93,7 @@ def check_record(program):
         types = re.findall(r"`(\w+)`", types)
         keys = set(re.findall(r'"(\w+)":', example))
         documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
-    for name in ("order", "orderEvent"):
+    for name in ("order", "orderEvent", "product", "fill", "result", "money"):
         keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
         documented |= {f"{name}.{key}" for key in keys} | {name}
     documented -= {"userLog.price", "userLog.why"}  # the example's fields

@@ -24,6 +24,17 @@ inline nxFeedQuote MakeNoQuote()
     return quote;
 }
 
+// Without what a run assumes by itself: own orders meet, orders wait for what is shown, and each trade is
+// recorded before what it causes.
+inline nxExchangeOptions MakePlainOptions()
+{
+    nxExchangeOptions options;
+    options.selfTrade = nxSelfTrade::Meet;
+    options.walksBeyond = false;
+    options.lateTrades = 0;
+    return options;
+}
+
 class nxExchangeFixture
 {
 public:

@@ -47,6 +47,9 @@ public:
         if (options.hasBars && Below(2) == 0) options.participation = 1 + Below(100);
         _hasSizes = !OneOf(10);
         if (Below(3) == 0) options.open = 9 * Hour, options.day = 8 * Hour;
+        if (!OneOf(3)) options.selfTrade = static_cast<Naive::SelfTrade>(Below(4));
+        if (OneOf(2)) options.beyond = Naive::Beyond::Walk;
+        if (OneOf(2)) options.lateTrades = (1 + Below(4)) * Second;
         _options = options;
         _naive = std::make_unique<Naive>(options);
         Make();
@@ -108,6 +111,11 @@ private:
         options.request = {_options.requestLatency, _options.requestLatency};
         options.answer = {_options.answerLatency, _options.answerLatency};
         options.participation = _options.participation;
+        static constexpr nxSelfTrade selfTrades[] = {nxSelfTrade::CancelNewest, nxSelfTrade::CancelOldest,
+                                                     nxSelfTrade::Refuse, nxSelfTrade::Meet};
+        options.selfTrade = selfTrades[static_cast<int>(_options.selfTrade)];
+        options.walksBeyond = _options.beyond == Naive::Beyond::Walk;
+        options.lateTrades = _options.lateTrades;
         nxTradingHours hours;
         if (_options.day != 0) {
             EXPECT_EQ(nxTradingHours::SetFromText("09:00-17:00", hours), nullptr);

@@ -3,7 +3,8 @@
 //
 //   == TITLE                   a new exchange with one product, SIM, whose market is open
 //   with KEY=VALUE ...         right below; fills=touch|cross|queue, queuemodel=even|back|power[:N], tick=1,
-//                              hours=09:00-17:00,
+//                              selftrade=meet, beyond=wait, late=0 (milliseconds),
+//                              barfills=open|mean|worst, through (with bars), hours=09:00-17:00,
 //                              request=5000 (milliseconds; 5000-7000: drawn), answer=2, participation=50,
 //                              bars[=SECONDS] (60), queue (tell each move)
 //   [N/]HH:MM:SS ACTION        N days after Tuesday, 2 January 2024; without a time: at that of the line
@@ -50,7 +51,7 @@ const std::map<std::string, nxOrderDuration> Durations = {{"GFD", nxOrderDuratio
                                                           {"GTC", nxOrderDuration::Cancelled},
                                                           {"OPEN", nxOrderDuration::Open},
                                                           {"PREOPEN", nxOrderDuration::PreOpen}};
-const char* const Causes[] = {"took", "touched", "through", "queue", "crossed", "bar", "own"};
+const char* const Causes[] = {"took", "touched", "through", "queue", "crossed", "bar", "own", "assumed"};
 const char* const Statuses[] = {"pending", "working", "partial", "held", "deleted", "filled", "rejected"};
 
 std::string GetStatus(const nxOrderStatusEnum& status)
@@ -151,7 +152,7 @@ private:
     {
         ++_count;
         _market.reset();
-        _options = {};
+        _options = MakePlainOptions();
         _tick = Dec("1");
         _hours = {};
         _barPeriod = 0;
@@ -167,14 +168,26 @@ private:
             ASSERT_NE(_options.fills, nullptr) << value;
         } else if (key == "queuemodel") {
             EXPECT_TRUE(_options.queue.SetFromText(value)) << value;
+        } else if (key == "selftrade") {
+            ASSERT_NE(nxSelfTradeRule::Find(value), nullptr) << value;
+            _options.selfTrade = nxSelfTradeRule::Find(value)->rule;
+        } else if (key == "beyond") {
+            _options.walksBeyond = value == "walk";
+        } else if (key == "late") {
+            _options.lateTrades = std::stoll(value) * nxTime::NanosecondsPerMillisecond;
         } else if (key == "tick") {
-            _tick = Dec(value);
+            _tick = value == "." ? nxDecimal() : Dec(value);
         } else if (key == "hours") {
             EXPECT_EQ(nxTradingHours::SetFromText(value, _hours), nullptr);
         } else if (key == "request") {
             EXPECT_TRUE(_options.request.SetFromText(value)) << value;
         } else if (key == "answer") {
             EXPECT_TRUE(_options.answer.SetFromText(value)) << value;
+        } else if (key == "barfills") {
+            _options.bars.model = nxBarModel::Find(value);
+            ASSERT_NE(_options.bars.model, nullptr) << value;
+        } else if (key == "through") {
+            _options.bars.isThrough = true;
         } else if (key == "participation") {
             _options.participation = ToVolume(value).GetValue();
         } else if (key == "bars") {

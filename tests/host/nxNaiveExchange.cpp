@@ -82,6 +82,7 @@ void nxNaiveExchange::_Fill(Order& order, int price, unsigned int volume, bool i
 // What fills lead to is told and done after the matching that made them.
 void nxNaiveExchange::_Settle()
 {
+    _ForgetLate();
     while (!_fills.empty()) {
         const Fill fill = _fills.front();
         _fills.pop_front();
@@ -397,7 +398,8 @@ void nxNaiveExchange::_TakeAll(unsigned int id)
     order.rests = true;
     if (order.isMarket) return;
     order.ahead = _GetLeft(order.isBuy, *order.terms.price);
-    order.displayed = order.part = 0;
+    order.displayed = 0;
+    order.part = _GetLate(order);
     _Renew(order);
 }
 

@@ -216,6 +216,8 @@ private:
     void _MoveQueues(bool bids, const std::map<int, Volume>& before);
     unsigned int _GetAdvance(unsigned int ahead, unsigned int shown, unsigned int cancelled) const;
     void _LookAnew();
+    unsigned int _GetLate(const Order& order) const;
+    void _ForgetLate();
 
     void _Trade(int price, const Volume& volume, int side);
     unsigned int _PutBack(bool buys, int price, unsigned int volume);
@@ -250,6 +252,7 @@ private:
     Price _quoted[2];  // what the rows gave last, of data with depth too
     Volume _quotedSize[2];
     std::map<int, Late> _late[2];
+    Price _tradedTo[2];  // beyond the best price, since it was shown
     Price _last;
     std::map<int, Volume> _closed[2];  // what own orders saw last before the close
 

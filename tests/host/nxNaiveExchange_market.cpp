@@ -41,6 +41,7 @@ unsigned int nxNaiveExchange::_GetAssumed(bool bids, int price) const
 {
     if (_options.beyond == Beyond::Wait || _hasDepth || _options.hasBars || _rows[bids] == 0) return 0;
     if (price <= 0) return 0;
+    if (_tradedTo[bids] && !IsBetter(bids, *_tradedTo[bids], price)) return 0;
     const unsigned int mean = std::max(1u, static_cast<unsigned int>(_sizes[bids] / _rows[bids]));
     const auto found = _assumed[bids].find(price);
     return mean - std::min(mean, found == _assumed[bids].end() ? 0 : found->second.taken);
@@ -113,6 +114,7 @@ void nxNaiveExchange::_ShowBest(bool bids, int price, const Volume& volume)
         _shown[bids].clear();
         _assumed[bids].clear();
     }
+    _tradedTo[bids].reset();
     _Show(bids, price, volume);
 }
 
@@ -129,6 +131,21 @@ unsigned int nxNaiveExchange::_GetAdvance(unsigned int ahead, unsigned int shown
     return std::min(ahead, static_cast<unsigned int>(cancelled * front / (front + back)));
 }
 
+// Who joins stands behind all that has left the price.
+unsigned int nxNaiveExchange::_GetLate(const Order& order) const
+{
+    const auto found = _late[order.isBuy].find(*order.terms.price);
+    return found == _late[order.isBuy].end() || !order.ahead ? 0 : found->second.gone;
+}
+
+// They are remembered where own orders rest.
+void nxNaiveExchange::_ForgetLate()
+{
+    for (const bool bids : {true, false})
+        std::erase_if(_late[bids],
+                      [&](const auto& entry) { return _GetIdsAt(bids, entry.first).empty(); });
+}
+
 void nxNaiveExchange::_MoveQueues(bool bids, const std::map<int, Volume>& before)
 {
     for (const int price : _GetPrices(bids)) {
@@ -143,7 +160,7 @@ void nxNaiveExchange::_MoveQueues(bool bids, const std::map<int, Volume>& before
                 _Of(id).part = 0;
         }
         if (!is) continue;
-        if (isLess) {
+        if (isLess && _options.lateTrades != 0) {
             late.gone += *was - *is;
             late.time = _now;
         }
@@ -189,6 +206,7 @@ void nxNaiveExchange::_LookAnew()
         for (auto& [price, level] : _shown[bids])
             level = {level.volume};
         _assumed[bids].clear();
+        _tradedTo[bids].reset();
         _MoveQueues(bids, _closed[bids]);
     }
 }
@@ -275,6 +293,8 @@ void nxNaiveExchange::_Trade(int price, const Volume& volume, int side)
                 _TakeFromQueue(buys, own, *volume, putBack, budget);
             }
         }
+        if (const Price best = _GetBest(buys); best && IsBetter(buys, *best, price))
+            if (!_tradedTo[buys] || IsBetter(buys, *_tradedTo[buys], price)) _tradedTo[buys] = price;
         for (auto& [at, level] : _shown[buys]) {
             if (IsBetter(buys, at, price)) level.isGone = level.volume.has_value();
             if (at != price || !hits || !volume) continue;
@@ -374,7 +394,7 @@ bool nxNaiveExchange::_Renew(Order& order)
         return false;
     order.displayed = std::min(*order.terms.minPeak, order.GetRest());
     order.ahead = _GetLeft(order.isBuy, *order.terms.price);
-    order.part = 0;
+    order.part = _GetLate(order);
     _ToTheEnd(order.id);
     return true;
 }

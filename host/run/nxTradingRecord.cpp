@@ -1,0 +1,86 @@
+#include "host/run/nxTradingRecord.h"
+
+#include <limits>
+
+#include "host/exchange/nxExchangeEvent.h"
+#include "host/jobs/nxLaunchedJob.h"
+
+namespace {
+
+// Not a number, which the record shows as null, for what is not known.
+double Number(const nxDecimal& number)
+{
+    return number.GetAsDouble();
+}
+
+double Number(const nxExactAmount& amount)
+{
+    return amount.GetAsDecimal().GetAsDouble();
+}
+
+}  // namespace
+
+void nxTradingRecord::WriteProduct(const nxMarket& market, const nxVenue::Product& product, long long time)
+{
+    if (!_output.IsRecording()) return;
+    const nxProductDescription& terms = market.description;
+    const double period = static_cast<double>(product.barPeriod) / nxTime::NanosecondsPerSecond;
+    _output.RecordAt(time, "", "product",
+                     {{"product", market.product.GetName()},
+                      {"tickSize", Number(market.tickSize)},
+                      {"pointValue", Number(terms.pointValue)},
+                      {"currency", terms.currency.IsUndefined() ? "" : terms.currency.GetAsString()},
+                      {"makerFee", Number(terms.makerFee)},
+                      {"takerFee", Number(terms.takerFee)},
+                      {"feeIsRate", terms.feeIsRate},
+                      {"strategy", market.product.IsStrategy()},
+                      {"bars", product.isOfBars},
+                      {"barPeriod", period > 0 ? period : std::numeric_limits<double>::quiet_NaN()}});
+}
+
+void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
+                              const nxMarketProduct& market)
+{
+    if (event.kind != nxExchangeEvent::Kind::Filled || !_output.IsRecording()) return;
+    const nxProductAccount& account = _ledger.GetAccount(order.kind.owner, order.kind.product);
+    const nxPositionKeeper& keeper = account.GetKeeper();
+    const nxDecimal mark = account.GetMark(market.GetPrice());
+    _output.RecordAt(
+        event.time, _state.options.jobs[order.kind.owner].name, "fill",
+        {{"order", order.id},
+         {"product", market.GetName()},
+         {"side", nxGetText(order.kind.side)},
+         {"price", Number(event.fillPrice)},
+         {"volume", event.fillVolume},
+         {"maker", event.isMaker},
+         {"cause", nxGetName(event.cause)},
+         {"row", _state.statistics.GetRowEventCount()},
+         {"fee", Number(account.GetFee(event.fillPrice, event.fillVolume, event.isMaker))},
+         {"position", keeper.GetNet()},
+         {"mark", keeper.GetNet() == 0 ? std::numeric_limits<double>::quiet_NaN() : Number(mark)},
+         {"profit", Number(keeper.GetTotalProfit(mark))}});
+}
+
+void nxTradingRecord::WriteResult(nxRunOutput& output, const nxLaunchedJob& job,
+                                  const nxTradingStatistics& trading)
+{
+    if (trading.orders == 0) return;
+    output.Record(job, "result",
+                  {{"orders", trading.orders},
+                   {"fills", trading.fills},
+                   {"volume", trading.volume},
+                   {"makerVolume", trading.makerVolume},
+                   {"assumedVolume", trading.assumedVolume},
+                   {"selfVolume", trading.selfVolume},
+                   {"selfTrades", trading.selfTrades}});
+    for (const nxTradingStatistics::Money& money : trading.money)
+        output.Record(job, "money",
+                      {{"currency", money.currency.IsUndefined() ? "" : money.currency.GetAsString()},
+                       {"profit", Number(money.profit)},
+                       {"realised", Number(money.profit - money.open)},
+                       {"open", Number(money.open)},
+                       {"fees", Number(money.fees)},
+                       {"drawdown", Number(money.drawdown)},
+                       {"worstDrawdown", money.hasBars ? Number(money.worstDrawdown)
+                                                       : std::numeric_limits<double>::quiet_NaN()}});
+}
