@@ -232,11 +232,11 @@ void nxNaiveExchange::OnQuote(const Row& row, long long time)
         const bool isOther = price != _quoted[bids] || size != _quotedSize[bids];
         _quoted[bids] = price;
         _quotedSize[bids] = size;
-        if (!isNamed || !price || (row.isTrade && !isOther)) continue;
-        if (size) {
+        if (isOther && price && size) {
             _sizes[bids] += *size;
             ++_rows[bids];
         }
+        if (!isNamed || !price || (row.isTrade && !isOther)) continue;
         if (_hasDepth) continue;
         isAnew[bids] = true;
         std::map<int, Volume> before;
