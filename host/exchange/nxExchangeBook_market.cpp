@@ -90,6 +90,8 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
         const bool hitsAtPrice = HitsAtPrice(side, aggressor);
         _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
             const bool isThrough = nxIsBetter(side, own, price);
+            if (!isThrough && hitsAtPrice && traded.IsValid())
+                explained = _RecallCancelled(level, traded.GetValue());
             if (!isThrough && own != price) return false;
             if (_rules.fills->rule.fillsWhole && (isThrough || hitsAtPrice)) {
                 _FillWhole(level, own);
@@ -97,7 +99,6 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
                 _FillThrough(level, own, budget, nxFillCause::TradedThrough);
                 _PassQueue(level);
             } else if (hitsAtPrice && traded.IsValid()) {
-                explained = _RecallCancelled(level, traded.GetValue());
                 _FillQueue(level, own, traded.GetValue(), budget);
             }
             return isThrough;
