@@ -121,6 +121,5 @@ private:
     nxBarMatcher _bars;
     nxLateTrades _lateTrades;
     long long _time = 0;  // of the market's latest row
-    bool _hasTraded = false;
     bool _isOfBars = false;
 };

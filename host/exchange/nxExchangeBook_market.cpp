@@ -82,7 +82,6 @@ void nxExchangeBook::_PassQueue(Level& level)
 
 void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, const nxBuySellEnum& aggressor)
 {
-    _hasTraded = true;
     for (const nxSide side : nxSides) {
         // A trade of unknown size fills all that it went beyond, and takes nothing from a queue.
         unsigned int budget = traded.IsValid() ? traded.GetValue() : nxShownMarket::Unlimited;
@@ -90,9 +89,9 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
         const bool hitsAtPrice = HitsAtPrice(side, aggressor);
         _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
             const bool isThrough = nxIsBetter(side, own, price);
+            if (!isThrough && own != price) return false;
             if (!isThrough && hitsAtPrice && traded.IsValid())
                 explained = _RecallCancelled(level, traded.GetValue());
-            if (!isThrough && own != price) return false;
             if (_rules.fills->rule.fillsWhole && (isThrough || hitsAtPrice)) {
                 _FillWhole(level, own);
             } else if (isThrough) {
@@ -218,7 +217,8 @@ unsigned int nxExchangeBook::_MeetQuote(nxSide side, const nxDecimal& quote, uns
 
 nxDecimal nxExchangeBook::GetStopReference(nxSide side) const
 {
-    if (_hasTraded || _isOfBars) return _market.GetPrice().GetLastPrice();
+    const nxDecimal& last = _market.GetPrice().GetLastPrice();
+    if (last.IsValid() || _isOfBars) return last;
     return _shown.GetBestPrice(nxGetOpposite(side));
 }
 
@@ -272,7 +272,7 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote, long long time)
         for (const nxSide side : nxSides)
             if (isAnew[nxGetOpposite(side)]) _MeetQuotes(side);
     }
-    if (isTrade || !_hasTraded) _TryStops();
+    if (isTrade || !last.IsValid()) _TryStops();
 }
 
 void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels, long long time)
@@ -288,7 +288,7 @@ void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels, long long time
     }
     for (const nxSide side : nxSides)
         _MeetQuotes(side);
-    if (!_hasTraded) _TryStops();
+    if (!_market.GetPrice().GetLastPrice().IsValid()) _TryStops();
 }
 
 void nxExchangeBook::Join()
@@ -300,7 +300,6 @@ void nxExchangeBook::Join()
         if (_market.GetTraded().IsValid())
             _TakeTraded(side, price.GetLastPrice(), _market.GetTraded(),
                         price.GetLastPriceBuySellIndicator());
-    _hasTraded = _market.GetPrice().GetLastPrice().IsValid();
 }
 
 void nxExchangeBook::Resume()
