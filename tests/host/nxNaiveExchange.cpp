@@ -252,6 +252,7 @@ void nxNaiveExchange::_DoAmend(Order& order, const Terms& changes)
     order.displayed = std::min(order.displayed, order.GetRest());
     if (losesPlace) {
         order.rests = false;
+        _ForgetLate();
         order.ahead.reset();
         order.arrived = _now;
         order.waitsForOpening = _IsHeldNow();

@@ -223,7 +223,7 @@ private:
     unsigned int _PutBack(bool buys, int price, unsigned int volume);
     void _TakeFromQueue(bool buys, int price, unsigned int traded, unsigned int putBack,
                         unsigned int& budget);
-    void _Act(bool asksAnew, bool bidsAnew);
+    void _Act(bool asksAnew, bool bidsAnew, bool isTrade);
     void _Sweep(bool buys, int price, unsigned int& budget, bool isWhole, Cause cause);
     bool _Serve(unsigned int id, int price, unsigned int& budget, bool isWhole, Cause cause);
     bool _Renew(Order& order);

@@ -142,8 +142,7 @@ unsigned int nxNaiveExchange::_GetLate(const Order& order) const
 void nxNaiveExchange::_ForgetLate()
 {
     for (const bool bids : {true, false})
-        std::erase_if(_late[bids],
-                      [&](const auto& entry) { return _GetIdsAt(bids, entry.first).empty(); });
+        std::erase_if(_late[bids], [&](const auto& entry) { return _GetIdsAt(bids, entry.first).empty(); });
 }
 
 void nxNaiveExchange::_MoveQueues(bool bids, const std::map<int, Volume>& before)
@@ -245,7 +244,7 @@ void nxNaiveExchange::OnQuote(const Row& row, long long time)
         _ShowBest(bids, *price, size);
         if (_isOpen) _MoveQueues(bids, before);
     }
-    if (_isOpen) _Act(isAnew[false], isAnew[true]);
+    if (_isOpen) _Act(isAnew[false], isAnew[true], row.isTrade && _last);
 }
 
 void nxNaiveExchange::OnDepth(const std::vector<Level>& levels, long long time)
@@ -257,17 +256,17 @@ void nxNaiveExchange::OnDepth(const std::vector<Level>& levels, long long time)
         _Show(level.isBid, level.price, level.volume);
         if (_isOpen) _MoveQueues(level.isBid, before);
     }
-    if (_isOpen) _Act(true, true);
+    if (_isOpen) _Act(true, true, false);
 }
 
 // Resting orders first, then stops, then what waited for the opening.
-void nxNaiveExchange::_Act(bool asksAnew, bool bidsAnew)
+void nxNaiveExchange::_Act(bool asksAnew, bool bidsAnew, bool isTrade)
 {
     const bool opens = _isFresh;
     _isFresh = false;
     if (asksAnew) _Meet(true);
     if (bidsAnew) _Meet(false);
-    _TryStops();
+    if (isTrade || !_last) _TryStops();
     if (opens) _OpenWaiting();
     _Settle();
 }
