@@ -3,14 +3,16 @@
 
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
+MINUTES ?= 10
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 SOURCES = git ls-files '*.h' '*.cpp'
 
-.PHONY: help demo test build asan tsan luajit bench format check-format install packages clean
+.PHONY: help demo test soak build asan tsan luajit bench format check-format install packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day"
 	@echo "make test     install what is missing, build, run all tests"
+	@echo "make soak     the exchange against a naive one, for MINUTES ($(MINUTES))"
 	@echo "make asan     the tests under AddressSanitizer and UBSan"
 	@echo "make tsan     the tests with threads under ThreadSanitizer"
 	@echo "make luajit   the tests on LuaJIT"
@@ -41,6 +43,13 @@ test: packages
 	cmake --preset dev
 	cmake --build --preset dev -j $(JOBS)
 	ctest --preset dev
+
+# The twelve tests of nxExchangeNaive share the time.
+soak: packages
+	cmake --preset dev
+	cmake --build --preset dev -j $(JOBS) --target test_host
+	NX_SOAK_SECONDS=$$(($(MINUTES) * 60 * $(JOBS) / 12)) \
+	    ctest --preset dev -j $(JOBS) --timeout 1000000 -R nxExchangeNaive
 
 asan: packages
 	cmake --preset asan

@@ -21,7 +21,10 @@ public:
     // Of the level that is visited right now.
     void Take(unsigned int volume) { _taken[_level] += volume; }
     // The market has traded at that price, so that nothing stands there or at a better one.
-    void SetTraded(const nxDecimal& price) { _traded = price; }
+    void NoteTraded(nxSide side, const nxDecimal& price)
+    {
+        if (!_traded.IsValid() || nxIsBetter(side, _traded, price)) _traded = price;
+    }
     // The data have shown the best price anew.
     void ForgetTraded() { _traded = {}; }
     // Another price is the best.
@@ -34,7 +37,7 @@ public:
 private:
     std::vector<unsigned int> _taken;  // by level
     std::size_t _level = 0;
-    nxDecimal _traded;  // null: none
+    nxDecimal _traded;  // the farthest; null: none
 };
 
 template <class Visit>

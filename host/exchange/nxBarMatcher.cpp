@@ -46,12 +46,13 @@ nxDecimal nxBarMatcher::_FindPrice(const nxExchangeOrder& order, const nxFeedBar
 // True when the order has left where it waited: it is filled, or was a stop.
 bool nxBarMatcher::_Fill(nxExchangeOrder& order, const nxFeedBar& bar, unsigned int& budget)
 {
+    if (order.GetRemaining() == 0) return false;
     const bool waited = !order.triggered;
     nxDecimal met = bar.open;
     bool isMaker = false;
     if (waited) {
         met = _FindStop(order, bar);
-        if (!met.IsValid() || order.GetRemaining() == 0) return false;
+        if (!met.IsValid()) return false;
         _listener.Trigger(order);
         // Nobody knows where the price went from the stop on, so a limit beyond it waits for the next bar.
         if (!order.IsWithin(met)) return true;

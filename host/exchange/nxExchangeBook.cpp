@@ -98,7 +98,8 @@ const nxExchangeOrder* nxExchangeBook::FindOwnCounterpart(const nxExchangeOrder&
         if (own.kind.owner == order.kind.owner) found = &own;
         return found == nullptr;
     });
-    if (found == nullptr || _isOfBars) return found;
+    if (found == nullptr || order.GetRemaining() == 0) return nullptr;
+    if (_isOfBars) return found;
     unsigned long long before = 0;
     _ForEachOffered(order, [&](const nxDecimal& price, unsigned int free, bool) {
         if (nxIsBetter(other, found->terms.price, price)) return false;
@@ -118,18 +119,19 @@ nxVolume nxExchangeBook::GetAhead(const nxExchangeOrder& order) const
 void nxExchangeBook::Enter(nxExchangeOrder& order)
 {
     if (!order.triggered) {
-        order.isResting = true;
-        if (!_TryStop(order)) {
-            _orders.GetStops().push_back(&order);
-        } else {
-            _Trigger(order);
-        }
-        return;
+        if (!_TryStop(order)) return AddStop(order);
+        return _Trigger(order);
     }
     // An order of bars is filled by a later bar.
     if (!_isOfBars) _Take(order);
     const bool isLeft = order.GetRemaining() != 0 && order.IsAlive();
     if (isLeft && (_isOfBars || !order.kind.IsImmediate())) _Rest(order);
+}
+
+void nxExchangeBook::AddStop(nxExchangeOrder& order)
+{
+    order.isResting = true;
+    _orders.GetStops().push_back(&order);
 }
 
 void nxExchangeBook::_Take(nxExchangeOrder& order)

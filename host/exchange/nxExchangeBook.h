@@ -42,6 +42,8 @@ public:
 
     // Takes what the order can have at once, and lets the rest, if there is one, wait in the book.
     void Enter(nxExchangeOrder& order);
+    // A stop waits for what comes, whatever the market shows now.
+    void AddStop(nxExchangeOrder& order);
     void Remove(nxExchangeOrder& order) { _orders.Remove(order); }
     // Whether the whole order would fill at once.
     bool CanFill(const nxExchangeOrder& order);
@@ -119,6 +121,5 @@ private:
     nxBarMatcher _bars;
     nxLateTrades _lateTrades;
     long long _time = 0;  // of the market's latest row
-    bool _hasTraded = false;
     bool _isOfBars = false;
 };

@@ -82,7 +82,6 @@ void nxExchangeBook::_PassQueue(Level& level)
 
 void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, const nxBuySellEnum& aggressor)
 {
-    _hasTraded = true;
     for (const nxSide side : nxSides) {
         // A trade of unknown size fills all that it went beyond, and takes nothing from a queue.
         unsigned int budget = traded.IsValid() ? traded.GetValue() : nxShownMarket::Unlimited;
@@ -91,13 +90,14 @@ void nxExchangeBook::_OnTrade(const nxDecimal& price, const nxVolume& traded, co
         _orders.ForEachLevel(side, [&](const nxDecimal& own, Level& level) {
             const bool isThrough = nxIsBetter(side, own, price);
             if (!isThrough && own != price) return false;
+            if (!isThrough && hitsAtPrice && traded.IsValid())
+                explained = _RecallCancelled(level, traded.GetValue());
             if (_rules.fills->rule.fillsWhole && (isThrough || hitsAtPrice)) {
                 _FillWhole(level, own);
             } else if (isThrough) {
                 _FillThrough(level, own, budget, nxFillCause::TradedThrough);
                 _PassQueue(level);
             } else if (hitsAtPrice && traded.IsValid()) {
-                explained = _RecallCancelled(level, traded.GetValue());
                 _FillQueue(level, own, traded.GetValue(), budget);
             }
             return isThrough;
@@ -217,7 +217,8 @@ unsigned int nxExchangeBook::_MeetQuote(nxSide side, const nxDecimal& quote, uns
 
 nxDecimal nxExchangeBook::GetStopReference(nxSide side) const
 {
-    if (_hasTraded || _isOfBars) return _market.GetPrice().GetLastPrice();
+    const nxDecimal& last = _market.GetPrice().GetLastPrice();
+    if (last.IsValid() || _isOfBars) return last;
     return _shown.GetBestPrice(nxGetOpposite(side));
 }
 
@@ -271,7 +272,7 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote, long long time)
         for (const nxSide side : nxSides)
             if (isAnew[nxGetOpposite(side)]) _MeetQuotes(side);
     }
-    if (isTrade || !_hasTraded) _TryStops();
+    if (isTrade || !last.IsValid()) _TryStops();
 }
 
 void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels, long long time)
@@ -287,7 +288,7 @@ void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels, long long time
     }
     for (const nxSide side : nxSides)
         _MeetQuotes(side);
-    if (!_hasTraded) _TryStops();
+    if (!_market.GetPrice().GetLastPrice().IsValid()) _TryStops();
 }
 
 void nxExchangeBook::Join()
@@ -299,7 +300,6 @@ void nxExchangeBook::Join()
         if (_market.GetTraded().IsValid())
             _TakeTraded(side, price.GetLastPrice(), _market.GetTraded(),
                         price.GetLastPriceBuySellIndicator());
-    _hasTraded = _market.GetPrice().GetLastPrice().IsValid();
 }
 
 void nxExchangeBook::Resume()

@@ -144,11 +144,18 @@ void nxMatchingEngine::_EnterOpening(Market& market)
 {
     if (!std::exchange(market.opens, false)) return;
     for (nxExchangeOrder* order : std::exchange(market.opening, {})) {
+        // The other child of its bracket was filled just now.
+        if (order->GetRemaining() == 0) continue;
         if (order->triggered) {
             order->status = order->executed == 0 ? nxOrderStatus_Working : nxOrderStatus_PartiallyFilled;
             _Tell(*order, nxExchangeEvent::Kind::Triggered);
         }
-        _Start(*order);
+        // The market shows the end of the bar that a stop of bars is about to meet.
+        if (!order->triggered && market.book.IsOfBars()) {
+            market.book.AddStop(*order);
+        } else {
+            _Start(*order);
+        }
     }
 }
 

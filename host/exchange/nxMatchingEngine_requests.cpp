@@ -177,9 +177,8 @@ void nxMatchingEngine::_Amend(nxExchangeOrder& order, const nxOrderTerms& change
     nxExchangeOrder wanted = order;
     wanted.terms.Merge(changes);
     const bool movesStop = wanted.terms.stopPrice != order.terms.stopPrice;
-    const bool keepsPlace =
-        !order.isResting || (!movesStop && wanted.terms.price == order.terms.price &&
-                             wanted.terms.volume.GetValue() <= order.terms.volume.GetValue());
+    const bool keepsPlace = !movesStop && wanted.terms.price == order.terms.price &&
+                            wanted.terms.volume.GetValue() <= order.terms.volume.GetValue();
     Refusal refusal = nxOrderChecks::FindEnd(order);
     if (refusal.text.empty())
         refusal = nxOrderChecks::FindRefusal(wanted, changes, market.product.tickSize, _time);
@@ -192,7 +191,9 @@ void nxMatchingEngine::_Amend(nxExchangeOrder& order, const nxOrderTerms& change
         return;
     }
     if (!keepsPlace) {
-        book.Remove(order);
+        if (order.isResting) book.Remove(order);
+        std::erase(market.opening, &order);
+        if (std::erase(market.immediates, &order) != 0) market.immediates.push_back(&order);
         order.arrived = _time;
     }
     const bool isDated = wanted.terms.expiry != order.terms.expiry;

@@ -53,8 +53,12 @@ void nxOrderExpiries::Add(const nxExchangeOrder& order)
 std::vector<unsigned int> nxOrderExpiries::TakeNext()
 {
     auto next = _byTime.extract(_byTime.begin());
-    _Sweep(next.mapped().orders, next.key());
-    return std::move(next.mapped().orders);
+    std::vector<unsigned int>& orders = next.mapped().orders;
+    _Sweep(orders, next.key());
+    // One whose date was changed and changed back is there twice.
+    std::ranges::sort(orders);
+    orders.erase(std::unique(orders.begin(), orders.end()), orders.end());
+    return std::move(orders);
 }
 
 // Leaves those that end at that time. One that is on its way may come to live.

@@ -25,7 +25,7 @@ public:
     void Add(const nxExchangeOrder& order);
     // nxTime::Never where nothing ends.
     long long GetNextTime() const { return _byTime.empty() ? nxTime::Never : _byTime.begin()->first; }
-    // Of the orders whose time is the next one, those that have not ended otherwise.
+    // Of the orders whose time is the next one, those that have not ended otherwise, by their numbers.
     std::vector<unsigned int> TakeNext();
 
 private:

@@ -27,7 +27,8 @@ unsigned int AdvanceByPower(unsigned int ahead, unsigned int shown, unsigned int
         inFront *= front;
         behind *= 1.0 - front;
     }
-    const double gone = cancelled * (inFront / (inFront + behind));
+    // The little more is for whole numbers, which must not come out a hair below themselves.
+    const double gone = cancelled * (inFront / (inFront + behind)) * (1.0 + 1e-12);
     return ahead - std::min(ahead, static_cast<unsigned int>(gone));
 }
 

@@ -43,7 +43,7 @@ void nxShownMarket::TakeTraded(nxSide side, const nxDecimal& price, const nxVolu
         const bool isThrough = nxIsBetter(side, level, price);
         if (shown == Unlimited || (!isThrough && level != price)) return false;
         const unsigned int traded = isThrough ? shown : volume.IsValid() ? volume.GetValue() : 0;
-        if (isThrough && !_usesDepth) _assumed[side].SetTraded(price);
+        if (isThrough && !_usesDepth) _assumed[side].NoteTraded(side, price);
         if (traded == 0) return isThrough;
         unsigned int& sum = _gone[side][level].traded;
         sum += std::min(traded, shown - std::min(shown, sum));
@@ -91,7 +91,7 @@ void nxShownMarket::Join()
 void nxShownMarket::Forget()
 {
     for (const nxSide side : nxSides) {
-        _best[side] = {};
+        _best[side] = _market.GetBest(side);
         _gone[side].clear();
         _assumed[side].Forget();
     }
