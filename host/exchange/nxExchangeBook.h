@@ -122,4 +122,5 @@ private:
     nxLateTrades _lateTrades;
     long long _time = 0;  // of the market's latest row
     bool _isOfBars = false;
+    bool _isFirstRow = false;  // of quotes, since it was resumed
 };

@@ -265,9 +265,11 @@ void nxExchangeBook::OnQuote(const nxFeedQuote& quote, long long time)
     const bool isTrade = quote.IsTrade() && last.IsValid();
     if (isTrade) _OnTrade(last, quote.lastVolume, quote.side);
     if (!_shown.UsesDepth()) {
-        // What the row of a trade repeats is the quote before it: the trade is counted already.
-        const bool bid = !isTrade && (!quote.bid.IsNoChange() || !quote.bidVolume.IsNoChange());
-        const bool ask = !isTrade && (!quote.ask.IsNoChange() || !quote.askVolume.IsNoChange());
+        // What the row of a trade repeats is the quote before it: the trade is counted already. What was
+        // shown before an opening is no longer known to hold.
+        const bool counts = std::exchange(_isFirstRow, false) || !isTrade;
+        const bool bid = counts && (!quote.bid.IsNoChange() || !quote.bidVolume.IsNoChange());
+        const bool ask = counts && (!quote.ask.IsNoChange() || !quote.askVolume.IsNoChange());
         const nxBySide<bool> isAnew{_RefreshBest(nxSide::Buy, bid), _RefreshBest(nxSide::Sell, ask)};
         for (const nxSide side : nxSides)
             if (isAnew[nxGetOpposite(side)]) _MeetQuotes(side);
@@ -304,6 +306,7 @@ void nxExchangeBook::Join()
 
 void nxExchangeBook::Resume()
 {
+    _isFirstRow = true;
     _shown.Forget();
     for (const nxSide side : nxSides)
         _RefreshAll(side);

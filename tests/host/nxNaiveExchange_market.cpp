@@ -235,7 +235,7 @@ void nxNaiveExchange::OnQuote(const Row& row, long long time)
             _sizes[bids] += *size;
             ++_rows[bids];
         }
-        if (!isNamed || !price || (row.isTrade && !isOther)) continue;
+        if (!isNamed || !price || (row.isTrade && !isOther && !_isFresh)) continue;
         if (_hasDepth) continue;
         isAnew[bids] = true;
         std::map<int, Volume> before;
