@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <span>
 
 #include "base/values/nxExactRandom.h"
@@ -67,12 +66,6 @@ public:
     void Resume();
     // Takes the market as it is, for one that began without the book.
     void Join();
-
-    // Of each side from the best price on, then in the order of their queue; for tests and queries.
-    void ForEachOrder(const std::function<void(const nxExchangeOrder&)>& visit) const
-    {
-        _orders.ForEach(visit);
-    }
 
 private:
     using Level = nxOwnOrders::Level;

@@ -37,14 +37,3 @@ nxDecimal nxOwnOrders::GetBestPrice(nxSide side, unsigned int owner) const
             if (own->kind.owner == owner) return price;
     return {};
 }
-
-void nxOwnOrders::ForEach(const std::function<void(const nxExchangeOrder&)>& visit) const
-{
-    for (const nxSide side : nxSides)
-        for (const auto& [price, level] : _levels[side])
-            for (const nxExchangeOrder* order : level.orders)
-                visit(*order);
-    for (const auto* orders : {&_unlimited, &_stops})
-        for (const nxExchangeOrder* order : *orders)
-            visit(*order);
-}

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <map>
 #include <vector>
 
@@ -65,8 +64,6 @@ public:
     // fn(order) over the limits of a side, from the best price on, until it answers false.
     template <class Visit>
     void ForEachLimit(nxSide side, Visit visit) const;
-    // Of each side from the best price on, then in the order of their queue.
-    void ForEach(const std::function<void(const nxExchangeOrder&)>& visit) const;
     // Of an owner's limits; null where there is none.
     nxDecimal GetBestPrice(nxSide side, unsigned int owner) const;
 
