@@ -165,6 +165,9 @@ def check_quotations(program):
                 indent = "    " if block.startswith("    ") else ""
                 if printed != re.sub(f"^{indent}", "", expected.rstrip("\n"), flags=re.M) + "\n":
                     yield f"{page.name}: another output now: {command}"
+        for arguments, block in re.findall(r"is `algoserver (run examples/[^`]*)`:\n\n```\n(.*?)```", text, re.S):
+            if block not in run(program, *arguments.split()).stdout:
+                yield f"{page.name}: another output now: {arguments}"
 
 
 def main():
