@@ -208,9 +208,8 @@ void AddLatencies(CLI::App& run, nxRunArguments& arguments)
         ->option_text("DURATION|MIN..MAX");
 }
 
-void AddExchange(CLI::App& run, RunArguments& arguments)
+void AddBookRules(CLI::App& run, nxExchangeOptions& exchange)
 {
-    nxExchangeOptions& exchange = arguments.options.exchange;
     AddModel<nxFillModel>(
         run, "--fills", [&exchange](const nxFillModel& model) { exchange.fills = &model; },
         "How resting orders are filled: ");
@@ -229,22 +228,22 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
     run.add_option_function<std::string>(
            "--beyond", [&exchange](const std::string& name) { exchange.walksBeyond = name == "walk"; },
            "Where the data show the best price alone, the rest of a MARKET order goes on a tick worse for "
-           "each further mean size of that price (walk), or waits for what is shown next (wait) [walk]")
+           "each further mean size of that price (walk), or waits for what is shown next (wait)")
         ->check(CLI::IsMember({"walk", "wait"}))
-        ->option_text("walk|wait");
+        ->option_text("walk|wait [walk]");
     run.add_option_function<double>(
            "--late-trades",
            [&exchange](double milliseconds) {
                exchange.lateTrades = std::llround(milliseconds * nxTime::NanosecondsPerMillisecond);
            },
            "Milliseconds by which a trade may be recorded after the change of size that it caused and still "
-           "count once [100]")
+           "count once")
         ->check(IsNumber(0, 3'600'000, "from 0 to 3600000"))
-        ->option_text("MS");
-    run.add_flag("--envelope", arguments.envelope,
-                 "Run under the other fill models and with a queue that only trades move, over bars under "
-                 "the other --bar-fills and --bar-limits through, and with twice the latency, too, and print "
-                 "what each comes to after the summary");
+        ->option_text("MS [100]");
+}
+
+void AddBarRules(CLI::App& run, nxExchangeOptions& exchange)
+{
     AddModel<nxBarModel>(
         run, "--bar-fills", [&exchange](const nxBarModel& model) { exchange.bars.model = &model; },
         "With bars: where orders are filled that a bar meets at its open or by their stop: ");
@@ -255,15 +254,26 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
            "goes beyond)")
         ->check(CLI::IsMember({"touch", "through"}))
         ->option_text("touch|through [touch]");
+    run.add_option("--participation", exchange.participation,
+                   "With bars: the share of a bar's volume that orders can have; without it any")
+        ->check(CLI::Range(1u, 100u))
+        ->option_text("PERCENT");
+}
+
+void AddExchange(CLI::App& run, RunArguments& arguments)
+{
+    nxExchangeOptions& exchange = arguments.options.exchange;
+    AddBookRules(run, exchange);
+    AddBarRules(run, exchange);
+    run.add_flag("--envelope", arguments.envelope,
+                 "Run under the other fill models and with a queue that only trades move, over bars under "
+                 "the other --bar-fills and --bar-limits through, and with twice the latency, too, and print "
+                 "what each comes to after the summary");
     AddRepeated(run, "--explain", arguments.options.explain,
                 "Tell the story of the order with that number after the summary; may be repeated")
         ->type_name("ORDER_ID");
     AddLatencies(run, arguments.jobs);
     AddSeed(run, exchange.seed, "For what is drawn by lot: latencies, peaks, and the scripts' math.random");
-    run.add_option("--participation", exchange.participation,
-                   "With bars: the share of a bar's volume that orders can have; without it any")
-        ->check(CLI::Range(1u, 100u))
-        ->option_text("PERCENT");
 }
 
 void AddOutputs(CLI::App& run, RunArguments& arguments)

@@ -41,7 +41,8 @@ void nxTrading::_Open()
         return runner->GetJob().GetObject().IsFunctionDefined(
             nxGetCallbackName(nxCallback::OnOrderQPosition));
     });
-    nxExchangeObservers observers{&_ledger, &_record};
+    nxExchangeObservers observers{&_ledger};
+    if (_output.IsRecording()) observers.push_back(&_record);
     if (_stories) observers.push_back(&*_stories);
     _venue = _makeVenue(reportQueue, std::move(observers));
     _nextDay = nxFeedTime::GetNextMidnight(_clock.Get());
