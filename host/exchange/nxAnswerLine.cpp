@@ -4,7 +4,7 @@
 
 nxExchangeEvent& nxAnswerLine::Send(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, long long time)
 {
-    nxExchangeEvent& event = _events.Send({}, time + _latency.Draw(_random, time));
+    nxExchangeEvent& event = _events.Send({}, _latency.GetArrival(_random, time));
     event.kind = kind;
     event.order = order.id;
     event.owner = order.kind.owner;

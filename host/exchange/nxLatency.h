@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/time/nxTime.h"
 #include "base/values/nxExactRandom.h"
 
 // A time in nanoseconds that a message takes: constant, drawn evenly from a range, or as it was recorded.
@@ -29,6 +30,11 @@ struct nxLatency
         if (samples != nullptr) return factor * _FindSample(now);
         return least +
                static_cast<long long>(random.GetBelow(static_cast<unsigned long long>(most - least) + 1));
+    }
+    // When a message arrives that is sent now.
+    long long GetArrival(nxExactRandom& random, long long now) const
+    {
+        return nxTime::GetLater(now, Draw(random, now));
     }
     nxLatency GetTwice() const { return {2 * least, 2 * most, samples, 2 * factor}; }
     // By time, at least one.

@@ -15,7 +15,7 @@ nxSimulatedExchange::nxSimulatedExchange(const nxExchangeOptions& options, nxExc
 void nxSimulatedExchange::_Send(nxOrderRequest kind, unsigned int order, long long now,
                                 const nxOrderTerms& terms)
 {
-    const Request& request = _requests.Send({kind, order, 0, terms}, now + _latency.Draw(_random, now));
+    const Request& request = _requests.Send({kind, order, 0, terms}, _latency.GetArrival(_random, now));
     _Show(kind, order, terms, now, request.due);
 }
 

@@ -20,7 +20,7 @@ public:
     // Of the next row, recorded at that time.
     long long GetNext(long long time)
     {
-        _last = std::max(_last, time + _latency.Draw(_random, time));
+        _last = std::max(_last, _latency.GetArrival(_random, time));
         return _last;
     }
 
