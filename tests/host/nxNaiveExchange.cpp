@@ -161,11 +161,8 @@ void nxNaiveExchange::_MakeChildren(const Order& parent, const nxDecimal& price,
         _Of(made[1]).sibling = made[0];
     }
     for (const unsigned int id : made) {
-        if (Get(id).GetRemaining() != 0) {
-            _Arrive(_Of(id));
-        } else {
-            _End(_Of(id), OtherFilled);  // by the first one, on its arrival
-        }
+        // The first one may have taken all of it on its arrival.
+        Get(id).GetRemaining() != 0 ? _Arrive(_Of(id)) : _End(_Of(id), OtherFilled);
     }
 }
 
@@ -174,17 +171,12 @@ void nxNaiveExchange::Submit(const nxOrderKind& kind, const nxOrderTerms& terms,
     Order order;
     order.kind = kind;
     order.terms = terms;
-    _requests.push_back({'N', _Add(order).id, {}, now + _options.request.least});
+    Send(nxOrderRequest::New, _Add(order).id, {}, now);
 }
 
-void nxNaiveExchange::Amend(unsigned int id, const nxOrderTerms& changes, long long now)
+void nxNaiveExchange::Send(nxOrderRequest kind, unsigned int id, const nxOrderTerms& changes, long long now)
 {
-    _requests.push_back({'A', id, changes, now + _options.request.least});
-}
-
-void nxNaiveExchange::Cancel(unsigned int id, long long now)
-{
-    _requests.push_back({'C', id, {}, now + _options.request.least});
+    _requests.push_back({kind, id, changes, now + _options.request.least});
 }
 
 void nxNaiveExchange::Advance(long long time, long long lastEnd)
@@ -206,13 +198,13 @@ void nxNaiveExchange::Advance(long long time, long long lastEnd)
         _requests.pop_front();
         _now = std::max(_now, request);
         Order& order = _Of(next.order);
-        if (next.kind == 'N') {
+        if (next.kind == nxOrderRequest::New) {
             _DoNew(order);
         } else if (!order.IsAlive()) {
-            _Tell(next.kind == 'A' ? Kind::AmendRejected : Kind::CancelRejected, order,
+            _Tell(next.kind == nxOrderRequest::Amend ? Kind::AmendRejected : Kind::CancelRejected, order,
                   order.status == nxOrderStatus_Filled ? "the order is filled"
                                                        : "the order is no longer working");
-        } else if (next.kind == 'A') {
+        } else if (next.kind == nxOrderRequest::Amend) {
             _DoAmend(order, next.terms);
         } else {
             _End(order, "", true);
@@ -290,12 +282,11 @@ std::string nxNaiveExchange::_FindRefusal(const Order& order, const nxOrderTerms
     if (isNew && order.kind.IsForOpening() && !_IsHeldNow()) return "the market is open already";
     if (isNew && !order.kind.IsForOpening() && !_isOpen) return "the market is not open";
     if (stopChanges && order.triggered) return "the stop is triggered already";
-    if (order.kind.execution == nxOrderExecution::TrailingStop && !order.triggered && (isNew || stopChanges))
-    {
-        const nxDecimal market = _GetMarketPrice(order.kind.side);
-        if (!market.IsValid() || !nxIsBetter(order.kind.side, stop, market))
-            return "the stopPrice does not lie behind the market's price";
-    }
+    const bool isTrailing = order.kind.execution == nxOrderExecution::TrailingStop && !order.triggered;
+    const nxDecimal market = _GetMarketPrice(order.kind.side);
+    if (isTrailing && (isNew || stopChanges) &&
+        (!market.IsValid() || !nxIsBetter(order.kind.side, stop, market)))
+        return "the stopPrice does not lie behind the market's price";
     if (!enters || !_IsProtected(order) || !order.triggered || _IsHeldNow()) return {};
     const unsigned int met = _FindMet(order);
     return met != 0 ? GetSelfTrade(Get(met)) : "";

@@ -39,8 +39,7 @@ public:
     }
 
     void Submit(const nxOrderKind& kind, const nxOrderTerms& terms, long long now);
-    void Amend(unsigned int id, const nxOrderTerms& changes, long long now);
-    void Cancel(unsigned int id, long long now);
+    void Send(nxOrderRequest kind, unsigned int id, const nxOrderTerms& changes, long long now);
     // Carries out what is due by then; what ends by its date only up to the second time.
     void Advance(long long time, long long lastEnd);
     void OnQuote(const nxFeedQuote& row, long long time);
@@ -49,7 +48,7 @@ public:
     void OnOpen(long long time);
     void OnClose(long long time);
     // The orders come to a market that has been open for a while.
-    void Join();
+    void Join(long long time);
 
     const Order& Get(unsigned int id) const { return _orders[id - 1]; }
     unsigned int GetCount() const { return static_cast<unsigned int>(_orders.size()); }
@@ -62,7 +61,7 @@ private:
     using Volumes = std::map<nxDecimal, nxVolume>;
     struct Request
     {
-        char kind;  // New, Amend, Cancel
+        nxOrderRequest kind;
         unsigned int order;
         nxOrderTerms terms;
         long long due;
@@ -73,14 +72,12 @@ private:
         nxVolume volume;  // null: any
         unsigned int taken = 0;
         unsigned int gone = 0;  // traded
-        bool isGone = false;    // all of it
 
         unsigned int GetWithout(unsigned int lots) const
         {
-            return isGone ? 0 : volume.GetValue() - std::min(volume.GetValue(), lots);
+            return volume.GetValue() - std::min(volume.GetValue(), lots);
         }
     };
-    using Book = nxBySide<std::map<nxDecimal, Shown>>;
     struct Late  // lots that left a price, for a trade that is recorded late
     {
         unsigned int gone = 0;
@@ -138,7 +135,6 @@ private:
     void _MoveQueues(nxSide side, const Volumes& before);
     void _MoveQueue(nxSide side, const nxDecimal& price, const nxVolume& was, unsigned int is);
     unsigned int _GetAdvance(unsigned int ahead, unsigned int shown, unsigned int cancelled) const;
-    void _LookAnew();
     void _StandAtTheEnd(Order& order);
     void _ForgetLate();
 
@@ -170,7 +166,7 @@ private:
     long long _now = 0;
 
     bool _isOpen = false, _isFresh = true, _hasDepth = false;
-    Book _shown, _assumed;
+    nxBySide<std::map<nxDecimal, Shown>> _shown, _assumed;
     nxBySide<unsigned long long> _sizes, _rows;
     nxBySide<nxDecimal> _quoted;  // what the rows gave last, of data with depth too
     nxBySide<nxVolume> _quotedSize;

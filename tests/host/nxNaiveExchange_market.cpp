@@ -51,7 +51,7 @@ unsigned int nxNaiveExchange::_GetAssumed(nxSide side, const nxDecimal& price) c
     if (_tradedTo[side].IsValid() && !nxIsBetter(side, _tradedTo[side], price)) return 0;
     const unsigned int mean = std::max(1u, static_cast<unsigned int>(_sizes[side] / _rows[side]));
     const auto found = _assumed[side].find(price);
-    return mean - std::min(mean, found == _assumed[side].end() ? 0 : found->second.taken);
+    return found == _assumed[side].end() ? mean : mean - std::min(mean, found->second.taken);
 }
 
 nxDecimal nxNaiveExchange::_GetBest(nxSide side) const
@@ -189,11 +189,18 @@ void nxNaiveExchange::_MoveQueue(nxSide side, const nxDecimal& price, const nxVo
 
 // --- Events of the market
 
+// What was taken and traded before is forgotten.
 void nxNaiveExchange::OnOpen(long long time)
 {
     _now = time;
     _isOpen = _isFresh = true;
-    _LookAnew();
+    for (const nxSide side : nxSides) {
+        for (auto& [price, level] : _shown[side])
+            level = {level.volume};
+        _assumed[side].clear();
+        _tradedTo[side].SetNull();
+        _MoveQueues(side, _closed[side]);
+    }
 }
 
 void nxNaiveExchange::OnClose(long long time)
@@ -204,23 +211,10 @@ void nxNaiveExchange::OnClose(long long time)
         _closed[side] = _See(side);
 }
 
-// What was taken and traded before is forgotten.
-void nxNaiveExchange::_LookAnew()
+void nxNaiveExchange::Join(long long time)
 {
-    for (const nxSide side : nxSides) {
-        for (auto& [price, level] : _shown[side])
-            level = {level.volume};
-        _assumed[side].clear();
-        _tradedTo[side].SetNull();
-        _MoveQueues(side, _closed[side]);
-    }
-}
-
-void nxNaiveExchange::Join()
-{
-    _isOpen = true;
+    OnOpen(time);
     _isFresh = false;
-    _LookAnew();
 }
 
 void nxNaiveExchange::OnQuote(const nxFeedQuote& row, long long time)
@@ -314,7 +308,7 @@ void nxNaiveExchange::_Trade(const nxFeedQuote& trade)
             if (!farthest.IsValid() || nxIsBetter(side, farthest, _last)) farthest = _last;
         for (auto& [at, level] : _shown[side]) {
             if (!level.volume.IsValid()) continue;
-            if (nxIsBetter(side, at, _last)) level.isGone = true;
+            if (nxIsBetter(side, at, _last)) level.gone = level.volume.GetValue();
             if (at == _last && hits && hasVolume)
                 level.gone = std::min(level.volume.GetValue(), level.gone + volume - putBack);
         }
@@ -471,21 +465,18 @@ void nxNaiveExchange::OnBar(const nxFeedBar& bar, long long time)
 // Those that arrived after the one time, up to the other.
 void nxNaiveExchange::_MeetInTurn(const nxFeedBar& bar, long long after, long long until)
 {
-    const auto meet = [&](const std::vector<unsigned int>& ids, auto how) {
-        for (const unsigned int id : ids)
-            if (Get(id).IsAlive() && Get(id).GetRemaining() != 0 && Get(id).arrived > after &&
-                Get(id).arrived <= until)
-                (this->*how)(_Of(id), bar);
-    };
-    std::vector<unsigned int> limits;
+    std::vector<unsigned int> turn =
+        _Copy([](const Order& order) { return order.isResting && order.kind.isMarket; });
+    std::ranges::copy(_Copy([](const Order& order) { return !order.triggered; }), std::back_inserter(turn));
     for (const nxSide side : nxSides)
         for (const nxDecimal& price : _GetPrices(side))
-            std::ranges::copy(_GetIdsAt(side, price), std::back_inserter(limits));
-    const std::vector<unsigned int> stops = _Copy([](const Order& order) { return !order.triggered; });
-    meet(_Copy([](const Order& order) { return order.isResting && order.kind.isMarket; }),
-         &nxNaiveExchange::_MeetBar);
-    meet(stops, &nxNaiveExchange::_MeetBarAsStop);
-    meet(limits, &nxNaiveExchange::_MeetBar);
+            std::ranges::copy(_GetIdsAt(side, price), std::back_inserter(turn));
+    for (const unsigned int id : turn) {
+        Order& order = _Of(id);
+        const bool isInTime = order.arrived > after && order.arrived <= until;
+        if (!isInTime || !order.IsAlive() || order.GetRemaining() == 0) continue;
+        order.triggered ? _MeetBar(order, bar) : _MeetBarAsStop(order, bar);
+    }
 }
 
 void nxNaiveExchange::_BarFill(Order& order, const nxDecimal& price, bool isMaker)
