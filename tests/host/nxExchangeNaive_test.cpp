@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <optional>
+#include <span>
 #include <tuple>
 
 #include "tests/host/nxExchangeFixture.h"
@@ -53,7 +54,7 @@ std::string Describe(const auto& field)
         return fmt::format("{}", field);
 }
 
-std::string DescribeAll(const std::vector<nxExchangeEvent>& events)
+std::string DescribeAll(std::span<const nxExchangeEvent> events)
 {
     std::string text;
     for (const nxExchangeEvent& event : events)
@@ -131,11 +132,13 @@ private:
         const auto isSame = [](const nxExchangeEvent& a, const nxExchangeEvent& b) {
             return GetFields(a) == GetFields(b);
         };
-        std::vector<nxExchangeEvent> told, expected;
+        std::vector<nxExchangeEvent> told;
         for (nxExchangeEvent event; _real->exchange.PopEvent(event, _time);)
             told.push_back(event);
-        for (; _told < _naive->told.size() && _naive->told[_told].due <= _time; ++_told)
-            expected.push_back(_naive->told[_told]);
+        const std::size_t begin = _told;
+        while (_told < _naive->told.size() && _naive->told[_told].due <= _time)
+            ++_told;
+        const auto expected = std::span(_naive->told).subspan(begin, _told - begin);
         if (!std::ranges::equal(told, expected, isSame))
             return "told:\n" + DescribeAll(told) + "naive:\n" + DescribeAll(expected);
         for (const nxExchangeEvent& event : told)

@@ -55,19 +55,20 @@ void nxNaiveExchange::_ToTheEnd(unsigned int id)
 
 nxExchangeEvent& nxNaiveExchange::_Tell(Kind kind, const Order& order, const std::string& reason)
 {
-    nxExchangeEvent event;
+    const long long due = std::max(_now + _options.answer.least, told.empty() ? 0 : told.back().due);
+    nxExchangeEvent& event = told.emplace_back();
     event.kind = kind;
     event.order = order.id;
     event.owner = order.kind.owner;
     event.time = _now;
-    event.due = std::max(_now + _options.answer.least, told.empty() ? 0 : told.back().due);
+    event.due = due;
     event.status = order.status;
     event.price = order.terms.price;
     event.stopPrice = order.terms.stopPrice;
     event.volume = order.terms.volume.GetValue();
     event.executed = order.executed;
     event.reason = reason;
-    return told.emplace_back(event);
+    return event;
 }
 
 void nxNaiveExchange::_End(Order& order, const std::string& reason, bool isRequested)
@@ -184,7 +185,7 @@ void nxNaiveExchange::Advance(long long time, long long lastEnd)
     for (;;) {
         Order* ends = nullptr;
         for (Order& order : _orders)
-            if (order.IsAlive() && order.expires <= lastEnd &&
+            if (order.expires <= lastEnd && order.IsAlive() &&
                 (ends == nullptr || order.expires < ends->expires))
                 ends = &order;
         const long long request = _requests.empty() ? nxTime::Never : _requests.front().due;
