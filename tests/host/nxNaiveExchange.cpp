@@ -218,10 +218,8 @@ void nxNaiveExchange::Advance(long long time, long long lastEnd)
 long long nxNaiveExchange::_GetDayEnd(long long time) const
 {
     const bool hasHours = !_product.hours.IsEmpty() && _product.barPeriod < Day;
-    long long end = hasHours ? Closing : 0;
-    while (end <= time)
-        end += Day;
-    return end;
+    const long long first = hasHours ? Closing : 0;
+    return first + ((time - first) / Day + 1) * Day;
 }
 
 void nxNaiveExchange::_SetEnd(Order& order)
@@ -429,7 +427,7 @@ unsigned long long nxNaiveExchange::_CountFree(const Order& order, unsigned int 
     unsigned long long sum = 0;
     for (const auto& [price, level] : _shown[other])
         if (reach.Reaches(price)) sum += _GetFree(other, price);
-    for (int i = 1; order.kind.isMarket && i <= 1000; ++i) {
+    for (int i = 1; order.kind.isMarket && _Assumes(other) && i <= 1000; ++i) {
         const nxDecimal price = _Move(order.kind.side, _GetBest(other), i);
         if (reach.Reaches(price)) sum += _GetAssumed(other, price);
     }

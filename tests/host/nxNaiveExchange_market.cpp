@@ -46,7 +46,6 @@ unsigned int nxNaiveExchange::_GetFree(nxSide side, const nxDecimal& price) cons
 // Of the assumed book beyond the best price.
 unsigned int nxNaiveExchange::_GetAssumed(nxSide side, const nxDecimal& price) const
 {
-    if (!_options.walksBeyond || _hasDepth || _product.isOfBars || _rows[side] == 0) return 0;
     if (price <= nxDecimalZero) return 0;
     if (_tradedTo[side].IsValid() && !nxIsBetter(side, _tradedTo[side], price)) return 0;
     const unsigned int mean = std::max(1u, static_cast<unsigned int>(_sizes[side] / _rows[side]));
@@ -67,7 +66,7 @@ nxDecimal nxNaiveExchange::_FindBestFree(const Order& order, bool& isAssumed) co
     for (const auto& [price, level] : _shown[other])
         if (order.Reaches(price) && _GetFree(other, price) != 0)
             if (!best.IsValid() || nxIsBetter(other, price, best)) best = price;
-    for (int i = 1; order.kind.isMarket && !best.IsValid() && i <= 1000; ++i) {
+    for (int i = 1; order.kind.isMarket && _Assumes(other) && !best.IsValid() && i <= 1000; ++i) {
         const nxDecimal price = _Move(order.kind.side, _GetBest(other), i);
         isAssumed = _GetAssumed(other, price) != 0;
         if (isAssumed) best = price;
