@@ -39,10 +39,11 @@ class nxExchangeFixture
 {
 public:
     explicit nxExchangeFixture(const nxExchangeOptions& options, const nxDecimal& tick = Dec("1"),
-                               const nxTradingHours& hours = {}, long long barPeriod = 0)
+                               const nxTradingHours& hours = {}, long long barPeriod = 0,
+                               bool isOfBars = false)
         : exchange(options)
     {
-        exchange.AddProduct({&market, tick, hours, barPeriod != 0, barPeriod});
+        exchange.AddProduct({&market, tick, hours, isOfBars || barPeriod != 0, barPeriod});
     }
 
     void Quote(const nxFeedQuote& quote, long long time)
