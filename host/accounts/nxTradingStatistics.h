@@ -30,7 +30,7 @@ struct nxTradingStatistics
     unsigned long long makerVolume = 0;
     unsigned long long assumedVolume = 0;  // filled in the book that is assumed behind the best price
     unsigned long long selfVolume = 0;     // that own orders traded with each other
-    unsigned long long selfTrades = 0;     // orders that were refused or ended because they would have
+    unsigned long long selfTrades = 0;     // ends and refusals because they would have
     std::vector<Money> money;
 
     void AddFill(unsigned int lots, bool isMaker, nxFillCause cause)

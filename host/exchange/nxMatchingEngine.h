@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "host/exchange/nxAnswerLine.h"
@@ -114,7 +115,7 @@ private:
     void _SetDays(Market& market, long long barEnd);
     void _Enter(nxExchangeOrder& order);
     void _Start(nxExchangeOrder& order);
-    void _End(nxExchangeOrder& order, const std::string& reason, bool isRequested = false,
+    void _End(nxExchangeOrder& order, std::string_view reason, bool isRequested = false,
               nxErrorEnum error = {});
     void _OnQuote(Market& market, const nxFeedQuote& quote, long long time);
     void _OnDepth(Market& market, std::span<const nxFeedLevel> levels, long long time);

@@ -137,7 +137,7 @@ void nxMatchingEngine::_Start(nxExchangeOrder& order)
     }
 }
 
-void nxMatchingEngine::_End(nxExchangeOrder& order, const std::string& reason, bool isRequested,
+void nxMatchingEngine::_End(nxExchangeOrder& order, std::string_view reason, bool isRequested,
                             nxErrorEnum error)
 {
     Market& market = *_markets[order.kind.product];

@@ -79,7 +79,8 @@ template <class Visit>
 void nxShownMarket::ForEachAssumed(nxSide side, const nxDecimal& tick, Visit visit)
 {
     const nxBestQuote best = _market.GetBest(side);
-    if (_usesDepth || !best.price.IsValid() || !best.volume.IsValid()) return;
+    // Where nobody stands at the best price, nobody is assumed behind it.
+    if (_usesDepth || !best.price.IsValid() || !best.volume.IsValid() || best.volume == 0u) return;
     _assumed[side].ForEach(side, best.price, tick, std::max(1u, _market.GetMeanSize(side)), visit);
 }
 

@@ -125,7 +125,7 @@ private:
     nxVolume _GetLeft(nxSide side, const nxDecimal& price) const;
     unsigned int _GetFree(nxSide side, const nxDecimal& price) const;
     unsigned int _GetAssumed(nxSide side, const nxDecimal& price) const;
-    bool _Assumes(nxSide side) const { return _options.walksBeyond && !_hasDepth && _rows[side] != 0; }
+    bool _Assumes(nxSide side) const;
     nxDecimal _GetBest(nxSide side) const;
     nxDecimal _FindBestFree(const Order& order, bool& isAssumed) const;
     nxDecimal _GetMarketPrice(nxSide side) const;

@@ -43,6 +43,14 @@ unsigned int nxNaiveExchange::_GetFree(nxSide side, const nxDecimal& price) cons
     return level.volume.IsValid() ? level.GetWithout(level.gone + level.taken) : Endless;
 }
 
+// Where nobody stands at the best price, nobody is assumed beyond it.
+bool nxNaiveExchange::_Assumes(nxSide side) const
+{
+    const nxDecimal best = _GetBest(side);
+    return _options.walksBeyond && !_hasDepth && _rows[side] != 0 && best.IsValid() &&
+           _shown[side].at(best).volume != 0u;
+}
+
 // Of the assumed book beyond the best price.
 unsigned int nxNaiveExchange::_GetAssumed(nxSide side, const nxDecimal& price) const
 {
