@@ -3,6 +3,7 @@
 
 #include "apps/algoserver/check.h"
 #include "apps/algoserver/generate.h"
+#include "apps/algoserver/layouts.h"
 #include "apps/algoserver/run.h"
 
 int main(int argc, char** argv)
@@ -17,6 +18,7 @@ int main(int argc, char** argv)
     AddRunCommand(app, status);
     AddGenerateCommand(app, status);
     AddCheckCommand(app, status);
+    AddLayoutsCommand(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {
@@ -33,6 +35,7 @@ int main(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr << "algoserver: no command; there are run, check and generate. Try 'algoserver --help'.\n";
+    std::cerr
+        << "algoserver: no command; there are run, check, generate and layouts. Try 'algoserver --help'.\n";
     return 2;
 }

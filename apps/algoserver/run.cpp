@@ -50,7 +50,7 @@ struct RunArguments
     nxRunArguments jobs;
     bool envelope = false;
     std::string onError = "stop";
-    std::string barTime = "end";
+    std::string barTime;
     std::string logLevel = "error";
     unsigned int memoryLimit = 0;  // MiB
 };
@@ -127,7 +127,7 @@ int Run(RunArguments& arguments)
     if (arguments.envelope)
         if (const std::string obstacle = nxRunEnvelope::FindObstacle(options); !obstacle.empty())
             return Refuse(obstacle);
-    options.barsBearStart = arguments.barTime == "start";
+    if (!arguments.barTime.empty()) options.barsBearStart = arguments.barTime == "start";
     options.continueOnError = arguments.onError == "continue";
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
@@ -191,6 +191,35 @@ void AddData(CLI::App& run, RunArguments& arguments)
                    "Recorded seconds for each real one; without it as fast as it can")
         ->check(IsNumber(std::numeric_limits<double>::denorm_min(), HUGE_VAL, "above 0"))
         ->option_text("ABOVE 0");
+}
+
+// Of files in none of our own formats.
+void AddForms(CLI::App& run, RunArguments& arguments)
+{
+    nxFormArguments& form = arguments.jobs.form;
+    run.add_option("--layout", form.layout,
+                   "Who wrote the data, where the files do not tell it: see 'algoserver layouts'")
+        ->type_name("NAME");
+    run.add_option(
+           "--columns", form.columns,
+           "The columns of a file without a header row, as in time,open,high,low,close,volume; - is one "
+           "that does not count")
+        ->type_name("NAME,...");
+    run.add_option("--product", form.product,
+                   "The product of files without a column of it; without it their name is the product")
+        ->type_name("NAME");
+    run.add_option("--zone", form.zone,
+                   "The zone of times that name none, such as America/New_York; else UTC")
+        ->type_name("NAME");
+    run.add_option("--date", form.date, "The day of files that hold times of day; else their name tells it")
+        ->type_name("YYYY-MM-DD");
+    run.add_option("--date-order", form.dateOrder,
+                   "Whether 03/04/2024 is of March (mdy) or of April (dmy), where the first rows do not tell")
+        ->check(CLI::IsMember({"dmy", "mdy"}));
+    run.add_option("--price-scale", form.priceScale, "Prices are whole numbers of this, such as 0.0001")
+        ->type_name("NUMBER");
+    run.add_flag("--round-volumes", arguments.options.roundsVolumes,
+                 "Round sizes to whole lots; the summary tells how much is lost");
 }
 
 void AddLatencies(CLI::App& run, nxRunArguments& arguments)
@@ -316,6 +345,7 @@ void AddRunCommand(CLI::App& app, int& status)
     run.formatter(std::make_shared<RunFormatter>());
     AddJobs(run, *arguments);
     AddData(run, *arguments);
+    AddForms(run, *arguments);
     AddExchange(run, *arguments);
     AddOutputs(run, *arguments);
     run.callback([arguments, &status] { status = Run(*arguments); });

@@ -30,6 +30,7 @@ struct nxCsvBlock
     std::vector<nxCsvRow> rows;
     std::size_t count = 0;              // of those in `rows` that are this block's
     std::vector<nxFeedError> refusals;  // of the bad ones among them, in their order
+    unsigned long long skipped = 0;     // rows that the layout does not keep
     std::deque<std::string> names;      // of products, that stand in the text otherwise
     unsigned long long bytesConsumed = 0;
     State state = State::More;

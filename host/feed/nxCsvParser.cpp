@@ -1,38 +1,17 @@
 #include "host/feed/nxCsvParser.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
+#include "host/feed/nxCsvCells.h"
 #include "host/feed/nxFeedTime.h"
 
 namespace {
 
-constexpr std::size_t MaxDigits = 18;  // what a long long surely holds
+using namespace nxCsvCells;
 
-bool IsLineEnd(const char* text)
-{
-    return *text == '\n' || (*text == '\r' && text[1] == '\n');
-}
-
-bool IsCellEnd(const char* text)
-{
-    return *text == ',' || IsLineEnd(text);
-}
-
-// Of a line that ends before `end`.
-const char* FindLineEnd(const char* text, const char* end)
-{
-    return static_cast<const char*>(std::memchr(text, '\n', static_cast<std::size_t>(end - text)));
-}
-
-const char* FindCellEnd(const char* text)
-{
-    while (!IsCellEnd(text))
-        ++text;
-    return text;
-}
+constexpr Commas Ends{};
 
 // A cell as a message shows it: in quotes, printable and short.
 std::string Show(std::string_view cell)
@@ -42,74 +21,6 @@ std::string Show(std::string_view cell)
     std::ranges::replace_if(
         text, [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
     return "\"" + text + (cell.size() > Longest ? "...\"" : "\"");
-}
-
-// Eight digits at once: the bytes are the digits of one number in little-endian order, so three
-// multiplications add neighbours up to pairs, fours and the whole.
-bool ReadEightDigits(const char* text, std::uint64_t& value)
-{
-    if constexpr (std::endian::native == std::endian::little) {
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, text, sizeof bytes);
-        constexpr std::uint64_t HighHalves = 0xF0F0F0F0F0F0F0F0;
-        if (((bytes & HighHalves) | (((bytes + 0x0606060606060606) & HighHalves) >> 4)) != 0x3333333333333333)
-            return false;
-        bytes = ((bytes & 0x0F0F0F0F0F0F0F0F) * 2561) >> 8;
-        bytes = ((bytes & 0x00FF00FF00FF00FF) * 6553601) >> 16;
-        value = ((bytes & 0x0000FFFF0000FFFF) * 42949672960001) >> 32;
-        return true;
-    }
-    value = 0;
-    for (int i = 0; i < 8; ++i) {
-        if (text[i] < '0' || text[i] > '9') return false;
-        value = value * 10 + static_cast<std::uint64_t>(text[i] - '0');
-    }
-    return true;
-}
-
-unsigned int GetDigit(char c)
-{
-    return static_cast<unsigned char>(c - '0');
-}
-
-// Zeros in front of the first digit that counts.
-std::size_t CountZeros(const char* text)
-{
-    std::size_t count = 0;
-    for (; *text == '0' || *text == '.'; ++text)
-        count += *text == '0' ? 1 : 0;
-    return count;
-}
-
-// Reads a cell's number; returns where the cell ends, or null when it is none.
-const char* ReadNumber(const char* text, nxCsvNumber& number)
-{
-    number.isGiven = false;
-    if (IsCellEnd(text)) return text;
-    const bool isNegative = *text == '-';
-    if (isNegative || *text == '+') ++text;
-    const char* const first = text;
-    unsigned long long sum = 0;
-    for (; GetDigit(*text) <= 9; ++text)
-        sum = sum * 10 + GetDigit(*text);
-    std::size_t digits = static_cast<std::size_t>(text - first);
-    std::size_t places = 0;
-    if (digits == 0) return nullptr;
-    if (*text == '.') {
-        const char* const fraction = ++text;
-        for (; GetDigit(*text) <= 9; ++text)
-            sum = sum * 10 + GetDigit(*text);
-        places = static_cast<std::size_t>(text - fraction);
-        if (places == 0) return nullptr;
-        digits += places;
-    }
-    if (!IsCellEnd(text) ||
-        (digits > MaxDigits && (places > MaxDigits || digits - CountZeros(first) > MaxDigits)))
-        return nullptr;
-    number.mantissa = isNegative ? -static_cast<long long>(sum) : static_cast<long long>(sum);
-    number.places = static_cast<unsigned char>(places);
-    number.isGiven = true;
-    return text;
 }
 
 std::string GetNumberReason(std::string_view cell)
@@ -124,12 +35,12 @@ std::string GetNumberReason(std::string_view cell)
 const char* ReadSide(const char* cell, nxCsvSide& side)
 {
     side = nxCsvSide::None;
-    if (IsCellEnd(cell)) return cell;
-    if (std::memcmp(cell, "BUY", 3) == 0 && IsCellEnd(cell + 3)) {
+    if (Ends.IsCellEnd(cell)) return cell;
+    if (std::memcmp(cell, "BUY", 3) == 0 && Ends.IsCellEnd(cell + 3)) {
         side = nxCsvSide::Buy;
         return cell + 3;
     }
-    if (std::memcmp(cell, "SELL", 4) == 0 && IsCellEnd(cell + 4)) {
+    if (std::memcmp(cell, "SELL", 4) == 0 && Ends.IsCellEnd(cell + 4)) {
         side = nxCsvSide::Sell;
         return cell + 4;
     }
@@ -138,37 +49,30 @@ const char* ReadSide(const char* cell, nxCsvSide& side)
 
 }  // namespace
 
-bool nxCsvParser::ReadHeader(nxCsvBlock& block)
+bool nxCsvParser::ReadHeader(nxCsvBlock& block, const std::string& entryName)
 {
     if (_line == 0 && std::memcmp(block.begin, "\xEF\xBB\xBF", 3) == 0) block.begin += 3;
     for (; block.begin != block.end && IsLineEnd(block.begin); ++_line)
         block.begin += *block.begin == '\n' ? 1 : 2;
     if (block.begin == block.end) return true;
 
-    ++_line;
-    const char* const row = block.begin;
-    block.begin = FindLineEnd(row, block.end) + 1;
-    const auto fail = [&](unsigned int column, std::string reason) {
-        block.error = {_path, _line, column, std::move(reason)};
+    const char* const rows = FindLineEnd(block.begin, block.end) + 1;
+    std::string_view header(block.begin, static_cast<std::size_t>(rows - block.begin - 1));
+    if (header.ends_with('\r')) header.remove_suffix(1);
+    if (std::ranges::any_of(header, [](char c) { return c >= 0 && c < ' ' && c != '\t'; })) {
+        block.error = {_path, _line + 1, 0, "no header row: the file is not text"};
         return false;
-    };
-    std::vector<std::string> names;
-    std::vector<unsigned int> places;
-    for (const char* cell = row; cell != block.begin && (names.empty() || cell[-1] == ',');) {
-        const char* const end = FindCellEnd(cell);
-        std::string_view name(cell, static_cast<std::size_t>(end - cell));
-        if (std::ranges::any_of(name, [](char c) { return c >= 0 && c < ' ' && c != '\t'; }))
-            return fail(0, "no header row: the file is not text");
-        places.push_back(static_cast<unsigned int>(cell - row + 1));
-        if (name.size() >= 2 && name.front() == '"' && name.back() == '"')
-            name = name.substr(1, name.size() - 2);
-        names.emplace_back(name);
-        cell = end + 1;
     }
-    std::string reason;
-    std::size_t wrong = 0;
-    _format = nxFeedFormat::Tell(names, _columns, reason, wrong);
-    return _format != nullptr || fail(places[wrong], reason);
+    if (_options.columns.empty() && _options.layout == nullptr && _form.SetOwn(header)) {
+        ++_line;
+        block.begin = rows;
+        return true;
+    }
+    std::size_t begin = 0;
+    const std::string_view text(block.begin, static_cast<std::size_t>(block.end - block.begin));
+    if (!_form.Find(text, _path, entryName, _options, begin, _line, block.error)) return false;
+    block.begin += begin;
+    return true;
 }
 
 void nxCsvParser::Parse(nxCsvBlock& block)
@@ -176,9 +80,10 @@ void nxCsvParser::Parse(nxCsvBlock& block)
     block.count = 0;
     block.refusals.clear();
     block.names.clear();
+    block.skipped = 0;
     _before = {};  // it stands in another block
     for (const char* text = block.begin; text != block.end;) {
-        ++_line;
+        _line += _step;
         if (IsLineEnd(text)) {
             text += *text == '\n' ? 1 : 2;
             continue;
@@ -188,7 +93,7 @@ void nxCsvParser::Parse(nxCsvBlock& block)
         row.text = text;
         row.line = _line;
         row.isBad = false;
-        text = _ReadRow(block, row);
+        text = _form.isForeign ? _ReadForeignRow(block, row) : _ReadRow(block, row);
     }
 }
 
@@ -196,13 +101,13 @@ void nxCsvParser::Parse(nxCsvBlock& block)
 const char* nxCsvParser::_ReadRow(nxCsvBlock& block, nxCsvRow& row)
 {
     const char* text = row.text;
-    const std::size_t count = _columns.size();
+    const std::size_t count = _form.columns.size();
     for (std::size_t i = 0; i < count; ++i) {
-        const nxFeedColumn& column = _columns[i];
+        const nxFeedColumn& column = _form.columns[i];
         const char* const cell = text;
         switch (column.type) {
             case nxFeedColumnType::Number:
-                text = ReadNumber(cell, row.numbers[column.slot]);
+                text = ReadNumber(cell, row.numbers[column.slot], Ends);
                 break;
             case nxFeedColumnType::Time: {
                 std::string reason;
@@ -218,9 +123,11 @@ const char* nxCsvParser::_ReadRow(nxCsvBlock& block, nxCsvRow& row)
             case nxFeedColumnType::Side:
                 text = ReadSide(cell, row.side);
                 break;
+            default:
+                break;  // no columns of our own formats
         }
         if (text == nullptr) {
-            const std::string_view content(cell, static_cast<std::size_t>(FindCellEnd(cell) - cell));
+            const std::string_view content(cell, static_cast<std::size_t>(FindCellEnd(cell, Ends) - cell));
             const std::string reason = column.type == nxFeedColumnType::Side
                                            ? "neither BUY nor SELL: " + Show(content)
                                            : GetNumberReason(content);
@@ -250,7 +157,7 @@ const char* nxCsvParser::_ReadTime(const char* cell, nxCsvRow& row, std::string&
             return cell + 19;
         }
     }
-    const char* const end = FindCellEnd(cell);
+    const char* const end = FindCellEnd(cell, Ends);
     const std::string_view text(cell, static_cast<std::size_t>(end - cell));
     const char* const refusal = nxFeedTime::SetFromText(text, row.time);
     if (refusal == nullptr) return end;
@@ -263,7 +170,7 @@ const char* nxCsvParser::_ReadProduct(nxCsvBlock& block, const char* cell, nxCsv
 {
     const std::size_t size = _before.size();
     if (size != 0 && static_cast<std::size_t>(block.end - cell) > size &&
-        std::memcmp(cell, _before.data(), size) == 0 && IsCellEnd(cell + size))
+        std::memcmp(cell, _before.data(), size) == 0 && Ends.IsCellEnd(cell + size))
     {
         row.isProductNew = false;
         row.product = _before;
@@ -277,13 +184,13 @@ const char* nxCsvParser::_ReadProduct(nxCsvBlock& block, const char* cell, nxCsv
             if (*end == '"') ++end;
             name += *end;
         }
-        if (*end != '"' || !IsCellEnd(end + 1)) return nullptr;
+        if (*end != '"' || !Ends.IsCellEnd(end + 1)) return nullptr;
         // Not kept for the comparison above: a name with a comma would match two cells without quotes.
         _before = {};
         row.product = name;
         return end + 1;
     }
-    end = FindCellEnd(cell);
+    end = FindCellEnd(cell, Ends);
     row.product = _before = {cell, end};
     return end;
 }
@@ -303,7 +210,7 @@ const char* nxCsvParser::_Refuse(nxCsvBlock& block, nxCsvRow& row, const char* c
 std::string nxCsvParser::_GetCountReason(const nxCsvBlock& block, const nxCsvRow& row,
                                          std::size_t cells) const
 {
-    const std::size_t wanted = _columns.size();
+    const std::size_t wanted = _form.columns.size();
     if (cells > wanted)
         cells = static_cast<std::size_t>(std::count(row.text, FindLineEnd(row.text, block.end), ',')) + 1;
     return (cells > wanted ? "too many cells: " : "too few cells: ") + std::to_string(cells) +
@@ -313,18 +220,21 @@ std::string nxCsvParser::_GetCountReason(const nxCsvBlock& block, const nxCsvRow
 nxFeedError nxCsvParser::MakeError(const nxCsvRow& row, std::string_view column,
                                    const std::string& reason) const
 {
+    const nxCsvCells::Marks ends{_form.separator};
     const char* cell = row.text;
-    for (const nxFeedColumn& known : _columns) {
+    for (const nxFeedColumn& known : _form.columns) {
         if (known.name == column)
             return {_path, row.line, static_cast<unsigned int>(cell - row.text + 1),
                     std::string(column) + ": " + reason};
         if (*cell == '"') {
             // A comma within the quotes ends nothing; two quotes there are one that belongs to the name.
-            for (++cell; *cell != '"' || cell[1] == '"'; ++cell)
+            for (++cell; *cell != '\n' && (*cell != '"' || cell[1] == '"'); ++cell)
                 if (*cell == '"') ++cell;
-            ++cell;
+            if (*cell == '"') ++cell;
         }
-        cell = FindCellEnd(cell) + 1;
+        cell = FindCellEnd(cell, ends);
+        if (*cell == '\n') break;
+        ++cell;
     }
     return {_path, row.line, 0, std::string(column) + ": " + reason};
 }

@@ -5,21 +5,33 @@
 #include <vector>
 
 #include "host/feed/nxCsvBlock.h"
+#include "host/feed/nxFileForm.h"
 
-// Makes rows of the lines of one file, block after block. The header row tells the columns. A byte order
-// mark, CRLF and blank lines are taken as they come; product names may stand in quotes. Owned by one
+// Makes rows of the lines of one file, block after block. The header row tells the columns, or else
+// nxFileForm finds them out. A byte order mark, CRLF and blank lines are taken as they come; product names
+// may stand in quotes. A file in none of our own formats is read with more patience: blanks and quotes around
+// any cell, comment lines, signs of currencies and of thousands, further columns. Owned by one
 // nxCsvReader. ReadHeader and Parse are called by one thread at a time; after the header any thread may call
 // the rest. Nothing here throws but for want of memory.
 class nxCsvParser
 {
 public:
-    explicit nxCsvParser(std::string path) : _path(std::move(path)) {}
+    nxCsvParser(std::string path, nxFileFormOptions options)
+        : _path(std::move(path)), _options(std::move(options))
+    {
+    }
 
     // Takes the header row off the front of the block's lines; where the block ends before it, HasHeader()
     // is false still and the next block goes on. False: it is none, as the block's error tells.
-    [[nodiscard]] bool ReadHeader(nxCsvBlock& block);
-    [[nodiscard]] bool HasHeader() const { return _format != nullptr; }
-    [[nodiscard]] const nxFeedFormat& GetFormat() const { return *_format; }
+    [[nodiscard]] bool ReadHeader(nxCsvBlock& block, const std::string& entryName);
+    [[nodiscard]] bool HasHeader() const { return _form.format != nullptr; }
+    [[nodiscard]] const nxFileForm& GetForm() const { return _form; }
+    // The lines that follow come last line first, and this many come.
+    void CountDown(unsigned long long lines)
+    {
+        _line += lines + 1;
+        _step = ~0ull;
+    }
 
     // The rows of the block's lines, each of which has its end.
     void Parse(nxCsvBlock& block);
@@ -33,15 +45,29 @@ public:
                                         const std::string& reason) const;
 
 private:
+    // The cells of a row that make up its time, and what makes it count.
+    struct RowMarks
+    {
+        std::string_view date, timeOfDay;
+        bool isKept = true;
+        bool isTrade = true;
+    };
+
     const char* _ReadRow(nxCsvBlock& block, nxCsvRow& row);
     const char* _ReadTime(const char* cell, nxCsvRow& row, std::string& reason) const;
     const char* _ReadProduct(nxCsvBlock& block, const char* cell, nxCsvRow& row);
+    const char* _ReadForeignRow(nxCsvBlock& block, nxCsvRow& row);
+    const char* _ReadForeignCell(nxCsvBlock& block, const nxFeedColumn& column, const char* cell,
+                                 nxCsvRow& row, RowMarks& marks, std::string& reason);
+    void _TakeProduct(nxCsvBlock& block, std::string_view cell, nxCsvRow& row);
+    void _FinishForeignRow(nxCsvBlock& block, nxCsvRow& row, const RowMarks& marks);
     const char* _Refuse(nxCsvBlock& block, nxCsvRow& row, const char* cell, const std::string& reason);
     std::string _GetCountReason(const nxCsvBlock& block, const nxCsvRow& row, std::size_t cells) const;
 
     std::string _path;
-    const nxFeedFormat* _format = nullptr;
-    std::vector<nxFeedColumn> _columns;  // in the order of the file
+    nxFileFormOptions _options;
+    nxFileForm _form;
     unsigned long long _line = 0;
-    std::string_view _before;  // product of the row before, in the same block
+    unsigned long long _step = 1;  // or one back, modulo 2^64
+    std::string_view _before;      // product of the row before, in the same block
 };

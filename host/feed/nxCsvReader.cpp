@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-nxCsvReader::nxCsvReader(std::string path, const std::atomic<bool>* interrupted)
+nxCsvReader::nxCsvReader(std::string path, const std::atomic<bool>* interrupted, nxFileFormOptions options)
     : _path(path),
       _stream([this, interrupted] { return _isLeaving || (interrupted != nullptr && *interrupted); }),
-      _parser(std::move(path))
+      _parser(std::move(path), std::move(options))
 {
 }
 
@@ -36,8 +36,9 @@ bool nxCsvReader::Open()
                 _current->error = {_path, 0, 0, "no header row: the file is empty"};
             return false;
         }
-        if (!_parser.ReadHeader(*_current)) return false;
+        if (!_parser.ReadHeader(*_current, _stream.GetEntryName())) return false;
     } while (!_parser.HasHeader());
+    if (_parser.GetForm().isNewestFirst && !_TurnAround()) return false;
     _parser.Parse(*_current);
     return true;
 }
@@ -69,6 +70,7 @@ nxCsvReader::Result nxCsvReader::_NextBlock()
         const std::size_t next = ++_freed;
         if (_filled - _freed <= BlockCount / 2) _changed.notify_all();
         _changed.wait(lock, [&] { return next != _filled; });
+        _skipped += _current->skipped;
         _current = &_blocks[next % BlockCount];
         _position = _refusal = 0;
     }
@@ -114,7 +116,7 @@ void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
     while (!_isStreamOver && filled != full &&
            (block.end == begin || static_cast<std::size_t>(filled - begin) < least))
     {
-        const long long count = _stream.Read(filled, static_cast<std::size_t>(full - filled));
+        const long long count = _ReadText(filled, static_cast<std::size_t>(full - filled));
         _isStreamOver = count <= 0;
         if (count > 0) {
             const void* lastEnd = memrchr(filled, '\n', static_cast<std::size_t>(count));
@@ -144,4 +146,46 @@ void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
         block.error = {_path, countLines() + 1, 0,
                        "row longer than " + std::to_string(nxCsvBlock::Size) + " bytes"};
     }
+}
+
+long long nxCsvReader::_ReadText(char* to, std::size_t size)
+{
+    if (!_turned) return _stream.Read(to, size);
+    const std::size_t count = _turned->copy(to, size, _turnedPosition);
+    _turnedPosition += count;
+    return static_cast<long long>(count);
+}
+
+// Reads what is left of the file and begins anew with its last line. Such files are of days, not of ticks.
+bool nxCsvReader::_TurnAround()
+{
+    constexpr std::size_t most = std::size_t{1} << 30;
+    std::string text(_current->begin, _current->end);
+    text += _rest;
+    std::vector<char> buffer(nxCsvBlock::Size);
+    for (long long count = 0; !_isStreamOver && (count = _stream.Read(buffer.data(), buffer.size())) > 0;) {
+        text.append(buffer.data(), static_cast<std::size_t>(count));
+        if (text.size() < most) continue;
+        _current->error = {
+            _path, 0, 0,
+            "the newest rows come first, and the file is too large to turn around; sort it by time"};
+        return false;
+    }
+    if (!_stream.GetFailure().empty()) {
+        _current->error = {_path, 0, 0, _stream.GetFailure()};
+        return false;
+    }
+    if (!text.ends_with('\n')) text += '\n';
+    _parser.CountDown(static_cast<unsigned long long>(std::ranges::count(text, '\n')));
+    _turned.emplace().reserve(text.size());
+    for (std::size_t end = text.size(); end > 0;) {
+        const std::size_t before = end < 2 ? text.npos : text.rfind('\n', end - 2);
+        const std::size_t begin = before == text.npos ? 0 : before + 1;
+        _turned->append(text, begin, end - begin);
+        end = begin;
+    }
+    _rest.clear();
+    _isStreamOver = false;
+    _Fill(*_current, nxCsvBlock::Size);
+    return true;
 }

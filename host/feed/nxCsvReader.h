@@ -4,6 +4,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,7 +29,8 @@ public:
 
     // `interrupted`, if there is one, outlives the reader; once it is true, waiting for the next bytes of a
     // pipe ends in a failure.
-    explicit nxCsvReader(std::string path, const std::atomic<bool>* interrupted = nullptr);
+    explicit nxCsvReader(std::string path, const std::atomic<bool>* interrupted = nullptr,
+                         nxFileFormOptions options = {});
     ~nxCsvReader();
     nxCsvReader(const nxCsvReader&) = delete;
     nxCsvReader& operator=(const nxCsvReader&) = delete;
@@ -47,7 +49,10 @@ public:
     // The row that Next() answered last; good until the next call.
     [[nodiscard]] const nxCsvRow& GetRow() const { return *_row; }
 
-    [[nodiscard]] const nxFeedFormat& GetFormat() const { return _parser.GetFormat(); }
+    [[nodiscard]] const nxFileForm& GetForm() const { return _parser.GetForm(); }
+    [[nodiscard]] const nxFeedFormat& GetFormat() const { return *GetForm().format; }
+    // Rows so far that the file's layout does not keep, or that give no price at all.
+    [[nodiscard]] unsigned long long GetSkippedCount() const { return _skipped + _current->skipped; }
     // Why Next() answered Bad or Failed, or why Open() failed.
     [[nodiscard]] const nxFeedError& GetError() const { return *_error; }
 
@@ -70,12 +75,17 @@ private:
     void _Fill(nxCsvBlock& block, std::size_t least);
     void _ReadAhead();
     Result _NextBlock();
+    bool _TurnAround();
+    long long _ReadText(char* to, std::size_t size);
 
     std::string _path;
     nxInputStream _stream;
     nxCsvParser _parser;
     std::string _rest;  // the beginning of a line whose end is still to come
     bool _isStreamOver = false;
+    std::optional<std::string> _turned;  // of a file whose newest rows come first: its lines, the last first
+    std::size_t _turnedPosition = 0;
+    unsigned long long _skipped = 0;  // in the blocks before the current one
 
     static constexpr std::size_t BlockCount = 4;
     std::array<nxCsvBlock, BlockCount> _blocks;  // a ring

@@ -23,6 +23,7 @@ struct nxCsvRow
     std::string_view product;  // into the block
     bool isProductNew = true;  // false: surely the name of the row before
     nxCsvSide side = nxCsvSide::None;
+    bool isSnapshot = false;  // of a book that begins anew
     std::array<nxCsvNumber, nxFeedSlot::Count> numbers;
     unsigned long long line = 0;  // 1-based
     const char* text = nullptr;   // where the row begins in the block's text

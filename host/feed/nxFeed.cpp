@@ -62,8 +62,31 @@ void nxFeed::NotePrice(std::string_view product, const nxDecimal& price)
     _products.Get(_products.Add(product)).NotePrice({price.GetMantissa(), price.GetDecimalPlaces(), true});
 }
 
+void nxFeed::_RemarkForm(const nxFeedReader& reader, std::vector<std::string>& remarks) const
+{
+    const std::string text = reader.GetDescription();
+    if (text.empty()) return;
+    remarks.push_back(reader.GetPath() + ": " + text);
+    const nxFileForm& form = reader.GetForm();
+    if (reader.GetSkippedCount() != 0)
+        remarks.push_back(fmt::format("{}: {} {} nothing that counts, and {} left out", reader.GetPath(),
+                                      Count(reader.GetSkippedCount(), "row"),
+                                      reader.GetSkippedCount() == 1 ? "holds" : "hold",
+                                      reader.GetSkippedCount() == 1 ? "was" : "were"));
+    if (const unsigned long long twice = form.time.GetTwiceCount(); twice != 0)
+        remarks.push_back(
+            fmt::format("{}: {} of local times that clocks show twice; the first was taken where the rows "
+                        "had not come farther",
+                        reader.GetPath(), Count(twice, "row")));
+    if (const unsigned long long never = form.time.GetNeverCount(); never != 0)
+        remarks.push_back(
+            fmt::format("{}: {} of local times that clocks leave out, taken as the moment of the change",
+                        reader.GetPath(), Count(never, "row")));
+}
+
 void nxFeed::_RemarkFile(const nxFeedReader& reader, std::vector<std::string>& remarks) const
 {
+    _RemarkForm(reader, remarks);
     const std::string& path = reader.GetPath();
     if (reader.GetBadRowCount() != 0)
         remarks.push_back(path + ": " + Count(reader.GetBadRowCount(), "bad row") + " skipped");
@@ -90,6 +113,16 @@ std::vector<std::string> nxFeed::GetRemarks() const
             overlap.rows == 1 ? "lies" : "lie", _readers[overlap.among]->GetPath()));
     for (unsigned int i = 0; i < _products.GetCount(); ++i) {
         const nxFeedProduct& product = _products.Get(i);
+        if (product.HasFoundLots())
+            remarks.push_back(
+                fmt::format("{0}: one lot is {1} of the recorded size, and its point value {1}; "
+                            "--products tells another",
+                            product.GetName(), product.GetLotSize().GetAsString()));
+        if (const nxFeedProduct::Rounded& rounded = product.GetRounded(); rounded.count != 0)
+            remarks.push_back(fmt::format("{}: {} rounded to lots of {}, {:.3g} % of their sum too few",
+                                          product.GetName(), Count(rounded.count, "size"),
+                                          product.GetLotSize().GetAsString(),
+                                          100 * rounded.lost / rounded.size));
         if (product.GetCrossedCount() != 0)
             remarks.push_back(product.GetName() + ": " + Count(product.GetCrossedCount(), "crossed quote") +
                               " (bid above ask)");
@@ -97,10 +130,12 @@ std::vector<std::string> nxFeed::GetRemarks() const
             remarks.push_back(product.GetName() + ": " + Count(product.GetLockedCount(), "locked quote") +
                               " (bid equal to ask)");
     }
-    if (std::ranges::any_of(_readers,
-                            [](const auto& reader) { return reader->GetKind() == nxFeedKind::Bar; }))
-        remarks.push_back(_options.barsBearStart ? "the times of bars are their starts (--bar-time start)"
-                                                 : "the times of bars are their ends (--bar-time end)");
+    if (std::ranges::any_of(_readers, [](const auto& reader) {
+            return reader->GetKind() == nxFeedKind::Bar && !reader->GetForm().isForeign;
+        }))
+        remarks.push_back(_options.barsBearStart.value_or(false)
+                              ? "the times of bars are their starts (--bar-time start)"
+                              : "the times of bars are their ends (--bar-time end)");
     return remarks;
 }
 

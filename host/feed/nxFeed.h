@@ -54,6 +54,7 @@ private:
     };
 
     static bool _IsBefore(const Head& a, const Head& b);
+    void _RemarkForm(const nxFeedReader& reader, std::vector<std::string>& remarks) const;
     void _RemarkFile(const nxFeedReader& reader, std::vector<std::string>& remarks) const;
     bool _Advance(nxFeedReader& reader, const nxFeedEvent*& event);
     void _SiftDown();

@@ -47,18 +47,6 @@ const nxFeedColumn* Find(const nxFeedFormat& format, std::string_view name)
     return found == format.columns.end() ? nullptr : &*found;
 }
 
-// How many of the names belong to the format, less the required ones that are missing: so "time,product,side"
-// with a price and no volume is depth with a column missing, not quotes with one too many.
-long GetLikeness(const nxFeedFormat& format, const std::vector<std::string>& names)
-{
-    const auto known =
-        std::ranges::count_if(names, [&](const std::string& name) { return Find(format, name) != nullptr; });
-    const auto missing = std::ranges::count_if(format.columns, [&](const nxFeedColumn& column) {
-        return column.required && std::ranges::find(names, column.name) == names.end();
-    });
-    return known == 0 ? 0 : 100 * known - missing;
-}
-
 }  // namespace
 
 const nxFeedFormat& nxFeedFormat::Get(nxFeedKind kind)
@@ -67,38 +55,23 @@ const nxFeedFormat& nxFeedFormat::Get(nxFeedKind kind)
 }
 
 const nxFeedFormat* nxFeedFormat::Tell(const std::vector<std::string>& names,
-                                       std::vector<nxFeedColumn>& columns, std::string& reason,
-                                       std::size_t& wrong)
+                                       std::vector<nxFeedColumn>& columns)
 {
-    const auto& format = *std::ranges::max_element(
-        Formats, {}, [&](const nxFeedFormat& candidate) { return GetLikeness(candidate, names); });
-    wrong = 0;
-    if (GetLikeness(format, names) == 0) {
-        reason = "no header row; known are";
-        for (const nxFeedFormat& known : Formats)
-            reason += (known.kind == nxFeedKind::Quote ? " " : " | ") + known.GetHeader();
-        return nullptr;
-    }
-    const std::string known = "; the columns of " + std::string(format.name) + " are " + format.GetHeader();
+    const auto isOf = [&names](const nxFeedFormat& format) {
+        const auto isNamed = [&names](std::string_view name) { return std::ranges::count(names, name) == 1; };
+        return std::ranges::all_of(
+                   names,
+                   [&](const std::string& name) { return isNamed(name) && Find(format, name) != nullptr; }) &&
+               std::ranges::all_of(format.columns, [&](const nxFeedColumn& column) {
+                   return !column.required || isNamed(column.name);
+               });
+    };
+    const auto format = std::ranges::find_if(Formats, isOf);
+    if (format == Formats.end()) return nullptr;
     columns.clear();
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const nxFeedColumn* column = Find(format, names[i]);
-        const bool twice = std::find(names.begin(), names.begin() + static_cast<long>(i), names[i]) !=
-                           names.begin() + static_cast<long>(i);
-        if (column == nullptr || twice) {
-            reason = (twice ? "column given twice: \"" : "unknown column \"") + names[i] + "\"" + known;
-            wrong = i;
-            return nullptr;
-        }
-        columns.push_back(*column);
-    }
-    for (const nxFeedColumn& column : format.columns) {
-        if (column.required && std::ranges::find(names, column.name) == names.end()) {
-            reason = "missing column \"" + std::string(column.name) + "\"" + known;
-            return nullptr;
-        }
-    }
-    return &format;
+    for (const std::string& name : names)
+        columns.push_back(*Find(*format, name));
+    return &*format;
 }
 
 std::string nxFeedFormat::GetHeader() const

@@ -16,8 +16,16 @@ enum class nxFeedKind : unsigned char {
 enum class nxFeedColumnType : unsigned char {
     Time,
     Product,
-    Side,   // BUY, SELL or empty
-    Number  // a decimal number or empty
+    Side,    // BUY, SELL or empty
+    Number,  // a decimal number or empty
+    // Of files that others write; see nxFileColumns.
+    Date,
+    TimeOfDay,
+    MakerSide,
+    Snapshot,
+    Keep,
+    TradeMark,
+    Skip
 };
 
 struct nxFeedColumn
@@ -39,12 +47,10 @@ struct nxFeedFormat
 
     [[nodiscard]] static const nxFeedFormat& Get(nxFeedKind kind);
 
-    // The format that a header row's names belong to, with `columns` in the order of the file. Null:
-    // `reason` names the missing or unknown column and what is known, and `wrong` is the index of the name at
-    // fault.
+    // The format that a header row's names belong to, with `columns` in the order of the file. Null: none,
+    // since one is not known, stands there twice or is missing.
     [[nodiscard]] static const nxFeedFormat* Tell(const std::vector<std::string>& names,
-                                                  std::vector<nxFeedColumn>& columns, std::string& reason,
-                                                  std::size_t& wrong);
+                                                  std::vector<nxFeedColumn>& columns);
 
     // The header row: the names, separated by commas.
     [[nodiscard]] std::string GetHeader() const;

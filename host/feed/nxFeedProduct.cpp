@@ -23,3 +23,28 @@ void nxFeedProduct::_NoteFinerPrice(const nxCsvNumber& price)
     _pricePlaces = places;
     _tickSize = nxDecimal::FromMantissa(1, places);
 }
+
+void nxFeedProduct::_NoteLargest(const nxCsvNumber& size)
+{
+    const nxDecimal value = nxDecimal::FromMantissa(size.mantissa, size.places);
+    if (_largestSize < value) _largestSize = value;
+}
+
+void nxFeedProduct::FindLots(bool isRounding)
+{
+    if (_isDescribed) return;
+    const auto fits = [this](const nxDecimal& lot, unsigned int room) {
+        return _largestSize.GetAsDouble() / lot.GetAsDouble() * room <= nxLotScale::MaxLots;
+    };
+    nxDecimal lot = nxDecimal::FromMantissa(1, _sizePlaces);
+    if (!fits(lot, 1)) {
+        if (!isRounding) return;  // the first size at fault is refused, with the cure
+        constexpr unsigned int room = 16;
+        for (unsigned char places = _sizePlaces; places > 0 && !fits(lot, room);)
+            lot = nxDecimal::FromMantissa(1, --places);
+        for (long long size = 1; !fits(lot, room);)
+            lot = nxDecimal::FromMantissa(size *= 10, 0);
+    }
+    _lots = nxLotScale(lot);
+    _hasFoundLots = lot != nxDecimalOne;
+}

@@ -21,6 +21,10 @@ public:
     [[nodiscard]] const nxDecimal& GetTickSize() const { return _tickSize; }
     [[nodiscard]] const nxDecimal& GetLotSize() const { return _lots.GetLotSize(); }
 
+    // The times of its bars in their file are their starts.
+    [[nodiscard]] bool DoBarsBearStart() const { return _doBarsBearStart; }
+    // A file of it has bids or asks, or may have.
+    [[nodiscard]] bool HasQuoteColumns() const { return _hasQuoteColumns; }
     // Whether any file holds rows of this kind, as far as it was looked into.
     [[nodiscard]] bool Has(nxFeedKind kind) const { return _hasKind[static_cast<std::size_t>(kind)]; }
     // Rows delivered so far.
@@ -43,7 +47,29 @@ public:
         _isTickGiven = true;
     }
     void SetLotSize(const nxDecimal& lotSize) { _lots = nxLotScale(lotSize); }
+    // Its lot size is 1 unless the description says otherwise.
+    void SetDescribed() { _isDescribed = true; }
+    // A lot that makes whole numbers of the sizes seen so far, of a product that nothing describes.
+    // isRounding: one that holds the largest of them with room to spare, where none does so exactly.
+    void FindLots(bool isRounding);
+    // By FindLots, and not 1.
+    [[nodiscard]] bool HasFoundLots() const { return _hasFoundLots; }
+    // A size that was rounded to lots, and by how much; both in recorded units.
+    void NoteRounded(double size, double lost)
+    {
+        ++_rounded.count;
+        _rounded.size += size;
+        _rounded.lost += lost;
+    }
+    struct Rounded
+    {
+        unsigned long long count = 0;
+        double size = 0, lost = 0;
+    };
+    [[nodiscard]] const Rounded& GetRounded() const { return _rounded; }
     [[nodiscard]] const nxLotScale& GetLots() const { return _lots; }
+    void NoteBarStamp(bool isStart) { _doBarsBearStart = isStart; }
+    void NoteQuoteColumns() { _hasQuoteColumns = true; }
     void NoteKind(nxFeedKind kind) { _hasKind[static_cast<std::size_t>(kind)] = true; }
     void CountRows(nxFeedKind kind, unsigned int rows) { _rows[static_cast<std::size_t>(kind)] += rows; }
     // A price seen, for the tick size.
@@ -56,6 +82,7 @@ public:
     {
         if (size.places > _sizePlaces)
             _sizePlaces = std::max(_sizePlaces, _GetSignificantPlaces(size, _sizePlaces));
+        _NoteLargest(size);
     }
     [[nodiscard]] unsigned char GetSizePlaces() const { return _sizePlaces; }
     // The best prices after a row that gave one of them; a number not given leaves the earlier one.
@@ -84,6 +111,7 @@ private:
     // The places of the number without the zeros at its end, but not below `least`.
     static unsigned char _GetSignificantPlaces(const nxCsvNumber& number, unsigned char least);
     void _NoteFinerPrice(const nxCsvNumber& price);
+    void _NoteLargest(const nxCsvNumber& size);
 
     std::string _name;
     nxDecimal _tickSize = nxDecimalOne;
@@ -91,6 +119,12 @@ private:
     bool _hasLast = false;
     unsigned char _pricePlaces = 0;
     unsigned char _sizePlaces = 0;
+    nxDecimal _largestSize = nxDecimalZero;
+    bool _isDescribed = false;
+    bool _hasFoundLots = false;
+    bool _doBarsBearStart = false;
+    bool _hasQuoteColumns = false;
+    Rounded _rounded;
     nxDecimal _bid, _ask;  // null until a row gave one
     nxLotScale _lots;
     bool _isBarPeriodGiven = false;

@@ -22,6 +22,7 @@ unsigned int nxFeedProductTable::Add(std::string_view name)
 unsigned int nxFeedProductTable::Add(const nxFeedProductTerms& terms)
 {
     const unsigned int index = Add(terms.name);
+    _products[index].SetDescribed();
     if (terms.tickSize.IsValid()) _products[index].SetTickSize(terms.tickSize);
     if (terms.lotSize.IsValid()) _products[index].SetLotSize(terms.lotSize);
     return index;

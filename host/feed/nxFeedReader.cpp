@@ -10,7 +10,7 @@ nxFeedReader::nxFeedReader(const std::string& path, unsigned int index, nxFeedPr
     : _path(path),
       _products(products),
       _options(options),
-      _csv(path, options.interrupted),
+      _csv(path, options.interrupted, options.form),
       _lastTime(std::numeric_limits<long long>::min()),
       _lastBarEnd(_lastTime)
 {
@@ -25,6 +25,7 @@ bool nxFeedReader::Open()
         return false;
     }
     _kind = _event.kind = _csv.GetFormat().kind;
+    _barsBearStart = _options.barsBearStart.value_or(GetForm().stamp == nxFeedLayout::Stamp::Start);
     _Peek();
     return true;
 }
@@ -34,7 +35,7 @@ const nxFeedEvent* nxFeedReader::Next()
     if (_kind == nxFeedKind::Depth) return _NextDepth();
     if (!_NextRow()) return nullptr;
     _product->CountRows(_kind, 1);
-    _event.time = _kind == nxFeedKind::Bar && _options.barsBearStart ? _lastBarEnd : _row->time;
+    _event.time = _kind == nxFeedKind::Bar && _barsBearStart ? _lastBarEnd : _row->time;
     _event.product = _productIndex;
     _event.line = _row->line;
     return &_event;
@@ -48,7 +49,7 @@ void nxFeedReader::_Peek()
     for (const nxCsvRow& row : rows.first(std::min<std::size_t>(rows.size(), PeekRows))) {
         if (row.isBad || row.product.empty()) continue;
         nxFeedProduct& product = _products.Get(_products.Add(row.product));
-        product.NoteKind(_kind);
+        _NoteProduct(product);
         if (_kind == nxFeedKind::Bar) product.NoteBarTime(row.time);
         for (const nxFeedColumn& column : _csv.GetFormat().columns) {
             if (column.type != Number || !row.numbers[column.slot].isGiven) continue;
@@ -58,6 +59,18 @@ void nxFeedReader::_Peek()
                 product.NotePrice(row.numbers[column.slot]);
         }
     }
+    for (unsigned int i = 0; i < _products.GetCount(); ++i)
+        _products.Get(i).FindLots(_options.roundsVolumes);
+}
+
+void nxFeedReader::_NoteProduct(nxFeedProduct& product) const
+{
+    product.NoteKind(_kind);
+    if (_kind == nxFeedKind::Bar) product.NoteBarStamp(_barsBearStart);
+    if (_kind == nxFeedKind::Quote && std::ranges::any_of(GetForm().columns, [](const nxFeedColumn& column) {
+            return column.name == "bid" || column.name == "ask";
+        }))
+        product.NoteQuoteColumns();
 }
 
 // Reads up to the next good row. False: the end, or an error that is kept.
@@ -91,7 +104,7 @@ bool nxFeedReader::_Judge()
         if (_row->product.empty()) return _Reject("product", "is empty");
         _productIndex = _products.Add(_row->product);
         _product = &_products.Get(_productIndex);
-        _product->NoteKind(_kind);
+        _NoteProduct(*_product);
     }
     if (_row->time < _lastTime)
         return _Reject("time", "runs backwards: " + nxFeedTime::GetAsString(_row->time) + " after " +
@@ -153,13 +166,15 @@ bool nxFeedReader::_JudgeBar(nxFeedProduct& product)
 {
     using namespace nxFeedSlot;
     for (const unsigned int slot : {nxFeedSlot::Open, High, Low, Close, BarVolume}) {
-        if (!_row->numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
+        if (!_row->numbers[slot].isGiven && (slot != BarVolume || !GetForm().isForeign))
+            return _Reject(_GetColumnName(slot), "is empty");
     }
     nxFeedBar& bar = _event.bar;
     if (!_GetPrice(product, nxFeedSlot::Open, bar.open) || !_GetPrice(product, High, bar.high) ||
         !_GetPrice(product, Low, bar.low) || !_GetPrice(product, Close, bar.close) ||
         !_GetLots(product, BarVolume, bar.volume))
         return false;
+    if (!bar.volume.IsValid()) bar.volume.SetValue(0);  // a publisher without volumes
     if (bar.high < bar.low)
         return _Reject("high", bar.high.GetAsString() + " is below the low " + bar.low.GetAsString());
     for (const auto& [name, price] : {std::pair("open", bar.open), std::pair("close", bar.close)})
@@ -186,7 +201,7 @@ bool nxFeedReader::_JudgeBarTime(const nxFeedProduct& product)
             if (distance > _gaps.longest) _gaps = {_gaps.count, distance, _row->line};
         }
     }
-    if (_options.barsBearStart && !_FindBarEnd(product)) return false;
+    if (_barsBearStart && !_FindBarEnd(product)) return false;
     last = _row->time;
     return true;
 }
@@ -228,7 +243,7 @@ bool nxFeedReader::_GetPrice(nxFeedProduct& product, unsigned int slot, nxDecima
     return true;
 }
 
-bool nxFeedReader::_GetLots(const nxFeedProduct& product, unsigned int slot, nxVolume& lots)
+bool nxFeedReader::_GetLots(nxFeedProduct& product, unsigned int slot, nxVolume& lots)
 {
     const nxCsvNumber& number = _row->numbers[slot];
     if (!number.isGiven) {
@@ -238,6 +253,13 @@ bool nxFeedReader::_GetLots(const nxFeedProduct& product, unsigned int slot, nxV
     unsigned int count = 0;
     if (number.mantissa >= 0 && product.GetLots().GetLots(number.mantissa, number.places, count)) [[likely]] {
         lots.SetValue(count);
+        return true;
+    }
+    if (number.mantissa >= 0 && _options.roundsVolumes) {
+        count = product.GetLots().GetRounded(number.mantissa, number.places);
+        lots.SetValue(count);
+        const double size = nxDecimal::FromMantissa(number.mantissa, number.places).GetAsDouble();
+        product.NoteRounded(size, size - count * product.GetLotSize().GetAsDouble());
         return true;
     }
     if (number.mantissa < 0)
@@ -257,6 +279,32 @@ std::string_view nxFeedReader::_GetColumnName(unsigned int slot) const
         ->name;
 }
 
+// A book that begins anew loses the levels that it had.
+void nxFeedReader::_FollowBook()
+{
+    auto& book = _books[_productIndex];
+    if (_row->isSnapshot && !_wasSnapshot) {
+        for (const auto& [side, price] : book) {
+            nxFeedLevel gone{price, {}, side};
+            gone.volume.SetValue(0);
+            _levels.push_back(gone);
+        }
+        book.clear();
+    }
+    _wasSnapshot = _row->isSnapshot;
+    if (_level.volume.GetValue() == 0)
+        book.erase({_level.side, _level.price});
+    else
+        book.insert({_level.side, _level.price});
+}
+
+std::string nxFeedReader::GetDescription() const
+{
+    std::string text = GetForm().description;
+    if (text.empty() || _kind != nxFeedKind::Bar) return text;
+    return text + (_barsBearStart ? "; bars bear their start" : "; bars bear their end");
+}
+
 const nxFeedEvent* nxFeedReader::_NextDepth()
 {
     if (!_isRowPending && !_NextRow()) return nullptr;
@@ -266,6 +314,7 @@ const nxFeedEvent* nxFeedReader::_NextDepth()
     _event.line = _row->line;
     nxFeedProduct* const product = _product;
     do {
+        if (GetForm().isForeign) _FollowBook();
         _levels.push_back(_level);
         _isRowPending = _NextRow();
     } while (_isRowPending && _row->time == _event.time && _product == product && _levels.size() < MaxLevels);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -52,7 +54,13 @@ public:
         unsigned long long line = 0;  // behind the longest
     };
     [[nodiscard]] const Gaps& GetGaps() const { return _gaps; }
+    // What of a foreign file was taken for what; empty for one of our own formats.
+    [[nodiscard]] std::string GetDescription() const;
+    // The times of bars are their starts.
+    [[nodiscard]] bool DoBarsBearStart() const { return _barsBearStart; }
+    [[nodiscard]] const nxFileForm& GetForm() const { return _csv.GetForm(); }
     // As for nxCsvReader.
+    [[nodiscard]] unsigned long long GetSkippedCount() const { return _csv.GetSkippedCount(); }
     [[nodiscard]] bool HasOpenEnd() const { return _csv.HasOpenEnd(); }
     [[nodiscard]] unsigned long long GetBytesConsumed() const { return _csv.GetBytesConsumed(); }
     [[nodiscard]] unsigned long long GetBytesTotal() const { return _csv.GetBytesTotal(); }
@@ -68,9 +76,11 @@ private:
     bool _FindBarEnd(const nxFeedProduct& product);
     bool _Reject(std::string_view column, const std::string& reason);
     bool _GetPrice(nxFeedProduct& product, unsigned int slot, nxDecimal& price);
-    bool _GetLots(const nxFeedProduct& product, unsigned int slot, nxVolume& lots);
+    bool _GetLots(nxFeedProduct& product, unsigned int slot, nxVolume& lots);
     std::string_view _GetColumnName(unsigned int slot) const;
     const nxFeedEvent* _NextDepth();
+    void _NoteProduct(nxFeedProduct& product) const;
+    void _FollowBook();
 
     std::string _path;
     nxFeedProductTable& _products;
@@ -84,6 +94,10 @@ private:
     std::vector<nxFeedLevel> _levels;  // behind _event
     nxFeedLevel _level;                // depth: the row read last
     bool _isRowPending = false;        // depth: that row belongs to the next event
+    // Depth with snapshots: whether the row before was of one, and the levels that are there, by product.
+    bool _wasSnapshot = false;
+    std::map<unsigned int, std::set<std::pair<nxSide, nxDecimal>>> _books;
+    bool _barsBearStart = false;
     long long _lastTime;               // of the last good row
     long long _lastBarEnd;             // bars that bear their start: the time of the last event
     std::vector<long long> _barTimes;  // bars: of the last one, by product

@@ -4,8 +4,6 @@
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <zlib.h>
-#include <zstd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -22,89 +20,6 @@ std::string GetSystemText(int error)
 }
 
 }  // namespace
-
-// Takes compressed bytes from [in, inEnd) and puts plain ones to [out, outEnd), moving both starts.
-class nxInputStream::Decoder
-{
-public:
-    virtual ~Decoder() = default;
-    virtual bool Decode(const char*& in, const char* inEnd, char*& out, char* outEnd,
-                        std::string& failure) = 0;
-    // Whether the data may end here.
-    [[nodiscard]] virtual bool IsComplete() const = 0;
-    [[nodiscard]] virtual const char* GetName() const = 0;
-};
-
-class nxInputStream::GzipDecoder final : public Decoder
-{
-public:
-    GzipDecoder() { _ready = inflateInit2(&_stream, MAX_WBITS + 16) == Z_OK; }
-    ~GzipDecoder() override { inflateEnd(&_stream); }
-    GzipDecoder(const GzipDecoder&) = delete;
-    GzipDecoder& operator=(const GzipDecoder&) = delete;
-
-    bool Decode(const char*& in, const char* inEnd, char*& out, char* outEnd, std::string& failure) override
-    {
-        if (_complete) {
-            // Between the members, and behind the last one, tape-minded writers pad with zeros.
-            while (in != inEnd && *in == 0)
-                ++in;
-            if (in == inEnd) return true;
-            _complete = false;
-            inflateReset(&_stream);
-        }
-        _stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(in));
-        _stream.avail_in = static_cast<uInt>(inEnd - in);
-        _stream.next_out = reinterpret_cast<Bytef*>(out);
-        _stream.avail_out = static_cast<uInt>(outEnd - out);
-        const int result = _ready ? inflate(&_stream, Z_NO_FLUSH) : Z_MEM_ERROR;
-        in = inEnd - _stream.avail_in;
-        out = outEnd - _stream.avail_out;
-        _complete = result == Z_STREAM_END;
-        if (_complete || result == Z_OK || result == Z_BUF_ERROR) return true;
-        failure =
-            std::string("damaged gzip data: ") + (_stream.msg != nullptr ? _stream.msg : zError(result));
-        return false;
-    }
-
-    [[nodiscard]] bool IsComplete() const override { return _complete; }
-    [[nodiscard]] const char* GetName() const override { return "gzip"; }
-
-private:
-    z_stream _stream{};
-    bool _ready = false;
-    bool _complete = false;
-};
-
-class nxInputStream::ZstdDecoder final : public Decoder
-{
-public:
-    bool Decode(const char*& in, const char* inEnd, char*& out, char* outEnd, std::string& failure) override
-    {
-        if (_complete && in == inEnd) return true;  // an empty call would begin a further frame
-        ZSTD_inBuffer input{in, static_cast<std::size_t>(inEnd - in), 0};
-        ZSTD_outBuffer output{out, static_cast<std::size_t>(outEnd - out), 0};
-        const std::size_t result = ZSTD_decompressStream(_stream.get(), &output, &input);
-        in += input.pos;
-        out += output.pos;
-        _complete = result == 0;
-        if (ZSTD_isError(result) == 0) return true;
-        failure = std::string("damaged zstd data: ") + ZSTD_getErrorName(result);
-        return false;
-    }
-
-    [[nodiscard]] bool IsComplete() const override { return _complete; }
-    [[nodiscard]] const char* GetName() const override { return "zstd"; }
-
-private:
-    struct Free
-    {
-        void operator()(ZSTD_DStream* stream) const { ZSTD_freeDStream(stream); }
-    };
-
-    std::unique_ptr<ZSTD_DStream, Free> _stream{ZSTD_createDStream()};
-    bool _complete = false;
-};
 
 nxInputStream::nxInputStream(std::function<bool()> givesUp) : _givesUp(std::move(givesUp)) {}
 
@@ -129,14 +44,10 @@ bool nxInputStream::Open(const std::string& path, const char* content)
     if (!_mayHaveToWait) _bytesTotal = static_cast<unsigned long long>(status.st_size);
     _input.resize(InputSize);
     // A pipe may hand out the first bytes one by one; the magic number needs four.
-    while (!_inputOver && _inputEnd < 4) {
+    while (!_inputOver && _inputEnd < nxDecoder::MagicSize) {
         if (!_FillInput()) return false;
     }
-    const auto startsWith = [this](const char* magic, std::size_t size) {
-        return _inputEnd >= size && std::memcmp(_input.data(), magic, size) == 0;
-    };
-    if (startsWith("\x1F\x8B", 2)) _decoder = std::make_unique<GzipDecoder>();
-    if (startsWith("\x28\xB5\x2F\xFD", 4)) _decoder = std::make_unique<ZstdDecoder>();
+    _decoder = nxDecoder::Make(_input.data(), _inputEnd);
     return true;
 }
 

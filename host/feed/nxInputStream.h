@@ -7,10 +7,12 @@
 #include <string>
 #include <vector>
 
-// The bytes of one input, front to back: a plain file, a .gz or a .zst. Which one it is, its first bytes
-// tell, not its name; several compressed parts in a row read as one. "-" is standard input. The file is read
-// through a buffer of fixed size and never mapped, so resident memory stays flat whatever its length. Owned
-// by one reader and used by one thread at a time. Nothing here throws.
+#include "host/feed/nxDecoder.h"
+
+// The bytes of one input, front to back: a plain file or one packed as nxDecoder knows. Which one it is, its
+// first bytes tell, not its name; several compressed parts in a row read as one. "-" is standard input. The
+// file is read through a buffer of fixed size and never mapped, so resident memory stays flat whatever its
+// length. Owned by one reader and used by one thread at a time. Nothing here throws.
 class nxInputStream
 {
 public:
@@ -32,6 +34,11 @@ public:
     // data stops before its end. What came before the failure has been handed out by then.
     [[nodiscard]] long long Read(char* to, std::size_t size);
 
+    // Of the file within an archive, once something of it was read; else empty.
+    [[nodiscard]] std::string GetEntryName() const
+    {
+        return _decoder ? _decoder->GetEntryName() : std::string();
+    }
     [[nodiscard]] const std::string& GetFailure() const { return _failure; }
 
     // Bytes of the file as it lies on the disk, for a percentage. The total is 0 when it is unknown (a pipe).
@@ -42,10 +49,6 @@ public:
     [[nodiscard]] unsigned long long GetBytesTotal() const { return _bytesTotal; }
 
 private:
-    class Decoder;
-    class GzipDecoder;
-    class ZstdDecoder;
-
     bool _FillInput();
     long long _ReadFile(char* to, std::size_t size);
     bool _WaitForBytes();
@@ -57,7 +60,7 @@ private:
     std::size_t _inputBegin = 0;
     std::size_t _inputEnd = 0;
     bool _inputOver = false;
-    std::unique_ptr<Decoder> _decoder;  // none: plain
+    std::unique_ptr<nxDecoder> _decoder;  // none: plain
     unsigned long long _bytesRead = 0;
     unsigned long long _bytesTotal = 0;
     std::string _failure;

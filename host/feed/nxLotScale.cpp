@@ -45,6 +45,15 @@ bool nxLotScale::_GetLotsSlow(long long mantissa, const Ratio& ratio, unsigned i
     return count <= MaxLots && count * ratio.divisor == product;
 }
 
+unsigned int nxLotScale::GetRounded(long long mantissa, unsigned char places) const
+{
+    const Ratio& ratio = _ratios[places];
+    const nxUInt128 product = static_cast<nxUInt128>(mantissa) * ratio.multiplier;
+    const nxUInt128 count = (product + ratio.divisor / 2) / ratio.divisor;
+    if (count > MaxLots) return MaxLots;
+    return count == 0 && mantissa > 0 ? 1 : static_cast<unsigned int>(count);
+}
+
 std::string nxLotScale::GetRefusal(long long mantissa, unsigned char places, unsigned char knownPlaces) const
 {
     const nxDecimal size = nxDecimal::FromMantissa(mantissa, places);
@@ -70,5 +79,5 @@ std::string nxLotScale::GetRefusal(long long mantissa, unsigned char places, uns
     }
     const bool fits = nxLotScale(fitting).GetLots(mantissa, places, lots);
     return reason + (fits ? "; lotSize = " + fitting.GetAsString() + " would fit"
-                          : "; no lot size of a power of ten fits");
+                          : "; no lot size of a power of ten fits, --round-volumes rounds");
 }

@@ -32,6 +32,9 @@ public:
         return count <= MaxLots && count * ratio.divisor == product;
     }
 
+    // The nearest whole number, at least 1 of a size above 0 and at most MaxLots.
+    [[nodiscard]] unsigned int GetRounded(long long mantissa, unsigned char places) const;
+
     // Why GetLots refused the size, and the lot size that would fit it and a size with `knownPlaces`
     // decimals.
     [[nodiscard]] std::string GetRefusal(long long mantissa, unsigned char places,

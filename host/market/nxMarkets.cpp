@@ -26,7 +26,12 @@ void nxMarkets::_Make(unsigned int index, long long now)
     _markets[index] = std::make_unique<nxMarket>(index, known.GetName(), known.GetTickSize());
     nxMarket& market = *_markets[index];
     if (_isAhead) market.ahead = std::make_unique<nxMarketProduct>(known.GetName());
-    if (index < _products.size()) market.description = _products[index];
+    if (index < _products.size()) {
+        market.description = _products[index];
+    } else if (known.HasFoundLots()) {
+        // Prices are of one unit, so a lot moves by its share of it.
+        market.description.lotSize = market.description.pointValue = known.GetLotSize();
+    }
     if (!market.GetHours().IsEmpty()) {
         market.nextState = market.GetHours().GetNextChange(now);
         _nextStateTime = std::min(_nextStateTime, market.nextState);

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/market/nxTimeZone.h"
+#include "host/feed/nxTimeZone.h"
 
 // From opening to closing, in seconds since 1970; the end is left out.
 struct nxTradingSession

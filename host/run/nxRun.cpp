@@ -29,7 +29,8 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
           }),
       _output(_state, _clock, out, err),
       _watch([this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
-      _source({_options.lenient, _options.barsBearStart, _options.barPeriods, _options.interrupted}),
+      _source({_options.lenient, _options.barsBearStart, _options.barPeriods, _options.form,
+               _options.roundsVolumes, _options.interrupted}),
       _lateFeed(_options, _schedule,
                 [this](const nxFeedEvent& event) { _Show(_markets.Get(event.product), event); }),
       _markets(_source, _options.products, *this, _lateFeed.IsOn()),
@@ -268,7 +269,7 @@ void nxRun::_ShowDepth(nxMarket& market, const nxFeedEvent& event)
 bool nxRun::_HasPrices(const nxFeedEvent& event) const
 {
     const nxFeedProduct& known = _source.GetProducts().Get(event.product);
-    return known.Has(nxFeedKind::Quote) || known.Has(nxFeedKind::Bar);
+    return known.HasQuoteColumns() || known.Has(nxFeedKind::Bar);
 }
 
 void nxRun::_Trade(nxMarket& market, const nxFeedEvent& event)

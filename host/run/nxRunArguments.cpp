@@ -30,6 +30,7 @@ std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
     for (nxJobOptions& job : options.jobs)
         job.account = account;
     if (const auto fault = _SetBarPeriods(options)) return fault;
+    if (const auto fault = form.Apply(options.form)) return fault;
     if (const auto fault = _SetLatencies(options)) return fault;
     if (const auto fault = _SetSelections(options.jobs)) return fault;
     return _AddChanges(options);

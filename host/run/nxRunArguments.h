@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/feed/nxFormArguments.h"
 #include "host/run/nxRunOptions.h"
 
 // The jobs of a command and what they start with, as texts of a command line.
@@ -30,6 +31,7 @@ struct nxRunArguments : nxJobArguments
 {
     std::vector<std::string> selections;  // [JOB/]KEY=VALUE,...; see nxJobSelection
     std::vector<std::string> barPeriods;  // [PRODUCT=]PERIOD; see nxFeedTime
+    nxFormArguments form;
     // Texts of nxLatency or, but for the feed, files of nxLatencyFile.
     std::optional<std::string> latency;  // of requests, and of answers without one of their own
     std::optional<std::string> answerLatency;

@@ -47,10 +47,10 @@ void nxRunBars::_Close()
 nxBarOrigin nxRunBars::GetBarOrigin(const nxHostProduct& product)
 {
     nxBarOrigin origin;
-    origin.rowsBearStart = _state.options.barsBearStart;
     origin.rowDelay = _state.options.feedLatency.most;
     origin.hours = _markets.Get(product.GetMarketIndex()).GetHours();
     if (const nxFeedProduct* known = _source.GetProducts().Find(product.GetMarket().GetName())) {
+        origin.rowsBearStart = known->DoBarsBearStart();
         origin.hasRows = known->Has(nxFeedKind::Bar);
         origin.hasTrades = known->Has(nxFeedKind::Quote);
         origin.rowPeriod = known->GetBarPeriod();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/exchange/nxSimulatedExchange.h"
+#include "host/feed/nxFileForm.h"
 #include "host/jobs/nxJobOptions.h"
 #include "host/market/nxProductDescription.h"
 #include "host/run/nxParameterChange.h"
@@ -36,7 +37,9 @@ struct nxRunOptions
     double speed = 0.0;                 // recorded seconds for each real one; 0: as fast as it can
     std::vector<unsigned int> explain;  // numbers of orders whose story is told behind the summary
     bool lenient = false;
-    bool barsBearStart = false;  // the times in bars files, and how far apart they are: see nxFeedOptions
+    nxFileFormOptions form;  // of files in none of our own formats
+    bool roundsVolumes = false;
+    std::optional<bool> barsBearStart;  // the times in bars files, how far apart they are: see nxFeedOptions
     std::map<std::string, long long, std::less<>> barPeriods;
     bool continueOnError = false;
     bool showProgress = false;

@@ -55,7 +55,7 @@ void nxTradingRecord::_WriteExchange(long long time)
          {"barFills", exchange.bars.model->name},
          {"barLimits", exchange.bars.isThrough ? "through" : "touch"},
          {"participation", participation > 0 ? participation : std::numeric_limits<double>::quiet_NaN()},
-         {"barTime", _state.options.barsBearStart ? "start" : "end"}});
+         {"barTime", _state.options.barsBearStart.value_or(false) ? "start" : "end"}});
 }
 
 void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,

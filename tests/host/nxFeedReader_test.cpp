@@ -141,7 +141,7 @@ TEST(nxFeedReaderTest, WrongFilesAreToldByPlaceAndReason)
 {
     nxExpectRows(Rows, [](const std::string& text) { return Contract(Read(MakeContent(text)).text); });
     EXPECT_EQ(Read("").text, "FILE: no header row: the file is empty\n");
-    EXPECT_EQ(Read(std::string("PK\x03\x04\0\0,bid\n", 11)).text,
+    EXPECT_EQ(Read(std::string("PE\x03\x04\0\0,bid\n", 11)).text,
               "FILE:1: no header row: the file is not text\n");
 }
 
@@ -163,10 +163,11 @@ TEST(nxFeedReaderTest, BadRowsAreToldByPlaceAndReasonAfterWhatCameBefore)
     for (const auto& kind : kinds) {
         const auto ask = [&](const std::string& row) {
             const std::string bad = kind.header + kind.good + row + "\n";
-            const std::string text = Contract(Read(bad).text);
+            const std::vector<nxFeedProductTerms> described = {Describe("A", "1")};
+            const std::string text = Contract(Read(bad, false, described).text);
             const std::size_t error = text.find("FILE");
             EXPECT_EQ(nxTrim(text.substr(0, error)), nxTrim(kind.event));
-            const Outcome lenient = Read(bad + kind.next, true);
+            const Outcome lenient = Read(bad + kind.next, true, described);
             EXPECT_EQ(lenient.badRows.at(0) + "\n", text.substr(error));
             EXPECT_THAT(lenient.remarks, testing::Contains("FILE: 1 bad row skipped"));
             EXPECT_EQ(Contract(lenient.text), kind.event + kind.nextEvent);
@@ -229,11 +230,13 @@ TEST(nxFeedReaderTest, SizesBecomeLotsExactly)
     });
 }
 
-TEST(nxFeedReaderTest, TheLotSizeToldFitsAllSizesSeenAhead)
+TEST(nxFeedReaderTest, ALotFitsAllSizesSeenAheadUnlessTheProductIsDescribed)
 {
+    const std::string content = Quotes + "1,A,5,0.5,6,1,,,\n2,A,5,0.125,6,1,,,\n";
     EXPECT_EQ(
-        Read(Quotes + "1,A,5,0.5,6,1,,,\n2,A,5,0.125,6,1,,,\n").text,
+        Read(content, false, {Describe("A", "1")}).text,
         "FILE:2:7: bidVolume: size 0.5 is not a whole number of lots of 1; lotSize = 0.001 would fit\n");
+    EXPECT_EQ(Read(content).text, "1000000000 A bid 5 x500 ask 6 x1000\n2000000000 A bid 5 x125 ask 6 x1000\n");
 }
 
 TEST(nxFeedReaderTest, TheTickSizeIsKnownBeforeTheFirstEvent)

@@ -1,4 +1,4 @@
-#include "host/market/nxTimeZone.h"
+#include "host/feed/nxTimeZone.h"
 
 #include <date/tz.h>
 
@@ -101,4 +101,20 @@ long long nxTimeZone::GetUtc(long long local) const
 {
     const auto period = std::ranges::upper_bound(_periods, local, {}, &Period::localEnd);
     return std::max(local - period->offset, period->begin);
+}
+
+nxTimeZone::Span nxTimeZone::GetSpan(long long local) const
+{
+    const auto period = std::ranges::upper_bound(_periods, local, {}, &Period::localEnd);
+    const auto getBegin = [this](auto at) {
+        return at == _periods.begin() ? at->begin : at->begin + at->offset;
+    };
+    const auto next = std::next(period);
+    const bool isLast = next == _periods.end();
+    Span span{getBegin(period), period->localEnd, period->offset};
+    if (period != _periods.begin()) span.begin = std::max(span.begin, std::prev(period)->localEnd);
+    if (!isLast) span.end = std::min(span.end, getBegin(next));
+    if (local >= span.begin && local < span.end) return span;
+    const bool isTwice = local >= span.end;
+    return {local, local, period->offset, isTwice, isTwice ? next->offset : 0};
 }

@@ -19,6 +19,16 @@ public:
     // moment at which they are. So a later local time is never an earlier moment.
     long long GetUtc(long long local) const;
 
+    // The local times around a local time that the clocks show once, all with one offset to UTC.
+    struct Span
+    {
+        long long begin = 0, end = 0;  // of [begin, end); empty where the time is shown twice or never
+        long long offset = 0;          // the clocks less UTC; of a time shown twice its first
+        bool isTwice = false;          // else, where the span is empty, never
+        long long secondOffset = 0;    // where it is shown twice
+    };
+    Span GetSpan(long long local) const;
+
 private:
     // A time between two changes of the clocks.
     struct Period

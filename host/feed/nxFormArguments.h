@@ -1,0 +1,15 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "host/feed/nxFileForm.h"
+
+// What a command line tells of files in none of our own formats, as texts; empty ones were not given.
+struct nxFormArguments
+{
+    std::string layout, columns, product, zone, date, dateOrder, priceScale;
+
+    // Null, or what is wrong, with the option.
+    [[nodiscard]] std::optional<std::string> Apply(nxFileFormOptions& form) const;
+};
