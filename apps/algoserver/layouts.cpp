@@ -17,7 +17,7 @@ void List(std::ostream& out)
                                  : layout.columns.find("bid") != layout.columns.npos ? "quotes"
                                                                                      : "trades";
         out << fmt::format("{:<22} {:<7} {:<7} {}\n", layout.name, kind,
-                           layout.isByPlace ? "--layout" : "told", layout.title);
+                           layout.isByPlace || layout.isAsked ? "--layout" : "told", layout.title);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "apps/algoserver/check.h"
 #include "apps/algoserver/generate.h"
+#include "apps/algoserver/import.h"
 #include "apps/algoserver/layouts.h"
 #include "apps/algoserver/run.h"
 
@@ -16,9 +17,10 @@ int main(int argc, char** argv)
     app.set_version_flag("--version", NX_VERSION);
     int status = 0;
     AddRunCommand(app, status);
+    AddImportCommand(app, status);
+    AddLayoutsCommand(app, status);
     AddGenerateCommand(app, status);
     AddCheckCommand(app, status);
-    AddLayoutsCommand(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {
@@ -35,7 +37,7 @@ int main(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr
-        << "algoserver: no command; there are run, check, generate and layouts. Try 'algoserver --help'.\n";
+    std::cerr << "algoserver: no command; there are run, import, layouts, generate and check. Try "
+                 "'algoserver --help'.\n";
     return 2;
 }

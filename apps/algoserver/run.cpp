@@ -4,15 +4,15 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <atomic>
 #include <cmath>
-#include <csignal>
 #include <iostream>
 #include <limits>
 #include <memory>
 #include <set>
 
 #include "apps/algoserver/arguments.h"
+#include "apps/algoserver/forms.h"
+#include "apps/algoserver/signals.h"
 #include "base/log/nxConsoleLogDevice.h"
 #include "base/log/nxLogEntriesQueue.h"
 #include "base/log/nxLogManager.h"
@@ -22,27 +22,6 @@
 #include "host/run/nxRunEnvelope.h"
 
 namespace {
-
-std::atomic<bool> interrupted = false;
-
-constexpr int EndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
-
-// The first Ctrl-C ends the run properly; a second one finds the default action and ends the process.
-void OnInterrupt(int)
-{
-    interrupted = true;
-    for (const int signal : EndingSignals)
-        std::signal(signal, SIG_DFL);
-}
-
-// A pipe that is closed, or a file that may not grow, fails the write, and the run ends properly.
-void CatchSignals()
-{
-    for (const int signal : EndingSignals)
-        std::signal(signal, OnInterrupt);
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-}
 
 struct RunArguments
 {
@@ -131,7 +110,7 @@ int Run(RunArguments& arguments)
     options.continueOnError = arguments.onError == "continue";
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
-    options.interrupted = &interrupted;
+    options.interrupted = &GetInterrupted();
     nxScriptReview review(options.jobs, options.modules);
     options.getNotes = [&review] { return review.GetNotes(); };
     nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(arguments.logLevel)));
@@ -172,6 +151,11 @@ void AddData(CLI::App& run, RunArguments& arguments)
 {
     nxRunOptions& options = arguments.options;
     run.add_option("--data,-d", options.data, "Recorded data, one or more files merged by time")->required();
+    run.add_option("--from", arguments.jobs.from, "Begin at that recorded time")->type_name("TIME");
+    run.add_option("--to", arguments.jobs.to, "End there")->type_name("TIME");
+    run.add_option("--warmup", arguments.jobs.warmup,
+                   "How much of the data before --from prices, collections and indicators know already")
+        ->type_name("PERIOD");
     run.add_option("--products,-p", options.productFile,
                    "TOML file that describes products: tick size, lot size, point value, currency, legs of "
                    "strategies");
@@ -191,35 +175,6 @@ void AddData(CLI::App& run, RunArguments& arguments)
                    "Recorded seconds for each real one; without it as fast as it can")
         ->check(IsNumber(std::numeric_limits<double>::denorm_min(), HUGE_VAL, "above 0"))
         ->option_text("ABOVE 0");
-}
-
-// Of files in none of our own formats.
-void AddForms(CLI::App& run, RunArguments& arguments)
-{
-    nxFormArguments& form = arguments.jobs.form;
-    run.add_option("--layout", form.layout,
-                   "Who wrote the data, where the files do not tell it: see 'algoserver layouts'")
-        ->type_name("NAME");
-    run.add_option(
-           "--columns", form.columns,
-           "The columns of a file without a header row, as in time,open,high,low,close,volume; - is one "
-           "that does not count")
-        ->type_name("NAME,...");
-    run.add_option("--product", form.product,
-                   "The product of files without a column of it; without it their name is the product")
-        ->type_name("NAME");
-    run.add_option("--zone", form.zone,
-                   "The zone of times that name none, such as America/New_York; else UTC")
-        ->type_name("NAME");
-    run.add_option("--date", form.date, "The day of files that hold times of day; else their name tells it")
-        ->type_name("YYYY-MM-DD");
-    run.add_option("--date-order", form.dateOrder,
-                   "Whether 03/04/2024 is of March (mdy) or of April (dmy), where the first rows do not tell")
-        ->check(CLI::IsMember({"dmy", "mdy"}));
-    run.add_option("--price-scale", form.priceScale, "Prices are whole numbers of this, such as 0.0001")
-        ->type_name("NUMBER");
-    run.add_flag("--round-volumes", arguments.options.roundsVolumes,
-                 "Round sizes to whole lots; the summary tells how much is lost");
 }
 
 void AddLatencies(CLI::App& run, nxRunArguments& arguments)
@@ -345,7 +300,9 @@ void AddRunCommand(CLI::App& app, int& status)
     run.formatter(std::make_shared<RunFormatter>());
     AddJobs(run, *arguments);
     AddData(run, *arguments);
-    AddForms(run, *arguments);
+    AddFormOptions(run, arguments->jobs.form);
+    run.add_flag("--round-volumes", arguments->options.roundsVolumes,
+                 "Round sizes to whole lots; the summary tells how much is lost");
     AddExchange(run, *arguments);
     AddOutputs(run, *arguments);
     run.callback([arguments, &status] { status = Run(*arguments); });

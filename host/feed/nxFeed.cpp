@@ -19,6 +19,8 @@ bool nxFeed::Open(const std::vector<std::string>& paths, const std::vector<nxFee
 {
     for (const nxFeedProductTerms& product : products)
         _products.Add(product);
+    for (const auto& [name, lotSize] : _options.lotSizes)
+        _products.Get(_products.Add(name)).SetFoundLots(lotSize);
     for (const std::string& path : paths) {
         _readers.push_back(std::make_unique<nxFeedReader>(path, static_cast<unsigned int>(_readers.size()),
                                                           _products, _options));
@@ -119,7 +121,7 @@ std::vector<std::string> nxFeed::GetRemarks() const
                             "--products tells another",
                             product.GetName(), product.GetLotSize().GetAsString()));
         if (const nxFeedProduct::Rounded& rounded = product.GetRounded(); rounded.count != 0)
-            remarks.push_back(fmt::format("{}: {} rounded to lots of {}, {:.3g} % of their sum too few",
+            remarks.push_back(fmt::format("{}: {} rounded to lots of {}, by {:.2g} % of their sum",
                                           product.GetName(), Count(rounded.count, "size"),
                                           product.GetLotSize().GetAsString(),
                                           100 * rounded.lost / rounded.size));

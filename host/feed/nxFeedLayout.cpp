@@ -168,6 +168,7 @@ constexpr std::array Layouts{
                  .title = "TradingView chart export",
                  .kind = Bar,
                  .columns = "time=time,open=open,high=high,low=low,close=close",
+                 .isAsked = true,
                  .product = {',', 0},
                  .stamp = Stamp::Start},
     nxFeedLayout{.name = "firstrate",

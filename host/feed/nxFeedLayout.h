@@ -27,6 +27,7 @@ struct nxFeedLayout
     // Files have no header row, or some of them: the columns are known by their places. Otherwise by their
     // names, and a file with all these names has this layout unless another one is asked for.
     bool isByPlace = false;
+    bool isAsked = false;  // only --layout tells it: its names are everybody's
     char separator = ',';
     NamePart product = {};
     Stamp stamp = Stamp::Unknown;

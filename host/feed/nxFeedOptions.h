@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <functional>
+#include <limits>
 #include <map>
 #include <string>
 
@@ -23,6 +24,15 @@ struct nxFeedOptions
     nxFileFormOptions form = {};
     // Sizes that are no whole number of lots, or too many, are rounded, and what that changes is counted.
     bool roundsVolumes = false;
+    // For an import: rows as they stand. Sizes are not counted in lots, a row may be earlier than the one
+    // before, bars may come twice, and each row of depth is an event of its own.
+    bool takesRowsAsTheyStand = false;
+    // Lot sizes of products that nothing else describes.
+    std::map<std::string, nxDecimal, std::less<>> lotSizes = {};
+    // The part of the data that counts, in nanoseconds since 1970. Before it come only the changes of books,
+    // which later ones build on.
+    long long begin = std::numeric_limits<long long>::min();
+    long long end = std::numeric_limits<long long>::max();
     // Outlives the feed. Once it is true, waiting for the next bytes of a pipe ends in an error.
     const std::atomic<bool>* interrupted = nullptr;
 };

@@ -32,7 +32,7 @@ void nxFeedProduct::_NoteLargest(const nxCsvNumber& size)
 
 void nxFeedProduct::FindLots(bool isRounding)
 {
-    if (_isDescribed) return;
+    if (_isDescribed || _hasFoundLots) return;
     const auto fits = [this](const nxDecimal& lot, unsigned int room) {
         return _largestSize.GetAsDouble() / lot.GetAsDouble() * room <= nxLotScale::MaxLots;
     };

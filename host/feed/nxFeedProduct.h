@@ -35,6 +35,7 @@ public:
     // Nanoseconds between its bars, as given; else the least distance between two of those that were looked
     // at in front; 0 where there were none.
     [[nodiscard]] long long GetBarPeriod() const { return _barPeriod; }
+    [[nodiscard]] bool IsBarPeriodGiven() const { return _isBarPeriodGiven; }
     // Rows with a bid or an ask after which the bid stood above the ask, or met it.
     [[nodiscard]] unsigned long long GetCrossedCount() const { return _crossed; }
     [[nodiscard]] unsigned long long GetLockedCount() const { return _locked; }
@@ -52,7 +53,14 @@ public:
     // A lot that makes whole numbers of the sizes seen so far, of a product that nothing describes.
     // isRounding: one that holds the largest of them with room to spare, where none does so exactly.
     void FindLots(bool isRounding);
-    // By FindLots, and not 1.
+    // One that was found before, of a product that nothing describes.
+    void SetFoundLots(const nxDecimal& lotSize)
+    {
+        if (_isDescribed) return;
+        SetLotSize(lotSize);
+        _hasFoundLots = true;
+    }
+    // By FindLots or SetFoundLots, and not 1.
     [[nodiscard]] bool HasFoundLots() const { return _hasFoundLots; }
     // A size that was rounded to lots, and by how much; both in recorded units.
     void NoteRounded(double size, double lost)

@@ -1,6 +1,7 @@
 #include "host/feed/nxFeedReader.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "host/feed/nxFeedTime.h"
@@ -106,7 +107,7 @@ bool nxFeedReader::_Judge()
         _product = &_products.Get(_productIndex);
         _NoteProduct(*_product);
     }
-    if (_row->time < _lastTime)
+    if (_row->time < _lastTime && !_options.takesRowsAsTheyStand)
         return _Reject("time", "runs backwards: " + nxFeedTime::GetAsString(_row->time) + " after " +
                                    nxFeedTime::GetAsString(_lastTime));
     switch (_kind) {
@@ -189,7 +190,7 @@ bool nxFeedReader::_JudgeBarTime(const nxFeedProduct& product)
     constexpr long long never = std::numeric_limits<long long>::min();
     if (_productIndex >= _barTimes.size()) _barTimes.resize(_productIndex + 1, never);
     long long& last = _barTimes[_productIndex];
-    if (last != never) {
+    if (last != never && !_options.takesRowsAsTheyStand) {
         if (last == _row->time)
             return _Reject("time", "a second bar of " + product.GetName() + " at " +
                                        nxFeedTime::GetAsString(_row->time));
@@ -216,7 +217,7 @@ bool nxFeedReader::_FindBarEnd(const nxFeedProduct& product)
     long long end = 0;
     if (__builtin_add_overflow(_row->time, product.GetBarPeriod(), &end) || end > nxFeedTime::Latest)
         return _Reject("time", "the end of the bar is beyond all times");
-    if (end < _lastBarEnd)
+    if (end < _lastBarEnd && !_options.takesRowsAsTheyStand)
         return _Reject("time", "the bar ends before the one in front: " + nxFeedTime::GetAsString(end) +
                                    " after " + nxFeedTime::GetAsString(_lastBarEnd) +
                                    "; give bars of different periods a file each");
@@ -251,6 +252,10 @@ bool nxFeedReader::_GetLots(nxFeedProduct& product, unsigned int slot, nxVolume&
         return true;
     }
     unsigned int count = 0;
+    if (_options.takesRowsAsTheyStand && number.mantissa >= 0) {
+        lots.SetValue(number.mantissa != 0 ? 1 : 0);
+        return true;
+    }
     if (number.mantissa >= 0 && product.GetLots().GetLots(number.mantissa, number.places, count)) [[likely]] {
         lots.SetValue(count);
         return true;
@@ -259,7 +264,7 @@ bool nxFeedReader::_GetLots(nxFeedProduct& product, unsigned int slot, nxVolume&
         count = product.GetLots().GetRounded(number.mantissa, number.places);
         lots.SetValue(count);
         const double size = nxDecimal::FromMantissa(number.mantissa, number.places).GetAsDouble();
-        product.NoteRounded(size, size - count * product.GetLotSize().GetAsDouble());
+        product.NoteRounded(size, std::abs(size - count * product.GetLotSize().GetAsDouble()));
         return true;
     }
     if (number.mantissa < 0)
@@ -316,7 +321,7 @@ const nxFeedEvent* nxFeedReader::_NextDepth()
     do {
         if (GetForm().isForeign) _FollowBook();
         _levels.push_back(_level);
-        _isRowPending = _NextRow();
+        _isRowPending = !_options.takesRowsAsTheyStand && _NextRow();
     } while (_isRowPending && _row->time == _event.time && _product == product && _levels.size() < MaxLevels);
     _event.levels = _levels;
     _event.rows = static_cast<unsigned int>(_levels.size());

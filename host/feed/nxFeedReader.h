@@ -35,6 +35,9 @@ public:
     // The next event, good until the next call; null at the end and at an error.
     [[nodiscard]] const nxFeedEvent* Next();
 
+    // Of an import: the numbers behind the last event as they are written, at their slots.
+    [[nodiscard]] const nxCsvRow& GetRow() const { return *_row; }
+
     // Why Next() answered null before the end of the file, or why Open() failed. A depth file's error may
     // stand here while the event before it is still to be used.
     [[nodiscard]] const nxFeedError& GetError() const { return _error; }

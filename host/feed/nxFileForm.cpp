@@ -175,7 +175,7 @@ void Finder::_TryHeader(std::string_view line, std::string_view rows, unsigned l
         if (candidate.names.size() < 2) continue;
         std::size_t most = 0;
         for (const nxFeedLayout& layout : nxFeedLayout::GetAll()) {
-            if (_options.layout != nullptr || layout.isByPlace) continue;
+            if (_options.layout != nullptr || layout.isByPlace || layout.isAsked) continue;
             const std::size_t count = nxFileColumns::CountGiven(candidate.names, layout.columns);
             if (count > most) candidate.layout = &layout;
             most = std::max(most, count);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "host/feed/nxFileForm.h"
 
@@ -13,3 +15,7 @@ struct nxFormArguments
     // Null, or what is wrong, with the option.
     [[nodiscard]] std::optional<std::string> Apply(nxFileFormOptions& form) const;
 };
+
+// Periods as texts, [PRODUCT=]PERIOD, by product; "" is every other. Null, or what is wrong.
+[[nodiscard]] std::optional<std::string> nxSetBarPeriods(
+    const std::vector<std::string>& texts, std::map<std::string, long long, std::less<>>& periods);

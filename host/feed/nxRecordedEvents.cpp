@@ -4,24 +4,51 @@
 #include <filesystem>
 #include <limits>
 
+#include "host/feed/nxBarPeriod.h"
+
 bool nxRecordedEvents::Open(const std::vector<std::string>& paths,
                             const std::vector<nxFeedProductTerms>& products)
 {
     _paths = paths;
     _terms = products;
-    if (_feed.Open(paths, products)) _next = _feed.Next();
-    _isAhead = true;
+    if (_feed.Open(paths, products)) _Advance();
     if (_next != nullptr) _firstTime = _next->time;
     return _next != nullptr || !_feed.HasFailed();
+}
+
+bool nxRecordedEvents::_IsBefore(const nxFeedEvent& event, long long time,
+                                 const nxFeedProductTable& products) const
+{
+    if (event.kind == nxFeedKind::Bar && !nxIsDailyBar(products.Get(event.product).GetBarPeriod()))
+        return event.time <= time;
+    return event.time < time;
+}
+
+bool nxRecordedEvents::_Counts(const nxFeedEvent& event, const nxFeedProductTable& products) const
+{
+    return event.kind == nxFeedKind::Depth || !_IsBefore(event, _options.begin, products);
+}
+
+void nxRecordedEvents::_Advance()
+{
+    _isAhead = true;
+    do {
+        _next = _feed.Next();
+        if (_next != nullptr) _lastTime = _next->time;
+    } while (_next != nullptr && !_Counts(*_next, _feed.GetProducts()));
+    if (_next != nullptr && !_IsBefore(*_next, _options.end, _feed.GetProducts())) _next = nullptr;
+}
+
+bool nxRecordedEvents::HasNextBefore(long long time)
+{
+    if (!_isAhead) _Advance();
+    return _next != nullptr && _IsBefore(*_next, time, _feed.GetProducts());
 }
 
 nxEventSource::Step nxRecordedEvents::Next(long long deadline, long long deadlineOfBars,
                                            const nxFeedEvent*& event)
 {
-    if (!_isAhead) {
-        _next = _feed.Next();
-        _isAhead = true;
-    }
+    if (!_isAhead) _Advance();
     if (_next == nullptr) return Step::End;
     if ((_next->kind == nxFeedKind::Bar ? deadlineOfBars : deadline) <= _next->time) return Step::Deadline;
     _isAhead = false;
@@ -51,9 +78,11 @@ void nxRecordedEvents::ReadAgain(
     options.interrupted = nullptr;
     nxFeed feed(options);
     if (!feed.Open(_paths, _terms)) return;
-    for (unsigned long long i = 0; i < count; ++i) {
+    for (unsigned long long i = 0; i < count;) {
         const nxFeedEvent* const event = feed.Next();
         if (event == nullptr) return;
+        if (!_Counts(*event, feed.GetProducts())) continue;
+        ++i;
         take(*event, feed.GetProducts().Get(event->product).GetName());
     }
 }

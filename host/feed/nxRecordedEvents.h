@@ -26,6 +26,16 @@ public:
     unsigned long long GetBytesConsumed() const { return _feed.GetBytesConsumed(); }
     unsigned long long GetBytesTotal() const { return _feed.GetBytesTotal(); }
 
+    // Whether the next event is of the time before, without the time itself but for bars, which end then.
+    bool HasNextBefore(long long time);
+    bool HasNext()
+    {
+        if (!_isAhead) _Advance();
+        return _next != nullptr;
+    }
+    // Of the rows that were read so far, those that do not count among them.
+    long long GetLastTime() const { return _lastTime; }
+
     Step Next(long long deadline, long long deadlineOfBars, const nxFeedEvent*& event) override;
     long long GetHorizon() const override;
     const nxFeedProductTable& GetProducts() const override { return _feed.GetProducts(); }
@@ -42,6 +52,11 @@ public:
         const std::function<void(const nxFeedEvent& event, const std::string& product)>& take) const;
 
 private:
+    // A bar of days bears the date of its day, not its end.
+    bool _IsBefore(const nxFeedEvent& event, long long time, const nxFeedProductTable& products) const;
+    bool _Counts(const nxFeedEvent& event, const nxFeedProductTable& products) const;
+    void _Advance();
+
     const nxFeedOptions _options;
     std::vector<std::string> _paths;
     std::vector<nxFeedProductTerms> _terms;
@@ -49,4 +64,5 @@ private:
     const nxFeedEvent* _next = nullptr;
     bool _isAhead = false;  // _next was read and not given yet
     std::optional<long long> _firstTime;
+    long long _lastTime = 0;
 };

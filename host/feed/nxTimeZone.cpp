@@ -116,5 +116,6 @@ nxTimeZone::Span nxTimeZone::GetSpan(long long local) const
     if (!isLast) span.end = std::min(span.end, getBegin(next));
     if (local >= span.begin && local < span.end) return span;
     const bool isTwice = local >= span.end;
-    return {local, local, period->offset, isTwice, isTwice ? next->offset : 0};
+    return {local, local, isTwice ? period->offset : local - period->begin, isTwice,
+            isTwice ? next->offset : 0};
 }

@@ -23,9 +23,11 @@ public:
     struct Span
     {
         long long begin = 0, end = 0;  // of [begin, end); empty where the time is shown twice or never
-        long long offset = 0;          // the clocks less UTC; of a time shown twice its first
-        bool isTwice = false;          // else, where the span is empty, never
-        long long secondOffset = 0;    // where it is shown twice
+        // The clocks less UTC; of a time shown twice its first, of one never shown that to the moment of the
+        // change.
+        long long offset = 0;
+        bool isTwice = false;        // else, where the span is empty, never
+        long long secondOffset = 0;  // where it is shown twice
     };
     Span GetSpan(long long local) const;
 

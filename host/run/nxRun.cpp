@@ -1,10 +1,14 @@
 #include "host/run/nxRun.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <limits>
 #include <new>
 
 #include "base/threads/nxStackThread.h"
 #include "host/exchange/nxSimulatedExchange.h"
+#include "host/feed/nxFeedTime.h"
 #include "host/report/nxRunSummary.h"
 #include "host/run/nxRunNotes.h"
 
@@ -29,8 +33,16 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
           }),
       _output(_state, _clock, out, err),
       _watch([this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
-      _source({_options.lenient, _options.barsBearStart, _options.barPeriods, _options.form,
-               _options.roundsVolumes, _options.interrupted}),
+      _source(
+          {.isLenient = _options.lenient,
+           .barsBearStart = _options.barsBearStart,
+           .barPeriods = _options.barPeriods,
+           .form = _options.form,
+           .roundsVolumes = _options.roundsVolumes,
+           .lotSizes = _options.lotSizes,
+           .begin = _options.from ? *_options.from - _options.warmup : std::numeric_limits<long long>::min(),
+           .end = _options.to.value_or(std::numeric_limits<long long>::max()),
+           .interrupted = _options.interrupted}),
       _lateFeed(_options, _schedule,
                 [this](const nxFeedEvent& event) { _Show(_markets.Get(event.product), event); }),
       _markets(_source, _options.products, *this, _lateFeed.IsOn()),
@@ -133,6 +145,7 @@ void nxRun::_Begin(std::vector<nxScriptSource> sources)
     _markets.MakeStrategies(_clock.Get());
     _parameters.Begin();
     _stores.Begin();
+    if (_options.from) _WarmUp(*_options.from);
     for (const auto& runner : _jobs)
         _life.Load(*runner);
     _SetClocks(_clock.Get());
@@ -141,24 +154,52 @@ void nxRun::_Begin(std::vector<nxScriptSource> sources)
         if (!_state.isOver) _life.Start(*runner);
 }
 
+// No script is loaded yet, so nobody is told; what the scripts make in their OnInit finds the data as
+// history.
+void nxRun::_WarmUp(long long from)
+{
+    while (!_state.IsEnding() && _source.HasNextBefore(from) && _Step(false)) {
+    }
+    if (_state.IsEnding() || _source.HasFailed()) return;
+    if (!_source.HasNext()) {
+        _Fail(fmt::format("--from: no row from {} on; the last one that was read is of {}",
+                          nxFeedTime::GetAsString(from), nxFeedTime::GetAsString(_source.GetLastTime()))
+                  .c_str());
+        return;
+    }
+    const long long begin = std::max(from, _clock.Get());
+    _SetTime(begin, false);
+    _clock.Begin(begin);
+    nxRunStatistics statistics;  // what was counted so far is no part of the run
+    statistics.jobs = std::move(_state.statistics.jobs);
+    statistics.firstTime = statistics.lastTime = begin;
+    _state.statistics = std::move(statistics);
+}
+
 void nxRun::_Replay()
 {
-    while (!_state.IsEnding()) {
-        if (_productWatch) [[unlikely]]
-            _FollowProducts();
-        const nxFeedEvent* event = nullptr;
-        const nxEventSource::Step step =
-            _source.Next(_schedule.GetNextTime(), _schedule.GetNextTimeBeforeBars(), event);
-        if (step == nxEventSource::Step::End && _lateFeed.IsEmpty()) break;
-        const bool isEvent = step == nxEventSource::Step::Event;
-        const long long time = isEvent ? event->time : _schedule.GetNextTime();
-        _clock.WaitFor(time);
-        if (_state.IsEnding()) break;
-        // What was due before the data takes place where the run begins.
-        _SetTime(std::max(time, _clock.Get()), isEvent && event->kind == nxFeedKind::Bar);
-        isEvent ? _Apply(*event) : _schedule.RunNext();
+    while (!_state.IsEnding() && _Step(true)) {
     }
     _output.EraseProgress();
+}
+
+// One event, or what is due before it. False: there is no more.
+bool nxRun::_Step(bool isPaced)
+{
+    if (_productWatch) [[unlikely]]
+        _FollowProducts();
+    const nxFeedEvent* event = nullptr;
+    const nxEventSource::Step step =
+        _source.Next(_schedule.GetNextTime(), _schedule.GetNextTimeBeforeBars(), event);
+    if (step == nxEventSource::Step::End && _lateFeed.IsEmpty()) return false;
+    const bool isEvent = step == nxEventSource::Step::Event;
+    const long long time = isEvent ? event->time : _schedule.GetNextTime();
+    if (isPaced) _clock.WaitFor(time);
+    if (_state.IsEnding()) return false;
+    // What was due before the data takes place where the run begins.
+    _SetTime(std::max(time, _clock.Get()), isEvent && event->kind == nxFeedKind::Bar);
+    isEvent ? _Apply(*event) : _schedule.RunNext();
+    return true;
 }
 
 void nxRun::_SetTime(long long time, bool isBar)

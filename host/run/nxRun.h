@@ -46,7 +46,9 @@ private:
     // Opens all that is read and written. False: err tells what cannot be.
     bool _Prepare(std::vector<nxScriptSource>& sources);
     void _Begin(std::vector<nxScriptSource> sources);
+    void _WarmUp(long long from);
     void _Replay();
+    bool _Step(bool isPaced);
     void _SetTime(long long time, bool isBar);
     void _SetClocks(long long time);
     void _Apply(const nxFeedEvent& event);

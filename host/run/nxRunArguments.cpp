@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "host/exchange/nxLatencyFile.h"
+#include "host/feed/nxDataSet.h"
 #include "host/feed/nxFeedTime.h"
 #include "host/jobs/nxDataStores.h"
 #include "host/market/nxProductFile.h"
@@ -22,6 +23,12 @@ std::optional<std::string> nxJobArguments::MakeJobs(std::vector<nxJobOptions>& j
 
 std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
 {
+    nxDataFiles files;
+    for (const std::string& name : options.data)
+        if (auto fault = files.Add(name)) return fault;
+    options.data = files.paths;
+    options.lotSizes = files.lotSizes;
+    options.barPeriods = files.barPeriods;
     if (const auto error = _FindObstacle(options)) return error;
     nxFeedError error;
     if (!options.productFile.empty() && !nxProductFile::Read(options.productFile, options.products, error))
@@ -29,8 +36,9 @@ std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
     if (const auto fault = MakeJobs(options.jobs)) return fault;
     for (nxJobOptions& job : options.jobs)
         job.account = account;
-    if (const auto fault = _SetBarPeriods(options)) return fault;
+    if (const auto fault = nxSetBarPeriods(barPeriods, options.barPeriods)) return fault;
     if (const auto fault = form.Apply(options.form)) return fault;
+    if (const auto fault = _SetSpan(options)) return fault;
     if (const auto fault = _SetLatencies(options)) return fault;
     if (const auto fault = _SetSelections(options.jobs)) return fault;
     return _AddChanges(options);
@@ -97,16 +105,24 @@ std::optional<std::string> nxJobArguments::_SetParameters(std::vector<nxJobOptio
     return std::nullopt;
 }
 
-std::optional<std::string> nxRunArguments::_SetBarPeriods(nxRunOptions& options) const
+std::optional<std::string> nxRunArguments::_SetSpan(nxRunOptions& options) const
 {
-    for (const std::string& text : barPeriods) {
-        const std::size_t equals = text.rfind('=');
-        const std::size_t begin = equals == std::string::npos ? 0 : equals + 1;
-        long long period = 0;
-        if (equals == 0 || !nxFeedTime::SetPeriodFromText(std::string_view(text).substr(begin), period))
-            return "--bar-period " + text + ": is no [PRODUCT=]PERIOD, such as 30s, 1m, 4h, 1d or ES=5m";
-        options.barPeriods[equals == std::string::npos ? std::string() : text.substr(0, equals)] = period;
+    nxTimeText reader;
+    reader.zone = options.form.zone;
+    const std::tuple<const char*, const std::string&, std::optional<long long>&> rows[] = {
+        {"--from", from, options.from}, {"--to", to, options.to}};
+    for (const auto& [option, text, time] : rows) {
+        if (text.empty()) continue;
+        if (const char* const reason = reader.Read(text, time.emplace()))
+            return fmt::format("{} {}: {}; it is written as 2024-08-09 or \"2024-08-09 12:30\"", option, text,
+                               reason);
     }
+    if (options.from && options.to && *options.to <= *options.from)
+        return "--to " + to + " is not after --from " + from;
+    if (warmup.empty()) return std::nullopt;
+    if (!nxFeedTime::SetPeriodFromText(warmup, options.warmup))
+        return "--warmup " + warmup + ": is no length of time such as 30d, 4h or 15m";
+    if (!options.from) return "--warmup is for a run with --from";
     return std::nullopt;
 }
 

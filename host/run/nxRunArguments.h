@@ -32,6 +32,7 @@ struct nxRunArguments : nxJobArguments
     std::vector<std::string> selections;  // [JOB/]KEY=VALUE,...; see nxJobSelection
     std::vector<std::string> barPeriods;  // [PRODUCT=]PERIOD; see nxFeedTime
     nxFormArguments form;
+    std::string from, to, warmup;
     // Texts of nxLatency or, but for the feed, files of nxLatencyFile.
     std::optional<std::string> latency;  // of requests, and of answers without one of their own
     std::optional<std::string> answerLatency;
@@ -47,7 +48,7 @@ struct nxRunArguments : nxJobArguments
 
 private:
     std::optional<std::string> _FindObstacle(const nxRunOptions& options) const;
-    std::optional<std::string> _SetBarPeriods(nxRunOptions& options) const;
+    std::optional<std::string> _SetSpan(nxRunOptions& options) const;
     std::optional<std::string> _SetLatencies(nxRunOptions& options) const;
     std::optional<std::string> _SetSelections(std::vector<nxJobOptions>& jobs) const;
     std::optional<std::string> _AddChanges(nxRunOptions& options) const;

@@ -39,8 +39,13 @@ struct nxRunOptions
     bool lenient = false;
     nxFileFormOptions form;  // of files in none of our own formats
     bool roundsVolumes = false;
+    // The part of the data to run over, from a time on and up to one, in nanoseconds since 1970; and how much
+    // of the data before it the collections and prices know already.
+    std::optional<long long> from, to;
+    long long warmup = 0;
     std::optional<bool> barsBearStart;  // the times in bars files, how far apart they are: see nxFeedOptions
     std::map<std::string, long long, std::less<>> barPeriods;
+    std::map<std::string, nxDecimal, std::less<>> lotSizes;  // of products that nothing describes
     bool continueOnError = false;
     bool showProgress = false;
     std::ostream* progress = nullptr;  // where to; null: standard error of the run
