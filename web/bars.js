@@ -7,8 +7,9 @@ function svg(tag, attributes) {
   return element;
 }
 
-// bars: [{label, value, tell}]; tell: the words for it. numbers: makes the table of the same numbers.
-function barFigure(title, bars, numbers) {
+// bars: [{label, value, tell}]; tell: the words for it. numbers: makes the table of the same numbers. isEdged: a label names the left edge of its
+// bar rather than its middle.
+function barFigure(title, bars, numbers, isEdged) {
   const [width, height, gap] = [640, 180, bars.length > 40 ? 0.5 : 2];
   const [low, high] = join([[0, 0], ...bars.map(({value}) => [value, value])]);
   const scale = height / (high - low || 1);
@@ -35,16 +36,16 @@ function barFigure(title, bars, numbers) {
     point(Math.min(bars.length - 1, Math.max(0, at + direction)));
     event.preventDefault();
   });
-  return el("figure", {className: "bars"}, el("figcaption", null, el("h3", null, title)), readout, picture, axisLabels(bars),
+  return el("figure", {className: "bars"}, el("figcaption", null, el("h3", null, title)), readout, picture, axisLabels(bars, isEdged),
             lazyDetails(`Numbers of “${title}”`, numbers));
 }
 
 // Some seven of the bars are named below them.
-function axisLabels(bars) {
+function axisLabels(bars, isEdged) {
   const every = Math.max(1, Math.ceil(bars.length / 7));
   return el("div", {className: "ticks", "aria-hidden": "true"}, bars.filter((_, index) => index % every === 0).map(({label}, index) => {
     const tick = el("span", null, label);
-    tick.style.left = `${100 * (index * every + 0.5) / bars.length}%`;
+    tick.style.left = `${100 * (index * every + (isEdged ? 0 : 0.5)) / bars.length}%`;
     return tick;
   }));
 }
@@ -56,7 +57,7 @@ function histogramFigure(title, histogram, unit) {
   const bars = counts.map((count, index) => ({label: formatValue(edges[index], unit), value: count,
     tell: `${range(index)}: ${plural(count, "round trip")}`}));
   const rows = counts.map((count, index) => [edges[index], edges[index + 1], count]);
-  return barFigure(title, bars, () => plainTable(title, [["From", unit], ["To", unit], ["Round trips", "count"]], rows));
+  return barFigure(title, bars, () => plainTable(title, [["From", unit], ["To", unit], ["Round trips", "count"]], rows), true);
 }
 
 const BREAKDOWN_COLUMNS = [["Round trips", "count"], ["Profit", "money"], ["Fees", "money"], ["Won", "percent"]];

@@ -13,7 +13,8 @@ function el(tag, properties, ...children) {
 
 const byId = id => document.getElementById(id);
 const show = (id, ...children) => byId(id).replaceChildren(...children.flat(Infinity).filter(child => child !== null));
-const isNumeric = unit => unit !== "text";
+// Times and texts stand at the left of their column, numbers at the right.
+const isNumeric = unit => unit !== "text" && unit !== "time";
 
 // A value that may be missing: a dash then, with the reason for eyes and for ears.
 function valueNode(value, unit, reason) {

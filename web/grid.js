@@ -1,7 +1,16 @@
 // A table of many rows: shown by pages, sorted by its heads, filtered by a text. A row that can be opened takes a click or
 // Enter; up and down move among the rows.
 const PAGE_ROWS = 25;
+const FEW_ROWS = 8;  // so few need neither filter nor pages
 const COMPARISON = /^(.+?)(<=|>=|=|<|>)(.+)$/;
+
+// The most that a column needs, so that its decimal points stand below each other.
+function decimalPlaces(values) {
+  return values.reduce((most, value) => {
+    if (typeof value !== "number" || Number.isInteger(value)) return most;
+    return Math.max(most, Math.min(10, (String(value).split(".")[1] || "").length));
+  }, 0);
+}
 
 class Grid {
   // columns: [{title, unit, format?}] over rows, arrays of values in the same order. onRow(row): opens one.
@@ -11,6 +20,7 @@ class Grid {
     this.page = 0;
     this.sorted = {column: -1, ascending: true};
     this.texts = new Map();
+    this.places = columns.map(({unit}, index) => unit === "price" ? decimalPlaces(rows.map(row => row[index])) : 0);
     this.element = this.build();
     this.showPage();
   }
@@ -27,7 +37,7 @@ class Grid {
       el("thead", null, el("tr", null, this.heads)), this.body);
     const turn = (text, label, pages) => el("button", {type: "button", "aria-label": label, onclick: () => this.turn(pages)}, text);
     this.count = el("span", {role: "status"});
-    const pager = el("div", {className: "pager"}, filter, this.count, turn("«", "First page", -Infinity), turn("‹", "Page before", -1),
+    const pager = el("div", {className: "pager", hidden: this.rows.length <= FEW_ROWS}, filter, this.count, turn("«", "First page", -Infinity), turn("‹", "Page before", -1),
       turn("›", "Next page", 1), turn("»", "Last page", Infinity));
     this.turns = pager.querySelectorAll("button");
     return el("div", {className: "grid"}, pager,
@@ -37,7 +47,9 @@ class Grid {
 
   text(row, index) {
     const {unit, format} = this.columns[index];
-    return format ? format(row[index], row) : formatValue(row[index], unit);
+    if (format) return format(row[index]);
+    if (unit === "price" && typeof row[index] === "number") return grouped(row[index], this.places[index], this.places[index]);
+    return formatValue(row[index], unit);
   }
 
   lastPage() {
@@ -117,7 +129,7 @@ class Grid {
     const cells = this.columns.map((column, place) => {
       const text = this.text(row, place);
       const bad = column.unit === "money" && row[place] < 0;
-      return el("td", {className: (isNumeric(column.unit) ? "number" : "text") + (bad ? " bad" : "")}, text);
+      return el("td", {className: (isNumeric(column.unit) ? "number" : column.unit) + (bad ? " bad" : "")}, text);
     });
     if (!this.onRow) return el("tr", null, cells);
     const element = el("tr", {tabindex: index === 0 ? "0" : "-1", onclick: () => this.open(row, element)}, cells);

@@ -80,7 +80,7 @@ function pricePictures(document, result, product) {
   const over = charts.filter(({isOver}) => isOver).flatMap(({list}) => list);
   const below = charts.filter(({isOver}) => !isOver);
   return [{id: "price", title: `Price of ${product.name}`, unit: "price", series: [prices, ...over], markers: fillMarkers(product, result)},
-    ...below.map(({chart, list}, index) => ({id: `lines${index}`, title: `Lines of “${chart}”`, unit: "price", series: list}))];
+    ...below.map(({chart, list}, index) => ({id: `lines${index}`, title: `Lines of ${chart}`, unit: "price", series: list}))];
 }
 
 function showCharts(run, result, product) {
@@ -139,6 +139,7 @@ function showPage() {
 
 // Canvases do not follow the style sheet by themselves.
 function repaint() {
+  palette.clear();
   for (const stack of page.stacks) stack.redraw();
 }
 

@@ -5,7 +5,12 @@ const DASHES = [[], [7, 3], [2, 3], [9, 3, 2, 3], [12, 4], [4, 4], [1, 4], [12, 
 // Its legend would need an inline style, which the page's policy forbids; the page has legends of its own.
 Dygraph.PLUGINS = Dygraph.PLUGINS.filter(plugin => plugin !== Dygraph.Plugins.Legend);
 
-const theme = name => getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim();
+// The style sheet's colours, asked for once: a picture needs them for each of its marks. Emptied when they change.
+const palette = new Map();
+function theme(name) {
+  if (!palette.has(name)) palette.set(name, getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim());
+  return palette.get(name);
+}
 
 class Panel {
   // picture: {id, title, unit, series, markers?, isZeroShown?, hasSelector?}; a series also has {colour, style, dash}, where colour is
@@ -145,7 +150,8 @@ class Panel {
       context.fillStyle = theme("chosen");
       context.fillRect(toX(chosen.from), area.y, Math.max(2, toX(chosen.to) - toX(chosen.from)), area.h);
     }
-    for (const series of this.series) this.paintSeries(context, series, thin(series, this.stack.window, toX), toY);
+    // The first is what the others are drawn around: it lies on top.
+    for (const series of [...this.series].reverse()) this.paintSeries(context, series, thin(series, this.stack.window, toX), toY);
     if (this.markers) this.paintMarkers(context, toX, toY);
     if (this.markers && chosen && chosen.entryPrice !== undefined) {
       this.stroke(context, {colour: "ink", dash: 1});

@@ -60,7 +60,7 @@ function showMeasures({document}, result) {
   const value = definition => valueNode(result.measures[definition.name], definition.unit, reasonForNull(definition.name, result, document.run));
   const tile = definition => el("details", {className: "tile", "data-measure": definition.name},
     el("summary", null, el("span", {className: "title"}, definition.title), el("span", {className: "value"}, value(definition)),
-      el("span", {className: "unit"}, [unitName(definition, result.currency), intervalText(result, definition)].filter(Boolean).join(" · "))),
+      el("span", {className: "unit"}, unitName(definition, result.currency)), el("span", {className: "unit"}, intervalText(result, definition))),
     el("p", null, definition.formula));
   const groups = [...new Set(document.definitions.map(({group}) => group))];
   const table = group => plainTable(`Measures: ${group}`, [["Measure", "text"], ["Value", "number"], ["Unit", "text"], ["Interval", "text"], ["Formula", "text"]],

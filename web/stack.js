@@ -55,7 +55,9 @@ class Stack {
   }
 
   tellWindow() {
-    this.range.textContent = `${formatTime(this.window[0])} to ${formatTime(this.window[1])} UTC`;
+    const places = this.window[1] - this.window[0] < 60000 ? 1 : 0.001;
+    const [from, to] = this.window.map(ms => formatTime(Math.round(ms * places) / places));
+    this.range.textContent = `${from} to ${to} UTC`;
   }
 
   zoomBy(factor) {

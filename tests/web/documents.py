@@ -1,4 +1,5 @@
 """Makes result documents for the tests of the page: as large as asked for, repeatable."""
+import datetime
 import random
 
 START = 1381104000000  # 2013-10-07, a Monday
@@ -15,8 +16,12 @@ ORDERS = "order product side type volume price executed averagePrice fees status
 
 
 def iso(ms):
-    import datetime
     return datetime.datetime.fromtimestamp(ms / 1000, datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
+
+
+def parse(text):
+    """A time as the page shows it, in milliseconds."""
+    return datetime.datetime.fromisoformat(f"{text}+00:00").timestamp() * 1000
 
 
 def walk(rng, count, begin, step, span):
@@ -70,7 +75,7 @@ def make(trips=40, points=400, days=5, seed=1, products=1, lines=2, log=30, prof
         "drawdowns": [{"from": iso(START + DAY // 4), "trough": iso(START + DAY // 2), "to": None, "depth": 812.5, "percent": 0.008, "seconds": 86400.0,
                        "recoverySeconds": None}],
         "histograms": {"profit": {"edges": [-100, -50, 0, 50, 100], "counts": [3, 9, 14, 4]}, "holding": {"edges": [0, 60, 3600], "counts": [10, 20]}},
-        "equity": equity, "roundTrips": {"all": trips, "columns": TRIPS, "rows": rows}, "orders": {"all": 2 * trips + 7, "columns": ORDERS, "rows": orders}}
+        "equity": equity, "roundTrips": {"all": trips, "columns": TRIPS, "rows": rows}, "orders": {"all": 2 * trips + 7, "columns": ORDERS, "rows": orders[:10000]}}
     line = lambda name, chart, values: {"job": "one", "chart": chart, "line": name, "colour": 0xCC79A7, "ms": prices["ms"], "value": values}
     over = [line(f"mean{index}", "averages", [round(value + index, 2) for value in prices["close"]]) for index in range(lines)]
     product = lambda index: {"name": "ES" if index == 0 else f"P{index}", "currency": "USD", "pointValue": 50, "tickSize": 0.25, "prices": prices,
@@ -102,7 +107,7 @@ HOSTILE = "</script><script>window.hacked=1</script><!--<img src=x onerror=hacke
 
 
 def hostile():
-    document = make(seed=5)
+    document = make(seed=5, products=2)
     document["jobs"][0].update(parameters={HOSTILE: HOSTILE}, name=HOSTILE, outputs={HOSTILE: HOSTILE})
     document["log"]["rows"][0][3] = document["run"]["end"] = HOSTILE
     document["lines"][0].update(line=HOSTILE, chart=HOSTILE)
