@@ -36,7 +36,8 @@ def main(output, dygraphs):
     scripts, script_hashes = inline("script", [library(dygraphs / "dygraph.min.js"), f'"use strict";\n(() => {{\n{own}}})();\n'])
     styles, style_hashes = inline("style", [library(dygraphs / "dygraph.min.css"), (FOLDER / "page.css").read_text(encoding="utf-8")])
     parts = {
-        "@POLICY@": f"default-src 'none'; script-src {script_hashes}; style-src {style_hashes}; img-src data:; base-uri 'none'; form-action 'none'",
+        "@POLICY@": f"default-src 'none'; script-src {script_hashes}; style-src {style_hashes}; img-src data:; base-uri 'none'; "
+                    "form-action 'none'",
         "@STYLES@": styles,
         "@LICENCE@": (FOLDER / "dygraphs_licence.txt").read_text(encoding="utf-8").strip(),
         "@SCRIPTS@": scripts,

@@ -7,13 +7,14 @@ function svg(tag, attributes) {
   return element;
 }
 
-// bars: [{label, value, tell}]; tell: the words for it. numbers: makes the table of the same numbers. isEdged: a label names the left edge of its
-// bar rather than its middle.
+// bars: [{label, value, tell}]; tell: the words for it. numbers: makes the table of the same numbers. isEdged: a label names the left
+// edge of its bar rather than its middle.
 function barFigure(title, bars, numbers, isEdged) {
   const [width, height, gap] = [640, 180, bars.length > 40 ? 0.5 : 2];
   const [low, high] = join([[0, 0], ...bars.map(({value}) => [value, value])]);
   const scale = height / (high - low || 1);
-  const picture = svg("svg", {viewBox: `0 -4 ${width} ${height + 8}`, preserveAspectRatio: "none", role: "img", tabindex: "0",
+  const picture = svg("svg", {viewBox: `0 -4 ${width} ${height + 8}`, preserveAspectRatio: "none", role: "application", "aria-roledescription": "chart",
+    tabindex: "0",
     "aria-label": `Chart: ${title}. The arrow keys tell its bars; the numbers are below it.`});
   const step = width / Math.max(1, bars.length);
   const columns = bars.map(({value}, index) => svg("rect", {x: index * step + gap / 2, width: Math.max(0.5, step - gap),
@@ -60,11 +61,9 @@ function histogramFigure(title, histogram, unit) {
   return barFigure(title, bars, () => plainTable(title, [["From", unit], ["To", unit], ["Round trips", "count"]], rows), true);
 }
 
-const BREAKDOWN_COLUMNS = [["Round trips", "count"], ["Profit", "money"], ["Fees", "money"], ["Won", "percent"]];
-
 function breakdownTable(title, rows) {
-  return plainTable(title, [[title, "text"], ...BREAKDOWN_COLUMNS],
-                    rows.map(({key, roundTrips, profit, fees, winRate}) => [key, roundTrips, profit, fees, winRate]));
+  return plainTable(title, [[title, "text", "key"], ["Round trips", "count", "roundTrips"], ["Profit", "money", "profit"], ["Fees", "money", "fees"],
+    ["Won", "percent", "winRate"]], rows);
 }
 
 function breakdownFigure(title, name, rows) {

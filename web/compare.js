@@ -4,7 +4,8 @@ const RUN_COLOURS = ["equity", "sell", "exposure", "drawdown", "price", "buy", "
 // The result of another run that compares with the one chosen: of the same job and currency, else the one it shows first.
 function matchingResult(run, result) {
   const {results} = run.document;
-  return results.find(({job, currency}) => result && job === result.job && currency === result.currency) || results[firstResult(run.document)];
+  const isSame = ({job, currency}) => result && job === result.job && currency === result.currency;
+  return results.find(isSame) || results[firstResult(run.document)];
 }
 
 // All jobs of a currency together come first, where the document has them.
@@ -12,11 +13,14 @@ const firstResult = ({results}) => Math.max(0, results.findIndex(({job}) => job 
 
 // Everything that says how a run was made, as name and text.
 function circumstances({document: {run, jobs, program}}) {
-  const facts = [["Program", program], ["Period", `${formatIso(run.first)} to ${formatIso(run.last)}`], ["Data", run.data.map(({file, sha256}) => `${file} ${shortHash(sha256)}`).join(", ")],
-    ["Scripts", [...run.scripts, ...run.modules].map(({file, sha256}) => `${file} ${shortHash(sha256)}`).join(", ")],
-    ["Capital", formatValue(run.capital, "money")], ["Seed", formatValue(run.seed, "text")], ["Complete", run.complete ? "yes" : "no: cut off"],
-    ...Object.entries(run.settings)];
-  for (const job of jobs) for (const [name, text] of Object.entries(job.parameters)) facts.push([jobs.length > 1 ? `${job.name}: ${name}` : name, text]);
+  const files = list => list.map(({file, sha256}) => `${file} ${shortHash(sha256)}`).join(", ");
+  const facts = [["Program", program], ["Period", `${formatIso(run.first)} to ${formatIso(run.last)}`], ["Data", files(run.data)],
+    ["Scripts", files([...run.scripts, ...run.modules])], ["Capital", formatValue(run.capital, "money")],
+    ["Seed", formatValue(run.seed, "text")], ["Complete", run.complete ? "yes" : "no: cut off"], ...Object.entries(run.settings)];
+  for (const job of jobs) {
+    const ofJob = jobs.length > 1 ? `${job.name}: ` : "";
+    facts.push(...Object.entries(job.parameters).map(([name, text]) => [ofJob + name, text]));
+  }
   return new Map(facts);
 }
 
@@ -34,8 +38,10 @@ function comparedMeasures(runs, results) {
     const known = values.filter(value => value !== null);
     const best = direction === "none" || new Set(known).size < 2 ? null : direction === "higher" ? Math.max(...known) : Math.min(...known);
     return [title, ...values.map((value, index) => {
-      const content = valueNode(value, unit, results[index] ? reasonForNull(name, results[index], runs[index].document.run) : "This run sent no orders.");
-      return value !== null && value === best ? el("strong", {title: "The best of these"}, content, el("span", {className: "unseen"}, " (best)")) : content;
+      const reason = results[index] ? reasonForNull(name, results[index], runs[index].document.run) : "This run sent no orders.";
+      const content = valueNode(value, unit, reason);
+      if (value === null || value !== best) return content;
+      return el("strong", {title: "The best of these"}, content, el("span", {className: "unseen"}, " (best)"));
     })];
   });
 }
@@ -54,7 +60,8 @@ function showComparison(runs, result) {
     currencies.size > 1 ? el("p", {className: "notice warning"}, `Not the same currency: ${[...currencies].join(", ")}.`) : null,
     differing.length === 0 ? el("p", {className: "note"}, "Nothing differs in how they were run.")
       : plainTable("What differs", [["Setting", "text"], ...names.map(name => [name, "text"])], differing),
-    stack.element, plainTable("Measures side by side", [["Measure", "text"], ...names.map(name => [name, "number"])], comparedMeasures(runs, results)));
+    stack.element, plainTable("Measures side by side", [["Measure", "text"], ...names.map(name => [name, "number"])],
+      comparedMeasures(runs, results)));
   stack.draw();
   return stack;
 }

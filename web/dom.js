@@ -29,14 +29,16 @@ function valueNode(value, unit, reason) {
             el("span", {className: "unseen"}, why));
 }
 
-// A small table, all rows at once. columns: [title, unit]; rows: arrays of values or elements.
+// A small table, all rows at once. columns: [title, unit] over rows that are arrays of values or elements, [title, unit, name] over objects.
 function plainTable(caption, columns, rows, properties) {
   const head = columns.map(([title, unit]) => el("th", {scope: "col", className: isNumeric(unit) ? "number" : null}, title));
   const cell = (value, [, unit], index) => {
     const content = value instanceof Node ? value : valueNode(value, unit);
-    return el(index === 0 ? "th" : "td", {scope: index === 0 ? "row" : null, className: isNumeric(unit) ? "number" : null}, content);
+    const className = isNumeric(unit) ? "number" : null;
+    return index === 0 ? el("th", {scope: "row", className}, content) : el("td", {className}, content);
   };
-  const body = rows.map(row => el("tr", null, row.map((value, index) => cell(value, columns[index], index))));
+  const body = rows.map(row => el("tr", null, columns.map((column, index) =>
+    cell(Array.isArray(row) ? row[index] : row[column[2]], column, index))));
   const table = el("table", null, el("caption", null, caption), el("thead", null, el("tr", null, head)), el("tbody", null, body));
   return el("div", {className: "scroll", tabindex: "0", role: "region", "aria-label": caption, ...properties}, table);
 }

@@ -37,8 +37,8 @@ class Grid {
       el("thead", null, el("tr", null, this.heads)), this.body);
     const turn = (text, label, pages) => el("button", {type: "button", "aria-label": label, onclick: () => this.turn(pages)}, text);
     this.count = el("span", {role: "status"});
-    const pager = el("div", {className: "pager", hidden: this.rows.length <= FEW_ROWS}, filter, this.count, turn("«", "First page", -Infinity), turn("‹", "Page before", -1),
-      turn("›", "Next page", 1), turn("»", "Last page", Infinity));
+    const pager = el("div", {className: "pager", hidden: this.rows.length <= FEW_ROWS}, filter, this.count,
+      turn("«", "First page", -Infinity), turn("‹", "Page before", -1), turn("›", "Next page", 1), turn("»", "Last page", Infinity));
     this.turns = pager.querySelectorAll("button");
     return el("div", {className: "grid"}, pager,
       el("div", {className: "scroll", tabindex: "0", role: "region", "aria-label": this.caption}, table),

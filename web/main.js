@@ -34,13 +34,13 @@ function productFills({fills}, result) {
 function fillMarkers(product, result) {
   const get = reader(product.fills);
   const rows = productFills(product, result);
-  const markers = {all: product.fills.all || rows.length};
+  const markers = {all: product.fills.all || rows.length, result};
   for (const name of ["ms", "job", "side", "price", "volume", "maker", "order"]) markers[name] = rows.map(row => get(row, name));
   return markers;
 }
 
-// Chart lines by the name of their chart. Those whose values lie about the product's prices are drawn over them, others below, in pictures of
-// their own.
+// Chart lines by the name of their chart. Those whose values lie about the product's prices are drawn over them, others below, in
+// pictures of their own.
 function chartLines({lines}, result, prices) {
   const charts = new Map();
   const jobs = new Set(lines.map(({job}) => job));
@@ -63,9 +63,12 @@ function chartLines({lines}, result, prices) {
 function equityPictures({equity}) {
   const series = (name, values, colour, style) => ({name, ms: equity.ms, close: values, colour, style});
   return [
-    {id: "equity", title: "Equity", unit: "money", series: [{...series("Equity", equity.close, "equity"), low: equity.low, high: equity.high}]},
-    {id: "drawdown", title: "Drawdown", unit: "money", isZeroShown: true, series: [series("Drawdown", belowZero(equity.drawdown), "drawdown", "area")]},
-    {id: "exposure", title: "Exposure", unit: "money", isZeroShown: true, series: [series("Exposure", equity.exposure, "exposure", "step")]},
+    {id: "equity", title: "Equity", unit: "money",
+      series: [{...series("Equity", equity.close, "equity"), low: equity.low, high: equity.high}]},
+    {id: "drawdown", title: "Drawdown", unit: "money", isZeroShown: true,
+      series: [series("Drawdown", belowZero(equity.drawdown), "drawdown", "area")]},
+    {id: "exposure", title: "Exposure", unit: "money", isZeroShown: true,
+      series: [series("Exposure", equity.exposure, "exposure", "step")]},
   ];
 }
 
@@ -101,7 +104,8 @@ function showChoices(run, result, products) {
   show("choices",
     page.runs.length > 1 ? choice("Run", page.runs.map(({name}) => name), page.run, index => choose({run: index, product: 0,
       result: Math.max(0, page.runs[index].document.results.indexOf(matchingResult(page.runs[index], result)))})) : null,
-    results.length > 1 ? choice("Job and currency", results.map(resultName), page.result, index => choose({result: index, product: 0})) : null,
+    results.length > 1 ? choice("Job and currency", results.map(resultName), page.result,
+      index => choose({result: index, product: 0})) : null,
     products.length > 1 ? choice("Product", products.map(({name}) => name), page.product, index => choose({product: index})) : null);
   byId("choices").hidden = byId("choices").children.length === 0;
 }

@@ -18,8 +18,8 @@ class Panel {
   constructor(picture, stack) {
     Object.assign(this, picture);
     this.stack = stack;
-    this.plot = el("div", {className: picture.hasSelector ? "plot tall" : "plot", tabindex: "0", role: "img",
-      "aria-label": this.describe(), "aria-describedby": "chart-keys"});
+    this.plot = el("div", {className: picture.hasSelector ? "plot tall" : "plot", tabindex: "0",
+      role: "application", "aria-roledescription": "chart", "aria-label": this.describe(), "aria-describedby": "chart-keys"});
     this.cursor = el("div", {className: "cursor", hidden: true});
     this.readout = el("span", {className: "readout"});
     this.element = el("figure", {className: "panel", id: `panel-${this.id}`},
@@ -74,7 +74,8 @@ class Panel {
       dateWindow: this.stack.window, valueRange: this.valueRange(), xRangePad: 0,
       plotter: event => this.paint(event),
       drawCallback: graph => this.stack.follow(graph.xAxisRange()),
-      axes: {x: {...axis, pixelsPerLabel: 80, ticker: Dygraph.dateTicker, axisLabelFormatter: Dygraph.dateAxisLabelFormatter}, y: {...axis, axisLabelWidth: 74, axisLabelFormatter: value => formatValue(value, this.axisUnit())}},
+      axes: {x: {...axis, pixelsPerLabel: 80, ticker: Dygraph.dateTicker, axisLabelFormatter: Dygraph.dateAxisLabelFormatter},
+        y: {...axis, axisLabelWidth: 74, axisLabelFormatter: value => formatValue(value, this.axisUnit())}},
       showRangeSelector: Boolean(this.hasSelector), rangeSelectorHeight: 34, rangeSelectorAlpha: 0.75, ...this.colours(),
     });
   }
@@ -119,7 +120,8 @@ class Panel {
       const index = nearestIndex(series.ms, time);
       const range = series.low && series.low[index] !== series.high[index]
         ? ` (${formatValue(series.low[index], this.unit)} to ${formatValue(series.high[index], this.unit)})` : "";
-      return {ms: series.ms[index], text: `${this.series.length > 1 ? `${series.name} ` : ""}${formatValue(series.close[index], this.unit)}${range}`};
+      const name = this.series.length > 1 ? `${series.name} ` : "";
+      return {ms: series.ms[index], text: `${name}${formatValue(series.close[index], this.unit)}${range}`};
     });
     const fill = this.markers ? this.tellFill(time) : "";
     return values.length === 0 ? fill : `${formatTime(values[0].ms)}  ${values.map(({text}) => text).join(", ")}${fill}`;
@@ -216,8 +218,10 @@ class Panel {
       }
     }
     const size = cells.size > 160 ? 3.5 : 6;
-    for (const cell of cells.values())
-      for (const value of cell.low === cell.high ? [cell.low] : [cell.low, cell.high]) paintFill(context, cell.x, toY(value), cell.side, size);
+    for (const cell of cells.values()) {
+      const values = new Set([cell.low, cell.high]);
+      for (const value of values) paintFill(context, cell.x, toY(value), cell.side, size);
+    }
   }
 }
 
@@ -248,6 +252,7 @@ function readable(colour) {
 function seriesGrid(series, unit) {
   const columns = [{title: "Time (UTC)", unit: "time"}, {title: series.name, unit}];
   if (series.low) columns.push({title: "Lowest", unit}, {title: "Highest", unit});
-  const rows = series.ms.map((ms, index) => series.low ? [ms, series.close[index], series.low[index], series.high[index]] : [ms, series.close[index]]);
+  const values = series.low ? [series.close, series.low, series.high] : [series.close];
+  const rows = series.ms.map((ms, index) => [ms, ...values.map(column => column[index])]);
   return new Grid({caption: series.name, columns, rows});
 }

@@ -10,10 +10,11 @@ const pairs = (caption, object, names) => plainTable(caption, names.map(name => 
 const shortHash = hash => hash ? hash.slice(0, 12) : DASH;
 
 function showRun({document: {run, program, jobs, failures}, name}) {
+  const events = Object.entries(run.events).map(([what, count]) => plural(count, wordOf(what))).join(", ");
   const facts = [
     ["Scripts", run.scripts.map(({file}) => file).join(", ")], ["Result", name],
     ["Period", `${formatIso(run.first)} to ${formatIso(run.last)}`],
-    ["Data", `${plural(run.dataDays, "day")}; ${Object.entries(run.events).map(([what, count]) => plural(count, wordOf(what))).join(", ")}`],
+    ["Data", `${plural(run.dataDays, "day")}; ${events}`],
     ["Capital", run.capital === null ? "not given" : formatValue(run.capital, "money")],
     ["End", run.end], ["Program", program], ["Seed", formatValue(run.seed, "text")], ["Hash", run.hash],
   ];
@@ -24,9 +25,9 @@ function showRun({document: {run, program, jobs, failures}, name}) {
     notice("", "What the record cannot tell", run.missing), notice("", "Notes", [...run.notes, ...run.remarks]),
     el("dl", {className: "facts"}, facts.map(([term, text]) => [el("dt", null, term), el("dd", null, text || DASH)])),
     lazyDetails("Scripts, data and settings", () => [
-      plainTable("Scripts and modules", [["File", "text"], ["Job", "text"], ["SHA-256", "text"]],
-        [...run.scripts.map(({file, job, sha256}) => [file, job, sha256]), ...run.modules.map(({file, sha256}) => [file, "module", sha256])]),
-      plainTable("Data", [["File", "text"], ["Rows", "count"], ["SHA-256", "text"]], run.data.map(({file, rows, sha256}) => [file, rows, sha256])),
+      plainTable("Scripts and modules", [["File", "text", "file"], ["Job", "text", "job"], ["SHA-256", "text", "sha256"]],
+        [...run.scripts, ...run.modules.map(module => ({job: "module", ...module}))]),
+      plainTable("Data", [["File", "text", "file"], ["Rows", "count", "rows"], ["SHA-256", "text", "sha256"]], run.data),
       pairs("Settings", run.settings, ["Setting", "Value"])]),
     jobs.map(jobDetails));
 }
@@ -37,7 +38,8 @@ const wordOf = name => name.replace(/[A-Z]/g, letter => ` ${letter.toLowerCase()
 function jobDetails(job) {
   return lazyDetails(`Job ${job.name}: ${plural(Object.keys(job.parameters).length, "parameter")}`, () => [
     el("p", null, `${job.script}; ended: ${job.end}`), notice("", "Notes", job.notes || []) || "",
-    pairs(`Parameters of ${job.name}`, job.parameters, ["Parameter", "Value"]), pairs(`Last outputs of ${job.name}`, job.outputs, ["Output", "Value"])]);
+    pairs(`Parameters of ${job.name}`, job.parameters, ["Parameter", "Value"]),
+    pairs(`Last outputs of ${job.name}`, job.outputs, ["Output", "Value"])]);
 }
 
 function showVerdict(result) {
@@ -46,8 +48,7 @@ function showVerdict(result) {
     : el("ul", {className: "verdict"}, texts.map((text, index) => el("li", {className: index === 0 ? "first" : null}, text))));
 }
 
-const unitName = ({unit}, currency) => ({money: currency || "money", percent: "percent", seconds: "time", lots: "lots", price: "price", count: "count",
-  ratio: "ratio"}[unit] || unit);
+const unitName = ({unit}, currency) => unit === "money" && currency ? currency : unit === "seconds" ? "time" : unit;
 
 function intervalText(result, {name, unit}) {
   const interval = result.intervals[name];
@@ -57,19 +58,22 @@ function intervalText(result, {name, unit}) {
 function showMeasures({document}, result) {
   if (!result) return show("measures", el("p", {className: "none"}, "No order was sent, so there are no measures."));
   const byName = new Map(document.definitions.map(definition => [definition.name, definition]));
-  const value = definition => valueNode(result.measures[definition.name], definition.unit, reasonForNull(definition.name, result, document.run));
+  const value = ({name, unit}) => valueNode(result.measures[name], unit, reasonForNull(name, result, document.run));
+  const unit = definition => unitName(definition, result.currency);
   const tile = definition => el("details", {className: "tile", "data-measure": definition.name},
     el("summary", null, el("span", {className: "title"}, definition.title), el("span", {className: "value"}, value(definition)),
-      el("span", {className: "unit"}, unitName(definition, result.currency)), el("span", {className: "unit"}, intervalText(result, definition))),
+      el("span", {className: "unit"}, unit(definition)), el("span", {className: "unit"}, intervalText(result, definition))),
     el("p", null, definition.formula));
   const groups = [...new Set(document.definitions.map(({group}) => group))];
-  const table = group => plainTable(`Measures: ${group}`, [["Measure", "text"], ["Value", "number"], ["Unit", "text"], ["Interval", "text"], ["Formula", "text"]],
-    document.definitions.filter(definition => definition.group === group).map(definition => [definition.title, value(definition),
-      unitName(definition, result.currency), el("span", null, intervalText(result, definition)), definition.formula]));
+  const columns = [["Measure", "text"], ["Value", "number"], ["Unit", "text"], ["Interval", "text"], ["Formula", "text"]];
+  const table = group => plainTable(`Measures: ${group}`, columns, document.definitions.filter(definition => definition.group === group)
+    .map(definition => [definition.title, value(definition), unit(definition), el("span", null, intervalText(result, definition)),
+      definition.formula]));
   const seen = result.observations;
-  show("measures", el("p", {className: "note"}, `Of ${plural(seen.days, "day")}, ${plural(seen.roundTrips, "round trip")}, ` +
-      `${plural(seen.fills, "fill")} and ${plural(seen.orders, "order")}${result.benchmark ? `; alpha and beta against ${result.benchmark}` : ""}. ` +
-      "A measure opens to its formula."),
+  const counts = `Of ${plural(seen.days, "day")}, ${plural(seen.roundTrips, "round trip")}, ${plural(seen.fills, "fill")} and ` +
+    `${plural(seen.orders, "order")}.`;
+  const benchmark = result.benchmark ? ` Alpha and beta compare with holding ${result.benchmark}.` : "";
+  show("measures", el("p", {className: "note"}, `${counts}${benchmark} A measure opens to its formula.`),
     el("div", {className: "tiles"}, TILES.filter(name => byName.has(name)).map(name => tile(byName.get(name)))),
     lazyDetails("All measures and their formulas", () => groups.map(table)));
 }
@@ -80,22 +84,23 @@ const MONTHS = ["Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "
 function showMonths(result) {
   const months = result ? result.months : [];
   if (months.length === 0) return show("months", el("p", {className: "none"}, "No months to tell of."));
-  const list = () => plainTable("Months", [["Month", "text"], ["Profit", "money"], ["Return", "percent"], ["Days", "count"]],
-    months.map(({month, profit, return: share, days}) => [month, profit, share, days]));
+  const list = () => plainTable("Months", [["Month", "text", "month"], ["Profit", "money", "profit"], ["Return", "percent", "return"],
+    ["Days", "count", "days"]], months);
   const years = [...new Set(months.map(({month}) => month.slice(0, 4)))];
   if (years.length === 1) return show("months", list());
   const largest = Math.max(...months.map(({profit}) => Math.abs(profit)), 1e-300);
   const cell = (year, index) => {
     const found = months.find(({month}) => month === `${year}-${String(index + 1).padStart(2, "0")}`);
     if (!found) return valueNode(null, "money", "No data.");
-    const content = el("span", {className: found.profit < 0 ? "heat bad" : "heat", title: found.return === null ? null : formatValue(found.return, "percent")},
-      formatValue(found.profit, "money"));
+    const title = found.return === null ? null : formatValue(found.return, "percent");
+    const content = el("span", {className: found.profit < 0 ? "heat bad" : "heat", title}, formatValue(found.profit, "money"));
     content.style.setProperty("--heat", `${Math.round(45 * Math.abs(found.profit) / largest)}%`);
     return content;
   };
   const sum = year => months.filter(({month}) => month.startsWith(year)).reduce((total, {profit}) => total + profit, 0);
   show("months", plainTable("Profit by month", [["Year", "text"], ...MONTHS.map(month => [month, "money"]), ["Sum", "money"]],
-    years.map(year => [year, ...MONTHS.map((_, index) => cell(year, index)), sum(year)])), lazyDetails("Months with returns and days", list));
+    years.map(year => [year, ...MONTHS.map((_, index) => cell(year, index)), sum(year)])),
+    lazyDetails("Months with returns and days", list));
 }
 
 function showDistributions(result) {
@@ -114,14 +119,14 @@ function showBreakdowns(result) {
 function showDrawdowns(result, stack) {
   const drawdowns = result ? result.drawdowns : [];
   if (drawdowns.length === 0) return show("drawdowns", el("p", {className: "none"}, "No drawdowns."));
-  const columns = [{title: "From (UTC)", unit: "time"}, {title: "Deepest at", unit: "time"}, {title: "Recovered", unit: "time"}, {title: "Depth", unit: "money"},
-    {title: "Percent", unit: "percent"}, {title: "Length", unit: "seconds"}, {title: "Recovery", unit: "seconds"}];
+  const columns = [["From (UTC)", "time"], ["Deepest at", "time"], ["Recovered", "time"], ["Depth", "money"], ["Percent", "percent"],
+    ["Length", "seconds"], ["Recovery", "seconds"]].map(([title, unit]) => ({title, unit}));
   const time = text => text === null ? null : Date.parse(text);
-  const rows = drawdowns.map(({from, trough, to, depth, percent, seconds, recoverySeconds}) => [time(from), time(trough), time(to), depth, percent, seconds,
-    recoverySeconds]);
-  show("drawdowns", new Grid({caption: "The deepest drawdowns", columns, rows, onRow: row => {
+  const rows = drawdowns.map(({from, trough, to, ...rest}) => [time(from), time(trough), time(to), rest.depth, rest.percent, rest.seconds,
+    rest.recoverySeconds]);
+  show("drawdowns", new Grid({caption: "The deepest drawdowns", columns, rows, onRow: (row, element) => {
     stack.choose({from: row[0], to: row[2] === null ? stack.full[1] : row[2]});
-    byId("charts").scrollIntoView();
+    tellStory(`Drawdown of ${formatValue(row[3], "money")} from ${formatTime(row[0])} UTC`, [], element);
   }}).element);
 }
 
@@ -141,10 +146,9 @@ function showEnvelope({document: {envelope}}) {
   byId("envelope-section").hidden = !envelope;
   if (!envelope) return;
   const names = envelope.map(({model, job, currency}) => [model, job, currency].filter(Boolean).join(", "));
-  const rows = envelope.map(({model, job, currency, orders, fills, volume, fees, profit, drawdown}) =>
-    [model, job, currency, orders, fills, volume, fees, profit, drawdown]);
-  const table = () => plainTable("The same run under each model", [["Model", "text"], ["Job", "text"], ["Currency", "text"], ["Orders", "count"],
-    ["Fills", "count"], ["Volume", "lots"], ["Fees", "money"], ["Profit", "money"], ["Largest drawdown", "money"]], rows);
+  const table = () => plainTable("The same run under each model", [["Model", "text", "model"], ["Job", "text", "job"],
+    ["Currency", "text", "currency"], ["Orders", "count", "orders"], ["Fills", "count", "fills"], ["Volume", "lots", "volume"],
+    ["Fees", "money", "fees"], ["Profit", "money", "profit"], ["Largest drawdown", "money", "drawdown"]], envelope);
   show("envelope", table(), barFigure("Profit by model", envelope.map(({profit}, index) => ({label: names[index], value: profit || 0,
     tell: `${names[index]}: ${formatValue(profit, "money")}`})), table));
 }

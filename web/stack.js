@@ -13,8 +13,8 @@ class Stack {
     this.panels = drawn.map((picture, index) => new Panel({...picture, hasSelector: index === 0}, this));
     this.live = el("span", {className: "unseen", "aria-live": "polite"});
     this.range = el("span", {className: "range"});
-    this.element = el("div", {className: "stack"}, this.panels.length > 0 ? this.toolbar(label) : el("p", {className: "none"}, "Nothing to draw."),
-      this.panels.map(panel => panel.element), this.live);
+    const head = this.panels.length > 0 ? this.toolbar(label) : el("p", {className: "none"}, "Nothing to draw.");
+    this.element = el("div", {className: "stack"}, head, this.panels.map(panel => panel.element), this.live);
   }
 
   toolbar(label) {
@@ -111,7 +111,8 @@ class Stack {
     if (event.ctrlKey || event.altKey || event.metaKey) return;
     const panel = this.panels.find(({plot}) => plot === event.currentTarget);
     const actions = {"+": () => this.zoomBy(0.5), "=": () => this.zoomBy(0.5), "-": () => this.zoomBy(2), "0": () => this.reset(),
-      ArrowLeft: () => this.panBy(-0.25), ArrowRight: () => this.panBy(0.25), Home: () => this.panTo(this.full[0]), End: () => this.panTo(this.full[1]),
+      ArrowLeft: () => this.panBy(-0.25), ArrowRight: () => this.panBy(0.25),
+      Home: () => this.panTo(this.full[0]), End: () => this.panTo(this.full[1]),
       ",": () => this.step(panel, -1), ".": () => this.step(panel, 1), Escape: () => this.point(null)};
     const action = actions[event.key];
     if (!action) return;

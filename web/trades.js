@@ -1,15 +1,23 @@
 // Round trips, orders, fills and the log as tables; a row that is opened zooms the charts to it and tells its story.
 
-const TITLES = {product: "Product", side: "Side", volume: "Volume", entryMs: "Entry", exitMs: "Exit", entryPrice: "Entry price", exitPrice: "Exit price",
-  profit: "Profit", fees: "Fees", mae: "Worst", mfe: "Best", entryOrder: "Entry order", exitOrder: "Exit order", order: "Order", type: "Type", price: "Price",
-  executed: "Executed", averagePrice: "Average price", status: "Status", sentMs: "Sent", endMs: "End", slippage: "Slippage", ms: "Time", job: "Job", maker: "Maker"};
-const UNITS = {volume: "lots", executed: "lots", entryMs: "time", exitMs: "time", sentMs: "time", endMs: "time", ms: "time", entryPrice: "price",
-  exitPrice: "price", price: "price", averagePrice: "price", slippage: "price", profit: "money", fees: "money", mae: "money", mfe: "money", entryOrder: "id",
-  exitOrder: "id", order: "id"};
+// Title and unit of each column that the document's tables have.
+const COLUMNS = {
+  product: ["Product", "text"], side: ["Side", "text"], volume: ["Volume", "lots"], entryMs: ["Entry", "time"], exitMs: ["Exit", "time"],
+  entryPrice: ["Entry price", "price"], exitPrice: ["Exit price", "price"], profit: ["Profit", "money"], fees: ["Fees", "money"],
+  mae: ["Worst", "money"], mfe: ["Best", "money"], entryOrder: ["Entry order", "id"], exitOrder: ["Exit order", "id"],
+  order: ["Order", "id"], type: ["Type", "text"], price: ["Price", "price"], executed: ["Executed", "lots"],
+  averagePrice: ["Average price", "price"], status: ["Status", "text"], sentMs: ["Sent", "time"], endMs: ["End", "time"],
+  slippage: ["Slippage", "price"], ms: ["Time", "time"], job: ["Job", "text"], maker: ["Maker", "text"],
+};
 units.id = value => String(value);
 
-const column = name => ({title: TITLES[name] || name, unit: UNITS[name] || "text",
-  format: name === "maker" ? value => value === null ? DASH : value ? "maker" : "taker" : undefined});
+const makerText = value => value === null ? DASH : value ? "maker" : "taker";
+
+function column(name) {
+  const [title, unit] = COLUMNS[name] || [name, "text"];
+  return {title, unit, format: name === "maker" ? makerText : undefined};
+}
+
 // Rows of the document's tables, by the names of their columns.
 const reader = ({columns}) => {
   const places = new Map(columns.map((name, index) => [name, index]));
@@ -24,8 +32,8 @@ function showRoundTrips(result, stack) {
   const open = (row, element) => {
     stack.choose({from: get(row, "entryMs"), to: get(row, "exitMs"), entryPrice: get(row, "entryPrice"), exitPrice: get(row, "exitPrice")});
     const numbers = [...new Set([get(row, "entryOrder"), get(row, "exitOrder")])];
-    tellStory(`${get(row, "side")} ${formatValue(get(row, "volume"), "lots")} ${get(row, "product")}: profit ${formatValue(get(row, "profit"), "money")}`,
-              result, numbers, element);
+    const what = `${get(row, "side")} ${formatValue(get(row, "volume"), "lots")} ${get(row, "product")}`;
+    tellStory(`${what}: profit ${formatValue(get(row, "profit"), "money")}`, orderStories(result, numbers), element);
   };
   show("trips", new Grid({caption: "Round trips", columns: table.columns.map(column), rows: table.rows, onRow: open, note: isCut(table)
     ? `The ${grouped(table.rows.length, 0, 0)} with the largest profit or loss, of ${plural(table.all, "round trip")}.` : ""}).element);
@@ -40,30 +48,34 @@ function showOrders(result, stack) {
     const from = get(row, "sentMs");
     const end = get(row, "endMs");
     stack.choose({from, to: end === null ? stack.full[1] : end});
-    tellStory(`Order ${get(row, "order")}`, result, [get(row, "order")], element);
+    tellStory(`Order ${get(row, "order")}`, orderStories(result, [get(row, "order")]), element);
   };
   show("orders", new Grid({caption: "Orders", columns: columns.map(column), rows: table.rows, onRow: open,
     note: isCut(table) ? `${plural(table.rows.length, "order")} of ${grouped(table.all, 0, 0)}.` : ""}).element);
 }
 
-// The events of some orders, beside the charts; back leads to the row they were opened from.
-function tellStory(title, result, numbers, origin) {
+// The events of some orders, a table each.
+function orderStories(result, numbers) {
   const get = reader(result.orders);
-  const stories = numbers.map(number => {
+  return numbers.map(number => {
     const row = result.orders.rows.find(candidate => get(candidate, "order") === number);
     if (!row) return el("p", {className: "none"}, `Order ${number} is not among those that the result holds.`);
-    const heading = `Order ${number}: ${get(row, "side")} ${formatValue(get(row, "volume"), "lots")} ${get(row, "product")} ${get(row, "type")}, ${get(row, "status")}`;
-    return plainTable(heading, [["Time (UTC)", "time"], ["Event", "text"], ["What happened", "text"]], get(row, "events") || []);
+    const what = `${get(row, "side")} ${formatValue(get(row, "volume"), "lots")} ${get(row, "product")} ${get(row, "type")}`;
+    return plainTable(`Order ${number}: ${what}, ${get(row, "status")}`,
+      [["Time (UTC)", "time"], ["Event", "text"], ["What happened", "text"]], get(row, "events") || []);
   });
+}
+
+// What an opened row is about, beside the charts that were zoomed to it. Back leads to the row.
+function tellStory(title, contents, origin) {
   const back = () => {
     show("story");
     origin.focus();
     origin.scrollIntoView({block: "center"});
   };
   const heading = el("h3", {tabindex: "-1"}, title);
-  const story = el("div", {className: "story", onkeydown: event => event.key === "Escape" && back()}, heading,
-    el("button", {type: "button", onclick: back}, "Back to the row (Esc)"), stories);
-  show("story", story);
+  show("story", el("div", {className: "story", onkeydown: event => event.key === "Escape" && back()}, heading,
+    el("button", {type: "button", onclick: back}, "Back to the row (Esc)"), contents));
   byId("charts").scrollIntoView();
   heading.focus({preventScroll: true});
 }
@@ -71,14 +83,23 @@ function tellStory(title, result, numbers, origin) {
 function fillGrid(markers, stack) {
   const columns = ["ms", "side", "price", "volume", "maker", "order", "job"];
   const rows = markers.ms.map((_, index) => columns.map(name => markers[name][index]));
-  return new Grid({caption: "Fills", columns: columns.map(column), rows, onRow: row => stack.choose({from: row[0], to: row[0]}),
+  const open = ([ms, , , , , order], element) => {
+    stack.choose({from: ms, to: ms});
+    tellStory(`A fill of order ${order}`, markers.result ? orderStories(markers.result, [order]) : [], element);
+  };
+  return new Grid({caption: "Fills", columns: columns.map(column), rows, onRow: open,
     note: markers.all > rows.length ? `${plural(rows.length, "fill")} of ${grouped(markers.all, 0, 0)}.` : ""});
 }
 
 function showLog({document: {log}}, stack) {
   if (log.rows.length === 0) return show("log", el("p", {className: "none"}, "Nothing was logged."));
-  const columns = [{title: "Time (UTC)", unit: "time"}, {title: "Job", unit: "text"}, {title: "Level", unit: "text"}, {title: "Text", unit: "text"}];
-  show("log", new Grid({caption: "Log", columns, rows: log.rows, onRow: row => row[0] !== null && stack.choose({from: row[0], to: row[0]}),
+  const columns = [["Time (UTC)", "time"], ["Job", "text"], ["Level", "text"], ["Text", "text"]].map(([title, unit]) => ({title, unit}));
+  const open = ([ms, job, level, text], element) => {
+    if (ms === null) return;
+    stack.choose({from: ms, to: ms});
+    tellStory(`${formatTime(ms)} UTC, ${job}: ${level}`, [el("p", {className: "line"}, text)], element);
+  };
+  show("log", new Grid({caption: "Log", columns, rows: log.rows, onRow: open,
     note: isCut(log) ? `The first and the last, ${grouped(log.rows.length, 0, 0)} of ${plural(log.all, "line")}.` : ""}).element);
 }
 
