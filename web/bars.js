@@ -13,8 +13,8 @@ function barFigure(title, bars, numbers, isEdged) {
   const [width, height, gap] = [640, 180, bars.length > 40 ? 0.5 : 2];
   const [low, high] = join([[0, 0], ...bars.map(({value}) => [value, value])]);
   const scale = height / (high - low || 1);
-  const picture = svg("svg", {viewBox: `0 -4 ${width} ${height + 8}`, preserveAspectRatio: "none", role: "application", "aria-roledescription": "chart",
-    tabindex: "0",
+  const picture = svg("svg", {viewBox: `0 -4 ${width} ${height + 8}`, preserveAspectRatio: "none",
+    role: "application", "aria-roledescription": "chart", tabindex: "0",
     "aria-label": `Chart: ${title}. The arrow keys tell its bars; the numbers are below it.`});
   const step = width / Math.max(1, bars.length);
   const columns = bars.map(({value}, index) => svg("rect", {x: index * step + gap / 2, width: Math.max(0.5, step - gap),
@@ -62,8 +62,8 @@ function histogramFigure(title, histogram, unit) {
 }
 
 function breakdownTable(title, rows) {
-  return plainTable(title, [[title, "text", "key"], ["Round trips", "count", "roundTrips"], ["Profit", "money", "profit"], ["Fees", "money", "fees"],
-    ["Won", "percent", "winRate"]], rows);
+  return plainTable(title, [[title, "text", "key"], ["Round trips", "count", "roundTrips"], ["Profit", "money", "profit"],
+    ["Fees", "money", "fees"], ["Won", "percent", "winRate"]], rows);
 }
 
 function breakdownFigure(title, name, rows) {

@@ -29,7 +29,8 @@ function valueNode(value, unit, reason) {
             el("span", {className: "unseen"}, why));
 }
 
-// A small table, all rows at once. columns: [title, unit] over rows that are arrays of values or elements, [title, unit, name] over objects.
+// A small table, all rows at once. columns: [title, unit] over rows that are arrays of values or elements, [title, unit, name] over
+// objects.
 function plainTable(caption, columns, rows, properties) {
   const head = columns.map(([title, unit]) => el("th", {scope: "col", className: isNumeric(unit) ? "number" : null}, title));
   const cell = (value, [, unit], index) => {

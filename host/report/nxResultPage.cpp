@@ -6,7 +6,8 @@
 
 namespace {
 
-// A block of data that no browser takes for markup: in JSON "<" stands only within texts, where it may be escaped.
+// A block of data that no browser takes for markup: in JSON "<" stands only within texts, where it may be
+// escaped.
 void WriteBlock(std::ostream& out, const std::string& id, std::string_view json)
 {
     out << R"(<script type="application/json" id=")" << id << R"(">)";
@@ -28,7 +29,8 @@ void nxResultPage::Write(std::ostream& out, const std::vector<Run>& runs)
     const std::size_t place = page.find(Mark);
     out << page.substr(0, place);
     auto names = nlohmann::json::array();
-    for (const Run& run : runs) names.push_back(run.name);
+    for (const Run& run : runs)
+        names.push_back(run.name);
     WriteBlock(out, "names", names.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
     for (std::size_t index = 0; index < runs.size(); ++index) {
         // The first is "result", as on the page of a single run; those after it are numbered from 2.

@@ -4,14 +4,15 @@
 #include <string>
 #include <vector>
 
-// Results as one HTML file that opens without a network: the page of web/ with the results in it as data. Whatever texts
-// they hold, the page shows them as text.
+// Results as one HTML file that opens without a network: the page of web/ with the results in it as data.
+// Whatever texts they hold, the page shows them as text.
 class nxResultPage
 {
 public:
     struct Run
     {
-        std::string name;    // tells it from the others, such as the file it was read from; empty: its scripts do
+        std::string
+            name;  // tells it from the others, such as the file it was read from; empty: its scripts do
         std::string result;  // the result document, JSON in UTF-8
         std::string timing;  // what its callbacks cost, JSON; empty: not known
     };

@@ -14,7 +14,8 @@ std::string Read(const std::string& path)
 
 }  // namespace
 
-// make_page PAGE RESULT.json...: the page of the results, each with RESULT.json.timing where there is such a file.
+// make_page PAGE RESULT.json...: the page of the results, each with RESULT.json.timing where there is such a
+// file.
 int main(int argc, char** argv)
 {
     std::vector<nxResultPage::Run> runs;
