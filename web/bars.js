@@ -1,4 +1,5 @@
 // Bars side by side: histograms and sums by hour, weekday or model. Pointing at a bar, or the arrow keys, tell its value.
+const FEWEST_BARS = 6;  // fewer leave room rather than swell
 const SVG = "http://www.w3.org/2000/svg";
 
 function svg(tag, attributes) {
@@ -16,7 +17,7 @@ function barFigure(title, bars, numbers, isEdged) {
   const picture = svg("svg", {viewBox: `0 -4 ${width} ${height + 8}`, preserveAspectRatio: "none",
     role: "application", "aria-roledescription": "chart", tabindex: "0",
     "aria-label": `Chart: ${title}. The arrow keys tell its bars; the numbers are below it.`});
-  const step = width / Math.max(1, bars.length);
+  const step = width / Math.max(FEWEST_BARS, bars.length);
   const columns = bars.map(({value}, index) => svg("rect", {x: index * step + gap / 2, width: Math.max(0.5, step - gap),
     y: (high - Math.max(value, 0)) * scale, height: Math.abs(value) * scale, class: value < 0 ? "bar loss" : "bar"}));
   const targets = bars.map((_, index) => svg("rect", {x: index * step, width: step, y: -4, height: height + 8, class: "target"}));
@@ -44,9 +45,9 @@ function barFigure(title, bars, numbers, isEdged) {
 // Some seven of the bars are named below them.
 function axisLabels(bars, isEdged) {
   const every = Math.max(1, Math.ceil(bars.length / 7));
-  return el("div", {className: "ticks", "aria-hidden": "true"}, bars.filter((_, index) => index % every === 0).map(({label}, index) => {
+  return el("div", {className: isEdged ? "ticks edged" : "ticks", "aria-hidden": "true"}, bars.filter((_, index) => index % every === 0).map(({label}, index) => {
     const tick = el("span", null, label);
-    tick.style.left = `${100 * (index * every + (isEdged ? 0 : 0.5)) / bars.length}%`;
+    tick.style.left = `${100 * (index * every + (isEdged ? 0 : 0.5)) / Math.max(FEWEST_BARS, bars.length)}%`;
     return tick;
   }));
 }

@@ -54,7 +54,7 @@ function showComparison(runs, result) {
   const differing = differences(runs);
   const currencies = new Set(results.filter(Boolean).map(({currency}) => currency));
   const series = results.map((of, index) => ({name: names[index], ms: of ? of.equity.ms : [], close: of ? of.equity.close : [],
-    colour: RUN_COLOURS[index % RUN_COLOURS.length], dash: index % DASHES.length}));
+    isStep: true, until: timeOf(runs[index].document.run.last), colour: RUN_COLOURS[index % RUN_COLOURS.length], dash: index % DASHES.length}));
   const stack = new Stack([{id: "runs", title: "Equity of each run", unit: "money", series}], "Zoom the equity of the runs");
   show("comparison",
     currencies.size > 1 ? el("p", {className: "notice warning"}, `Not the same currency: ${[...currencies].join(", ")}.`) : null,

@@ -21,8 +21,10 @@ function rounded(value) {
 function formatDuration(seconds) {
   const sign = seconds < 0 ? "−" : "";
   const size = Math.abs(seconds);
-  if (size < 1) return `${sign}${grouped(size * 1000, 0, 3)} ms`;
-  if (size < 60) return `${sign}${grouped(size, 0, 3)} s`;
+  if (size < 60) {
+    const [unit, factor] = size >= 1 || size === 0 ? ["s", 1] : size >= 1e-3 ? ["ms", 1e3] : ["µs", 1e6];
+    return `${sign}${grouped(size * factor, 0, size * factor < 10 ? 2 : 1)} ${unit}`;
+  }
   const units = [["d", 86400], ["h", 3600], ["min", 60], ["s", 1]];
   const first = units.findIndex(([, length]) => size >= length);
   const [name, length] = units[first];
@@ -63,7 +65,7 @@ const formatIso = text => text ? `${text.replace("T", " ").replace("Z", "")} UTC
 const plural = (count, what) => `${grouped(count, 0, 0)} ${what}${count === 1 ? "" : "s"}`;
 
 // Fractions of the capital, which are not known without one.
-const NEEDS_CAPITAL = new Set(["return", "cagr", "volatility", "calmar", "maxDrawdownPercent", "ulcerIndex", "turnover",
+const NEEDS_CAPITAL = new Set(["return", "cagr", "volatility", "calmar", "maxDrawdownPercent", "ulcerIndex",
   "turnoverPerYear", "alpha", "beta"]);
 
 // Why a measure is null, as far as the rest of the document tells.

@@ -48,6 +48,7 @@ class Grid {
   text(row, index) {
     const {unit, format} = this.columns[index];
     if (format) return format(row[index]);
+    if (unit === "time" && row[index] !== null) return formatTime(Math.floor(row[index]));
     if (unit === "price" && typeof row[index] === "number") return grouped(row[index], this.places[index], this.places[index]);
     return formatValue(row[index], unit);
   }
@@ -129,7 +130,8 @@ class Grid {
     const cells = this.columns.map((column, place) => {
       const text = this.text(row, place);
       const bad = column.unit === "money" && row[place] < 0;
-      return el("td", {className: (isNumeric(column.unit) ? "number" : column.unit) + (bad ? " bad" : "")}, text);
+      const whole = column.unit === "time" && row[place] !== null ? formatTime(row[place]) : text;
+      return el("td", {title: whole === text ? null : whole, className: (isNumeric(column.unit) ? "number" : column.unit) + (bad ? " bad" : "")}, text);
     });
     if (!this.onRow) return el("tr", null, cells);
     const element = el("tr", {tabindex: index === 0 ? "0" : "-1", onclick: () => this.open(row, element)}, cells);

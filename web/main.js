@@ -10,7 +10,7 @@ function readRuns() {
   return readBlock("names").map((name, index) => {
     const suffix = index === 0 ? "" : index + 1;
     const document = readBlock(`result${suffix}`);
-    return {name: name || document.run.scripts.map(({file}) => file).join(", "), document, timing: readBlock(`timing${suffix}`)};
+    return {name: name || scriptNames(document.run), document, timing: readBlock(`timing${suffix}`)};
   });
 }
 
@@ -60,15 +60,18 @@ function chartLines({lines}, result, prices) {
   return [...charts].map(([chart, list]) => ({chart, list, isOver: isOver(list)}));
 }
 
-function equityPictures({equity}) {
-  const series = (name, values, colour, style) => ({name, ms: equity.ms, close: values, colour, style});
+// A time as the document's objects write it; null where there is none.
+const timeOf = text => text ? Date.parse(text) : null;
+
+function equityPictures({run}, {equity}) {
+  const series = (name, close, colour) => ({name, ms: equity.ms, close, colour, isStep: true, until: timeOf(run.last)});
   return [
     {id: "equity", title: "Equity", unit: "money",
       series: [{...series("Equity", equity.close, "equity"), low: equity.low, high: equity.high}]},
     {id: "drawdown", title: "Drawdown", unit: "money", isZeroShown: true,
-      series: [series("Drawdown", belowZero(equity.drawdown), "drawdown", "area")]},
+      series: [{...series("Drawdown", belowZero(equity.drawdown), "drawdown"), isFilled: true}]},
     {id: "exposure", title: "Exposure", unit: "money", isZeroShown: true,
-      series: [series("Exposure", equity.exposure, "exposure", "step")]},
+      series: [series("Exposure", equity.exposure, "exposure")]},
   ];
 }
 
@@ -78,7 +81,7 @@ const belowZero = values => values.map(value => value === null ? null : -Math.ab
 function pricePictures(document, result, product) {
   if (!product) return [];
   const {ms, low, high, close} = product.prices;
-  const prices = {name: product.name, ms, low, high, close, colour: "price"};
+  const prices = {name: product.name, ms, low, high, close, colour: "price", isStep: true};
   const charts = chartLines(document, result, prices);
   const over = charts.filter(({isOver}) => isOver).flatMap(({list}) => list);
   const below = charts.filter(({isOver}) => !isOver);
@@ -87,7 +90,7 @@ function pricePictures(document, result, product) {
 }
 
 function showCharts(run, result, product) {
-  const pictures = [...(result ? equityPictures(result) : []), ...pricePictures(run.document, result, product)];
+  const pictures = [...(result ? equityPictures(run.document, result) : []), ...pricePictures(run.document, result, product)];
   const stack = new Stack(pictures, "Zoom all charts");
   show("pictures", stack.element);
   stack.draw();

@@ -13,7 +13,7 @@ function theme(name) {
 }
 
 class Panel {
-  // picture: {id, title, unit, series, markers?, isZeroShown?, hasSelector?}; a series also has {colour, style, dash}, where colour is
+  // picture: {id, title, unit, series, markers?, isZeroShown?, hasSelector?}; a series also has {colour, dash, isFilled}, where colour is
   // the name of one of the style sheet's, or a colour that begins with #. stack: the pictures that zoom together.
   constructor(picture, stack) {
     Object.assign(this, picture);
@@ -153,7 +153,7 @@ class Panel {
       context.fillRect(toX(chosen.from), area.y, Math.max(2, toX(chosen.to) - toX(chosen.from)), area.h);
     }
     // The first is what the others are drawn around: it lies on top.
-    for (const series of [...this.series].reverse()) this.paintSeries(context, series, thin(series, this.stack.window, toX), toY);
+    for (const series of [...this.series].reverse()) this.paintSeries(context, series, thin(series, this.stack.window, toX), toX, toY);
     if (this.markers) this.paintMarkers(context, toX, toY);
     if (this.markers && chosen && chosen.entryPrice !== undefined) {
       this.stroke(context, {colour: "ink", dash: 1});
@@ -164,29 +164,38 @@ class Panel {
     context.restore();
   }
 
-  paintSeries(context, series, columns, toY) {
+  paintSeries(context, series, columns, toX, toY) {
     if (columns.length === 0) return;
-    const shade = outline => {
-      context.fillStyle = readable(series.colour);
-      context.globalAlpha = 0.22;
-      context.beginPath();
-      outline.forEach(([x, value]) => context.lineTo(x, toY(value)));
-      context.fill();
-      context.globalAlpha = 1;
-    };
-    if (series.low) shade([...columns.map(({x, high}) => [x, high]), ...columns.map(({x, low}) => [x, low]).reverse()]);
-    if (series.style === "area") shade([[columns[0].x, 0], ...columns.map(({x, close}) => [x, close]), [columns[columns.length - 1].x, 0]]);
+    const points = this.outline(series, columns, toX);
+    const last = points[points.length - 1];
+    context.fillStyle = readable(series.colour);
+    context.globalAlpha = 0.22;
+    context.beginPath();
+    if (series.low) {
+      columns.forEach(({x, low, high}, index) => {
+        const left = index === 0 ? x : columns[index - 1].x;
+        context.rect(left, toY(high), Math.max(1, x - left), toY(low) - toY(high));
+      });
+    } else if (series.isFilled) [[points[0][0], 0], ...points, [last[0], 0]].forEach(([x, value]) => context.lineTo(x, toY(value)));
+    context.fill();
+    context.globalAlpha = 1;
     this.stroke(context, series);
-    let before = null;
-    for (const {x, first, low, high, close} of columns) {
-      if (series.style === "step" && before !== null) context.lineTo(x, toY(before));
-      context.lineTo(x, toY(first));
-      if (!series.low && low !== high) [low, high, close].forEach(value => context.lineTo(x, toY(value)));
-      else context.lineTo(x, toY(close));
-      before = close;
-    }
+    points.forEach(([x, value]) => context.lineTo(x, toY(value)));
     context.stroke();
     this.paintDots(context, series, columns, toY);
+  }
+
+  // The line through the columns. Of one without a band around it the lowest and highest of a column are on the line.
+  outline(series, columns, toX) {
+    const points = [];
+    columns.forEach(({x, first, low, high, close}, index) => {
+      if (series.isStep && index > 0) points.push([x, columns[index - 1].close]);
+      if (!series.low && low !== high) points.push([x, first], [x, low], [x, high]);
+      points.push([x, close]);
+    });
+    const last = columns[columns.length - 1];
+    if (series.isStep && series.until) points.push([Math.max(last.x, toX(Math.min(series.until, this.stack.window[1]))), last.close]);
+    return points;
   }
 
   // The single points, once there is room between them.

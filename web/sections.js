@@ -9,10 +9,12 @@ const notice = (className, title, texts) => texts.length === 0 ? null : el("div"
 const pairs = (caption, object, names) => plainTable(caption, names.map(name => [name, "text"]), Object.entries(object || {}));
 const shortHash = hash => hash ? hash.slice(0, 12) : DASH;
 
+const scriptNames = ({scripts}) => scripts.map(({file}) => file).join(", ");
+
 function showRun({document: {run, program, jobs, failures}, name}) {
   const events = Object.entries(run.events).map(([what, count]) => plural(count, wordOf(what))).join(", ");
   const facts = [
-    ["Scripts", run.scripts.map(({file}) => file).join(", ")], ["Result", name],
+    ["Scripts", scriptNames(run)], ...name === scriptNames(run) ? [] : [["Result", name]],
     ["Period", `${formatIso(run.first)} to ${formatIso(run.last)}`],
     ["Data", `${plural(run.dataDays, "day")}; ${events}`],
     ["Capital", run.capital === null ? "not given" : formatValue(run.capital, "money")],
@@ -121,8 +123,7 @@ function showDrawdowns(result, stack) {
   if (drawdowns.length === 0) return show("drawdowns", el("p", {className: "none"}, "No drawdowns."));
   const columns = [["From (UTC)", "time"], ["Deepest at", "time"], ["Recovered", "time"], ["Depth", "money"], ["Percent", "percent"],
     ["Length", "seconds"], ["Recovery", "seconds"]].map(([title, unit]) => ({title, unit}));
-  const time = text => text === null ? null : Date.parse(text);
-  const rows = drawdowns.map(({from, trough, to, ...rest}) => [time(from), time(trough), time(to), rest.depth, rest.percent, rest.seconds,
+  const rows = drawdowns.map(({from, trough, to, ...rest}) => [timeOf(from), timeOf(trough), timeOf(to), rest.depth, rest.percent, rest.seconds,
     rest.recoverySeconds]);
   show("drawdowns", new Grid({caption: "The deepest drawdowns", columns, rows, onRow: (row, element) => {
     stack.choose({from: row[0], to: row[2] === null ? stack.full[1] : row[2]});

@@ -1,4 +1,5 @@
-// Columns of points over time. A series is {name, ms, close} and, where its points stand for buckets, {low, high} beside close.
+// Columns of points over time. A series is {name, ms, close} and, where its points stand for buckets, {low, high} beside close: what there was
+// since the point before. A value that holds until the next has isStep, and its last holds for `until`.
 
 // The first index at or after a time.
 function lowerBound(ms, time) {
@@ -45,14 +46,12 @@ function thin(series, [from, to], toX) {
   return columns;
 }
 
-// Lowest and highest of a series in a window. With less than two points in it, those around it count: their line crosses.
+// Lowest and highest of a series in a window. The point before counts, whose line comes in; with less than two in it, so does the next.
 function extent(series, [from, to]) {
-  let begin = lowerBound(series.ms, from);
-  let end = lowerBound(series.ms, to);
-  if (end - begin < 2) {
-    begin = Math.max(0, begin - 1);
-    end = Math.min(series.ms.length, end + 1);
-  }
+  const inside = lowerBound(series.ms, from);
+  const begin = Math.max(0, inside - 1);
+  const past = lowerBound(series.ms, to);
+  const end = past - inside < 2 ? Math.min(series.ms.length, past + 1) : past;
   let low = Infinity;
   let high = -Infinity;
   for (let index = begin; index < end; ++index) {
@@ -72,5 +71,5 @@ function join(pairs) {
 
 // Of all points of some series, and of the markers beside them.
 function timeExtent(list) {
-  return join(list.filter(({ms}) => ms.length > 0).map(({ms}) => [ms[0], ms[ms.length - 1]]));
+  return join(list.filter(({ms}) => ms.length > 0).map(({ms, until}) => [ms[0], Math.max(ms[ms.length - 1], until || -Infinity)]));
 }

@@ -4,7 +4,7 @@
 const COLUMNS = {
   product: ["Product", "text"], side: ["Side", "text"], volume: ["Volume", "lots"], entryMs: ["Entry", "time"], exitMs: ["Exit", "time"],
   entryPrice: ["Entry price", "price"], exitPrice: ["Exit price", "price"], profit: ["Profit", "money"], fees: ["Fees", "money"],
-  mae: ["Worst", "money"], mfe: ["Best", "money"], entryOrder: ["Entry order", "id"], exitOrder: ["Exit order", "id"],
+  mae: ["MAE", "money"], mfe: ["MFE", "money"], entryOrder: ["Entry order", "id"], exitOrder: ["Exit order", "id"],
   order: ["Order", "id"], type: ["Type", "text"], price: ["Price", "price"], executed: ["Executed", "lots"],
   averagePrice: ["Average price", "price"], status: ["Status", "text"], sentMs: ["Sent", "time"], endMs: ["End", "time"],
   slippage: ["Slippage", "price"], ms: ["Time", "time"], job: ["Job", "text"], maker: ["Maker", "text"],
@@ -61,8 +61,9 @@ function orderStories(result, numbers) {
     const row = result.orders.rows.find(candidate => get(candidate, "order") === number);
     if (!row) return el("p", {className: "none"}, `Order ${number} is not among those that the result holds.`);
     const what = `${get(row, "side")} ${formatValue(get(row, "volume"), "lots")} ${get(row, "product")} ${get(row, "type")}`;
+    const events = (get(row, "events") || []).map(([ms, event, text]) => [ms, event, el("span", null, text)]);
     return plainTable(`Order ${number}: ${what}, ${get(row, "status")}`,
-      [["Time (UTC)", "time"], ["Event", "text"], ["What happened", "text"]], get(row, "events") || []);
+      [["Time (UTC)", "time"], ["Event", "text"], ["What happened", "text"]], events);
   });
 }
 

@@ -11,8 +11,7 @@ class nxResultPage
 public:
     struct Run
     {
-        std::string
-            name;  // tells it from the others, such as the file it was read from; empty: its scripts do
+        std::string name;    // tells it from the others; empty: its scripts do
         std::string result;  // the result document, JSON in UTF-8
         std::string timing;  // what its callbacks cost, JSON; empty: not known
     };

@@ -106,7 +106,7 @@ class Page(unittest.TestCase):
         self.assertIn("The averageHolding2 h 3 mintimeformula of averageHolding", rows)
         self.assertEqual(self.all("#trips tbody tr:nth-child(2) td:nth-child(8)"), [money(result["roundTrips"]["rows"][1][7])])
         self.assertEqual(self.all("#months tbody .heat"), [money(month["profit"]) for month in result["months"]])
-        self.assertIn("OnPriceone120,00000.003 ms300 ms", self.all("#callbacks tbody tr"))
+        self.assertIn("OnPriceone120,00002.5 µs300 ms", self.all("#callbacks tbody tr"))
         self.assertIn("120 orders of 127", self.text("#orders .note"))
         self.assertIn("1–25 of 120 rows", self.all("#panel-price [role=status]"))
 
@@ -178,7 +178,13 @@ class Page(unittest.TestCase):
         self.assertIn("No order was sent", self.text("#measures"))
 
     def test_dark_and_large(self):
-        self.assertLess(self.open(documents.large()), 8 << 20)
+        document = documents.large()
+        document["results"][0]["equity"]["exposure"][4001] = 1e7
+        self.assertLess(self.open(document), 8 << 20)
+        spike = self.browser.execute_script("""const canvas = document.querySelector('#panel-exposure canvas');
+            const {data} = canvas.getContext('2d').getImageData(0, 0, canvas.width, 40);
+            return data.some((red, index) => index % 4 === 0 && red < 60 && data[index + 1] > 100 && data[index + 3] > 99)""")
+        self.assertTrue(spike, "one point of 8,192 is seen")
         self.assertIn("1–25 of 10,000 rows", self.text("#trips [role=status]"))
         light = self.pictures()
         for scheme, colour in (("dark", "rgb(20, 24, 28)"), ("light", "rgb(255, 255, 255)")):
