@@ -42,12 +42,14 @@ function barFigure(title, bars, numbers, isEdged) {
             lazyDetails(`Numbers of “${title}”`, numbers));
 }
 
-// Some seven of the bars are named below them.
+// Some of the bars are named below them, as many as there is room for.
 function axisLabels(bars, isEdged) {
-  const every = Math.max(1, Math.ceil(bars.length / 7));
+  const every = bars.length <= 7 ? 1 : Math.ceil(bars.length / 5);
+  const share = 100 / Math.max(FEWEST_BARS, bars.length);
   return el("div", {className: isEdged ? "ticks edged" : "ticks", "aria-hidden": "true"}, bars.filter((_, index) => index % every === 0).map(({label}, index) => {
     const tick = el("span", null, label);
-    tick.style.left = `${100 * (index * every + (isEdged ? 0 : 0.5)) / Math.max(FEWEST_BARS, bars.length)}%`;
+    tick.style.left = `${share * (index * every + (isEdged ? 0 : 0.5))}%`;
+    tick.style.maxWidth = `${share * every}%`;
     return tick;
   }));
 }

@@ -147,7 +147,10 @@ function showPage() {
 // Canvases do not follow the style sheet by themselves.
 function repaint() {
   palette.clear();
-  for (const stack of page.stacks) stack.redraw();
+  for (const stack of page.stacks) {
+    for (const panel of stack.panels) panel.paintSwatches();
+    stack.redraw();
+  }
 }
 
 function setPrinting(isPrinting) {

@@ -39,20 +39,23 @@ class Panel {
 
   legend() {
     if (this.series.length < 2 && !this.markers) return "";
-    const entries = this.series.map(series => el("li", null, this.swatch(series), series.name));
+    this.swatches = this.series.map(() => el("canvas", {width: 28, height: 10, "aria-hidden": "true"}));
+    const entries = this.series.map((series, index) => el("li", null, this.swatches[index], series.name));
+    this.paintSwatches();
     const marker = (className, text) => el("li", null, el("span", {className: `mark ${className}`, "aria-hidden": "true"}), text);
     if (this.markers) entries.push(marker("buy", "buy"), marker("sell", "sell"));
     return el("ul", {className: "legend"}, entries);
   }
 
-  swatch(series) {
-    const canvas = el("canvas", {width: 28, height: 10, "aria-hidden": "true"});
-    const context = canvas.getContext("2d");
-    this.stroke(context, series);
-    context.moveTo(0, 5);
-    context.lineTo(28, 5);
-    context.stroke();
-    return canvas;
+  paintSwatches() {
+    (this.swatches || []).forEach((canvas, index) => {
+      const context = canvas.getContext("2d");
+      context.clearRect(0, 0, canvas.width, canvas.height);
+      this.stroke(context, this.series[index]);
+      context.moveTo(0, 5);
+      context.lineTo(28, 5);
+      context.stroke();
+    });
   }
 
   numbers() {

@@ -146,7 +146,8 @@ function showCallbacks({document, timing}) {
 function showEnvelope({document: {envelope}}) {
   byId("envelope-section").hidden = !envelope;
   if (!envelope) return;
-  const names = envelope.map(({model, job, currency}) => [model, job, currency].filter(Boolean).join(", "));
+  const isOne = new Set(envelope.map(({job, currency}) => `${job}\n${currency}`)).size === 1;
+  const names = envelope.map(({model, job, currency}) => isOne ? model : [model, job, currency].filter(Boolean).join(", "));
   const table = () => plainTable("The same run under each model", [["Model", "text", "model"], ["Job", "text", "job"],
     ["Currency", "text", "currency"], ["Orders", "count", "orders"], ["Fills", "count", "fills"], ["Volume", "lots", "volume"],
     ["Fees", "money", "fees"], ["Profit", "money", "profit"], ["Largest drawdown", "money", "drawdown"]], envelope);
