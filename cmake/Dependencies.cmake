@@ -15,3 +15,10 @@ find_package(BZip2 REQUIRED)
 find_package(LibLZMA REQUIRED)
 find_package(OpenSSL REQUIRED COMPONENTS Crypto)
 pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET GLOBAL libzstd)
+
+# The page of a result is put together at build time.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+find_path(DYGRAPHS_DIR dygraph.min.js PATHS /usr/share/javascript/dygraphs NO_DEFAULT_PATH)
+if(NOT DYGRAPHS_DIR)
+    message(FATAL_ERROR "dygraph.min.js was not found: install the Debian package libjs-dygraphs, or set DYGRAPHS_DIR")
+endif()

@@ -1,0 +1,196 @@
+"""Opens pages of results in Chromium and holds what they show against the documents.
+
+    check_page.py MAKE_PAGE
+"""
+import json
+import pathlib
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.action_chains import ActionChains
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import Select, WebDriverWait
+
+import documents
+
+TIMING = {"callbacks": [{"job": "one", "name": "OnPrice", "count": 120000, "meanNanoseconds": 2500}]}
+
+
+def money(value):
+    return f"{value:,.2f}".replace("-", "−")
+
+
+class Page(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        options = webdriver.ChromeOptions()
+        for flag in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--window-size=1280,900"):
+            options.add_argument(flag)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
+        cls.browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+        cls.folder = tempfile.TemporaryDirectory()
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.browser.quit()
+        cls.folder.cleanup()
+
+    def tearDown(self):
+        """Whatever a test does: no error, and nothing but the page itself is asked for."""
+        self.assertEqual([entry["message"] for entry in self.browser.get_log("browser")], [])
+        messages = [json.loads(entry["message"])["message"] for entry in self.browser.get_log("performance")]
+        asked = [message["params"]["request"]["url"] for message in messages if message["method"] == "Network.requestWillBeSent"]
+        self.assertEqual([url for url in asked if url != self.url and not url.startswith("data:")], [])
+        self.assertIn(self.url, asked)
+
+    def open(self, *results, timing=None):
+        folder = pathlib.Path(self.folder.name)
+        for old in folder.glob("*.timing"):
+            old.unlink()
+        files = [folder / f"run{index}.json" for index in range(len(results))]
+        for file, result in zip(files, results):
+            file.write_text(json.dumps(result, separators=(",", ":")))
+        if timing:
+            pathlib.Path(f"{files[0]}.timing").write_text(json.dumps(timing))
+        page = folder / "page.html"
+        subprocess.run([sys.argv[1], page, *files], check=True)
+        self.url = f"file://{page}"
+        self.browser.get(self.url)
+        return page.stat().st_size
+
+    def one(self, selector):
+        return self.browser.find_element(By.CSS_SELECTOR, selector)
+
+    def all(self, selector):
+        return [element.get_attribute("textContent") for element in self.browser.find_elements(By.CSS_SELECTOR, selector)]
+
+    def text(self, selector):
+        return self.one(selector).get_attribute("textContent")
+
+    def press(self, selector, *keys):
+        self.one(selector).send_keys(*keys)
+
+    def unfold(self, selector):
+        """Opens details, and waits for the content that they make then."""
+        self.browser.execute_script("document.querySelectorAll(arguments[0]).forEach(details => details.open = true)", selector)
+        WebDriverWait(self.browser, 10).until(lambda browser: browser.execute_script(
+            "return [...document.querySelectorAll(arguments[0])].every(details => details.children.length > 1)", selector))
+
+    def window(self):
+        return [documents.parse(text) for text in self.text("#pictures .range").removesuffix(" UTC").split(" to ")]
+
+    def pictures(self):
+        """What is painted in each chart, by a hash of its canvas."""
+        return self.browser.execute_script("return [...document.querySelectorAll('#pictures .plot')].map(plot => plot.querySelector('canvas').toDataURL())")
+
+    def test_numbers_are_those_of_the_document(self):
+        document = documents.make(capital=None, days=400, trips=60)
+        self.open(document, timing=TIMING)
+        result = document["results"][0]
+        tile = lambda name: self.text(f"[data-measure={name}] .value")
+        self.assertEqual(tile("netProfit"), "1,234.50")
+        self.assertEqual(tile("fees"), "1,234,567.89")
+        self.assertEqual(tile("winRate"), f"{100 * result['measures']['winRate']:.2f} %")
+        self.assertIn("95 %: −0.50 to 2.25", self.text("[data-measure=sharpe]"))
+        self.assertIn("formula of sharpe", self.text("[data-measure=sharpe]"))
+        self.assertEqual(tile("return"), "–Not known without --capital.")
+        self.unfold("#measures > .numbers, #panel-price .numbers")
+        rows = self.all("#measures tbody tr")
+        self.assertEqual(len(rows), len(documents.DEFINITIONS))
+        self.assertIn("The averageHolding2 h 3 mintimeformula of averageHolding", rows)
+        self.assertEqual(self.all("#trips tbody tr:nth-child(2) td:nth-child(8)"), [money(result["roundTrips"]["rows"][1][7])])
+        self.assertEqual(self.all("#months tbody .heat"), [money(month["profit"]) for month in result["months"]])
+        self.assertIn("OnPriceone120,00002.5 µs300 ms", self.all("#callbacks tbody tr"))
+        self.assertIn("120 orders of 127", self.text("#orders .note"))
+        self.assertIn("1–25 of 120 rows", self.all("#panel-price [role=status]"))
+
+    def test_charts_zoom_together_by_mouse_and_keys(self):
+        self.open(documents.make())
+        full, before = self.window(), self.pictures()
+        self.press("#panel-price .plot", "+")
+        begin, end = self.window()
+        self.assertAlmostEqual(end - begin, (full[1] - full[0]) / 2, delta=1000)
+        self.assertTrue(all(was != now for was, now in zip(before, self.pictures())))
+        self.press("#panel-equity .plot", Keys.END)
+        self.assertEqual(self.window()[1], full[1])
+        self.press("#panel-equity .plot", "0")
+        self.assertEqual((self.window(), self.pictures()), (full, before))
+        self.press("#panel-equity .plot", ".")
+        self.assertRegex(self.text(".stack > [aria-live]"), r"^2013-10-\d\d \d\d:\d\d:\d\d.*  [\d,]+\.\d\d \([\d,.]+ to [\d,.]+\)$")
+        plot = self.one("#panel-price .plot")
+        ActionChains(self.browser).move_to_element(plot).click_and_hold().move_by_offset(200, 0).release().perform()
+        self.assertLess(self.window()[1] - self.window()[0], (full[1] - full[0]) / 4)
+        self.assertTrue(all(was != now for was, now in zip(before, self.pictures())))
+        self.press("#panel-price .plot", *40 * ["+"])
+        self.assertLess(self.window()[1] - self.window()[0], 1)
+
+    def test_tables_filter_sort_and_open(self):
+        document = documents.make()
+        self.open(document)
+        trips = document["results"][0]["roundTrips"]["rows"]
+        self.one("#trips input").send_keys("profit<0 buy")
+        lost = sorted(trip[7] for trip in trips if trip[7] < 0 and trip[1] == "Buy")
+        self.assertIn(f" of {len(lost)} rows (40 without the filter)", self.text("#trips [role=status]"))
+        self.press("#trips th:nth-child(8) button", Keys.ENTER)
+        self.assertEqual(self.all("#trips td:nth-child(8)"), [money(profit) for profit in lost])
+        self.press("#trips tbody tr", Keys.ARROW_DOWN)
+        self.browser.switch_to.active_element.send_keys(Keys.ENTER)
+        trip = next(trip for trip in trips if trip[7] == lost[1])
+        begin, end = self.window()
+        self.assertTrue(begin <= trip[3] and trip[4] <= end <= trip[4] + 2 * (trip[4] - trip[3]))
+        self.assertIn(f"limit at {trip[5]}", self.text("#story"))
+        self.browser.switch_to.active_element.send_keys(Keys.ESCAPE)
+        self.assertEqual(self.browser.switch_to.active_element.get_attribute("textContent"), self.all("#trips tbody tr")[1])
+
+    def test_texts_of_scripts_are_texts(self):
+        self.open(documents.hostile())
+        self.assertIsNone(self.browser.execute_script("return window.hacked"))
+        self.assertEqual(self.browser.find_elements(By.TAG_NAME, "img"), self.browser.find_elements(By.CSS_SELECTOR, ".plot img"))
+        self.unfold("details")
+        for selector in ("#verdict li.first", "#log tbody tr:first-child td:last-child", "#failures tbody th", "#run-facts tbody th",
+                         "#panel-price h3", "#panel-price .legend li", ".choice option", ".facts dd"):
+            self.assertTrue(any(documents.HOSTILE in text for text in self.all(selector)), selector)
+        self.assertIn("ends in the middle of the run", self.text("#run-facts .warning"))
+        self.assertIn("The place in the queue.", self.text("#run-facts"))
+
+    def test_several_runs_stand_side_by_side(self):
+        runs = [documents.make(seed=seed, profit=profit) for seed, profit in ((1, 500), (1, -20.25), (1, 910))]
+        runs[1]["run"]["settings"]["fills"] = "cross"
+        self.open(*runs)
+        self.assertEqual(self.all("#comparison .scroll:first-child tbody tr"), ["fillsqueuecrossqueue"])
+        self.assertIn("The netProfit500.00−20.25910.00 (best)", self.all("#comparison tbody tr"))
+        Select(self.one("#choices select")).select_by_visible_text("run1.json")
+        self.assertEqual(self.text("[data-measure=netProfit] .value"), "−20.25")
+
+    def test_nothing_traded(self):
+        empty = documents.make(trips=0, points=0, log=0)
+        self.open(empty)
+        self.assertIn("no order was sent", self.text("[data-measure=winRate] .value"))
+        self.assertIn("No round trips.", self.text("#trips"))
+        empty.update(results=[], products=[], jobs=[], lines=[])
+        self.open(empty)
+        self.assertIn("No order was sent", self.text("#measures"))
+
+    def test_dark_and_large(self):
+        document = documents.large()
+        document["results"][0]["equity"]["exposure"][50::100] = 82 * [1e7]
+        self.assertLess(self.open(document), 8 << 20)
+        spikes = self.browser.execute_script("""const canvas = document.querySelector('#panel-exposure canvas');
+            const {data} = canvas.getContext('2d').getImageData(0, 20, canvas.width, 1);
+            return data.filter((red, index) => index % 4 === 0 && red < 60 && data[index + 1] > 100 && data[index + 3] > 99).length""")
+        self.assertGreaterEqual(spikes, 82, "each of these points is painted, though seven share a pixel")
+        self.assertIn("1–25 of 10,000 rows", self.text("#trips [role=status]"))
+        light = self.pictures()
+        for scheme, colour in (("dark", "rgb(20, 24, 28)"), ("light", "rgb(255, 255, 255)")):
+            self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            self.assertEqual(self.one("body").value_of_css_property("background-color").replace("rgba", "rgb").replace(", 1)", ")"), colour)
+            self.assertEqual(self.pictures() == light, scheme == "light")
+
+
+unittest.main(argv=sys.argv[:1])

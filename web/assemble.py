@@ -1,0 +1,50 @@
+#!/usr/bin/env python3
+"""Puts page, styles and scripts together into one HTML file, run by the build.
+
+    assemble.py OUTPUT DYGRAPHS
+
+DYGRAPHS is the folder of dygraph.min.js and dygraph.min.css. What remains to be filled in is @DATA@. The policy names each
+style and script by its hash, so a browser runs nothing else and asks the network for nothing.
+"""
+import base64
+import hashlib
+import pathlib
+import re
+import sys
+
+FOLDER = pathlib.Path(__file__).resolve().parent
+# In the order in which they are put together into one script.
+SCRIPTS = ["format", "dom", "grid", "series", "panel", "stack", "bars", "sections", "trades", "compare", "main"]
+
+
+def library(path):
+    """A minified file without the name of its source map, which a browser's tools would fetch."""
+    return re.sub(r"(//[#@] sourceMappingURL=.*|/\*[#@] sourceMappingURL=.*?\*/)\s*$", "", path.read_text(encoding="utf-8"))
+
+
+def inline(tag, texts):
+    """The elements that hold the texts, and their hashes for the policy."""
+    for text in texts:
+        if f"</{tag}" in text or "<!--" in text:
+            raise SystemExit(f"assemble.py: a {tag} would end within its text")
+    hashes = (base64.b64encode(hashlib.sha256(text.encode()).digest()).decode() for text in texts)
+    return "\n".join(f"<{tag}>{text}</{tag}>" for text in texts), " ".join(f"'sha256-{value}'" for value in hashes)
+
+
+def main(output, dygraphs):
+    own = "\n".join((FOLDER / f"{name}.js").read_text(encoding="utf-8") for name in SCRIPTS)
+    scripts, script_hashes = inline("script", [library(dygraphs / "dygraph.min.js"), f'"use strict";\n(() => {{\n{own}}})();\n'])
+    styles, style_hashes = inline("style", [library(dygraphs / "dygraph.min.css"), (FOLDER / "page.css").read_text(encoding="utf-8")])
+    parts = {
+        "@POLICY@": f"default-src 'none'; script-src {script_hashes}; style-src {style_hashes}; img-src data:; base-uri 'none'; "
+                    "form-action 'none'",
+        "@STYLES@": styles,
+        "@LICENCE@": (FOLDER / "dygraphs_licence.txt").read_text(encoding="utf-8").strip(),
+        "@SCRIPTS@": scripts,
+    }
+    page = (FOLDER / "page.html").read_text(encoding="utf-8")
+    page = re.sub("|".join(parts), lambda match: parts[match[0]], page)
+    pathlib.Path(output).write_text(page, encoding="utf-8")
+
+
+main(sys.argv[1], pathlib.Path(sys.argv[2]))
