@@ -49,6 +49,7 @@ void nxFeedReader::_Peek()
     const std::span<const nxCsvRow> rows = _csv.GetFirstRows();
     for (const nxCsvRow& row : rows.first(std::min<std::size_t>(rows.size(), PeekRows))) {
         if (row.isBad || row.product.empty()) continue;
+        if (!_firstTime) _firstTime = row.time;
         nxFeedProduct& product = _products.Get(_products.Add(row.product));
         _NoteProduct(product);
         if (_kind == nxFeedKind::Bar) product.NoteBarTime(row.time);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -43,6 +44,8 @@ public:
     [[nodiscard]] const nxFeedError& GetError() const { return _error; }
 
     [[nodiscard]] const std::string& GetPath() const { return _path; }
+    // Of the first good row, once it is open; none where there is none among those that were looked at.
+    [[nodiscard]] std::optional<long long> GetFirstTime() const { return _firstTime; }
     [[nodiscard]] nxFeedKind GetKind() const { return _kind; }
     // Rows that were read and found good. At the end of a file with only a header, 0.
     [[nodiscard]] unsigned long long GetRowCount() const { return _rowCount; }
@@ -101,6 +104,7 @@ private:
     bool _wasSnapshot = false;
     std::map<unsigned int, std::set<std::pair<nxSide, nxDecimal>>> _books;
     bool _barsBearStart = false;
+    std::optional<long long> _firstTime;
     long long _lastTime;               // of the last good row
     long long _lastBarEnd;             // bars that bear their start: the time of the last event
     std::vector<long long> _barTimes;  // bars: of the last one, by product

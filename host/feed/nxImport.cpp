@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <limits>
 
 #include "host/feed/nxImportWriter.h"
 
@@ -25,48 +27,49 @@ nxImport::Result nxImport::Run(std::ostream& out)
     if (_options.isDryRun) return Result::Done;
     nxImportWriter writer(_options.folder, _options.sortWindow);
     if (!writer.Begin()) return _Fail(writer.GetError());
-    for (std::size_t i = 0; i < _options.files.size(); ++i) {
-        if (!_readers[i]) {
-            _readers[i] = _Open(i);
-            if (!_readers[i]) return Result::Failed;
-        }
-        const Result result = _ReadFile(*_readers[i], writer, out);
+    for (Source& source : _sources) {
+        if (!source.reader) source.reader = _Open(source.path);
+        if (!source.reader) return Result::Failed;
+        const Result result = _ReadFile(*source.reader, writer, out);
         if (result != Result::Done) return result;
-        _bytes += _readers[i]->GetBytesTotal();
-        _readers[i].reset();
+        _bytes += source.reader->GetBytesTotal();
+        source.reader.reset();
     }
     if (_rows == 0) return _Fail("the files hold no rows");
     return writer.Finish(out) ? Result::Done : _Fail(writer.GetError());
 }
 
-std::unique_ptr<nxFeedReader> nxImport::_Open(std::size_t index)
+std::unique_ptr<nxFeedReader> nxImport::_Open(const std::string& path)
 {
-    auto reader = std::make_unique<nxFeedReader>(_options.files[index], static_cast<unsigned int>(index),
-                                                 _products, _options.feed);
+    auto reader = std::make_unique<nxFeedReader>(path, 0, _products, _options.feed);
     if (reader->Open()) return reader;
     static_cast<void>(_Fail(reader->GetError().GetText()));
     return nullptr;
 }
 
-// All of them before the first is read: what is wrong with the last should not be told after an hour. They
-// are opened again in their turn, but for pipes.
+// All of them before the first is read: what is wrong with the last should not be told after an hour, and the
+// files of a product come in any order. They are opened again in their turn, but for pipes.
 bool nxImport::_Look(std::ostream& out)
 {
     std::string before;
-    for (std::size_t i = 0; i < _options.files.size(); ++i) {
-        auto reader = _Open(i);
+    for (const std::string& path : _options.files) {
+        auto reader = _Open(path);
         if (!reader) return false;
         Describe(out, *reader, before);
         _total += reader->GetBytesTotal();
+        Source& source = _sources.emplace_back();
+        source.path = path;
+        source.first = reader->GetFirstTime().value_or(std::numeric_limits<long long>::max());
         std::error_code ignored;
-        if (std::filesystem::is_regular_file(_options.files[i], ignored)) reader.reset();
-        _readers.push_back(std::move(reader));
+        if (!std::filesystem::is_regular_file(path, ignored)) source.reader = std::move(reader);
     }
+    std::ranges::stable_sort(_sources, {}, &Source::first);
     return true;
 }
 
 nxImport::Result nxImport::_ReadFile(nxFeedReader& reader, nxImportWriter& writer, std::ostream& out)
 {
+    writer.BeginFile();
     const auto isInterrupted = [this] { return _options.interrupted != nullptr && *_options.interrupted; };
     while (const nxFeedEvent* const event = reader.Next()) {
         if (!writer.Add(reader, *event, _products.Get(event->product))) return _Fail(writer.GetError());

@@ -43,13 +43,19 @@ private:
         _error = std::move(error);
         return Result::Failed;
     }
-    std::unique_ptr<nxFeedReader> _Open(std::size_t index);
+    std::unique_ptr<nxFeedReader> _Open(const std::string& path);
     bool _Look(std::ostream& out);
     Result _ReadFile(nxFeedReader& reader, nxImportWriter& writer, std::ostream& out);
 
     const nxImportOptions& _options;
     nxFeedProductTable _products{_options.feed.barPeriods};
-    std::vector<std::unique_ptr<nxFeedReader>> _readers;  // of pipes, else null until the file's turn
+    struct Source
+    {
+        std::string path;
+        long long first = 0;                   // time
+        std::unique_ptr<nxFeedReader> reader;  // of a pipe, else null until the file's turn
+    };
+    std::vector<Source> _sources;  // by their first times
     unsigned long long _rows = 0, _bytes = 0, _total = 0;
     std::string _error;
 };

@@ -68,7 +68,7 @@ bool nxImportWriter::_Put(nxImportedProduct& file, nxImportedProduct::Row row)
 
 nxImportedProduct& nxImportWriter::_Get(const nxFeedReader& reader, const nxFeedProduct& product)
 {
-    if (&reader == _lastReader && &product == _lastProduct) return *_last;
+    if (_last != nullptr && &product == _lastProduct) return *_last;
     const std::string kind = GetKindName(reader);
     const std::string name = GetSafeName(product.GetName()) + "." + kind + ".csv.zst";
     std::unique_ptr<nxImportedProduct>& file = _files[name];
@@ -89,7 +89,6 @@ nxImportedProduct& nxImportWriter::_Get(const nxFeedReader& reader, const nxFeed
     {
         file->GetFile().source += ", " + source;
     }
-    _lastReader = &reader;
     _lastProduct = &product;
     _last = file.get();
     return *_last;

@@ -21,6 +21,8 @@ public:
     nxImportWriter& operator=(const nxImportWriter&) = delete;
 
     [[nodiscard]] bool Begin();
+    // Rows of another reader follow.
+    void BeginFile() { _last = nullptr; }
     // What the reader gave last, a row of the product.
     [[nodiscard]] bool Add(const nxFeedReader& reader, const nxFeedEvent& event,
                            const nxFeedProduct& product);
@@ -41,7 +43,6 @@ private:
     const long long _sortWindow;
     std::map<std::string, std::unique_ptr<nxImportedProduct>> _files;  // by name
     const nxFeedProduct* _lastProduct = nullptr;
-    const nxFeedReader* _lastReader = nullptr;
     nxImportedProduct* _last = nullptr;
     std::string _error;
 };

@@ -30,7 +30,8 @@ std::string ShowLength(long long nanoseconds)
 // Rows of a day bear its date; what else ends at midnight is of the day before.
 long long GetDay(long long time, long long period)
 {
-    return (nxIsDailyBar(period) ? time : time - 1) / nxTime::NanosecondsPerDay;
+    const bool isDate = nxIsDailyBar(period) || (period == 0 && time % nxTime::NanosecondsPerDay == 0);
+    return (isDate ? time : time - 1) / nxTime::NanosecondsPerDay;
 }
 
 bool IsWeekday(long long day)

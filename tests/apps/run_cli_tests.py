@@ -7,9 +7,12 @@
 Prints "N passed, N failed"; the exit status is 1 when a case failed.
 """
 
+import bz2
 import contextlib
 import gzip
+import io
 import json
+import lzma
 import os
 import pty
 import resource
@@ -19,6 +22,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import zipfile
 
 from cases import read_cases
 
@@ -173,6 +177,77 @@ def test_full_disk(program):
 def read_record(path):
     with open(path) as file:
         return [json.loads(line) for line in file]
+
+
+def zipped(method, *names, streamed=False):
+    """A zip of day.csv under each name; streamed: its sums stand after the data, as a pipe is written."""
+    class Stream(io.BytesIO):
+        seekable = lambda self: not streamed  # noqa: E731
+    out = Stream()
+    with zipfile.ZipFile(out, "w", method) as archive:
+        archive.writestr("folder/", "") if not streamed else None
+        for name in names:
+            with archive.open(zipfile.ZipInfo(name, (2024, 1, 8, 0, 0, 0)), "w") as entry:
+                entry.write(DAY.encode())
+    return out.getvalue()
+
+
+def test_data_packed_in_any_way(program):
+    """A file, in parts or in an archive, is read as the plain one; what is damaged or ambiguous is told."""
+    half = DAY.index("\n", len(DAY) // 2) + 1
+    parts = [part.encode() for part in (DAY[:half], DAY[half:])]
+    good = [b"".join(map(pack, parts)) for pack in (lzma.compress, bz2.compress, gzip.compress)]
+    good += [zipped(zipfile.ZIP_STORED, "day.csv"), zipped(zipfile.ZIP_DEFLATED, "day.csv"),
+             zipped(zipfile.ZIP_DEFLATED, "day.csv", streamed=True)]
+    plain = execute(program, ["run", "tell.lua", "--data", "day.csv"]).stdout
+    for number, content in enumerate(good):
+        FILES["packed"] = content
+        with open("packed", "wb") as file:
+            file.write(content)
+        for source in ("packed", "/dev/stdin"):
+            with open("packed", "rb") as stdin:
+                result = subprocess.run(f"cat | {program} run tell.lua --data {source}", shell=True, stdin=stdin,
+                                        capture_output=True, timeout=TIMEOUT)
+            require(result.stdout == plain, f"{number}, {source}: {result.stdout.decode()}{result.stderr.decode()}")
+        for content in (content[:len(content) // 2], content[:len(content) // 2] + b"\xff\x00" + content[len(content) // 2 + 2:]):
+            with open("packed", "wb") as file:
+                file.write(content)
+            result = execute(program, ["run", "tell.lua", "--data", "packed"])
+            require(result.returncode == 2 and b"packed:" in result.stderr, f"{number}: {result.stderr.decode()}")
+    with open("packed", "wb") as file:
+        file.write(zipped(zipfile.ZIP_DEFLATED, "day.csv", "other.csv"))
+    result = execute(program, ["run", "tell.lua", "--data", "packed"])
+    require(b"zip: it holds more than one file; unpack it" in result.stderr, result.stderr.decode())
+
+
+def test_import(program):
+    """What is imported runs as the files did; late and double rows are put right and told; nothing is left half."""
+    rows = QUOTES + "".join(f"2024010{day}:14:30:0{second},A,9{second},1.5,,,,,\n" for day in (8, 9) for second in (1, 3, 2, 2))
+    bars = "Date;Open;High;Low;Close\n2024-01-08;5;6;4;5\n2024-01-08;5;6;4;5\n2024-01-12;900;900;900;900\n"
+    for name, text in (("late.csv", rows), ("B.csv", bars), ("bad_import.csv", QUOTES + "20240108,A,x,1,,,,,\n")):
+        with open(name, "w") as file:
+            file.write(text)
+    result = execute(program, ["import", "late.csv", "B.csv", "day.csv", "depth.csv", "-o", "set"])
+    require(result.returncode == 0, result.stderr.decode())
+    out = result.stdout.decode()
+    for text in ("B.csv: bars of B (by the file's name)", "rows that came late, sorted in: 6, the first late.csv:2",
+                 "rows like the one before, kept: 2", "rows that came twice, left out: 1, the first B.csv:3",
+                 "weekdays without rows: 3, the first 20240109"):
+        require(text in out, f"lacks {text}:\n{out}")
+    for name, text in (("set", "quotes"), ("set/data.toml", "depth"), ("set/*.quotes.*", "A: one lot is 0.5")):
+        result = execute(program, ["run", "quiet.lua", "--data", name])
+        require(result.returncode == 0, result.stderr.decode())
+    result = execute(program, ["run", "quiet.lua", "--data", "set"])
+    require(b"A: one lot is 0.1 of the recorded size" in result.stdout, result.stdout.decode())
+    before = {name: os.stat(os.path.join("set", name)).st_mtime_ns for name in os.listdir("set")}
+    result = execute(program, ["import", "day.csv", "bad_import.csv", "-o", "set"])
+    after = {name: os.stat(os.path.join("set", name)).st_mtime_ns for name in os.listdir("set")}
+    require(result.returncode == 2 and b"bad_import.csv:2:12: bid: not a number" in result.stderr and before == after,
+            result.stderr.decode())
+    with open("set/B.bars.csv.zst", "ab") as file:
+        file.write(b"x")
+    result = execute(program, ["run", "quiet.lua", "--data", "set"])
+    require(result.returncode == 2 and b"B.bars.csv.zst is not the file that was imported" in result.stderr, result.stderr.decode())
 
 
 def test_record_repeats_to_the_byte(program):

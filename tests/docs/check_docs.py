@@ -72,6 +72,7 @@ def run(program, *arguments):
 def check_options(program):
     for command, text in (("run", section("docs/algoserver.md", "## Running a script")),
                           ("generate", section("docs/algoserver.md", "## Generating data")),
+                          ("import", section("docs/data.md", "## Importing")),
                           ("check", read("docs/checking.md"))):
         names = re.findall(r"^ +((?:-\w,)?--[\w-]+)", run(program, command, "--help").stdout, re.M)
         real = {name for entry in names for name in entry.split(",")}
