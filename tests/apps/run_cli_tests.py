@@ -213,7 +213,7 @@ def test_data_packed_in_any_way(program):
             with open("packed", "wb") as file:
                 file.write(content)
             result = execute(program, ["run", "tell.lua", "--data", "packed"])
-            require(result.returncode == 2 and b"packed:" in result.stderr, f"{number}: {result.stderr.decode()}")
+            require(result.returncode == 2 and b"packed:" in result.stderr, f"{number}: {result.stderr!r}")
     with open("packed", "wb") as file:
         file.write(zipped(zipfile.ZIP_DEFLATED, "day.csv", "other.csv"))
     result = execute(program, ["run", "tell.lua", "--data", "packed"])
