@@ -1,6 +1,6 @@
 # The installed package: libraries, headers below include/scriptFramework (so that the quoted includes resolve),
 # algoserver, and find_package(scriptFramework) with scriptFramework::scriptFramework and, as the component host,
-# scriptFramework::host. Only the host needs SQLite, zlib, zstd and time zones, so it is exported apart.
+# scriptFramework::host. Only the host needs SQLite, zlib, zstd, OpenSSL and time zones, so it is exported apart.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

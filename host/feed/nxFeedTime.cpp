@@ -184,6 +184,11 @@ long long nxFeedTime::GetNextMidnight(long long time)
     return time - into + (into < 0 ? 0 : day);
 }
 
+long long nxFeedTime::GetDay(long long time)
+{
+    return GetNextMidnight(time) / nxTime::NanosecondsPerDay - 1;
+}
+
 std::string nxFeedTime::GetAsString(long long time)
 {
     const std::chrono::sys_time<std::chrono::nanoseconds> point{std::chrono::nanoseconds(time)};

@@ -185,7 +185,7 @@ def test_record_repeats_to_the_byte(program):
     with open("one.jsonl", "rb") as one:
         require(piped.stdout == one.read() and b"--- summary" in piped.stderr, "the record on standard output differs")
     require([entry["sequence"] for entry in entries] == list(range(1, len(entries) + 1)), "a gap in the sequence")
-    require(len(entries) > 20 and entries[-1]["type"] == "jobStopped", repr(entries[-1]))
+    require(len(entries) > 20 and entries[-1]["type"] == "end", repr(entries[-1]))
 
 
 def rows_of_store(folder):
@@ -257,7 +257,7 @@ def test_interrupted(program):
         check_text("standard output", out.decode(), ["20240108:14:30:00.000  bye\n", END + "interrupted\n", "\nevents      1 quote\n"])
         check_text("standard error", err.decode(), ["--- speed"])
         require([entry["type"] for entry in read_record("slow.jsonl")] ==
-                ["timerStart", "jobStarted", "log", "log", "jobStopped"], "the record is not whole")
+                ["run", "timerStart", "jobStarted", "log", "log", "jobStopped", "end"], "the record is not whole")
 
 
 KEEPER = """\

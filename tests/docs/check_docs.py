@@ -81,7 +81,7 @@ def check_options(program):
 
 def check_record(program):
     run(program, "run", "one.lua", "two.lua", "--data", str(ROOT / "examples/data/demo_quotes.csv.gz"),
-        "--on-error", "continue", "--record", "record.jsonl")
+        "--on-error", "continue", "--record", "record.jsonl", "--equity-step", "0.01")
     real = set()
     for line in pathlib.Path("record.jsonl").read_text().splitlines():
         entry = json.loads(line)
@@ -93,7 +93,7 @@ def check_record(program):
         types = re.findall(r"`(\w+)`", types)
         keys = set(re.findall(r'"(\w+)":', example))
         documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
-    for name in ("order", "orderEvent", "exchange", "product", "fill", "result", "money"):
+    for name in ("run", "end", "order", "orderEvent", "exchange", "product", "fill", "trip", "day", "equity", "result", "money"):
         keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
         documented |= {f"{name}.{key}" for key in keys} | {name}
     documented -= {"userLog.price", "userLog.why"}  # the example's fields
