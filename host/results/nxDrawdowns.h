@@ -28,9 +28,9 @@ public:
     // The profit is that from then on.
     void See(long long time, const nxExactAmount& profit)
     {
-        const nxExactAmount depth = _peak - profit;
-        _depth = depth;
-        if (!depth.IsNegative() && !depth.IsZero()) return _Fall(time, depth);
+        _depth = _peak - profit;
+        if (!_depth.IsNegative() && !_depth.IsZero()) return _Fall(time, _depth);
+        _depth = {};
         if (_current) _Recover(time);
         _peak = profit;
         _peakTime = time;

@@ -24,8 +24,10 @@ nxResultCollector::Account& nxResultCollector::_GetAccount(std::optional<unsigne
     made.data.job = job;
     made.data.currency = currency;
     made.data.drawdowns = nxDrawdowns(_options.capital);
-    for (const long long day : _days)
+    for (const long long day : _days) {
         made.data.days.push_back({day, {}});
+        if (job && _listeners.onDay) _listeners.onDay(made.data, made.data.days.back(), {});
+    }
     if (job && _options.hasManyJobs) made.all = &_GetAccount(std::nullopt, currency);
     return made;
 }
@@ -177,7 +179,7 @@ void nxResultCollector::_See(Account& account, const nxExactAmount& profit)
     nxEquityBucket sample;
     sample.time = _time;
     sample.low = sample.high = sample.close = value;
-    sample.drawdown = data.drawdowns.GetDepth().IsNegative() ? 0.0 : data.drawdowns.GetDepth().GetAsDouble();
+    sample.drawdown = data.drawdowns.GetDepth().GetAsDouble();
     sample.exposure = account.exposure.GetAsDouble();
     data.equity.Add(sample);
     if (_listeners.onEquity) _listeners.onEquity(data, _time, sample);
@@ -193,9 +195,19 @@ void nxResultCollector::EndDay(long long day, bool hasData)
         for (const auto& account : *accounts) {
             nxResultData& data = account->data;
             data.days.push_back({day, data.profit});
-            if (_listeners.onDay && data.job) _listeners.onDay(data, data.days.back());
+            if (_listeners.onDay && data.job) _listeners.onDay(data, data.days.back(), _GetPrices(*account));
         }
     }
+}
+
+nxResultCollector::Prices nxResultCollector::_GetPrices(const Account& account) const
+{
+    Prices prices;
+    for (std::size_t i = 0; i < _products.size(); ++i)
+        if (std::ranges::find(_products[i].holdings, &account, &Holding::account) !=
+            _products[i].holdings.end())
+            prices.emplace_back(static_cast<unsigned int>(i), _products[i].closes.back());
+    return prices;
 }
 
 void nxResultCollector::Finish(long long last)

@@ -25,11 +25,14 @@ public:
         nxMatching matching = nxMatching::Fifo;
         bool hasManyJobs = false;
     };
+    using Prices = std::vector<std::pair<unsigned int, double>>;  // by product
     // All of them may be empty.
     struct Listeners
     {
         std::function<void(unsigned int job, const nxRoundTrip&)> onTrip;
-        std::function<void(const nxResultData&, const nxResultDay&)> onDay;
+        // prices: of the products in which the job has sent orders, at the end of the day. Days before a
+        // job's first order come with it, without prices.
+        std::function<void(const nxResultData&, const nxResultDay&, const Prices& prices)> onDay;
         std::function<void(const nxResultData&, long long time, const nxEquityBucket&)> onEquity;
     };
 
@@ -123,6 +126,7 @@ private:
     void _ChangeExposure(Account& account, const nxExactAmount& change, int opened);
     void _See(Account& account, const nxExactAmount& profit);
     void _TakeTrip(const Holding& holding, nxRoundTrip&& trip);
+    Prices _GetPrices(const Account& account) const;
     void _ChooseBenchmark(Account& account) const;
     void _SumUp(Account& all) const;
 

@@ -42,7 +42,7 @@ nxResultCollector::Listeners nxRunResults::_MakeListeners()
     if (_state.options.recordFile.empty()) return {};
     nxResultCollector::Listeners listeners;
     listeners.onTrip = [this](unsigned int job, const nxRoundTrip& trip) { _RecordTrip(job, trip); };
-    listeners.onDay = [this](const nxResultData& data, const nxResultDay& day) { _RecordDay(data, day); };
+    listeners.onDay = [this](const auto&... day) { _RecordDay(day...); };
     if (_state.options.equityStep > 0.0)
         listeners.onEquity = [this](const nxResultData& data, long long time, const nxEquityBucket& equity) {
             if (data.job) _RecordEquity(data, time, equity);
@@ -247,16 +247,23 @@ void nxRunResults::_RecordTrip(unsigned int job, const nxRoundTrip& trip)
                       {"exitOrder", trip.exitOrder}});
 }
 
-void nxRunResults::_RecordDay(const nxResultData& data, const nxResultDay& day)
+void nxRunResults::_RecordDay(const nxResultData& data, const nxResultDay& day,
+                              const nxResultCollector::Prices& prices)
 {
+    std::ostringstream text;
+    nxJsonWriter json(text);
+    json.BeginObject();
+    for (const auto& [product, price] : prices)
+        json.Raw(nxJsonWriter::GetText(_result.products[product].name) + ":" +
+                 nxJsonWriter::GetNumber(price));
+    json.EndObject();
     const std::string date = nxResultText::GetDate(day.day);
-    _output.RecordNow(
-        _state.options.jobs[*data.job].name, "day",
-        {{"day", date},
-         {"currency", nxGetCurrency(data)},
-         {"profit", day.profit.GetAsDouble()},
-         {"drawdown",
-          data.drawdowns.GetDepth().IsNegative() ? 0.0 : data.drawdowns.GetDepth().GetAsDouble()}});
+    _output.RecordNow(_state.options.jobs[*data.job].name, "day",
+                      {{"day", date},
+                       {"currency", nxGetCurrency(data)},
+                       {"profit", day.profit.GetAsDouble()},
+                       {"drawdown", data.drawdowns.GetDepth().GetAsDouble()},
+                       {"prices", nxRunRecord::Json{text.view()}}});
 }
 
 void nxRunResults::_RecordEquity(const nxResultData& data, long long time, const nxEquityBucket& equity)

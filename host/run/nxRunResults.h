@@ -49,7 +49,8 @@ private:
     void _Hash();
     void _RecordRun();
     void _RecordTrip(unsigned int job, const nxRoundTrip& trip);
-    void _RecordDay(const nxResultData& data, const nxResultDay& day);
+    void _RecordDay(const nxResultData& data, const nxResultDay& day,
+                    const nxResultCollector::Prices& prices);
     void _RecordEquity(const nxResultData& data, long long time, const nxEquityBucket& equity);
     void _TakeStatistics(const nxRunStatistics& statistics);
 
