@@ -292,9 +292,9 @@ void AddResults(CLI::App& run, nxRunOptions& options)
                if (!options.capital.SetFromString(text).IsSuccess() || options.capital <= nxDecimalZero)
                    throw CLI::ValidationError("--capital", text + " is no amount above 0");
            },
-           "What each job has in each currency at the beginning, by which its returns are measured; without "
-           "it "
-           "measures that need it are left out")
+           "The money of the account in each currency, by which returns are measured; without it measures "
+           "that "
+           "need it are left out")
         ->option_text("AMOUNT");
     run.add_option_function<std::string>(
            "--round-trips",

@@ -34,6 +34,8 @@ public:
 
     // The UTC day, counted since 1970.
     [[nodiscard]] static long long GetDay(long long time);
+    // "YYYYMMDD".
+    [[nodiscard]] static std::string GetDateAsString(long long day);
 
     // "YYYYMMDD:HH:MM:SS.nnnnnnnnn", for messages.
     [[nodiscard]] static std::string GetAsString(long long time);

@@ -5,11 +5,11 @@
 #include <cmath>
 #include <sstream>
 
+#include "host/feed/nxFeedTime.h"
 #include "host/market/nxMidPrice.h"
 #include "host/report/nxResultDocument.h"
 #include "host/report/nxResultSections.h"
 #include "host/report/nxResultTables.h"
-#include "host/report/nxResultText.h"
 #include "host/run/nxRunSettings.h"
 #include "host/run/nxSha256.h"
 
@@ -214,8 +214,8 @@ void nxRunResults::RecordEnd()
         json.Count(count);
     json.EndArray();
     const bool hasRows = statistics.GetRowEventCount() != 0;
-    const std::string first = hasRows ? nxResultText::GetTime(statistics.firstTime) : "";
-    const std::string last = hasRows ? nxResultText::GetTime(statistics.lastTime) : "";
+    const std::string first = hasRows ? nxFeedTime::GetAsString(statistics.firstTime) : "";
+    const std::string last = hasRows ? nxFeedTime::GetAsString(statistics.lastTime) : "";
     _output.RecordRun("end", {{"end", _state.end},
                               {"first", first},
                               {"last", last},
@@ -229,8 +229,8 @@ void nxRunResults::RecordEnd()
 
 void nxRunResults::_RecordTrip(unsigned int job, const nxRoundTrip& trip)
 {
-    const std::string entry = nxResultText::GetTime(trip.entryTime),
-                      exit = nxResultText::GetTime(trip.exitTime);
+    const std::string entry = nxFeedTime::GetAsString(trip.entryTime),
+                      exit = nxFeedTime::GetAsString(trip.exitTime);
     _output.RecordAt(trip.exitTime, _state.options.jobs[job].name, "trip",
                      {{"product", _result.products[trip.product].name},
                       {"side", nxGetText(trip.side)},
@@ -257,7 +257,7 @@ void nxRunResults::_RecordDay(const nxResultData& data, const nxResultDay& day,
         json.Raw(nxJsonWriter::GetText(_result.products[product].name) + ":" +
                  nxJsonWriter::GetNumber(price));
     json.EndObject();
-    const std::string date = nxResultText::GetDate(day.day);
+    const std::string date = nxFeedTime::GetDateAsString(day.day);
     _output.RecordNow(_state.options.jobs[*data.job].name, "day",
                       {{"day", date},
                        {"currency", nxGetCurrency(data)},

@@ -113,7 +113,8 @@ def check_schemas(program):
             run(program, "run", *command, "--record", "record.jsonl", "--json", "result.json", "--capital", "1000000")
             result = json.loads(pathlib.Path("result.json").read_text())
             yield from (f"{script.name}, result{fault}" for fault in misfits(result, forms["result"]))
-        for line in pathlib.Path("record.jsonl").read_text().splitlines():
+        lines = pathlib.Path("record.jsonl").read_text().splitlines()
+        for line in lines[:500] + lines[-500:]:
             yield from (f"{script and script.name}, record{fault}" for fault in misfits(json.loads(line), forms["run-record"]))
     real = {" | ".join((f"`{m['name']}`", m["title"], m["unit"], m["formula"])) for m in result["definitions"]}
     rows = re.findall(r"^\| (`.*) \| [^|]*\|$", section("docs/results.md", "## The measures"), re.M)
