@@ -260,12 +260,49 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
     AddSeed(run, exchange.seed, "For what is drawn by lot: latencies, peaks, and the scripts' math.random");
 }
 
+void AddResults(CLI::App& run, nxRunOptions& options)
+{
+    run.add_option(
+        "--json", options.jsonFile,
+        "JSON file to write the result to: measures, equity, round trips, orders, log; - is standard "
+        "output, and then all else goes to standard error");
+    run.add_option("--trades", options.tradesFile, "CSV file to write the round trips to")
+        ->type_name("FILE.csv");
+    run.add_option("--equity", options.equityFile, "CSV file to write the equity over time to")
+        ->type_name("FILE.csv");
+    run.add_option_function<std::string>(
+           "--capital",
+           [&options](const std::string& text) {
+               if (!options.capital.SetFromString(text).IsSuccess() || options.capital <= nxDecimalZero)
+                   throw CLI::ValidationError("--capital", text + " is no amount above 0");
+           },
+           "The money of the account in each currency, by which returns are measured; without it measures "
+           "that "
+           "need it are left out")
+        ->option_text("AMOUNT");
+    run.add_option_function<std::string>(
+           "--round-trips",
+           [&options](const std::string& name) {
+               options.roundTrips = name == "fifo" ? nxMatching::Fifo : nxMatching::Average;
+           },
+           "Which lots a fill closes: the oldest (fifo), or a share of all at their average price (average)")
+        ->check(CLI::IsMember({"fifo", "average"}))
+        ->option_text("fifo|average [fifo]");
+}
+
 void AddOutputs(CLI::App& run, RunArguments& arguments)
 {
     nxRunOptions& options = arguments.options;
     run.add_option("--record", options.recordFile,
                    "JSON Lines file to write all that leaves the scripts to; - is standard output, and then "
                    "all else goes to standard error");
+    run.add_option(
+           "--equity-step", options.equityStep,
+           "Change of a job's profit in a currency that --record tells; without it that at the end of "
+           "each day")
+        ->check(IsNumber(std::numeric_limits<double>::denorm_min(), HUGE_VAL, "above 0"))
+        ->option_text("AMOUNT");
+    AddResults(run, options);
     run.add_option("--store", options.storeDirectory,
                    "Directory of the data stores; one server at a time. Without it scripts have none")
         ->type_name("DIR");

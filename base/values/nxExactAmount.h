@@ -30,6 +30,14 @@ public:
     // Rounded half away from zero to as many places as there are, at most `places`, and fewer where the
     // amount is too large for that. Beyond a decimal's range it is the last number of that.
     nxDecimal GetAsDecimal(unsigned char places = 10) const;
+    // The double nearest to what GetAsDecimal gives.
+    double GetAsDouble() const
+    {
+        constexpr Wide exact = 1ll << 53;
+        if (_places <= 10 && _mantissa <= exact && _mantissa >= -exact) [[likely]]
+            return nxDecimal::FromMantissa(static_cast<long long>(_mantissa), _places).GetAsDouble();
+        return GetAsDecimal().GetAsDouble();
+    }
     bool IsNegative() const { return _mantissa < 0; }
     bool IsZero() const { return _mantissa == 0; }
 

@@ -34,8 +34,11 @@ void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& even
     }
     job.AddFill(event.fillVolume, event.isMaker, event.cause);
     Holding& holding = _Get(order.kind.owner, order.kind.product);
+    const nxExactAmount fees = holding.account.GetKeeper().GetTotal().fees;
     holding.account.AddFill(order.kind.side, event.fillPrice, event.fillVolume, event.isMaker);
     holding.isFilled = true;
+    if (_observer != nullptr)
+        _observer->OnFill(order, event, holding.account.GetKeeper().GetTotal().fees - fees);
     _filled.emplace_back(order.kind.owner, order.kind.product);
 }
 
@@ -63,7 +66,7 @@ void nxLedger::_ValueFilled()
 {
     for (const auto& [job, product] : std::exchange(_filled, {})) {
         Holding& holding = _Get(job, product);
-        _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()));
+        _Value(holding, product, holding.account.GetMark(_products[product].market->GetPrice()));
     }
 }
 
@@ -74,15 +77,15 @@ void nxLedger::Mark(unsigned int product, const nxFeedBar* bar)
     // Before its close is one of those that the profit can fall from.
     if (bar != nullptr)
         for (const Holding& holding : holdings)
-            _MeetBar(holding, *bar);
+            _MeetBar(holding, product, *bar);
     Settle();
     for (Holding& holding : holdings)
         if (holding.account.GetKeeper().GetNet() != 0)
-            _Value(holding, holding.account.GetMark(_products[product].market->GetPrice()));
+            _Value(holding, product, holding.account.GetMark(_products[product].market->GetPrice()));
 }
 
 // What is long was worth least at the bar's low, what is short at its high.
-void nxLedger::_MeetBar(const Holding& holding, const nxFeedBar& bar)
+void nxLedger::_MeetBar(const Holding& holding, unsigned int product, const nxFeedBar& bar)
 {
     const nxPositionKeeper& keeper = holding.account.GetKeeper();
     if (keeper.GetNet() == 0) return;
@@ -90,10 +93,11 @@ void nxLedger::_MeetBar(const Holding& holding, const nxFeedBar& bar)
     const nxExactAmount worst = keeper.GetTotalProfit(keeper.GetNet() > 0 ? bar.low : bar.high);
     money.hasBars = true;
     TakeLargest(money.worstDrawdown, money.best - (money.profit - holding.profit + worst));
+    if (_observer != nullptr) _observer->OnBar(holding.job, product, bar);
 }
 
 // The sums of a currency change by what one of its products does.
-void nxLedger::_Value(Holding& holding, const nxDecimal& mark)
+void nxLedger::_Value(Holding& holding, unsigned int product, const nxDecimal& mark)
 {
     if (mark == holding.mark && !holding.isFilled) return;
     const nxPositionKeeper& keeper = holding.account.GetKeeper();
@@ -110,4 +114,5 @@ void nxLedger::_Value(Holding& holding, const nxDecimal& mark)
         TakeLargest(money.drawdown, fallen);
         TakeLargest(money.worstDrawdown, fallen);
     }
+    if (_observer != nullptr) _observer->OnValue(holding.job, product, keeper, mark, money);
 }

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/accounts/nxLedgerObserver.h"
 #include "host/accounts/nxProductAccount.h"
 #include "host/accounts/nxTradingStatistics.h"
 #include "host/exchange/nxExchangeObserver.h"
@@ -14,6 +15,9 @@
 class nxLedger : public nxExchangeObserver
 {
 public:
+    // Outlives the ledger.
+    explicit nxLedger(nxLedgerObserver* observer = nullptr) : _observer(observer) {}
+
     // In the order of the exchange's numbers of them. `none` is an account with nothing in it; the market
     // outlives the ledger.
     void AddProduct(const nxProductAccount& none, const nxMarketProduct& market)
@@ -58,9 +62,10 @@ private:
 
     Holding& _Get(unsigned int job, unsigned int product);
     void _ValueFilled();
-    void _MeetBar(const Holding& holding, const nxFeedBar& bar);
-    void _Value(Holding& holding, const nxDecimal& mark);
+    void _MeetBar(const Holding& holding, unsigned int product, const nxFeedBar& bar);
+    void _Value(Holding& holding, unsigned int product, const nxDecimal& mark);
 
+    nxLedgerObserver* const _observer;
     std::vector<Product> _products;
     std::vector<nxTradingStatistics> _jobs;
     std::vector<std::pair<unsigned int, unsigned int>> _filled;  // job and product; not valued yet

@@ -22,6 +22,7 @@ public:
     }
 
     const nxPositionKeeper& GetKeeper() const { return _keeper; }
+    const nxDecimal& GetPointValue() const { return _pointValue; }
     const nxCurrencyEnum& GetCurrency() const { return _currency; }
     // What a position would bring now: a long one counts at the bid, a short one at the ask, and either at
     // the last trade where the market shows none. Null for none of them.

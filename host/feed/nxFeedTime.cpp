@@ -184,6 +184,16 @@ long long nxFeedTime::GetNextMidnight(long long time)
     return time - into + (into < 0 ? 0 : day);
 }
 
+long long nxFeedTime::GetDay(long long time)
+{
+    return GetNextMidnight(time) / nxTime::NanosecondsPerDay - 1;
+}
+
+std::string nxFeedTime::GetDateAsString(long long day)
+{
+    return GetAsString(day * nxTime::NanosecondsPerDay).substr(0, std::string_view("YYYYMMDD").size());
+}
+
 std::string nxFeedTime::GetAsString(long long time)
 {
     const std::chrono::sys_time<std::chrono::nanoseconds> point{std::chrono::nanoseconds(time)};

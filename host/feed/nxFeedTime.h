@@ -32,6 +32,11 @@ public:
     // The midnight UTC that follows.
     [[nodiscard]] static long long GetNextMidnight(long long time);
 
+    // The UTC day, counted since 1970.
+    [[nodiscard]] static long long GetDay(long long time);
+    // "YYYYMMDD".
+    [[nodiscard]] static std::string GetDateAsString(long long day);
+
     // "YYYYMMDD:HH:MM:SS.nnnnnnnnn", for messages.
     [[nodiscard]] static std::string GetAsString(long long time);
 };

@@ -73,10 +73,14 @@ void nxHostOrder::_RecordEvent(const nxExchangeEvent& event) const
     const auto kind = std::ranges::find(EventNames, event.kind, [](const auto& row) { return row.kind; });
     const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
     const std::string exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsString();
+    const nxProductAccount& account = GetHostProduct().GetAccount();
+    const nxDecimal fee = account.GetFee(event.fillPrice, event.fillVolume, event.isMaker).GetAsDecimal();
     GetOwner().Record("orderEvent",
                       {{"event", kind->name},
                        {"order", event.order},
                        {"parent", _ticket.GetParent()},
+                       {"product", GetHostProduct().GetMarket().GetName()},
+                       {"side", nxGetText(_ticket.GetSide())},
                        {"exchangeTime", exchangeTime},
                        {"status", event.status.GetAsString()},
                        Number("price", event.price),
@@ -87,6 +91,8 @@ void nxHostOrder::_RecordEvent(const nxExchangeEvent& event) const
                        Number("fillPrice", event.fillPrice),
                        Number("fillVolume", isFill ? nxVolume(event.fillVolume) : nxVolume()),
                        {"maker", event.isMaker},
+                       Number("fee", isFill ? fee : nxDecimal()),
+                       Number("pointValue", isFill ? account.GetPointValue() : nxDecimal()),
                        {"cause", isFill ? nxGetName(event.cause) : ""},
                        {"error", event.error.IsSuccess() ? std::string_view() : event.error.GetAsString()},
                        {"reason", event.reason}});

@@ -101,6 +101,14 @@ const nxVorantParameter* nxParameterSet::Find(const std::string& name) const
     return found->second.parameter.get();
 }
 
+std::vector<std::pair<std::string, std::string>> nxParameterSet::GetTexts() const
+{
+    std::vector<std::pair<std::string, std::string>> texts;
+    for (const auto& [name, entry] : _entries)
+        entry.parameter->PersistValueToString(texts.emplace_back(name, std::string()).second);
+    return texts;
+}
+
 std::set<std::string> nxParameterSet::GetNames() const
 {
     std::set<std::string> names;

@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "scriptFramework/supervision/nxVorantParameter.h"
 
@@ -31,6 +33,8 @@ public:
     const nxVorantParameter* Find(const std::string& name) const;
 
     std::set<std::string> GetNames() const;
+    // All by name, each as a text. Not noted as read.
+    std::vector<std::pair<std::string, std::string>> GetTexts() const;
     bool WasRead(const std::string& name) const;
     bool WasChanged(const std::string& name) const;
     // Names that were read and that there were none of, the first few.

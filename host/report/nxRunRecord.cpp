@@ -1,68 +1,47 @@
 #include "host/report/nxRunRecord.h"
 
-#include <fcntl.h>
-#include <unistd.h>
+#include <sstream>
 
-#include <cerrno>
-#include <cstring>
-#include <nlohmann/json.hpp>
+#include "host/report/nxJsonWriter.h"
 
 namespace {
 
-// What is printed from then on, by Lua's own print too, goes to standard error.
-std::FILE* TakeStandardOutput()
+// Writes a value as its type tells.
+struct Value
 {
-    std::fflush(stdout);
-    const int output = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-    if (output < 0 || dup2(STDERR_FILENO, STDOUT_FILENO) < 0) return nullptr;
-    return fdopen(output, "wb");
-}
+    nxJsonWriter& json;
+
+    void operator()(std::string_view text) const { json.Text(text); }
+    void operator()(double number) const { json.Number(number); }
+    void operator()(unsigned int count) const { json.Count(count); }
+    void operator()(unsigned long long count) const { json.Count(count); }
+    void operator()(long long number) const { json.Raw(std::to_string(number)); }
+    void operator()(bool value) const { json.Bool(value); }
+    void operator()(nxRunRecord::Json value) const { json.Raw(value.text); }
+    void operator()(const std::map<std::string, std::string>* fields) const
+    {
+        fields != nullptr ? json.Texts(*fields) : json.Null();
+    }
+};
 
 }  // namespace
 
-std::optional<std::string> nxRunRecord::Open(const std::string& path)
-{
-    _path = path;
-    _file.reset(path == "-" ? TakeStandardOutput() : std::fopen(path.c_str(), "wb"));
-    if (_file == nullptr) _NoteFailure();
-    return _failure;
-}
-
 void nxRunRecord::Write(const std::optional<std::string>& time, const std::string& job, const char* type,
-                        Fields fields)
+                        std::span<const Field> fields)
 {
-    nlohmann::ordered_json entry;
-    entry["sequence"] = ++_sequence;
-    if (time) {
-        entry["time"] = *time;
-    } else {
-        entry["time"] = nullptr;
-    }
-    entry["job"] = job;
-    entry["type"] = type;
+    std::ostringstream line;
+    nxJsonWriter json(line);
+    json.BeginObject();
+    json.Key("sequence").Count(++_sequence);
+    json.Key("time");
+    time ? json.Text(*time) : json.Null();
+    json.Key("job").Text(job);
+    json.Key("type").Text(type);
     for (const Field& field : fields) {
-        nlohmann::ordered_json& place = entry[field.name];
-        std::visit(
-            [&place](const auto& value) {
-                if constexpr (std::is_pointer_v<std::remove_cvref_t<decltype(value)>>) {
-                    if (value != nullptr) place = *value;
-                } else {
-                    place = value;
-                }
-            },
-            field.value);
+        json.Key(field.name);
+        std::visit(Value{json}, field.value);
     }
-    const std::string line = entry.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
-    if (std::fwrite(line.data(), 1, line.size(), _file.get()) != line.size()) _NoteFailure();
-}
-
-void nxRunRecord::_NoteFailure()
-{
-    if (!_failure) _failure = _path + ": the record cannot be written: " + std::strerror(errno);
-}
-
-std::optional<std::string> nxRunRecord::Close()
-{
-    if (_file != nullptr && std::fclose(_file.release()) != 0) _NoteFailure();
-    return _failure;
+    json.EndObject();
+    line << "\n";
+    _file.Write(line.view());
 }

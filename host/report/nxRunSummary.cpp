@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "host/feed/nxFeedTime.h"
+#include "host/report/nxResultLines.h"
 
 namespace {
 
@@ -119,6 +120,14 @@ void WriteTrading(Rows& rows, const nxRunStatistics& statistics)
     }
 }
 
+// What the orders of each job and currency come to.
+void WriteMeasures(Rows& rows, const nxResult& result)
+{
+    for (const nxResultData& data : result.results)
+        for (const auto& [label, text] : nxResultLines::Get(data, result.run))
+            rows.Begin(label, data.job ? result.jobs[*data.job].name : "all") << text << "\n";
+}
+
 void WriteFailureRow(std::ostream& out, const nxJobStatistics::Failure& failure)
 {
     out << failure.what.message << " (" << GetPlace(failure);
@@ -130,7 +139,8 @@ void WriteFailureRow(std::ostream& out, const nxJobStatistics::Failure& failure)
 
 }  // namespace
 
-void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statistics, const std::string& end)
+void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statistics, const std::string& end,
+                               const nxResult& result)
 {
     out << "--- summary\n";
     out << "end         " << end << "\n";
@@ -158,6 +168,7 @@ void nxRunSummary::WriteCounts(std::ostream& out, const nxRunStatistics& statist
         }
     }
     WriteTrading(rows, statistics);
+    WriteMeasures(rows, result);
     for (const nxJobStatistics& job : statistics.jobs)
         for (const std::string& text : job.exits)
             rows.Begin("on exit", job.name) << text << "\n";

@@ -5,13 +5,15 @@
 #include <vector>
 
 #include "host/report/nxRunStatistics.h"
+#include "host/results/nxResultRun.h"
 
 // What a run leaves on the screen at its end.
 class nxRunSummary
 {
 public:
     // Counts only, so that the same run prints the same bytes.
-    static void WriteCounts(std::ostream& out, const nxRunStatistics& statistics, const std::string& end);
+    static void WriteCounts(std::ostream& out, const nxRunStatistics& statistics, const std::string& end,
+                            const nxResult& result);
     // What the same run came to under one fill model; failure: why it did not go its whole way.
     struct Model
     {

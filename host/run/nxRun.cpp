@@ -32,6 +32,7 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
               _output.ShowProgress(_source);
           }),
       _output(_state, _clock, out, err),
+      _results(_state, _output),
       _watch([this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
       _source(
           {.isLenient = _options.lenient,
@@ -47,7 +48,7 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
                 [this](const nxFeedEvent& event) { _Show(_markets.Get(event.product), event); }),
       _markets(_source, _options.products, *this, _lateFeed.IsOn()),
       _jobs(_state, _clock, _output, _watch),
-      _trading(_state, _clock, _output, _jobs, _source, _schedule,
+      _trading(_state, _clock, _output, _results, _jobs, _source, _schedule,
                [this](bool reportQueue, nxExchangeObservers observers) {
                    return _MakeExchange(reportQueue, std::move(observers));
                }),
@@ -78,7 +79,6 @@ void nxRun::_RunAll()
         _state.result = nxRunResult::InputFailed;
         return;
     }
-    _state.hasTime = _source.GetFirstTime().has_value();
     // The clock of a script counts whole seconds from the time it is set to.
     _clock.Begin(FloorSecond(_source.GetFirstTime().value_or(0)));
     const nxTimeSource::Installation installation(_clock);
@@ -88,6 +88,7 @@ void nxRun::_RunAll()
     _Guard([&] { _Finish(); });
     _Guard([&] { _stores.Finish(); });
     _watch.Stop();
+    _results.RecordEnd();
     _state.statistics.wallNanoseconds = _clock.GetElapsed().count();
     if (const auto error = _output.CloseRecord()) {
         _state.result = nxRunResult::InputFailed;
@@ -95,6 +96,7 @@ void nxRun::_RunAll()
     }
     _WriteSummary();
     _trading.WriteStories();
+    if (!_options.isInEnvelope) static_cast<void>(WriteResult(std::nullopt));
     // A script that is closed may still look at the jobs that it watches.
     _jobs.Close();
 }
@@ -131,6 +133,11 @@ bool nxRun::_Prepare(std::vector<nxScriptSource>& sources)
         error = _source.GetError().GetText();
     if (!error) error = _stores.Open();
     if (!error) error = _output.OpenRecord();
+    if (!error) {
+        _state.hasTime = _source.GetFirstTime().has_value();
+        _clock.Set(_source.GetFirstTime().value_or(0));
+        error = _results.Open();
+    }
     if (error) _output.Complain(*error);
     return !error;
 }
@@ -138,6 +145,7 @@ bool nxRun::_Prepare(std::vector<nxScriptSource>& sources)
 void nxRun::_Begin(std::vector<nxScriptSource> sources)
 {
     _state.statistics.firstTime = _source.GetFirstTime().value_or(0);
+    if (_state.hasTime) _trading.SetFirstTime(_state.statistics.firstTime);
     _jobs.Make({&_delivery, &_timers, &_trading, &_bars, &_output, &_news, &_stores}, std::move(sources),
                _life);
     _definitions.SetProducts(_options.products);
@@ -211,7 +219,7 @@ void nxRun::_SetTime(long long time, bool isBar)
         _SetClocks(FloorSecond(time));
     // A bar that ends at midnight is of the day before.
     if (time >= _trading.GetNextDay() && !(isBar && time == _trading.GetNextDay())) [[unlikely]]
-        _trading.BeginDay(time);
+        _trading.BeginDay(time, isBar);
     _clock.Set(time);
 }
 
@@ -227,6 +235,7 @@ void nxRun::_Apply(const nxFeedEvent& event)
 {
     constexpr unsigned int progressInterval = 4096;
     _Count(event);
+    _results.CountRows(event.file, event.rows);
     nxMarket& market = _markets.Meet(event);
     if (_lateFeed.IsOn()) [[unlikely]] {
         _ApplyAhead(market, event);
@@ -414,9 +423,19 @@ void nxRun::_WriteSummary()
         for (std::string& note : _options.getNotes())
             _state.statistics.notes.push_back(std::move(note));
     nxNoteNoLatency(_state);
-    nxRunSummary::WriteCounts(_output.GetOut(), _state.statistics, _state.end);
+    _results.Finish(_state.statistics);
+    nxRunSummary::WriteCounts(_output.GetOut(), _state.statistics, _state.end, _results.GetResult());
     _output.GetOut().flush();
     nxRunSummary::WriteSpeed(_output.GetErr(), _state.statistics);
+}
+
+nxRunResult nxRun::WriteResult(std::optional<std::vector<nxResultVariant>> envelope)
+{
+    if (const auto error = _results.Write(std::move(envelope))) {
+        _state.result = nxRunResult::InputFailed;
+        _output.Complain(*error);
+    }
+    return _state.result;
 }
 
 std::unique_ptr<nxVenue> nxRun::_MakeExchange(bool reportQueue, nxExchangeObservers observers) const

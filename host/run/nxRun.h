@@ -18,6 +18,7 @@
 #include "host/run/nxReplayClock.h"
 #include "host/run/nxRunBars.h"
 #include "host/run/nxRunOutput.h"
+#include "host/run/nxRunResults.h"
 #include "host/run/nxRunStores.h"
 #include "host/run/nxRunTimers.h"
 #include "host/run/nxSchedule.h"
@@ -36,6 +37,9 @@ public:
 
     [[nodiscard]] nxRunResult Run();
     const nxRunStatistics& GetStatistics() const { return _state.statistics; }
+    // Writes the result's files: of a run in an envelope once, after all; of others Run() does. The worse of
+    // how the run and how this went.
+    [[nodiscard]] nxRunResult WriteResult(std::optional<std::vector<nxResultVariant>> envelope);
 
 private:
     // All of it, on a thread whose stack is deep enough for scripts.
@@ -79,6 +83,7 @@ private:
     nxRunState _state;
     nxReplayClock _clock;
     nxRunOutput _output;
+    nxRunResults _results;
     nxCallWatch _watch;
     nxRecordedEvents _source;
     nxSchedule _schedule;

@@ -59,6 +59,12 @@ std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& opt
     for (const auto& text : {latency, answerLatency})
         if (text && nxLatencyFile::IsNamedBy(*text)) files.AddInput(*text);
     if (!options.recordFile.empty()) files.AddOutput("--record", options.recordFile);
+    if (options.recordFile == "-" && options.jsonFile == "-")
+        return "standard output can be for --record or for --json, not for both";
+    for (const auto& [option, path] :
+         {std::pair("--json", options.jsonFile), std::pair("--trades", options.tradesFile),
+          std::pair("--equity", options.equityFile)})
+        if (!path.empty()) files.AddOutput(option, path);
     if (!options.storeDirectory.empty())
         for (const std::string& path : nxDataStores::GetFiles(options.storeDirectory))
             files.AddOutput("--store", path);

@@ -149,12 +149,31 @@ nxRunOptions MakeSilent(const nxRunOptions& options, const Variant& variant, con
     nxRunOptions silent = options;
     silent.exchange = variant.exchange;
     silent.feedLatency = variant.feedLatency;
-    silent.recordFile.clear();
+    for (std::string* file : {&silent.recordFile, &silent.jsonFile, &silent.tradesFile, &silent.equityFile})
+        file->clear();
     if (!silent.storeDirectory.empty()) silent.storeImage = stores;
     silent.explain.clear();
     silent.getNotes = nullptr;
     silent.speed = 0.0;
     return silent;
+}
+
+// The table's rows, for the result.
+std::vector<nxResultVariant> Tell(const std::vector<nxRunSummary::Model>& models)
+{
+    std::vector<nxResultVariant> rows;
+    for (const nxRunSummary::Model& model : models) {
+        for (const nxJobStatistics& job : model.statistics.jobs) {
+            std::vector<nxTradingStatistics::Money> money = job.trading.money;
+            if (money.empty()) money.emplace_back();
+            for (const nxTradingStatistics::Money& sum : money)
+                rows.push_back(
+                    {model.name, job.name, sum.currency.IsUndefined() ? "" : sum.currency.GetAsString(),
+                     job.trading.orders, job.trading.fills, job.trading.volume, sum.fees.GetAsDouble(),
+                     sum.profit.GetAsDouble(), sum.drawdown.GetAsDouble()});
+        }
+    }
+    return rows;
 }
 
 nxRunSummary::Model RunSilently(const nxRunOptions& options, const std::string& name, nxRunResult& result)
@@ -189,6 +208,7 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
     const std::string stores =
         options.storeDirectory.empty() ? std::string() : nxDataStores::TakeImage(options.storeDirectory);
     main.progressLabel = "as given";
+    main.isInEnvelope = true;
     nxRun run(main, out, err);
     nxRunResult worst = run.Run();
     const Reach reach(run.GetStatistics());
@@ -222,5 +242,5 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
             << (isInterrupted() ? ": interrupted\n" : ": the run itself did not go to its end\n");
     if (left.empty() && reach.IsEmpty()) out << "note        without orders all models come to the same\n";
     out.flush();
-    return worst;
+    return std::max(worst, run.WriteResult(Tell(models)));
 }

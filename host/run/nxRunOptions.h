@@ -13,6 +13,7 @@
 #include "host/feed/nxFileForm.h"
 #include "host/jobs/nxJobOptions.h"
 #include "host/market/nxProductDescription.h"
+#include "host/results/nxRoundTrip.h"
 #include "host/run/nxParameterChange.h"
 
 // What a run is asked to do.
@@ -30,6 +31,12 @@ struct nxRunOptions
     nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
     nxLatency feedLatency;       // by which market data reach the scripts later than the exchange
     std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
+    double equityStep = 0.0;     // change of the profit that the record tells; 0: only at the ends of days
+    nxDecimal capital;           // that returns are measured by; null: none
+    nxMatching roundTrips = nxMatching::Fifo;
+    // Where to write the result, its round trips and its equity; empty: nowhere.
+    std::string jsonFile, tradesFile, equityFile;
+    bool isInEnvelope = false;   // more runs follow, with which the result is written
     std::string storeDirectory;  // where the data stores of scripts are kept; empty: there are none
     std::optional<std::string>
         storeImage;                     // what they begin with, in place of the directory: see nxDataStores
@@ -55,6 +62,9 @@ struct nxRunOptions
     std::function<std::vector<std::string>()> getNotes;
     // Set from elsewhere, such as a signal handler, to end the run after the current event.
     const std::atomic<bool>* interrupted = nullptr;
+
+    // More than the summary tells.
+    bool IsDetailWanted() const { return !jsonFile.empty() || !tradesFile.empty() || !equityFile.empty(); }
 };
 
 // As the exit status of a process.

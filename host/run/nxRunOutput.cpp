@@ -48,6 +48,7 @@ void nxRunOutput::Record(const nxLaunchedJob& job, const char* type, nxRunRecord
 void nxRunOutput::RecordAt(long long time, const std::string& job, const char* type,
                            nxRunRecord::Fields fields)
 {
+    if (_entries != nullptr) _entries->Take(time, job, type, fields);
     if (!_record.IsOpen()) return;
     const auto stamp =
         _state.hasTime ? std::optional(nxFeedTime::GetAsString(time)) : std::optional<std::string>();

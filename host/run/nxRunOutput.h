@@ -8,6 +8,7 @@
 #include "host/feed/nxRecordedEvents.h"
 #include "host/jobs/nxOutputServices.h"
 #include "host/report/nxProgressBar.h"
+#include "host/report/nxRunEntries.h"
 #include "host/run/nxCallWatch.h"
 #include "host/run/nxRunClock.h"
 #include "host/run/nxRunState.h"
@@ -29,7 +30,15 @@ public:
     void Record(const nxLaunchedJob& job, const char* type, nxRunRecord::Fields fields) override;
     // Of what happened at a time of its own, to a job or, without a name, to the run.
     void RecordAt(long long time, const std::string& job, const char* type, nxRunRecord::Fields fields);
-    bool IsRecording() const override { return _record.IsOpen(); }
+    // The same of the run itself, now.
+    void RecordRun(const char* type, nxRunRecord::Fields fields) { RecordAt(_clock.Get(), "", type, fields); }
+    void RecordNow(const std::string& job, const char* type, nxRunRecord::Fields fields)
+    {
+        RecordAt(_clock.Get(), job, type, fields);
+    }
+    bool IsRecording() const override { return _record.IsOpen() || _entries != nullptr; }
+    // Who is told what is recorded, too; outlives it.
+    void SetEntries(nxRunEntries* entries) { _entries = entries; }
 
     // A line for the person who watches the run, of the run itself.
     void Log(const std::string& text);
@@ -55,4 +64,5 @@ private:
     nxProgressBar _progress;
     bool _hasToldToKill = false;
     nxRunRecord _record;
+    nxRunEntries* _entries = nullptr;
 };

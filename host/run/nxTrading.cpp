@@ -7,14 +7,17 @@
 
 #include "host/feed/nxFeedTime.h"
 
-nxTrading::nxTrading(nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxJobList& jobs,
-                     const nxEventSource& source, nxSchedule& schedule, MakeVenue makeVenue)
+nxTrading::nxTrading(nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxRunResults& results,
+                     nxJobList& jobs, const nxEventSource& source, nxSchedule& schedule, MakeVenue makeVenue)
     : _state(state),
       _clock(clock),
       _output(output),
+      _results(results),
       _jobs(jobs),
       _source(source),
       _schedule(schedule),
+      _ledger(&results.GetCollector()),
+      _record(output, state, _ledger, results.GetCollector()),
       _makeVenue(std::move(makeVenue))
 {
     _schedule.SetTask(nxDue::Venue, [this] {
@@ -43,9 +46,9 @@ void nxTrading::_Open()
     });
     nxExchangeObservers observers{&_ledger};
     if (_output.IsRecording()) observers.push_back(&_record);
+    observers.push_back(&_results.GetCollector());
     if (_stories) observers.push_back(&*_stories);
     _venue = _makeVenue(reportQueue, std::move(observers));
-    _nextDay = nxFeedTime::GetNextMidnight(_clock.Get());
     for (Market& market : _markets)
         if (market.market != nullptr) _AddToVenue(market);
     _Reschedule();
@@ -77,6 +80,8 @@ void nxTrading::_AddToVenue(Market& added)
                                    _IsOfBars(market), known != nullptr ? known->GetBarPeriod() : 0};
     added.venueProduct = _venue->AddProduct(product);
     _ledger.AddProduct(added.none, market.GetAtVenue());
+    _results.GetCollector().AddProduct(added.none, market.GetAtVenue());
+    _results.AddProduct(market);
     _record.WriteProduct(market, product, _clock.Get());
     const bool isOpen =
         product.IgnoresHours() ? !market.isFresh : market.product.GetState() == nxAlgoStateObject::Open;
@@ -115,11 +120,15 @@ void nxTrading::OnMarketState(const nxMarket& market)
 
 void nxTrading::OnEvent(const nxMarket& market, const nxFeedEvent& event)
 {
+    _results.OnMarket(market, event.time);
     if (_venue == nullptr) return;
     _isAmongBars = event.kind == nxFeedKind::Bar;
     const unsigned int product = _markets[market.index].venueProduct;
+    nxResultCollector& collector = _results.GetCollector();
+    collector.BeginRow(product, event.time);
     _venue->OnEvent(product, event);
     _ledger.Mark(product, _isAmongBars ? &event.bar : nullptr);
+    collector.EndRow(product);
     _Reschedule();
 }
 
@@ -192,8 +201,19 @@ void nxTrading::DeliverPositions()
     }
 }
 
-void nxTrading::BeginDay(long long time)
+long long nxTrading::_GetDayEnd(long long time, bool isBar)
 {
+    return nxFeedTime::GetNextMidnight(isBar ? nxTime::GetEarlier(time, 1) : time);
+}
+
+void nxTrading::_EndDay()
+{
+    if (_nextDay != nxTime::Never) _results.EndDay(nxFeedTime::GetDay(nxTime::GetEarlier(_nextDay, 1)));
+}
+
+void nxTrading::BeginDay(long long time, bool isBar)
+{
+    _EndDay();
     for (Market& market : _markets) {
         if (market.market == nullptr) continue;
         const nxMarketProduct& shown = market.market->product;
@@ -205,7 +225,7 @@ void nxTrading::BeginDay(long long time)
             product->ShowPosition(market.everybody);
         }
     }
-    _nextDay = nxFeedTime::GetNextMidnight(time);
+    _nextDay = _GetDayEnd(time, isBar);
 }
 
 void nxTrading::PullOrders(nxTradingJob& job)
@@ -228,9 +248,12 @@ void nxTrading::_Flatten(nxTradingJob& job)
 
 void nxTrading::Finish()
 {
-    if (_venue == nullptr) return;
-    _TakeLastAnswers();
-    _FlattenAtEnd();
+    if (_venue != nullptr) {
+        _TakeLastAnswers();
+        _FlattenAtEnd();
+    }
+    _EndDay();
+    _results.GetCollector().Finish(_state.statistics.lastTime);
 }
 
 // Why a position cannot be closed by what is shown at the end of the run; null when it can.

@@ -15,6 +15,7 @@
 #include "host/report/nxOrderStories.h"
 #include "host/run/nxAnswerChains.h"
 #include "host/run/nxJobList.h"
+#include "host/run/nxRunResults.h"
 #include "host/run/nxSchedule.h"
 #include "host/run/nxTradingRecord.h"
 
@@ -30,8 +31,8 @@ public:
         std::function<std::unique_ptr<nxVenue>(bool reportQueue, nxExchangeObservers observers)>;
 
     // All outlive it.
-    nxTrading(nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxJobList& jobs,
-              const nxEventSource& source, nxSchedule& schedule, MakeVenue makeVenue);
+    nxTrading(nxRunState& state, const nxRunClock& clock, nxRunOutput& output, nxRunResults& results,
+              nxJobList& jobs, const nxEventSource& source, nxSchedule& schedule, MakeVenue makeVenue);
 
     void AddMarket(nxMarket& market);
     // Begins the product's account with nothing in it.
@@ -51,7 +52,10 @@ public:
 
     // Days of the accounts are those of the market's figures, in UTC.
     long long GetNextDay() const { return _nextDay; }
-    void BeginDay(long long time);
+    // The data begin at that time, which may be the end of a day's last bar.
+    void SetFirstTime(long long time) { _nextDay = _GetDayEnd(time, true); }
+    // isBar: with a bar, which at midnight is of the day before.
+    void BeginDay(long long time, bool isBar);
 
     // Of a job that ends while the others go on.
     void PullOrders(nxTradingJob& job);
@@ -94,6 +98,8 @@ private:
     // Of one job's orders that ended without a fill, by the reason.
     using Ends = std::map<std::string, unsigned long long>;
 
+    static long long _GetDayEnd(long long time, bool isBar);
+    void _EndDay();
     void _Open();
     void _AddToVenue(Market& market);
     void _Reschedule();
@@ -110,20 +116,21 @@ private:
     nxRunState& _state;
     const nxRunClock& _clock;
     nxRunOutput& _output;
+    nxRunResults& _results;
     nxJobList& _jobs;
     const nxEventSource& _source;
     nxSchedule& _schedule;
     std::vector<Market> _markets;            // by index; empty where none was met
     std::optional<nxOrderStories> _stories;  // where some are asked for
     nxLedger _ledger;
-    nxTradingRecord _record{_output, _state, _ledger};
+    nxTradingRecord _record;
     std::unique_ptr<nxVenue> _venue;  // from the first order on
     const MakeVenue _makeVenue;
     std::vector<nxHostOrder*> _orders;          // as they came to be
     std::vector<nxHostOrder*> _ordersByNumber;  // from 1; null: no job knows of it yet
     std::optional<nxExchangeEvent> _answer;     // taken from the venue, and not delivered
     std::deque<std::pair<nxJobRunner*, nxHostProduct*>> _positions;  // to be told of
-    long long _nextDay = nxTime::Never;                              // of the accounts, once there is a venue
+    long long _nextDay = nxTime::Never;                              // once the data have a row
     bool _isAmongBars = false;  // what comes next may be a bar of the same time
     nxAnswerChains _chains;
     std::vector<Ends> _ends;  // by the index of the job

@@ -75,6 +75,8 @@ void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEven
          {"maker", event.isMaker},
          {"cause", nxGetName(event.cause)},
          {"row", _state.statistics.GetRowEventCount()},
+         {"mid", Number(_results.GetDecisionPrice(order.id))},
+         {"pointValue", Number(account.GetPointValue())},
          {"fee", Number(account.GetFee(event.fillPrice, event.fillVolume, event.isMaker))},
          {"position", keeper.GetNet()},
          {"mark", keeper.GetNet() == 0 ? std::numeric_limits<double>::quiet_NaN() : Number(mark)},

@@ -4,6 +4,7 @@
 #include "host/exchange/nxExchangeObserver.h"
 #include "host/exchange/nxVenue.h"
 #include "host/market/nxMarket.h"
+#include "host/results/nxResultCollector.h"
 #include "host/run/nxRunOutput.h"
 
 // What the record of a run tells of its money, so that a reader can count it again: the terms of each product
@@ -13,8 +14,9 @@ class nxTradingRecord : public nxExchangeObserver
 {
 public:
     // All outlive it. The ledger is told of each fill before the record is.
-    nxTradingRecord(nxRunOutput& output, const nxRunState& state, const nxLedger& ledger)
-        : _output(output), _state(state), _ledger(ledger)
+    nxTradingRecord(nxRunOutput& output, const nxRunState& state, const nxLedger& ledger,
+                    const nxResultCollector& results)
+        : _output(output), _state(state), _ledger(ledger), _results(results)
     {
     }
 
@@ -33,5 +35,6 @@ private:
     nxRunOutput& _output;
     const nxRunState& _state;
     const nxLedger& _ledger;
+    const nxResultCollector& _results;
     bool _hasTerms = false;
 };

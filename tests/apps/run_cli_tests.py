@@ -13,8 +13,10 @@ import gzip
 import io
 import json
 import lzma
+import math
 import os
 import pty
+import random
 import resource
 import signal
 import sqlite3
@@ -260,7 +262,76 @@ def test_record_repeats_to_the_byte(program):
     with open("one.jsonl", "rb") as one:
         require(piped.stdout == one.read() and b"--- summary" in piped.stderr, "the record on standard output differs")
     require([entry["sequence"] for entry in entries] == list(range(1, len(entries) + 1)), "a gap in the sequence")
-    require(len(entries) > 20 and entries[-1]["type"] == "jobStopped", repr(entries[-1]))
+    require(len(entries) > 20 and entries[-1]["type"] == "end", repr(entries[-1]))
+
+
+def test_measures_counted_again(program):
+    """Of the days of a record, by a second program: the ratios and the bootstrap to the last digit."""
+    chance, price = random.Random(1), 1000
+    with open("days.csv", "w") as file:
+        file.write(QUOTES)
+        for hour in range(1000):
+            price += chance.randint(-9, 9)
+            file.write(f"{1_700_000_000 + 3600 * hour},SIM,{price / 100},9,{(price + 1) / 100},9,{price / 100},1,BUY\n")
+    execute(program, ["run", "moving_average.lua", "--data", "days.csv", "--param", "slow=10", "--param", "fast=3", "--record", "days.jsonl",
+                      "--json", "days.json", "--seed", "7"])
+    with open("days.json") as file:
+        result = json.load(file)
+    profits = [entry["profit"] for entry in read_record("days.jsonl") if entry["type"] == "day"]
+    # Exact before they are doubles again.
+    days = [float(round((b - a) * 100)) / 100 for a, b in zip([0.0] + profits, profits)]
+    count, year = len(days), result["run"]["daysPerYear"]
+
+    def mean(numbers):
+        total = 0.0
+        for number in numbers:
+            total += number
+        return total / len(numbers)
+
+    def sharpe(numbers):
+        middle, squares = mean(numbers), 0.0
+        for number in numbers:
+            squares += (number - middle) ** 2
+        deviation = math.sqrt(squares / (len(numbers) - 1))
+        return middle / deviation * math.sqrt(year) if deviation else None
+
+    def interval(statistic):
+        state, length, found = 7, max(1, round(count ** (1 / 3))), []
+
+        def draw():
+            nonlocal state
+            state = mixed = (state + 0x9E3779B97F4A7C15) % 2**64
+            mixed = (mixed ^ mixed >> 30) * 0xBF58476D1CE4E5B9 % 2**64
+            mixed = (mixed ^ mixed >> 27) * 0x94D049BB133111EB % 2**64
+            return ((mixed ^ mixed >> 31) >> 11) / 2**53
+        for _ in range(1000):
+            place, drawn = int(draw() * count), []
+            for _ in range(count):
+                drawn.append(days[place])
+                place = int(draw() * count) if draw() < 1 / length else (place + 1) % count
+            found.append(statistic(drawn))
+        found.sort()
+        return [found[25], found[-26]]
+
+    tail = sorted(days)[:-(-count // 20)]
+    wins = [row[7] for row in result["results"][0]["roundTrips"]["rows"] if row[7] > 0]
+    measures = result["results"][0]["measures"]
+    for name, again in (("meanDay", mean(days)), ("sharpe", sharpe(days)), ("var95", -tail[-1]), ("es95", -mean(tail)),
+                        ("bestDay", max(days)), ("winRate", len(wins) / measures["roundTrips"]), ("netProfit", profits[-1])):
+        require(measures[name] == again, f"{name} {measures[name]}, counted again {again}")
+    require(result["results"][0]["intervals"] == {"sharpe": interval(sharpe), "meanDay": interval(mean)},
+            f"intervals {result['results'][0]['intervals']}, counted again {interval(sharpe)} {interval(mean)}")
+    require(count >= 40 and measures["roundTrips"] > 30, f"{count} days, {measures['roundTrips']} round trips")
+
+
+def test_results_that_cannot_be_written(program):
+    arguments = ["run", "moving_average.lua", "--data", "demo_quotes.csv.gz"]
+    for option in ("--json", "--trades", "--equity"):
+        result = execute(program, arguments + [option, "/dev/full"])
+        require(result.returncode == 2 and b"/dev/full: the " in result.stderr and b" cannot be written: " in result.stderr,
+                f"{option}: {result.returncode} {result.stderr}")
+    piped = execute(program, arguments + ["--json", "-"])
+    require(json.loads(piped.stdout)["result"] == 1 and b"--- summary" in piped.stderr, "the result on standard output differs")
 
 
 def rows_of_store(folder):
@@ -332,7 +403,7 @@ def test_interrupted(program):
         check_text("standard output", out.decode(), ["20240108:14:30:00.000  bye\n", END + "interrupted\n", "\nevents      1 quote\n"])
         check_text("standard error", err.decode(), ["--- speed"])
         require([entry["type"] for entry in read_record("slow.jsonl")] ==
-                ["timerStart", "jobStarted", "log", "log", "jobStopped"], "the record is not whole")
+                ["run", "timerStart", "jobStarted", "log", "log", "jobStopped", "end"], "the record is not whole")
 
 
 KEEPER = """\

@@ -80,9 +80,51 @@ def check_options(program):
         yield from compare(f"algoserver {command}", documented | {"-h", "--help"}, real)
 
 
+TYPES = {"object": dict, "array": list, "string": str, "number": (int, float), "integer": int, "boolean": bool, "null": type(None)}
+
+
+def misfits(value, schema, path=""):
+    """Where a value is not as a schema of docs/ has it; of JSON Schema the part that they use."""
+    if "oneOf" in schema:
+        schema = next((one for one in schema["oneOf"] if one["properties"]["type"]["const"] == value.get("type")), {"enum": []})
+    types = schema.get("type", [])
+    allowed = [TYPES[name] for name in ([types] if isinstance(types, str) else types)]
+    if allowed and not any(isinstance(value, kind) and (kind is bool or not isinstance(value, bool)) for kind in allowed) or \
+            value not in schema.get("enum", [value]) or value != schema.get("const", value) or \
+            isinstance(value, str) and not re.search(schema.get("pattern", ""), value):
+        yield f"{path}: {str(value)[:40]}"
+    elif isinstance(value, dict):
+        known, others = schema.get("properties", {}), schema.get("additionalProperties", {})
+        yield from (f"{path}: no {key}" for key in schema.get("required", []) if key not in value)
+        for key, part in value.items():
+            yield from misfits(part, known.get(key, others or {"enum": []}), f"{path}.{key}")
+    elif isinstance(value, list):
+        if not schema.get("minItems", 0) <= len(value) <= schema.get("maxItems", len(value)):
+            yield f"{path}: {len(value)} items"
+        for part in value:
+            yield from misfits(part, schema.get("items", {}), path)
+
+
+def check_schemas(program):
+    """What the documented runs of the examples write is as the schemas say, and the page has the measures that there are."""
+    forms = {name: json.loads(read(f"docs/{name}.schema.json")) for name in ("result", "run-record")}
+    for script in [None, *sorted((ROOT / "examples").glob("*.lua"))]:
+        if script:
+            command = re.search(r"algoserver run (.*)", re.sub(r"\\\n-- *", "", script.read_text()))[1].split()
+            run(program, "run", *command, "--record", "record.jsonl", "--json", "result.json", "--capital", "1000000")
+            result = json.loads(pathlib.Path("result.json").read_text())
+            yield from (f"{script.name}, result{fault}" for fault in misfits(result, forms["result"]))
+        lines = pathlib.Path("record.jsonl").read_text().splitlines()
+        for line in lines[:500] + lines[-500:]:
+            yield from (f"{script and script.name}, record{fault}" for fault in misfits(json.loads(line), forms["run-record"]))
+    real = {" | ".join((f"`{m['name']}`", m["title"], m["unit"], m["formula"])) for m in result["definitions"]}
+    rows = re.findall(r"^\| (`.*) \| [^|]*\|$", section("docs/results.md", "## The measures"), re.M)
+    yield from compare("measures", set(rows), real)
+
+
 def check_record(program):
     run(program, "run", "one.lua", "two.lua", "--data", str(ROOT / "examples/data/demo_quotes.csv.gz"),
-        "--on-error", "continue", "--record", "record.jsonl")
+        "--on-error", "continue", "--record", "record.jsonl", "--equity-step", "0.01")
     real = set()
     for line in pathlib.Path("record.jsonl").read_text().splitlines():
         entry = json.loads(line)
@@ -94,7 +136,7 @@ def check_record(program):
         types = re.findall(r"`(\w+)`", types)
         keys = set(re.findall(r'"(\w+)":', example))
         documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
-    for name in ("order", "orderEvent", "exchange", "product", "fill", "result", "money"):
+    for name in ("run", "end", "order", "orderEvent", "exchange", "product", "fill", "trip", "day", "equity", "result", "money"):
         keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
         documented |= {f"{name}.{key}" for key in keys} | {name}
     documented -= {"userLog.price", "userLog.why"}  # the example's fields
@@ -178,8 +220,8 @@ def main():
         os.symlink(ROOT / "examples", "examples")
         for name, text in RECORD.items():
             pathlib.Path(name).write_text(text)
-        faults = [fault for check in (check_options, check_record, check_product_keys, check_embedding, check_references,
-                                       check_quotations)
+        faults = [fault for check in (check_options, check_record, check_product_keys, check_embedding, check_references, check_quotations,
+                                       check_schemas)
                   for fault in check(program)]
         os.chdir("/")
     print("\n".join(faults) or "the docs hold")

@@ -22,7 +22,8 @@
 //   log: LINES              what stands above the summary; here and in the summary " | " parts two lines, too
 //   errors: LINES           standard error, without the speed
 //   summary: ROWS           all that have the labels of these, and at last the labels that no row has
-//   record: LINES           those of --record
+//   record: LINES           those of --record, but for the first, which has hashes
+//   result: LINES           of --json, each a place and what is there: /results/0/measures/netProfit 4.5
 //
 // Of times on 8 January 2024 the date is left out, and at 14:30 that, too: 14:31:00, 12.5.
 #include <gtest/gtest.h>
@@ -33,6 +34,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -47,7 +49,7 @@ const std::map<std::string, std::string> Headers = {
     {"depth", "time,product,side,price,volume\n"},
     {"bars", "time,product,open,high,low,close,volume\n"}};
 const std::set<std::string> Causes = {"run", "script", "quotes", "depth", "bars", "products", "file", "exit"};
-const std::set<std::string> Effects = {"log", "errors", "summary", "record"};
+const std::set<std::string> Effects = {"log", "errors", "summary", "record", "result"};
 
 struct Section
 {
@@ -229,6 +231,8 @@ private:
                 options += " " + text.substr(0, text.size() - 1);
             } else if (key == "record") {
                 options += " --record record.jsonl";
+            } else if (key == "result") {
+                options += " --json result.json";
             }
         }
         return "cd '" + _folder + "' && '" NX_ALGOSERVER "' run" + scripts + " --module '" + Folder +
@@ -248,7 +252,22 @@ private:
         EXPECT_EQ(log, _scenario.Get("log", log));
         EXPECT_EQ(ChooseRows(out.substr(summary), _scenario.Get("summary", "")),
                   _scenario.Get("summary", ""));
-        EXPECT_EQ(Load(_folder + "record.jsonl"), _scenario.Get("record", ""));
+        const std::string record = Load(_folder + "record.jsonl");
+        EXPECT_EQ(record.substr(record.find('\n') + 1), _scenario.Get("record", ""));
+        if (!_scenario.Get("result", "").empty()) ExpectResult();
+    }
+
+    void ExpectResult()
+    {
+        std::ifstream stream(_folder + "result.json");
+        const nlohmann::json result = nlohmann::json::parse(stream);
+        for (const std::string& line : Split(_scenario.Get("result", ""), '\n')) {
+            const std::size_t blank = line.find(' ');
+            const nlohmann::json::json_pointer place(line.substr(0, blank));
+            EXPECT_EQ(result.contains(place) ? result[place] : "nothing",
+                      nlohmann::json::parse(line.substr(blank)))
+                << line;
+        }
     }
 
     const Scenario _scenario;

@@ -234,7 +234,7 @@ def check_unreadable(base, data):
     lines = text.splitlines(keepends=True)
     rows = pathlib.Path(data).read_text().splitlines(keepends=True)
     cases = {"cut.jsonl": (text[:-20], data, 2, "is no line of a record"),
-             "no_end.jsonl": ("".join(lines[:-1]), data, 2, "has no end: .* there is no money"),
+             "no_end.jsonl": ("".join(lines[:-1]), data, 2, "has no end: .* there is no end"),
              "half.jsonl": ("".join(lines[:len(lines) // 2]), data, 2, "has no end: .* there is no jobStopped"),
              "gap.jsonl": ("".join(lines[:9] + lines[10:]), data, 1, "a line is missing"),
              "few.jsonl": (text, "few.csv", 2, "goes on where the data end"),

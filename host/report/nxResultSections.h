@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "host/report/nxJsonWriter.h"
+#include "host/results/nxMeasures.h"
+
+// Parts of the result document, each some keys of the object that is open.
+
+// What was run: scripts, modules, data, settings, seed and capital.
+void nxWriteRunFacts(nxJsonWriter& json, const nxResultRun& run);
+// Months, breakdowns, drawdowns and histograms of a result.
+void nxWriteSummaries(nxJsonWriter& json, const nxResult& result, const nxMeasureBasis& basis);
+// Its equity, round trips and orders.
+void nxWriteSeries(nxJsonWriter& json, const nxResult& result, const nxResultData& data);
+// Products, lines, log and failures of the run.
+void nxWriteMarkets(nxJsonWriter& json, const nxResult& result);
+
+// Empty for products without one.
+inline std::string nxGetCurrency(const nxResultData& data)
+{
+    return data.currency.IsUndefined() ? "" : data.currency.GetAsString();
+}

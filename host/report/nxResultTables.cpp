@@ -1,0 +1,91 @@
+#include "host/report/nxResultTables.h"
+
+#include <algorithm>
+
+#include "base/values/nxStringHelper.h"
+#include "host/report/nxResultSections.h"
+#include "host/report/nxResultText.h"
+
+namespace {
+
+// Quoted where it holds a comma, a quote or a line end.
+std::string Cell(const std::string& text)
+{
+    if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
+    std::string quoted = "\"";
+    for (const char character : text)
+        quoted += character == '"' ? std::string("\"\"") : std::string(1, character);
+    return quoted + "\"";
+}
+
+void WriteRow(std::ostream& out, const std::vector<std::string>& cells)
+{
+    for (std::size_t i = 0; i < cells.size(); ++i)
+        out << (i == 0 ? "" : ",") << Cell(cells[i]);
+    out << "\n";
+}
+
+std::string GetJob(const nxResult& result, const nxResultData& data)
+{
+    return data.job ? result.jobs[*data.job].name : std::string();
+}
+
+}  // namespace
+
+void nxResultTables::WriteTrips(std::ostream& out, const nxResult& result)
+{
+    out << "job,currency,product,side,volume,entryTime,exitTime,entryPrice,exitPrice,profit,fees,mae,mfe,"
+           "entryOrder,"
+           "exitOrder\n";
+    for (const nxResultData& data : result.results) {
+        if (!data.job) continue;
+        std::vector<const nxRoundTrip*> trips;
+        for (const nxRoundTrip& trip : data.trips)
+            trips.push_back(&trip);
+        std::ranges::stable_sort(trips, {}, [](const auto* trip) { return trip->exitTime; });
+        for (const nxRoundTrip* trip : trips) {
+            std::vector<std::string> cells = {GetJob(result, data),
+                                              nxGetCurrency(data),
+                                              result.products[trip->product].name,
+                                              nxGetText(trip->side),
+                                              std::to_string(trip->volume),
+                                              nxResultText::GetTime(trip->entryTime),
+                                              nxResultText::GetTime(trip->exitTime)};
+            for (const double number : {trip->entryPrice, trip->exitPrice, trip->profit.GetAsDouble(),
+                                        trip->fees.GetAsDouble(), trip->mae, trip->mfe})
+                cells.push_back(nxJsonWriter::GetNumber(number));
+            cells.push_back(std::to_string(trip->entryOrder));
+            cells.push_back(std::to_string(trip->exitOrder));
+            WriteRow(out, cells);
+        }
+    }
+}
+
+void nxResultTables::WriteEquity(std::ostream& out, const nxResult& result)
+{
+    out << "job,currency,time,profit,equity,drawdown,exposure\n";
+    const double capital = result.run.capital.value_or(0.0);
+    for (const nxResultData& data : result.results) {
+        const auto write = [&](long long time, double profit, double drawdown, double exposure) {
+            std::vector<std::string> cells = {GetJob(result, data), nxGetCurrency(data),
+                                              nxResultText::GetTime(time)};
+            for (const double number : {profit, capital + profit, drawdown, exposure})
+                cells.push_back(nxJsonWriter::GetNumber(number));
+            WriteRow(out, cells);
+        };
+        auto day = data.days.begin();
+        nxEquityBucket latest;
+        // The last moment of a day, with what was true by then.
+        const auto writeDays = [&](long long until) {
+            for (; day != data.days.end() && (day->day + 1) * nxTime::NanosecondsPerDay <= until; ++day)
+                write((day->day + 1) * nxTime::NanosecondsPerDay - 1, day->profit.GetAsDouble(),
+                      latest.drawdown, latest.exposure);
+        };
+        for (const nxEquityBucket& bucket : data.equity.Get()) {
+            writeDays(bucket.time);
+            latest = bucket;
+            write(bucket.time, bucket.close, bucket.drawdown, bucket.exposure);
+        }
+        writeDays(nxTime::Never);
+    }
+}

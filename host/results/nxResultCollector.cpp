@@ -1,0 +1,286 @@
+#include "host/results/nxResultCollector.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "host/exchange/nxExchangeEvent.h"
+#include "host/feed/nxFeedEvent.h"
+#include "host/market/nxMarketProduct.h"
+#include "host/market/nxMidPrice.h"
+
+void nxResultCollector::AddProduct(const nxProductAccount& none, const nxMarketProduct& market)
+{
+    const nxDecimal& pointValue = none.GetPointValue();
+    _products.push_back({none.GetCurrency(), pointValue, &market, nxMarkouts(pointValue), {}, {}, {}});
+}
+
+nxResultCollector::Account& nxResultCollector::_GetAccount(std::optional<unsigned int> job,
+                                                           const nxCurrencyEnum& currency)
+{
+    std::vector<std::unique_ptr<Account>>& accounts = job ? _accounts : _all;
+    for (const auto& known : accounts)
+        if (known->data.job == job && known->data.currency == currency) return *known;
+    Account& made = *accounts.emplace_back(std::make_unique<Account>());
+    made.data.job = job;
+    made.data.currency = currency;
+    made.data.drawdowns = nxDrawdowns(_options.capital);
+    for (const long long day : _days) {
+        made.data.days.push_back({day, {}});
+        if (job && _listeners.onDay) _listeners.onDay(made.data, made.data.days.back(), {});
+    }
+    if (job && _options.hasManyJobs) made.all = &_GetAccount(std::nullopt, currency);
+    return made;
+}
+
+nxResultCollector::Holding& nxResultCollector::_Get(unsigned int job, unsigned int number)
+{
+    Product& product = _products[number];
+    for (Holding& known : product.holdings)
+        if (known.job == job) return known;
+    return product.holdings.emplace_back(Holding{job,
+                                                 &_GetAccount(job, product.currency),
+                                                 nxLotBook(number, product.pointValue, _options.matching),
+                                                 {},
+                                                 false,
+                                                 {}});
+}
+
+nxResultCollector::Order& nxResultCollector::_GetOrder(unsigned int number)
+{
+    if (number >= _orders.size()) _orders.resize(number + 1);
+    return _orders[number];
+}
+
+nxDecimal nxResultCollector::GetDecisionPrice(unsigned int order) const
+{
+    return order < _orders.size() ? _orders[order].decision : nxDecimal();
+}
+
+void nxResultCollector::_NoteVolume(const nxExchangeOrder& order, unsigned int volume)
+{
+    Order& known = _GetOrder(order.id);
+    _Get(order.kind.owner, order.kind.product).account->data.orderedVolume += volume - known.volume;
+    known.volume = volume;
+}
+
+void nxResultCollector::OnRequest(const nxExchangeOrder& order, nxOrderRequest request, const nxOrderTerms&,
+                                  const nxMarketProduct& market, long long, long long)
+{
+    nxResultData& data = _Get(order.kind.owner, order.kind.product).account->data;
+    ++data.messages;
+    if (request != nxOrderRequest::New) return;
+    ++data.orders;
+    _GetOrder(order.id).decision = nxGetMidPrice(market.GetPrice());
+    _NoteVolume(order, nxOrderTerms::GetOr(order.terms.volume, 0));
+}
+
+void nxResultCollector::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
+                                const nxMarketProduct& market)
+{
+    using Kind = nxExchangeEvent::Kind;
+    if (event.kind == Kind::QueueMoved) return;
+    if (event.kind == Kind::Filled) return _AddFill(order, event);
+    if (event.kind == Kind::ChildCreated) {
+        ++_Get(order.kind.owner, order.kind.product).account->data.orders;
+        _GetOrder(order.id).decision = nxGetMidPrice(market.GetPrice());
+    }
+    _NoteVolume(order, event.volume);
+    // Nothing is filled any more, of an order that may have closed something.
+    if (event.kind == Kind::Cancelled) {
+        Holding& holding = _Get(order.kind.owner, order.kind.product);
+        holding.lots.CompleteOrder(order.id,
+                                   [&](nxRoundTrip&& trip) { _TakeTrip(holding, std::move(trip)); });
+    }
+}
+
+void nxResultCollector::_AddFill(const nxExchangeOrder& order, const nxExchangeEvent& fill)
+{
+    const nxExactAmount fee = std::exchange(_fee, {});
+    _time = std::max(_time, fill.time);
+    Product& product = _products[order.kind.product];
+    Holding& holding = _Get(order.kind.owner, order.kind.product);
+    nxResultData& data = holding.account->data;
+    ++data.fills;
+    data.executedVolume += fill.fillVolume;
+    if (fill.cause != nxFillCause::OwnOrder) {
+        data.volume += fill.fillVolume;
+        if (fill.isMaker) data.makerVolume += fill.fillVolume;
+    }
+    data.fees += fee;
+    const nxExactAmount money(fill.fillPrice, fill.fillVolume, product.pointValue);
+    data.turnover += money;
+    holding.turnover += money;
+    const nxSide side = order.kind.side;
+    if (const nxDecimal decision = GetDecisionPrice(order.id); decision.IsValid()) {
+        const nxExactAmount over = money - nxExactAmount(decision, fill.fillVolume, product.pointValue);
+        side == nxSide::Buy ? data.slippage += over : data.slippage -= over;
+        data.slippageVolume += fill.fillVolume;
+    }
+    _KeepMid(product);
+    product.markouts.Add(data, side, fill.fillPrice, fill.fillVolume, fill.time);
+    holding.lots.Add({side, fill.fillPrice, fill.fillVolume, fee, order.id, fill.time,
+                      fill.status == nxOrderStatus_Filled},
+                     [&](nxRoundTrip&& trip) { _TakeTrip(holding, std::move(trip)); });
+}
+
+void nxResultCollector::_KeepMid(Product& product)
+{
+    product.mid = nxGetMidPrice(product.market->GetPrice());
+}
+
+void nxResultCollector::_TakeTrip(const Holding& holding, nxRoundTrip&& trip)
+{
+    nxResultData& data = holding.account->data;
+    data.trips.push_back(std::move(trip));
+    if (_listeners.onTrip) _listeners.onTrip(holding.job, data.trips.back());
+}
+
+void nxResultCollector::OnBar(unsigned int job, unsigned int product, const nxFeedBar& bar)
+{
+    nxLotBook& lots = _Get(job, product).lots;
+    lots.See(bar.low);
+    lots.See(bar.high);
+}
+
+void nxResultCollector::OnValue(unsigned int job, unsigned int product, const nxPositionKeeper& position,
+                                const nxDecimal& mark, const nxTradingStatistics::Money& money)
+{
+    Holding& holding = _Get(job, product);
+    Account& account = *holding.account;
+    holding.lots.See(mark);
+    const long long net = position.GetNet();
+    const nxExactAmount exposure(mark, net, _products[product].pointValue);
+    const nxExactAmount change = exposure - holding.exposure;
+    const int opened = (net != 0 ? 1 : 0) - (holding.isOpen ? 1 : 0);
+    holding.exposure = exposure;
+    holding.isOpen = net != 0;
+    const nxExactAmount profitChange = money.profit - account.data.profit;
+    for (Account* each : {&account, account.all}) {
+        if (each == nullptr) continue;
+        _ChangeExposure(*each, change, opened);
+        _See(*each, each->data.profit + profitChange);
+    }
+}
+
+void nxResultCollector::_ChangeExposure(Account& account, const nxExactAmount& change, int opened)
+{
+    account.exposure += change;
+    if (opened == 0) return;
+    if (opened > 0 && account.openPositions++ == 0) account.openSince = _time;
+    if (opened < 0 && --account.openPositions == 0) account.data.openTime += _time - account.openSince;
+}
+
+void nxResultCollector::_See(Account& account, const nxExactAmount& profit)
+{
+    nxResultData& data = account.data;
+    data.profit = profit;
+    data.drawdowns.See(_time, profit);
+    const double value = profit.GetAsDouble();
+    nxEquityBucket sample;
+    sample.time = _time;
+    sample.low = sample.high = sample.close = value;
+    sample.drawdown = data.drawdowns.GetDepth().GetAsDouble();
+    sample.exposure = account.exposure.GetAsDouble();
+    data.equity.Add(sample);
+    if (_listeners.onEquity) _listeners.onEquity(data, _time, sample);
+}
+
+void nxResultCollector::EndDay(long long day, bool hasData)
+{
+    if (!hasData) return;
+    _days.push_back(day);
+    for (Product& product : _products)
+        product.closes.push_back(nxGetMidPrice(product.market->GetPrice()).GetAsDouble());
+    for (const auto* accounts : {&_accounts, &_all}) {
+        for (const auto& account : *accounts) {
+            nxResultData& data = account->data;
+            data.days.push_back({day, data.profit});
+            if (_listeners.onDay && data.job) _listeners.onDay(data, data.days.back(), _GetPrices(*account));
+        }
+    }
+}
+
+nxResultCollector::Prices nxResultCollector::_GetPrices(const Account& account) const
+{
+    Prices prices;
+    for (std::size_t i = 0; i < _products.size(); ++i)
+        if (std::ranges::find(_products[i].holdings, &account, &Holding::account) !=
+            _products[i].holdings.end())
+            prices.emplace_back(static_cast<unsigned int>(i), _products[i].closes.back());
+    return prices;
+}
+
+void nxResultCollector::Finish(long long last)
+{
+    for (Product& product : _products) {
+        // A price of the last row's own time counts.
+        product.markouts.Settle(nxTime::GetLater(last, 1), nxGetMidPrice(product.market->GetPrice()));
+        for (Holding& holding : product.holdings)
+            holding.lots.Complete([&](nxRoundTrip&& trip) { _TakeTrip(holding, std::move(trip)); });
+    }
+    for (const auto* accounts : {&_accounts, &_all})
+        for (const auto& account : *accounts)
+            if (account->openPositions != 0)
+                account->data.openTime += std::max(last, account->openSince) - account->openSince;
+    for (const auto& account : _accounts)
+        _ChooseBenchmark(*account);
+}
+
+void nxResultCollector::_ChooseBenchmark(Account& account) const
+{
+    nxExactAmount most;
+    for (std::size_t i = 0; i < _products.size(); ++i) {
+        nxExactAmount turnover;
+        for (const Holding& holding : _products[i].holdings)
+            if (holding.account == &account || holding.account->all == &account) turnover += holding.turnover;
+        if (!(most - turnover).IsNegative()) continue;
+        most = turnover;
+        account.data.benchmark = static_cast<unsigned int>(i);
+    }
+    if (!account.data.benchmark) return;
+    const std::vector<double>& closes = _products[*account.data.benchmark].closes;
+    const std::size_t before = account.data.days.size() - closes.size();
+    for (std::size_t i = 0; i < closes.size(); ++i)
+        account.data.days[before + i].benchmark = closes[i];
+}
+
+void nxResultCollector::_SumUp(Account& all) const
+{
+    nxResultData& sum = all.data;
+    for (const auto& account : _accounts) {
+        if (account->all != &all) continue;
+        const nxResultData& data = account->data;
+        for (const auto count :
+             {&nxResultData::orders, &nxResultData::messages, &nxResultData::fills,
+              &nxResultData::orderedVolume, &nxResultData::executedVolume, &nxResultData::volume,
+              &nxResultData::makerVolume, &nxResultData::slippageVolume})
+            sum.*count += data.*count;
+        for (const auto amount : {&nxResultData::fees, &nxResultData::turnover, &nxResultData::slippage})
+            sum.*amount += data.*amount;
+        for (std::size_t i = 0; i < nxMarkout::Count; ++i) {
+            sum.markouts[i].sum += data.markouts[i].sum;
+            sum.markouts[i].volume += data.markouts[i].volume;
+            sum.markouts[i].fills += data.markouts[i].fills;
+        }
+        sum.trips.insert(sum.trips.end(), data.trips.begin(), data.trips.end());
+    }
+    std::ranges::stable_sort(sum.trips, {}, &nxRoundTrip::exitTime);
+    _ChooseBenchmark(all);
+}
+
+std::vector<nxResultData> nxResultCollector::TakeResults()
+{
+    std::vector<nxResultData> results;
+    std::ranges::stable_sort(_accounts, {}, [](const auto& account) { return *account->data.job; });
+    for (const auto& all : _all) {
+        if (std::ranges::count(_accounts, all.get(), &Account::all) > 1)
+            _SumUp(*all);
+        else
+            all->data.orders = 0;
+    }
+    for (const auto& account : _accounts)
+        results.push_back(std::move(account->data));
+    for (const auto& all : _all)
+        if (all->data.orders != 0) results.push_back(std::move(all->data));
+    return results;
+}
