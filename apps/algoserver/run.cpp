@@ -154,7 +154,7 @@ void AddData(CLI::App& run, RunArguments& arguments)
     run.add_option("--from", arguments.jobs.from, "Begin at that recorded time")->type_name("TIME");
     run.add_option("--to", arguments.jobs.to, "End there")->type_name("TIME");
     run.add_option("--warmup", arguments.jobs.warmup,
-                   "How much of the data before --from prices, collections and indicators know already")
+                   "How much of the data before --from collections and indicators know already")
         ->type_name("PERIOD");
     run.add_option("--products,-p", options.productFile,
                    "TOML file that describes products: tick size, lot size, point value, currency, legs of "

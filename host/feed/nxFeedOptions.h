@@ -29,8 +29,8 @@ struct nxFeedOptions
     bool takesRowsAsTheyStand = false;
     // Lot sizes of products that nothing else describes.
     std::map<std::string, nxDecimal, std::less<>> lotSizes = {};
-    // The part of the data that counts, in nanoseconds since 1970. Before it come only the changes of books,
-    // which later ones build on.
+    // The part of the data that counts, in nanoseconds since 1970: nothing comes after it, and what is before
+    // it belongs to no history, but to the prices and books that later rows change.
     long long begin = std::numeric_limits<long long>::min();
     long long end = std::numeric_limits<long long>::max();
     // Outlives the feed. Once it is true, waiting for the next bytes of a pipe ends in an error.

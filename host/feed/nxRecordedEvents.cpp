@@ -24,18 +24,11 @@ bool nxRecordedEvents::_IsBefore(const nxFeedEvent& event, long long time,
     return event.time < time;
 }
 
-bool nxRecordedEvents::_Counts(const nxFeedEvent& event, const nxFeedProductTable& products) const
-{
-    return event.kind == nxFeedKind::Depth || !_IsBefore(event, _options.begin, products);
-}
-
 void nxRecordedEvents::_Advance()
 {
     _isAhead = true;
-    do {
-        _next = _feed.Next();
-        if (_next != nullptr) _lastTime = _next->time;
-    } while (_next != nullptr && !_Counts(*_next, _feed.GetProducts()));
+    _next = _feed.Next();
+    if (_next != nullptr) _lastTime = _next->time;
     if (_next != nullptr && !_IsBefore(*_next, _options.end, _feed.GetProducts())) _next = nullptr;
 }
 
@@ -78,11 +71,10 @@ void nxRecordedEvents::ReadAgain(
     options.interrupted = nullptr;
     nxFeed feed(options);
     if (!feed.Open(_paths, _terms)) return;
-    for (unsigned long long i = 0; i < count;) {
+    for (unsigned long long i = 0; i < count; ++i) {
         const nxFeedEvent* const event = feed.Next();
         if (event == nullptr) return;
-        if (!_Counts(*event, feed.GetProducts())) continue;
-        ++i;
+        if (_IsBefore(*event, _options.begin, feed.GetProducts())) continue;
         take(*event, feed.GetProducts().Get(event->product).GetName());
     }
 }

@@ -33,7 +33,7 @@ public:
         if (!_isAhead) _Advance();
         return _next != nullptr;
     }
-    // Of the rows that were read so far, those that do not count among them.
+    // Of the rows that were read so far.
     long long GetLastTime() const { return _lastTime; }
 
     Step Next(long long deadline, long long deadlineOfBars, const nxFeedEvent*& event) override;
@@ -46,7 +46,8 @@ public:
 
     // The first of the files that cannot be read a second time; null when all can.
     const std::string* FindReadOnce() const;
-    // Reads the first `count` events of the files anew, and gives each with the name of its product.
+    // Reads the first `count` events of the files anew, and gives each that is not before the beginning of
+    // the part that counts, with the name of its product.
     void ReadAgain(
         unsigned long long count,
         const std::function<void(const nxFeedEvent& event, const std::string& product)>& take) const;
@@ -54,7 +55,6 @@ public:
 private:
     // A bar of days bears the date of its day, not its end.
     bool _IsBefore(const nxFeedEvent& event, long long time, const nxFeedProductTable& products) const;
-    bool _Counts(const nxFeedEvent& event, const nxFeedProductTable& products) const;
     void _Advance();
 
     const nxFeedOptions _options;

@@ -51,6 +51,25 @@ std::string GetPeriods(const nxRunOptions& options)
     return text.empty() ? "told by the data" : text;
 }
 
+std::string GetGiven(const std::string& text)
+{
+    return text.empty() ? "none" : text;
+}
+
+std::string GetTime(std::optional<long long> time)
+{
+    return time ? nxFeedTime::GetAsString(*time) : "none";
+}
+
+// Of imported data.
+std::string GetLots(const nxRunOptions& options)
+{
+    std::string text;
+    for (const auto& [product, lotSize] : options.lotSizes)
+        text += fmt::format("{}{}={}", text.empty() ? "" : ",", product, lotSize.GetAsString());
+    return text.empty() ? "told by the data" : text;
+}
+
 const char* GetYes(bool value)
 {
     return value ? "yes" : "no";
@@ -75,9 +94,26 @@ std::vector<std::pair<std::string, std::string>> nxGetRunSettings(const nxRunOpt
         {"latency", GetText(exchange.request)},
         {"answer-latency", GetText(exchange.answer)},
         {"feed-latency", GetText(options.feedLatency)},
-        {"bar-time", options.barsBearStart ? "start" : "end"},
+        {"bar-time", !options.barsBearStart   ? "as the files tell"
+                     : *options.barsBearStart ? "start"
+                                              : "end"},
         {"bar-period", GetPeriods(options)},
         {"lenient", GetYes(options.lenient)},
+        {"layout",
+         options.form.layout == nullptr ? "as the files tell" : std::string(options.form.layout->name)},
+        {"columns", GetGiven(options.form.columns)},
+        {"product", GetGiven(options.form.product)},
+        {"zone", options.form.zone == nullptr ? "none" : options.form.zone->GetName()},
+        {"date", options.form.day ? GetTime(*options.form.day * nxTime::NanosecondsPerDay) : "none"},
+        {"date-order", !options.form.isDayFirst   ? "as the files tell"
+                       : *options.form.isDayFirst ? "dmy"
+                                                  : "mdy"},
+        {"price-scale", options.form.priceScale.IsValid() ? options.form.priceScale.GetAsString() : "none"},
+        {"round-volumes", GetYes(options.roundsVolumes)},
+        {"lot-sizes", GetLots(options)},
+        {"from", GetTime(options.from)},
+        {"to", GetTime(options.to)},
+        {"warmup", fmt::format("{}s", options.warmup / nxTime::NanosecondsPerSecond)},
         {"on-error", options.continueOnError ? "continue" : "stop"},
         {"memory-limit",
          options.memoryLimit == 0 ? "none" : fmt::format("{} MiB", options.memoryLimit >> 20)},

@@ -46,9 +46,9 @@ takerFee = 1.7
 RUNS = """
 a.csv                 --fills queue --self-trade meet
 a.csv                 --fills touch --latency 0-40 --param flatten=true --beyond wait
-a.csv                 --fills cross --queue-model back --param protected=true --param away=1
+a.csv                 --fills cross --queue-model back --param protected=true --param away=1 --from 20240108:14:32 --warmup 60s
 a.depth.csv           --fills queue --latency 5 --queue-model power --self-trade cancel-oldest --late-trades 2000
-a.depth.csv           --fills touch --param away=1
+a.depth.csv           --fills touch --param away=1 --from 20240108:14:33:07 --to 20240108:14:36
 a.trades.csv a.depth.csv.gz   --fills queue --param flatten=true
 a.depth.csv a.csv     --fills cross --latency 0.5 --jobs --late-trades 5000 --self-trade refuse
 a.csv b.csv.gz c.csv  --fills queue --products p.toml --jobs --param flatten=true
@@ -56,7 +56,7 @@ a.csv b.csv.gz c.csv  --fills touch --products p.toml --latency 200 --feed-laten
 a.bars.csv            --param chance=0.6 --products p.toml
 a.bars.csv            --param chance=0.6 --bar-time start --bar-period 30s --latency 1-50000 --jobs
 c.csv a.bars.csv      --param chance=0.6 --participation 20 --products p.toml --latency 7
-a.bars.csv            --param chance=0.6 --bar-fills worst --bar-limits through
+a.bars.csv            --param chance=0.6 --bar-fills worst --bar-limits through --from 20240108:14:31 --to 20240108:14:37
 a.bars.csv            --param chance=0.6 --bar-fills mean --latency 1-90000
 """.strip().splitlines()
 
