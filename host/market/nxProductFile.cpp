@@ -171,6 +171,20 @@ void CheckLegs(const Reader& reader, const std::vector<nxProductDescription>& pr
                   "a strategy is among its own legs: " + names + products[order.cycle.front()].name);
 }
 
+// A period that every host knows is the same on all of them.
+nxNamedBars GetNamedBars(const Reader& reader, const toml::value& table)
+{
+    nxNamedBars named;
+    for (const auto& [key, value] : reader.nxTomlFile::GetEntries(table, "bars is no table; write [bars]")) {
+        nxTickDataPeriodEnum known;
+        if (known.SetFromString(key))
+            reader.Refuse(*value, "bars: every script knows " + key + " already; choose another name");
+        if (const char* reason = nxBarTerms::SetFromText(reader.GetText(*value, key), named[key]))
+            reader.Refuse(*value, "bars: " + std::string(reason));
+    }
+    return named;
+}
+
 std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::value& root)
 {
     nxCalendarReader calendars(reader);
@@ -178,8 +192,8 @@ std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::
     std::vector<nxProductDescription> products;
     std::vector<const toml::value*> tables;
     for (const auto& [key, value] : reader.GetEntries(root, "product")) {
-        if (key == "calendar") continue;
-        if (key != "product") reader.RefuseKey(*value, key, "product, calendar");
+        if (key == "calendar" || key == "bars") continue;
+        if (key != "product") reader.RefuseKey(*value, key, "product, calendar, bars");
         for (const toml::value& table : reader.GetTables(*value, "product")) {
             products.push_back(GetProduct(reader, calendars, table));
             tables.push_back(&table);
@@ -192,11 +206,14 @@ std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::
 }  // namespace
 
 bool nxProductFile::Read(const std::string& path, std::vector<nxProductDescription>& products,
-                         nxFeedError& error)
+                         nxFeedError& error, nxNamedBars* bars)
 {
     const Reader reader(path);
     const auto read = [&](const toml::value& root) {
         const std::vector<nxProductDescription> added = GetProducts(reader, root);
+        nxNamedBars named;
+        if (root.contains("bars")) named = GetNamedBars(reader, root.at("bars"));
+        if (bars != nullptr) bars->merge(named);
         products.insert(products.end(), added.begin(), added.end());
     };
     return reader.Read("file of products", read, error);

@@ -24,7 +24,8 @@ std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
 {
     if (const auto error = _FindObstacle(options)) return error;
     nxFeedError error;
-    if (!options.productFile.empty() && !nxProductFile::Read(options.productFile, options.products, error))
+    if (!options.productFile.empty() &&
+        !nxProductFile::Read(options.productFile, options.products, error, &options.namedBars))
         return error.GetText();
     if (const auto fault = MakeJobs(options.jobs)) return fault;
     for (nxJobOptions& job : options.jobs)

@@ -51,7 +51,7 @@ void NoteCollections(nxMarketJob& job, std::vector<std::string>& notes)
                 notes.push_back(fmt::format(
                     "a collection of {} bars of {} stayed empty, since the script never called its "
                     "subscribe()",
-                    collection->GetPeriod().GetAsString(), name));
+                    collection->GetPeriodName(), name));
 }
 
 // Of the orders that were sent; isWanted(order) chooses.

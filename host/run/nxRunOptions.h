@@ -11,6 +11,7 @@
 
 #include "host/exchange/nxSimulatedExchange.h"
 #include "host/jobs/nxJobOptions.h"
+#include "host/market/nxBarTerms.h"
 #include "host/market/nxProductDescription.h"
 #include "host/run/nxParameterChange.h"
 
@@ -23,7 +24,8 @@ struct nxRunOptions
     std::vector<std::string> data;
     // Legs are products of this list and no strategy is among its own, as nxProductFile sees to.
     std::vector<nxProductDescription> products;
-    std::string productFile;     // where they come from
+    nxNamedBars namedBars;       // periods that scripts may ask for beside those that every host knows
+    std::string productFile;     // where these come from
     bool watchProducts = false;  // take over what changes in that file; such a run does not repeat
     std::chrono::milliseconds watchInterval{1000};  // of real time, between looks at it
     nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
