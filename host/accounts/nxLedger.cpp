@@ -34,7 +34,7 @@ void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& even
     }
     job.AddFill(event.fillVolume, event.isMaker, event.cause);
     Holding& holding = _Get(order.kind.owner, order.kind.product);
-    holding.account.AddFill(order.kind.side, event.fillPrice, event.fillVolume, event.isMaker);
+    _lastFee = holding.account.AddFill(order.kind.side, event);
     holding.isFilled = true;
     _filled.emplace_back(order.kind.owner, order.kind.product);
 }

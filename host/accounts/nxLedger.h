@@ -20,7 +20,8 @@ public:
     {
         _products.push_back({none, &market, {}});
     }
-    const nxProductAccount& GetEmptyAccount(unsigned int product) const { return _products[product].none; }
+    // Of the fill that was booked last, for those who look on after the ledger.
+    const nxExactAmount& GetLastFee() const { return _lastFee; }
 
     // Values what was filled since the last call.
     void Settle()
@@ -63,5 +64,6 @@ private:
 
     std::vector<Product> _products;
     std::vector<nxTradingStatistics> _jobs;
+    nxExactAmount _lastFee;
     std::vector<std::pair<unsigned int, unsigned int>> _filled;  // job and product; not valued yet
 };

@@ -47,6 +47,13 @@ public:
         return number;
     }
 
+    unsigned long long GetLots(const toml::value& value, const std::string& key) const
+    {
+        if (!value.is_integer() || value.as_integer() <= 0)
+            Refuse(value, key + " is no whole number of lots above 0");
+        return static_cast<unsigned long long>(value.as_integer());
+    }
+
     nxDecimal GetTradeRatio(const toml::value& value, const std::string& key) const
     {
         constexpr nxDecimal most = nxDecimal::FromMantissa(1'000'000, 0);
@@ -94,6 +101,64 @@ void ReadLegs(const Reader& reader, const toml::value& value, nxProductDescripti
     if (tables.size() < 2) reader.Refuse(value, "a strategy has at least two legs");
 }
 
+nxFeeTier GetFeeTier(const Reader& reader, const toml::value& table)
+{
+    nxFeeTier tier;
+    for (const auto& [key, value] : reader.nxTomlFile::GetEntries(
+             table, "a fee tier is a table, such as { from = 1000, takerFee = 0.5 }"))
+    {
+        if (key == "from")
+            tier.from = reader.GetLots(*value, key);
+        else if (key == "makerFee")
+            tier.makerFee = reader.GetNumber(*value, key);
+        else if (key == "takerFee")
+            tier.takerFee = reader.GetNumber(*value, key);
+        else
+            reader.RefuseKey(*value, key, "from, makerFee, takerFee");
+    }
+    if (tier.from == 0) reader.Refuse(table, "fee tier without the lots from which it holds; write from");
+    return tier;
+}
+
+void ReadFeeTiers(const Reader& reader, const toml::value& value, nxProductDescription& product)
+{
+    if (!value.is_array()) reader.Refuse(value, "feeTiers is no list of tables; write [[product.feeTiers]]");
+    for (const toml::value& table : value.as_array()) {
+        const nxFeeTier tier = GetFeeTier(reader, table);
+        if (!product.feeTiers.empty() && tier.from <= product.feeTiers.back().from)
+            reader.Refuse(table, "fee tiers come in the order of their lots, each from more than the last");
+        product.feeTiers.push_back(tier);
+    }
+}
+
+bool IsFeeKey(const std::string& key)
+{
+    return key == "makerFee" || key == "takerFee" || key == "feeIsRate" || key == "minimumFee" ||
+           key == "feeTiers" || key == "feeTierPeriod";
+}
+
+void ReadFees(const Reader& reader, const std::string& key, const toml::value& value,
+              nxProductDescription& product)
+{
+    if (key == "makerFee")
+        product.makerFee = reader.GetNumber(value, key);
+    else if (key == "takerFee")
+        product.takerFee = reader.GetNumber(value, key);
+    else if (key == "minimumFee")
+        product.minimumFee = reader.GetPositive(value, key);
+    else if (key == "feeTiers")
+        ReadFeeTiers(reader, value, product);
+    else if (key == "feeTierPeriod") {
+        const std::string& period = reader.GetText(value, key);
+        if (period != "run" && period != "month")
+            reader.Refuse(value, "feeTierPeriod is neither \"run\" nor \"month\"");
+        product.feeTiersByMonth = period == "month";
+    } else if (!value.is_boolean())
+        reader.Refuse(value, "feeIsRate is neither true nor false");
+    else
+        product.feeIsRate = value.as_boolean();
+}
+
 nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& calendars,
                                 const toml::value& table)
 {
@@ -115,16 +180,9 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
             product.exchange = reader.GetText(*value, key);
         else if (key == "description")
             product.description = reader.GetText(*value, key);
-        else if (key == "makerFee")
-            product.makerFee = reader.GetNumber(*value, key);
-        else if (key == "takerFee")
-            product.takerFee = reader.GetNumber(*value, key);
-        else if (key == "feeIsRate") {
-            if (!value->is_boolean())
-                reader.Refuse(*value, "feeIsRate is neither true nor false");
-            else
-                product.feeIsRate = value->as_boolean();
-        } else if (key == "leg" || key == "legs") {
+        else if (IsFeeKey(key))
+            ReadFees(reader, key, *value, product);
+        else if (key == "leg" || key == "legs") {
             ReadLegs(reader, *value, product);
         } else if (key == "priceOffset")
             product.priceOffset = reader.GetNumber(*value, key);
@@ -132,7 +190,8 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
             reader.RefuseKey(
                 *value, key,
                 "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
-                "zone, holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, legs, priceOffset");
+                "zone, holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, minimumFee, feeTiers, "
+                "feeTierPeriod, legs, priceOffset");
     }
     if (product.name.empty()) reader.Refuse(table, "product without a name");
     if (!product.IsStrategy() && table.contains("priceOffset"))

@@ -32,11 +32,9 @@ void nxTrading::_Reschedule()
 void nxTrading::_Open()
 {
     if (!_state.options.explain.empty())
-        _stories.emplace(_state.options.explain,
-                         [this](const nxExchangeOrder& order, const nxExchangeEvent& fill) {
-                             return _ledger.GetEmptyAccount(order.kind.product)
-                                 .GetFee(fill.fillPrice, fill.fillVolume, fill.isMaker);
-                         });
+        _stories.emplace(_state.options.explain, [this](const nxExchangeOrder&, const nxExchangeEvent&) {
+            return _ledger.GetLastFee();
+        });
     const bool reportQueue = std::ranges::any_of(_jobs, [](const auto& runner) {
         return runner->GetJob().GetObject().IsFunctionDefined(
             nxGetCallbackName(nxCallback::OnOrderQPosition));
@@ -54,12 +52,9 @@ void nxTrading::_Open()
 void nxTrading::AddMarket(nxMarket& market)
 {
     if (market.index >= _markets.size()) _markets.resize(market.index + 1);
-    const nxProductDescription& description = market.description;
     Market& added = _markets[market.index];
     added.market = &market;
-    added.none = added.everybody =
-        nxProductAccount(description.pointValue, description.currency,
-                         {description.makerFee, description.takerFee, description.feeIsRate});
+    added.none = added.everybody = nxProductAccount(market.description);
     if (_venue != nullptr) _AddToVenue(added);
 }
 
@@ -167,8 +162,7 @@ void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _markets[product.GetMarketIndex()];
     const nxSide side = order.GetTicket().GetSide();
-    product.GetAccount().AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
-    market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    market.everybody.AddFill(side, fill, product.GetAccount().AddFill(side, fill));
     for (const auto& runner : _jobs) {
         nxHostProduct* const known = runner->GetJob().FindProduct(market.market->product.GetName());
         if (known == nullptr) continue;

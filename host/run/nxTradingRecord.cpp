@@ -13,6 +13,12 @@ double Number(const nxDecimal& number)
     return number.GetAsDouble();
 }
 
+// As exact as the file of products.
+std::string GetText(const nxDecimal& fee)
+{
+    return fee.IsValid() ? fee.GetAsString() : "0";
+}
+
 double Number(const nxExactAmount& amount)
 {
     return amount.GetAsDecimal().GetAsDouble();
@@ -38,6 +44,22 @@ void nxTradingRecord::WriteProduct(const nxMarket& market, const nxVenue::Produc
                       {"strategy", market.product.IsStrategy()},
                       {"bars", product.isOfBars},
                       {"barPeriod", period > 0 ? period : std::numeric_limits<double>::quiet_NaN()}});
+    _WriteFees(market, time);
+}
+
+void nxTradingRecord::_WriteFees(const nxMarket& market, long long time)
+{
+    const nxProductDescription& terms = market.description;
+    if (!terms.minimumFee.IsValid() && terms.feeTiers.empty()) return;
+    std::string tiers;
+    for (const nxFeeTier& tier : terms.feeTiers)
+        tiers += (tiers.empty() ? "" : ", ") + std::to_string(tier.from) + " " + GetText(tier.makerFee) +
+                 " " + GetText(tier.takerFee);
+    _output.RecordAt(time, "", "fees",
+                     {{"product", market.product.GetName()},
+                      {"minimumFee", Number(terms.minimumFee)},
+                      {"tierPeriod", terms.feeTiersByMonth ? "month" : "run"},
+                      {"tiers", tiers}});
 }
 
 void nxTradingRecord::_WriteExchange(long long time)
@@ -75,7 +97,7 @@ void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEven
          {"maker", event.isMaker},
          {"cause", nxGetName(event.cause)},
          {"row", _state.statistics.GetRowEventCount()},
-         {"fee", Number(account.GetFee(event.fillPrice, event.fillVolume, event.isMaker))},
+         {"fee", Number(_ledger.GetLastFee())},
          {"position", keeper.GetNet()},
          {"mark", keeper.GetNet() == 0 ? std::numeric_limits<double>::quiet_NaN() : Number(mark)},
          {"profit", Number(keeper.GetTotalProfit(mark))}});

@@ -28,6 +28,7 @@ public:
 
 private:
     // In front of the first product.
+    void _WriteFees(const nxMarket& market, long long time);
     void _WriteExchange(long long time);
 
     nxRunOutput& _output;

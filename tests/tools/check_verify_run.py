@@ -40,6 +40,8 @@ name = "C"
 pointValue = 1000
 currency = "EUR"
 takerFee = 1.7
+minimumFee = 4
+feeTiers = [{ from = 20, makerFee = -0.3, takerFee = 1.1 }, { from = 60, takerFee = 0.7 }]
 """
 
 # Runs of noise.lua; {n} is the seed of the round.
