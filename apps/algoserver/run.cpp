@@ -186,6 +186,8 @@ void AddData(CLI::App& run, RunArguments& arguments)
                 "How far apart the bars of that product, or of all others, are: 30s, 1m, 4h, 1d. Without it "
                 "the first rows tell; may be repeated")
         ->type_name("[PRODUCT=]PERIOD");
+    AddRepeated(run, "--adjustments", arguments.jobs.adjustmentFiles,
+                "CSV file of dividends, splits, funding and rolls: time,product,kind,value; may be repeated");
     run.add_flag("--lenient,-l", options.lenient, "Count and skip malformed rows instead of ending the run");
     run.add_option("--speed,-s", options.speed,
                    "Recorded seconds for each real one; without it as fast as it can")

@@ -59,6 +59,23 @@ nxTradingStatistics nxLedger::GetStatistics(unsigned int job) const
     return statistics;
 }
 
+std::vector<nxLedger::AdjustedJob> nxLedger::Adjust(unsigned int product, const nxAdjustment& adjustment)
+{
+    Settle();
+    std::vector<AdjustedJob> jobs;
+    for (Holding& holding : _products[product].holdings) {
+        if (holding.account.GetKeeper().GetNet() == 0) continue;
+        const nxAdjusted adjusted = holding.account.GetAdjusted(adjustment, holding.mark);
+        holding.account.Adjust(adjustment, adjusted);
+        nxTradingStatistics::Money& money = _jobs[holding.job][holding.account.GetCurrency()];
+        (adjustment.kind == nxAdjustmentKind::Roll ? money.carry : money.cash) += adjusted.amount;
+        holding.isFilled = true;
+        _Value(holding, adjustment.GetPrice(holding.mark));
+        jobs.push_back({holding.job, adjusted});
+    }
+    return jobs;
+}
+
 void nxLedger::_ValueFilled()
 {
     for (const auto& [job, product] : std::exchange(_filled, {})) {

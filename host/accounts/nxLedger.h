@@ -32,6 +32,14 @@ public:
     // The market of a product may have moved. bar: by that one, else null.
     void Mark(unsigned int product, const nxFeedBar* bar);
 
+    struct AdjustedJob
+    {
+        unsigned int job;
+        nxAdjusted adjusted;
+    };
+    // Of each job with a position; it is valued at the price of afterwards until the market shows one.
+    std::vector<AdjustedJob> Adjust(unsigned int product, const nxAdjustment& adjustment);
+
     // Of a job that was filled in the product.
     const nxProductAccount& GetAccount(unsigned int job, unsigned int product) const;
     // Without orders, which the ledger does not count.

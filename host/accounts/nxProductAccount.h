@@ -2,6 +2,7 @@
 
 #include "base/enums/nxCurrencyEnum.h"
 #include "base/records/nxPrice.h"
+#include "host/accounts/nxAdjusted.h"
 #include "host/accounts/nxFeeCounter.h"
 #include "host/accounts/nxPositionKeeper.h"
 #include "host/exchange/nxExchangeEvent.h"
@@ -40,6 +41,9 @@ public:
     {
         _keeper.AddFill(side, fill.fillPrice, fill.fillVolume, fee);
     }
+    // What an adjustment does to the position at that mark.
+    nxAdjusted GetAdjusted(const nxAdjustment& adjustment, const nxDecimal& mark) const;
+    void Adjust(const nxAdjustment& adjustment, const nxAdjusted& adjusted);
     void BeginDay(const nxPrice& price) { _keeper.BeginDay(GetMark(price)); }
 
     // The sections total and day with the open position, or the local section, of what scripts see.

@@ -21,6 +21,8 @@ struct nxTradingStatistics
         // The same, where bars are met at the worst of their high and low.
         nxExactAmount worstDrawdown;
         bool hasBars = false;  // what was open met a bar
+        nxExactAmount cash;    // of funding, dividends and splits, in the profit
+        nxExactAmount carry;   // what positions cost more after rolls, not in the profit
     };
 
     unsigned long long orders = 0;     // sent, with the children of brackets
@@ -48,6 +50,6 @@ struct nxTradingStatistics
     {
         for (Money& known : money)
             if (known.currency == currency) return known;
-        return money.emplace_back(Money{currency, {}, {}, {}, {}, {}, {}, false});
+        return money.emplace_back(Money{currency, {}, {}, {}, {}, {}, {}, false, {}, {}});
     }
 };

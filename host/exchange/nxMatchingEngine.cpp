@@ -231,6 +231,18 @@ void nxMatchingEngine::OnClose(unsigned int product, long long time)
     if (!market.product.IgnoresHours()) market.isOpen = market.opens = false;
 }
 
+void nxMatchingEngine::EndOrders(unsigned int product, const char* reason, long long time)
+{
+    AdvanceTo(time);
+    Market& market = *_markets[product];
+    for (unsigned int id = 1; id <= _orders.GetCount(); ++id) {
+        nxExchangeOrder* const order = _orders.Find(id);
+        if (order != nullptr && order->kind.product == product && order->IsAlive()) _End(*order, reason);
+    }
+    _Settle();
+    if (std::exchange(market.isOpen, false)) OnOpen(product, time);
+}
+
 void nxMatchingEngine::OnEvent(unsigned int product, const nxFeedEvent& event)
 {
     AdvanceTo(event.time);

@@ -67,6 +67,8 @@ public:
     void OnEvent(unsigned int product, const nxFeedEvent& event);
     void OnOpen(unsigned int product, long long time);
     void OnClose(unsigned int product, long long time);
+    // For a product that goes on at other prices: it opens anew with its next event.
+    void EndOrders(unsigned int product, const char* reason, long long time);
     // Takes what the market shows already, of one that was open before the engine was there.
     void Join(unsigned int product, long long time);
 

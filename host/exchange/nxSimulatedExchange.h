@@ -50,6 +50,10 @@ public:
     void OnEvent(unsigned int product, const nxFeedEvent& event) override { _engine.OnEvent(product, event); }
     void OnOpen(unsigned int product, long long time) override { _engine.OnOpen(product, time); }
     void OnClose(unsigned int product, long long time) override { _engine.OnClose(product, time); }
+    void EndOrders(unsigned int product, const char* reason, long long time) override
+    {
+        _engine.EndOrders(product, reason, time);
+    }
     void Join(unsigned int product, long long time) override { _engine.Join(product, time); }
 
     void Release(unsigned int order) override { _engine.GetOrders().Release(order); }

@@ -69,6 +69,8 @@ public:
     virtual void OnEvent(unsigned int product, const nxFeedEvent& event) = 0;
     virtual void OnOpen(unsigned int product, long long time) = 0;
     virtual void OnClose(unsigned int product, long long time) = 0;
+    // All orders of a product that goes on at other prices; new ones wait for its next event.
+    virtual void EndOrders(unsigned int product, const char* reason, long long time) = 0;
     // What the market shows already, of one that was open before the venue was there.
     virtual void Join(unsigned int product, long long time) = 0;
 };

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/time/nxTime.h"
+#include "host/market/nxAdjustment.h"
 #include "host/market/nxImpliedQuote.h"
 
 namespace {
@@ -209,6 +210,23 @@ bool nxMarketProduct::ApplyImplied(const nxImpliedQuote& quote)
     if (bid) _CountSize(nxSide::Buy);
     if (ask) _CountSize(nxSide::Sell);
     return true;
+}
+
+void nxMarketProduct::Adjust(const nxAdjustment& adjustment)
+{
+    _BeginUpdate();
+    _depth.Clear();
+    const auto adjust = [&](auto getter, auto setter) {
+        (_price.*setter)(adjustment.GetPrice((_price.*getter)()));
+    };
+    adjust(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice);
+    adjust(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice);
+    adjust(&nxPrice::GetLastPrice, &nxPrice::SetLastPrice);
+    adjust(&nxPrice::GetOpenPrice, &nxPrice::SetOpenPrice);
+    adjust(&nxPrice::GetHighPrice, &nxPrice::SetHighPrice);
+    adjust(&nxPrice::GetLowPrice, &nxPrice::SetLowPrice);
+    adjust(&nxPrice::GetClosePrice, &nxPrice::SetClosePrice);
+    adjust(&nxPrice::GetPreviousClosePrice, &nxPrice::SetPreviousClosePrice);
 }
 
 bool nxMarketProduct::SetState(unsigned int bits)

@@ -11,6 +11,7 @@
 #include "host/feed/nxFeedEvent.h"
 #include "host/market/nxBestQuote.h"
 
+struct nxAdjustment;
 struct nxImpliedQuote;
 
 // What the replayed market of one product looks like now: its price, the change that the latest event
@@ -57,6 +58,9 @@ public:
     // Makes the best levels of the book the price, for a product that has no quotes of its own. False when
     // neither changed.
     [[nodiscard]] bool QuoteFromDepth();
+    // The prices that it shows are those of after a split or a roll. Its book is not known until the data
+    // show it anew.
+    void Adjust(const nxAdjustment& adjustment);
     // What the legs of a strategy imply now, beside its own quotes. False when it was that already.
     [[nodiscard]] bool ApplyImplied(const nxImpliedQuote& quote);
     // Whether the data have shown depth, though its book may be empty now.

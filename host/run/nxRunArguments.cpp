@@ -9,6 +9,7 @@
 #include "host/feed/nxFeedTime.h"
 #include "host/jobs/nxDataStores.h"
 #include "host/market/nxProductFile.h"
+#include "host/run/nxAdjustmentFile.h"
 #include "host/run/nxParameterEvents.h"
 #include "host/run/nxParameterFile.h"
 #include "host/run/nxParameterText.h"
@@ -33,6 +34,7 @@ std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
     if (const auto fault = _SetBarPeriods(options)) return fault;
     if (const auto fault = _SetLatencies(options)) return fault;
     if (const auto fault = _SetSelections(options.jobs)) return fault;
+    if (const auto fault = _AddAdjustments(options)) return fault;
     return _AddChanges(options);
 }
 
@@ -45,7 +47,8 @@ std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& opt
     if (options.storeEvery > 0.0 && options.storeDirectory.empty())
         return "--store-every is for the stores of --store";
     nxRunFiles files;
-    for (const auto* paths : {&scripts, &options.modules, &options.data, &parameterFiles, &eventFiles})
+    for (const auto* paths :
+         {&scripts, &options.modules, &options.data, &parameterFiles, &eventFiles, &adjustmentFiles})
         files.AddInputs(*paths);
     if (!options.productFile.empty()) files.AddInput(options.productFile);
     for (const auto& text : {latency, answerLatency})
@@ -153,6 +156,15 @@ std::optional<std::string> nxRunArguments::_SetSelections(std::vector<nxJobOptio
                 if (i == name.job.value_or(i)) jobs[i].selection = selection;
         }
     }
+    return std::nullopt;
+}
+
+std::optional<std::string> nxRunArguments::_AddAdjustments(nxRunOptions& options) const
+{
+    nxFeedError error;
+    for (const std::string& file : adjustmentFiles)
+        if (!nxAdjustmentFile::Read(file, options.adjustments, error)) return error.GetText();
+    std::ranges::stable_sort(options.adjustments, {}, &nxAdjustment::time);
     return std::nullopt;
 }
 

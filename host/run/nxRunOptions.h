@@ -11,6 +11,7 @@
 
 #include "host/exchange/nxSimulatedExchange.h"
 #include "host/jobs/nxJobOptions.h"
+#include "host/market/nxAdjustment.h"
 #include "host/market/nxBarTerms.h"
 #include "host/market/nxProductDescription.h"
 #include "host/run/nxParameterChange.h"
@@ -21,6 +22,7 @@ struct nxRunOptions
     std::vector<nxJobOptions> jobs;          // at least one, under different names
     std::vector<std::string> modules;        // Lua files in front of every script, in their order
     std::vector<nxParameterChange> changes;  // by time; each fits the jobs' parameters
+    std::vector<nxAdjustment> adjustments;   // by time
     std::vector<std::string> data;
     // Legs are products of this list and no strategy is among its own, as nxProductFile sees to.
     std::vector<nxProductDescription> products;

@@ -163,6 +163,11 @@ void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
     Market& market = _markets[product.GetMarketIndex()];
     const nxSide side = order.GetTicket().GetSide();
     market.everybody.AddFill(side, fill, product.GetAccount().AddFill(side, fill));
+    _ShowPositions(market);
+}
+
+void nxTrading::_ShowPositions(const Market& market)
+{
     for (const auto& runner : _jobs) {
         nxHostProduct* const known = runner->GetJob().FindProduct(market.market->product.GetName());
         if (known == nullptr) continue;

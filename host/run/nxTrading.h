@@ -41,6 +41,9 @@ public:
     // What the market did meets the orders in it; what that leads to is due for the settler then.
     void OnEvent(const nxMarket& market, const nxFeedEvent& event);
 
+    // At its time: ends what orders it ends, and books it for those who hold the product.
+    void Adjust(nxMarket& market, const nxAdjustment& adjustment);
+
     bool IsAnswerDue();
     // Applies the answer that is due, and calls the script. A job whose orders have no end is asked to end
     // instead.
@@ -98,6 +101,9 @@ private:
     void _AddToVenue(Market& market);
     void _Reschedule();
     void _NoteEnd(const nxExchangeEvent& event);
+    void _EndOrders(nxMarket& market, const nxAdjustment& adjustment);
+    void _AdjustAccounts(nxMarket& market, const nxAdjustment& adjustment);
+    void _ShowPositions(const Market& market);
     void _AddFill(nxHostOrder& order, const nxExchangeEvent& fill);
     nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
     void _TellAnswer(nxHostOrder& order, const nxExchangeEvent& event);

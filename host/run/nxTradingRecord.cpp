@@ -1,5 +1,7 @@
 #include "host/run/nxTradingRecord.h"
 
+#include <fmt/format.h>
+
 #include <limits>
 
 #include "host/exchange/nxExchangeEvent.h"
@@ -101,6 +103,28 @@ void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEven
          {"position", keeper.GetNet()},
          {"mark", keeper.GetNet() == 0 ? std::numeric_limits<double>::quiet_NaN() : Number(mark)},
          {"profit", Number(keeper.GetTotalProfit(mark))}});
+}
+
+void nxTradingRecord::WriteAdjustment(const nxAdjustment& adjustment)
+{
+    if (!_output.IsRecording()) return;
+    const bool isSplit = adjustment.kind == nxAdjustmentKind::Split;
+    _output.RecordAt(adjustment.time, "", "adjustment",
+                     {{"product", adjustment.product},
+                      {"kind", nxGetName(adjustment.kind)},
+                      {"value", isSplit ? fmt::format("{}:{}", adjustment.newLots, adjustment.oldLots)
+                                        : adjustment.value.GetAsString()},
+                      {"row", _state.statistics.GetRowEventCount()}});
+}
+
+void nxTradingRecord::WriteCash(unsigned int job, const nxAdjustment& adjustment, const nxAdjusted& adjusted)
+{
+    if (!_output.IsRecording()) return;
+    _output.RecordAt(adjustment.time, _state.options.jobs[job].name, "cash",
+                     {{"product", adjustment.product},
+                      {"row", _state.statistics.GetRowEventCount()},
+                      {"amount", Number(adjusted.amount)},
+                      {"position", adjusted.lots}});
 }
 
 void nxTradingRecord::WriteResult(nxRunOutput& output, const nxLaunchedJob& job,
