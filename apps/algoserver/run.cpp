@@ -278,6 +278,29 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
     AddSeed(run, exchange.seed, "For what is drawn by lot: latencies, peaks, and the scripts' math.random");
 }
 
+void AddAccount(CLI::App& run, nxRunOptions& options)
+{
+    CLI::Option* const capital = run.add_option_function<std::string>(
+        "--capital",
+        [&options](const std::string& text) {
+            if (!options.capital.SetFromString(text).IsSuccess() || options.capital <= nxDecimalZero)
+                throw CLI::ValidationError("--capital", text + " is no amount above 0");
+        },
+        "What each job begins with, for its margin");
+    capital->option_text("AMOUNT");
+    run.add_option_function<std::string>(
+           "--margin",
+           [&options](const std::string& name) {
+               options.margin = name == "refuse" ? nxMarginRule::Refuse
+                                : name == "tell" ? nxMarginRule::Tell
+                                                 : nxMarginRule::Off;
+           },
+           "Orders beyond the buying power of --capital are refused, or let through and told")
+        ->check(CLI::IsMember({"refuse", "tell", "off"}))
+        ->needs(capital)
+        ->option_text("refuse|tell|off [tell]");
+}
+
 void AddOutputs(CLI::App& run, RunArguments& arguments)
 {
     nxRunOptions& options = arguments.options;
@@ -319,6 +342,7 @@ void AddRunCommand(CLI::App& app, int& status)
     AddJobs(run, *arguments);
     AddData(run, *arguments);
     AddExchange(run, *arguments);
+    AddAccount(run, arguments->options);
     AddOutputs(run, *arguments);
     run.callback([arguments, &status] { status = Run(*arguments); });
 }

@@ -44,6 +44,21 @@ const nxProductAccount& nxLedger::GetAccount(unsigned int job, unsigned int prod
     return std::ranges::find(_products[product].holdings, job, &Holding::job)->account;
 }
 
+nxLedger::Position nxLedger::GetPosition(unsigned int job, unsigned int product) const
+{
+    const std::vector<Holding>& holdings = _products[product].holdings;
+    const auto known = std::ranges::find(holdings, job, &Holding::job);
+    if (known == holdings.end()) return {0, {}};
+    return {known->account.GetKeeper().GetNet(), known->mark};
+}
+
+nxExactAmount nxLedger::GetProfit(unsigned int job, const nxCurrencyEnum& currency) const
+{
+    if (job >= _jobs.size()) return {};
+    const auto money = std::ranges::find(_jobs[job].money, currency, &nxTradingStatistics::Money::currency);
+    return money == _jobs[job].money.end() ? nxExactAmount() : money->profit;
+}
+
 nxTradingStatistics nxLedger::GetStatistics(unsigned int job) const
 {
     if (job >= _jobs.size()) return {};

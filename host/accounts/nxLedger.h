@@ -42,6 +42,13 @@ public:
 
     // Of a job that was filled in the product.
     const nxProductAccount& GetAccount(unsigned int job, unsigned int product) const;
+    struct Position
+    {
+        long long net;
+        nxDecimal mark;  // by which it was valued last
+    };
+    Position GetPosition(unsigned int job, unsigned int product) const;
+    nxExactAmount GetProfit(unsigned int job, const nxCurrencyEnum& currency) const;
     // Without orders, which the ledger does not count.
     nxTradingStatistics GetStatistics(unsigned int job) const;
 

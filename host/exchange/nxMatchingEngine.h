@@ -10,6 +10,7 @@
 #include "host/exchange/nxExchangeObserver.h"
 #include "host/exchange/nxOrderChecks.h"
 #include "host/exchange/nxOrderExpiries.h"
+#include "host/exchange/nxOrderGate.h"
 #include "host/exchange/nxVenue.h"
 
 // The lives of the orders at a simulated exchange, from their arrival on: pending until then; rejected, or
@@ -36,6 +37,7 @@ public:
         _markets[product]->product.tickSize = tickSize;
         _markets[product]->book.SetTickSize(tickSize);
     }
+    void SetGate(nxOrderGate& gate) { _gate = &gate; }
     const nxMarketProduct& GetMarket(unsigned int product) const
     {
         return *_markets[product]->product.market;
@@ -111,6 +113,7 @@ private:
     void _TellRefusal(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, Refusal refusal);
     void _Arrive(nxExchangeOrder& order);
     void _Amend(nxExchangeOrder& order, const nxOrderTerms& changes);
+    Refusal _FindObstacle(const nxExchangeOrder& order) const;
     Refusal _FindOwnTrade(const nxExchangeOrder& order) const;
     Refusal _SetTrail(nxExchangeOrder& order) const;
     void _SetExpiry(nxExchangeOrder& order);
@@ -137,6 +140,7 @@ private:
     const Options _options;
     nxAnswerLine& _answers;
     const nxExchangeObservers& _observers;
+    nxOrderGate* _gate = nullptr;  // none: all may pass
     nxExactRandom _peakRandom;
     std::vector<std::unique_ptr<Market>> _markets;
     nxOrderPool _orders;

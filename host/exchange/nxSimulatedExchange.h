@@ -26,6 +26,8 @@ public:
         _engine.SetTickSize(product, tickSize);
     }
 
+    void SetGate(nxOrderGate& gate) override { _engine.SetGate(gate); }
+
     // Requests at the recorded time now. A new order has its number at once, from 1 on; a reserved one before
     // it is sent.
     unsigned int Reserve() override { return _engine.GetOrders().Add().id; }

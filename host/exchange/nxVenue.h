@@ -7,6 +7,7 @@
 #include "host/market/nxTradingHours.h"
 
 class nxMarketProduct;
+class nxOrderGate;
 
 // Where the orders of a run go: requests out, answers back as events with a time, in the order of their
 // times. A venue that simulates is told what the market does; one that is real knows. Used on the run's
@@ -33,6 +34,9 @@ public:
     // The number by which orders name it, from 0.
     virtual unsigned int AddProduct(const Product& product) = 0;
     virtual void SetTickSize(unsigned int product, const nxDecimal& tickSize) = 0;
+
+    // Looks at orders before they get into the market; outlives the venue.
+    virtual void SetGate(nxOrderGate& gate) = 0;
 
     // The number of a new order, from 1, which is sent later.
     virtual unsigned int Reserve() = 0;

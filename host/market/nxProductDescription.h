@@ -47,6 +47,9 @@ struct nxProductDescription
     nxDecimal minimumFee;    // of an order, whatever its fills come to
     std::vector<nxFeeTier> feeTiers;  // ascend; below the first one the fees above hold
     bool feeTiersByMonth = false;     // lots count from the begin of the month in UTC, else of the run
+    nxDecimal initialMargin;          // of a lot; null: not known
+    nxDecimal maintenanceMargin;      // null: the initial one
+    bool marginIsRate = false;        // both are a part of the value
     std::vector<nxProductLegDescription> legs;  // two at least, for a strategy; else none
     nxDecimal priceOffset;                      // of a strategy: what its price has on top of its legs'
 

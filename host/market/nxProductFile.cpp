@@ -47,6 +47,12 @@ public:
         return number;
     }
 
+    bool GetFlag(const toml::value& value, const std::string& key) const
+    {
+        if (!value.is_boolean()) Refuse(value, key + " is neither true nor false");
+        return value.as_boolean();
+    }
+
     unsigned long long GetLots(const toml::value& value, const std::string& key) const
     {
         if (!value.is_integer() || value.as_integer() <= 0)
@@ -153,10 +159,8 @@ void ReadFees(const Reader& reader, const std::string& key, const toml::value& v
         if (period != "run" && period != "month")
             reader.Refuse(value, "feeTierPeriod is neither \"run\" nor \"month\"");
         product.feeTiersByMonth = period == "month";
-    } else if (!value.is_boolean())
-        reader.Refuse(value, "feeIsRate is neither true nor false");
-    else
-        product.feeIsRate = value.as_boolean();
+    } else
+        product.feeIsRate = reader.GetFlag(value, key);
 }
 
 nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& calendars,
@@ -182,6 +186,12 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
             product.description = reader.GetText(*value, key);
         else if (IsFeeKey(key))
             ReadFees(reader, key, *value, product);
+        else if (key == "initialMargin")
+            product.initialMargin = reader.GetPositive(*value, key);
+        else if (key == "maintenanceMargin")
+            product.maintenanceMargin = reader.GetPositive(*value, key);
+        else if (key == "marginIsRate")
+            product.marginIsRate = reader.GetFlag(*value, key);
         else if (key == "leg" || key == "legs") {
             ReadLegs(reader, *value, product);
         } else if (key == "priceOffset")
@@ -189,9 +199,9 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
         else if (!nxCalendarReader::IsKey(key))
             reader.RefuseKey(
                 *value, key,
-                "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
-                "zone, holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, minimumFee, feeTiers, "
-                "feeTierPeriod, legs, priceOffset");
+                "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, zone, "
+                "holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, minimumFee, feeTiers, "
+                "feeTierPeriod, initialMargin, maintenanceMargin, marginIsRate, legs, priceOffset");
     }
     if (product.name.empty()) reader.Refuse(table, "product without a name");
     if (!product.IsStrategy() && table.contains("priceOffset"))

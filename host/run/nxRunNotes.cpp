@@ -135,6 +135,8 @@ void nxNoteWhatIsMissing(nxRunState& state, nxJobList& jobs, const nxTrading& tr
         NoteCollections(runner->GetJob(), notes);
         NoteMissingQuotes(runner->GetJob(), products, notes);
         NoteUnfilled(runner->GetJob(), trading, notes);
+        for (std::string& note : trading.GetMarginNotes(runner->GetJob()))
+            notes.push_back(std::move(note));
         NoteTwoMarkets(state, runner->GetJob(), products);
     }
 }

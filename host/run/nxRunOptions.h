@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "host/accounts/nxMargin.h"
 #include "host/exchange/nxSimulatedExchange.h"
 #include "host/jobs/nxJobOptions.h"
 #include "host/market/nxAdjustment.h"
@@ -19,10 +20,12 @@
 // What a run is asked to do.
 struct nxRunOptions
 {
-    std::vector<nxJobOptions> jobs;          // at least one, under different names
-    std::vector<std::string> modules;        // Lua files in front of every script, in their order
-    std::vector<nxParameterChange> changes;  // by time; each fits the jobs' parameters
-    std::vector<nxAdjustment> adjustments;   // by time
+    std::vector<nxJobOptions> jobs;            // at least one, under different names
+    std::vector<std::string> modules;          // Lua files in front of every script, in their order
+    std::vector<nxParameterChange> changes;    // by time; each fits the jobs' parameters
+    std::vector<nxAdjustment> adjustments;     // by time
+    nxDecimal capital;                         // of each job; null: not known
+    nxMarginRule margin = nxMarginRule::Tell;  // for orders beyond that, where it is known
     std::vector<std::string> data;
     // Legs are products of this list and no strategy is among its own, as nxProductFile sees to.
     std::vector<nxProductDescription> products;

@@ -42,7 +42,10 @@ void nxTrading::_Open()
     nxExchangeObservers observers{&_ledger};
     if (_output.IsRecording()) observers.push_back(&_record);
     if (_stories) observers.push_back(&*_stories);
+    if (_state.options.capital.IsValid() && _state.options.margin != nxMarginRule::Off)
+        observers.push_back(&_margin.emplace(_ledger, _state.options.capital, _state.options.margin));
     _venue = _makeVenue(reportQueue, std::move(observers));
+    if (_margin) _venue->SetGate(*_margin);
     _nextDay = nxFeedTime::GetNextMidnight(_clock.Get());
     for (Market& market : _markets)
         if (market.market != nullptr) _AddToVenue(market);
@@ -72,6 +75,7 @@ void nxTrading::_AddToVenue(Market& added)
                                    _IsOfBars(market), known != nullptr ? known->GetBarPeriod() : 0};
     added.venueProduct = _venue->AddProduct(product);
     _ledger.AddProduct(added.none, market.GetAtVenue());
+    if (_margin) _margin->AddProduct(market.description, market.GetAtVenue());
     _record.WriteProduct(market, product, _clock.Get());
     const bool isOpen =
         product.IgnoresHours() ? !market.isFresh : market.product.GetState() == nxAlgoStateObject::Open;
@@ -115,6 +119,8 @@ void nxTrading::OnEvent(const nxMarket& market, const nxFeedEvent& event)
     const unsigned int product = _markets[market.index].venueProduct;
     _venue->OnEvent(product, event);
     _ledger.Mark(product, _isAmongBars ? &event.bar : nullptr);
+    if (_margin) [[unlikely]]
+        _margin->Look(product, _clock.Get());
     _Reschedule();
 }
 
@@ -256,6 +262,11 @@ void nxTrading::_FlattenAtEnd()
             const char* const why = _FindNoExit(product);
             return std::string(why == nullptr ? "the book showed no more" : why);
         });
+}
+
+std::vector<std::string> nxTrading::GetMarginNotes(const nxTradingJob& job) const
+{
+    return _margin ? _margin->GetNotes(job.GetIndex()) : std::vector<std::string>();
 }
 
 void nxTrading::WriteStories()

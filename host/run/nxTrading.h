@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/accounts/nxLedger.h"
+#include "host/accounts/nxMargin.h"
 #include "host/accounts/nxProductAccount.h"
 #include "host/exchange/nxVenue.h"
 #include "host/jobs/nxOrderServices.h"
@@ -62,6 +63,8 @@ public:
     // positions are closed that are to be.
     void Finish();
     void WriteStories();
+    // What there is to say of the margin of a job, at the end of the run.
+    std::vector<std::string> GetMarginNotes(const nxTradingJob& job) const;
     nxTradingStatistics GetStatistics(const nxTradingJob& job) const;
     nxLateTrades GetLateTrades() const
     {
@@ -122,6 +125,7 @@ private:
     std::vector<Market> _markets;            // by index; empty where none was met
     std::optional<nxOrderStories> _stories;  // where some are asked for
     nxLedger _ledger;
+    std::optional<nxMargin> _margin;  // where the capital is known
     nxTradingRecord _record{_output, _state, _ledger};
     std::unique_ptr<nxVenue> _venue;  // from the first order on
     const MakeVenue _makeVenue;
