@@ -271,6 +271,12 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
                  "Run under the other fill models and with a queue that only trades move, over bars under "
                  "the other --bar-fills and --bar-limits through, and with twice the latency, too, and print "
                  "what each comes to after the summary");
+    run.add_option(
+           "--impact", exchange.impact,
+           "What taking costs beside its price: this times a day's volatility times the square root of "
+           "the order's share of a day's volume; without it nothing")
+        ->check(IsNumber(0, 1000, "from 0 to 1000"))
+        ->option_text("COEFFICIENT");
     AddRepeated(run, "--explain", arguments.options.explain,
                 "Tell the story of the order with that number after the summary; may be repeated")
         ->type_name("ORDER_ID");

@@ -35,6 +35,8 @@ void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& even
     job.AddFill(event.fillVolume, event.isMaker, event.cause);
     Holding& holding = _Get(order.kind.owner, order.kind.product);
     _lastFee = holding.account.AddFill(order.kind.side, event);
+    job[holding.account.GetCurrency()].impact += holding.account.GetImpact(event);
+    if (!event.isMaker && !event.impact.IsValid()) ++job.withoutImpact;
     holding.isFilled = true;
     _filled.emplace_back(order.kind.owner, order.kind.product);
 }

@@ -40,6 +40,12 @@ public:
     void AddFill(nxSide side, const nxExchangeEvent& fill, const nxExactAmount& fee)
     {
         _keeper.AddFill(side, fill.fillPrice, fill.fillVolume, fee);
+        if (fill.impact.IsValid()) _keeper.AddCash(nxExactAmount() - GetImpact(fill));
+    }
+    // What the market's answer to the fill costs.
+    nxExactAmount GetImpact(const nxExchangeEvent& fill) const
+    {
+        return {fill.impact, fill.fillVolume, _pointValue};
     }
     // What an adjustment does to the position at that mark.
     nxAdjusted GetAdjusted(const nxAdjustment& adjustment, const nxDecimal& mark) const;

@@ -25,6 +25,7 @@ public:
         unsigned long long seed;     // of an iceberg's peaks
         unsigned int participation;  // hundredths of a bar's volume; 0: all that is wanted
         bool reportsQueue;           // tell each move in a queue
+        double impact;               // see nxExchangeOptions
     };
 
     // Answers and observers outlive it.
@@ -131,6 +132,7 @@ private:
     void _Settle();
     void _AddChild(const nxExchangeOrder& parent, const nxBracket::Fill& fill, bool isStop);
 
+    nxDecimal _GetImpact(const nxExchangeOrder& order, const nxDecimal& price, unsigned int volume) const;
     void OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume, bool isMaker,
                 nxFillCause cause) override;
     void OnTriggered(nxExchangeOrder& order) override;

@@ -7,6 +7,7 @@ struct nxExchangeOptions : nxBookRules
     nxLatency request;  // from the script to the exchange
     nxLatency answer;   // and back
     unsigned long long seed = 1;
+    double impact = 0;               // the coefficient of the square-root law; 0: taking moves no price
     unsigned int participation = 0;  // hundredths of a bar's volume; 0: all that is wanted
     bool reportQueue = false;        // tell each move in a queue
 };

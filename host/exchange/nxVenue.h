@@ -22,6 +22,9 @@ public:
         nxTradingHours hours;                     // empty: a day ends at midnight UTC
         bool isOfBars = false;
         long long barPeriod = 0;  // nanoseconds; 0: not known
+        // Of a day, for the impact of what is taken; null: as its data say. The volatility is a part of the
+        // price.
+        nxDecimal dailyVolatility, dailyVolume;
 
         // Bars of a day and longer tell nothing of the hours in which they came to be: such a product is open
         // from its first bar on.

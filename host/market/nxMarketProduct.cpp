@@ -94,6 +94,7 @@ void nxMarketProduct::_BeginDay(long long time)
     const long long day = FloorDay(time);
     if (day == _day) return;
     const nxDecimal previousClose = _day ? _price.GetClosePrice() : nxDecimal();
+    if (_day) _daily.AddDay(_price.GetTotalTradedVolume().GetValue(), previousClose.GetAsDouble());
     _day = day;
     _volumesCleared = !_volumes.GetPriceMap().empty();
     _volumes.Clear();
@@ -216,6 +217,7 @@ void nxMarketProduct::Adjust(const nxAdjustment& adjustment)
 {
     _BeginUpdate();
     _depth.Clear();
+    _daily.ForgetClose();
     const auto adjust = [&](auto getter, auto setter) {
         (_price.*setter)(adjustment.GetPrice((_price.*getter)()));
     };

@@ -10,6 +10,7 @@
 #include "base/records/nxPriceTradeVolumes.h"
 #include "host/feed/nxFeedEvent.h"
 #include "host/market/nxBestQuote.h"
+#include "host/market/nxDailyFigures.h"
 
 struct nxAdjustment;
 struct nxImpliedQuote;
@@ -65,6 +66,7 @@ public:
     [[nodiscard]] bool ApplyImplied(const nxImpliedQuote& quote);
     // Whether the data have shown depth, though its book may be empty now.
     bool HasDepth() const { return _hasDepth; }
+    const nxDailyFigures& GetDailyFigures() const { return _daily; }
     // What the latest event traded; null when it was no trade, or one of unknown size.
     const nxVolume& GetTraded() const { return _traded; }
     // False when the state is that already.
@@ -94,6 +96,7 @@ private:
     nxPrice _update;  // no-change in every field the latest event left alone
     nxMarketDepth _depth;
     nxBySide<Sizes> _sizes;
+    nxDailyFigures _daily;
     nxProductStateBitMask _state;
     nxPriceTradeVolumes _volumes;
     nxVolume _traded;              // by the latest event

@@ -47,6 +47,8 @@ struct nxProductDescription
     nxDecimal minimumFee;    // of an order, whatever its fills come to
     std::vector<nxFeeTier> feeTiers;  // ascend; below the first one the fees above hold
     bool feeTiersByMonth = false;     // lots count from the begin of the month in UTC, else of the run
+    nxDecimal dailyVolatility;        // how far a day moves the price, as a part of it; null: as the data say
+    nxDecimal dailyVolume;            // lots traded on a day; the same
     nxDecimal initialMargin;          // of a lot; null: not known
     nxDecimal maintenanceMargin;      // null: the initial one
     bool marginIsRate = false;        // both are a part of the value

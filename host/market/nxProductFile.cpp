@@ -186,6 +186,10 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
             product.description = reader.GetText(*value, key);
         else if (IsFeeKey(key))
             ReadFees(reader, key, *value, product);
+        else if (key == "dailyVolatility")
+            product.dailyVolatility = reader.GetPositive(*value, key);
+        else if (key == "dailyVolume")
+            product.dailyVolume = reader.GetPositive(*value, key);
         else if (key == "initialMargin")
             product.initialMargin = reader.GetPositive(*value, key);
         else if (key == "maintenanceMargin")
@@ -201,7 +205,8 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
                 *value, key,
                 "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, zone, "
                 "holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, minimumFee, feeTiers, "
-                "feeTierPeriod, initialMargin, maintenanceMargin, marginIsRate, legs, priceOffset");
+                "feeTierPeriod, initialMargin, maintenanceMargin, marginIsRate, dailyVolatility, "
+                "dailyVolume, legs, priceOffset");
     }
     if (product.name.empty()) reader.Refuse(table, "product without a name");
     if (!product.IsStrategy() && table.contains("priceOffset"))

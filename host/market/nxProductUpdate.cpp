@@ -32,6 +32,8 @@ const char* FindFixed(const nxProductDescription& before, const nxProductDescrip
         {"minimumFee", before.minimumFee == now.minimumFee},
         {"feeTiers", before.feeTiers == now.feeTiers},
         {"feeTierPeriod", before.feeTiersByMonth == now.feeTiersByMonth},
+        {"dailyVolatility", before.dailyVolatility == now.dailyVolatility},
+        {"dailyVolume", before.dailyVolume == now.dailyVolume},
         {"initialMargin", before.initialMargin == now.initialMargin},
         {"maintenanceMargin", before.maintenanceMargin == now.maintenanceMargin},
         {"marginIsRate", before.marginIsRate == now.marginIsRate},

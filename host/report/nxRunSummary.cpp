@@ -111,6 +111,7 @@ void WriteTrading(Rows& rows, const nxRunStatistics& statistics)
             if (!money.currency.IsUndefined()) out << money.currency.GetAsString() << " ";
             out << Money(money.profit) << ": realised " << Money(money.profit - money.open) << ", open "
                 << Money(money.open) << ", fees in it " << Money(money.fees);
+            if (!money.impact.IsZero()) out << ", impact in it " << Money(money.impact);
             if (!money.cash.IsZero()) out << ", funding, dividends and splits in it " << Money(money.cash);
             if (!money.carry.IsZero()) out << ", carry of rolls beside it " << Money(money.carry);
             out << ", largest drawdown " << Money(money.drawdown);

@@ -112,6 +112,17 @@ void NoteLateTrades(nxRunState& state, const nxLateTrades& trades)
         trades.late, trades.all));
 }
 
+void NoteUnknownImpact(const nxRunState& state, const nxTradingJob& job, const nxTrading& trading,
+                       std::vector<std::string>& notes)
+{
+    const unsigned long long count = trading.GetStatistics(job).withoutImpact;
+    if (state.options.exchange.impact <= 0 || count == 0) return;
+    notes.push_back(
+        fmt::format("{} fill{} without impact: the data hold no two days before, and the products file "
+                    "no dailyVolatility and dailyVolume",
+                    count, count == 1 ? "" : "s"));
+}
+
 void NoteUnfilled(nxTradingJob& job, const nxTrading& trading, std::vector<std::string>& notes)
 {
     const nxTradingStatistics counted = trading.GetStatistics(job);
@@ -135,6 +146,7 @@ void nxNoteWhatIsMissing(nxRunState& state, nxJobList& jobs, const nxTrading& tr
         NoteCollections(runner->GetJob(), notes);
         NoteMissingQuotes(runner->GetJob(), products, notes);
         NoteUnfilled(runner->GetJob(), trading, notes);
+        NoteUnknownImpact(state, runner->GetJob(), trading, notes);
         for (std::string& note : trading.GetMarginNotes(runner->GetJob()))
             notes.push_back(std::move(note));
         NoteTwoMarkets(state, runner->GetJob(), products);

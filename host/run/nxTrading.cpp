@@ -71,8 +71,13 @@ void nxTrading::_AddToVenue(Market& added)
 {
     const nxMarket& market = *added.market;
     const nxFeedProduct* const known = _source.GetProducts().Find(market.product.GetName());
-    const nxVenue::Product product{&market.GetAtVenue(), market.tickSize, market.GetHours(),
-                                   _IsOfBars(market), known != nullptr ? known->GetBarPeriod() : 0};
+    const nxVenue::Product product{&market.GetAtVenue(),
+                                   market.tickSize,
+                                   market.GetHours(),
+                                   _IsOfBars(market),
+                                   known != nullptr ? known->GetBarPeriod() : 0,
+                                   market.description.dailyVolatility,
+                                   market.description.dailyVolume};
     added.venueProduct = _venue->AddProduct(product);
     _ledger.AddProduct(added.none, market.GetAtVenue());
     if (_margin) _margin->AddProduct(market.description, market.GetAtVenue());

@@ -89,6 +89,9 @@ void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEven
     const nxProductAccount& account = _ledger.GetAccount(order.kind.owner, order.kind.product);
     const nxPositionKeeper& keeper = account.GetKeeper();
     const nxDecimal mark = account.GetMark(market.GetPrice());
+    if (event.impact.IsValid())
+        _output.RecordAt(event.time, _state.options.jobs[order.kind.owner].name, "impact",
+                         {{"order", order.id}, {"ofLot", Number(event.impact)}});
     _output.RecordAt(
         event.time, _state.options.jobs[order.kind.owner].name, "fill",
         {{"order", order.id},

@@ -39,7 +39,7 @@ function OnPrice()
 end
 """,
     "two.lua": "function OnInit() job:getProduct('SIM'):subscribePrice() end",
-    "fees.toml": '[[product]]\nname = "SIM"\nminimumFee = 1\n',
+    "fees.toml": '[[product]]\nname = "SIM"\nminimumFee = 1\ndailyVolatility = 0.01\ndailyVolume = 1000\n',
     "cash.csv": "time,product,kind,value\n20240108:14:30:01,SIM,dividend,1\n",
     "keys.toml": '[[product]]\nx = 1\n',
     "leg_keys.toml": '[[product]]\nname = "SIM"\nlegs = [{ x = 1 }]\n',
@@ -83,7 +83,7 @@ def check_options(program):
 
 def check_record(program):
     run(program, "run", "one.lua", "two.lua", "--data", str(ROOT / "examples/data/demo_quotes.csv.gz"),
-        "--products", "fees.toml", "--adjustments", "cash.csv", "--on-error", "continue", "--record", "record.jsonl")
+        "--products", "fees.toml", "--adjustments", "cash.csv", "--impact", "1", "--on-error", "continue", "--record", "record.jsonl")
     real = set()
     for line in pathlib.Path("record.jsonl").read_text().splitlines():
         entry = json.loads(line)
@@ -95,7 +95,7 @@ def check_record(program):
         types = re.findall(r"`(\w+)`", types)
         keys = set(re.findall(r'"(\w+)":', example))
         documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
-    for name in ("order", "orderEvent", "exchange", "product", "fees", "fill", "adjustment", "cash", "result", "money"):
+    for name in ("order", "orderEvent", "exchange", "product", "fees", "fill", "impact", "adjustment", "cash", "result", "money"):
         keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
         documented |= {f"{name}.{key}" for key in keys} | {name}
     documented -= {"userLog.price", "userLog.why"}  # the example's fields

@@ -40,6 +40,8 @@ name = "C"
 pointValue = 1000
 currency = "EUR"
 takerFee = 1.7
+dailyVolatility = 0.013
+dailyVolume = 40000
 minimumFee = 4
 feeTiers = [{ from = 20, makerFee = -0.3, takerFee = 1.1 }, { from = 60, takerFee = 0.7 }]
 """
@@ -65,7 +67,7 @@ a.trades.csv a.depth.csv.gz   --fills queue --param flatten=true
 a.depth.csv a.csv     --fills cross --latency 0.5 --jobs --late-trades 5000 --self-trade refuse
 a.csv b.csv.gz c.csv  --fills queue --products p.toml --jobs --param flatten=true
 a.csv b.csv.gz c.csv  --fills touch --products p.toml --latency 200 --feed-latency 1ms..3s --queue-model power:2
-a.csv b.csv.gz c.csv  --products p.toml --jobs --latency 300 --adjustments j.csv
+a.csv b.csv.gz c.csv  --products p.toml --jobs --latency 300 --adjustments j.csv --impact 0.7
 a.bars.csv            --param chance=0.6 --products p.toml
 a.bars.csv            --param chance=0.6 --bar-time start --bar-period 30s --latency 1-50000 --jobs
 c.csv a.bars.csv      --param chance=0.6 --participation 20 --products p.toml --latency 7
