@@ -2,9 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <set>
-
 nxAdjustmentSchedule::nxAdjustmentSchedule(nxRunState& state, const nxRunClock& clock, nxMarkets& markets,
                                            nxTrading& trading, nxSchedule& schedule)
     : _state(state), _clock(clock), _markets(markets), _trading(trading), _schedule(schedule)
@@ -24,17 +21,16 @@ void nxAdjustmentSchedule::_Apply()
     _Reschedule();
     if (nxMarket* const market = _markets.Find(adjustment.product, _clock.Get()))
         _trading.Adjust(*market, adjustment);
+    else
+        _unknown.insert(adjustment.product);
 }
 
 void nxAdjustmentSchedule::NoteUnmet()
 {
-    const std::vector<nxAdjustment>& adjustments = _state.options.adjustments;
-    std::set<std::string> unknown;
-    for (const nxAdjustment& adjustment : adjustments)
-        if (_markets.Find(adjustment.product, _clock.Get()) == nullptr) unknown.insert(adjustment.product);
-    for (const std::string& product : unknown)
-        _state.statistics.remarks.push_back("adjustments of " + product + ", which the data do not hold");
-    if (const std::size_t left = adjustments.size() - _next; left != 0)
+    for (const std::string& product : _unknown)
+        if (_markets.Find(product, _clock.Get()) == nullptr)
+            _state.statistics.remarks.push_back("adjustments of " + product + ", which the data do not hold");
+    if (const std::size_t left = _state.options.adjustments.size() - _next; left != 0)
         _state.statistics.remarks.push_back(
             fmt::format("{} adjustment{} after the end", left, left == 1 ? "" : "s"));
 }

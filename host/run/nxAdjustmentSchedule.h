@@ -1,5 +1,8 @@
 #pragma once
 
+#include <set>
+#include <string>
+
 #include "host/market/nxMarkets.h"
 #include "host/run/nxRunClock.h"
 #include "host/run/nxRunState.h"
@@ -29,4 +32,5 @@ private:
     nxTrading& _trading;
     nxSchedule& _schedule;
     std::size_t _next = 0;
+    std::set<std::string> _unknown;  // products at the time of their adjustments
 };
