@@ -170,6 +170,8 @@ void AddData(CLI::App& run, RunArguments& arguments)
                 "How far apart the bars of that product, or of all others, are: 30s, 1m, 4h, 1d. Without it "
                 "the first rows tell; may be repeated")
         ->type_name("[PRODUCT=]PERIOD");
+    AddRepeated(run, "--adjustments", arguments.jobs.adjustmentFiles,
+                "CSV file of dividends, splits, funding and rolls: time,product,kind,value; may be repeated");
     run.add_flag("--lenient,-l", options.lenient, "Count and skip malformed rows instead of ending the run");
     run.add_option("--speed,-s", options.speed,
                    "Recorded seconds for each real one; without it as fast as it can")
@@ -253,6 +255,12 @@ void AddExchange(CLI::App& run, RunArguments& arguments)
                  "Run under the other fill models and with a queue that only trades move, over bars under "
                  "the other --bar-fills and --bar-limits through, and with twice the latency, too, and print "
                  "what each comes to after the summary");
+    run.add_option(
+           "--impact", exchange.impact,
+           "What taking costs beside its price: this times a day's volatility times the square root of "
+           "the order's share of a day's volume; without it nothing")
+        ->check(IsNumber(0, 1000, "from 0 to 1000"))
+        ->option_text("COEFFICIENT");
     AddRepeated(run, "--explain", arguments.options.explain,
                 "Tell the story of the order with that number after the summary; may be repeated")
         ->type_name("ORDER_ID");
@@ -271,16 +279,6 @@ void AddResults(CLI::App& run, nxRunOptions& options)
     run.add_option("--equity", options.equityFile, "CSV file to write the equity over time to")
         ->type_name("FILE.csv");
     run.add_option_function<std::string>(
-           "--capital",
-           [&options](const std::string& text) {
-               if (!options.capital.SetFromString(text).IsSuccess() || options.capital <= nxDecimalZero)
-                   throw CLI::ValidationError("--capital", text + " is no amount above 0");
-           },
-           "The money of the account in each currency, by which returns are measured; without it measures "
-           "that "
-           "need it are left out")
-        ->option_text("AMOUNT");
-    run.add_option_function<std::string>(
            "--round-trips",
            [&options](const std::string& name) {
                options.roundTrips = name == "fifo" ? nxMatching::Fifo : nxMatching::Average;
@@ -288,6 +286,30 @@ void AddResults(CLI::App& run, nxRunOptions& options)
            "Which lots a fill closes: the oldest (fifo), or a share of all at their average price (average)")
         ->check(CLI::IsMember({"fifo", "average"}))
         ->option_text("fifo|average [fifo]");
+}
+
+void AddAccount(CLI::App& run, nxRunOptions& options)
+{
+    CLI::Option* const capital = run.add_option_function<std::string>(
+        "--capital",
+        [&options](const std::string& text) {
+            if (!options.capital.SetFromString(text).IsSuccess() || options.capital <= nxDecimalZero)
+                throw CLI::ValidationError("--capital", text + " is no amount above 0");
+        },
+        "The money that each job begins with, in each currency: for its returns and its margin; without it "
+        "measures that need it are left out");
+    capital->option_text("AMOUNT");
+    run.add_option_function<std::string>(
+           "--margin",
+           [&options](const std::string& name) {
+               options.margin = name == "refuse" ? nxMarginRule::Refuse
+                                : name == "tell" ? nxMarginRule::Tell
+                                                 : nxMarginRule::Off;
+           },
+           "Orders beyond the buying power of --capital are refused, or let through and told")
+        ->check(CLI::IsMember({"refuse", "tell", "off"}))
+        ->needs(capital)
+        ->option_text("refuse|tell|off [tell]");
 }
 
 void AddOutputs(CLI::App& run, RunArguments& arguments)
@@ -341,6 +363,7 @@ void AddRunCommand(CLI::App& app, int& status)
     run.add_flag("--round-volumes", arguments->options.roundsVolumes,
                  "Round sizes to whole lots; the summary tells how much is lost");
     AddExchange(run, *arguments);
+    AddAccount(run, arguments->options);
     AddOutputs(run, *arguments);
     run.callback([arguments, &status] { status = Run(*arguments); });
 }

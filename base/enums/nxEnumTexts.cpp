@@ -265,6 +265,8 @@ const std::vector<Texts>& Table()
         {nxError_OrderIsOver, "ORDER_IS_OVER", "order is over", "the order is filled, deleted or rejected"},
         {nxError_OrderIsExecuted, "ORDER_IS_EXECUTED", "order is executed",
          "more of the order is executed than the change leaves"},
+        {nxError_OrderBeyondMargin, "ORDER_BEYOND_MARGIN", "order beyond margin",
+         "the order needs more margin than is free"},
     };
     return *table;
 }

@@ -271,4 +271,5 @@ enum nxEnumValue : unsigned int {
     nxError_OrderMeetsOwn = 1018106,
     nxError_OrderIsOver = 1018107,
     nxError_OrderIsExecuted = 1018108,
+    nxError_OrderBeyondMargin = 1018109,
 };

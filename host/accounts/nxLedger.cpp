@@ -35,7 +35,9 @@ void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& even
     job.AddFill(event.fillVolume, event.isMaker, event.cause);
     Holding& holding = _Get(order.kind.owner, order.kind.product);
     const nxExactAmount fees = holding.account.GetKeeper().GetTotal().fees;
-    holding.account.AddFill(order.kind.side, event.fillPrice, event.fillVolume, event.isMaker);
+    _lastFee = holding.account.AddFill(order.kind.side, event);
+    job[holding.account.GetCurrency()].impact += holding.account.GetImpact(event);
+    if (!event.isMaker && !event.impact.IsValid()) ++job.withoutImpact;
     holding.isFilled = true;
     if (_observer != nullptr)
         _observer->OnFill(order, event, holding.account.GetKeeper().GetTotal().fees - fees);
@@ -45,6 +47,21 @@ void nxLedger::OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& even
 const nxProductAccount& nxLedger::GetAccount(unsigned int job, unsigned int product) const
 {
     return std::ranges::find(_products[product].holdings, job, &Holding::job)->account;
+}
+
+nxLedger::Position nxLedger::GetPosition(unsigned int job, unsigned int product) const
+{
+    const std::vector<Holding>& holdings = _products[product].holdings;
+    const auto known = std::ranges::find(holdings, job, &Holding::job);
+    if (known == holdings.end()) return {0, {}};
+    return {known->account.GetKeeper().GetNet(), known->mark};
+}
+
+nxExactAmount nxLedger::GetProfit(unsigned int job, const nxCurrencyEnum& currency) const
+{
+    if (job >= _jobs.size()) return {};
+    const auto money = std::ranges::find(_jobs[job].money, currency, &nxTradingStatistics::Money::currency);
+    return money == _jobs[job].money.end() ? nxExactAmount() : money->profit;
 }
 
 nxTradingStatistics nxLedger::GetStatistics(unsigned int job) const
@@ -60,6 +77,24 @@ nxTradingStatistics nxLedger::GetStatistics(unsigned int job) const
         money.fees += keeper.GetTotal().fees;
     }
     return statistics;
+}
+
+std::vector<nxLedger::AdjustedJob> nxLedger::Adjust(unsigned int product, const nxAdjustment& adjustment)
+{
+    Settle();
+    std::vector<AdjustedJob> jobs;
+    for (Holding& holding : _products[product].holdings) {
+        if (holding.account.GetKeeper().GetNet() == 0) continue;
+        const nxAdjusted adjusted = holding.account.GetAdjusted(adjustment, holding.mark);
+        holding.account.Adjust(adjustment, adjusted);
+        nxTradingStatistics::Money& money = _jobs[holding.job][holding.account.GetCurrency()];
+        (adjustment.kind == nxAdjustmentKind::Roll ? money.carry : money.cash) += adjusted.amount;
+        holding.isFilled = true;
+        if (_observer != nullptr) _observer->OnAdjustment(holding.job, product, adjustment);
+        _Value(holding, product, adjustment.GetPrice(holding.mark));
+        jobs.push_back({holding.job, adjusted});
+    }
+    return jobs;
 }
 
 void nxLedger::_ValueFilled()

@@ -24,7 +24,8 @@ public:
     {
         _products.push_back({none, &market, {}});
     }
-    const nxProductAccount& GetEmptyAccount(unsigned int product) const { return _products[product].none; }
+    // Of the fill that was booked last, for those who look on after the ledger.
+    const nxExactAmount& GetLastFee() const { return _lastFee; }
 
     // Values what was filled since the last call.
     void Settle()
@@ -35,8 +36,23 @@ public:
     // The market of a product may have moved. bar: by that one, else null.
     void Mark(unsigned int product, const nxFeedBar* bar);
 
+    struct AdjustedJob
+    {
+        unsigned int job;
+        nxAdjusted adjusted;
+    };
+    // Of each job with a position; it is valued at the price of afterwards until the market shows one.
+    std::vector<AdjustedJob> Adjust(unsigned int product, const nxAdjustment& adjustment);
+
     // Of a job that was filled in the product.
     const nxProductAccount& GetAccount(unsigned int job, unsigned int product) const;
+    struct Position
+    {
+        long long net;
+        nxDecimal mark;  // by which it was valued last
+    };
+    Position GetPosition(unsigned int job, unsigned int product) const;
+    nxExactAmount GetProfit(unsigned int job, const nxCurrencyEnum& currency) const;
     // Without orders, which the ledger does not count.
     nxTradingStatistics GetStatistics(unsigned int job) const;
 
@@ -68,5 +84,6 @@ private:
     nxLedgerObserver* const _observer;
     std::vector<Product> _products;
     std::vector<nxTradingStatistics> _jobs;
+    nxExactAmount _lastFee;
     std::vector<std::pair<unsigned int, unsigned int>> _filled;  // job and product; not valued yet
 };

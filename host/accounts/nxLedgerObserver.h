@@ -3,6 +3,7 @@
 #include "host/accounts/nxPositionKeeper.h"
 #include "host/accounts/nxTradingStatistics.h"
 
+struct nxAdjustment;
 struct nxExchangeEvent;
 struct nxExchangeOrder;
 struct nxFeedBar;
@@ -17,6 +18,8 @@ public:
     // What a job has of a product counts at another mark, or is another position. money: of its currency.
     virtual void OnValue(unsigned int job, unsigned int product, const nxPositionKeeper& position,
                          const nxDecimal& mark, const nxTradingStatistics::Money& money) = 0;
+    // A split, a roll and the like meet what a job has of a product, before it is valued anew.
+    virtual void OnAdjustment(unsigned int job, unsigned int product, const nxAdjustment& adjustment) = 0;
     // A position meets a bar, before it is valued at its close.
     virtual void OnBar(unsigned int job, unsigned int product, const nxFeedBar& bar) = 0;
 

@@ -46,9 +46,27 @@ void nxPositionKeeper::AddFill(nxSide side, const nxDecimal& price, unsigned int
     _openSum += nxExactAmount(price, change);
 }
 
+void nxPositionKeeper::Split(const nxAdjustment& split, long long lots)
+{
+    const long long part = lots * split.oldLots;
+    const long long whole = _net * split.newLots;
+    if (part == 0 || whole == 0)
+        _openSum = {};
+    else if (std::abs(part) < std::abs(whole))
+        _openSum = _openSum.GetShare(part, whole, AveragePlaces);
+    _net = lots;
+}
+
+void nxPositionKeeper::Roll(const nxDecimal& difference)
+{
+    _openSum += nxExactAmount(difference, _net);
+    AddCash(nxExactAmount(difference, -_net, _pointValue));
+}
+
 void nxPositionKeeper::BeginDay(const nxDecimal& mark)
 {
     _day = {};
+    _dayCash = {};
     _dayBegin = _GetValue(mark);
 }
 
@@ -71,7 +89,7 @@ nxExactAmount nxPositionKeeper::GetTotalProfit(const nxDecimal& mark) const
 
 nxExactAmount nxPositionKeeper::GetDayProfit(const nxDecimal& mark) const
 {
-    return _day.money.sell - _day.money.buy - _day.fees + _GetValue(mark) - _dayBegin;
+    return _day.money.sell - _day.money.buy - _day.fees + _dayCash + _GetValue(mark) - _dayBegin;
 }
 
 nxExactAmount nxPositionKeeper::GetOpenProfit(const nxDecimal& mark) const

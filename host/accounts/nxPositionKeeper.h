@@ -3,6 +3,7 @@
 #include "base/values/nxDecimal.h"
 #include "base/values/nxExactAmount.h"
 #include "host/feed/nxSide.h"
+#include "host/market/nxAdjustment.h"
 
 // What trading one product brought: volumes, average prices, cash, realised and open profit, over the whole
 // run and for the current day. Money is price times volume times point value. All sums are exact, so that
@@ -26,6 +27,17 @@ public:
     explicit nxPositionKeeper(const nxDecimal& pointValue = nxDecimalOne) : _pointValue(pointValue) {}
 
     void AddFill(nxSide side, const nxDecimal& price, unsigned int volume, const nxExactAmount& fee);
+    // Money that comes or goes beside the fills.
+    void AddCash(const nxExactAmount& amount)
+    {
+        _cash += amount;
+        _dayCash += amount;
+    }
+    // Prices and lots are others from now on, `lots` being those that are open then; what they cost stays,
+    // but for the part of lots that went away.
+    void Split(const nxAdjustment& split, long long lots);
+    // The position goes on in a product of another price, without gain or loss.
+    void Roll(const nxDecimal& difference);
     // The day's section begins anew; what is open is carried at that price, where it is valid.
     void BeginDay(const nxDecimal& mark);
 
@@ -56,5 +68,6 @@ private:
     Section _day;
     long long _net = 0;
     nxExactAmount _openSum;   // prices times signed volume of what is open
+    nxExactAmount _dayCash;   // of the day, beside its fills
     nxExactAmount _dayBegin;  // value of the position the day began with
 };

@@ -22,6 +22,33 @@ nxDecimal nxProductAccount::GetMark(const nxPrice& price) const
     return price.GetLastPrice().IsValid() ? price.GetLastPrice() : nxDecimal();
 }
 
+nxAdjusted nxProductAccount::GetAdjusted(const nxAdjustment& adjustment, const nxDecimal& mark) const
+{
+    constexpr unsigned char places = 10;
+    const long long net = _keeper.GetNet();
+    const nxDecimal price = mark.IsValid() ? mark : _keeper.GetOpenAveragePrice();
+    switch (adjustment.kind) {
+        case nxAdjustmentKind::Funding:
+            return {nxExactAmount(price, -net, _pointValue) * adjustment.value, net, net != 0};
+        case nxAdjustmentKind::Dividend:
+        case nxAdjustmentKind::Roll:
+            return {nxExactAmount(adjustment.value, net, _pointValue), net, net != 0};
+        case nxAdjustmentKind::Split:
+            break;
+    }
+    // A part of a lot is paid out at the price that it has then.
+    const long long part = net * adjustment.newLots % adjustment.oldLots;
+    return {nxExactAmount(price, part, _pointValue).GetShare(1, adjustment.newLots, places),
+            net * adjustment.newLots / adjustment.oldLots, net != 0};
+}
+
+void nxProductAccount::Adjust(const nxAdjustment& adjustment, const nxAdjusted& adjusted)
+{
+    if (adjustment.kind == nxAdjustmentKind::Roll) return _keeper.Roll(adjustment.value);
+    _keeper.AddCash(adjusted.amount);
+    if (adjustment.kind == nxAdjustmentKind::Split) _keeper.Split(adjustment, adjusted.lots);
+}
+
 void nxProductAccount::FillTotal(nxAlgoPosition& position) const
 {
     const nxPositionKeeper::Section& total = _keeper.GetTotal();

@@ -2,8 +2,10 @@
 
 #include "base/enums/nxCurrencyEnum.h"
 #include "base/records/nxPrice.h"
-#include "host/accounts/nxFeeSchedule.h"
+#include "host/accounts/nxAdjusted.h"
+#include "host/accounts/nxFeeCounter.h"
 #include "host/accounts/nxPositionKeeper.h"
+#include "host/exchange/nxExchangeEvent.h"
 #include "scriptFramework/market/nxAlgoPosition.h"
 
 // What the fills of one product come to, for one job or for all of a run: position, fees and profit, at the
@@ -13,10 +15,10 @@ class nxProductAccount
 public:
     nxProductAccount() = default;
     // A point value that is not valid is 1.
-    nxProductAccount(const nxDecimal& pointValue, const nxCurrencyEnum& currency, const nxFeeSchedule& fees)
-        : _pointValue(pointValue.IsValid() ? pointValue : nxDecimalOne),
-          _currency(currency),
-          _fees(fees),
+    explicit nxProductAccount(const nxProductDescription& product)
+        : _pointValue(product.pointValue.IsValid() ? product.pointValue : nxDecimalOne),
+          _currency(product.currency),
+          _fees(nxFeeSchedule(product)),
           _keeper(_pointValue)
     {
     }
@@ -28,14 +30,30 @@ public:
     // the last trade where the market shows none. Null for none of them.
     nxDecimal GetMark(const nxPrice& price) const;
 
-    void AddFill(nxSide side, const nxDecimal& price, unsigned int volume, bool isMaker)
+    // Of one job; gives the fee.
+    nxExactAmount AddFill(nxSide side, const nxExchangeEvent& fill)
     {
-        _keeper.AddFill(side, price, volume, GetFee(price, volume, isMaker));
+        const nxExactAmount fee = _fees.Add(fill, _pointValue);
+        AddFill(side, fill, fee);
+        return fee;
     }
-    nxExactAmount GetFee(const nxDecimal& price, unsigned int volume, bool isMaker) const
+    // Of a job whose account knows the fee.
+    void AddFill(nxSide side, const nxExchangeEvent& fill, const nxExactAmount& fee)
     {
-        return _fees.GetFee(isMaker, price, volume, _pointValue);
+        _lastFee = fee;
+        _keeper.AddFill(side, fill.fillPrice, fill.fillVolume, fee);
+        if (fill.impact.IsValid()) _keeper.AddCash(nxExactAmount() - GetImpact(fill));
     }
+    // Of the last fill.
+    const nxExactAmount& GetLastFee() const { return _lastFee; }
+    // What the market's answer to the fill costs.
+    nxExactAmount GetImpact(const nxExchangeEvent& fill) const
+    {
+        return {fill.impact, fill.fillVolume, _pointValue};
+    }
+    // What an adjustment does to the position at that mark.
+    nxAdjusted GetAdjusted(const nxAdjustment& adjustment, const nxDecimal& mark) const;
+    void Adjust(const nxAdjustment& adjustment, const nxAdjusted& adjusted);
     void BeginDay(const nxPrice& price) { _keeper.BeginDay(GetMark(price)); }
 
     // The sections total and day with the open position, or the local section, of what scripts see.
@@ -45,6 +63,7 @@ public:
 private:
     nxDecimal _pointValue = nxDecimalOne;
     nxCurrencyEnum _currency;
-    nxFeeSchedule _fees;
+    nxFeeCounter _fees;
     nxPositionKeeper _keeper;
+    nxExactAmount _lastFee;
 };

@@ -21,6 +21,9 @@ struct nxTradingStatistics
         // The same, where bars are met at the worst of their high and low.
         nxExactAmount worstDrawdown;
         bool hasBars = false;  // what was open met a bar
+        nxExactAmount cash;    // of funding, dividends and splits, in the profit
+        nxExactAmount impact;  // of what was taken, in the profit
+        nxExactAmount carry;   // what positions cost more after rolls, not in the profit
     };
 
     unsigned long long orders = 0;     // sent, with the children of brackets
@@ -31,6 +34,7 @@ struct nxTradingStatistics
     unsigned long long assumedVolume = 0;  // filled in the book that is assumed behind the best price
     unsigned long long selfVolume = 0;     // that own orders traded with each other
     unsigned long long selfTrades = 0;     // ends and refusals because they would have
+    unsigned long long withoutImpact = 0;  // fills as a taker whose impact is not known
     std::vector<Money> money;
 
     void AddFill(unsigned int lots, bool isMaker, nxFillCause cause)
@@ -48,6 +52,6 @@ struct nxTradingStatistics
     {
         for (Money& known : money)
             if (known.currency == currency) return known;
-        return money.emplace_back(Money{currency, {}, {}, {}, {}, {}, {}, false});
+        return money.emplace_back(Money{currency, {}, {}, {}, {}, {}, {}, false, {}, {}, {}});
     }
 };

@@ -228,7 +228,8 @@ checker.tables = {
   pull = { keys = { algoID = text }, required = {} },
   createTickDataCollection = {
     keys = {
-      period = { "MINUTE", "5_MINUTE", "10_MINUTE", "30_MINUTE", "HOUR", "SESSION" },
+      -- And names of a products file, which nobody knows here.
+      period = { "MINUTE", "5_MINUTE", "10_MINUTE", "30_MINUTE", "HOUR", "SESSION", isOpen = true },
       ticks = number,
       realTime = "boolean",
       startDate = text,

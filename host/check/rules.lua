@@ -42,11 +42,19 @@ end
 local constants = { String = "text", Number = "number", True = "boolean", False = "boolean", Table = "table",
                     Function = "function" }
 
+-- What is left of a name when it may be written in any way: 5minutes and 5_MINUTE are one.
+local function strip(name)
+  return (name:upper():gsub("[^%w]", ""):gsub("S$", ""))
+end
+
+-- Of an open list what is no known name written in another way may be one that the checker cannot know.
 local function isOneOf(text, texts)
+  local isLike = false
   for _, known in ipairs(texts) do
     if known == text then return true end
+    isLike = isLike or strip(known) == strip(text)
   end
-  return false
+  return texts.isOpen and not isLike
 end
 
 -- Constants that the function would refuse, or pass over without a word.

@@ -37,6 +37,8 @@ struct nxExchangeEvent
     nxDecimal fillPrice;
     unsigned int fillVolume = 0;
     bool isMaker = false;
+    nxDecimal impact;  // of a taker's fill: what each lot costs beside its price; null: not known, or none
+                       // asked for
     nxFillCause cause = nxFillCause::Took;
     bool isRequested = false;  // an amendment or the end of an order: by its owner
     nxErrorEnum error;         // of what was rejected: the cause

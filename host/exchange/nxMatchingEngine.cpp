@@ -1,6 +1,7 @@
 #include "host/exchange/nxMatchingEngine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace {
@@ -46,6 +47,26 @@ void nxMatchingEngine::_TellRefusal(const nxExchangeOrder& order, nxExchangeEven
     });
 }
 
+// By the square root of the lots that the order has had against those of a day. What an order costs is the
+// same however many fills it has: of each the part that it adds.
+nxDecimal nxMatchingEngine::_GetImpact(const nxExchangeOrder& order, const nxDecimal& price,
+                                       unsigned int volume) const
+{
+    constexpr unsigned char places = 10;
+    const nxVenue::Product& product = _markets[order.kind.product]->product;
+    const nxDailyFigures& seen = product.market->GetDailyFigures();
+    const double volatility =
+        product.dailyVolatility.IsValid() ? product.dailyVolatility.GetAsDouble() : seen.GetVolatility();
+    const double daily = product.dailyVolume.IsValid() ? product.dailyVolume.GetAsDouble() : seen.GetVolume();
+    nxDecimal impact;
+    if (daily <= 0 || volatility <= 0) return impact;
+    const double after = order.executed;
+    const double before = after - volume;
+    const double sum = (after * std::sqrt(after) - before * std::sqrt(before)) / std::sqrt(daily);
+    impact.SetFromDouble(_options.impact * volatility * std::abs(price.GetAsDouble()) * sum / volume, places);
+    return impact;
+}
+
 void nxMatchingEngine::OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume,
                               bool isMaker, nxFillCause cause)
 {
@@ -54,6 +75,8 @@ void nxMatchingEngine::OnFill(nxExchangeOrder& order, const nxDecimal& price, un
         event.fillVolume = volume;
         event.isMaker = isMaker;
         event.cause = cause;
+        if (_options.impact > 0 && !isMaker && cause != nxFillCause::OwnOrder) [[unlikely]]
+            event.impact = _GetImpact(order, price, volume);
         // Whatever filled it has used up what was in front of it.
         if (event.ahead.IsValid()) event.ahead = 0;
     });
@@ -229,6 +252,18 @@ void nxMatchingEngine::OnClose(unsigned int product, long long time)
     AdvanceTo(time);
     Market& market = *_markets[product];
     if (!market.product.IgnoresHours()) market.isOpen = market.opens = false;
+}
+
+void nxMatchingEngine::EndOrders(unsigned int product, const char* reason, long long time)
+{
+    AdvanceTo(time);
+    Market& market = *_markets[product];
+    for (unsigned int id = 1; id <= _orders.GetCount(); ++id) {
+        nxExchangeOrder* const order = _orders.Find(id);
+        if (order != nullptr && order->kind.product == product && order->IsAlive()) _End(*order, reason);
+    }
+    _Settle();
+    if (std::exchange(market.isOpen, false)) OnOpen(product, time);
 }
 
 void nxMatchingEngine::OnEvent(unsigned int product, const nxFeedEvent& event)

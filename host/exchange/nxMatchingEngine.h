@@ -10,6 +10,7 @@
 #include "host/exchange/nxExchangeObserver.h"
 #include "host/exchange/nxOrderChecks.h"
 #include "host/exchange/nxOrderExpiries.h"
+#include "host/exchange/nxOrderGate.h"
 #include "host/exchange/nxVenue.h"
 
 // The lives of the orders at a simulated exchange, from their arrival on: pending until then; rejected, or
@@ -24,6 +25,7 @@ public:
         unsigned long long seed;     // of an iceberg's peaks
         unsigned int participation;  // hundredths of a bar's volume; 0: all that is wanted
         bool reportsQueue;           // tell each move in a queue
+        double impact;               // see nxExchangeOptions
     };
 
     // Answers and observers outlive it.
@@ -36,6 +38,7 @@ public:
         _markets[product]->product.tickSize = tickSize;
         _markets[product]->book.SetTickSize(tickSize);
     }
+    void SetGate(nxOrderGate& gate) { _gate = &gate; }
     const nxMarketProduct& GetMarket(unsigned int product) const
     {
         return *_markets[product]->product.market;
@@ -67,6 +70,8 @@ public:
     void OnEvent(unsigned int product, const nxFeedEvent& event);
     void OnOpen(unsigned int product, long long time);
     void OnClose(unsigned int product, long long time);
+    // For a product that goes on at other prices: it opens anew with its next event.
+    void EndOrders(unsigned int product, const char* reason, long long time);
     // Takes what the market shows already, of one that was open before the engine was there.
     void Join(unsigned int product, long long time);
 
@@ -109,6 +114,7 @@ private:
     void _TellRefusal(const nxExchangeOrder& order, nxExchangeEvent::Kind kind, Refusal refusal);
     void _Arrive(nxExchangeOrder& order);
     void _Amend(nxExchangeOrder& order, const nxOrderTerms& changes);
+    Refusal _FindObstacle(const nxExchangeOrder& order) const;
     Refusal _FindOwnTrade(const nxExchangeOrder& order) const;
     Refusal _SetTrail(nxExchangeOrder& order) const;
     void _SetExpiry(nxExchangeOrder& order);
@@ -126,6 +132,7 @@ private:
     void _Settle();
     void _AddChild(const nxExchangeOrder& parent, const nxBracket::Fill& fill, bool isStop);
 
+    nxDecimal _GetImpact(const nxExchangeOrder& order, const nxDecimal& price, unsigned int volume) const;
     void OnFill(nxExchangeOrder& order, const nxDecimal& price, unsigned int volume, bool isMaker,
                 nxFillCause cause) override;
     void OnTriggered(nxExchangeOrder& order) override;
@@ -135,6 +142,7 @@ private:
     const Options _options;
     nxAnswerLine& _answers;
     const nxExchangeObservers& _observers;
+    nxOrderGate* _gate = nullptr;  // none: all may pass
     nxExactRandom _peakRandom;
     std::vector<std::unique_ptr<Market>> _markets;
     nxOrderPool _orders;

@@ -13,6 +13,12 @@ Refusal nxMatchingEngine::_FindOwnTrade(const nxExchangeOrder& order) const
     return nxOrderChecks::GetSelfTrade(own->id);
 }
 
+Refusal nxMatchingEngine::_FindObstacle(const nxExchangeOrder& order) const
+{
+    if (_gate == nullptr) return {};
+    return {nxError_OrderBeyondMargin, _gate->FindObstacle(order)};
+}
+
 // Gives a stop that trails its distance from the market; why it cannot have one, empty when it can.
 Refusal nxMatchingEngine::_SetTrail(nxExchangeOrder& order) const
 {
@@ -96,6 +102,7 @@ void nxMatchingEngine::_Arrive(nxExchangeOrder& order)
         refusal = {nxError_OrderMarketState, "the market is not open"};
     if (refusal.text.empty()) refusal = _SetTrail(order);
     if (refusal.text.empty()) refusal = _FindOwnTrade(order);
+    if (refusal.text.empty()) refusal = _FindObstacle(order);
     if (!refusal.text.empty()) {
         order.status = nxOrderStatus_Rejected;
         _TellRefusal(order, nxExchangeEvent::Kind::Rejected, std::move(refusal));
@@ -186,6 +193,7 @@ void nxMatchingEngine::_Amend(nxExchangeOrder& order, const nxOrderTerms& change
         refusal = {nxError_OrderStopMisplaced, "the stop is triggered already"};
     if (refusal.text.empty() && movesStop) refusal = _SetTrail(wanted);
     if (refusal.text.empty() && !keepsPlace) refusal = _FindOwnTrade(wanted);
+    if (refusal.text.empty() && !keepsPlace) refusal = _FindObstacle(wanted);
     if (!refusal.text.empty()) {
         _TellRefusal(order, nxExchangeEvent::Kind::AmendRejected, std::move(refusal));
         return;

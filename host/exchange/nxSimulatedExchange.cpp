@@ -8,7 +8,8 @@ nxSimulatedExchange::nxSimulatedExchange(const nxExchangeOptions& options, nxExc
       _latency(options.request),
       _random(options.seed),
       _answers(options.answer, _random),
-      _engine({options, options.seed + 1, options.participation, options.reportQueue}, _answers, _observers)
+      _engine({options, options.seed + 1, options.participation, options.reportQueue, options.impact},
+              _answers, _observers)
 {
 }
 

@@ -7,6 +7,7 @@ struct nxExchangeOptions : nxBookRules
     nxLatency request;  // from the script to the exchange
     nxLatency answer;   // and back
     unsigned long long seed = 1;
+    double impact = 0;               // the coefficient of the square-root law; 0: taking moves no price
     unsigned int participation = 0;  // hundredths of a bar's volume; 0: all that is wanted
     bool reportQueue = false;        // tell each move in a queue
 };
@@ -25,6 +26,8 @@ public:
     {
         _engine.SetTickSize(product, tickSize);
     }
+
+    void SetGate(nxOrderGate& gate) override { _engine.SetGate(gate); }
 
     // Requests at the recorded time now. A new order has its number at once, from 1 on; a reserved one before
     // it is sent.
@@ -50,6 +53,10 @@ public:
     void OnEvent(unsigned int product, const nxFeedEvent& event) override { _engine.OnEvent(product, event); }
     void OnOpen(unsigned int product, long long time) override { _engine.OnOpen(product, time); }
     void OnClose(unsigned int product, long long time) override { _engine.OnClose(product, time); }
+    void EndOrders(unsigned int product, const char* reason, long long time) override
+    {
+        _engine.EndOrders(product, reason, time);
+    }
     void Join(unsigned int product, long long time) override { _engine.Join(product, time); }
 
     void Release(unsigned int order) override { _engine.GetOrders().Release(order); }

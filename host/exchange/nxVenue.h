@@ -7,6 +7,7 @@
 #include "host/market/nxTradingHours.h"
 
 class nxMarketProduct;
+class nxOrderGate;
 
 // Where the orders of a run go: requests out, answers back as events with a time, in the order of their
 // times. A venue that simulates is told what the market does; one that is real knows. Used on the run's
@@ -21,6 +22,9 @@ public:
         nxTradingHours hours;                     // empty: a day ends at midnight UTC
         bool isOfBars = false;
         long long barPeriod = 0;  // nanoseconds; 0: not known
+        // Of a day, for the impact of what is taken; null: as its data say. The volatility is a part of the
+        // price.
+        nxDecimal dailyVolatility, dailyVolume;
 
         // Bars of a day and longer tell nothing of the hours in which they came to be: such a product is open
         // from its first bar on.
@@ -33,6 +37,9 @@ public:
     // The number by which orders name it, from 0.
     virtual unsigned int AddProduct(const Product& product) = 0;
     virtual void SetTickSize(unsigned int product, const nxDecimal& tickSize) = 0;
+
+    // Looks at orders before they get into the market; outlives the venue.
+    virtual void SetGate(nxOrderGate& gate) = 0;
 
     // The number of a new order, from 1, which is sent later.
     virtual unsigned int Reserve() = 0;
@@ -69,6 +76,8 @@ public:
     virtual void OnEvent(unsigned int product, const nxFeedEvent& event) = 0;
     virtual void OnOpen(unsigned int product, long long time) = 0;
     virtual void OnClose(unsigned int product, long long time) = 0;
+    // All orders of a product that goes on at other prices; new ones wait for its next event.
+    virtual void EndOrders(unsigned int product, const char* reason, long long time) = 0;
     // What the market shows already, of one that was open before the venue was there.
     virtual void Join(unsigned int product, long long time) = 0;
 };

@@ -1,43 +1,42 @@
 #include "host/jobs/nxBarBuilder.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "host/feed/nxBarPeriod.h"
 
 namespace {
 
 constexpr long long Second = nxTime::NanosecondsPerSecond;
-constexpr long long Minute = 60 * Second;
-constexpr long long Hour = 60 * Minute;
-constexpr long long Day = 24 * Hour;
-// What recorded times reach, without the outermost days, whose bars would begin or end beyond.
+constexpr long long Day = nxTime::NanosecondsPerDay;
+// Rows before it would begin before the first of all times.
 constexpr long long Earliest = std::numeric_limits<long long>::min() + 2 * Day;
-constexpr long long Latest = nxTime::Never - 2 * Day;
 constexpr unsigned int LargestVolume = 0xFFFFFFFD;  // beyond lie the marks
 
-long long GetLength(const nxTickDataPeriodEnum& period)
+// The longest that rows of the rule's own length can be apart.
+long long GetLongestRow(const nxBarTerms& terms)
 {
-    switch (period.GetValue()) {
-        case nxTickDataPeriod_Minute:
-            return Minute;
-        case nxTickDataPeriod_5Minute:
-            return 5 * Minute;
-        case nxTickDataPeriod_10Minute:
-            return 10 * Minute;
-        case nxTickDataPeriod_30Minute:
-            return 30 * Minute;
-        case nxTickDataPeriod_Hour:
-            return Hour;
+    constexpr long long weekend = 3 * Day;
+    switch (terms.unit) {
+        case nxBarUnit::Multiple:
+            return terms.count * Second;
+        case nxBarUnit::Clock:
+            return std::min(terms.count * Second, Day / 2);
+        case nxBarUnit::Session:
+            return weekend;
+        case nxBarUnit::Day:
+            return std::max(weekend, terms.count * Day);
+        case nxBarUnit::Week:
+            return terms.count * 7 * Day;
         default:
-            return 0;
+            return terms.count * 31 * Day;
     }
 }
 
-// Division towards the past.
-long long Floor(long long time, long long length)
+// Towards the past.
+long long GetSecond(long long time)
 {
-    const long long rest = time % length;
-    return time - (rest < 0 ? rest + length : rest);
+    return time / Second - (time % Second < 0 ? 1 : 0);
 }
 
 unsigned int Add(unsigned int sum, unsigned int volume)
@@ -47,43 +46,22 @@ unsigned int Add(unsigned int sum, unsigned int volume)
 
 }  // namespace
 
-nxBarBuilder::nxBarBuilder(const nxTickDataPeriodEnum& period, const nxTradingHours& hours,
-                           long long rowPeriod, bool rowsBearStart)
-    : _length(GetLength(period)), _hours(hours), _rowPeriod(rowPeriod), _rowsBearStart(rowsBearStart)
+nxBarBuilder::nxBarBuilder(const nxBarTerms& terms, const nxTradingHours& hours, long long rowPeriod,
+                           bool rowsBearStart)
+    : _terms(terms), _span(terms, hours), _rowPeriod(rowPeriod), _rowsBearStart(rowsBearStart)
 {
 }
 
 bool nxBarBuilder::CanFoldRows() const
 {
-    return _rowPeriod <= (_length == 0 ? 3 * Day : _length);
+    return !_terms.IsMadeOfTrades() && _rowPeriod <= GetLongestRow(_terms);
 }
 
-bool nxBarBuilder::_FindSpan(long long time)
-{
-    if (time >= _begin && time < _end) return true;
-    if (time < Earliest || time > Latest) return false;
-    // Nearly always it is the one behind.
-    if (_length != 0 && time >= _end && time - _length < _end) {
-        _begin = _end;
-        _end += _length;
-        return true;
-    }
-    const long long length = _length == 0 ? Day : _length;
-    if (_length == 0 && !_hours.IsEmpty()) {
-        if (!_hours.IsOpen(time)) return false;
-        _end = _hours.GetNextChange(time);
-        _begin = _hours.GetLastChange(time);
-        if (_end != nxTime::Never) return true;
-    }
-    _begin = Floor(time, length);
-    _end = _begin + length;
-    return true;
-}
-
-void nxBarBuilder::_Begin(const nxDecimal& open)
+void nxBarBuilder::_Begin(const nxDecimal& open, long long time)
 {
     _isEmpty = false;
-    _bar.SetTime(Floor(_begin, Second) / Second);
+    _trades = 0;
+    _bar.SetTime(GetSecond(time));
     _bar.SetOpen(open);
     _bar.SetHigh(open);
     _bar.SetLow(open);
@@ -104,37 +82,68 @@ const nxTickData* nxBarBuilder::Close(long long time)
     return time < _due ? nullptr : _Finish();
 }
 
-const nxTickData* nxBarBuilder::AddRow(const nxFeedBar& row, long long time)
+void nxBarBuilder::_Fold(const nxFeedBar& row, long long begin)
 {
-    if (time < Earliest) return nullptr;
-    const bool isSession = _length == 0 && nxIsDailyBar(_rowPeriod);
-    if (isSession) {
-        _begin = _rowsBearStart ? time - _rowPeriod : time;
-    } else if (!_FindSpan(time - 1)) {
-        return nullptr;
-    }
-    if (_isEmpty) _Begin(row.open);
+    if (_isEmpty) _Begin(row.open, begin);
     if (row.high > _bar.GetHigh()) _bar.SetHigh(row.high);
     if (row.low < _bar.GetLow()) _bar.SetLow(row.low);
     _bar.SetClose(row.close);
     _bar.SetVolume(Add(_bar.GetVolume(), row.volume.GetValue()));
-    if (isSession || time >= _end || _rowPeriod > _end - time) return _Finish();
+}
+
+const nxTickData* nxBarBuilder::AddRow(const nxFeedBar& row, long long time)
+{
+    if (time < Earliest) return nullptr;
+    if (nxIsDailyBar(_rowPeriod)) return _AddDaily(row, time);
+    if (!_span.Find(time - 1)) return nullptr;
+    _Fold(row, _span.GetBegin());
+    if (time >= _span.GetEnd() || _rowPeriod > _span.GetEnd() - time) return _Finish();
     // The row that ends the bar may be missing, but may also come at its very end.
-    _due = _end + 1;
+    _due = _span.GetEnd() + 1;
+    return nullptr;
+}
+
+// Such rows tell days, not hours.
+const nxTickData* nxBarBuilder::_AddDaily(const nxFeedBar& row, long long time)
+{
+    const long long stamp = _rowsBearStart ? time - _rowPeriod : time;
+    if (!_terms.IsOfDays()) {
+        _Fold(row, stamp);
+        return _Finish();
+    }
+    _span.FindDay(_rowsBearStart ? stamp : time - 1, stamp);
+    _Fold(row, _span.GetBegin());
+    if (_span.IsLastDay() || _rowPeriod > _span.GetEnd() - time) return _Finish();
+    _due = _span.GetEnd() + 1;
     return nullptr;
 }
 
 bool nxBarBuilder::AddTrade(const nxDecimal& price, unsigned int volume, const nxBuySellEnum& side,
                             long long time)
 {
-    if (!_FindSpan(time)) return false;
-    if (_isEmpty) _Begin(price);
+    if (!_span.Find(time)) return false;
+    if (_isEmpty) _Begin(price, _terms.IsMadeOfTrades() ? time : _span.GetBegin());
+    ++_trades;
     if (price > _bar.GetHigh()) _bar.SetHigh(price);
     if (price < _bar.GetLow()) _bar.SetLow(price);
     _bar.SetClose(price);
     _bar.SetVolume(Add(_bar.GetVolume(), volume));
     if (side == nxBuySell_Buy) _bar.SetBuyVolume(Add(_bar.GetBuyVolume(), volume));
     if (side == nxBuySell_Sell) _bar.SetSellVolume(Add(_bar.GetSellVolume(), volume));
-    _due = _end;
+    _due = _span.GetEnd();
     return true;
+}
+
+bool nxBarBuilder::_IsFull() const
+{
+    switch (_terms.unit) {
+        case nxBarUnit::Trade:
+            return _trades >= _terms.count;
+        case nxBarUnit::Lot:
+            return _bar.GetVolume() >= _terms.count;
+        case nxBarUnit::Price:
+            return _bar.GetHigh() - _bar.GetLow() >= _terms.distance;
+        default:
+            return false;
+    }
 }

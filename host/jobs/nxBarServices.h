@@ -1,10 +1,12 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 class nxAlgoEventWindowObject;
 class nxAlgoTickDataObject;
 struct nxBarOrigin;
+struct nxBarTerms;
 struct nxFeedEvent;
 class nxLaunchedJob;
 class nxHostProduct;
@@ -15,6 +17,8 @@ class nxHostTickDataCollection;
 class nxBarServices
 {
 public:
+    // The rule of a period by a name that not every host knows; null: nor does this run.
+    virtual const nxBarTerms* FindBarTerms(const std::string& period) const = 0;
     // What the data of the run holds for the product's bars.
     virtual nxBarOrigin GetBarOrigin(const nxHostProduct& product) = 0;
     // How many events were replayed so far, over all products.

@@ -74,7 +74,7 @@ void nxHostOrder::_RecordEvent(const nxExchangeEvent& event) const
     const bool isFill = event.kind == nxExchangeEvent::Kind::Filled;
     const std::string exchangeTime = nxTimeStamp::FromNanoseconds(event.time).GetAsString();
     const nxProductAccount& account = GetHostProduct().GetAccount();
-    const nxDecimal fee = account.GetFee(event.fillPrice, event.fillVolume, event.isMaker).GetAsDecimal();
+    const nxDecimal fee = account.GetLastFee().GetAsDecimal();
     GetOwner().Record("orderEvent",
                       {{"event", kind->name},
                        {"order", event.order},

@@ -60,15 +60,24 @@ nxAlgoOrderObject* nxHostProduct::_CreateOrder(const std::string& side, const st
     return order;
 }
 
+bool nxHostProduct::_KnowsPeriod(const std::string& period) const
+{
+    return GetOwner().GetServices().bars->FindBarTerms(period) != nullptr;
+}
+
 nxAlgoTickDataCollectionObject* nxHostProduct::_CreateTickDataCollection(const std::string& period,
                                                                          unsigned int ticks,
                                                                          const nxDateTime& start,
                                                                          const nxDateTime& end)
 {
+    nxBarServices& bars = *GetOwner().GetServices().bars;
     nxTickDataPeriodEnum periodEnum;
-    static_cast<void>(periodEnum.SetFromString(period));  // the library lets no other texts through
-    auto collection = std::make_unique<nxHostTickDataCollection>(
-        *this, period, periodEnum, ticks, start, end, GetOwner().GetServices().bars->GetBarOrigin(*this));
+    static_cast<void>(periodEnum.SetFromString(period));  // undefined under a name of this run
+    nxBarOrigin origin = bars.GetBarOrigin(*this);
+    const nxBarTerms* const terms = bars.FindBarTerms(period);
+    origin.terms = terms == nullptr ? nxBarTerms(periodEnum) : *terms;
+    auto collection =
+        std::make_unique<nxHostTickDataCollection>(*this, period, periodEnum, ticks, start, end, origin);
     collection->LoadHistory();
     _collections.push_back(collection.get());
     return collection.release();

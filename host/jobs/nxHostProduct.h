@@ -79,6 +79,7 @@ public:
     }
 
 protected:
+    bool _KnowsPeriod(const std::string& period) const override;
     bool _IsStrategy() const override { return GetMarket().IsStrategy(); }
     void _GetPriceSnapshot(nxPrice& price) const override { price = GetMarket().GetPrice(); }
     void _GetDepthSnapshot(nxMarketDepth& depth) const override { depth = GetMarket().GetDepth(); }

@@ -15,8 +15,9 @@ nxHostTickDataCollection::nxHostTickDataCollection(nxHostProduct& product, const
       _start(start),
       _endDate(end),
       _source(source),
-      _builder(periodEnum, source.hours, source.rowPeriod, source.rowsBearStart)
+      _builder(_MakeBuilder())
 {
+    if (_source.terms.IsMadeOfTrades() && _source.hasTrades) _source.hasRows = false;
 }
 
 nxHostTickDataCollection::~nxHostTickDataCollection()
@@ -54,12 +55,13 @@ std::deque<nxTickData> nxHostTickDataCollection::_ReadBars(unsigned long long kn
     };
     const nxHostServices& services = GetHostProduct().GetOwner().GetServices();
     services.bars->ReadHistory(GetHostProduct(), [&](const nxFeedEvent& event) {
-        if (event.kind == nxFeedKind::Bar) {
+        if (event.kind == nxFeedKind::Bar && !_source.terms.IsMadeOfTrades()) {
             take(_builder.Close(event.time));
             take(_builder.AddRow(event.bar, event.time));
         } else if (event.kind == nxFeedKind::Quote && _ReadTrade(event.quote) && !_source.hasRows) {
             take(_builder.Close(event.time));
             static_cast<void>(_builder.AddTrade(_last, _lastVolume, event.quote.side, event.time));
+            take(_builder.CloseFull());
         }
     });
     take(_builder.Close(nxTime::GetEarlier(services.timers->GetTime(), _GetDelay())));
@@ -71,10 +73,13 @@ void nxHostTickDataCollection::LoadHistory()
 {
     if (_source.hasRows && !_builder.CanFoldRows()) {
         nxMarketJob& job = GetHostProduct().GetOwner();
-        job.GetServices().output->LogText(
-            job, "no " + GetPeriod().GetAsString() + " bars of " + GetHostProduct().GetMarket().GetName() +
-                     ": the rows of its bars file are " +
-                     std::to_string(_source.rowPeriod / nxTime::NanosecondsPerSecond) + " seconds apart");
+        const std::string reason =
+            _source.terms.IsMadeOfTrades()
+                ? "they are made of trades, and its data are bars"
+                : "the rows of its bars file are " +
+                      std::to_string(_source.rowPeriod / nxTime::NanosecondsPerSecond) + " seconds apart";
+        job.GetServices().output->LogText(job, "no " + GetPeriodName() + " bars of " +
+                                                   GetHostProduct().GetMarket().GetName() + ": " + reason);
         return;
     }
     const std::size_t most = _GetRequestedTicks() == 0 ? std::string::npos : _GetRequestedTicks();
@@ -89,7 +94,7 @@ bool nxHostTickDataCollection::_Subscribe(bool realTime)
     _realTime = realTime;
     const nxHostServices& services = GetHostProduct().GetOwner().GetServices();
     if (_seen != services.bars->GetEventCount()) {
-        _builder = nxBarBuilder(GetPeriod(), _source.hours, _source.rowPeriod, _source.rowsBearStart);
+        _builder = _MakeBuilder();
         for (const nxTickData& bar : _ReadBars(_completed, std::string::npos))
             AddTickData(bar, true);
     }
@@ -112,6 +117,7 @@ void nxHostTickDataCollection::Close(long long time)
 void nxHostTickDataCollection::Feed(const nxFeedEvent& event)
 {
     if (event.kind == nxFeedKind::Bar) {
+        if (_source.terms.IsMadeOfTrades()) return;
         _Add(_builder.Close(event.time));
         _Add(_builder.AddRow(event.bar, event.time));
         const nxTickData* const bar = _builder.GetBar();
@@ -121,13 +127,12 @@ void nxHostTickDataCollection::Feed(const nxFeedEvent& event)
     if (event.kind != nxFeedKind::Quote || !_ReadTrade(event.quote)) return;
     if (!_source.hasRows) {
         _Add(_builder.Close(event.time));
-        if (!_builder.AddTrade(_last, _lastVolume, event.quote.side, event.time) ||
-            !_IsWanted(*_builder.GetBar()))
-            return;
+        if (!_builder.AddTrade(_last, _lastVolume, event.quote.side, event.time)) return;
     }
-    if (_realTime)
+    if (_realTime && (_source.hasRows || _IsWanted(*_builder.GetBar())))
         OnTick(_last, _lastVolume, nxTimeStamp::FromNanoseconds(event.time).GetAsDateTime(),
                event.quote.side);
+    _Add(_builder.CloseFull());
 }
 
 nxAlgoIndicatorObject* nxHostTickDataCollection::_createIndicator(

@@ -16,12 +16,14 @@ struct nxBarOrigin
     long long rowDelay = 0;      // nanoseconds by which they come later than their times, at most
     bool rowsBearStart = false;  // in the file; events come at the end
     nxTradingHours hours;
+    nxBarTerms terms;  // of the period that was asked for
 };
 
 // A collection of the reference host. Its bars come from the rows of a bars file, or, for a product without
-// one, from the trades; the history at its making from what was replayed by then, and once it is subscribed
-// from each event as it comes. With real time it has a bar under construction: from the trades where there
-// are any, else from the rows of a finer file. Used on the replay's thread; the product outlives it.
+// one and by a rule that counts trades, from the trades; the history at its making from what was replayed by
+// then, and once it is subscribed from each event as it comes. With real time it has a bar under
+// construction: from the trades where there are any, else from the rows of a finer file. Used on the replay's
+// thread; the product outlives it.
 class nxHostTickDataCollection : public nxAlgoTickDataCollectionObject
 {
 public:
@@ -54,6 +56,10 @@ protected:
     bool _Subscribe(bool realTime) override;
 
 private:
+    nxBarBuilder _MakeBuilder() const
+    {
+        return {_source.terms, _source.hours, _source.rowPeriod, _source.rowsBearStart};
+    }
     // Brings the builder to the present and gives the bars completed on the way, without the first `known`.
     std::deque<nxTickData> _ReadBars(unsigned long long known, std::size_t most);
     bool _IsWanted(const nxTickData& bar) const;

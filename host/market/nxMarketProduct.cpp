@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/time/nxTime.h"
+#include "host/market/nxAdjustment.h"
 #include "host/market/nxImpliedQuote.h"
 
 namespace {
@@ -93,6 +94,7 @@ void nxMarketProduct::_BeginDay(long long time)
     const long long day = FloorDay(time);
     if (day == _day) return;
     const nxDecimal previousClose = _day ? _price.GetClosePrice() : nxDecimal();
+    if (_day) _daily.AddDay(_price.GetTotalTradedVolume().GetValue(), previousClose.GetAsDouble());
     _day = day;
     _volumesCleared = !_volumes.GetPriceMap().empty();
     _volumes.Clear();
@@ -209,6 +211,24 @@ bool nxMarketProduct::ApplyImplied(const nxImpliedQuote& quote)
     if (bid) _CountSize(nxSide::Buy);
     if (ask) _CountSize(nxSide::Sell);
     return true;
+}
+
+void nxMarketProduct::Adjust(const nxAdjustment& adjustment)
+{
+    _BeginUpdate();
+    _depth.Clear();
+    _daily.ForgetClose();
+    const auto adjust = [&](auto getter, auto setter) {
+        (_price.*setter)(adjustment.GetPrice((_price.*getter)()));
+    };
+    adjust(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice);
+    adjust(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice);
+    adjust(&nxPrice::GetLastPrice, &nxPrice::SetLastPrice);
+    adjust(&nxPrice::GetOpenPrice, &nxPrice::SetOpenPrice);
+    adjust(&nxPrice::GetHighPrice, &nxPrice::SetHighPrice);
+    adjust(&nxPrice::GetLowPrice, &nxPrice::SetLowPrice);
+    adjust(&nxPrice::GetClosePrice, &nxPrice::SetClosePrice);
+    adjust(&nxPrice::GetPreviousClosePrice, &nxPrice::SetPreviousClosePrice);
 }
 
 bool nxMarketProduct::SetState(unsigned int bits)

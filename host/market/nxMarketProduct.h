@@ -10,7 +10,9 @@
 #include "base/records/nxPriceTradeVolumes.h"
 #include "host/feed/nxFeedEvent.h"
 #include "host/market/nxBestQuote.h"
+#include "host/market/nxDailyFigures.h"
 
+struct nxAdjustment;
 struct nxImpliedQuote;
 
 // What the replayed market of one product looks like now: its price, the change that the latest event
@@ -57,10 +59,14 @@ public:
     // Makes the best levels of the book the price, for a product that has no quotes of its own. False when
     // neither changed.
     [[nodiscard]] bool QuoteFromDepth();
+    // The prices that it shows are those of after a split or a roll. Its book is not known until the data
+    // show it anew.
+    void Adjust(const nxAdjustment& adjustment);
     // What the legs of a strategy imply now, beside its own quotes. False when it was that already.
     [[nodiscard]] bool ApplyImplied(const nxImpliedQuote& quote);
     // Whether the data have shown depth, though its book may be empty now.
     bool HasDepth() const { return _hasDepth; }
+    const nxDailyFigures& GetDailyFigures() const { return _daily; }
     // What the latest event traded; null when it was no trade, or one of unknown size.
     const nxVolume& GetTraded() const { return _traded; }
     // False when the state is that already.
@@ -90,6 +96,7 @@ private:
     nxPrice _update;  // no-change in every field the latest event left alone
     nxMarketDepth _depth;
     nxBySide<Sizes> _sizes;
+    nxDailyFigures _daily;
     nxProductStateBitMask _state;
     nxPriceTradeVolumes _volumes;
     nxVolume _traded;              // by the latest event

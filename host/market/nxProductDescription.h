@@ -20,6 +20,16 @@ struct nxProductLegDescription
     bool operator==(const nxProductLegDescription&) const = default;
 };
 
+// The fees from that many lots traded on.
+struct nxFeeTier
+{
+    unsigned long long from = 0;
+    nxDecimal makerFee;
+    nxDecimal takerFee;
+
+    bool operator==(const nxFeeTier&) const = default;
+};
+
 // What a product file says about one product. What it leaves out is null, empty or undefined.
 struct nxProductDescription
 {
@@ -34,6 +44,14 @@ struct nxProductDescription
     nxDecimal makerFee;  // negative: a rebate
     nxDecimal takerFee;
     bool feeIsRate = false;  // fees are a share of the money that changes hands, not a sum for each lot
+    nxDecimal minimumFee;    // of an order, whatever its fills come to
+    std::vector<nxFeeTier> feeTiers;  // ascend; below the first one the fees above hold
+    bool feeTiersByMonth = false;     // lots count from the begin of the month in UTC, else of the run
+    nxDecimal dailyVolatility;        // how far a day moves the price, as a part of it; null: as the data say
+    nxDecimal dailyVolume;            // lots traded on a day; the same
+    nxDecimal initialMargin;          // of a lot; null: not known
+    nxDecimal maintenanceMargin;      // null: the initial one
+    bool marginIsRate = false;        // both are a part of the value
     std::vector<nxProductLegDescription> legs;  // two at least, for a strategy; else none
     nxDecimal priceOffset;                      // of a strategy: what its price has on top of its legs'
 

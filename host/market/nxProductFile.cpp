@@ -47,6 +47,19 @@ public:
         return number;
     }
 
+    bool GetFlag(const toml::value& value, const std::string& key) const
+    {
+        if (!value.is_boolean()) Refuse(value, key + " is neither true nor false");
+        return value.as_boolean();
+    }
+
+    unsigned long long GetLots(const toml::value& value, const std::string& key) const
+    {
+        if (!value.is_integer() || value.as_integer() <= 0)
+            Refuse(value, key + " is no whole number of lots above 0");
+        return static_cast<unsigned long long>(value.as_integer());
+    }
+
     nxDecimal GetTradeRatio(const toml::value& value, const std::string& key) const
     {
         constexpr nxDecimal most = nxDecimal::FromMantissa(1'000'000, 0);
@@ -94,6 +107,62 @@ void ReadLegs(const Reader& reader, const toml::value& value, nxProductDescripti
     if (tables.size() < 2) reader.Refuse(value, "a strategy has at least two legs");
 }
 
+nxFeeTier GetFeeTier(const Reader& reader, const toml::value& table)
+{
+    nxFeeTier tier;
+    for (const auto& [key, value] : reader.nxTomlFile::GetEntries(
+             table, "a fee tier is a table, such as { from = 1000, takerFee = 0.5 }"))
+    {
+        if (key == "from")
+            tier.from = reader.GetLots(*value, key);
+        else if (key == "makerFee")
+            tier.makerFee = reader.GetNumber(*value, key);
+        else if (key == "takerFee")
+            tier.takerFee = reader.GetNumber(*value, key);
+        else
+            reader.RefuseKey(*value, key, "from, makerFee, takerFee");
+    }
+    if (tier.from == 0) reader.Refuse(table, "fee tier without the lots from which it holds; write from");
+    return tier;
+}
+
+void ReadFeeTiers(const Reader& reader, const toml::value& value, nxProductDescription& product)
+{
+    if (!value.is_array()) reader.Refuse(value, "feeTiers is no list of tables; write [[product.feeTiers]]");
+    for (const toml::value& table : value.as_array()) {
+        const nxFeeTier tier = GetFeeTier(reader, table);
+        if (!product.feeTiers.empty() && tier.from <= product.feeTiers.back().from)
+            reader.Refuse(table, "fee tiers come in the order of their lots, each from more than the last");
+        product.feeTiers.push_back(tier);
+    }
+}
+
+bool IsFeeKey(const std::string& key)
+{
+    return key == "makerFee" || key == "takerFee" || key == "feeIsRate" || key == "minimumFee" ||
+           key == "feeTiers" || key == "feeTierPeriod";
+}
+
+void ReadFees(const Reader& reader, const std::string& key, const toml::value& value,
+              nxProductDescription& product)
+{
+    if (key == "makerFee")
+        product.makerFee = reader.GetNumber(value, key);
+    else if (key == "takerFee")
+        product.takerFee = reader.GetNumber(value, key);
+    else if (key == "minimumFee")
+        product.minimumFee = reader.GetPositive(value, key);
+    else if (key == "feeTiers")
+        ReadFeeTiers(reader, value, product);
+    else if (key == "feeTierPeriod") {
+        const std::string& period = reader.GetText(value, key);
+        if (period != "run" && period != "month")
+            reader.Refuse(value, "feeTierPeriod is neither \"run\" nor \"month\"");
+        product.feeTiersByMonth = period == "month";
+    } else
+        product.feeIsRate = reader.GetFlag(value, key);
+}
+
 nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& calendars,
                                 const toml::value& table)
 {
@@ -115,24 +184,29 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
             product.exchange = reader.GetText(*value, key);
         else if (key == "description")
             product.description = reader.GetText(*value, key);
-        else if (key == "makerFee")
-            product.makerFee = reader.GetNumber(*value, key);
-        else if (key == "takerFee")
-            product.takerFee = reader.GetNumber(*value, key);
-        else if (key == "feeIsRate") {
-            if (!value->is_boolean())
-                reader.Refuse(*value, "feeIsRate is neither true nor false");
-            else
-                product.feeIsRate = value->as_boolean();
-        } else if (key == "leg" || key == "legs") {
+        else if (IsFeeKey(key))
+            ReadFees(reader, key, *value, product);
+        else if (key == "dailyVolatility")
+            product.dailyVolatility = reader.GetPositive(*value, key);
+        else if (key == "dailyVolume")
+            product.dailyVolume = reader.GetPositive(*value, key);
+        else if (key == "initialMargin")
+            product.initialMargin = reader.GetPositive(*value, key);
+        else if (key == "maintenanceMargin")
+            product.maintenanceMargin = reader.GetPositive(*value, key);
+        else if (key == "marginIsRate")
+            product.marginIsRate = reader.GetFlag(*value, key);
+        else if (key == "leg" || key == "legs") {
             ReadLegs(reader, *value, product);
         } else if (key == "priceOffset")
             product.priceOffset = reader.GetNumber(*value, key);
         else if (!nxCalendarReader::IsKey(key))
             reader.RefuseKey(
                 *value, key,
-                "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, "
-                "zone, holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, legs, priceOffset");
+                "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, zone, "
+                "holidays, shortDays, calendar, makerFee, takerFee, feeIsRate, minimumFee, feeTiers, "
+                "feeTierPeriod, initialMargin, maintenanceMargin, marginIsRate, dailyVolatility, "
+                "dailyVolume, legs, priceOffset");
     }
     if (product.name.empty()) reader.Refuse(table, "product without a name");
     if (!product.IsStrategy() && table.contains("priceOffset"))
@@ -171,6 +245,20 @@ void CheckLegs(const Reader& reader, const std::vector<nxProductDescription>& pr
                   "a strategy is among its own legs: " + names + products[order.cycle.front()].name);
 }
 
+// A period that every host knows is the same on all of them.
+nxNamedBars GetNamedBars(const Reader& reader, const toml::value& table)
+{
+    nxNamedBars named;
+    for (const auto& [key, value] : reader.nxTomlFile::GetEntries(table, "bars is no table; write [bars]")) {
+        nxTickDataPeriodEnum known;
+        if (known.SetFromString(key))
+            reader.Refuse(*value, "bars: every script knows " + key + " already; choose another name");
+        if (const char* reason = nxBarTerms::SetFromText(reader.GetText(*value, key), named[key]))
+            reader.Refuse(*value, "bars: " + std::string(reason));
+    }
+    return named;
+}
+
 std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::value& root)
 {
     nxCalendarReader calendars(reader);
@@ -178,8 +266,8 @@ std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::
     std::vector<nxProductDescription> products;
     std::vector<const toml::value*> tables;
     for (const auto& [key, value] : reader.GetEntries(root, "product")) {
-        if (key == "calendar") continue;
-        if (key != "product") reader.RefuseKey(*value, key, "product, calendar");
+        if (key == "calendar" || key == "bars") continue;
+        if (key != "product") reader.RefuseKey(*value, key, "product, calendar, bars");
         for (const toml::value& table : reader.GetTables(*value, "product")) {
             products.push_back(GetProduct(reader, calendars, table));
             tables.push_back(&table);
@@ -192,11 +280,14 @@ std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::
 }  // namespace
 
 bool nxProductFile::Read(const std::string& path, std::vector<nxProductDescription>& products,
-                         nxFeedError& error)
+                         nxFeedError& error, nxNamedBars* bars)
 {
     const Reader reader(path);
     const auto read = [&](const toml::value& root) {
         const std::vector<nxProductDescription> added = GetProducts(reader, root);
+        nxNamedBars named;
+        if (root.contains("bars")) named = GetNamedBars(reader, root.at("bars"));
+        if (bars != nullptr) bars->merge(named);
         products.insert(products.end(), added.begin(), added.end());
     };
     return reader.Read("file of products", read, error);

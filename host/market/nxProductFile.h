@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/feed/nxFeedError.h"
+#include "host/market/nxBarTerms.h"
 #include "host/market/nxProductDescription.h"
 
 // Reads a file of product descriptions, in TOML:
@@ -32,12 +33,16 @@
 //     priceRatio = 1
 //     tradeRatio = 1
 //
+//     [bars]                 # periods that scripts may ask for, of any product
+//     "4_HOUR" = "4 hours"
+//
 // A number written as a float counts as its shortest text, so 0.01 is exactly that. A key of another name, a
 // value of another type, a name given twice, and legs that make no sense are refused.
 class nxProductFile
 {
 public:
-    // Appends to `products`. False: `error` tells why and where, and `products` is left alone.
+    // Appends to `products`, and adds to `bars`, null where they are of no interest. False: `error` tells why
+    // and where, and both are left alone.
     [[nodiscard]] static bool Read(const std::string& path, std::vector<nxProductDescription>& products,
-                                   nxFeedError& error);
+                                   nxFeedError& error, nxNamedBars* bars = nullptr);
 };

@@ -144,12 +144,37 @@ std::string nxTradingCalendar::AddShortDay(long long day, long long close)
     return _AddSpecialDay(day, close);
 }
 
-nxTradingSession nxTradingCalendar::_GetLocal(long long number) const
+nxTradingSession nxTradingCalendar::_GetWeekly(long long number) const
 {
     const long long week = Floor(number, _GetCount());
-    nxTradingSession session = _sessions[static_cast<std::size_t>(number - week * _GetCount())];
-    session.begin += week * Week;
-    session.end += week * Week;
+    const nxTradingSession& session = _sessions[static_cast<std::size_t>(number - week * _GetCount())];
+    return {session.begin + week * Week, session.end + week * Week};
+}
+
+long long nxTradingCalendar::GetTradingDay(long long number) const
+{
+    return GetDay(_GetWeekly(number));
+}
+
+nxTradingDays nxTradingCalendar::GetTradingDays(long long first, long long end) const
+{
+    nxTradingDays days;
+    long long number = FindNumber(GetUtc(first * Day));
+    while (GetTradingDay(number) < first)
+        ++number;
+    for (; GetTradingDay(number) < end; ++number) {
+        const nxTradingSession session = GetSession(number);
+        if (session.IsEmpty()) continue;
+        if (days.span.IsEmpty()) days.span.begin = session.begin;
+        days.span.end = session.end;
+        days.last = GetTradingDay(number);
+    }
+    return days;
+}
+
+nxTradingSession nxTradingCalendar::_GetLocal(long long number) const
+{
+    nxTradingSession session = _GetWeekly(number);
     if (_specialDays.empty()) return session;
     const long long day = GetDay(session);
     const auto special = std::ranges::lower_bound(_specialDays, day, {}, &SpecialDay::day);
@@ -160,7 +185,7 @@ nxTradingSession nxTradingCalendar::_GetLocal(long long number) const
 
 long long nxTradingCalendar::FindNumber(long long utc) const
 {
-    const long long local = _zone == nullptr ? utc : _zone->GetLocal(utc);
+    const long long local = GetLocal(utc);
     const long long week = Floor(local, Week);
     const auto later = std::ranges::upper_bound(_sessions, local - week * Week, {}, &nxTradingSession::begin);
     return week * _GetCount() + (later - _sessions.begin()) - 1;
@@ -169,8 +194,8 @@ long long nxTradingCalendar::FindNumber(long long utc) const
 nxTradingSession nxTradingCalendar::GetSession(long long number) const
 {
     const nxTradingSession local = _GetLocal(number);
-    if (_zone == nullptr || local.IsEmpty()) return local;
-    return {_zone->GetUtc(local.begin), _zone->GetUtc(local.end)};
+    if (local.IsEmpty()) return local;
+    return {GetUtc(local.begin), GetUtc(local.end)};
 }
 
 bool nxTradingCalendar::GoesOn(long long number) const

@@ -17,6 +17,13 @@ struct nxTradingSession
     bool operator==(const nxTradingSession&) const = default;
 };
 
+// Trading days one after the other: from the opening of the first to the closing of the last, in UTC.
+struct nxTradingDays
+{
+    nxTradingSession span{0, 0};
+    long long last = 0;  // of the days that have a session
+};
+
 // The sessions of a market as its exchange writes them: weekly ones in local time, written as for
 // nxTradingHours, and the days on which they differ. Put together once, then handed to nxTradingHours.
 class nxTradingCalendar
@@ -39,6 +46,13 @@ public:
     long long FindNumber(long long utc) const;
     // In UTC. Empty when it is not held: on a holiday, or where clocks leave it out.
     nxTradingSession GetSession(long long number) const;
+    // Its trading day, in days since 1970.
+    long long GetTradingDay(long long number) const;
+    // The sessions of the trading days from `first` on, `end` left out; an empty span when none is held.
+    nxTradingDays GetTradingDays(long long first, long long end) const;
+    // What the zone's calendars and clocks show.
+    long long GetLocal(long long utc) const { return _zone == nullptr ? utc : _zone->GetLocal(utc); }
+    long long GetUtc(long long local) const { return _zone == nullptr ? local : _zone->GetUtc(local); }
     // It goes on as the one after it. That is so at midnight, where sessions are divided by the way they are
     // written only.
     bool GoesOn(long long number) const;
@@ -59,6 +73,7 @@ private:
     };
 
     long long _GetCount() const { return static_cast<long long>(_sessions.size()); }
+    nxTradingSession _GetWeekly(long long number) const;
     nxTradingSession _GetLocal(long long number) const;
     std::string _AddSpecialDay(long long day, long long close);
 

@@ -52,6 +52,20 @@ long long nxTradingHours::GetLastChange(long long time) const
     return GetTime(_FindLastChange(GetSecond(time)), std::numeric_limits<long long>::min());
 }
 
+std::optional<nxOpenSession> nxTradingHours::FindSession(long long time) const
+{
+    const long long second = GetSecond(time);
+    if (IsEmpty()) {
+        const long long day =
+            (second < 0 ? second + 1 - nxTime::SecondsPerDay : second) / nxTime::SecondsPerDay;
+        return nxOpenSession{day * nxTime::NanosecondsPerDay, (day + 1) * nxTime::NanosecondsPerDay, day};
+    }
+    const auto found = _FindSession(second);
+    if (!found || found->session.begin > second) return std::nullopt;
+    return nxOpenSession{GetTime(found->session.begin, std::numeric_limits<long long>::min()),
+                         GetTime(found->session.end, nxTime::Never), _calendar->GetTradingDay(found->number)};
+}
+
 std::optional<nxTradingHours::Place> nxTradingHours::_FindSession(long long second) const
 {
     if (IsEmpty()) return std::nullopt;

@@ -6,6 +6,14 @@
 
 #include "host/market/nxTradingCalendar.h"
 
+// A session as its exchange writes it, though the market may stay open beyond it: nanoseconds since 1970.
+struct nxOpenSession
+{
+    long long begin;
+    long long end;
+    long long tradingDay;  // since 1970
+};
+
 // When a product's market is open: weekly sessions, in UTC or in the zone of a calendar that also knows
 // holidays and short days. Sessions are written joined by commas, each `HH:MM-HH:MM` with days in front where
 // it is not every day's:
@@ -36,6 +44,10 @@ public:
     long long GetNextChange(long long time) const;
     // The last moment up to time at which it did; the first of all times when there was none.
     long long GetLastChange(long long time) const;
+    // The session of an open market; without hours it is the day, in UTC.
+    std::optional<nxOpenSession> FindSession(long long time) const;
+    // For hours that are not empty.
+    const nxTradingCalendar& GetCalendar() const { return *_calendar; }
 
     bool operator==(const nxTradingHours& other) const;
 

@@ -111,8 +111,11 @@ void WriteTrading(Rows& rows, const nxRunStatistics& statistics)
             std::ostream& out = rows.Begin("profit", job.name);
             if (!money.currency.IsUndefined()) out << money.currency.GetAsString() << " ";
             out << Money(money.profit) << ": realised " << Money(money.profit - money.open) << ", open "
-                << Money(money.open) << ", fees in it " << Money(money.fees) << ", largest drawdown "
-                << Money(money.drawdown);
+                << Money(money.open) << ", fees in it " << Money(money.fees);
+            if (!money.impact.IsZero()) out << ", impact in it " << Money(money.impact);
+            if (!money.cash.IsZero()) out << ", funding, dividends and splits in it " << Money(money.cash);
+            if (!money.carry.IsZero()) out << ", carry of rolls beside it " << Money(money.carry);
+            out << ", largest drawdown " << Money(money.drawdown);
             if (money.hasBars)
                 out << " by closes, " << Money(money.worstDrawdown) << " by the worst of high and low";
             out << "\n";

@@ -105,6 +105,33 @@ void nxLotBook::_Close(const Fill& fill, unsigned long long volume, const nxExac
     if (lot.volume == 0) _lots.pop_front();
 }
 
+void nxLotBook::Adjust(const nxAdjustment& adjustment, const Take& take)
+{
+    if (!adjustment.EndsOrders()) return;
+    Complete(take);
+    _lowest.Clear();
+    _highest.Clear();
+    const auto newLots = static_cast<unsigned long long>(adjustment.newLots);
+    const auto oldLots = static_cast<unsigned long long>(adjustment.oldLots);
+    unsigned long long before = 0, after = 0;
+    for (Lot& lot : _lots) {
+        if (adjustment.kind == nxAdjustmentKind::Roll) {
+            lot.prices += nxExactAmount(adjustment.value, static_cast<long long>(lot.volume));
+            continue;
+        }
+        // All together become as many as the account has; the part of a lot that is paid out takes its price
+        // with it.
+        before += lot.volume;
+        const unsigned long long volume = before * newLots / oldLots - after;
+        const unsigned long long whole = lot.volume * newLots;
+        if (volume * oldLots < whole)
+            static_cast<void>(TakeShare(lot.prices, whole - volume * oldLots, whole));
+        after += volume;
+        lot.volume = volume;
+    }
+    std::erase_if(_lots, [](const Lot& lot) { return lot.volume == 0; });
+}
+
 void nxLotBook::Complete(const Take& take)
 {
     if (!_pending) return;

@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 
+#include "host/market/nxAdjustment.h"
 #include "host/results/nxExcursions.h"
 #include "host/results/nxRoundTrip.h"
 
@@ -39,6 +40,9 @@ public:
         _lowest.See(_latest, price);
         _highest.See(_latest, price);
     }
+    // A split makes other lots of what is open, a roll moves its prices; what was seen of the market before
+    // is of other prices then. The rest leaves them as they are.
+    void Adjust(const nxAdjustment& adjustment, const Take& take);
     // Nothing will be filled any more.
     void Complete(const Take& take);
     // Nothing of that order will be.

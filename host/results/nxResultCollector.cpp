@@ -135,6 +135,12 @@ void nxResultCollector::_TakeTrip(const Holding& holding, nxRoundTrip&& trip)
     if (_listeners.onTrip) _listeners.onTrip(holding.job, data.trips.back());
 }
 
+void nxResultCollector::OnAdjustment(unsigned int job, unsigned int product, const nxAdjustment& adjustment)
+{
+    Holding& holding = _Get(job, product);
+    holding.lots.Adjust(adjustment, [&](nxRoundTrip&& trip) { _TakeTrip(holding, std::move(trip)); });
+}
+
 void nxResultCollector::OnBar(unsigned int job, unsigned int product, const nxFeedBar& bar)
 {
     nxLotBook& lots = _Get(job, product).lots;

@@ -80,6 +80,7 @@ public:
     }
     void OnValue(unsigned int job, unsigned int product, const nxPositionKeeper& position,
                  const nxDecimal& mark, const nxTradingStatistics::Money& money) override;
+    void OnAdjustment(unsigned int job, unsigned int product, const nxAdjustment& adjustment) override;
     void OnBar(unsigned int job, unsigned int product, const nxFeedBar& bar) override;
 
 private:

@@ -58,7 +58,8 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
       _news(_output, _jobs),
       _stores(_state, _clock, _output, _schedule),
       _life(_state, _output, _jobs, _news, _trading, _timers, _stores, _source),
-      _parameters(_state, _jobs, _news, _schedule)
+      _parameters(_state, _jobs, _news, _schedule),
+      _adjustments(_state, _clock, _markets, _trading, _schedule)
 {
     _schedule.SetTask(nxDue::TradingHours, [this] {
         _markets.FollowHours(_clock.Get());
@@ -152,6 +153,7 @@ void nxRun::_Begin(std::vector<nxScriptSource> sources)
     if (_options.watchProducts) _productWatch.emplace(_options.productFile, _options.watchInterval);
     _markets.MakeStrategies(_clock.Get());
     _parameters.Begin();
+    _adjustments.Begin();
     _stores.Begin();
     if (_options.from) _WarmUp(*_options.from);
     for (const auto& runner : _jobs)
@@ -397,6 +399,7 @@ void nxRun::_NameTheEnd()
     };
     // Mostly a time that was meant otherwise.
     remark(_parameters.GetCountFromBefore(_state.statistics.firstTime), " from before the data");
+    _adjustments.NoteUnmet();
     if (!_state.end.empty()) return;  // the last job, or a failure, has ended the run
     if (_state.IsEnding()) {
         _state.end = "interrupted";

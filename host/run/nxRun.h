@@ -8,6 +8,7 @@
 #include "host/jobs/nxHostDefinitionService.h"
 #include "host/market/nxMarkets.h"
 #include "host/market/nxProductWatch.h"
+#include "host/run/nxAdjustmentSchedule.h"
 #include "host/run/nxCallWatch.h"
 #include "host/run/nxDelivery.h"
 #include "host/run/nxJobLife.h"
@@ -98,6 +99,7 @@ private:
     nxRunStores _stores;
     nxJobLife _life;
     nxParameterSchedule _parameters;
+    nxAdjustmentSchedule _adjustments;
     nxHostDefinitionService _definitions;
     std::optional<nxProductWatch> _productWatch;
     unsigned int _untilProgress = 0;  // events

@@ -10,6 +10,7 @@
 #include "host/feed/nxFeedTime.h"
 #include "host/jobs/nxDataStores.h"
 #include "host/market/nxProductFile.h"
+#include "host/run/nxAdjustmentFile.h"
 #include "host/run/nxParameterEvents.h"
 #include "host/run/nxParameterFile.h"
 #include "host/run/nxParameterText.h"
@@ -31,7 +32,8 @@ std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
     options.barPeriods = files.barPeriods;
     if (const auto error = _FindObstacle(options)) return error;
     nxFeedError error;
-    if (!options.productFile.empty() && !nxProductFile::Read(options.productFile, options.products, error))
+    if (!options.productFile.empty() &&
+        !nxProductFile::Read(options.productFile, options.products, error, &options.namedBars))
         return error.GetText();
     if (const auto fault = MakeJobs(options.jobs)) return fault;
     for (nxJobOptions& job : options.jobs)
@@ -41,6 +43,7 @@ std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
     if (const auto fault = _SetSpan(options)) return fault;
     if (const auto fault = _SetLatencies(options)) return fault;
     if (const auto fault = _SetSelections(options.jobs)) return fault;
+    if (const auto fault = _AddAdjustments(options)) return fault;
     return _AddChanges(options);
 }
 
@@ -53,7 +56,8 @@ std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& opt
     if (options.storeEvery > 0.0 && options.storeDirectory.empty())
         return "--store-every is for the stores of --store";
     nxRunFiles files;
-    for (const auto* paths : {&scripts, &options.modules, &options.data, &parameterFiles, &eventFiles})
+    for (const auto* paths :
+         {&scripts, &options.modules, &options.data, &parameterFiles, &eventFiles, &adjustmentFiles})
         files.AddInputs(*paths);
     if (!options.productFile.empty()) files.AddInput(options.productFile);
     for (const auto& text : {latency, answerLatency})
@@ -175,6 +179,15 @@ std::optional<std::string> nxRunArguments::_SetSelections(std::vector<nxJobOptio
                 if (i == name.job.value_or(i)) jobs[i].selection = selection;
         }
     }
+    return std::nullopt;
+}
+
+std::optional<std::string> nxRunArguments::_AddAdjustments(nxRunOptions& options) const
+{
+    nxFeedError error;
+    for (const std::string& file : adjustmentFiles)
+        if (!nxAdjustmentFile::Read(file, options.adjustments, error)) return error.GetText();
+    std::ranges::stable_sort(options.adjustments, {}, &nxAdjustment::time);
     return std::nullopt;
 }
 

@@ -38,6 +38,7 @@ struct nxRunArguments : nxJobArguments
     std::optional<std::string> answerLatency;
     std::optional<std::string> feedLatency;
     std::string account;
+    std::vector<std::string> adjustmentFiles;                  // see nxAdjustmentFile
     std::vector<std::string> eventFiles;                       // see nxParameterEvents
     std::vector<std::pair<std::string, std::string>> changes;  // TIME and [JOB/]NAME=VALUE
 
@@ -51,5 +52,6 @@ private:
     std::optional<std::string> _SetSpan(nxRunOptions& options) const;
     std::optional<std::string> _SetLatencies(nxRunOptions& options) const;
     std::optional<std::string> _SetSelections(std::vector<nxJobOptions>& jobs) const;
+    std::optional<std::string> _AddAdjustments(nxRunOptions& options) const;
     std::optional<std::string> _AddChanges(nxRunOptions& options) const;
 };

@@ -44,6 +44,12 @@ void nxRunBars::_Close()
     _schedule.Set(nxDue::BarEnd, next);
 }
 
+const nxBarTerms* nxRunBars::FindBarTerms(const std::string& period) const
+{
+    const auto terms = _state.options.namedBars.find(period);
+    return terms == _state.options.namedBars.end() ? nullptr : &terms->second;
+}
+
 nxBarOrigin nxRunBars::GetBarOrigin(const nxHostProduct& product)
 {
     nxBarOrigin origin;

@@ -23,6 +23,7 @@ public:
     // One that makes no bars.
     void Count() { ++_applied; }
 
+    const nxBarTerms* FindBarTerms(const std::string& period) const override;
     nxBarOrigin GetBarOrigin(const nxHostProduct& product) override;
     unsigned long long GetEventCount() const override { return _applied; }
     void ReadHistory(const nxHostProduct& product,

@@ -51,7 +51,7 @@ void NoteCollections(nxMarketJob& job, std::vector<std::string>& notes)
                 notes.push_back(fmt::format(
                     "a collection of {} bars of {} stayed empty, since the script never called its "
                     "subscribe()",
-                    collection->GetPeriod().GetAsString(), name));
+                    collection->GetPeriodName(), name));
 }
 
 // Of the orders that were sent; isWanted(order) chooses.
@@ -112,6 +112,17 @@ void NoteLateTrades(nxRunState& state, const nxLateTrades& trades)
         trades.late, trades.all));
 }
 
+void NoteUnknownImpact(const nxRunState& state, const nxTradingJob& job, const nxTrading& trading,
+                       std::vector<std::string>& notes)
+{
+    const unsigned long long count = trading.GetStatistics(job).withoutImpact;
+    if (state.options.exchange.impact <= 0 || count == 0) return;
+    notes.push_back(
+        fmt::format("{} fill{} without impact: the data hold no two days before, and the products file "
+                    "no dailyVolatility and dailyVolume",
+                    count, count == 1 ? "" : "s"));
+}
+
 void NoteUnfilled(nxTradingJob& job, const nxTrading& trading, std::vector<std::string>& notes)
 {
     const nxTradingStatistics counted = trading.GetStatistics(job);
@@ -135,6 +146,9 @@ void nxNoteWhatIsMissing(nxRunState& state, nxJobList& jobs, const nxTrading& tr
         NoteCollections(runner->GetJob(), notes);
         NoteMissingQuotes(runner->GetJob(), products, notes);
         NoteUnfilled(runner->GetJob(), trading, notes);
+        NoteUnknownImpact(state, runner->GetJob(), trading, notes);
+        for (std::string& note : trading.GetMarginNotes(runner->GetJob()))
+            notes.push_back(std::move(note));
         NoteTwoMarkets(state, runner->GetJob(), products);
     }
 }

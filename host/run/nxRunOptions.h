@@ -9,9 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "host/accounts/nxMargin.h"
 #include "host/exchange/nxSimulatedExchange.h"
 #include "host/feed/nxFileForm.h"
 #include "host/jobs/nxJobOptions.h"
+#include "host/market/nxAdjustment.h"
+#include "host/market/nxBarTerms.h"
 #include "host/market/nxProductDescription.h"
 #include "host/results/nxRoundTrip.h"
 #include "host/run/nxParameterChange.h"
@@ -22,17 +25,20 @@ struct nxRunOptions
     std::vector<nxJobOptions> jobs;          // at least one, under different names
     std::vector<std::string> modules;        // Lua files in front of every script, in their order
     std::vector<nxParameterChange> changes;  // by time; each fits the jobs' parameters
+    std::vector<nxAdjustment> adjustments;   // by time
+    nxDecimal capital;  // of each job in each currency, for returns and margin; null: not known
+    nxMarginRule margin = nxMarginRule::Tell;  // for orders beyond that, where it is known
     std::vector<std::string> data;
     // Legs are products of this list and no strategy is among its own, as nxProductFile sees to.
     std::vector<nxProductDescription> products;
-    std::string productFile;     // where they come from
+    nxNamedBars namedBars;       // periods that scripts may ask for beside those that every host knows
+    std::string productFile;     // where these come from
     bool watchProducts = false;  // take over what changes in that file; such a run does not repeat
     std::chrono::milliseconds watchInterval{1000};  // of real time, between looks at it
     nxExchangeOptions exchange;  // whether moves in a queue are told follows from the scripts
     nxLatency feedLatency;       // by which market data reach the scripts later than the exchange
     std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
     double equityStep = 0.0;     // change of the profit that the record tells; 0: only at the ends of days
-    nxDecimal capital;           // that returns are measured by; null: none
     nxMatching roundTrips = nxMatching::Fifo;
     // Where to write the result, its round trips and its equity; empty: nowhere.
     std::string jsonFile, tradesFile, equityFile;

@@ -6,12 +6,12 @@
 #include <sstream>
 
 #include "host/feed/nxFeedTime.h"
+#include "host/feed/nxSha256.h"
 #include "host/market/nxMidPrice.h"
 #include "host/report/nxResultDocument.h"
 #include "host/report/nxResultSections.h"
 #include "host/report/nxResultTables.h"
 #include "host/run/nxRunSettings.h"
-#include "host/feed/nxSha256.h"
 
 namespace {
 

@@ -42,6 +42,23 @@ std::string GetChanges(const nxRunOptions& options)
     return fmt::format("{}, {}", options.changes.size(), nxSha256::GetOfText(text));
 }
 
+std::string GetAdjustments(const nxRunOptions& options)
+{
+    if (options.adjustments.empty()) return "none";
+    std::string text;
+    for (const nxAdjustment& each : options.adjustments)
+        text += fmt::format("{} {} {} {} {}:{}\n", each.time, each.product, nxGetName(each.kind),
+                            each.value.GetAsString(), each.newLots, each.oldLots);
+    return fmt::format("{}, {}", options.adjustments.size(), nxSha256::GetOfText(text));
+}
+
+// Without capital there is no buying power.
+const char* GetMargin(const nxRunOptions& options)
+{
+    if (!options.capital.IsValid() || options.margin == nxMarginRule::Off) return "off";
+    return options.margin == nxMarginRule::Refuse ? "refuse" : "tell";
+}
+
 std::string GetPeriods(const nxRunOptions& options)
 {
     std::string text;
@@ -122,6 +139,9 @@ std::vector<std::pair<std::string, std::string>> nxGetRunSettings(const nxRunOpt
                          ? "none"
                          : nxSha256::GetOfFile(options.productFile).value_or("can be read only once")},
         {"watch-products", GetYes(options.watchProducts)},
+        {"adjustments", GetAdjustments(options)},
+        {"margin", GetMargin(options)},
+        {"impact", exchange.impact > 0 ? nxStringHelper::GetAsString(exchange.impact) : "none"},
         {"changes", GetChanges(options)},
         {"account", options.jobs.empty() ? "" : options.jobs.front().account},
         {"store", GetYes(!options.storeDirectory.empty())},

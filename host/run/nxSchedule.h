@@ -8,7 +8,7 @@
 // What a run does at a time of its own beside the events of its source. Of one time it is done in this order.
 // The bars that end at that time come after the first two; then ends what ends. Other rows of that time come
 // at last, after those that reach the scripts late.
-enum class nxDue { BarEnd, Parameter, TradingHours, Venue, Timer, Save, LateRow, Count };
+enum class nxDue { BarEnd, Parameter, Adjustment, TradingHours, Venue, Timer, Save, LateRow, Count };
 
 // The next time of each. Who does the work says when it is due next, whenever that changes. Used on the run's
 // thread.

@@ -35,11 +35,9 @@ void nxTrading::_Reschedule()
 void nxTrading::_Open()
 {
     if (!_state.options.explain.empty())
-        _stories.emplace(_state.options.explain,
-                         [this](const nxExchangeOrder& order, const nxExchangeEvent& fill) {
-                             return _ledger.GetEmptyAccount(order.kind.product)
-                                 .GetFee(fill.fillPrice, fill.fillVolume, fill.isMaker);
-                         });
+        _stories.emplace(_state.options.explain, [this](const nxExchangeOrder&, const nxExchangeEvent&) {
+            return _ledger.GetLastFee();
+        });
     const bool reportQueue = std::ranges::any_of(_jobs, [](const auto& runner) {
         return runner->GetJob().GetObject().IsFunctionDefined(
             nxGetCallbackName(nxCallback::OnOrderQPosition));
@@ -48,7 +46,10 @@ void nxTrading::_Open()
     if (_output.IsRecording()) observers.push_back(&_record);
     observers.push_back(&_results.GetCollector());
     if (_stories) observers.push_back(&*_stories);
+    if (_state.options.capital.IsValid() && _state.options.margin != nxMarginRule::Off)
+        observers.push_back(&_margin.emplace(_ledger, _state.options.capital, _state.options.margin));
     _venue = _makeVenue(reportQueue, std::move(observers));
+    if (_margin) _venue->SetGate(*_margin);
     for (Market& market : _markets)
         if (market.market != nullptr) _AddToVenue(market);
     _Reschedule();
@@ -57,12 +58,9 @@ void nxTrading::_Open()
 void nxTrading::AddMarket(nxMarket& market)
 {
     if (market.index >= _markets.size()) _markets.resize(market.index + 1);
-    const nxProductDescription& description = market.description;
     Market& added = _markets[market.index];
     added.market = &market;
-    added.none = added.everybody =
-        nxProductAccount(description.pointValue, description.currency,
-                         {description.makerFee, description.takerFee, description.feeIsRate});
+    added.none = added.everybody = nxProductAccount(market.description);
     if (_venue != nullptr) _AddToVenue(added);
 }
 
@@ -76,12 +74,18 @@ void nxTrading::_AddToVenue(Market& added)
 {
     const nxMarket& market = *added.market;
     const nxFeedProduct* const known = _source.GetProducts().Find(market.product.GetName());
-    const nxVenue::Product product{&market.GetAtVenue(), market.tickSize, market.GetHours(),
-                                   _IsOfBars(market), known != nullptr ? known->GetBarPeriod() : 0};
+    const nxVenue::Product product{&market.GetAtVenue(),
+                                   market.tickSize,
+                                   market.GetHours(),
+                                   _IsOfBars(market),
+                                   known != nullptr ? known->GetBarPeriod() : 0,
+                                   market.description.dailyVolatility,
+                                   market.description.dailyVolume};
     added.venueProduct = _venue->AddProduct(product);
     _ledger.AddProduct(added.none, market.GetAtVenue());
     _results.GetCollector().AddProduct(added.none, market.GetAtVenue());
     _results.AddProduct(market);
+    if (_margin) _margin->AddProduct(market.description, market.GetAtVenue());
     _record.WriteProduct(market, product, _clock.Get());
     const bool isOpen =
         product.IgnoresHours() ? !market.isFresh : market.product.GetState() == nxAlgoStateObject::Open;
@@ -129,6 +133,8 @@ void nxTrading::OnEvent(const nxMarket& market, const nxFeedEvent& event)
     _venue->OnEvent(product, event);
     _ledger.Mark(product, _isAmongBars ? &event.bar : nullptr);
     collector.EndRow(product);
+    if (_margin) [[unlikely]]
+        _margin->Look(product, _clock.Get());
     _Reschedule();
 }
 
@@ -176,8 +182,12 @@ void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _markets[product.GetMarketIndex()];
     const nxSide side = order.GetTicket().GetSide();
-    product.GetAccount().AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
-    market.everybody.AddFill(side, fill.fillPrice, fill.fillVolume, fill.isMaker);
+    market.everybody.AddFill(side, fill, product.GetAccount().AddFill(side, fill));
+    _ShowPositions(market);
+}
+
+void nxTrading::_ShowPositions(const Market& market)
+{
     for (const auto& runner : _jobs) {
         nxHostProduct* const known = runner->GetJob().FindProduct(market.market->product.GetName());
         if (known == nullptr) continue;
@@ -280,6 +290,11 @@ void nxTrading::_FlattenAtEnd()
             const char* const why = _FindNoExit(product);
             return std::string(why == nullptr ? "the book showed no more" : why);
         });
+}
+
+std::vector<std::string> nxTrading::GetMarginNotes(const nxTradingJob& job) const
+{
+    return _margin ? _margin->GetNotes(job.GetIndex()) : std::vector<std::string>();
 }
 
 void nxTrading::WriteStories()

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/accounts/nxLedger.h"
+#include "host/accounts/nxMargin.h"
 #include "host/accounts/nxProductAccount.h"
 #include "host/exchange/nxVenue.h"
 #include "host/jobs/nxOrderServices.h"
@@ -42,6 +43,9 @@ public:
     // What the market did meets the orders in it; what that leads to is due for the settler then.
     void OnEvent(const nxMarket& market, const nxFeedEvent& event);
 
+    // At its time: ends what orders it ends, and books it for those who hold the product.
+    void Adjust(nxMarket& market, const nxAdjustment& adjustment);
+
     bool IsAnswerDue();
     // Applies the answer that is due, and calls the script. A job whose orders have no end is asked to end
     // instead.
@@ -63,6 +67,8 @@ public:
     // positions are closed that are to be.
     void Finish();
     void WriteStories();
+    // What there is to say of the margin of a job, at the end of the run.
+    std::vector<std::string> GetMarginNotes(const nxTradingJob& job) const;
     nxTradingStatistics GetStatistics(const nxTradingJob& job) const;
     nxLateTrades GetLateTrades() const
     {
@@ -104,6 +110,9 @@ private:
     void _AddToVenue(Market& market);
     void _Reschedule();
     void _NoteEnd(const nxExchangeEvent& event);
+    void _EndOrders(nxMarket& market, const nxAdjustment& adjustment);
+    void _AdjustAccounts(nxMarket& market, const nxAdjustment& adjustment);
+    void _ShowPositions(const Market& market);
     void _AddFill(nxHostOrder& order, const nxExchangeEvent& fill);
     nxHostOrder& _ApplyAnswer(const nxExchangeEvent& event);
     void _TellAnswer(nxHostOrder& order, const nxExchangeEvent& event);
@@ -123,6 +132,7 @@ private:
     std::vector<Market> _markets;            // by index; empty where none was met
     std::optional<nxOrderStories> _stories;  // where some are asked for
     nxLedger _ledger;
+    std::optional<nxMargin> _margin;  // where the capital is known
     nxTradingRecord _record;
     std::unique_ptr<nxVenue> _venue;  // from the first order on
     const MakeVenue _makeVenue;

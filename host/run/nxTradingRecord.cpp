@@ -1,5 +1,7 @@
 #include "host/run/nxTradingRecord.h"
 
+#include <fmt/format.h>
+
 #include <limits>
 
 #include "host/exchange/nxExchangeEvent.h"
@@ -11,6 +13,12 @@ namespace {
 double Number(const nxDecimal& number)
 {
     return number.GetAsDouble();
+}
+
+// As exact as the file of products.
+std::string GetText(const nxDecimal& fee)
+{
+    return fee.IsValid() ? fee.GetAsString() : "0";
 }
 
 double Number(const nxExactAmount& amount)
@@ -38,6 +46,22 @@ void nxTradingRecord::WriteProduct(const nxMarket& market, const nxVenue::Produc
                       {"strategy", market.product.IsStrategy()},
                       {"bars", product.isOfBars},
                       {"barPeriod", period > 0 ? period : std::numeric_limits<double>::quiet_NaN()}});
+    _WriteFees(market, time);
+}
+
+void nxTradingRecord::_WriteFees(const nxMarket& market, long long time)
+{
+    const nxProductDescription& terms = market.description;
+    if (!terms.minimumFee.IsValid() && terms.feeTiers.empty()) return;
+    std::string tiers;
+    for (const nxFeeTier& tier : terms.feeTiers)
+        tiers += (tiers.empty() ? "" : ", ") + std::to_string(tier.from) + " " + GetText(tier.makerFee) +
+                 " " + GetText(tier.takerFee);
+    _output.RecordAt(time, "", "fees",
+                     {{"product", market.product.GetName()},
+                      {"minimumFee", Number(terms.minimumFee)},
+                      {"tierPeriod", terms.feeTiersByMonth ? "month" : "run"},
+                      {"tiers", tiers}});
 }
 
 void nxTradingRecord::_WriteExchange(long long time)
@@ -65,6 +89,9 @@ void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEven
     const nxProductAccount& account = _ledger.GetAccount(order.kind.owner, order.kind.product);
     const nxPositionKeeper& keeper = account.GetKeeper();
     const nxDecimal mark = account.GetMark(market.GetPrice());
+    if (event.impact.IsValid())
+        _output.RecordAt(event.time, _state.options.jobs[order.kind.owner].name, "impact",
+                         {{"order", order.id}, {"ofLot", Number(event.impact)}});
     _output.RecordAt(
         event.time, _state.options.jobs[order.kind.owner].name, "fill",
         {{"order", order.id},
@@ -77,10 +104,32 @@ void nxTradingRecord::OnEvent(const nxExchangeOrder& order, const nxExchangeEven
          {"row", _state.statistics.GetRowEventCount()},
          {"mid", Number(_results.GetDecisionPrice(order.id))},
          {"pointValue", Number(account.GetPointValue())},
-         {"fee", Number(account.GetFee(event.fillPrice, event.fillVolume, event.isMaker))},
+         {"fee", Number(_ledger.GetLastFee())},
          {"position", keeper.GetNet()},
          {"mark", keeper.GetNet() == 0 ? std::numeric_limits<double>::quiet_NaN() : Number(mark)},
          {"profit", Number(keeper.GetTotalProfit(mark))}});
+}
+
+void nxTradingRecord::WriteAdjustment(const nxAdjustment& adjustment)
+{
+    if (!_output.IsRecording()) return;
+    const bool isSplit = adjustment.kind == nxAdjustmentKind::Split;
+    _output.RecordAt(adjustment.time, "", "adjustment",
+                     {{"product", adjustment.product},
+                      {"kind", nxGetName(adjustment.kind)},
+                      {"value", isSplit ? fmt::format("{}:{}", adjustment.newLots, adjustment.oldLots)
+                                        : adjustment.value.GetAsString()},
+                      {"row", _state.statistics.GetRowEventCount()}});
+}
+
+void nxTradingRecord::WriteCash(unsigned int job, const nxAdjustment& adjustment, const nxAdjusted& adjusted)
+{
+    if (!_output.IsRecording()) return;
+    _output.RecordAt(adjustment.time, _state.options.jobs[job].name, "cash",
+                     {{"product", adjustment.product},
+                      {"row", _state.statistics.GetRowEventCount()},
+                      {"amount", Number(adjusted.amount)},
+                      {"position", adjusted.lots}});
 }
 
 void nxTradingRecord::WriteResult(nxRunOutput& output, const nxLaunchedJob& job,

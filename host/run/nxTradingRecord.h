@@ -19,8 +19,10 @@ public:
         : _output(output), _state(state), _ledger(ledger), _results(results)
     {
     }
-
     void WriteProduct(const nxMarket& market, const nxVenue::Product& product, long long time);
+    // And then what it did to the positions of jobs.
+    void WriteAdjustment(const nxAdjustment& adjustment);
+    void WriteCash(unsigned int job, const nxAdjustment& adjustment, const nxAdjusted& adjusted);
     void OnEvent(const nxExchangeOrder& order, const nxExchangeEvent& event,
                  const nxMarketProduct& market) override;
     // A line, and one for each currency; nothing for a job without orders. row: the event that was the run's
@@ -29,6 +31,7 @@ public:
                             unsigned long long row);
 
 private:
+    void _WriteFees(const nxMarket& market, long long time);
     // In front of the first product.
     void _WriteExchange(long long time);
 

@@ -61,8 +61,8 @@ nxHostOrder& nxTrading::_ApplyAnswer(const nxExchangeEvent& event)
         parent.GetOwner().AddChild(child, parent);
     }
     nxHostOrder& order = *FindOrder(event.order);
+    if (event.kind == Kind::Filled) _AddFill(order, event);  // first: the order records its fee
     order.Apply(event);
-    if (event.kind == Kind::Filled) _AddFill(order, event);
     if (event.kind == Kind::Cancelled || event.kind == Kind::Rejected) _NoteEnd(event);
     return order;
 }

@@ -46,7 +46,7 @@ bool nxAlgoProductObject::createTickDataCollection(nxLuaParameters& parameters, 
             "createTickDataCollection invalid end date format, should be YYYYMMDD:HH:MM. end date : " +
             endText);
     const unsigned int count = nxLuaTruncate(ticks);
-    if (std::ranges::find(Periods, period) == std::end(Periods))
+    if (std::ranges::find(Periods, period) == std::end(Periods) && !_KnowsPeriod(period))
         return results.Fail("createTickDataCollection invalid period [" + period +
                             "] should be MINUTE, 5_MINUTE, 10_MINUTE, 30_MINUTE, HOUR or SESSION");
     if (count == 0 && !start.IsValid())

@@ -50,6 +50,7 @@ public:
 
     void SetEnableRealTime(bool enable) { _enableRealTime = enable; }
     const nxTickDataPeriodEnum& GetPeriod() const { return _periodEnum; }
+    const std::string& GetPeriodName() const { return _period; }
     const nxGenericProductID& GetProductID() const;
 
     bool subscribe(nxLuaParameters&, nxLuaResults&);

@@ -120,6 +120,8 @@ protected:
                                                                       const nxDateTime& end);
     virtual void _SetFlattenOnExit(bool) {}
     virtual bool _IsStrategy() const { return false; }
+    // Whether the host makes bars of that period beside those whose names every script knows.
+    virtual bool _KnowsPeriod(const std::string&) const { return false; }
 
     unsigned char _GetDPForAverages() const
     {

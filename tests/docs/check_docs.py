@@ -39,6 +39,8 @@ function OnPrice()
 end
 """,
     "two.lua": "function OnInit() job:getProduct('SIM'):subscribePrice() end",
+    "fees.toml": '[[product]]\nname = "SIM"\nminimumFee = 1\ndailyVolatility = 0.01\ndailyVolume = 1000\n',
+    "cash.csv": "time,product,kind,value\n20240108:14:30:01,SIM,dividend,1\n",
     "keys.toml": '[[product]]\nx = 1\n',
     "leg_keys.toml": '[[product]]\nname = "SIM"\nlegs = [{ x = 1 }]\n',
 }
@@ -124,7 +126,8 @@ def check_schemas(program):
 
 def check_record(program):
     run(program, "run", "one.lua", "two.lua", "--data", str(ROOT / "examples/data/demo_quotes.csv.gz"),
-        "--on-error", "continue", "--record", "record.jsonl", "--equity-step", "0.01")
+        "--products", "fees.toml", "--adjustments", "cash.csv", "--impact", "1", "--on-error", "continue", "--record", "record.jsonl",
+        "--equity-step", "0.01")
     real = set()
     for line in pathlib.Path("record.jsonl").read_text().splitlines():
         entry = json.loads(line)
@@ -136,7 +139,8 @@ def check_record(program):
         types = re.findall(r"`(\w+)`", types)
         keys = set(re.findall(r'"(\w+)":', example))
         documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
-    for name in ("run", "end", "order", "orderEvent", "exchange", "product", "fill", "trip", "day", "equity", "result", "money"):
+    for name in ("run", "end", "order", "orderEvent", "exchange", "product", "fees", "fill", "impact", "adjustment", "cash", "trip",
+                 "day", "equity", "result", "money"):
         keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
         documented |= {f"{name}.{key}" for key in keys} | {name}
     documented -= {"userLog.price", "userLog.why"}  # the example's fields

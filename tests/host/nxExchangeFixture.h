@@ -43,7 +43,7 @@ public:
                                bool isOfBars = false)
         : exchange(options)
     {
-        exchange.AddProduct({&market, tick, hours, isOfBars || barPeriod != 0, barPeriod});
+        exchange.AddProduct({&market, tick, hours, isOfBars || barPeriod != 0, barPeriod, {}, {}});
     }
 
     void Quote(const nxFeedQuote& quote, long long time)

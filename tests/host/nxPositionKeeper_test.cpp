@@ -67,7 +67,10 @@ TEST(nxFeeSchedule, TakesASumForEachLotOrARateOfTheMoney)
 {
     nxExpectRows("host/positions.txt", [](const std::string& row) {
         const auto words = nxGetWords(row);
-        const nxFeeSchedule fees{Dec(words[0].c_str()), Dec(words[1].c_str()), words[2] == "rate"};
+        nxFeeSchedule fees;
+        fees.maker = Dec(words[0].c_str());
+        fees.taker = Dec(words[1].c_str());
+        fees.isRate = words[2] == "rate";
         return Text(fees.GetFee(words[3] == "maker", Dec(words[4].c_str()), 3, Dec("50")));
     });
     EXPECT_EQ(Text(nxFeeSchedule().GetFee(true, Dec("101.5"), 3, Dec("50"))), "0");

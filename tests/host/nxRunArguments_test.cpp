@@ -105,6 +105,14 @@ TEST_F(nxRunArgumentsTest, RefusesAParameterFileWithItsPlace)
     EXPECT_TRUE(Apply().starts_with("p.toml:1:"));
 }
 
+TEST_F(nxRunArgumentsTest, RefusesAnAdjustmentWithItsPlace)
+{
+    nxExpectRows("host/arguments.txt", [this](const std::string& row) {
+        arguments.adjustmentFiles = {files.Write("a.csv", "time,product,kind,value\n" + row)};
+        return Apply();
+    });
+}
+
 TEST_F(nxRunArgumentsTest, ABarPeriodIsThatOfAProductOrOfAllOthers)
 {
     arguments.barPeriods = {"5m", "A=1h", "A=B=1d", "A=30s"};

@@ -40,6 +40,20 @@ name = "C"
 pointValue = 1000
 currency = "EUR"
 takerFee = 1.7
+dailyVolatility = 0.013
+dailyVolume = 40000
+minimumFee = 4
+feeTiers = [{ from = 20, makerFee = -0.3, takerFee = 1.1 }, { from = 60, takerFee = 0.7 }]
+"""
+
+ADJUSTMENTS = """time,product,kind,value
+20240108:14:31,A,split,3:2
+20240108:14:32,B,funding,-0.0012
+20240108:14:32,A,funding,0.0012
+20240108:14:33,C,dividend,0.37
+20240108:14:34,A,roll,-1.25
+20240108:14:35,B,split,1:7
+20240108:14:36,C,roll,0.5
 """
 
 # Runs of noise.lua; {n} is the seed of the round.
@@ -53,6 +67,7 @@ a.trades.csv a.depth.csv.gz   --fills queue --param flatten=true
 a.depth.csv a.csv     --fills cross --latency 0.5 --jobs --late-trades 5000 --self-trade refuse
 a.csv b.csv.gz c.csv  --fills queue --products p.toml --jobs --param flatten=true
 a.csv b.csv.gz c.csv  --fills touch --products p.toml --latency 200 --feed-latency 1ms..3s --queue-model power:2
+a.csv b.csv.gz c.csv  --products p.toml --jobs --latency 300 --adjustments j.csv --impact 0.7
 a.bars.csv            --param chance=0.6 --products p.toml
 a.bars.csv            --param chance=0.6 --bar-time start --bar-period 30s --latency 1-50000 --jobs
 c.csv a.bars.csv      --param chance=0.6 --participation 20 --products p.toml --latency 7
@@ -160,6 +175,7 @@ def run(*arguments):
 def write_data(program):
     """Three products as quotes, depth, trades and bars."""
     pathlib.Path("p.toml").write_text(PRODUCTS)
+    pathlib.Path("j.csv").write_text(ADJUSTMENTS)
     for name, seed, *more in (("a", "3"), ("b", "4", "--lot-size", "10"), ("c", "5")):
         for kind, file in (("quotes", f"{name}.csv"), ("depth", f"{name}.depth.csv")):
             run(program, "generate", "--seed", seed, "--duration", "500", "--rate", "10", "--product", name.upper(), "--kind", kind,
@@ -224,7 +240,7 @@ def check_plants(base, data, plants):
         says = plant(record)
         file = f"planted.{base}.{name.replace(' ', '_')}"
         pathlib.Path(file).write_text(record.text())
-        verified = run(sys.executable, VERIFY, file, data)
+        verified = run(sys.executable, VERIFY, file, *data.split())
         if verified.returncode != 1 or not re.search(says, verified.stdout):
             yield f"planted {name}: no fault says {says}: {verified.stdout}{verified.stderr}"
 
@@ -259,8 +275,9 @@ def main():
         faults = sum(pool.map(lambda case: check(program, *case), [*example_runs(), *random_runs(rounds)]), [])
         plants = [pool.submit(lambda *case: list(case[0](*case[1:])), *case) for case in
                   [(check_plants, "random.0.0.jsonl", "a.csv", {name: plant}) for name, plant in PLANTS.items()] +
-                  [(check_plants, "random.0.9.jsonl", "a.bars.csv", {name: plant}) for name, plant in OVER_BARS.items()] +
-                  [(check_unreadable, "random.0.0.jsonl", "a.csv")]]
+                  [(check_plants, "random.0.10.jsonl", "a.bars.csv", {name: plant}) for name, plant in OVER_BARS.items()] +
+                  [(check_plants, "random.0.9.jsonl", "a.csv b.csv.gz c.csv", {"cash": lambda r: add(r, r.find("cash"), "amount", 1, "amount")}),
+                   (check_unreadable, "random.0.0.jsonl", "a.csv")]]
         faults += sum((plant.result() for plant in plants), [])
         os.chdir("/")
     print("\n".join(faults) or "verify_run finds what is wrong, and nothing else")
