@@ -150,7 +150,14 @@ void AddJobs(CLI::App& run, RunArguments& arguments)
 void AddData(CLI::App& run, RunArguments& arguments)
 {
     nxRunOptions& options = arguments.options;
-    run.add_option("--data,-d", options.data, "Recorded data, one or more files merged by time")->required();
+    run.add_option("--data,-d", options.data,
+                   "Recorded data, merged by time: files from anywhere, folders, patterns in quotes, or the "
+                   "data.toml of "
+                   "an import")
+        ->required();
+    AddFormOptions(run, arguments.jobs.form);
+    run.add_flag("--round-volumes", options.roundsVolumes,
+                 "Round sizes to whole lots; the summary tells how much is lost");
     run.add_option("--from", arguments.jobs.from, "Begin at that recorded time")->type_name("TIME");
     run.add_option("--to", arguments.jobs.to, "End there")->type_name("TIME");
     run.add_option("--warmup", arguments.jobs.warmup,
@@ -338,6 +345,17 @@ void AddOutputs(CLI::App& run, RunArguments& arguments)
         ->capture_default_str();
 }
 
+// The options that add() adds stand under that heading of --help.
+template <class Add>
+void AddGroup(CLI::App& run, const std::string& heading, Add add)
+{
+    const std::size_t before = run.get_options().size();
+    add();
+    std::vector<CLI::Option*> options = run.get_options();
+    for (std::size_t i = before; i < options.size(); ++i)
+        options[i]->group(heading);
+}
+
 }  // namespace
 
 void AddRunCommand(CLI::App& app, int& status)
@@ -351,19 +369,20 @@ void AddRunCommand(CLI::App& app, int& status)
         "and speed go to standard error. Ctrl-C ends the run properly: OnShutdown runs and the summary is\n"
         "printed.\n\n"
         "A file named - is standard input, once.\n"
-        "Data files are CSV, plain, .gz or .zst; the kind is told by the header row:\n"
+        "Data files are CSV, plain or packed as .gz, .zst, .xz, .bz2 or .zip. Those of others are read as "
+        "they are\n"
+        "(docs/data.md); our own formats are told by their header row:\n"
         "  quotes  time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side   (an empty cell: "
         "unchanged)\n"
         "  depth   time,product,side,price,volume                                  (0 removes the level)\n"
         "  bars    time,product,open,high,low,close,volume");
     run.formatter(std::make_shared<RunFormatter>());
-    AddJobs(run, *arguments);
-    AddData(run, *arguments);
-    AddFormOptions(run, arguments->jobs.form);
-    run.add_flag("--round-volumes", arguments->options.roundsVolumes,
-                 "Round sizes to whole lots; the summary tells how much is lost");
-    AddExchange(run, *arguments);
-    AddAccount(run, arguments->options);
-    AddOutputs(run, *arguments);
+    AddGroup(run, "Scripts", [&] { AddJobs(run, *arguments); });
+    AddGroup(run, "Data", [&] { AddData(run, *arguments); });
+    AddGroup(run, "Orders", [&] {
+        AddExchange(run, *arguments);
+        AddAccount(run, arguments->options);
+    });
+    AddGroup(run, "Results", [&] { AddOutputs(run, *arguments); });
     run.callback([arguments, &status] { status = Run(*arguments); });
 }
