@@ -57,9 +57,9 @@ private:
     const char* _ReadTime(const char* cell, nxCsvRow& row, std::string& reason) const;
     const char* _ReadProduct(nxCsvBlock& block, const char* cell, nxCsvRow& row);
     const char* _ReadForeignRow(nxCsvBlock& block, nxCsvRow& row);
-    const char* _ReadForeignCell(nxCsvBlock& block, const nxFeedColumn& column, const char* cell,
-                                 nxCsvRow& row, RowMarks& marks, std::string& reason);
-    void _TakeProduct(nxCsvBlock& block, std::string_view cell, nxCsvRow& row);
+    const char* _ReadForeignCell(const nxFeedColumn& column, const char* cell, nxCsvRow& row, RowMarks& marks,
+                                 std::string& reason);
+    void _TakeProduct(std::string_view cell, nxCsvRow& row);
     void _FinishForeignRow(nxCsvBlock& block, nxCsvRow& row, const RowMarks& marks);
     const char* _Refuse(nxCsvBlock& block, nxCsvRow& row, const char* cell, const std::string& reason);
     std::string _GetCountReason(const nxCsvBlock& block, const nxCsvRow& row, std::size_t cells) const;

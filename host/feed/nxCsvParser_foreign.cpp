@@ -170,7 +170,7 @@ const char* nxCsvParser::_ReadForeignRow(nxCsvBlock& block, nxCsvRow& row)
     for (std::size_t i = 0; i < count; ++i) {
         const nxFeedColumn& column = _form.columns[i];
         const char* const cell = text;
-        text = _ReadForeignCell(block, column, cell, row, marks, reason);
+        text = _ReadForeignCell(column, cell, row, marks, reason);
         if (text == nullptr) return _Refuse(block, row, cell, std::string(column.name) + ": " + reason);
         if (i + 1 == count) break;
         if (*text != _form.separator)
@@ -190,8 +190,8 @@ const char* nxCsvParser::_ReadForeignRow(nxCsvBlock& block, nxCsvRow& row)
     return FindLineEnd(text, block.end) + 1;
 }
 
-const char* nxCsvParser::_ReadForeignCell(nxCsvBlock& block, const nxFeedColumn& column, const char* cell,
-                                          nxCsvRow& row, RowMarks& marks, std::string& reason)
+const char* nxCsvParser::_ReadForeignCell(const nxFeedColumn& column, const char* cell, nxCsvRow& row,
+                                          RowMarks& marks, std::string& reason)
 {
     const nxCsvCells::Marks ends{_form.separator};
     if (column.type == nxFeedColumnType::Number) [[likely]] {
@@ -227,7 +227,7 @@ const char* nxCsvParser::_ReadForeignCell(nxCsvBlock& block, const nxFeedColumn&
             marks.timeOfDay = any.text;
             break;
         case nxFeedColumnType::Product:
-            _TakeProduct(block, any.text, row);
+            _TakeProduct(any.text, row);
             break;
         case nxFeedColumnType::Side:
         case nxFeedColumnType::MakerSide:
@@ -254,12 +254,11 @@ const char* nxCsvParser::_ReadForeignCell(nxCsvBlock& block, const nxFeedColumn&
     return any.end;
 }
 
-void nxCsvParser::_TakeProduct(nxCsvBlock& block, std::string_view cell, nxCsvRow& row)
+void nxCsvParser::_TakeProduct(std::string_view cell, nxCsvRow& row)
 {
     row.isProductNew = cell != _before || _before.empty();
     if (row.isProductNew) _before = cell;
     row.product = _before;
-    static_cast<void>(block);
 }
 
 void nxCsvParser::_FinishForeignRow(nxCsvBlock& block, nxCsvRow& row, const RowMarks& marks)

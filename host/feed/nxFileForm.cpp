@@ -110,9 +110,14 @@ private:
     bool _FindTimes();
     bool _FindTerms();
     bool _Describe();
-    std::vector<std::string> _GetSample(std::size_t rows) const;
+    void _ReadSample();
+    std::string _GetCell(std::size_t column) const;
+    void _FindTimeOfDay();
+    void _Drop(std::string_view part);
+    bool _CheckRequired(nxFeedKind kind);
+    void _FindDay(const std::vector<std::string_view>& cells);
+    bool _DoFall(const std::vector<std::string_view>& cells) const;
     std::optional<std::size_t> _Get(std::string_view part) const;
-    std::vector<std::vector<std::string>> _sample;  // the first rows
 
     nxFileForm& _form;
     const std::string_view _text;
@@ -122,6 +127,7 @@ private:
     nxFeedError& _error;
     const nxFeedLayout* _layout = nullptr;
     std::vector<std::string> _names, _parts;
+    std::vector<std::vector<std::string>> _sample;  // the first rows
     char _separator = ',';
     std::string_view _rows;        // from the first row on
     unsigned long long _line = 0;  // those in front of it
@@ -228,29 +234,10 @@ bool Finder::_CheckNames()
 
 bool Finder::_FindParts()
 {
-    std::string_view rest = _rows;
-    constexpr std::size_t mostRows = 4096;
-    while (!rest.empty() && _sample.size() < mostRows) {
-        const std::string_view line = TakeLine(rest);
-        if (!line.empty() && !IsComment(line)) _sample.push_back(nxFileColumns::Split(line, _separator));
-    }
-    const auto getCell = [this](std::size_t column) {
-        return !_sample.empty() && column < _sample.front().size() ? _sample.front()[column] : std::string();
-    };
-    // "Date,Time": the time that was found is that of the day.
-    if (const auto time = _Get("time"); time && nxTimeText::IsTimeOfDay(getCell(*time)) && !_Get("date"))
-        for (std::size_t i = 0; i < _names.size(); ++i)
-            if (_parts[i].empty() && nxFileColumns::GetParts({_names[i]}).front() == "time" &&
-                !nxTimeText::IsTimeOfDay(getCell(i)))
-            {
-                _parts[i] = "date";
-                _parts[*time] = "timeOfDay";
-                break;
-            }
-    // A date alone is a time as well.
-    if (const auto date = _Get("date"); date && !_Get("timeOfDay")) _parts[*date] = "time";
+    _ReadSample();
+    _FindTimeOfDay();
     const auto side = _Get("side");
-    auto kind = nxFileColumns::TellKind(_parts, side ? getCell(*side) : std::string());
+    auto kind = nxFileColumns::TellKind(_parts, side ? _GetCell(*side) : std::string());
     if (_layout != nullptr) kind = _layout->kind;
     if (!kind)
         return _Fail(
@@ -258,26 +245,66 @@ bool Finder::_FindParts()
                         fmt::join(_names, "\", \"")));
     _form.format = &nxFeedFormat::Get(*kind);
     // What another column says better, or what says nothing alone.
-    if (*kind == nxFeedKind::Bar && _Get("close"))
-        if (const auto last = _Get("last")) _parts[*last].clear();
-    if (*kind == nxFeedKind::Quote && !_Get("last"))
-        if (const auto volume = _Get("volume")) _parts[*volume].clear();
-    std::vector<std::string_view> missing;
-    for (const nxFeedColumn& column : _form.format->columns)
-        if (column.required && column.type != nxFeedColumnType::Time &&
-            column.type != nxFeedColumnType::Product && !(*kind == nxFeedKind::Bar && column.isSize) &&
-            std::ranges::none_of(_parts, [&](const std::string& part) {
-                return !part.empty() && nxFileColumns::Get(part, *kind).name == column.name;
-            }))
-            missing.push_back(column.name);
-    if (!missing.empty())
-        return _Fail(fmt::format("{} without {}: the columns are \"{}\"", _form.format->name,
-                                 fmt::join(missing, ", "), fmt::join(_names, "\", \"")));
+    if (*kind == nxFeedKind::Bar && _Get("close")) _Drop("last");
+    if (*kind == nxFeedKind::Quote && !_Get("last")) _Drop("volume");
+    if (!_CheckRequired(*kind)) return false;
     for (const std::string& part : _parts)
         _form.columns.push_back(nxFileColumns::Get(part, *kind));
     while (_form.columns.back().type == nxFeedColumnType::Skip)
         _form.columns.pop_back();
     return true;
+}
+
+void Finder::_ReadSample()
+{
+    constexpr std::size_t mostRows = 4096;
+    std::string_view rest = _rows;
+    while (!rest.empty() && _sample.size() < mostRows) {
+        const std::string_view line = TakeLine(rest);
+        if (!line.empty() && !IsComment(line)) _sample.push_back(nxFileColumns::Split(line, _separator));
+    }
+}
+
+// Of the first row; empty where there is none.
+std::string Finder::_GetCell(std::size_t column) const
+{
+    return !_sample.empty() && column < _sample.front().size() ? _sample.front()[column] : std::string();
+}
+
+// "Date,Time": the time that was found is that of the day. A date alone is a time as well.
+void Finder::_FindTimeOfDay()
+{
+    if (const auto time = _Get("time"); time && nxTimeText::IsTimeOfDay(_GetCell(*time)) && !_Get("date"))
+        for (std::size_t i = 0; i < _names.size(); ++i)
+            if (_parts[i].empty() && nxFileColumns::GetParts({_names[i]}).front() == "time" &&
+                !nxTimeText::IsTimeOfDay(_GetCell(i)))
+            {
+                _parts[i] = "date";
+                _parts[*time] = "timeOfDay";
+                break;
+            }
+    if (const auto date = _Get("date"); date && !_Get("timeOfDay")) _parts[*date] = "time";
+}
+
+void Finder::_Drop(std::string_view part)
+{
+    if (const auto column = _Get(part)) _parts[*column].clear();
+}
+
+bool Finder::_CheckRequired(nxFeedKind kind)
+{
+    std::vector<std::string_view> missing;
+    for (const nxFeedColumn& column : _form.format->columns) {
+        const bool isNeeded = column.required && column.type != nxFeedColumnType::Time &&
+                              column.type != nxFeedColumnType::Product &&
+                              !(kind == nxFeedKind::Bar && column.isSize);
+        const bool isThere = std::ranges::any_of(_parts, [&](const std::string& part) {
+            return !part.empty() && nxFileColumns::Get(part, kind).name == column.name;
+        });
+        if (isNeeded && !isThere) missing.push_back(column.name);
+    }
+    return missing.empty() || _Fail(fmt::format("{} without {}: the columns are \"{}\"", _form.format->name,
+                                                fmt::join(missing, ", "), fmt::join(_names, "\", \"")));
 }
 
 bool Finder::_FindProduct()
@@ -304,44 +331,52 @@ bool Finder::_FindTimes()
     time.zone = _options.zone;
     time.day = _options.day;
     time.isDayFirst = _options.isDayFirst;
+    std::string reason;
     if (_layout != nullptr && !time.zone && !_layout->zone.empty()) {
-        std::string reason;
         time.zone = nxTimeZone::Find(std::string(_layout->zone), reason);
         if (!time.zone) return _Fail(reason);
     }
-    if (_layout != nullptr) time.dayUnit = _layout->dayUnit;
     const std::size_t column = _Get("date") ? *_Get("date") : *_Get("time");
     std::vector<std::string_view> cells;
     for (const auto& row : _sample)
         if (column < row.size()) cells.push_back(row[column]);
-    // Numbers below a day's milliseconds are none since 1970, of which those would be of its first weeks.
-    const bool isOfDay =
-        !cells.empty() && !_Get("date") &&
-        std::ranges::all_of(cells,
-                            [](std::string_view cell) {
-                                return !cell.empty() && cell.size() <= 8 &&
-                                       std::ranges::all_of(cell, [](char c) { return c >= '0' && c <= '9'; });
-                            }) &&
-        (cells.front().size() < 8 || time.day);
-    if (isOfDay && time.dayUnit == nxTimeText::DayUnit::None)
-        time.dayUnit = nxTimeText::DayUnit::Milliseconds;
-    if (time.dayUnit != nxTimeText::DayUnit::None && !time.day) {
-        time.day = GetNamedDay(_entryName);
-        if (!time.day) time.day = GetNamedDay(std::filesystem::path(_path).filename().string());
-    }
-    std::string reason;
+    _FindDay(cells);
     if (!time.Learn(cells, reason)) return _Fail("\"" + _names[column] + "\": " + reason);
-    // Newest first: later rows are never later.
-    long long first = 0, last = 0;
-    nxTimeText probe = time;
-    bool falls = !_Get("date") && !cells.empty() && probe.Read(cells.front(), first) == nullptr;
-    const long long begin = first;
-    for (std::size_t i = 1; falls && i < cells.size(); ++i) {
-        falls = probe.Read(cells[i], last) != nullptr || last <= first;
-        first = last;
-    }
-    _form.isNewestFirst = falls && cells.size() > 1 && last < begin;
+    _form.isNewestFirst = !_Get("date") && _DoFall(cells);
     return true;
+}
+
+// Whether the times are those of a day, and of which.
+void Finder::_FindDay(const std::vector<std::string_view>& cells)
+{
+    nxTimeText& time = _form.time;
+    if (_layout != nullptr) time.dayUnit = _layout->dayUnit;
+    // Numbers below a day's milliseconds are none since 1970, of which those would be of its first weeks.
+    const auto isSmall = [](std::string_view cell) {
+        return !cell.empty() && cell.size() <= 8 &&
+               std::ranges::all_of(cell, [](char c) { return c >= '0' && c <= '9'; });
+    };
+    if (time.dayUnit == nxTimeText::DayUnit::None && !_Get("date") && !cells.empty() &&
+        std::ranges::all_of(cells, isSmall) && (cells.front().size() < 8 || time.day))
+        time.dayUnit = nxTimeText::DayUnit::Milliseconds;
+    if (time.dayUnit == nxTimeText::DayUnit::None || time.day) return;
+    time.day = GetNamedDay(_entryName);
+    if (!time.day) time.day = GetNamedDay(std::filesystem::path(_path).filename().string());
+}
+
+// Newest first: later rows are never later.
+bool Finder::_DoFall(const std::vector<std::string_view>& cells) const
+{
+    nxTimeText reader = _form.time;
+    long long first = 0, before = 0;
+    if (cells.size() < 2 || reader.Read(cells.front(), first) != nullptr) return false;
+    before = first;
+    for (const std::string_view cell : cells) {
+        long long time = 0;
+        if (reader.Read(cell, time) != nullptr || time > before) return false;
+        before = time;
+    }
+    return before < first;
 }
 
 bool Finder::_FindTerms()
