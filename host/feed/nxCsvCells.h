@@ -44,6 +44,26 @@ const char* FindCellEnd(const char* text, const Ends& ends)
     return text;
 }
 
+// Where a cell of any text ends, at the mark or at the line feed: eight bytes at once, of which a zero byte
+// in what differs tells the first.
+inline const char* SkipCell(const char* text, char separator)
+{
+    if constexpr (std::endian::native == std::endian::little) {
+        constexpr std::uint64_t ones = 0x0101010101010101, highs = 0x8080808080808080;
+        const std::uint64_t marks = ones * static_cast<unsigned char>(separator), feeds = ones * '\n';
+        for (;; text += 8) {
+            std::uint64_t bytes = 0;
+            std::memcpy(&bytes, text, sizeof bytes);
+            const std::uint64_t a = bytes ^ marks, b = bytes ^ feeds;
+            const std::uint64_t found = (((a - ones) & ~a) | ((b - ones) & ~b)) & highs;
+            if (found != 0) return text + std::countr_zero(found) / 8;
+        }
+    }
+    while (*text != separator && *text != '\n')
+        ++text;
+    return text;
+}
+
 // Eight digits at once: the bytes are the digits of one number in little-endian order, so three
 // multiplications add neighbours up to pairs, fours and the whole.
 inline bool ReadEightDigits(const char* text, std::uint64_t& value)

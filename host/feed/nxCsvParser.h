@@ -51,6 +51,7 @@ private:
         std::string_view date, timeOfDay;
         bool isKept = true;
         bool isTrade = true;
+        bool hasPrice = false;
     };
 
     const char* _ReadRow(nxCsvBlock& block, nxCsvRow& row);

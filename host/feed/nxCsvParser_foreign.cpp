@@ -1,10 +1,12 @@
 // Rows of files that others write.
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstring>
 
 #include "host/feed/nxCsvCells.h"
 #include "host/feed/nxCsvParser.h"
+#include "host/feed/nxFeedTime.h"
 
 namespace {
 
@@ -127,18 +129,65 @@ bool ReadAnyNumber(std::string_view text, nxCsvNumber& number)
     return hasDigit && digits.Store(isNegative, power, number);
 }
 
+bool IsWord(std::string_view text, std::string_view word)
+{
+    return text.size() == word.size() && std::ranges::equal(text, word, [](char c, char lower) {
+               return (c >= 'A' && c <= 'Z' ? c + 32 : c) == lower;
+           });
+}
+
 // False: it is none.
 bool ReadAnySide(std::string_view text, nxCsvSide& side)
 {
-    std::string folded(text.substr(0, 7));
-    std::ranges::transform(folded, folded.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; });
-    constexpr std::array buy{"buy", "b", "bid", "1", "+1", "true"};
-    constexpr std::array sell{"sell", "s", "ask", "a", "-1", "false"};
-    constexpr std::array none{"", "unknown", "none", "n", "0"};
-    side = std::ranges::find(buy, folded) != buy.end()     ? nxCsvSide::Buy
-           : std::ranges::find(sell, folded) != sell.end() ? nxCsvSide::Sell
-                                                           : nxCsvSide::None;
-    return side != nxCsvSide::None || std::ranges::find(none, folded) != none.end();
+    side = nxCsvSide::None;
+    if (text.empty()) return true;
+    switch (text.front() | 0x20) {
+        case 'b':
+            side = nxCsvSide::Buy;
+            return text.size() == 1 || IsWord(text, "buy") || IsWord(text, "bid");
+        case 's':
+            side = nxCsvSide::Sell;
+            return text.size() == 1 || IsWord(text, "sell");
+        case 'a':
+            side = nxCsvSide::Sell;
+            return text.size() == 1 || IsWord(text, "ask");
+        case 't':
+            side = nxCsvSide::Buy;
+            return IsWord(text, "true");
+        case 'f':
+            side = nxCsvSide::Sell;
+            return IsWord(text, "false");
+        case '1':
+        case '+':
+            side = nxCsvSide::Buy;
+            return text == "1" || text == "+1";
+        case '-':
+            side = nxCsvSide::Sell;
+            return text == "-1";
+        default:
+            return text == "0" || IsWord(text, "n") || IsWord(text, "none") || IsWord(text, "unknown");
+    }
+}
+
+// A number since 1970 of 13, 16 or 19 digits; null where the cell is something else.
+const char* ReadEpoch(const char* cell, const nxCsvCells::Marks& ends, long long& time)
+{
+    std::uint64_t high = 0, middle = 0;
+    if (!ReadEightDigits(cell, high) || high < 1'000'000) return nullptr;
+    const char* text = cell + 8;
+    std::uint64_t count = high;
+    if (ReadEightDigits(text, middle)) {
+        count = count * 100'000'000 + middle;
+        text += 8;
+    }
+    for (; GetDigit(*text) <= 9 && text - cell < 19; ++text)
+        count = count * 10 + GetDigit(*text);
+    const auto digits = text - cell;
+    if ((digits != 13 && digits != 16 && digits != 19) || !ends.IsCellEnd(text)) return nullptr;
+    const std::uint64_t unit = digits == 13 ? 1'000'000 : digits == 16 ? 1'000 : 1;
+    if (count > static_cast<std::uint64_t>(nxFeedTime::Latest) / unit) return nullptr;
+    time = static_cast<long long>(count * unit);
+    return text;
 }
 
 // By a scale of a power of ten mostly, so the digits stay as they are.
@@ -206,12 +255,24 @@ const char* nxCsvParser::_ReadForeignCell(const nxFeedColumn& column, const char
             }
         }
         if (number.isGiven && !column.isSize) {
+            marks.hasPrice = true;
             if (_form.isZeroNone && number.mantissa == 0) number.isGiven = false;
             if (_form.scale.IsValid()) Scale(number, _form.scale);
         }
         return end;
     }
-    if (column.type == nxFeedColumnType::Skip && *cell != '"') return FindCellEnd(cell, ends);
+    if (column.type == nxFeedColumnType::Skip && *cell != '"') return SkipCell(cell, _form.separator);
+    if (column.type == nxFeedColumnType::Time && _form.time.dayUnit == nxTimeText::DayUnit::None)
+        if (const char* const end = ReadEpoch(cell, ends, row.time)) return end;
+    // The product of the row before, which fits the padding after the block.
+    if (const std::size_t size = _before.size();
+        column.type == nxFeedColumnType::Product && size != 0 && size < nxCsvBlock::Padding &&
+        cell[size] == _form.separator && std::memcmp(cell, _before.data(), size) == 0)
+    {
+        row.isProductNew = false;
+        row.product = _before;
+        return cell + size;
+    }
     const Cell any = GetCell(cell, ends);
     switch (column.type) {
         case nxFeedColumnType::Time:
@@ -279,10 +340,7 @@ void nxCsvParser::_FinishForeignRow(nxCsvBlock& block, nxCsvRow& row, const RowM
             if (!row.numbers[price].isGiven) row.numbers[size].isGiven = false;
         if (!row.numbers[Last].isGiven) row.side = nxCsvSide::None;
     }
-    const bool isEmpty = std::ranges::none_of(_form.columns, [&row](const nxFeedColumn& column) {
-        return column.type == nxFeedColumnType::Number && !column.isSize && row.numbers[column.slot].isGiven;
-    });
-    if (marks.isKept && !isEmpty) return;
+    if (marks.isKept && marks.hasPrice) return;
     --block.count;
     if (row.isProductNew) _before = {};
     ++block.skipped;

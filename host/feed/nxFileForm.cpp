@@ -418,7 +418,7 @@ bool Finder::_Describe()
     if (_layout != nullptr) text += fmt::format(", layout {}", _layout->name);
     const std::size_t time = _Get("date") ? *_Get("date") : *_Get("time");
     if (!_sample.empty() && time < _sample.front().size())
-        text += ", times are " + _form.time.Describe(_sample.front()[time]);
+        text += ", times are " + _form.time.Describe(_GetCell(time) + (_Get("timeOfDay") ? " 00:00" : ""));
     if (_form.isNewestFirst) text += ", newest first";
     if (_form.scale.IsValid()) text += ", prices in " + _form.scale.GetAsString();
     if (!taken.empty()) text += fmt::format("; {}", fmt::join(taken, ", "));

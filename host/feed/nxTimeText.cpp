@@ -87,6 +87,19 @@ int TakeMonthName(std::string_view& text)
 // The nanoseconds of the day, off the front.
 const char* TakeTimeOfDay(std::string_view& text, long long& nanoseconds)
 {
+    // 12:34:56, as nearly all are.
+    if (text.size() >= 8 && text[2] == ':' && text[5] == ':' && (text.size() == 8 || text[8] != '.')) {
+        const auto two = [text](std::size_t at) {
+            return IsDigit(text[at]) && IsDigit(text[at + 1]) ? (text[at] - '0') * 10 + (text[at + 1] - '0')
+                                                              : -1;
+        };
+        const int hour = two(0), minute = two(3), second = two(6);
+        if (hour >= 0 && minute >= 0 && second >= 0 && hour <= 23 && minute <= 59 && second <= 59) {
+            nanoseconds = ((hour * 60 + minute) * 60LL + second) * NanosecondsPerSecond;
+            text.remove_prefix(8);
+            return nullptr;
+        }
+    }
     const std::size_t digits = CountDigits(text);
     int hour = TakeNumber(text, 2), minute = 0, second = 0, fraction = 0;
     if (Take(text, ':')) {
@@ -183,7 +196,7 @@ const char* nxTimeText::Read(std::string_view text, long long& time)
 const char* nxTimeText::Read(std::string_view date, std::string_view timeOfDay, long long& time)
 {
     Local local;
-    if (const char* const reason = _ReadDate(date, local.date)) return reason;
+    if (const char* const reason = _TakeDate(date, local.date)) return reason;
     if (!date.empty()) return NotATime;
     if (const char* const reason = TakeTimeOfDay(timeOfDay, local.nanoseconds)) return reason;
     if (!TakeZone(timeOfDay, local.offset) || !timeOfDay.empty()) return NotATime;
@@ -260,9 +273,25 @@ const char* nxTimeText::_ReadNamedMonth(std::string_view& text, long long& date)
     return SetDate(TakeNumber(text, 4), month, dayOfMonth, date);
 }
 
-const char* nxTimeText::_ReadDateAndRest(std::string_view text, Local& local) const
+// Mostly the day of the row before.
+const char* nxTimeText::_TakeDate(std::string_view& text, long long& date)
 {
-    if (const char* const reason = _ReadDate(text, local.date)) return reason;
+    const std::size_t size = _dateText.size();
+    if (size != 0 && text.starts_with(_dateText) && (text.size() == size || !IsDigit(text[size]))) {
+        date = _date;
+        text.remove_prefix(size);
+        return nullptr;
+    }
+    const std::string_view whole = text;
+    if (const char* const reason = _ReadDate(text, date)) return reason;
+    _dateText = whole.substr(0, whole.size() - text.size());
+    _date = date;
+    return nullptr;
+}
+
+const char* nxTimeText::_ReadDateAndRest(std::string_view text, Local& local)
+{
+    if (const char* const reason = _TakeDate(text, local.date)) return reason;
     // NinjaTrader writes its fraction as a word of its own: 050100 0120000.
     if (text.empty()) return nullptr;
     if (!IsDigit(text.front())) {

@@ -52,12 +52,15 @@ private:
     struct Local;
 
     const char* _ReadNumber(std::string_view text, long long& time);
+    const char* _TakeDate(std::string_view& text, long long& date);
     const char* _ReadDate(std::string_view& text, long long& date) const;
     const char* _ReadNamedMonth(std::string_view& text, long long& date) const;
-    const char* _ReadDateAndRest(std::string_view text, Local& local) const;
+    const char* _ReadDateAndRest(std::string_view text, Local& local);
     const char* _Join(const Local& local, long long& time);
     long long _GetOffset(long long seconds);
 
+    std::string _dateText;  // the last one that was read, and its day
+    long long _date = 0;
     nxTimeZone::Span _span;  // around the last local time
     long long _last = 0;     // the last moment, in seconds
     std::atomic<unsigned long long> _twice = 0, _never = 0;
