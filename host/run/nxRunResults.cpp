@@ -6,12 +6,12 @@
 #include <sstream>
 
 #include "host/feed/nxFeedTime.h"
+#include "host/feed/nxSha256.h"
 #include "host/market/nxMidPrice.h"
 #include "host/report/nxResultDocument.h"
 #include "host/report/nxResultSections.h"
 #include "host/report/nxResultTables.h"
 #include "host/run/nxRunSettings.h"
-#include "host/feed/nxSha256.h"
 
 namespace {
 
@@ -241,8 +241,8 @@ void nxRunResults::_RecordTrip(unsigned int job, const nxRoundTrip& trip)
                       {"exitPrice", trip.exitPrice},
                       {"profit", trip.profit.GetAsDouble()},
                       {"fees", trip.fees.GetAsDouble()},
-                      {"mae", trip.mae},
-                      {"mfe", trip.mfe},
+                      {"mae", trip.mae.GetAsDouble()},
+                      {"mfe", trip.mfe.GetAsDouble()},
                       {"entryOrder", trip.entryOrder},
                       {"exitOrder", trip.exitOrder}});
 }
