@@ -311,6 +311,11 @@ class Market:
         best = self._best("bid", self.bids) if net > 0 else self._best("ask", self.asks)
         return self.last if best is None else best
 
+    def mid(self):
+        """Of the best bid and ask, else the last price; None without."""
+        bid, ask = self._best("bid", self.bids), self._best("ask", self.asks)
+        return self.last if bid is None or ask is None else (bid + ask) / 2
+
     def opposite(self, side):
         return self.asks if side == "BUY" else self.bids
 
@@ -404,12 +409,14 @@ class Record:
         self.path, self.faults = path, faults
         self.orders, self.terms, self.exchange = {}, {}, {}
         self.fills, self.results, self.money, self.started, self.stopped = [], {}, {}, {}, {}
+        self.trips, self.days = [], []
         self.last_line, self.ends = 0, []  # the first and the last line, of a record that has them
         takers = {"order": self._order, "orderEvent": self._event, "fill": self._fill,
                   "product": lambda line: self.terms.setdefault(line["product"], line),
                   "exchange": lambda line: self.exchange.update(line),
                   "jobStarted": lambda line: self.started.setdefault(line["job"], line),
                   "jobStopped": lambda line: self.stopped.setdefault(line["job"], line),
+                  "trip": lambda line: self.trips.append(line), "day": lambda line: self.days.append(line),
                   "result": lambda line: self.results.setdefault(line["job"], line),
                   "money": lambda line: self.money.setdefault((line["job"], line["currency"]), line),
                   "run": lambda line: self.ends.append(line), "end": lambda line: self.ends.append(line)}
@@ -561,7 +568,7 @@ class Walk:
 
     def _take(self, place, arriving):
         """Books the fills of an event, or those upon the arrival of one order. Gives the place of the next fill."""
-        fills, begin, touched = self.record.fills, place, set()
+        fills, begin, touched, family = self.record.fills, place, set(), set()
         while place < len(fills) and fills[place]["row"] <= self.row:
             fill = fills[place]
             pair = fills[place + 1] if fill["cause"] == "ownOrder" and place + 1 < len(fills) else fill
@@ -575,13 +582,20 @@ class Walk:
             for one in (fill, pair) if pair is not fill else (fill,):
                 touched.add(self._book(one, arriving))
             place += 1 + (pair is not fill)
-            if arriving and not (place < len(fills) and fills[place]["order"] in (fill["order"], pair["order"])):
+            family |= {fill["order"], pair["order"]}
+            if arriving and not (place < len(fills) and self._goes_on(fills[place:place + 2], family)):
                 break
         if arriving:
             for purse in touched:
                 purse.look()
                 self._looked(purse)
         return place if place > begin or not arriving else begin + 1
+
+    def _goes_on(self, fills, family):
+        """Whether what comes next is of the order that has arrived, or of a child that its fills made."""
+        taker = fills[-1] if fills[0]["cause"] == "ownOrder" and fills[0]["maker"] else fills[0]
+        events = self.record.orders[taker["order"]].events
+        return taker["order"] in family or bool(events) and events[0]["parent"] in family and taker["at"] == events[0]["at"]
 
     def _account(self, fill):
         key = fill["job"], fill["product"]
@@ -591,6 +605,7 @@ class Walk:
                 raise Unreadable(f"{self.record.path}:{fill['line']}: there is no line product of {fill['product']}")
             account = self.accounts[key] = Account(terms, self.markets.get(fill["product"]))
             purse = self.purses[fill["job"], terms["currency"]]
+            purse.currency = terms["currency"]
             purse.accounts.append(account)
             self.by_product[fill["product"]].append((account, purse))
             self.accounts[key] = account, purse
