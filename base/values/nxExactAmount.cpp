@@ -128,9 +128,21 @@ nxExactAmount nxExactAmount::GetShare(long long part, long long whole, unsigned 
 {
     nxExactAmount share = *this;
     share._Widen(places);
+    // The places beyond are divided away with the whole, since rounding twice may come out one too large;
+    // those for which 128 bits have no room are rounded first.
+    Wide divisor = whole, wider = 0, product = 0;
+    unsigned char last = std::min(share._places, places);
+    while (last < share._places && !__builtin_mul_overflow(divisor, Wide(10), &wider) &&
+           !__builtin_mul_overflow(wider, Wide(part), &product))
+    {
+        divisor = wider;
+        ++last;
+    }
+    share._Round(last);
     // Whole times first: the product with part may pass 128 bits.
-    const Wide times = share._mantissa / whole;
-    share._mantissa = times * part + _Divide(share._mantissa % whole * part, whole);
+    const Wide times = share._mantissa / divisor;
+    share._mantissa = times * part + _Divide(share._mantissa % divisor * part, divisor);
+    share._places = std::min(share._places, places);
     return share;
 }
 

@@ -24,8 +24,8 @@ public:
     friend nxExactAmount operator*(nxExactAmount a, const nxDecimal& factor) { return a *= factor; }
     friend bool operator==(const nxExactAmount& a, const nxExactAmount& b) { return (a - b).IsZero(); }
 
-    // The share part / whole, rounded half away from zero to at least `places` where there is room for them.
-    // whole is not 0, and part not above it in size.
+    // The share part / whole, rounded half away from zero to `places`, or fewer where there is no room for
+    // them. whole is not 0, and part not above it in size.
     nxExactAmount GetShare(long long part, long long whole, unsigned char places) const;
     // Rounded half away from zero to as many places as there are, at most `places`, and fewer where the
     // amount is too large for that. Beyond a decimal's range it is the last number of that.

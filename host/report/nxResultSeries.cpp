@@ -66,9 +66,9 @@ void WriteTrips(nxJsonWriter& json, const nxResult& result, const std::vector<nx
         json.Text(result.products[trip.product].name);
         json.Text(nxGetText(trip.side));
         json.Count(trip.volume);
-        for (const double number :
-             {GetMilliseconds(trip.entryTime), GetMilliseconds(trip.exitTime), trip.entryPrice,
-              trip.exitPrice, trip.profit.GetAsDouble(), trip.fees.GetAsDouble(), trip.mae, trip.mfe})
+        for (const double number : {GetMilliseconds(trip.entryTime), GetMilliseconds(trip.exitTime),
+                                    trip.entryPrice, trip.exitPrice, trip.profit.GetAsDouble(),
+                                    trip.fees.GetAsDouble(), trip.mae.GetAsDouble(), trip.mfe.GetAsDouble()})
             json.Number(number);
         json.Count(trip.entryOrder);
         json.Count(trip.exitOrder);

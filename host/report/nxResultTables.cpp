@@ -51,8 +51,9 @@ void nxResultTables::WriteTrips(std::ostream& out, const nxResult& result)
                                               std::to_string(trip->volume),
                                               nxResultText::GetTime(trip->entryTime),
                                               nxResultText::GetTime(trip->exitTime)};
-            for (const double number : {trip->entryPrice, trip->exitPrice, trip->profit.GetAsDouble(),
-                                        trip->fees.GetAsDouble(), trip->mae, trip->mfe})
+            for (const double number :
+                 {trip->entryPrice, trip->exitPrice, trip->profit.GetAsDouble(), trip->fees.GetAsDouble(),
+                  trip->mae.GetAsDouble(), trip->mfe.GetAsDouble()})
                 cells.push_back(nxJsonWriter::GetNumber(number));
             cells.push_back(std::to_string(trip->entryOrder));
             cells.push_back(std::to_string(trip->exitOrder));

@@ -8,7 +8,7 @@
 // A fall of the profit below its highest, and how long it took to come back.
 struct nxDrawdown
 {
-    long long from = 0;           // when the highest was reached
+    long long from = 0;           // when the highest was reached, at first
     long long trough = 0;         // when it was deepest
     std::optional<long long> to;  // when the highest was reached again; none: not until the end
     nxExactAmount peak;           // that highest
@@ -30,10 +30,10 @@ public:
     {
         _depth = _peak - profit;
         if (!_depth.IsNegative() && !_depth.IsZero()) return _Fall(time, _depth);
-        _depth = {};
+        if (_current || !_peakTime || _depth.IsNegative()) _peakTime = time;
         if (_current) _Recover(time);
+        _depth = {};
         _peak = profit;
-        _peakTime = time;
     }
     // How far it is below its highest now.
     const nxExactAmount& GetDepth() const { return _depth; }

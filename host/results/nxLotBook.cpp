@@ -27,9 +27,9 @@ nxExactAmount GetSigned(nxSide side, const nxExactAmount& amount)
     return side == nxSide::Buy ? amount : nxExactAmount() - amount;
 }
 
-double GetPositive(const nxExactAmount& amount)
+nxExactAmount GetPositive(const nxExactAmount& amount)
 {
-    return amount.IsNegative() ? 0.0 : amount.GetAsDouble();
+    return amount.IsNegative() ? nxExactAmount() : amount;
 }
 
 }  // namespace

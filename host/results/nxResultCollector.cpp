@@ -59,7 +59,8 @@ nxDecimal nxResultCollector::GetDecisionPrice(unsigned int order) const
 void nxResultCollector::_NoteVolume(const nxExchangeOrder& order, unsigned int volume)
 {
     Order& known = _GetOrder(order.id);
-    _Get(order.kind.owner, order.kind.product).account->data.orderedVolume += volume - known.volume;
+    _Get(order.kind.owner, order.kind.product).account->data.orderedVolume +=
+        static_cast<unsigned long long>(volume) - known.volume;
     known.volume = volume;
 }
 
@@ -228,8 +229,11 @@ void nxResultCollector::Finish(long long last)
         for (const auto& account : *accounts)
             if (account->openPositions != 0)
                 account->data.openTime += std::max(last, account->openSince) - account->openSince;
-    for (const auto& account : _accounts)
+    for (const auto& account : _accounts) {
+        // One that an order could still have added to was complete later than others that ended after it.
+        std::ranges::stable_sort(account->data.trips, {}, &nxRoundTrip::exitTime);
         _ChooseBenchmark(*account);
+    }
 }
 
 void nxResultCollector::_ChooseBenchmark(Account& account) const

@@ -54,7 +54,7 @@ struct nxResultData
     unsigned long long slippageVolume = 0;  // of fills of which it is known
     std::array<nxMarkout, nxMarkout::Count> markouts;
     long long openTime = 0;            // nanoseconds with a position
-    std::vector<nxRoundTrip> trips;    // in the order in which they were complete
+    std::vector<nxRoundTrip> trips;    // by their exits, those of one time as they were complete
     std::vector<nxResultDay> days;     // all of the run's
     nxBuckets<nxEquityBucket> equity;  // profits, in the order of their times
     nxDrawdowns drawdowns;

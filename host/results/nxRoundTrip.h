@@ -17,8 +17,8 @@ struct nxRoundTrip
     nxExactAmount fees;    // its share of those of both orders
     // In money, without fees, 0 or more: the farthest that the market went against each of its lots, and for
     // it, from entry to exit.
-    double mae = 0.0;
-    double mfe = 0.0;
+    nxExactAmount mae;
+    nxExactAmount mfe;
     unsigned int entryOrder = 0;
     unsigned int exitOrder = 0;
 };

@@ -10,9 +10,8 @@ struct nxTripStatistics
     unsigned long long count = 0, wins = 0, losses = 0;  // wins: above 0; losses: below
     nxExactAmount profit, grossProfit, grossLoss;        // the last 0 or less
     nxExactAmount longProfit, shortProfit;
-    nxExactAmount fees;
+    nxExactAmount fees, mae, mfe;
     nxExactAmount largestWin, largestLoss;
-    double mae = 0.0, mfe = 0.0;                                // sums
     double holding = 0.0, winHolding = 0.0, lossHolding = 0.0;  // sums of seconds
     double longestHolding = 0.0;
     unsigned long long winStreak = 0, lossStreak = 0;  // the longest, in the order of the trips

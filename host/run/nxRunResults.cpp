@@ -241,8 +241,8 @@ void nxRunResults::_RecordTrip(unsigned int job, const nxRoundTrip& trip)
                       {"exitPrice", trip.exitPrice},
                       {"profit", trip.profit.GetAsDouble()},
                       {"fees", trip.fees.GetAsDouble()},
-                      {"mae", trip.mae},
-                      {"mfe", trip.mfe},
+                      {"mae", trip.mae.GetAsDouble()},
+                      {"mfe", trip.mfe.GetAsDouble()},
                       {"entryOrder", trip.entryOrder},
                       {"exitOrder", trip.exitOrder}});
 }
