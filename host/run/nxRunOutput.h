@@ -42,7 +42,7 @@ public:
 
     // A line for the person who watches the run, of the run itself.
     void Log(const std::string& text);
-    // A line of what is wrong.
+    // A line on standard error: what is wrong, or where a file is.
     void Complain(const std::string& text);
     void WriteFailure(const nxJobStatistics::Failure& failure, const std::string& job);
     void ShowProgress(const nxRecordedEvents& source);

@@ -4,14 +4,16 @@
 
 #include <cmath>
 #include <sstream>
+#include <string_view>
 
 #include "host/feed/nxFeedTime.h"
+#include "host/feed/nxSha256.h"
 #include "host/market/nxMidPrice.h"
 #include "host/report/nxResultDocument.h"
+#include "host/report/nxResultPage.h"
 #include "host/report/nxResultSections.h"
 #include "host/report/nxResultTables.h"
 #include "host/run/nxRunSettings.h"
-#include "host/feed/nxSha256.h"
 
 namespace {
 
@@ -57,7 +59,10 @@ std::optional<std::string> nxRunResults::Open()
     {
         const std::string& path;
         nxOutputFile& file;
-    } files[] = {{options.jsonFile, _json}, {options.tradesFile, _trades}, {options.equityFile, _equity}};
+    } files[] = {{options.jsonFile, _json},
+                 {options.reportFile, _page},
+                 {options.tradesFile, _trades},
+                 {options.equityFile, _equity}};
     for (const auto& [path, file] : files)
         if (!path.empty())
             if (const auto error = file.Open(path)) return error;
@@ -201,6 +206,30 @@ void nxRunResults::Finish(const nxRunStatistics& statistics)
     for (std::size_t i = 0; i < _markets.size(); ++i)
         if (_markets[i] < _prices.size()) _result.products[i].prices = std::move(_prices[_markets[i]]);
     if (_isDetailed) _entries.MoveTo(_result);
+    _TakeTiming(statistics);
+}
+
+void nxRunResults::_TakeTiming(const nxRunStatistics& statistics)
+{
+    std::ostringstream text;
+    nxJsonWriter json(text);
+    json.BeginObject();
+    json.Key("callbacks").BeginArray();
+    for (const nxJobStatistics& job : statistics.jobs) {
+        for (std::size_t i = 0; i < nxCallbackNames.size(); ++i) {
+            const nxJobStatistics::Callback& callback = job.callbacks[i];
+            if (callback.count == 0) continue;
+            json.BeginObject();
+            json.Key("job").Text(job.name);
+            json.Key("name").Text(nxCallbackNames[i]);
+            json.Key("count").Count(callback.count);
+            json.Key("meanNanoseconds").Number(callback.GetMeanNanoseconds());
+            json.EndObject();
+        }
+    }
+    json.EndArray();
+    json.EndObject();
+    _timing = text.str();
 }
 
 void nxRunResults::RecordEnd()
@@ -278,23 +307,38 @@ void nxRunResults::_RecordEquity(const nxResultData& data, long long time, const
                       {"exposure", equity.exposure}});
 }
 
+std::optional<std::string> nxRunResults::_Write(nxOutputFile& file, std::string_view text)
+{
+    file.Write(text);
+    return file.Close();
+}
+
 std::optional<std::string> nxRunResults::Write(std::optional<std::vector<nxResultVariant>> envelope)
 {
     _result.envelope = std::move(envelope);
-    const struct
-    {
-        nxOutputFile& file;
-        void (*write)(std::ostream&, const nxResult&);
-    } files[] = {{_json, nxResultDocument::Write},
-                 {_trades, nxResultTables::WriteTrips},
-                 {_equity, nxResultTables::WriteEquity}};
-    std::optional<std::string> failure;
-    for (const auto& [file, write] : files) {
-        if (!file.IsOpen()) continue;
+    std::vector<std::optional<std::string>> failures;
+    const auto make = [this](auto write) {
         std::ostringstream text;
         write(text, _result);
-        file.Write(text.view());
-        if (auto error = file.Close(); error && !failure) failure = std::move(error);
+        return std::move(text).str();
+    };
+    if (_json.IsOpen() || _page.IsOpen()) {
+        const std::string document = make(nxResultDocument::Write);
+        if (_json.IsOpen()) failures.push_back(_Write(_json, document));
+        if (_page.IsOpen()) failures.push_back(_WritePage(document));
     }
+    if (_trades.IsOpen()) failures.push_back(_Write(_trades, make(nxResultTables::WriteTrips)));
+    if (_equity.IsOpen()) failures.push_back(_Write(_equity, make(nxResultTables::WriteEquity)));
+    std::erase(failures, std::nullopt);
+    return failures.empty() ? std::nullopt : failures.front();
+}
+
+std::optional<std::string> nxRunResults::_WritePage(const std::string& document)
+{
+    std::ostringstream page;
+    nxResultPage::Write(page, {{"", document, _timing}});
+    const auto failure = _Write(_page, page.view());
+    const std::string& file = _state.options.reportFile;
+    if (!failure && file != "-") _output.Complain("page        " + file);
     return failure;
 }

@@ -53,6 +53,9 @@ private:
                     const nxResultCollector::Prices& prices);
     void _RecordEquity(const nxResultData& data, long long time, const nxEquityBucket& equity);
     void _TakeStatistics(const nxRunStatistics& statistics);
+    void _TakeTiming(const nxRunStatistics& statistics);
+    std::optional<std::string> _WritePage(const std::string& document);
+    static std::optional<std::string> _Write(nxOutputFile& file, std::string_view text);
 
     nxRunState& _state;
     nxRunOutput& _output;
@@ -65,5 +68,6 @@ private:
     std::vector<nxBuckets<nxPriceBucket>> _prices;                       // by the index of the market
     std::vector<std::size_t> _markets;                                   // of the products
     std::map<std::pair<unsigned int, std::string>, double> _lastEquity;  // of the record
-    nxOutputFile _json{"the result"}, _trades{"the round trips"}, _equity{"the equity"};
+    std::string _timing;                                                 // of the callbacks, as JSON
+    nxOutputFile _json{"the result"}, _page{"the page"}, _trades{"the round trips"}, _equity{"the equity"};
 };

@@ -326,7 +326,7 @@ def test_measures_counted_again(program):
 
 def test_results_that_cannot_be_written(program):
     arguments = ["run", "moving_average.lua", "--data", "demo_quotes.csv.gz"]
-    for option in ("--json", "--trades", "--equity"):
+    for option in ("--json", "--report", "--trades", "--equity"):
         result = execute(program, arguments + [option, "/dev/full"])
         require(result.returncode == 2 and b"/dev/full: the " in result.stderr and b" cannot be written: " in result.stderr,
                 f"{option}: {result.returncode} {result.stderr}")
