@@ -7,8 +7,10 @@
 
 // Parts of the result document, each some keys of the object that is open.
 
-// What was run: scripts, modules, data, settings, seed and capital.
-void nxWriteRunFacts(nxJsonWriter& json, const nxResultRun& run);
+// What was run: scripts, modules, data, settings, seed and capital. isOver: with what was read of the data.
+void nxWriteRunFacts(nxJsonWriter& json, const nxResultRun& run, bool isOver);
+// The rows of an envelope, as an array.
+void nxWriteVariants(nxJsonWriter& json, const std::vector<nxResultVariant>& rows);
 // Months, breakdowns, drawdowns and histograms of a result.
 void nxWriteSummaries(nxJsonWriter& json, const nxResult& result, const nxMeasureBasis& basis);
 // Its equity, round trips and orders.

@@ -37,6 +37,8 @@ public:
         RecordAt(_clock.Get(), job, type, fields);
     }
     bool IsRecording() const override { return _record.IsOpen() || _entries != nullptr; }
+    // There is a file of it.
+    bool HasRecord() const { return _record.IsOpen(); }
     // Who is told what is recorded, too; outlives it.
     void SetEntries(nxRunEntries* entries) { _entries = entries; }
 

@@ -71,6 +71,7 @@ def run(program, *arguments):
 
 def check_options(program):
     for command, text in (("run", section("docs/algoserver.md", "## Running a script")),
+                          ("report", section("docs/results.md", "## From a record")),
                           ("generate", section("docs/algoserver.md", "## Generating data")),
                           ("import", section("docs/data.md", "## Importing")),
                           ("check", read("docs/checking.md"))):
@@ -124,7 +125,7 @@ def check_schemas(program):
 
 def check_record(program):
     run(program, "run", "one.lua", "two.lua", "--data", str(ROOT / "examples/data/demo_quotes.csv.gz"),
-        "--on-error", "continue", "--record", "record.jsonl", "--equity-step", "0.01")
+        "--on-error", "continue", "--record", "record.jsonl", "--equity-step", "0.01", "--envelope")
     real = set()
     for line in pathlib.Path("record.jsonl").read_text().splitlines():
         entry = json.loads(line)
@@ -136,7 +137,7 @@ def check_record(program):
         types = re.findall(r"`(\w+)`", types)
         keys = set(re.findall(r'"(\w+)":', example))
         documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
-    for name in ("run", "end", "order", "orderEvent", "exchange", "product", "fill", "trip", "day", "equity", "result", "money"):
+    for name in ("run", "end", "account", "prices", "envelope", "order", "orderEvent", "exchange", "product", "fill", "trip", "day", "equity", "result", "money"):
         keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
         documented |= {f"{name}.{key}" for key in keys} | {name}
     documented -= {"userLog.price", "userLog.why"}  # the example's fields
