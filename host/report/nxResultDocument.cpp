@@ -133,7 +133,8 @@ void WriteObservations(nxJsonWriter& json, const nxResultData& data)
     json.EndObject();
 }
 
-void WriteResult(nxJsonWriter& json, const nxResult& result, const nxResultData& data)
+void WriteResult(nxJsonWriter& json, const nxResult& result, const nxResultData& data,
+                 const nxResultBudget& budget)
 {
     const nxMeasureBasis basis(data, result.run);
     json.BeginObject();
@@ -154,7 +155,7 @@ void WriteResult(nxJsonWriter& json, const nxResult& result, const nxResultData&
     data.benchmark ? json.Text(result.products[*data.benchmark].name) : json.Null();
     WriteTexts(json, "verdict", verdict.GetSentences());
     nxWriteSummaries(json, result, basis);
-    nxWriteSeries(json, result, data);
+    nxWriteSeries(json, result, data, budget);
     json.EndObject();
 }
 
@@ -187,6 +188,7 @@ void nxWriteVariants(nxJsonWriter& json, const std::vector<nxResultVariant>& row
 
 void nxResultDocument::Write(std::ostream& out, const nxResult& result)
 {
+    const nxResultBudget budget(result);
     nxJsonWriter json(out);
     json.BeginObject();
     json.Key("result").Count(1);
@@ -196,9 +198,9 @@ void nxResultDocument::Write(std::ostream& out, const nxResult& result)
     WriteJobs(json, result.jobs);
     json.Key("results").BeginArray();
     for (const nxResultData& data : result.results)
-        WriteResult(json, result, data);
+        WriteResult(json, result, data, budget);
     json.EndArray();
-    nxWriteMarkets(json, result);
+    nxWriteMarkets(json, result, budget);
     WriteEnvelope(json, result);
     json.EndObject();
     out << "\n";

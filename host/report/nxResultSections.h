@@ -3,6 +3,7 @@
 #include <string>
 
 #include "host/report/nxJsonWriter.h"
+#include "host/report/nxResultBudget.h"
 #include "host/results/nxMeasures.h"
 
 // Parts of the result document, each some keys of the object that is open.
@@ -14,9 +15,10 @@ void nxWriteVariants(nxJsonWriter& json, const std::vector<nxResultVariant>& row
 // Months, breakdowns, drawdowns and histograms of a result.
 void nxWriteSummaries(nxJsonWriter& json, const nxResult& result, const nxMeasureBasis& basis);
 // Its equity, round trips and orders.
-void nxWriteSeries(nxJsonWriter& json, const nxResult& result, const nxResultData& data);
+void nxWriteSeries(nxJsonWriter& json, const nxResult& result, const nxResultData& data,
+                   const nxResultBudget& budget);
 // Products, lines, log and failures of the run.
-void nxWriteMarkets(nxJsonWriter& json, const nxResult& result);
+void nxWriteMarkets(nxJsonWriter& json, const nxResult& result, const nxResultBudget& budget);
 
 // Empty for products without one.
 inline std::string nxGetCurrency(const nxResultData& data)
