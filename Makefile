@@ -5,12 +5,14 @@ PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 MINUTES ?= 10
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
+DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms \
+    --report build/demo.html
 SOURCES = git ls-files '*.h' '*.cpp'
 
 .PHONY: help demo test soak build asan tsan luajit bench format check-format install packages clean
 
 help:
-	@echo "make demo     install what is missing, build, run an algorithm over a recorded day"
+	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
 	@echo "make test     install what is missing, build, run all tests"
 	@echo "make soak     the exchange against a naive one, for MINUTES ($(MINUTES))"
 	@echo "make asan     the tests under AddressSanitizer and UBSan"
@@ -36,8 +38,8 @@ build: packages
 
 demo: build
 	@echo
-	@echo '$$ algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms'
-	@build/release/apps/algoserver/algoserver run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms
+	@echo '$$ algoserver $(DEMO)'
+	@build/release/apps/algoserver/algoserver $(DEMO)
 
 test: packages
 	cmake --preset dev

@@ -5,6 +5,7 @@
 #include "apps/algoserver/generate.h"
 #include "apps/algoserver/import.h"
 #include "apps/algoserver/layouts.h"
+#include "apps/algoserver/report.h"
 #include "apps/algoserver/run.h"
 
 int main(int argc, char** argv)
@@ -17,6 +18,7 @@ int main(int argc, char** argv)
     app.set_version_flag("--version", NX_VERSION);
     int status = 0;
     AddRunCommand(app, status);
+    AddReportCommand(app, status);
     AddImportCommand(app, status);
     AddLayoutsCommand(app, status);
     AddGenerateCommand(app, status);
@@ -37,7 +39,7 @@ int main(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr << "algoserver: no command; there are run, import, layouts, generate and check. Try "
+    std::cerr << "algoserver: no command; there are run, report, import, layouts, generate and check. Try "
                  "'algoserver --help'.\n";
     return 2;
 }

@@ -281,6 +281,9 @@ void AddResults(CLI::App& run, nxRunOptions& options)
         "--json", options.jsonFile,
         "JSON file to write the result to: measures, equity, round trips, orders, log; - is standard "
         "output, and then all else goes to standard error");
+    run.add_option("--report", options.reportFile,
+                   "HTML file to write the result to as a page, which a browser opens without a network")
+        ->type_name("FILE.html");
     run.add_option("--trades", options.tradesFile, "CSV file to write the round trips to")
         ->type_name("FILE.csv");
     run.add_option("--equity", options.equityFile, "CSV file to write the equity over time to")

@@ -146,6 +146,49 @@ nxExactAmount nxExactAmount::GetShare(long long part, long long whole, unsigned 
     return share;
 }
 
+std::string nxExactAmount::GetAsText() const
+{
+    std::string digits;  // from the last on
+    unsigned char places = _places;
+    for (Wide rest = _mantissa < 0 ? -_mantissa : _mantissa; rest != 0 || digits.size() <= places; rest /= 10)
+    {
+        const auto digit = static_cast<char>('0' + static_cast<int>(rest % 10));
+        if (digits.empty() && digit == '0' && places != 0) {
+            --places;
+            continue;
+        }
+        if (digits.size() == places && places != 0) digits += '.';
+        digits += digit;
+    }
+    if (_mantissa < 0) digits += '-';
+    return {digits.rbegin(), digits.rend()};
+}
+
+nxExactAmount nxExactAmount::FromText(std::string_view text)
+{
+    nxExactAmount amount;
+    const bool isNegative = text.starts_with('-');
+    bool isFraction = false;
+    for (const char character : text.substr(isNegative ? 1 : 0)) {
+        if (character == '.' && !isFraction) {
+            isFraction = true;
+            continue;
+        }
+        if (character < '0' || character > '9') break;
+        Wide next = 0;
+        if (__builtin_mul_overflow(amount._mantissa, Wide(10), &next) ||
+            __builtin_add_overflow(next, Wide(character - '0'), &next))
+        {
+            if (!isFraction) amount._Saturate(false);
+            break;
+        }
+        amount._mantissa = next;
+        if (isFraction) ++amount._places;
+    }
+    if (isNegative) amount._mantissa = -amount._mantissa;
+    return amount;
+}
+
 nxDecimal nxExactAmount::GetAsDecimal(unsigned char places) const
 {
     constexpr Wide most = std::numeric_limits<long long>::max();

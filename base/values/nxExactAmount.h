@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+
 #include "base/values/nxDecimal.h"
 #include "base/values/nxInt128.h"
 
@@ -38,6 +41,10 @@ public:
             return nxDecimal::FromMantissa(static_cast<long long>(_mantissa), _places).GetAsDouble();
         return GetAsDecimal().GetAsDouble();
     }
+    // All its digits, "-1234.5": no exponent, and no zeros at the end of a fraction.
+    std::string GetAsText() const;
+    // What GetAsText gives. Ends at the first character that is none of it.
+    static nxExactAmount FromText(std::string_view text);
     bool IsNegative() const { return _mantissa < 0; }
     bool IsZero() const { return _mantissa == 0; }
 

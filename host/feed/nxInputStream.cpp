@@ -87,6 +87,7 @@ long long nxInputStream::Read(char* to, std::size_t size)
         }
         if (out == to && _inputOver && _inputBegin == _inputEnd) {
             if (_decoder->IsComplete()) return 0;
+            _isCut = true;
             _failure =
                 std::string("truncated ") + _decoder->GetName() + " data: the file stops before its end";
             return -1;

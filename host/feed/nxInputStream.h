@@ -40,6 +40,8 @@ public:
         return _decoder ? _decoder->GetEntryName() : std::string();
     }
     [[nodiscard]] const std::string& GetFailure() const { return _failure; }
+    // The failure is that compressed data stop before their end.
+    [[nodiscard]] bool IsCut() const { return _isCut; }
 
     // Bytes of the file as it lies on the disk, for a percentage. The total is 0 when it is unknown (a pipe).
     [[nodiscard]] unsigned long long GetBytesConsumed() const
@@ -64,4 +66,5 @@ private:
     unsigned long long _bytesRead = 0;
     unsigned long long _bytesTotal = 0;
     std::string _failure;
+    bool _isCut = false;
 };

@@ -3,6 +3,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 // Writes JSON as it goes, without blanks. Numbers one way: the shortest text that reads back as the same
@@ -30,6 +31,20 @@ public:
         for (const auto& [name, text] : pairs)
             _Write(GetText(name) + ":" + GetText(text));
         EndObject();
+    }
+    // An array of what get(row) gives: numbers, or whole ones as they are.
+    template <class Rows, class Get>
+    void Column(std::string_view name, const Rows& rows, Get get)
+    {
+        Key(name).BeginArray();
+        for (const auto& row : rows) {
+            auto value = get(row);
+            if constexpr (std::is_integral_v<decltype(value)>)
+                _Write(std::to_string(value));
+            else
+                _Write(GetNumber(value));
+        }
+        EndArray();
     }
     void Null() { _Write("null"); }
     void Bool(bool value) { _Write(value ? "true" : "false"); }

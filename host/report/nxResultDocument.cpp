@@ -24,14 +24,19 @@ void WriteTime(nxJsonWriter& json, const char* key, const std::optional<long lon
     time ? json.Text(GetTime(*time)) : json.Null();
 }
 
-void WriteFiles(nxJsonWriter& json, const char* key, const std::vector<nxResultRun::File>& files)
+// hasRows: how many were taken of each, null where that is not known.
+void WriteFiles(nxJsonWriter& json, const char* key, const std::vector<nxResultRun::File>& files,
+                bool hasRows = false)
 {
     json.Key(key).BeginArray();
     for (const nxResultRun::File& file : files) {
         json.BeginObject();
         if (!file.job.empty()) json.Key("job").Text(file.job);
         json.Key("file").Text(file.path);
-        if (file.rows) json.Key("rows").Count(*file.rows);
+        if (hasRows) {
+            json.Key("rows");
+            file.rows ? json.Count(*file.rows) : json.Null();
+        }
         json.Key("sha256");
         file.sha256 ? json.Text(*file.sha256) : json.Null();
         json.EndObject();
@@ -42,7 +47,7 @@ void WriteFiles(nxJsonWriter& json, const char* key, const std::vector<nxResultR
 void WriteRun(nxJsonWriter& json, const nxResultRun& run)
 {
     json.Key("run").BeginObject();
-    nxWriteRunFacts(json, run);
+    nxWriteRunFacts(json, run, true);
     WriteTime(json, "first", run.first);
     WriteTime(json, "last", run.last);
     json.Key("end").Text(run.end);
@@ -128,7 +133,8 @@ void WriteObservations(nxJsonWriter& json, const nxResultData& data)
     json.EndObject();
 }
 
-void WriteResult(nxJsonWriter& json, const nxResult& result, const nxResultData& data)
+void WriteResult(nxJsonWriter& json, const nxResult& result, const nxResultData& data,
+                 const nxResultBudget& budget)
 {
     const nxMeasureBasis basis(data, result.run);
     json.BeginObject();
@@ -149,16 +155,22 @@ void WriteResult(nxJsonWriter& json, const nxResult& result, const nxResultData&
     data.benchmark ? json.Text(result.products[*data.benchmark].name) : json.Null();
     WriteTexts(json, "verdict", verdict.GetSentences());
     nxWriteSummaries(json, result, basis);
-    nxWriteSeries(json, result, data);
+    nxWriteSeries(json, result, data, budget);
     json.EndObject();
 }
 
 void WriteEnvelope(nxJsonWriter& json, const nxResult& result)
 {
     json.Key("envelope");
-    if (!result.envelope) return json.Null();
+    result.envelope ? nxWriteVariants(json, *result.envelope) : json.Null();
+}
+
+}  // namespace
+
+void nxWriteVariants(nxJsonWriter& json, const std::vector<nxResultVariant>& rows)
+{
     json.BeginArray();
-    for (const nxResultVariant& row : *result.envelope) {
+    for (const nxResultVariant& row : rows) {
         json.BeginObject();
         json.Key("model").Text(row.model);
         json.Key("job").Text(row.job);
@@ -174,10 +186,9 @@ void WriteEnvelope(nxJsonWriter& json, const nxResult& result)
     json.EndArray();
 }
 
-}  // namespace
-
 void nxResultDocument::Write(std::ostream& out, const nxResult& result)
 {
+    const nxResultBudget budget(result);
     nxJsonWriter json(out);
     json.BeginObject();
     json.Key("result").Count(1);
@@ -187,19 +198,19 @@ void nxResultDocument::Write(std::ostream& out, const nxResult& result)
     WriteJobs(json, result.jobs);
     json.Key("results").BeginArray();
     for (const nxResultData& data : result.results)
-        WriteResult(json, result, data);
+        WriteResult(json, result, data, budget);
     json.EndArray();
-    nxWriteMarkets(json, result);
+    nxWriteMarkets(json, result, budget);
     WriteEnvelope(json, result);
     json.EndObject();
     out << "\n";
 }
 
-void nxWriteRunFacts(nxJsonWriter& json, const nxResultRun& run)
+void nxWriteRunFacts(nxJsonWriter& json, const nxResultRun& run, bool isOver)
 {
     WriteFiles(json, "scripts", run.scripts);
     WriteFiles(json, "modules", run.modules);
-    WriteFiles(json, "data", run.data);
+    WriteFiles(json, "data", run.data, isOver);
     json.Key("settings").Texts(run.settings);
     json.Key("seed").Count(run.seed);
     json.Key("capital");

@@ -1,16 +1,16 @@
 // The long lists of a result, all of bounded length.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
+#include "host/report/nxResultBudget.h"
 #include "host/report/nxResultSections.h"
 #include "host/report/nxResultText.h"
 
 using namespace nxResultText;
 
 namespace {
-
-constexpr std::size_t MostRows = 10'000;
 
 void WriteNames(nxJsonWriter& json, std::initializer_list<const char*> names)
 {
@@ -20,55 +20,62 @@ void WriteNames(nxJsonWriter& json, std::initializer_list<const char*> names)
     json.EndArray();
 }
 
-template <class Bucket, class Get>
-void WriteColumn(nxJsonWriter& json, const char* name, const std::vector<Bucket>& buckets, Get get)
+// At most so many, each of equally many neighbours.
+template <class Bucket>
+std::vector<Bucket> Thin(const std::vector<Bucket>& buckets, std::size_t most)
 {
-    json.Key(name).BeginArray();
-    for (const Bucket& bucket : buckets)
-        json.Number(get(bucket));
-    json.EndArray();
+    if (buckets.size() <= most) return buckets;
+    const std::size_t size = most == 0 ? buckets.size() : (buckets.size() + most - 1) / most;
+    std::vector<Bucket> thinned;
+    for (std::size_t i = 0; i < buckets.size(); ++i)
+        i % size == 0 ? thinned.push_back(buckets[i]) : thinned.back().Merge(buckets[i]);
+    return thinned;
 }
 
 template <class Bucket>
 void WriteBuckets(nxJsonWriter& json, const std::vector<Bucket>& buckets, double offset)
 {
-    WriteColumn(json, "ms", buckets, [](const Bucket& b) { return GetMilliseconds(b.time); });
-    WriteColumn(json, "low", buckets, [offset](const Bucket& b) { return offset + b.low; });
-    WriteColumn(json, "high", buckets, [offset](const Bucket& b) { return offset + b.high; });
-    WriteColumn(json, "close", buckets, [offset](const Bucket& b) { return offset + b.close; });
+    json.Column("ms", buckets, [](const Bucket& b) { return GetMilliseconds(b.time); });
+    json.Column("low", buckets, [offset](const Bucket& b) { return offset + b.low; });
+    json.Column("high", buckets, [offset](const Bucket& b) { return offset + b.high; });
+    json.Column("close", buckets, [offset](const Bucket& b) { return offset + b.close; });
 }
 
 // All of them, or the largest by the size of their profits, in the order of their exits.
-std::vector<std::size_t> ChooseTrips(const std::vector<nxRoundTrip>& trips)
+std::vector<std::size_t> ChooseTrips(const std::vector<nxRoundTrip>& trips, std::size_t most)
 {
     std::vector<std::size_t> chosen(trips.size());
     std::iota(chosen.begin(), chosen.end(), std::size_t{0});
-    if (chosen.size() > MostRows) {
+    if (chosen.size() > most) {
         std::ranges::stable_sort(chosen, std::ranges::greater(),
                                  [&](std::size_t i) { return std::abs(trips[i].profit.GetAsDouble()); });
-        chosen.resize(MostRows);
+        chosen.resize(most);
         std::ranges::sort(chosen);
     }
     std::ranges::stable_sort(chosen, {}, [&](std::size_t i) { return trips[i].exitTime; });
     return chosen;
 }
 
-void WriteTrips(nxJsonWriter& json, const nxResult& result, const std::vector<nxRoundTrip>& trips)
+void WriteTrips(nxJsonWriter& json, const nxResult& result, const std::vector<nxRoundTrip>& trips,
+                std::size_t most)
 {
     json.Key("roundTrips").BeginObject();
     json.Key("all").Count(trips.size());
     WriteNames(json, {"product", "side", "volume", "entryMs", "exitMs", "entryPrice", "exitPrice", "profit",
                       "fees", "mae", "mfe", "entryOrder", "exitOrder"});
     json.Key("rows").BeginArray();
-    for (const std::size_t i : ChooseTrips(trips)) {
+    for (const std::size_t i : ChooseTrips(trips, most)) {
         const nxRoundTrip& trip = trips[i];
         json.BeginArray();
         json.Text(result.products[trip.product].name);
         json.Text(nxGetText(trip.side));
         json.Count(trip.volume);
-        for (const double number : {GetMilliseconds(trip.entryTime), GetMilliseconds(trip.exitTime),
-                                    trip.entryPrice, trip.exitPrice, trip.profit.GetAsDouble(),
-                                    trip.fees.GetAsDouble(), trip.mae.GetAsDouble(), trip.mfe.GetAsDouble()})
+        constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+        const double mae = trip.hasExcursions ? trip.mae.GetAsDouble() : unknown;
+        const double mfe = trip.hasExcursions ? trip.mfe.GetAsDouble() : unknown;
+        for (const double number :
+             {GetMilliseconds(trip.entryTime), GetMilliseconds(trip.exitTime), trip.entryPrice,
+              trip.exitPrice, trip.profit.GetAsDouble(), trip.fees.GetAsDouble(), mae, mfe})
             json.Number(number);
         json.Count(trip.entryOrder);
         json.Count(trip.exitOrder);
@@ -78,7 +85,8 @@ void WriteTrips(nxJsonWriter& json, const nxResult& result, const std::vector<nx
     json.EndObject();
 }
 
-void WriteOrder(nxJsonWriter& json, const nxResultOrder& order)
+// Of its events the first and the last.
+void WriteOrder(nxJsonWriter& json, const nxResultOrder& order, std::size_t mostEvents)
 {
     json.BeginArray();
     json.Count(order.order);
@@ -95,7 +103,9 @@ void WriteOrder(nxJsonWriter& json, const nxResultOrder& order)
     order.end ? json.Number(GetMilliseconds(*order.end)) : json.Null();
     order.hasSlippage ? json.Number(order.slippage.GetAsDouble()) : json.Null();
     json.BeginArray();
-    for (const nxResultOrder::Event& event : order.events) {
+    for (std::size_t i = 0; i < order.events.size(); ++i) {
+        if (i + 1 >= mostEvents && i + 1 != order.events.size()) continue;
+        const nxResultOrder::Event& event = order.events[i];
         json.BeginArray();
         json.Number(GetMilliseconds(event.time));
         json.Text(event.name);
@@ -106,24 +116,24 @@ void WriteOrder(nxJsonWriter& json, const nxResultOrder& order)
     json.EndArray();
 }
 
-void WriteOrders(nxJsonWriter& json, const nxResult& result, const nxResultData& data)
+// The first and the last halves of what there is room for.
+void WriteOrders(nxJsonWriter& json, const nxResult& result, const nxResultData& data,
+                 const nxResultBudget& budget)
 {
-    const std::string currency = nxGetCurrency(data);
+    const std::vector<const nxResultOrder*> orders = nxGetOrders(result, data);
+    const std::size_t most = std::min(budget.orders, orders.size());
     json.Key("orders").BeginObject();
     json.Key("all").Count(data.orders);
     WriteNames(json, {"order", "product", "side", "type", "volume", "price", "executed", "averagePrice",
                       "fees", "status", "sentMs", "endMs", "slippage", "events"});
     json.Key("rows").BeginArray();
-    for (const nxResultOrder& order : result.orders) {
-        if (data.job && order.job != result.jobs[*data.job].name) continue;
-        const auto product = std::ranges::find(result.products, order.product, &nxResultProduct::name);
-        if (product != result.products.end() && product->currency == currency) WriteOrder(json, order);
-    }
+    for (std::size_t i = 0; i < most; ++i)
+        WriteOrder(json, *orders[i < most - most / 2 ? i : orders.size() - most + i], budget.events);
     json.EndArray();
     json.EndObject();
 }
 
-void WriteProduct(nxJsonWriter& json, const nxResultProduct& product)
+void WriteProduct(nxJsonWriter& json, const nxResultProduct& product, const nxResultBudget& budget)
 {
     json.BeginObject();
     json.Key("name").Text(product.name);
@@ -131,13 +141,14 @@ void WriteProduct(nxJsonWriter& json, const nxResultProduct& product)
     json.Key("pointValue").Number(product.pointValue);
     json.Key("tickSize").Number(product.tickSize);
     json.Key("prices").BeginObject();
-    WriteBuckets(json, product.prices.Get(), 0.0);
+    WriteBuckets(json, Thin(product.prices.Get(), budget.points), 0.0);
     json.EndObject();
     json.Key("fills").BeginObject();
     json.Key("all").Count(product.fillCount);
     WriteNames(json, {"ms", "job", "side", "price", "volume", "maker", "order"});
     json.Key("rows").BeginArray();
-    for (const nxResultProduct::Fill& fill : product.fills) {
+    for (std::size_t i = 0; i < std::min(budget.fills, product.fills.size()); ++i) {
+        const nxResultProduct::Fill& fill = product.fills[i];
         json.BeginArray();
         json.Number(GetMilliseconds(fill.time));
         json.Text(fill.job);
@@ -154,10 +165,10 @@ void WriteProduct(nxJsonWriter& json, const nxResultProduct& product)
 }
 
 // A bucket of several values is its least and its most, that nearer to the close as the second.
-void WriteLine(nxJsonWriter& json, const nxResultLine& line)
+void WriteLine(nxJsonWriter& json, const nxResultLine& line, const nxResultBudget& budget)
 {
     std::vector<std::pair<long long, double>> points;
-    for (const nxPriceBucket& bucket : line.values.Get()) {
+    for (const nxPriceBucket& bucket : Thin(line.values.Get(), budget.points / 2)) {
         const bool isUp = bucket.high - bucket.close <= bucket.close - bucket.low;
         if (bucket.low != bucket.high) points.emplace_back(bucket.time, isUp ? bucket.low : bucket.high);
         points.emplace_back(bucket.time, isUp ? bucket.high : bucket.low);
@@ -167,8 +178,8 @@ void WriteLine(nxJsonWriter& json, const nxResultLine& line)
     json.Key("chart").Text(line.chart);
     json.Key("line").Text(line.line);
     json.Key("colour").Count(line.colour);
-    WriteColumn(json, "ms", points, [](const auto& point) { return GetMilliseconds(point.first); });
-    WriteColumn(json, "value", points, [](const auto& point) { return point.second; });
+    json.Column("ms", points, [](const auto& point) { return GetMilliseconds(point.first); });
+    json.Column("value", points, [](const auto& point) { return point.second; });
     json.EndObject();
 }
 
@@ -194,29 +205,30 @@ void WriteFailures(nxJsonWriter& json, const std::vector<nxResultFailure>& failu
 
 }  // namespace
 
-void nxWriteSeries(nxJsonWriter& json, const nxResult& result, const nxResultData& data)
+void nxWriteSeries(nxJsonWriter& json, const nxResult& result, const nxResultData& data,
+                   const nxResultBudget& budget)
 {
-    const std::vector<nxEquityBucket>& equity = data.equity.Get();
+    const std::vector<nxEquityBucket> equity = Thin(data.equity.Get(), budget.points);
     json.Key("equity").BeginObject();
     WriteBuckets(json, equity, result.run.capital.value_or(0.0));
-    WriteColumn(json, "drawdown", equity, [](const nxEquityBucket& b) { return b.drawdown; });
-    WriteColumn(json, "exposure", equity, [](const nxEquityBucket& b) { return b.exposure; });
+    json.Column("drawdown", equity, [](const nxEquityBucket& b) { return b.drawdown; });
+    json.Column("exposure", equity, [](const nxEquityBucket& b) { return b.exposure; });
     json.EndObject();
-    WriteTrips(json, result, data.trips);
-    WriteOrders(json, result, data);
+    WriteTrips(json, result, data.trips, budget.trips);
+    WriteOrders(json, result, data, budget);
 }
 
-void nxWriteMarkets(nxJsonWriter& json, const nxResult& result)
+void nxWriteMarkets(nxJsonWriter& json, const nxResult& result, const nxResultBudget& budget)
 {
     json.Key("products").BeginArray();
     for (const nxResultProduct& product : result.products)
         if (product.fillCount != 0 ||
             std::ranges::find(result.orders, product.name, &nxResultOrder::product) != result.orders.end())
-            WriteProduct(json, product);
+            WriteProduct(json, product, budget);
     json.EndArray();
     json.Key("lines").BeginArray();
     for (const nxResultLine& line : result.lines)
-        WriteLine(json, line);
+        WriteLine(json, line, budget);
     json.EndArray();
     json.Key("log").BeginObject();
     json.Key("all").Count(result.logCount);

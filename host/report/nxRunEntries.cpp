@@ -44,7 +44,7 @@ double GetNumber(Fields fields, std::string_view name)
 unsigned int GetCount(Fields fields, std::string_view name)
 {
     const double number = GetNumber(fields, name);
-    return number > 0.0 ? static_cast<unsigned int>(number) : 0;
+    return number > 0.0 && number < 0x1p32 ? static_cast<unsigned int>(number) : 0;
 }
 
 // As the number was before the record had it.

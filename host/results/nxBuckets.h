@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 // A series of any length in bounded memory. A bucket is made of the same count of samples, one at first; when
@@ -10,6 +11,10 @@ template <class Bucket, std::size_t Most = 8192>
 class nxBuckets
 {
 public:
+    nxBuckets() = default;
+    // As they were; nothing is added any more.
+    explicit nxBuckets(std::vector<Bucket> buckets) : _buckets(std::move(buckets)) {}
+
     void Add(const Bucket& sample)
     {
         if (_count == _size) {

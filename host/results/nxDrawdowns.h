@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "base/values/nxExactAmount.h"
@@ -24,6 +25,12 @@ public:
 
     // Capital of 0: none, and no share of it.
     explicit nxDrawdowns(double capital = 0.0) : _capital(capital) {}
+
+    // As they were, the deepest first; nothing is looked at any more.
+    nxDrawdowns(std::vector<nxDrawdown> deepest, double mostOfCapital)
+        : _capital(0.0), _deepest(std::move(deepest)), _mostOfCapital(mostOfCapital)
+    {
+    }
 
     // The profit is that from then on.
     void See(long long time, const nxExactAmount& profit)

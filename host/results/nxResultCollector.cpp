@@ -256,25 +256,9 @@ void nxResultCollector::_ChooseBenchmark(Account& account) const
 
 void nxResultCollector::_SumUp(Account& all) const
 {
-    nxResultData& sum = all.data;
-    for (const auto& account : _accounts) {
-        if (account->all != &all) continue;
-        const nxResultData& data = account->data;
-        for (const auto count :
-             {&nxResultData::orders, &nxResultData::messages, &nxResultData::fills,
-              &nxResultData::orderedVolume, &nxResultData::executedVolume, &nxResultData::volume,
-              &nxResultData::makerVolume, &nxResultData::slippageVolume})
-            sum.*count += data.*count;
-        for (const auto amount : {&nxResultData::fees, &nxResultData::turnover, &nxResultData::slippage})
-            sum.*amount += data.*amount;
-        for (std::size_t i = 0; i < nxMarkout::Count; ++i) {
-            sum.markouts[i].sum += data.markouts[i].sum;
-            sum.markouts[i].volume += data.markouts[i].volume;
-            sum.markouts[i].fills += data.markouts[i].fills;
-        }
-        sum.trips.insert(sum.trips.end(), data.trips.begin(), data.trips.end());
-    }
-    std::ranges::stable_sort(sum.trips, {}, &nxRoundTrip::exitTime);
+    for (const auto& account : _accounts)
+        if (account->all == &all) all.data.Add(account->data);
+    std::ranges::stable_sort(all.data.trips, {}, &nxRoundTrip::exitTime);
     _ChooseBenchmark(all);
 }
 

@@ -59,4 +59,7 @@ struct nxResultData
     nxBuckets<nxEquityBucket> equity;  // profits, in the order of their times
     nxDrawdowns drawdowns;
     std::optional<unsigned int> benchmark;  // the product of the days' prices: that of most turnover
+
+    // Counts, sums and round trips of another job; what depends on time is not added up by them.
+    void Add(const nxResultData& other);
 };

@@ -19,6 +19,7 @@ struct nxRoundTrip
     // it, from entry to exit.
     nxExactAmount mae;
     nxExactAmount mfe;
+    bool hasExcursions = true;  // false: the marks in between are not known, nor are these two
     unsigned int entryOrder = 0;
     unsigned int exitOrder = 0;
 };

@@ -17,6 +17,7 @@ void nxTripStatistics::Add(const nxRoundTrip& trip)
     profit += trip.profit;
     (trip.side == nxSide::Buy ? longProfit : shortProfit) += trip.profit;
     fees += trip.fees;
+    withExcursions += trip.hasExcursions ? 1 : 0;
     mae += trip.mae;
     mfe += trip.mfe;
     holding += seconds;

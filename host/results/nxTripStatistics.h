@@ -11,6 +11,7 @@ struct nxTripStatistics
     nxExactAmount profit, grossProfit, grossLoss;        // the last 0 or less
     nxExactAmount longProfit, shortProfit;
     nxExactAmount fees, mae, mfe;
+    unsigned long long withExcursions = 0;  // whose adverse and favourable excursions are known
     nxExactAmount largestWin, largestLoss;
     double holding = 0.0, winHolding = 0.0, lossHolding = 0.0;  // sums of seconds
     double longestHolding = 0.0;

@@ -51,7 +51,10 @@ void nxJobList::NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callb
                                     static_cast<double>(options.memoryLimit) / (1 << 20));
     const std::string& name = runner.GetJob().GetName();
     _output.Record(runner.GetJob(), "callbackFailure",
-                   {{"callback", callback ? nxGetCallbackName(*callback) : ""}, {"text", what.message}});
+                   {{"callback", callback ? nxGetCallbackName(*callback) : ""},
+                    {"text", what.message},
+                    {"file", what.location ? what.location->file : ""},
+                    {"line", what.location ? what.location->line : 0}});
     // A job that did not start leaves the others alone.
     if (!options.continueOnError && callback && callback != nxCallback::OnInit)
         _state.End(_state.IsAlone() ? "a callback failed" : "a callback of " + name + " failed");

@@ -89,12 +89,7 @@ void nxRun::_RunAll()
     _Guard([&] { _Finish(); });
     _Guard([&] { _stores.Finish(); });
     _watch.Stop();
-    _results.RecordEnd();
     _state.statistics.wallNanoseconds = _clock.GetElapsed().count();
-    if (const auto error = _output.CloseRecord()) {
-        _state.result = nxRunResult::InputFailed;
-        _output.Complain(*error);
-    }
     _WriteSummary();
     _trading.WriteStories();
     if (!_options.isInEnvelope) static_cast<void>(WriteResult(std::nullopt));

@@ -62,13 +62,17 @@ std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& opt
     if (!options.productFile.empty()) files.AddInput(options.productFile);
     for (const auto& text : {latency, answerLatency})
         if (text && nxLatencyFile::IsNamedBy(*text)) files.AddInput(*text);
-    if (!options.recordFile.empty()) files.AddOutput("--record", options.recordFile);
-    if (options.recordFile == "-" && options.jsonFile == "-")
-        return "standard output can be for --record or for --json, not for both";
+    const char* standard = nullptr;  // whose file standard output is
     for (const auto& [option, path] :
-         {std::pair("--json", options.jsonFile), std::pair("--trades", options.tradesFile),
+         {std::pair("--record", options.recordFile), std::pair("--json", options.jsonFile),
+          std::pair("--report", options.reportFile), std::pair("--trades", options.tradesFile),
           std::pair("--equity", options.equityFile)})
+    {
+        if (path == "-" && standard != nullptr)
+            return fmt::format("standard output can be for {} or for {}, not for both", standard, option);
+        if (path == "-") standard = option;
         if (!path.empty()) files.AddOutput(option, path);
+    }
     if (!options.storeDirectory.empty())
         for (const std::string& path : nxDataStores::GetFiles(options.storeDirectory))
             files.AddOutput("--store", path);

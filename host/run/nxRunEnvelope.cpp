@@ -149,7 +149,8 @@ nxRunOptions MakeSilent(const nxRunOptions& options, const Variant& variant, con
     nxRunOptions silent = options;
     silent.exchange = variant.exchange;
     silent.feedLatency = variant.feedLatency;
-    for (std::string* file : {&silent.recordFile, &silent.jsonFile, &silent.tradesFile, &silent.equityFile})
+    for (std::string* file :
+         {&silent.recordFile, &silent.jsonFile, &silent.reportFile, &silent.tradesFile, &silent.equityFile})
         file->clear();
     if (!silent.storeDirectory.empty()) silent.storeImage = stores;
     silent.explain.clear();

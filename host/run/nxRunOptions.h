@@ -40,8 +40,8 @@ struct nxRunOptions
     std::string recordFile;      // where to write what leaves the scripts; empty: nowhere
     double equityStep = 0.0;     // change of the profit that the record tells; 0: only at the ends of days
     nxMatching roundTrips = nxMatching::Fifo;
-    // Where to write the result, its round trips and its equity; empty: nowhere.
-    std::string jsonFile, tradesFile, equityFile;
+    // Where to write the result, its page, its round trips and its equity; empty: nowhere.
+    std::string jsonFile, reportFile, tradesFile, equityFile;
     bool isInEnvelope = false;   // more runs follow, with which the result is written
     std::string storeDirectory;  // where the data stores of scripts are kept; empty: there are none
     std::optional<std::string>
@@ -70,7 +70,10 @@ struct nxRunOptions
     const std::atomic<bool>* interrupted = nullptr;
 
     // More than the summary tells.
-    bool IsDetailWanted() const { return !jsonFile.empty() || !tradesFile.empty() || !equityFile.empty(); }
+    bool IsDetailWanted() const
+    {
+        return !jsonFile.empty() || !reportFile.empty() || !tradesFile.empty() || !equityFile.empty();
+    }
 };
 
 // As the exit status of a process.

@@ -37,12 +37,14 @@ public:
         RecordAt(_clock.Get(), job, type, fields);
     }
     bool IsRecording() const override { return _record.IsOpen() || _entries != nullptr; }
+    // There is a file of it.
+    bool HasRecord() const { return _record.IsOpen(); }
     // Who is told what is recorded, too; outlives it.
     void SetEntries(nxRunEntries* entries) { _entries = entries; }
 
     // A line for the person who watches the run, of the run itself.
     void Log(const std::string& text);
-    // A line of what is wrong.
+    // A line on standard error: what is wrong, or where a file is.
     void Complain(const std::string& text);
     void WriteFailure(const nxJobStatistics::Failure& failure, const std::string& job);
     void ShowProgress(const nxRecordedEvents& source);

@@ -326,12 +326,60 @@ def test_measures_counted_again(program):
 
 def test_results_that_cannot_be_written(program):
     arguments = ["run", "moving_average.lua", "--data", "demo_quotes.csv.gz"]
-    for option in ("--json", "--trades", "--equity"):
+    for option in ("--json", "--report", "--trades", "--equity"):
         result = execute(program, arguments + [option, "/dev/full"])
         require(result.returncode == 2 and b"/dev/full: the " in result.stderr and b" cannot be written: " in result.stderr,
                 f"{option}: {result.returncode} {result.stderr}")
     piped = execute(program, arguments + ["--json", "-"])
     require(json.loads(piped.stdout)["result"] == 1 and b"--- summary" in piped.stderr, "the result on standard output differs")
+
+
+def report(program, content, name="again.jsonl"):
+    """Exit status, standard error, and the result as bytes."""
+    with open(name, "wb") as file:
+        file.write(content)
+    result = execute(program, ["report", name, "--json", "-"])
+    return result.returncode, result.stderr.decode(), result.stdout
+
+
+def test_report_is_the_result_of_the_run(program):
+    """Of a whole record to the byte, packed or not; of one that was cut or is old what stands in it; else where it is wrong."""
+    for arguments in ("market_maker.lua --data demo_quotes.csv.gz --latency 5ms --feed-latency 5ms", "bollinger.lua --data demo_bars.csv.gz --envelope",
+                      "moving_average.lua --data demo_quotes.csv.gz --capital 100000"):
+        execute(program, ["run", *arguments.split(), "--record", "run.jsonl", "--json", "run.json"])
+        with open("run.jsonl", "rb") as record, open("run.json", "rb") as result:
+            record, whole = record.read(), result.read()
+        require(report(program, record) == report(program, gzip.compress(record)) == (0, "", whole), f"{arguments}: another result")
+    lines, known = record.splitlines(True), json.loads(whole)["results"][0]
+    entries = [json.loads(line) for line in lines]
+    first_end = next(place for place, entry in enumerate(entries) if entry["type"] == "account")
+    of_marks = {"maxDrawdown", "maxDrawdownPercent", "maxDrawdownSeconds", "markout1s", "markout10s", "markout1m", "markout10m"}
+    for cut in (record[:-2], b"".join(lines[:first_end]), gzip.compress(record)[:-999]):
+        status, err, out = report(program, cut)
+        result = json.loads(out)
+        require((status, result["run"]["complete"], "ends in the middle of the run" in err) == (0, False, True), err)
+        measures = result["results"][0]["measures"]
+        require({name for name in measures if measures[name] != known["measures"][name]} == of_marks, f"{measures}")
+        require(result["results"][0]["roundTrips"] == known["roundTrips"], "other round trips")
+    for place in range(1, len(record), len(record) // 40):
+        status, err, _ = report(program, record[:place])
+        require(status == (0 if place > len(lines[0]) else 2), f"cut at {place}: {status} {err}")
+    old = [entry for entry in entries if entry["type"] not in ("run", "trip", "day", "account", "prices", "end")]
+    for sequence, entry in enumerate(old, 1):
+        entry["sequence"] = sequence
+        for key in ("mid", "pointValue"):
+            entry.pop(key, None)
+    status, err, out = report(program, "".join(json.dumps(entry) + "\n" for entry in old).encode())
+    result = json.loads(out)
+    require(status == 0 and "is of version 1" in err and any("Slippage" in text for text in result["run"]["missing"]), err)
+    for name in ("netProfit", "fees", "roundTrips", "winRate", "expectancy", "makerShare"):
+        require(result["results"][0]["measures"][name] == known["measures"][name], name)
+    require(result["results"][0]["measures"]["averageMae"] is result["results"][0]["measures"]["slippage"] is None, "guessed")
+    for content, text in ((b"", "again.jsonl: holds no record of a run: it is empty"), (DAY.encode(), "again.jsonl:1: is no line of the record"),
+                          (lines[0] + b"{}\n" + lines[1], ":2: is no line of the record"), (lines[0] + lines[2], ":2: sequence is 3 and not 2"),
+                          (record + record, f":{len(lines) + 1}: sequence is 1 and not {len(lines) + 1}"), (lines[0].replace(b'"record":2', b'"record":3'), "record of version 3")):
+        status, err, out = report(program, content)
+        require(status == 2 and text in err and not out, f"{text}: {status} {err}")
 
 
 def rows_of_store(folder):

@@ -73,6 +73,7 @@ def run(program, *arguments):
 
 def check_options(program):
     for command, text in (("run", section("docs/algoserver.md", "## Running a script")),
+                          ("report", section("docs/results.md", "## From a record")),
                           ("generate", section("docs/algoserver.md", "## Generating data")),
                           ("import", section("docs/data.md", "## Importing")),
                           ("check", read("docs/checking.md"))):
@@ -127,7 +128,7 @@ def check_schemas(program):
 def check_record(program):
     run(program, "run", "one.lua", "two.lua", "--data", str(ROOT / "examples/data/demo_quotes.csv.gz"),
         "--products", "fees.toml", "--adjustments", "cash.csv", "--impact", "1", "--on-error", "continue", "--record", "record.jsonl",
-        "--equity-step", "0.01")
+        "--equity-step", "0.01", "--envelope")
     real = set()
     for line in pathlib.Path("record.jsonl").read_text().splitlines():
         entry = json.loads(line)
@@ -139,7 +140,7 @@ def check_record(program):
         types = re.findall(r"`(\w+)`", types)
         keys = set(re.findall(r'"(\w+)":', example))
         documented |= {f"{name}.{key}" for name in types for key in keys - {"type"}} | set(types)
-    for name in ("run", "end", "order", "orderEvent", "exchange", "product", "fees", "fill", "impact", "adjustment", "cash", "trip",
+    for name in ("run", "end", "account", "prices", "envelope", "order", "orderEvent", "exchange", "product", "fees", "fill", "impact", "adjustment", "cash", "trip",
                  "day", "equity", "result", "money"):
         keys = first_cells(section("docs/run-record.md", f"### `{name}`"))
         documented |= {f"{name}.{key}" for key in keys} | {name}

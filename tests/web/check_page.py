@@ -1,6 +1,6 @@
 """Opens pages of results in Chromium and holds what they show against the documents.
 
-    check_page.py MAKE_PAGE
+    check_page.py MAKE_PAGE ALGOSERVER
 """
 import json
 import pathlib
@@ -60,9 +60,12 @@ class Page(unittest.TestCase):
             pathlib.Path(f"{files[0]}.timing").write_text(json.dumps(timing))
         page = folder / "page.html"
         subprocess.run([sys.argv[1], page, *files], check=True)
+        self.show(page)
+        return page.stat().st_size
+
+    def show(self, page):
         self.url = f"file://{page}"
         self.browser.get(self.url)
-        return page.stat().st_size
 
     def one(self, selector):
         return self.browser.find_element(By.CSS_SELECTOR, selector)
@@ -109,6 +112,32 @@ class Page(unittest.TestCase):
         self.assertIn("OnPriceone120,00002.5 µs300 ms", self.all("#callbacks tbody tr"))
         self.assertIn("120 orders of 127", self.text("#orders .note"))
         self.assertIn("1–25 of 120 rows", self.all("#panel-price [role=status]"))
+
+    def test_pages_of_real_runs_and_of_their_records(self):
+        folder, examples = pathlib.Path(self.folder.name), pathlib.Path(__file__).resolve().parents[2] / "examples"
+        algoserver = lambda *arguments: subprocess.run([sys.argv[2], *arguments], cwd=folder, check=True, capture_output=True)
+        for index, (script, data) in enumerate((("market_maker", "demo_quotes"), ("bollinger", "demo_bars"), ("moving_average", "demo_quotes"))):
+            algoserver("run", examples / f"{script}.lua", "--data", examples / f"data/{data}.csv.gz", "--capital", "1000000", "--report", "run.html",
+                       "--json", "run.json", "--record", f"{index}.jsonl")
+            algoserver("report", f"{index}.jsonl", "-o", "record.html")
+            document = json.loads((folder / "run.json").read_text())
+            result = document["results"][0]
+            for page in ("run.html", "record.html"):
+                with self.subTest(script=script, page=page):
+                    self.show(folder / page)
+                    self.unfold("#measures > .numbers")
+                    shown = self.browser.execute_script("""return [...document.querySelectorAll('#measures tbody tr')].map(
+                        row => [row.children[0].textContent, row.children[1].querySelector('span').title])""")
+                    self.assertEqual({title: float(value) for title, value in shown if re.match(r"-?\d", value)},
+                                     {one["title"]: result["measures"][one["name"]] for one in document["definitions"]
+                                      if result["measures"][one["name"]] is not None})
+                    self.assertEqual(self.all("#verdict li"), result["verdict"])
+                    self.assertIn(f" of {result['roundTrips']['all']:,} rows", self.text("#trips [role=status]"))
+                    self.assertEqual([" µs" in row or " ns" in row for row in self.all("#callbacks tbody tr")].count(True) > 0, page == "run.html")
+                    self.tearDown()
+        algoserver("report", "0.jsonl", "2.jsonl", "-o", "both.html")
+        self.show(folder / "both.html")
+        self.assertEqual([option.text for option in Select(self.one("#choices select")).options], ["0.jsonl", "2.jsonl"])
 
     def test_charts_zoom_together_by_mouse_and_keys(self):
         self.open(documents.make())
