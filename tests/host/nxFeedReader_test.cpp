@@ -236,7 +236,8 @@ TEST(nxFeedReaderTest, ALotFitsAllSizesSeenAheadUnlessTheProductIsDescribed)
     EXPECT_EQ(
         Read(content, false, {Describe("A", "1")}).text,
         "FILE:2:7: bidVolume: size 0.5 is not a whole number of lots of 1; lotSize = 0.001 would fit\n");
-    EXPECT_EQ(Read(content).text, "1000000000 A bid 5 x500 ask 6 x1000\n2000000000 A bid 5 x125 ask 6 x1000\n");
+    EXPECT_EQ(Read(content).text,
+              "1000000000 A bid 5 x500 ask 6 x1000\n2000000000 A bid 5 x125 ask 6 x1000\n");
 }
 
 TEST(nxFeedReaderTest, TheTickSizeIsKnownBeforeTheFirstEvent)
