@@ -92,16 +92,7 @@ void WriteJobs(nxJsonWriter& json, const std::vector<nxResultJob>& jobs)
         json.Key("name").Text(job.name);
         json.Key("script").Text(job.script);
         json.Key("parameters").Texts(job.parameters);
-        json.Key("end").Text(job.end);
-        json.Key("callbacks").BeginArray();
-        for (const nxResultJob::Callback& callback : job.callbacks) {
-            json.BeginObject();
-            json.Key("name").Text(callback.name);
-            json.Key("count").Count(callback.count);
-            json.Key("failures").Count(callback.failures);
-            json.EndObject();
-        }
-        json.EndArray();
+        nxWriteJobEnd(json, job);
         json.Key("outputs").Texts(job.outputs);
         WriteTexts(json, "notes", job.notes);
         json.EndObject();
@@ -166,6 +157,20 @@ void WriteEnvelope(nxJsonWriter& json, const nxResult& result)
 }
 
 }  // namespace
+
+void nxWriteJobEnd(nxJsonWriter& json, const nxResultJob& job)
+{
+    json.Key("end").Text(job.end);
+    json.Key("callbacks").BeginArray();
+    for (const nxResultJob::Callback& callback : job.callbacks) {
+        json.BeginObject();
+        json.Key("name").Text(callback.name);
+        json.Key("count").Count(callback.count);
+        json.Key("failures").Count(callback.failures);
+        json.EndObject();
+    }
+    json.EndArray();
+}
 
 void nxWriteVariants(nxJsonWriter& json, const std::vector<nxResultVariant>& rows)
 {

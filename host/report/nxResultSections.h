@@ -10,6 +10,8 @@
 
 // What was run: scripts, modules, data, settings, seed and capital. isOver: with what was read of the data.
 void nxWriteRunFacts(nxJsonWriter& json, const nxResultRun& run, bool isOver);
+// Why a job ended, and how often its callbacks were called.
+void nxWriteJobEnd(nxJsonWriter& json, const nxResultJob& job);
 // The rows of an envelope, as an array.
 void nxWriteVariants(nxJsonWriter& json, const std::vector<nxResultVariant>& rows);
 // Months, breakdowns, drawdowns and histograms of a result.

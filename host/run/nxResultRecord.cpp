@@ -116,16 +116,7 @@ std::string nxResultRecord::_DescribeJobs(bool isEnd) const
             json.BeginObject();
             json.Key("name").Text(job.name);
             if (isEnd) {
-                json.Key("end").Text(job.end);
-                json.Key("callbacks").BeginArray();
-                for (const nxResultJob::Callback& callback : job.callbacks) {
-                    json.BeginObject();
-                    json.Key("name").Text(callback.name);
-                    json.Key("count").Count(callback.count);
-                    json.Key("failures").Count(callback.failures);
-                    json.EndObject();
-                }
-                json.EndArray();
+                nxWriteJobEnd(json, job);
                 json.Key("notes").Raw(MakeTexts(job.notes));
             } else {
                 json.Key("script").Text(job.script);
