@@ -127,6 +127,10 @@ bool nxRun::_Prepare(std::vector<nxScriptSource>& sources)
         if (!error) error = sources.emplace_back(modules).Add(job.script);
     if (!error && !_source.Open(_options.data, nxGetFeedTerms(_options.products)))
         error = _source.GetError().GetText();
+    if (!error && _options.to && !_source.GetFirstTime() && _source.GetLastTime() != 0)
+        error =
+            fmt::format("--to: no row before {}; the first is of {}", nxFeedTime::GetAsString(*_options.to),
+                        nxFeedTime::GetAsString(_source.GetLastTime()));
     if (!error) error = _stores.Open();
     if (!error) error = _output.OpenRecord();
     if (!error) {
