@@ -10,6 +10,7 @@ Prints "N passed, N failed"; the exit status is 1 when a case failed.
 import bz2
 import contextlib
 import gzip
+import hashlib
 import io
 import json
 import lzma
@@ -263,6 +264,20 @@ def test_record_repeats_to_the_byte(program):
         require(piped.stdout == one.read() and b"--- summary" in piped.stderr, "the record on standard output differs")
     require([entry["sequence"] for entry in entries] == list(range(1, len(entries) + 1)), "a gap in the sequence")
     require(len(entries) > 20 and entries[-1]["type"] == "end", repr(entries[-1]))
+
+
+def test_results_of_the_examples(program):
+    """All bytes of their documents, by a hash; the measures are there to see what has changed."""
+    lines = []
+    for title, arguments, *_ in CASES:
+        if title not in ("a market maker", "brackets", "a crossover", "bands over bars", "a spread"):
+            continue
+        document = execute(program, [*arguments.split(), "--json", "-"]).stdout
+        lines.append(f"{title}: {hashlib.sha256(document).hexdigest()}")
+        for result in json.loads(document)["results"]:
+            lines += [f"  {name} {json.dumps(value)}" for name, value in result["measures"].items()]
+            lines += [f"  {sentence}" for sentence in result["verdict"]]
+    check_text("results", "\n".join(lines) + "\n", ["<results.txt>"], "--update" in sys.argv)
 
 
 def test_measures_counted_again(program):
