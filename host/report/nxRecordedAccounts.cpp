@@ -164,12 +164,12 @@ void nxRecordedAccounts::_TakeDay(const nxRecordLines& line, unsigned int job, l
     }
 }
 
-void nxRecordedAccounts::AddTrip(unsigned int job, nxRoundTrip&& trip)
+void nxRecordedAccounts::AddTrip(unsigned int job, nxRoundTrip trip)
 {
     // Of the marks between its fills nothing is known.
     if (_makesTrips) trip.hasExcursions = false;
     nxResultData& data = _GetHolding(job, trip.product).account->data;
-    data.trips.push_back(std::move(trip));
+    data.trips.Add(trip);
 }
 
 std::vector<nxResultData> nxRecordedAccounts::TakeResults(long long last)

@@ -21,7 +21,7 @@ public:
 
     // A line of a job.
     void Take(const nxRecordLines& line, unsigned int job, long long time);
-    void AddTrip(unsigned int job, nxRoundTrip&& trip);
+    void AddTrip(unsigned int job, nxRoundTrip trip);
     // As the collector of a run gives them; last: the time of the last line. Once.
     std::vector<nxResultData> TakeResults(long long last);
 

@@ -84,7 +84,7 @@ void nxResultAccounts::_SumUp(nxResultAccount& all) const
 {
     for (const auto& account : _single)
         if (account->all == &all) all.data.Add(account->data);
-    std::ranges::stable_sort(all.data.trips, {}, &nxRoundTrip::exitTime);
+    all.data.trips.SortByExit();
 }
 
 std::vector<nxResultData> nxResultAccounts::_Take()

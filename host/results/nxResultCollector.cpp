@@ -48,7 +48,17 @@ nxResultCollector::Order& nxResultCollector::_GetOrder(unsigned int number)
 
 nxDecimal nxResultCollector::GetDecisionPrice(unsigned int order) const
 {
-    return order < _orders.size() ? _orders[order].decision : nxDecimal();
+    if (order >= _orders.size() || !_orders[order].hasDecision) return {};
+    return nxDecimal::FromMantissa(_orders[order].mantissa, _orders[order].places);
+}
+
+void nxResultCollector::_NoteDecision(unsigned int number, const nxDecimal& price)
+{
+    Order& order = _GetOrder(number);
+    order.hasDecision = price.IsValid();
+    if (!order.hasDecision) return;
+    order.mantissa = price.GetMantissa();
+    order.places = price.GetDecimalPlaces();
 }
 
 void nxResultCollector::_NoteVolume(const nxExchangeOrder& order, unsigned int volume)
@@ -66,7 +76,7 @@ void nxResultCollector::OnRequest(const nxExchangeOrder& order, nxOrderRequest r
     ++data.messages;
     if (request != nxOrderRequest::New) return;
     ++data.orders;
-    _GetOrder(order.id).decision = nxGetMidPrice(market.GetPrice());
+    _NoteDecision(order.id, nxGetMidPrice(market.GetPrice()));
     _NoteVolume(order, nxOrderTerms::GetOr(order.terms.volume, 0));
 }
 
@@ -78,7 +88,7 @@ void nxResultCollector::OnEvent(const nxExchangeOrder& order, const nxExchangeEv
     if (event.kind == Kind::Filled) return _AddFill(order, event);
     if (event.kind == Kind::ChildCreated) {
         ++_Get(order.kind.owner, order.kind.product).account->data.orders;
-        _GetOrder(order.id).decision = nxGetMidPrice(market.GetPrice());
+        _NoteDecision(order.id, nxGetMidPrice(market.GetPrice()));
     }
     _NoteVolume(order, event.volume);
     // Nothing is filled any more, of an order that may have closed something.
@@ -113,9 +123,8 @@ void nxResultCollector::_KeepMid(Product& product)
 
 void nxResultCollector::_TakeTrip(const Holding& holding, nxRoundTrip&& trip)
 {
-    nxResultData& data = holding.account->data;
-    data.trips.push_back(std::move(trip));
-    if (_listeners.onTrip) _listeners.onTrip(holding.job, data.trips.back());
+    holding.account->data.trips.Add(trip);
+    if (_listeners.onTrip) _listeners.onTrip(holding.job, trip);
 }
 
 void nxResultCollector::OnAdjustment(unsigned int job, unsigned int product, const nxAdjustment& adjustment)
@@ -191,7 +200,7 @@ void nxResultCollector::Finish(long long last)
     _accounts.ForEach([last](nxResultAccount& account) { account.Finish(last); });
     for (const auto& account : _accounts.GetSingle()) {
         // One that an order could still have added to was complete later than others that ended after it.
-        std::ranges::stable_sort(account->data.trips, {}, &nxRoundTrip::exitTime);
+        account->data.trips.SortByExit();
         _ChooseBenchmark(*account);
     }
 }

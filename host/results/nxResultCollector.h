@@ -106,14 +106,17 @@ private:
     };
     struct Order
     {
-        nxDecimal decision;
+        long long mantissa = 0;  // of the price at which the market stood when it was sent
         unsigned int volume = 0;
+        unsigned char places = 0;
+        bool hasDecision = false;
     };
 
     Holding& _Get(unsigned int job, unsigned int product);
     nxResultAccount& _GetAccount(std::optional<unsigned int> job, const nxCurrencyEnum& currency);
     Order& _GetOrder(unsigned int number);
     void _AddFill(const nxExchangeOrder& order, const nxExchangeEvent& fill);
+    void _NoteDecision(unsigned int number, const nxDecimal& price);
     void _NoteVolume(const nxExchangeOrder& order, unsigned int volume);
     static void _KeepMid(Product& product);
     void _See(nxResultAccount& account, const nxExactAmount& profit);
