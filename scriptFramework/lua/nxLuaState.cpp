@@ -9,6 +9,7 @@
 #include "scriptFramework/lua/nxLuaClass.h"
 #include "scriptFramework/lua/nxLuaErrorText.h"
 #include "scriptFramework/lua/nxLuaPatternGuard.h"
+#include "scriptFramework/lua/nxScriptProfile.h"
 
 namespace {
 
@@ -137,7 +138,7 @@ void nxLuaState::TuneCollector()
 // theirs only once a script can look.
 void nxLuaState::_ExposeMetatables()
 {
-    if (_metatablesExposed) return;
+    if (_metatablesExposed || IsStrict()) return;
     _metatablesExposed = true;
     luaL_checkstack(_L, 3, "no room for a metatable");
     for (const ClassReferences& known : _classes) {
