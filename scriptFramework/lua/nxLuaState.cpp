@@ -9,6 +9,7 @@
 #include "scriptFramework/lua/nxLuaClass.h"
 #include "scriptFramework/lua/nxLuaErrorText.h"
 #include "scriptFramework/lua/nxLuaPatternGuard.h"
+#include "scriptFramework/lua/nxLuaUnpackGuard.h"
 #include "scriptFramework/lua/nxScriptProfile.h"
 
 namespace {
@@ -43,6 +44,7 @@ nxLuaState::nxLuaState()
     luaL_openlibs(_L);
     _WatchMetatableAccess();
     nxLuaGuardPatterns(_L);
+    nxLuaGuardUnpack(_L);
     TuneCollector();
     // Loads leave the class metatables on the stack and look-ups of callbacks their values.
     luaL_checkstack(_L, 128, "no room for the engine");

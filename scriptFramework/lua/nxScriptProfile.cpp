@@ -180,6 +180,15 @@ int GetInfo(lua_State* L)
     return results;
 }
 
+// Stands for the function that is its upvalue. A level below 0 would be counted up to 0, a line for each.
+int Traceback(lua_State* L)
+{
+    const int argument = lua_isthread(L, 1) ? 3 : 2;
+    if (static_cast<int>(lua_tointeger(L, argument)) < 0)
+        return luaL_argerror(L, argument, "level out of range");
+    return lua_tocfunction(L, lua_upvalueindex(1))(L);
+}
+
 void Set(lua_State* L, const char* library, const char* name, lua_CFunction function)
 {
     lua_getglobal(L, library);
@@ -207,6 +216,7 @@ void nxRestrictScript(lua_State* L, nxScriptServices services)
     KeepOnly(L, "string", KeptOfString);
     Set(L, "_G", "print", Print);
     Set(L, "debug", "getinfo", GetInfo);
+    Set(L, "debug", "traceback", Traceback);
     Set(L, "os", "clock", Clock);
     Set(L, "os", "date", Date);
     Set(L, "os", "time", Time);
