@@ -102,6 +102,7 @@ public:
     Victim(nxScriptProfile profile, const std::string& limits)
     {
         _job->SetProfile(profile);
+        _job->Isolate(1);
         for (const std::string& limit : nxGetWords(limits)) {
             const std::size_t sign = limit.find('=');
             EXPECT_EQ(limit.substr(0, sign), "memory") << "an unknown limit";
