@@ -12,6 +12,7 @@
 #include "base/records/nxOrderTransaction.h"
 #include "base/records/nxPrice.h"
 #include "base/records/nxPriceTradeVolumes.h"
+#include "base/threads/nxStackThread.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
 #include "scriptFramework/market/nxAlgoPositionObject.h"
@@ -181,8 +182,11 @@ TEST_P(nxHostile, ComesToWhatItSays)
         ASSERT_TRUE(GetParam().outcomes.contains(name)) << GetParam().name;
         const std::string& expected = GetParam().outcomes.at(name);
         if (expected.starts_with("skip")) continue;
-        Victim victim(profile, GetParam().limits);
-        EXPECT_EQ(victim.Run(GetParam().script), expected) << name << ": " << GetParam().name;
+        std::string outcome;
+        nxStackThread::Run(nxStackThread::ForScripts, [&, profile = profile] {
+            outcome = Victim(profile, GetParam().limits).Run(GetParam().script);
+        });
+        EXPECT_EQ(outcome, expected) << name << ": " << GetParam().name;
     }
 }
 
