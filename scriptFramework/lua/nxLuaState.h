@@ -6,6 +6,7 @@
 
 #include "scriptFramework/lua/nxLuaKeyMap.h"
 #include "scriptFramework/lua/nxLuaPool.h"
+#include "scriptFramework/lua/nxScriptWatch.h"
 
 class nxExactRandom;
 struct lua_State;
@@ -39,6 +40,10 @@ public:
     nxLuaPool& GetPool() { return _pool; }
     // The script's own random numbers; null for one that has the process's.
     std::unique_ptr<nxExactRandom> random;
+    // What the script holds and may hold.
+    const std::shared_ptr<nxScriptAccount> account;
+    // Null while nothing but memory is limited.
+    std::unique_ptr<nxScriptWatch> watch;
 
     ClassReferences& References(unsigned int classIndex);
     const ClassReferences& References(unsigned int classIndex) const { return _classes[classIndex]; }
