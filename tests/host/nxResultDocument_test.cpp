@@ -70,34 +70,6 @@ nxResult MakeResult(unsigned int products, unsigned int lines)
         for (int i = 0; i < 10'000; ++i)
             data.trips.Add(trip);
         for (long long j = 0; j < 8192; ++j)
-            product.prices.Add(MakePrice(j));
-        product.fillCount = 20'000;
-        product.fills.resize(20'000, {Start, "market_maker", "BUY", 12345.67, 5, false, 123456});
-    }
-    for (unsigned int i = 0; i < lines; ++i)
-        for (long long j = 0; j < 4096; ++j)
-            (j == 0 ? result.lines.emplace_back() : result.lines.back()).values.Add(MakePrice(j));
-    for (unsigned int i = 0; i < 10'000; ++i)
-        result.orders.push_back(MakeOrder(i + 1, "P" + std::to_string(i % products)));
-    for (const auto job : {std::optional(0u), std::optional<unsigned int>()}) {
-        nxResultData& data = result.results.emplace_back();
-        data.job = job;
-        data.orders = 10'000;
-        data.trips.resize(10'000, {0,
-                                   nxSide::Buy,
-                                   5,
-                                   Start,
-                                   Start + 1'234'567,
-                                   12345.67,
-                                   12346.67,
-                                   nxExactAmount::FromText("-123.45"),
-                                   {},
-                                   nxExactAmount::FromText("123.45"),
-                                   nxExactAmount::FromText("12.34"),
-                                   true,
-                                   123456,
-                                   123457});
-        for (long long j = 0; j < 8192; ++j)
             data.equity.Add({MakePrice(j), 1234.5, 61728.35});
     }
     return result;
