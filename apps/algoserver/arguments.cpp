@@ -27,6 +27,29 @@ void AddJobOptions(CLI::App& command, nxJobArguments& jobs)
                 "TOML file of parameters: [parameters] and [jobs.NAME]");
 }
 
+std::chrono::nanoseconds SandboxArguments::GetCallbackLimit() const
+{
+    const double seconds = callbackLimit.value_or(isStrict ? 10.0 : 0.0);
+    return std::chrono::round<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
+}
+
+void AddSandbox(CLI::App& command, SandboxArguments& arguments)
+{
+    command
+        .add_option_function<std::string>(
+            "--sandbox", [&arguments](const std::string& name) { arguments.isStrict = name == "strict"; },
+            "What the scripts may do: what one that you trust needs (base), or nothing but trade, in a "
+            "process of their own that can reach nothing else (strict)")
+        ->check(CLI::IsMember({"base", "strict"}))
+        ->option_text(std::string("base|strict [") + (arguments.isStrict ? "strict]" : "base]"));
+    command
+        .add_option("--callback-limit", arguments.callbackLimit,
+                    "Real seconds that a callback may take, 0 for any; without it 10 under --sandbox strict, "
+                    "any under base")
+        ->check(IsNumber(0, 1e6, "of seconds from 0 to 1000000"))
+        ->option_text("SECONDS");
+}
+
 CLI::Option* AddSeed(CLI::App& command, unsigned long long& seed, const char* help)
 {
     return command.add_option("--seed", seed, help)

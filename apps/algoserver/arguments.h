@@ -1,6 +1,8 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <chrono>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,6 +23,17 @@ CLI::Option* AddRepeated(CLI::App& command, const char* names, std::vector<Value
 
 // --name, --param and --params.
 void AddJobOptions(CLI::App& command, nxJobArguments& jobs);
+
+// In what the scripts run, and for how long a call of them.
+struct SandboxArguments
+{
+    bool isStrict = true;
+    std::optional<double> callbackLimit = std::nullopt;  // seconds; 0: none
+
+    std::chrono::nanoseconds GetCallbackLimit() const;
+};
+// --sandbox and --callback-limit.
+void AddSandbox(CLI::App& command, SandboxArguments& arguments);
 
 // --seed: a number that 64 bits hold, which the library would cut silently.
 CLI::Option* AddSeed(CLI::App& command, unsigned long long& seed, const char* help);

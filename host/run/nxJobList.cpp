@@ -18,14 +18,17 @@ void nxJobList::Make(const nxHostServices& services, std::vector<nxScriptSource>
 
 void nxJobList::Close()
 {
-    for (const auto& runner : _runners)
+    for (const auto& runner : _runners) {
+        _watch.Enter({runner->GetJob().GetIndex(), nxRunCall::Part::Closing});
         runner->GetJob().Close();
+        _watch.Leave();
+    }
     _runners.clear();
 }
 
 bool nxJobList::Load(nxJobRunner& runner)
 {
-    _watch.Enter(runner.GetJob().GetIndex(), std::nullopt);
+    _watch.Enter({runner.GetJob().GetIndex(), nxRunCall::Part::Loading});
     const bool succeeded = runner.Load(_state.options.memoryLimit, _state.options.exchange.seed);
     _watch.Leave();
     return succeeded;
@@ -33,7 +36,7 @@ bool nxJobList::Load(nxJobRunner& runner)
 
 bool nxJobList::Start(nxJobRunner& runner)
 {
-    _watch.Enter(runner.GetJob().GetIndex(), nxCallback::OnInit);
+    _watch.Enter({runner.GetJob().GetIndex(), nxRunCall::Part::Callback, nxCallback::OnInit});
     const bool succeeded = runner.Start();
     _watch.Leave();
     return succeeded;
