@@ -24,6 +24,10 @@ public:
     // since the last SetClockTime: it is not integrated.
     void SetClockSpeed(double speed) { _clockSpeed = speed; }
 
+    // What the script reads, for the library's own use.
+    nxDateTime GetClockTime() const { return _GetClockTime(); }
+    double GetTotalSeconds() const { return _GetTotalSeconds(); }
+
     // Whether the time of day lies between two texts "HH:MM" or "HH:MM:SS", both inclusive; an end below the
     // start means past midnight.
     bool isInRange(nxLuaParameters&, nxLuaResults&);

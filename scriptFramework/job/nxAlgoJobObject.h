@@ -43,6 +43,11 @@ public:
     // load.
     void Isolate(unsigned long long seed) { _engine.Isolate(seed); }
 
+    // Strict: nothing of Lua's libraries that reaches out of the script's state is there, not even for the
+    // main chunk, and os.time, os.date and os.clock tell this job's time. It cannot be taken back. Before the
+    // load.
+    void SetProfile(nxScriptProfile profile) { _engine.SetProfile(profile); }
+
     // nxError_NoOnInit without a global function OnInit, nxError_StartFailed when it or the prelude fails.
     [[nodiscard]] nxErrorEnum StartJob();
     // Events are dropped from then on, OnShutdown excepted. Nothing to do for a job that shut itself down.

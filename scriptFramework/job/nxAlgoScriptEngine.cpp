@@ -1,5 +1,6 @@
 #include "scriptFramework/job/nxAlgoScriptEngine.h"
 
+#include <string_view>
 #include <utility>
 
 #include "base/log/nxLogMessage.h"
@@ -12,6 +13,7 @@
 #include "scriptFramework/analytics/nxAlgoMatrixObject.h"
 #include "scriptFramework/analytics/nxAlgoQuantObject.h"
 #include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
+#include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/job/nxScriptPrelude.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
@@ -28,9 +30,10 @@
 
 namespace {
 
-// What a hosted script may not reach. References that its main chunk took before stay usable.
-constexpr const char* Sandboxed[] = {"io",         "os",   "package", "coroutine",     "loadfile",
-                                     "loadstring", "load", "dofile",  "collectgarbage"};
+// What a hosted script may not reach. References that its main chunk took before stay usable. Under the
+// strict profile there was nothing to take, and its own harmless `os` stays.
+constexpr std::string_view Sandboxed[] = {"io",         "os",   "package", "coroutine",     "loadfile",
+                                          "loadstring", "load", "dofile",  "collectgarbage"};
 
 template <std::size_t... Index>
 std::array<nxLuaFunction, sizeof...(Index)> MakeCallbacks(nxLuaEngine& engine, std::index_sequence<Index...>)
@@ -54,6 +57,18 @@ nxAlgoScriptEngine::nxAlgoScriptEngine(nxAlgoJobObject* job)
 nxAlgoScriptEngine::~nxAlgoScriptEngine()
 {
     Close();
+}
+
+void nxAlgoScriptEngine::SetProfile(nxScriptProfile profile)
+{
+    if (profile == nxScriptProfile::Base) return;
+    nxAlgoJobInterface* const host = _job == nullptr ? nullptr : _job->GetJob();
+    const nxAlgoClockObject* const clock = _clock.get();
+    _Restrict({[clock] { return clock->GetClockTime().GetAsTimeValue(); },
+               [clock] { return clock->GetTotalSeconds(); },
+               [host](const std::string& text) {
+                   if (host != nullptr) host->LogText(text);
+               }});
 }
 
 void nxAlgoScriptEngine::_RegisterCustomObjects()
@@ -106,8 +121,8 @@ nxErrorEnum nxAlgoScriptEngine::Start()
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "OnInit does not exist");
         return nxError_NoOnInit;
     }
-    for (const char* name : Sandboxed)
-        RemoveFunction(name);
+    for (const std::string_view name : Sandboxed)
+        if (!_IsRestricted() || name != "os") RemoveFunction(std::string(name));
     if (!_BindGlobals() || !LoadModule(nxScriptPreludeText())) {
         nxLogMessage(nxLogLevel::Error, GetLogPrefix(),
                      "Script Engine Start Failed. Error : ", GetLastError());

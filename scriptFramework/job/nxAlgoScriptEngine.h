@@ -40,6 +40,9 @@ public:
     explicit nxAlgoScriptEngine(nxAlgoJobObject* job);
     ~nxAlgoScriptEngine() override;
 
+    // Before the load. Strict cannot be taken back.
+    void SetProfile(nxScriptProfile profile);
+
     // Checks that OnInit exists, applies the sandbox, binds the globals, loads the prelude and runs OnInit.
     [[nodiscard]] nxErrorEnum Start();
     nxErrorEnum Stop();

@@ -10,6 +10,7 @@
 #include "scriptFramework/lua/nxLuaParameters.h"
 #include "scriptFramework/lua/nxLuaResults.h"
 #include "scriptFramework/lua/nxLuaState.h"
+#include "scriptFramework/lua/nxScriptProfile.h"
 
 namespace {
 
@@ -68,7 +69,9 @@ void nxLuaClass::Register(lua_State* L) const
         }
         references.names = luaL_ref(L, LUA_REGISTRYINDEX);
     }
-    if (nxLuaState::Of(L).AreMetatablesExposed()) SetClosure(L, "__gc", CollectNothing);
+    const nxLuaState& state = nxLuaState::Of(L);
+    if (state.AreMetatablesExposed()) SetClosure(L, "__gc", CollectNothing);
+    if (state.IsStrict()) nxLuaHideMetatable(L);
     SetClosure(L, "__index", _rows.dispatchGet);
     SetClosure(L, "__newindex", _rows.dispatchSet);
 }
@@ -108,6 +111,19 @@ void nxLuaClass::_FillRows(lua_State* L, int metatable) const
 
 void nxLuaClass::Push(lua_State* L, void* object) const
 {
+    Push(L, object, nxLuaState::Of(L).frames.GetLasting());
+}
+
+void nxLuaClass::PushMember(lua_State* L, void* object) const
+{
+    lua_rawgeti(L, 1, 0);
+    const nxLuaFrames::Life life = static_cast<const Handle*>(lua_touserdata(L, -1))->life;
+    lua_pop(L, 1);
+    Push(L, object, life);
+}
+
+void nxLuaClass::Push(lua_State* L, void* object, nxLuaFrames::Life life) const
+{
     luaL_checkstack(L, 6, "no room for an object");
     nxLuaState& state = nxLuaState::Of(L);
     nxLuaState::ClassReferences& references = state.References(_index);
@@ -128,7 +144,7 @@ void nxLuaClass::Push(lua_State* L, void* object) const
         references.rowsFilled = true;
     }
 
-    *static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle))) = Handle{nullptr, object, this};
+    *static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle))) = Handle{nullptr, object, this, life};
     lua_pushvalue(L, metatable);
     lua_setmetatable(L, -2);
     lua_rawseti(L, wrapper, 0);
@@ -155,11 +171,12 @@ inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, void*& object) const
     const Handle* handle = static_cast<const Handle*>(lua_touserdata(L, -1));
     if (handle == nullptr) return Held::Nothing;
     if (lua_objlen(L, -1) != sizeof(Handle) || handle->type != this) luaL_typerror(L, 1, _name);
+    if (handle->life.IsOver()) return Held::Over;
     object = handle->object;
     return object == nullptr ? Held::Null : Held::Object;
 }
 
-// For the two property dispatchers: null when the pointer was cleared.
+// For the two property dispatchers: null when the pointer was cleared, or the object is over.
 inline void* nxLuaClass::_ReadObject(lua_State* L) const
 {
     void* object = nullptr;
@@ -199,7 +216,9 @@ int nxLuaClass::DispatchFunction(lua_State* L) const
     const unsigned int row = nxLuaTruncate(lua_tonumber(L, lua_upvalueindex(1)));
     nxLuaParameters parameters(L, false);  // which are all there is on the stack yet
     void* object = nullptr;
-    if (_Read(L, object) != Held::Object || row >= _rows.functions.size()) return 0;
+    const Held held = _Read(L, object);
+    if (held == Held::Over) return luaL_error(L, "the event of this %s is over", _name);
+    if (held != Held::Object || row >= _rows.functions.size()) return 0;
     {
         nxLuaResults results(L);
         if (Succeeds(L, results, [&] { return _rows.callFunction(object, row, parameters, results); }))

@@ -15,7 +15,8 @@ class nxLuaResults;
 // An object in Lua is a wrapper table: at key 0 a userdata with the object's pointer, one closure for each
 // function, and the class metatable, which also maps each property name to its row. Lua never owns the
 // object. The userdata bears, behind the pointer, the address of its class, so that no metatable that a
-// script may exchange can make an object of one class pass for another.
+// script may exchange can make an object of one class pass for another, and how long the object may be used.
+// One whose call is over reads as nil, its functions raise an error, and a write to it is ignored.
 class nxLuaClass
 {
 public:
@@ -36,8 +37,12 @@ public:
 
     // Creates the class metatable, or sets its metamethods anew, and leaves it on the stack.
     void Register(lua_State* L) const;
-    // Leaves a new wrapper table on the stack. Two pushes of one object are two tables.
+    // Leaves a new wrapper table on the stack. Two pushes of one object are two tables. What comes without a
+    // life lasts.
     void Push(lua_State* L, void* object) const;
+    void Push(lua_State* L, void* object, nxLuaFrames::Life life) const;
+    // Of a part of the object that a dispatcher is calling: usable as long as that one.
+    void PushMember(lua_State* L, void* object) const;
 
     // The native functions behind the metatable. They raise Lua errors; a std::exception out of the object
     // becomes one with its text. Whatever a script passes, no pointer of another class is followed.
@@ -55,9 +60,10 @@ private:
         void* none;
         void* object;
         const nxLuaClass* type;
+        nxLuaFrames::Life life;
     };
 
-    enum class Held { Nothing, Null, Object };
+    enum class Held { Nothing, Null, Over, Object };
     Held _Read(lua_State* L, void*& object) const;
     void* _ReadObject(lua_State* L) const;
     enum class Key { Unknown, Metamethod, Row };

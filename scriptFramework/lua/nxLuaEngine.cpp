@@ -114,6 +114,15 @@ void nxLuaEngine::Isolate(unsigned long long seed)
     if (!_Guard(isolate)) throw std::bad_alloc();
 }
 
+void nxLuaEngine::_Restrict(nxScriptServices services)
+{
+    const auto restrict = [&] {
+        nxRestrictScript(_GetState(), std::move(services));
+        return true;
+    };
+    if (!_Guard(restrict)) throw std::bad_alloc();
+}
+
 bool nxLuaEngine::_LoadAndRun(const std::string& text)
 {
     _ResetError();

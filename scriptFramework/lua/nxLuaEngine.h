@@ -6,6 +6,7 @@
 
 #include "scriptFramework/lua/nxLuaState.h"
 #include "scriptFramework/lua/nxScriptHelper.h"
+#include "scriptFramework/lua/nxScriptProfile.h"
 
 class nxLuaClass;
 
@@ -58,6 +59,10 @@ public:
     void Close() { _state.Close(); }
 
 protected:
+    // Puts the script under the strict profile, see nxRestrictScript. Before the load.
+    void _Restrict(nxScriptServices services);
+    bool _IsRestricted() const { return _state.IsStrict(); }
+
     [[nodiscard]] bool _CallFunction(unsigned int arguments, unsigned int results);
     void _GetFunction(const std::string& name);
     void _Push(const std::string& value);

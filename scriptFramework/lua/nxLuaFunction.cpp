@@ -100,13 +100,14 @@ bool nxLuaFunction::Call(unsigned int first, const std::string& second)
     });
 }
 
-bool nxLuaFunction::_CallWithObject(const nxLuaClass& type, void* object)
+bool nxLuaFunction::_CallWithObject(const nxLuaClass& type, void* object, bool endsWithCall)
 {
+    const nxLuaFrames::Frame frame(_engine._state.frames);
     return _Call([&](lua_State* L) {
         // The push costs more than many a callback, and a function without parameters never sees it. A script
         // that holds the metatables would.
         if (!_engine._state.AreMetatablesExposed() && _IgnoresArguments(L)) return 0u;
-        type.Push(L, object);
+        type.Push(L, object, endsWithCall ? frame.GetLife() : _engine._state.frames.GetLasting());
         return 1u;
     });
 }

@@ -28,6 +28,7 @@ public:
     [[nodiscard]] bool Call(const std::string& first, const std::string& second, const std::string& third);
     [[nodiscard]] bool Call(unsigned int first, const std::string& second);
     // With an object of a bound class as the one argument. The script sees the caller's object, not a copy.
+    // One of a class that ends with its event needs to live for this call alone.
     template <class T>
     requires requires { T::className; }
     [[nodiscard]] bool Call(T& object) { return nxLuaWrapper<T>::Call(*this, object); }
@@ -36,7 +37,7 @@ private:
     template <class T>
     friend class nxLuaWrapper;
 
-    [[nodiscard]] bool _CallWithObject(const nxLuaClass& type, void* object);
+    [[nodiscard]] bool _CallWithObject(const nxLuaClass& type, void* object, bool endsWithCall);
     // push(L) leaves the arguments and answers their count.
     template <class Push>
     bool _Call(Push push);

@@ -51,12 +51,16 @@ int SetLocale(lua_State* L)
     return 1;
 }
 
+// A function that the strict profile has taken away stays away.
 void Replace(lua_State* L, const char* library, const char* name, lua_CFunction function)
 {
     lua_getglobal(L, library);
-    lua_pushcfunction(L, function);
-    lua_setfield(L, -2, name);
-    lua_pop(L, 1);
+    lua_getfield(L, -1, name);
+    if (!lua_isnil(L, -1)) {
+        lua_pushcfunction(L, function);
+        lua_setfield(L, -3, name);
+    }
+    lua_pop(L, 2);
 }
 
 }  // namespace
@@ -64,7 +68,7 @@ void Replace(lua_State* L, const char* library, const char* name, lua_CFunction 
 void nxLuaIsolate(lua_State* L, unsigned long long seed)
 {
     nxLuaState::Of(L).random = std::make_unique<nxExactRandom>(seed);
-    luaL_checkstack(L, 2, "no room for a function");
+    luaL_checkstack(L, 3, "no room for a function");
     Replace(L, "math", "random", Random);
     Replace(L, "math", "randomseed", RandomSeed);
     Replace(L, "os", "setlocale", SetLocale);

@@ -41,6 +41,9 @@ public:
     // The same, with nil for a null pointer.
     template <class T>
     void AddObjectOrNull(T* object);
+    // Pushes a part of the object whose function or property this is, which may be there for one event alone.
+    template <class T>
+    void AddMember(T* object);
 
     int Count() const { return _count; }
     void SetError(const std::string& text) { _error = text; }

@@ -9,6 +9,8 @@
 #include "scriptFramework/lua/nxLuaClass.h"
 #include "scriptFramework/lua/nxLuaErrorText.h"
 #include "scriptFramework/lua/nxLuaPatternGuard.h"
+#include "scriptFramework/lua/nxLuaUnpackGuard.h"
+#include "scriptFramework/lua/nxScriptProfile.h"
 
 namespace {
 
@@ -42,6 +44,7 @@ nxLuaState::nxLuaState()
     luaL_openlibs(_L);
     _WatchMetatableAccess();
     nxLuaGuardPatterns(_L);
+    nxLuaGuardUnpack(_L);
     TuneCollector();
     // Loads leave the class metatables on the stack and look-ups of callbacks their values.
     luaL_checkstack(_L, 128, "no room for the engine");
@@ -137,7 +140,7 @@ void nxLuaState::TuneCollector()
 // theirs only once a script can look.
 void nxLuaState::_ExposeMetatables()
 {
-    if (_metatablesExposed) return;
+    if (_metatablesExposed || IsStrict()) return;
     _metatablesExposed = true;
     luaL_checkstack(_L, 3, "no room for a metatable");
     for (const ClassReferences& known : _classes) {

@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "scriptFramework/lua/nxLuaFrames.h"
 #include "scriptFramework/lua/nxLuaKeyMap.h"
 #include "scriptFramework/lua/nxLuaPool.h"
 
 class nxExactRandom;
+struct nxScriptServices;
 struct lua_State;
 
 // What the binding keeps beside one lua_State: its memory, and per bound class the registry references that
@@ -39,12 +41,17 @@ public:
     nxLuaPool& GetPool() { return _pool; }
     // The script's own random numbers; null for one that has the process's.
     std::unique_ptr<nxExactRandom> random;
+    // What a script of the strict profile has in place of the process; null for the base one.
+    std::unique_ptr<const nxScriptServices> services;
+    bool IsStrict() const { return services != nullptr; }
+    nxLuaFrames frames;
 
     ClassReferences& References(unsigned int classIndex);
     const ClassReferences& References(unsigned int classIndex) const { return _classes[classIndex]; }
 
     // True once the script may hold a class metatable, by getmetatable, debug.getmetatable or
-    // debug.getregistry: from then on the metatables are read and written as a script may see them.
+    // debug.getregistry, which the strict profile does not let it: from then on the metatables are read and
+    // written as a script may see them.
     bool AreMetatablesExposed() const { return _metatablesExposed; }
 
     // Makes room on the stack, if need be by dropping what loads and look-ups left there: nothing relies on

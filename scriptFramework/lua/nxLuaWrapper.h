@@ -14,7 +14,10 @@
 //     static const nxLuaWrapper<T>::FunctionType Functions[];
 //     static const nxLuaWrapper<T>::PropertyType Properties[];
 //
-// each table ended by a row whose name is null. A row's position is its identity at run time.
+// each table ended by a row whose name is null. A row's position is its identity at run time. A class whose
+// objects are there for one event alone, where they are a callback's argument, also declares
+//
+//     static constexpr bool endsWithEvent = true;
 template <class T>
 class nxLuaWrapper
 {
@@ -40,6 +43,9 @@ public:
     // use.
     static void Push(lua_State* L, T* object) { _class.Push(L, object); }
 
+    // The same for a part of the object whose function or property runs: it can be used as long as that one.
+    static void PushMember(lua_State* L, T* object) { _class.PushMember(L, object); }
+
     // Binds a wrapper table to a global name. False when Lua raised an error; the engine's last error tells.
     static bool SetGlobal(nxLuaEngine& engine, const std::string& name, T* object)
     {
@@ -47,7 +53,11 @@ public:
     }
 
     // Runs a global script function with the object as its one argument.
-    static bool Call(nxLuaFunction& function, T& object) { return function._CallWithObject(_class, &object); }
+    static bool Call(nxLuaFunction& function, T& object)
+    {
+        return function._CallWithObject(
+            _class, &object, requires { requires T::endsWithEvent; });
+    }
 
 private:
     static int DispatchFunction(lua_State* L) { return _class.DispatchFunction(L); }
@@ -104,6 +114,13 @@ template <class T>
 void nxLuaResults::AddObject(T* object)
 {
     nxLuaWrapper<T>::Push(_L, object);
+    ++_count;
+}
+
+template <class T>
+void nxLuaResults::AddMember(T* object)
+{
+    nxLuaWrapper<T>::PushMember(_L, object);
     ++_count;
 }
 

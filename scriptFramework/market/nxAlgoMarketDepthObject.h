@@ -20,6 +20,7 @@ class nxAlgoMarketDepthObject : public nxAlgoObject
 {
 public:
     static constexpr const char* className = "nxAlgoMarketDepthObject";
+    static constexpr bool endsWithEvent = true;
     static const nxLuaWrapper<nxAlgoMarketDepthObject>::FunctionType Functions[];
     static const nxLuaWrapper<nxAlgoMarketDepthObject>::PropertyType Properties[];
 

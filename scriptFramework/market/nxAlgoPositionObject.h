@@ -10,6 +10,7 @@ class nxAlgoPositionObject : public nxAlgoObject
 {
 public:
     static constexpr const char* className = "nxAlgoPositionObject";
+    static constexpr bool endsWithEvent = true;
     static const nxLuaWrapper<nxAlgoPositionObject>::FunctionType Functions[];
     static const nxLuaWrapper<nxAlgoPositionObject>::PropertyType Properties[];
 

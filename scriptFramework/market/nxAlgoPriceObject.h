@@ -18,6 +18,7 @@ class nxAlgoPriceObject : public nxAlgoObject
 {
 public:
     static constexpr const char* className = "nxAlgoPriceObject";
+    static constexpr bool endsWithEvent = true;
     static const nxLuaWrapper<nxAlgoPriceObject>::FunctionType Functions[];
     static const nxLuaWrapper<nxAlgoPriceObject>::PropertyType Properties[];
 

@@ -11,6 +11,7 @@ class nxAlgoPriceTradeVolumesObject : public nxAlgoObject
 {
 public:
     static constexpr const char* className = "nxAlgoPriceTradeVolumesObject";
+    static constexpr bool endsWithEvent = true;
     static const nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::FunctionType Functions[];
     static const nxLuaWrapper<nxAlgoPriceTradeVolumesObject>::PropertyType Properties[];
 

@@ -10,6 +10,7 @@ class nxAlgoStateObject : public nxAlgoObject
 {
 public:
     static constexpr const char* className = "nxAlgoStateObject";
+    static constexpr bool endsWithEvent = true;
     static const nxLuaWrapper<nxAlgoStateObject>::FunctionType Functions[];
     static const nxLuaWrapper<nxAlgoStateObject>::PropertyType Properties[];
 

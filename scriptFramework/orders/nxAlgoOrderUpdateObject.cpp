@@ -225,7 +225,11 @@ bool nxAlgoOrderUpdateObject::_GiveClock(nxLuaResults& results, nxAlgoTimeStamp 
         _SetClocks();
     }
     nxAlgoTimeStamp& time = (*clocks).*clock;
-    results.AddObjectOrNull<nxAlgoClockObject>(time.IsValid() ? &time : nullptr);
+    if (time.IsValid()) {
+        results.AddMember<nxAlgoClockObject>(&time);
+    } else {
+        results.AddNull();
+    }
     return true;
 }
 

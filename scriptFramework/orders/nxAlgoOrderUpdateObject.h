@@ -21,6 +21,7 @@ class nxAlgoOrderUpdateObject : public nxAlgoObject
 {
 public:
     static constexpr const char* className = "nxAlgoOrderUpdateObject";
+    static constexpr bool endsWithEvent = true;
     static const nxLuaWrapper<nxAlgoOrderUpdateObject>::FunctionType Functions[];
     static const nxLuaWrapper<nxAlgoOrderUpdateObject>::PropertyType Properties[];
 

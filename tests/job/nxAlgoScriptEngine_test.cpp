@@ -11,6 +11,7 @@
 #include "scriptFramework/orders/nxAlgoOrderUpdateObject.h"
 #include "tests/support/nxRecordingLog.h"
 #include "tests/support/nxScriptJob.h"
+#include "tests/support/nxTestJob.h"
 #include "tests/support/nxTestOrder.h"
 #include "tests/support/nxTestVorantJob.h"
 
@@ -95,7 +96,7 @@ TEST(nxAlgoScriptEngine, EachCallbackBringsItsArgumentsAndTellsItsFailure)
     for (const Callback& row : Callbacks) {
         SCOPED_TRACE(row.name);
         nxRecordingHost host;
-        nxAlgoJobObject job(&host);
+        nxTestJob job(&host);
         ASSERT_TRUE(job.LoadScript("function OnInit() end function " + row.name +
                                    "(...) local shown = {...} for i, value in ipairs(shown) do "
                                    "if type(value) == 'table' then shown[i] = 'id ' .. value.id end end "
@@ -129,7 +130,7 @@ TEST(nxAlgoScriptEngine, AnErrorBeforeTheScriptRunsFailsTheEntry)
     for (const Callback& row : Callbacks) {
         SCOPED_TRACE(row.name);
         nxRecordingHost host;
-        nxAlgoJobObject job(&host);
+        nxTestJob job(&host);
         ASSERT_TRUE(
             job.LoadScript(
                    "function OnInit() end setmetatable(_G, {__index = function() error('boo', 0) end})")
@@ -171,7 +172,7 @@ public:
 TEST(nxAlgoScriptEngineThread, IsActiveAnswersWhileAScriptRuns)
 {
     SpinningHost host;
-    nxAlgoJobObject job(&host);
+    nxTestJob job(&host);
     ASSERT_TRUE(job.LoadScript("function OnInit() end function OnTimer() job:logText('') end").IsSuccess());
     ASSERT_TRUE(job.StartJob().IsSuccess());
     bool delivered = false;
@@ -202,7 +203,7 @@ public:
 TEST(nxAlgoScriptEngineThread, StopJobOfAJobThatShutItselfDownWaitsForNoLock)
 {
     HandingOverHost host;
-    nxAlgoJobObject job(&host);
+    nxTestJob job(&host);
     host.stopped = &job;
     ASSERT_TRUE(job.LoadScript("function OnInit() end function OnTimer() job:shutdown() end").IsSuccess());
     ASSERT_TRUE(job.StartJob().IsSuccess());
@@ -215,7 +216,7 @@ TEST(nxAlgoScriptEngineThread, EventsFromSeveralThreadsRunOneAfterTheOther)
     constexpr int threads = 4;
     constexpr int events = 500;
     nxRecordingHost host;
-    nxAlgoJobObject job(&host);
+    nxTestJob job(&host);
     ASSERT_TRUE(
         job.LoadScript("count = 0 function OnInit() end function OnTimer() assert(not busy) busy = true "
                        "for i = 1, 20 do count = count + 1 end busy = nil end "

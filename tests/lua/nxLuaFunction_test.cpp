@@ -30,6 +30,25 @@ TEST(nxLuaFunction, WhetherItExistsIsAskedOnceOnly)
     EXPECT_EQ(engine.GetGlobalNumber("calls"), 10);
 }
 
+// A host may deliver an event while the script handles another.
+TEST(nxLuaFunction, AnObjectEndsWithItsOwnEventAndNotWithOneInside)
+{
+    nxProbeEngine engine;
+    nxLuaFunction function(engine, "OnX");
+    engine.probe.body = [&](auto&, auto&) { return function.Call(engine.other); };
+    ASSERT_TRUE(
+        engine.LoadText("depth, alive, over, kept = 0, 0, 0, {} "
+                        "function OnX(it) depth = depth + 1 kept[depth] = it "
+                        "if depth < 40 then probe:run() end if it.value == 42 then alive = alive + 1 end end "
+                        "function count() for _, it in ipairs(kept) do "
+                        "if it.value == nil and not pcall(it.twice, it) then over = over + 1 end end end"));
+    EXPECT_TRUE(function.Call(engine.other));
+    EXPECT_EQ(engine.GetGlobalNumber("alive"), 40);
+    EXPECT_TRUE(engine.LoadText("count()"));
+    EXPECT_EQ(engine.GetGlobalNumber("over"), 40);
+    EXPECT_EQ(engine.Evaluate("other.value, probe:getOther().value"), "42 42");  // which no event brought
+}
+
 TEST(nxLuaFunction, PassesItsArgumentsInOrder)
 {
     nxProbeEngine engine;

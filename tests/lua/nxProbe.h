@@ -34,7 +34,7 @@ public:
     bool Set_failing(const nxLuaParameter& value);
 };
 
-// Another class, whose objects begin with no nxAlgoObject.
+// Another class, whose objects begin with no nxAlgoObject, and are there for one event.
 struct nxOtherBase
 {
     virtual ~nxOtherBase() = default;
@@ -45,6 +45,7 @@ class nxOther : public nxOtherBase, public nxAlgoObject
 {
 public:
     static constexpr const char* className = "nxOther";
+    static constexpr bool endsWithEvent = true;
     static const nxLuaWrapper<nxOther>::FunctionType Functions[];
     static const nxLuaWrapper<nxOther>::PropertyType Properties[];
 

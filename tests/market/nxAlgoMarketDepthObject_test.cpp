@@ -28,7 +28,7 @@ protected:
 
     void ExpectRows(const std::string& part = {})
     {
-        ASSERT_TRUE(script.job.OnMarketDepth(object).IsSuccess());
+        ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnMarketDepth, object));
         script.ExpectRows("market.txt", part);
     }
 

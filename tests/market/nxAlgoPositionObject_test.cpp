@@ -58,12 +58,12 @@ TEST(nxAlgoPositionObject, EachPropertyReadsItsOwnField)
         "it.openPos, it.currency";
     nxScriptJob script;
     nxAlgoPositionObject object(&script.host, 9, position);
-    ASSERT_TRUE(script.job.OnPosition(object).IsSuccess());
+    ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnPosition, object));
     EXPECT_EQ(script.Evaluate(read),
               "9 1000000000 5000000000 6000000000 1.3 1.4 1.6 1.7 -20 30 10 nil 2.2 2 2.1 7 2 9 1.1 1.2 1.8 "
               "1.9 1.5 -4 'EUR'");
     nxAlgoPositionObject fresh(&script.host, 9);
-    ASSERT_TRUE(script.job.OnPosition(fresh).IsSuccess());
+    ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnPosition, fresh));
     EXPECT_EQ(script.Evaluate(read), "9 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 'UNDEFINED'");
 }
 

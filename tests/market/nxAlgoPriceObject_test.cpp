@@ -53,7 +53,7 @@ TEST(nxAlgoPriceObject, EachPropertyReadsItsOwnField)
     nxAlgoPriceObject marks(&script.host, &update, nullptr, 77);
     nxAlgoPriceObject without(&script.host, 77);
     const auto expect = [&](nxAlgoPriceObject& object, const std::string& code, const std::string& values) {
-        ASSERT_TRUE(script.job.OnPrice(object).IsSuccess());
+        ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnPrice, object));
         EXPECT_EQ(script.Evaluate(code), values);
     };
     // The implied bid is the higher, the direct ask the lower.
@@ -95,16 +95,16 @@ TEST(nxAlgoPriceObject, TellsWhichSidesTheEventChanged)
         nxPrice update = NoChange();
         change(update);
         nxAlgoPriceObject object(&script.host, &snapshot, &update, 1);
-        ASSERT_TRUE(script.job.OnPrice(object).IsSuccess());
+        ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnPrice, object));
         EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), expected);
         nxAlgoPriceObject copy(object);
-        ASSERT_TRUE(script.job.OnPrice(copy).IsSuccess());
+        ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnPrice, copy));
         EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), expected);
         copy.SetSnapshot(&update);
         EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), "false false false");
     }
     nxAlgoPriceObject unknown(&script.host, &snapshot, nullptr, 1);
-    ASSERT_TRUE(script.job.OnPrice(unknown).IsSuccess());
+    ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnPrice, unknown));
     EXPECT_EQ(script.Evaluate("it:isBid(), it:isAsk(), it:isLast()"), "false false false");
 }
 

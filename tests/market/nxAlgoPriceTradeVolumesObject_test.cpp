@@ -23,7 +23,7 @@ class nxAlgoPriceTradeVolumesObjectTest : public testing::Test
 protected:
     void ExpectRows(const std::string& part = {})
     {
-        ASSERT_TRUE(script.job.OnPriceTradeVolumes(object).IsSuccess());
+        ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnPriceTradeVolumes, object));
         script.ExpectRows("market.txt", part);
     }
 

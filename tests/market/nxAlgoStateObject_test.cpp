@@ -17,7 +17,7 @@ TEST(nxAlgoStateObject, EachFunctionTestsItsOwnBit)
     nxScriptJob script;
     for (const auto& [bits, expected] : rows) {
         nxAlgoStateObject object(&script.host, 6, bits);
-        ASSERT_TRUE(script.job.OnProductState(object).IsSuccess());
+        ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnProductState, object));
         EXPECT_EQ(script.Evaluate("it:isPreOpen(), it:isOpen(), it:isClosed()"), expected) << bits;
     }
 }

@@ -46,7 +46,7 @@ TEST(nxAlgoOrderUpdateObject, TreatsMarksInAWayOfEachProperty)
     nxTestOrder order(&script.host);
     for (const auto& [transaction, orderValues, fill] : rows) {
         nxAlgoOrderUpdateObject update(&script.host, &order, transaction, nxTimeStamp());
-        ASSERT_TRUE(script.job.OnOrderFill(update).IsSuccess());
+        ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnOrderFill, update));
         EXPECT_EQ(script.Evaluate("it.working, it.volume, it.executed, it.price, it.error, "
                                   "it:isSpreadUnbalanced('ignored')"),
                   orderValues);
@@ -63,7 +63,7 @@ TEST(nxAlgoOrderUpdateObject, ShowsItsOrderAndItsTimes)
     order.SetSide("SELL");
     nxAlgoOrderUpdateObject original(&script.host, &order, nullptr, nxTimeStamp(1706702415, 500000000u));
     nxAlgoOrderUpdateObject update(original);
-    ASSERT_TRUE(script.job.OnOrderFill(update).IsSuccess());
+    ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnOrderFill, update));
     EXPECT_EQ(script.Evaluate("it.order.reference = 'mine' "
                               "return it.id, it.side, it.reference, it.order.type, it.exchangeFillTime"),
               "1 'SELL' 'mine' 'LIMIT' nil");
@@ -76,7 +76,7 @@ TEST(nxAlgoOrderUpdateObject, ShowsItsOrderAndItsTimes)
     EXPECT_EQ(script.Evaluate("it.exchangeFillTime"), "nil");
 
     nxAlgoOrderUpdateObject orphan(&script.host, nullptr, nullptr, nxTimeStamp());
-    ASSERT_TRUE(script.job.OnOrderFill(orphan).IsSuccess());
+    ASSERT_TRUE(script.Bring(&nxAlgoJobObject::OnOrderFill, orphan));
     EXPECT_EQ(script.Evaluate("it.id, it.order.id"), "0 nil");
 }
 

@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "tests/support/nxRecordingLog.h"
 #include "tests/support/nxRowFile.h"
+#include "tests/support/nxTestJob.h"
 
 const std::string& nxEvaluatorText()
 {
@@ -46,13 +49,32 @@ end
     return text;
 }
 
+nxScriptProfile nxGetTestedProfile()
+{
+    const char* const profile = std::getenv("NX_TEST_PROFILE");
+    return profile != nullptr && std::string_view(profile) == "strict" ? nxScriptProfile::Strict
+                                                                       : nxScriptProfile::Base;
+}
+
 nxScriptJob::nxScriptJob()
 {
-    const std::string script = nxEvaluatorText() + R"lua(
-local evaluate, keep = evaluate, {}
+    // The evaluator compiles, which a script of the strict profile cannot; the profile leaves this global.
+    EXPECT_TRUE(job.LoadScript(nxEvaluatorText() + "_VERSION = evaluate").IsSuccess());
+    job.SetProfile(nxGetTestedProfile());
+    const std::string script = R"lua(
+local evaluate, keep, pending = _VERSION, {}, nil
+_VERSION = "Lua 5.1"
 function OnInit() keep.job = job; keep.log = job.logText end
 function OnTimer(code) keep.log(keep.job, evaluate(code)) end
-local function take(object) it = object end
+function OnParameter(_, code) pending = code end
+local function take(object)
+  it = object
+  if pending then
+    local code = pending
+    pending = nil
+    keep.log(keep.job, evaluate(code))
+  end
+end
 OnPrice, OnMarketDepth, OnProductState, OnPosition, OnPriceTradeVolumes = take, take, take, take, take
 OnVorantJobUpdate, OnOrderNew, OnOrderFill, OnTickData, OnTradeWindowEvent = take, take, take, take, take
 )lua";
@@ -71,7 +93,9 @@ nxTestProduct& nxScriptJob::AddProduct(const std::string& name, unsigned int id)
 
 std::string nxScriptJob::Evaluate(const std::string& code)
 {
-    if (!job.OnTimer(code).IsSuccess()) return "failed: " + job.GetErrorText();
+    const bool isDone =
+        _event ? job.OnParameter("", code, "").IsSuccess() && _event() : job.OnTimer(code).IsSuccess();
+    if (!isDone) return "failed: " + job.GetErrorText();
     if (host.calls.empty()) return "no answer";
     const std::string answer = host.calls.back();
     host.calls.pop_back();
