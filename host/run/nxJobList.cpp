@@ -29,7 +29,7 @@ void nxJobList::Close()
 bool nxJobList::Load(nxJobRunner& runner)
 {
     _watch.Enter({runner.GetJob().GetIndex(), nxRunCall::Part::Loading});
-    const bool succeeded = runner.Load(_state.options.memoryLimit, _state.options.exchange.seed);
+    const bool succeeded = runner.Load(_state.options);
     _watch.Leave();
     return succeeded;
 }

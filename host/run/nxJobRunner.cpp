@@ -13,11 +13,12 @@ unsigned long long GetHash(const std::string& text)
 
 }  // namespace
 
-bool nxJobRunner::Load(std::size_t memoryLimit, unsigned long long seed)
+bool nxJobRunner::Load(const nxRunOptions& options)
 {
     nxAlgoJobObject& object = _job.GetObject();
-    object.Isolate(GetHash(_job.GetName()) + seed);
-    object.SetMemoryLimit(memoryLimit);
+    object.Isolate(GetHash(_job.GetName()) + options.exchange.seed);
+    object.SetProfile(options.profile);
+    object.SetMemoryLimit(options.memoryLimit);
     object.SetScriptHelper(_source.GetHelper());
     return object.LoadScript(_source.GetText()).IsSuccess();
 }

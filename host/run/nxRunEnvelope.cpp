@@ -1,7 +1,10 @@
 #include "host/run/nxRunEnvelope.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <sstream>
@@ -15,27 +18,32 @@
 
 namespace {
 
-// Lua's own print writes to C's stdout; what the library logs goes to its devices.
+// Lua's own print writes to the process's standard output; what the library logs goes to its devices.
 class Silence
 {
 public:
     Silence()
     {
-        if (_nowhere != nullptr) stdout = _nowhere;
+        std::fflush(stdout);
+        _kept = dup(STDOUT_FILENO);
+        const int nowhere = open("/dev/null", O_WRONLY);
+        if (_kept >= 0 && nowhere >= 0) dup2(nowhere, STDOUT_FILENO);
+        if (nowhere >= 0) close(nowhere);
         nxLogManager::SetLevel(nxLogLevel::Fatal);
     }
     ~Silence()
     {
         nxLogManager::SetLevel(_level);
-        stdout = _kept;
-        if (_nowhere != nullptr) std::fclose(_nowhere);
+        std::fflush(stdout);
+        if (_kept < 0) return;
+        dup2(_kept, STDOUT_FILENO);
+        close(_kept);
     }
     Silence(const Silence&) = delete;
     Silence& operator=(const Silence&) = delete;
 
 private:
-    std::FILE* const _kept = stdout;
-    std::FILE* const _nowhere = std::fopen("/dev/null", "w");
+    int _kept;
     const nxLogLevelEnum _level = nxLogManager::GetLevel();
 };
 

@@ -45,6 +45,7 @@ nxGuardOptions nxRunSandbox::GetGuardOptions(const nxRunOptions& options)
 void nxRunSandbox::Share(nxRunOptions& options, nxRunPage& page)
 {
     options.isGuarded = true;
+    options.profile = nxScriptProfile::Strict;
     options.pulse = &page.pulse;
     options.recordBuffer = &page.record;
     options.interrupted = &page.isInterrupted;

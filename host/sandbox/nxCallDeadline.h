@@ -45,8 +45,13 @@ public:
         if ((isOver && own >= _limit + OverrunToKill) || asked >= InterruptedToKill) return Verdict::Kill;
         return isOver || asked >= InterruptedToStop ? Verdict::Stop : Verdict::Fine;
     }
-    // How long the call that was seen last has run.
-    Duration GetTime(Clock::time_point now) const { return now - _entered; }
+    // How long the call that was seen last has run, as a person is told: the limit where it is beyond that,
+    // or whole seconds.
+    std::chrono::duration<double> GetToldTime(Clock::time_point now) const
+    {
+        if (_limit > Duration::zero() && now - _since >= _limit) return _limit;
+        return std::chrono::floor<std::chrono::seconds>(now - _entered);
+    }
 
 private:
     const Duration _limit;

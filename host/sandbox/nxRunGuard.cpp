@@ -167,7 +167,7 @@ bool nxRunGuard::_Judge(pid_t child)
         case nxCallDeadline::Verdict::Kill:
             break;
     }
-    _killed = _DescribeKill();
+    _killed = _DescribeKill(_deadline.GetToldTime(Clock::now()));
     kill(child, SIGKILL);
     return false;
 }
@@ -184,11 +184,10 @@ int nxRunGuard::_Bury(int status)
     return ScriptFailed;
 }
 
-std::string nxRunGuard::_DescribeKill() const
+std::string nxRunGuard::_DescribeKill(std::chrono::duration<double> time) const
 {
     const nxRunPlace place(_page->pulse, _options.jobs, _options.modules);
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(_deadline.GetTime(Clock::now()));
-    return fmt::format("{} has run for {} s{}{}; the run ended there", place.callback, seconds.count(),
+    return fmt::format("{} has run for {:.3g} s{}{}; the run ended there", place.callback, time.count(),
                        place.function.empty() ? "" : " in ", place.function);
 }
 

@@ -17,14 +17,14 @@
 // What a guarded command works with.
 struct nxGuardOptions
 {
-    std::vector<nxJobOptions> jobs;  // as the command runs them, for messages
-    std::vector<std::string> modules;
-    std::vector<std::string> inputs;         // beside these; "-" is standard input
-    std::string record;                      // of the run; empty: none, "-": standard output
-    std::vector<std::string> outputs;        // beside it
-    std::string storeDirectory;              // empty: none
-    std::size_t memory = 0;                  // bytes of address space; 0: any
-    std::chrono::nanoseconds callbackLimit;  // 0: none
+    std::vector<nxJobOptions> jobs = {};  // as the command runs them, for messages
+    std::vector<std::string> modules = {};
+    std::vector<std::string> inputs = {};       // beside these; "-" is standard input
+    std::string record = {};                    // of the run; empty: none, "-": standard output
+    std::vector<std::string> outputs = {};      // beside it
+    std::string storeDirectory = {};            // empty: none
+    std::size_t memory = 0;                     // bytes of address space; 0: any
+    std::chrono::nanoseconds callbackLimit{0};  // 0: none
     const std::atomic<bool>* interrupted = nullptr;
 };
 
@@ -57,7 +57,7 @@ private:
     bool _Judge(pid_t child);
     int _Bury(int status);
     void _TellEnd(const std::string& text);
-    std::string _DescribeKill() const;
+    std::string _DescribeKill(std::chrono::duration<double> time) const;
     std::string _DescribeCrash(int signal) const;
     void _FinishOutputs(const std::string& text);
 

@@ -2,28 +2,9 @@
 
 #include <unistd.h>
 
-#include <cerrno>
-
-nxSharedOutput::nxSharedOutput(nxOutputBuffer& buffer)
-    : _isTerminal(isatty(STDOUT_FILENO) != 0), _before(stdout)
+nxSharedOutput::nxSharedOutput(nxOutputBuffer& buffer) : _isTerminal(isatty(STDOUT_FILENO) != 0)
 {
-    std::fflush(stdout);
     _file.OpenDescriptor(STDOUT_FILENO, buffer);
-    cookie_io_functions_t functions{};
-    functions.write = [](void* self, const char* bytes, std::size_t size) -> ssize_t {
-        return static_cast<nxSharedOutput*>(self)->_Write(bytes, size) ? static_cast<ssize_t>(size) : 0;
-    };
-    _printed = fopencookie(this, "w", functions);
-    if (_printed == nullptr) return;
-    std::setvbuf(_printed, nullptr, _IONBF, 0);
-    stdout = _printed;
-}
-
-nxSharedOutput::~nxSharedOutput()
-{
-    _stream.flush();
-    stdout = _before;
-    if (_printed != nullptr) std::fclose(_printed);
 }
 
 bool nxSharedOutput::_Write(const char* bytes, std::size_t size)

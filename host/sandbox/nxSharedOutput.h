@@ -1,20 +1,17 @@
 #pragma once
 
-#include <cstdio>
 #include <mutex>
 #include <ostream>
 #include <streambuf>
 
 #include "host/report/nxOutputFile.h"
 
-// Standard output through a buffer that another process shares, for as long as the object lives: what is
-// written to GetStream() and what C prints to stdout, as Lua's own print does, in one order. Any thread.
+// Standard output through a buffer that another process shares, for as long as the object lives. Any thread.
 class nxSharedOutput : private std::streambuf
 {
 public:
     // The buffer is all 0 and outlives the object.
     explicit nxSharedOutput(nxOutputBuffer& buffer);
-    ~nxSharedOutput() override;
 
     std::ostream& GetStream() { return _stream; }
 
@@ -27,7 +24,5 @@ private:
     std::mutex _mutex;
     nxOutputFile _file{"standard output"};
     const bool _isTerminal;
-    std::FILE* const _before;
-    std::FILE* _printed;  // what stdout is meanwhile
     std::ostream _stream{this};
 };
