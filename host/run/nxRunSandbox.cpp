@@ -31,6 +31,7 @@ nxGuardOptions nxRunSandbox::GetGuardOptions(const nxRunOptions& options)
     guard.jobs = options.jobs;
     guard.modules = options.modules;
     guard.inputs = options.data;
+    if (!options.productFile.empty()) guard.inputs.push_back(options.productFile);
     guard.record = options.recordFile;
     for (const std::string& file :
          {options.jsonFile, options.reportFile, options.tradesFile, options.equityFile})
