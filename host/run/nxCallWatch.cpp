@@ -17,6 +17,14 @@ void nxCallWatch::Stop()
     _thread.join();
 }
 
+nxScriptPulse* nxCallWatch::GetScriptPulse()
+{
+#ifdef NX_SCRIPTS_BECOME_CODE
+    if (_options.pulse == nullptr && _options.limit == std::chrono::nanoseconds::zero()) return nullptr;
+#endif
+    return &_pulse.script;
+}
+
 void nxCallWatch::_Watch()
 {
     using Clock = std::chrono::steady_clock;

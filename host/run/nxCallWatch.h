@@ -44,7 +44,8 @@ public:
     // onStall is not called any more.
     void Stop();
 
-    nxScriptPulse& GetScriptPulse() { return _pulse.script; }
+    // For the scripts. Null where it would cost a script its compiled code, and nobody asked for a limit.
+    nxScriptPulse* GetScriptPulse();
     // On the run's thread.
     void Enter(const nxRunCall& call)
     {

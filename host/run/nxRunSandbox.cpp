@@ -1,6 +1,6 @@
 #include "host/run/nxRunSandbox.h"
 
-#include <algorithm>
+#include "host/sandbox/nxStrictLimits.h"
 
 namespace {
 
@@ -47,6 +47,7 @@ void nxRunSandbox::Share(nxRunOptions& options, nxRunPage& page)
 {
     options.isGuarded = true;
     options.profile = nxScriptProfile::Strict;
+    options.limits = nxGetStrictLimits();
     options.pulse = &page.pulse;
     options.recordBuffer = &page.record;
     options.interrupted = &page.isInterrupted;
