@@ -1,5 +1,7 @@
 #include "host/run/nxCallWatch.h"
 
+#include <utility>
+
 void nxCallWatch::Start()
 {
     _isStopping = false;
@@ -53,5 +55,5 @@ bool nxCallWatch::_StopLateCall(unsigned long long call, std::chrono::steady_clo
     _pulse.script.isStopWanted = true;
     // Another call is not meant.
     if (_pulse.call.load() != call) _pulse.script.isStopWanted = false;
-    return true;
+    return std::exchange(_stopped, call) == call;
 }
