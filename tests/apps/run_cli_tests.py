@@ -506,7 +506,7 @@ HARMFUL = (  # what OnPrice does, or the whole script; the status, and what stan
     # All with one hash: where they differ Lua does not look.
     ("OnPrice: local t, x = {}, ('x'):rep(970) for i = 1, 1e9 do t[i] = x .. ('%08d'):format(i) .. ('x'):rep(22) end", 1, " has run for 1 s"),
     ("OnPrice: local x = ('x'):rep(1e6) x:find(('x?'):rep(1e6))", 1, ":2: limit of 65536 bytes of a pattern exceeded\n"),
-    ("OnPrice: job:logText(('x'):rep(2 ^ 27))", 1, "limit of 1048576 bytes of a log line exceeded\n"),
+    ("OnPrice: job:logText(('x'):rep(2 ^ 22))", 1, "limit of 1048576 bytes of a log line exceeded\n"),
     ("os.execute('touch executed') function OnInit() end", 1, "attempt to call field 'execute' (a nil value)\n"),
     ("os.exit(0) function OnInit() end", 1, "attempt to call field 'exit' (a nil value)\n"),
     ("getmetatable(newproxy(true)).__gc = function() while true do end end function OnInit() end", 1, "'newproxy' (a nil value)\n"),
