@@ -68,7 +68,7 @@ function OnInit()
 end
 
 --- changes the locals of a native function
--- base: skip, it crashes
+-- base: skip, it may crash
 -- strict: no
 function OnInit()
   tell(function() pcall(string.gsub, "x", "x", function() debug.setlocal(2, 1, nil) end) return debug.setlocal(1, 1, nil) end)
@@ -203,10 +203,13 @@ local collect = collectgarbage
 function OnInit() tell(function() return collect("stop") end) end
 
 --- changes the process's locale
--- base: C
--- strict: no
+-- base: C, nil
+-- strict: no, no
 local set = os.setlocale
-function OnInit() tell(function() return set(nil) end) end
+function OnInit()
+  tell(function() return set(nil) end)
+  tell(function() return set("") end)
+end
 
 --- writes beside the host's own record
 -- base: skip, it writes to the process's standard output
