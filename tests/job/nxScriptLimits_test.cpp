@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "base/enums/nxEnumValue.h"
@@ -129,6 +131,17 @@ TEST(nxScriptLimits, ObjectsAreChargedForWhatTheyHold)
         traded.window->OnPrice(trade);
         EXPECT_EQ(getGrowth(), 0u);
     }
+}
+
+TEST(nxScriptLimits, EachIsDescribed)
+{
+    std::ifstream file(NX_SOURCE_DIR "/docs/embedding.md");
+    const std::string page(std::istreambuf_iterator<char>(file), {});
+    for (const nxScriptLimitRow& row : nxScriptLimitRows)
+        EXPECT_NE(page.find("| `" + std::string(row.name) + "` | " + std::to_string(row.error) + " | " +
+                            row.unit + " | " + row.text + " |\n"),
+                  std::string::npos)
+            << row.name;
 }
 
 // Tells what the pulse shows while the script is in the host.
