@@ -15,6 +15,7 @@ find_package(Boost REQUIRED)
 find_package(BZip2 REQUIRED)
 find_package(LibLZMA REQUIRED)
 pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET GLOBAL libzstd)
+pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET GLOBAL libseccomp)
 
 # The page of a result is put together at build time.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)

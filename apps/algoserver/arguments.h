@@ -1,6 +1,8 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <chrono>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,6 +23,18 @@ CLI::Option* AddRepeated(CLI::App& command, const char* names, std::vector<Value
 
 // --name, --param and --params.
 void AddJobOptions(CLI::App& command, nxJobArguments& jobs);
+
+// What the scripts find of Lua's libraries, and how long a call of them may take.
+struct SandboxArguments
+{
+    bool isStrict = false;
+    std::optional<double> callbackLimit = std::nullopt;  // seconds; 0: none
+
+    std::chrono::nanoseconds GetCallbackLimit(bool isGuarded) const;
+};
+// --sandbox, of which strict is told as given, and --callback-limit.
+void AddSandbox(CLI::App& command, SandboxArguments& arguments, const std::string& strict,
+                const std::string& withoutLimit);
 
 // --seed: a number that 64 bits hold, which the library would cut silently.
 CLI::Option* AddSeed(CLI::App& command, unsigned long long& seed, const char* help);

@@ -7,6 +7,7 @@
 #include "apps/algoserver/arguments.h"
 #include "host/check/nxScriptCheck.h"
 #include "host/run/nxRunFiles.h"
+#include "host/sandbox/nxRunGuard.h"
 
 namespace {
 
@@ -14,6 +15,7 @@ struct CheckArguments
 {
     nxScriptCheckOptions options;
     nxJobArguments jobs;
+    SandboxArguments sandbox;
     bool noRun = false;
     bool json = false;
 };
@@ -32,12 +34,8 @@ std::optional<std::string> MakeOptions(CheckArguments& arguments)
     return jobs.MakeJobs(arguments.options.jobs);
 }
 
-int Check(CheckArguments& arguments)
+int CheckHere(const CheckArguments& arguments)
 {
-    if (const auto error = MakeOptions(arguments)) {
-        std::cerr << "algoserver check: " << *error << "\n";
-        return Failed;
-    }
     nxScriptCheck check(arguments.options);
     const bool succeeded = check.Run();
     if (arguments.json) {
@@ -52,6 +50,31 @@ int Check(CheckArguments& arguments)
         return Failed;
     }
     return !succeeded ? Failed : check.GetFindings().empty() ? Clean : Found;
+}
+
+// The dry run runs what stands in the main part of the script, whoever wrote it.
+int CheckGuarded(CheckArguments& arguments)
+{
+    nxScriptCheckOptions& options = arguments.options;
+    constexpr std::size_t memory = std::size_t{4} << 30;
+    nxRunGuard guard({.jobs = options.jobs,
+                      .modules = options.modules,
+                      .memory = memory,
+                      .callbackLimit = arguments.sandbox.GetCallbackLimit(true)},
+                     std::cerr);
+    if (const auto status = guard.Start()) return *status;
+    if (arguments.sandbox.isStrict) options.profile = nxScriptProfile::Strict;
+    options.pulse = &guard.GetPage().pulse;
+    return CheckHere(arguments);
+}
+
+int Check(CheckArguments& arguments)
+{
+    if (const auto error = MakeOptions(arguments)) {
+        std::cerr << "algoserver check: " << *error << "\n";
+        return Failed;
+    }
+    return arguments.noRun ? CheckHere(arguments) : CheckGuarded(arguments);
 }
 
 }  // namespace
@@ -71,6 +94,7 @@ void AddCheckCommand(CLI::App& app, int& status)
                 "Lua file to put in front of each script; may be repeated");
     AddJobOptions(check, arguments->jobs);
     check.add_flag("--no-run", arguments->noRun, "Only read the scripts: do not load them and run OnInit");
+    AddSandbox(check, arguments->sandbox, "what a run with --sandbox strict lets it (strict)", "10");
     check.add_flag("--json", arguments->json, "Write one JSON array instead of lines");
     check.callback([arguments, &status] { status = Check(*arguments); });
 }

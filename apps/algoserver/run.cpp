@@ -20,6 +20,8 @@
 #include "host/run/nxRun.h"
 #include "host/run/nxRunArguments.h"
 #include "host/run/nxRunEnvelope.h"
+#include "host/run/nxRunSandbox.h"
+#include "host/sandbox/nxSharedOutput.h"
 
 namespace {
 
@@ -32,6 +34,7 @@ struct RunArguments
     std::string barTime;
     std::string logLevel = "error";
     unsigned int memoryLimit = 0;  // MiB
+    SandboxArguments sandbox;
 };
 
 const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Detail},
@@ -94,6 +97,33 @@ int Refuse(const std::string& text)
     return static_cast<int>(nxRunResult::InputFailed);
 }
 
+// In the process where the scripts are to run.
+int RunHere(const RunArguments& arguments, nxRunOptions options, std::ostream& out)
+{
+    nxScriptReview review(options.jobs, options.modules);
+    options.getNotes = [&review] { return review.GetNotes(); };
+    nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(arguments.logLevel)));
+    nxConsoleLogDevice console;
+    nxLogManager::GetLogEntriesQueue().AddDevice(&console);
+    const nxRunResult result = arguments.envelope ? nxRunEnvelope::Run(options, out, std::cerr)
+                                                  : nxRun(options, out, std::cerr).Run();
+    const bool written = !out.flush().fail();
+    nxLogManager::GetLogEntriesQueue().RemoveDevice(&console);
+    return written ? static_cast<int>(result) : Refuse("standard output cannot be written");
+}
+
+// Before any thread is made: there is none in the child but the one that forks.
+int RunStrictly(const RunArguments& arguments, nxRunOptions options)
+{
+    if (const std::string obstacle = nxRunSandbox::FindObstacle(options); !obstacle.empty())
+        return Refuse(obstacle);
+    nxRunGuard guard(nxRunSandbox::GetGuardOptions(options), std::cerr);
+    if (const auto status = guard.Start()) return *status;
+    nxRunSandbox::Share(options, guard.GetPage());
+    nxSharedOutput output(guard.GetPage().output);
+    return RunHere(arguments, std::move(options), output.GetStream());
+}
+
 int Run(RunArguments& arguments)
 {
     nxRunOptions& options = arguments.options;
@@ -111,17 +141,10 @@ int Run(RunArguments& arguments)
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
     options.interrupted = &GetInterrupted();
-    nxScriptReview review(options.jobs, options.modules);
-    options.getNotes = [&review] { return review.GetNotes(); };
-    nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(arguments.logLevel)));
-    nxConsoleLogDevice console;
-    nxLogManager::GetLogEntriesQueue().AddDevice(&console);
+    options.callbackLimit = arguments.sandbox.GetCallbackLimit(arguments.sandbox.isStrict);
     CatchSignals();
-    const nxRunResult result = arguments.envelope ? nxRunEnvelope::Run(options, std::cout, std::cerr)
-                                                  : nxRun(options, std::cout, std::cerr).Run();
-    const bool written = !std::cout.flush().fail();
-    nxLogManager::GetLogEntriesQueue().RemoveDevice(&console);
-    return written ? static_cast<int>(result) : Refuse("standard output cannot be written");
+    return arguments.sandbox.isStrict ? RunStrictly(arguments, options)
+                                      : RunHere(arguments, options, std::cout);
 }
 
 void AddJobs(CLI::App& run, RunArguments& arguments)
@@ -142,6 +165,9 @@ void AddJobs(CLI::App& run, RunArguments& arguments)
     run.add_option("--account", jobs.account, "The account that scripts are told");
     run.add_option("--memory-limit", arguments.memoryLimit, "MiB that each script may hold; 0 for no limit")
         ->capture_default_str();
+    AddSandbox(run, arguments.sandbox,
+               "nothing but trade, in a process of their own that reaches nothing else (strict)",
+               "10 under --sandbox strict, any under base");
     run.add_option("--on-error", arguments.onError, "What to do when a callback fails: stop or continue")
         ->check(CLI::IsMember({"stop", "continue"}))
         ->capture_default_str();

@@ -130,7 +130,10 @@ protected:
 
 }  // namespace
 
-nxDryRun::nxDryRun(nxParameterSet parameters) : _parameters(std::move(parameters)) {}
+nxDryRun::nxDryRun(nxParameterSet parameters, nxScriptProfile profile)
+    : _parameters(std::move(parameters)), _profile(profile)
+{
+}
 
 // The script's finalizers may still ask for products.
 nxDryRun::~nxDryRun()
@@ -180,6 +183,7 @@ std::optional<nxScriptFailure> nxDryRun::Try(const nxScriptSource& source)
     nxAlgoJobObject& job = *_GetJob();
     job.SetMemoryLimit(MemoryLimit);
     if (!CheckScript(nxScriptCheckDryRunText())) return source.Explain(job.GetErrorText());
+    job.SetProfile(_profile);
     job.SetScriptHelper(source.GetHelper());
     if (!CheckScript(source.GetText())) return source.Explain(job.GetErrorText());
     _hasOnInit = job.IsFunctionDefined(nxGetCallbackName(nxCallback::OnInit));

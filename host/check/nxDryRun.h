@@ -11,6 +11,7 @@
 #include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 #include "scriptFramework/job/nxAlgoScriptValidator.h"
 #include "scriptFramework/job/nxQuietAnswers.h"
+#include "scriptFramework/lua/nxScriptProfile.h"
 #include "scriptFramework/orders/nxAlgoOrderCollectionObject.h"
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
 #include "scriptFramework/supervision/nxAlgoVorantJobCollectionObject.h"
@@ -22,7 +23,7 @@
 class nxDryRun : public nxQuietAnswers<nxAlgoScriptValidator>
 {
 public:
-    explicit nxDryRun(nxParameterSet parameters = {});
+    explicit nxDryRun(nxParameterSet parameters = {}, nxScriptProfile profile = nxScriptProfile::Base);
     ~nxDryRun() override;
 
     // What stopped the script, told in its own files; null when OnInit came to its end, or when there is
@@ -82,6 +83,7 @@ private:
     };
 
     const nxParameterSet _parameters;
+    const nxScriptProfile _profile;
     NoJobs _jobs{this};
     Orders _orders{this};
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> _products;

@@ -74,10 +74,15 @@ void nxScriptCheck::_CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& 
 }
 
 void nxScriptCheck::_TryJob(const nxScriptSource& source, const nxJobOptions& job,
-                            std::vector<nxScriptFinding>& findings)
+                            std::vector<nxScriptFinding>& findings) const
 {
-    nxDryRun run(job.parameters);
+    const nxRunCall call{static_cast<std::size_t>(&job - _options.jobs.data()), nxRunCall::Part::Loading};
+    nxRunPulse own;
+    nxRunPulse& pulse = _options.pulse == nullptr ? own : *_options.pulse;
+    pulse.call = 1ull << 32 | call.Pack();
+    nxDryRun run(job.parameters, _options.profile);
     const std::optional<nxScriptFailure> failure = run.Try(source);
+    pulse.call = 0;
     // The script itself knows better than its text, which may define OnInit in ways that cannot be read.
     if (run.HasOnInit())
         std::erase_if(findings, [](const nxScriptFinding& finding) { return finding.code == NoOnInitCode; });

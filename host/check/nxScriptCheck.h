@@ -7,6 +7,8 @@
 #include "host/check/nxScriptAnalyzer.h"
 #include "host/check/nxScriptFinding.h"
 #include "host/jobs/nxJobOptions.h"
+#include "host/sandbox/nxRunPulse.h"
+#include "scriptFramework/lua/nxScriptProfile.h"
 
 class nxScriptSource;
 
@@ -15,6 +17,8 @@ struct nxScriptCheckOptions
     std::vector<nxJobOptions> jobs;    // their scripts, and the parameters that the dry run shows them
     std::vector<std::string> modules;  // Lua files in front of each script
     bool dryRun = true;                // also load each script and run its OnInit
+    nxScriptProfile profile = nxScriptProfile::Base;  // of the dry run
+    nxRunPulse* pulse = nullptr;                      // where the dry run tells what goes on; null: nowhere
 };
 
 // Checks scripts without a market: whether they compile, what is wrong in their text, and whether OnInit runs
@@ -39,8 +43,8 @@ public:
 
 private:
     void _CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& source, const nxJobOptions& job);
-    static void _TryJob(const nxScriptSource& source, const nxJobOptions& job,
-                        std::vector<nxScriptFinding>& findings);
+    void _TryJob(const nxScriptSource& source, const nxJobOptions& job,
+                 std::vector<nxScriptFinding>& findings) const;
 
     nxScriptCheckOptions _options;
     std::vector<nxScriptFinding> _findings;

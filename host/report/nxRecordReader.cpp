@@ -141,7 +141,7 @@ private:
     nxRecordLines _line;
     nxRunEntries _entries;
     std::optional<nxRecordedAccounts> _accounts;  // of a record that ends too early
-    bool _isOfVersion1 = false, _hasEnd = false;
+    bool _isOfVersion1 = false, _hasEnd = false, _isKilled = false;
     std::map<std::pair<std::string, std::string>, nxRoundTrips> _trips;  // by job and currency
     std::vector<std::vector<nxResultFailure>> _failures;                 // by job
     long long _last = 0;
@@ -360,6 +360,9 @@ void nxRecordReader::Reading::_TakeEnd()
 {
     _hasEnd = true;
     _run.end = _line.GetText("end");
+    // The process of the run was killed, and another one wrote this line.
+    _isKilled = _line.GetBool("isCut");
+    if (_isKilled) return;
     _run.first = _line.GetTime("first");
     _run.last = _line.GetTime("last");
     _run.quotes = _line.GetCount("quotes");
@@ -396,7 +399,7 @@ void nxRecordReader::Reading::_TakeJobsEnd()
 
 void nxRecordReader::Reading::_Finish()
 {
-    _hasEnd ? _FinishAccounts() : _FinishPart();
+    _hasEnd && !_isKilled ? _FinishAccounts() : _FinishPart();
     for (std::vector<nxResultFailure>& failures : _failures)
         std::ranges::move(failures, std::back_inserter(_result.failures));
     _entries.MoveTo(_result);
@@ -424,7 +427,7 @@ void nxRecordReader::Reading::_FinishPart()
 {
     _run.last = _run.first ? std::optional(_last) : std::nullopt;
     _run.isComplete = _isOfVersion1 && !_line.IsCut();
-    _run.end = "not known";
+    if (!_isKilled) _run.end = "not known";
     if (_isOfVersion1 && _result.jobs.size() == 1 && !_result.jobs.front().end.empty())
         _run.end = _result.jobs.front().end;
     for (const auto& [key, trips] : _trips)

@@ -31,8 +31,12 @@ public:
     };
     using Fields = std::initializer_list<Field>;
 
-    // "-" is standard output: see nxOutputFile. Null, or why not: "FILE: reason".
-    [[nodiscard]] std::optional<std::string> Open(const std::string& path) { return _file.Open(path); }
+    // "-" is standard output, and each piece in the buffer is a line: see nxOutputFile. Null, or why not:
+    // "FILE: reason".
+    [[nodiscard]] std::optional<std::string> Open(const std::string& path, nxOutputBuffer* buffer)
+    {
+        return _file.Open(path, buffer);
+    }
     bool IsOpen() const { return _file.IsOpen(); }
     // After "sequence", which counts from 1, come time (none: null), job and type, then the fields.
     void Write(const std::optional<std::string>& time, const std::string& job, const char* type,

@@ -1,7 +1,10 @@
 #include "host/run/nxCallWatch.h"
 
+#include <utility>
+
 void nxCallWatch::Start()
 {
+    _isStopping = false;
     _thread = std::thread([this] { _Watch(); });
 }
 
@@ -16,6 +19,14 @@ void nxCallWatch::Stop()
     _thread.join();
 }
 
+nxScriptPulse* nxCallWatch::GetScriptPulse()
+{
+#ifdef NX_SCRIPTS_BECOME_CODE
+    if (_options.pulse == nullptr && _options.limit == std::chrono::nanoseconds::zero()) return nullptr;
+#endif
+    return &_pulse.script;
+}
+
 void nxCallWatch::_Watch()
 {
     using Clock = std::chrono::steady_clock;
@@ -23,16 +34,26 @@ void nxCallWatch::_Watch()
     Clock::time_point since = Clock::now();
     std::unique_lock lock(_mutex);
     while (!_wake.wait_for(lock, std::chrono::milliseconds(250), [this] { return _isStopping; })) {
-        const unsigned long long call = _call.load(std::memory_order_relaxed);
+        const unsigned long long call = _pulse.call.load(std::memory_order_relaxed);
+        const Clock::time_point now = Clock::now();
+        const bool isStopped = _StopLateCall(call, now);
         if (call == 0 || call != seen) {
             seen = call;
-            since = Clock::now();
+            since = now;
             continue;
         }
-        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - since);
-        if (seconds.count() < 1) continue;
-        const unsigned long long what = call & 0xff;
-        _onStall({static_cast<std::size_t>(call >> 8 & 0xffffff),
-                  what == 0 ? std::nullopt : std::optional(static_cast<nxCallback>(what - 1)), seconds});
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now - since);
+        const auto what = nxRunPulse::GetCall(call);
+        if (seconds.count() >= 1 && what) _onStall({*what, seconds, isStopped});
     }
+}
+
+bool nxCallWatch::_StopLateCall(unsigned long long call, std::chrono::steady_clock::time_point now)
+{
+    const bool isInterrupted = _options.interrupted != nullptr && _options.interrupted->load();
+    if (_deadline.Look(call, isInterrupted, false, now) == nxCallDeadline::Verdict::Fine) return false;
+    _pulse.script.isStopWanted = true;
+    // Another call is not meant.
+    if (_pulse.call.load() != call) _pulse.script.isStopWanted = false;
+    return std::exchange(_stopped, call) == call;
 }

@@ -5,26 +5,37 @@
 #include <condition_variable>
 #include <functional>
 #include <mutex>
-#include <optional>
 #include <thread>
 
-#include "scriptFramework/job/nxCallback.h"
+#include "host/sandbox/nxCallDeadline.h"
+#include "host/sandbox/nxRunPulse.h"
 
-// Notices from a thread of its own that a callback does not return. The run's thread says when it enters and
-// leaves one.
+// Notices from a thread of its own that a callback does not return, and stops it where that is asked for. The
+// run's thread says when it enters and leaves one.
 class nxCallWatch
 {
 public:
     struct Stall
     {
-        std::size_t job;                     // its index
-        std::optional<nxCallback> callback;  // none: the script is being loaded
-        std::chrono::seconds since;          // how long it has run, at least 1
+        nxRunCall call;
+        std::chrono::seconds since;  // how long it has run, at least 1
+        bool isStopped;              // it was asked to stop, which has not helped
+    };
+    struct Options
+    {
+        nxRunPulse* pulse = nullptr;  // outlives the watch; null: one of its own
+        // What a call may take; 0: any time. Both are left to who else watches the pulse, where somebody
+        // does.
+        std::chrono::nanoseconds limit{0};
+        const std::atomic<bool>* interrupted = nullptr;
     };
 
     // onStall is called on the watching thread, about four times a second while a callback runs for longer
     // than a second.
-    explicit nxCallWatch(std::function<void(const Stall&)> onStall) : _onStall(std::move(onStall)) {}
+    nxCallWatch(Options options, std::function<void(const Stall&)> onStall)
+        : _options(options), _onStall(std::move(onStall))
+    {
+    }
     ~nxCallWatch() { Stop(); }
     nxCallWatch(const nxCallWatch&) = delete;
     nxCallWatch& operator=(const nxCallWatch&) = delete;
@@ -33,20 +44,33 @@ public:
     // onStall is not called any more.
     void Stop();
 
+    // For the scripts. Null where it would cost a script its compiled code, and nobody asked for a limit.
+    nxScriptPulse* GetScriptPulse();
     // On the run's thread.
-    void Enter(std::size_t job, std::optional<nxCallback> callback)
+    void Enter(const nxRunCall& call)
     {
-        const unsigned long long what = callback ? static_cast<unsigned long long>(*callback) + 1 : 0;
-        _call.store(++_count << 32 | (job & 0xffffff) << 8 | what, std::memory_order_relaxed);
+        _pulse.call.store(++_count << 32 | call.Pack(), std::memory_order_relaxed);
     }
-    void Leave() { _call.store(0, std::memory_order_relaxed); }
+    void Leave()
+    {
+        _pulse.call.store(0, std::memory_order_relaxed);
+        // It was meant for this call alone.
+        if (_pulse.script.isStopWanted.load(std::memory_order_relaxed)) [[unlikely]]
+            _pulse.script.isStopWanted = false;
+    }
 
 private:
     void _Watch();
+    // True: it had been stopped before.
+    bool _StopLateCall(unsigned long long call, std::chrono::steady_clock::time_point now);
 
+    const Options _options;
     const std::function<void(const Stall&)> _onStall;
-    std::atomic<unsigned long long> _call = 0;  // the call that is under way, which no other equals; 0: none
-    unsigned long long _count = 0;              // of calls; of the run's thread
+    nxRunPulse _own;
+    nxRunPulse& _pulse = _options.pulse == nullptr ? _own : *_options.pulse;
+    nxCallDeadline _deadline{_options.limit};  // of the watching thread
+    unsigned long long _stopped = 0;           // the call that was
+    unsigned long long _count = 0;             // of calls; of the run's thread
     std::mutex _mutex;
     std::condition_variable _wake;
     bool _isStopping = false;  // by the mutex

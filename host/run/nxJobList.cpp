@@ -18,25 +18,41 @@ void nxJobList::Make(const nxHostServices& services, std::vector<nxScriptSource>
 
 void nxJobList::Close()
 {
-    for (const auto& runner : _runners)
+    for (const auto& runner : _runners) {
+        _watch.Enter({runner->GetJob().GetIndex(), nxRunCall::Part::Closing});
         runner->GetJob().Close();
+        _watch.Leave();
+    }
     _runners.clear();
 }
 
 bool nxJobList::Load(nxJobRunner& runner)
 {
-    _watch.Enter(runner.GetJob().GetIndex(), std::nullopt);
-    const bool succeeded = runner.Load(_state.options.memoryLimit, _state.options.exchange.seed);
+    _watch.Enter({runner.GetJob().GetIndex(), nxRunCall::Part::Loading});
+    const bool succeeded = runner.Load(_state.options, _watch.GetScriptPulse());
     _watch.Leave();
     return succeeded;
 }
 
 bool nxJobList::Start(nxJobRunner& runner)
 {
-    _watch.Enter(runner.GetJob().GetIndex(), nxCallback::OnInit);
+    _watch.Enter({runner.GetJob().GetIndex(), nxRunCall::Part::Callback, nxCallback::OnInit});
     const bool succeeded = runner.Start();
     _watch.Leave();
     return succeeded;
+}
+
+// The library knows only that the host stopped the callback.
+void nxJobList::_NameStop(std::string& message, std::optional<nxCallback> callback) const
+{
+    constexpr std::string_view told = "stopped by the host";
+    if (!message.ends_with(told)) return;
+    message.resize(message.size() - told.size());
+    const char* const name = callback ? nxGetCallbackName(*callback) : "the main part of the script";
+    message += _state.IsInterrupted()
+                   ? fmt::format("{} did not return when the run was interrupted", name)
+                   : fmt::format("{} has run for {:.3g} s", name,
+                                 std::chrono::duration<double>(_state.options.callbackLimit).count());
 }
 
 void nxJobList::NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callback,
@@ -49,6 +65,7 @@ void nxJobList::NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callb
     if (options.memoryLimit != 0 && what.message.ends_with("not enough memory"))
         what.message += fmt::format("; the script may hold {:.3g} MiB",
                                     static_cast<double>(options.memoryLimit) / (1 << 20));
+    _NameStop(what.message, callback);
     const std::string& name = runner.GetJob().GetName();
     _output.Record(runner.GetJob(), "callbackFailure",
                    {{"callback", callback ? nxGetCallbackName(*callback) : ""},

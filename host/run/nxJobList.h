@@ -36,7 +36,7 @@ public:
     template <class Entry, class... Arguments>
     void Call(nxCallback callback, nxJobRunner& runner, Entry entry, Arguments&... arguments)
     {
-        _watch.Enter(runner.GetJob().GetIndex(), callback);
+        _watch.Enter({runner.GetJob().GetIndex(), nxRunCall::Part::Callback, callback});
         const bool succeeded = runner.Call(callback, entry, arguments...);
         _watch.Leave();
         if (!succeeded) [[unlikely]]
@@ -67,6 +67,8 @@ public:
                      const std::string& message = {});
 
 private:
+    void _NameStop(std::string& message, std::optional<nxCallback> callback) const;
+
     nxRunState& _state;
     const nxRunClock& _clock;
     nxRunOutput& _output;

@@ -6,6 +6,7 @@
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxScriptSource.h"
 #include "host/report/nxJobStatistics.h"
+#include "host/run/nxRunOptions.h"
 
 // One job of a run: its script's source, its way from the start to the end, and the accounts of what was
 // delivered to it. Owned by the server, used on the replay's thread; the statistics outlive it.
@@ -22,9 +23,10 @@ public:
     const nxScriptSource& GetSource() const { return _source; }
     nxJobStatistics& GetStatistics() { return _statistics; }
 
-    // Both false on a failure, of which the job object knows the text. The script's random numbers are its
-    // own, and follow from the seed of the run and the job's name.
-    [[nodiscard]] bool Load(std::size_t memoryLimit, unsigned long long seed);
+    // The pulse outlives the runner; null: none is wanted. Both false on a failure, of which the job object
+    // knows the text. The script's random numbers are its own, and follow from the seed of the run and the
+    // job's name.
+    [[nodiscard]] bool Load(const nxRunOptions& options, nxScriptPulse* pulse);
     // Runs OnInit, which the script must define.
     [[nodiscard]] bool Start();
     void NoteDefinedCallbacks();

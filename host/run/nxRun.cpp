@@ -12,6 +12,8 @@
 #include "host/report/nxRunSummary.h"
 #include "host/run/nxRunNotes.h"
 
+using namespace std::chrono_literals;
+
 namespace {
 
 long long FloorSecond(long long time)
@@ -33,7 +35,10 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
           }),
       _output(_state, _clock, out, err),
       _results(_state, _output),
-      _watch([this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
+      _watch({.pulse = _options.pulse,
+              .limit = _options.isGuarded ? 0ns : _options.callbackLimit,
+              .interrupted = _options.isGuarded ? nullptr : _options.interrupted},
+             [this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
       _source(
           {.isLenient = _options.lenient,
            .barsBearStart = _options.barsBearStart,
@@ -94,7 +99,9 @@ void nxRun::_RunAll()
     _trading.WriteStories();
     if (!_options.isInEnvelope) static_cast<void>(WriteResult(std::nullopt));
     // A script that is closed may still look at the jobs that it watches.
+    _watch.Start();
     _jobs.Close();
+    _watch.Stop();
 }
 
 // What goes wrong outside of the scripts, such as a lack of memory, ends the run, and ends it properly.

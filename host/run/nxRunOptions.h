@@ -16,8 +16,12 @@
 #include "host/market/nxAdjustment.h"
 #include "host/market/nxBarTerms.h"
 #include "host/market/nxProductDescription.h"
+#include "host/report/nxOutputBuffer.h"
 #include "host/results/nxRoundTrip.h"
 #include "host/run/nxParameterChange.h"
+#include "host/sandbox/nxRunPulse.h"
+#include "scriptFramework/lua/nxScriptLimits.h"
+#include "scriptFramework/lua/nxScriptProfile.h"
 
 // What a run is asked to do.
 struct nxRunOptions
@@ -63,7 +67,14 @@ struct nxRunOptions
     bool showProgress = false;
     std::ostream* progress = nullptr;  // where to; null: standard error of the run
     std::string progressLabel;         // in front of it
-    std::size_t memoryLimit = 0;       // bytes that each script may hold; 0: no limit
+    nxScriptProfile profile = nxScriptProfile::Base;
+    nxScriptLimits limits;                      // of each script
+    std::size_t memoryLimit = 0;                // bytes that each script may hold; 0: as `limits` says
+    std::chrono::nanoseconds callbackLimit{0};  // of real time that a callback may take; 0: any
+    // Another process watches the pulse, and stops what takes too long; the run does not. See nxRunGuard.
+    bool isGuarded = false;
+    nxRunPulse* pulse = nullptr;             // where to tell what goes on; null: the run's own
+    nxOutputBuffer* recordBuffer = nullptr;  // where the record waits to be written; null: its own
     // Asked once at the end of the run, for what the summary should say of the scripts beside.
     std::function<std::vector<std::string>()> getNotes;
     // Set from elsewhere, such as a signal handler, to end the run after the current event.

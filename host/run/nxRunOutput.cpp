@@ -22,7 +22,7 @@ nxRunOutput::nxRunOutput(nxRunState& state, const nxRunClock& clock, std::ostrea
 std::optional<std::string> nxRunOutput::OpenRecord()
 {
     if (_state.options.recordFile.empty()) return std::nullopt;
-    return _record.Open(_state.options.recordFile);
+    return _record.Open(_state.options.recordFile, _state.options.recordBuffer);
 }
 
 void nxRunOutput::LogText(const nxLaunchedJob& job, const std::string& text)
@@ -91,16 +91,15 @@ bool nxRunOutput::Flush()
 
 void nxRunOutput::NoteStall(const nxCallWatch::Stall& stall)
 {
-    const std::string what =
-        stall.callback ? nxGetCallbackName(*stall.callback) : std::string("the main part of the script");
     std::string text = fmt::format("{}{} has not returned for {} s",
-                                   _state.IsAlone() ? "" : _state.options.jobs[stall.job].name + ": ", what,
-                                   stall.since.count());
+                                   _state.IsAlone() ? "" : _state.options.jobs[stall.call.job].name + ": ",
+                                   stall.call.GetName(), stall.since.count());
     const std::scoped_lock lock(_mutex);
     // A script's own print writes there.
     std::fflush(stdout);
     _out.flush();
-    if (!_state.IsInterrupted()) return _progress.Show(text);
+    // Only where a stop has not helped there is something left for the person to do.
+    if (!_state.IsInterrupted() || !stall.isStopped) return _progress.Show(text);
     text += "; Ctrl-C again to kill";
     _progress.Show(text);
     if (!_hasToldToKill && !_progress.IsEnabled()) _err << text << std::endl;

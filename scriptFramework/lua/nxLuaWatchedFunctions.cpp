@@ -51,6 +51,8 @@ bool IsNeeded(const nxScriptWatch& watch, const nxScriptLimits& limits, Kind kin
             return watch.HasPulse();
         case Kind::Print:
             return limits.log != 0 || limits.logLine != 0;
+        case Kind::NoFinalizer:  // a pulse alone only asks, and finalizers are a script's right then
+            return limits.instructions != 0 || limits.depth != 0;
         default:
             return watch.IsCounting();
     }

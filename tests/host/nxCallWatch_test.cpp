@@ -7,7 +7,7 @@ TEST(nxCallWatchThread, TellsOfTheCallThatDoesNotReturnAndOfNoneBefore)
 {
     std::mutex mutex;
     std::optional<nxCallWatch::Stall> told;
-    nxCallWatch watch([&](const nxCallWatch::Stall& stall) {
+    nxCallWatch watch({}, [&](const nxCallWatch::Stall& stall) {
         const std::scoped_lock lock(mutex);
         if (!told) told = stall;
     });
@@ -18,13 +18,13 @@ TEST(nxCallWatchThread, TellsOfTheCallThatDoesNotReturnAndOfNoneBefore)
     watch.Start();
     for (const nxCallback callback : {nxCallback::OnInit, nxCallback::OnTimer}) {
         watch.Leave();
-        watch.Enter(70'000, callback);
+        watch.Enter({70'000, nxRunCall::Part::Callback, callback});
     }
     while (!isTold())
         std::this_thread::yield();
     watch.Leave();
     watch.Stop();
-    EXPECT_EQ(told->job, 70'000u);
-    EXPECT_EQ(told->callback, nxCallback::OnTimer);
+    EXPECT_EQ(told->call.job, 70'000u);
+    EXPECT_EQ(told->call.callback, nxCallback::OnTimer);
     EXPECT_GE(told->since.count(), 1);
 }

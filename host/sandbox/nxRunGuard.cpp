@@ -1,0 +1,234 @@
+#include "host/sandbox/nxRunGuard.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+
+#include "host/sandbox/nxLeftOutput.h"
+#include "host/sandbox/nxRunPlace.h"
+
+namespace {
+
+constexpr int Failed = 2;  // nothing was run
+
+// What programs read without being told to: zones, the checker's Lua files, the library of hashes' settings.
+constexpr const char* SystemPaths[] = {"/usr/share/zoneinfo",  "/etc/localtime",       "/usr/share/lua",
+                                       "/usr/local/share/lua", "/etc/ssl/openssl.cnf", "/dev/urandom"};
+
+// That of a path which names an open descriptor, such as a shell's <(...) gives; below 0: it does not.
+int FindDescriptor(const std::string& path)
+{
+    for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
+        int number = -1;
+        const char* const end = path.data() + path.size();
+        if (path.starts_with(folder) && std::from_chars(path.data() + folder.size(), end, number).ptr == end)
+            return number;
+    }
+    return -1;
+}
+
+}  // namespace
+
+nxRunGuard::nxRunGuard(nxGuardOptions options, std::ostream& err) : _options(std::move(options)), _err(err) {}
+
+// A rule holds for what is there, so what the child is to write has to be. It is not emptied: that is done
+// once the command can be carried out.
+void nxRunGuard::_MakeFiles()
+{
+    std::vector<std::string> files = _options.outputs;
+    files.push_back(_options.record);
+    for (const std::string& path : files) {
+        if (path.empty() || path == "-") continue;
+        const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file < 0) continue;  // it is there, or the child will tell why it cannot be
+        close(file);
+        _made.push_back(path);
+    }
+    if (!_options.storeDirectory.empty() && mkdir(_options.storeDirectory.c_str(), 0777) == 0)
+        _made.push_back(_options.storeDirectory);
+}
+
+void nxRunGuard::_RemoveEmptyFiles() const
+{
+    for (const std::string& path : _made) {
+        struct stat status;
+        if (stat(path.c_str(), &status) != 0) continue;
+        if (S_ISDIR(status.st_mode)) {
+            rmdir(path.c_str());  // refuses one in which there is something
+        } else if (status.st_size == 0) {
+            unlink(path.c_str());
+        }
+    }
+}
+
+nxConfinement nxRunGuard::_GetRights() const
+{
+    nxConfinement rights;
+    rights.readable = {std::begin(SystemPaths), std::end(SystemPaths)};
+    for (const auto* paths : {&_options.inputs, &_options.modules})
+        rights.readable.insert(rights.readable.end(), paths->begin(), paths->end());
+    for (const nxJobOptions& job : _options.jobs)
+        rights.readable.push_back(job.script);
+    rights.writable = _options.outputs;
+    rights.writable.insert(rights.writable.end(), {_options.record, "/dev/null"});
+    for (const auto* paths : {&rights.readable, &rights.writable})
+        for (const std::string& path : *paths)
+            if (const int descriptor = FindDescriptor(path); descriptor >= 0)
+                rights.descriptors.push_back(descriptor);
+    // Standard input and output are open already, and no file of that name is meant.
+    for (auto* paths : {&rights.readable, &rights.writable})
+        std::erase(*paths, "-");
+    if (!_options.storeDirectory.empty()) rights.directories = {_options.storeDirectory};
+    rights.memory = _options.memory;
+    // A history of bars opens the data once more.
+    constexpr unsigned int timesOpen = 4;
+    rights.files += timesOpen * static_cast<unsigned int>(_options.inputs.size());
+    return rights;
+}
+
+std::optional<int> nxRunGuard::Start()
+{
+    if (_page == nullptr) {
+        _err << "the sandbox cannot be set up: no shared memory\n";
+        return Failed;
+    }
+    if (!nxConfinement::HasPathRules())
+        _err
+            << "this kernel has no Landlock: the scripts' process is not kept from files that you can open\n";
+    _MakeFiles();
+    std::cout.flush();
+    std::fflush(nullptr);  // else both would write it
+    _outputBegin = lseek(STDOUT_FILENO, 0, SEEK_CUR);
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child == 0) {
+        _BecomeChild(parent);
+        return std::nullopt;
+    }
+    if (child > 0) return _Watch(child);
+    _err << "the sandbox cannot be set up: no process: " << std::strerror(errno) << "\n";
+    return Failed;
+}
+
+void nxRunGuard::_BecomeChild(pid_t parent)
+{
+    // Before the next line the parent may have gone.
+    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(Failed);
+    // They are the parent's to hear, who tells by the page.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, SIG_IGN);
+    if (const auto failure = _GetRights().Apply()) {
+        _err << "the sandbox cannot be set up: " << *failure << std::endl;
+        _exit(Failed);
+    }
+}
+
+int nxRunGuard::_Watch(pid_t child)
+{
+    constexpr int interval = 50;  // milliseconds
+    pollfd ended{static_cast<int>(syscall(SYS_pidfd_open, child, 0)), POLLIN, 0};
+    int status = 0;
+    while (waitpid(child, &status, WNOHANG) == 0) {
+        if (!_killed.empty() || !_Judge(child)) {
+            waitpid(child, &status, 0);
+            break;
+        }
+        // A signal wakes it, and so does the child's end; where the kernel cannot tell that, it waits.
+        poll(&ended, 1, interval);
+    }
+    if (ended.fd >= 0) close(ended.fd);
+    return _Bury(status);
+}
+
+// False: the child was killed.
+bool nxRunGuard::_Judge(pid_t child)
+{
+    const unsigned long long call = _page->pulse.call;
+    if (_options.interrupted != nullptr && _options.interrupted->load()) _page->isInterrupted = true;
+    const bool isWaiting = _page->output.isWriting || _page->record.isWriting;
+    switch (_deadline.Look(call, _page->isInterrupted, isWaiting, Clock::now())) {
+        case nxCallDeadline::Verdict::Fine:
+            return true;
+        case nxCallDeadline::Verdict::Stop:
+            if (std::exchange(_stopped, call) == call) return true;
+            _page->pulse.script.isStopWanted = true;
+            // Another call is not meant.
+            if (_page->pulse.call != call) _page->pulse.script.isStopWanted = false;
+            return true;
+        case nxCallDeadline::Verdict::Kill:
+            break;
+    }
+    _killed = _DescribeKill(_deadline.GetToldTime(Clock::now()));
+    kill(child, SIGKILL);
+    return false;
+}
+
+// The child is dead, and its memory still tells what it did.
+int nxRunGuard::_Bury(int status)
+{
+    // Also one that came to its end between the verdict and the kill.
+    if (WIFEXITED(status)) {
+        if (WEXITSTATUS(status) == Failed) _RemoveEmptyFiles();
+        return WEXITSTATUS(status);
+    }
+    _TellEnd(_killed.empty() ? _DescribeCrash(WTERMSIG(status)) : _killed);
+    return ScriptFailed;
+}
+
+std::string nxRunGuard::_DescribeKill(std::chrono::duration<double> time) const
+{
+    const nxRunPlace place(_page->pulse, _options.jobs, _options.modules);
+    return fmt::format("{} has run for {:.3g} s{}{}; the run ended there", place.callback, time.count(),
+                       place.function.empty() ? "" : " in ", place.function);
+}
+
+std::string nxRunGuard::_DescribeCrash(int signal) const
+{
+    const nxRunPlace place(_page->pulse, _options.jobs, _options.modules);
+    return fmt::format("{}{}{}: the run was ended by signal {} ({})",
+                       place.callback.empty() ? "outside of the scripts" : place.callback,
+                       place.function.empty() ? "" : " in ", place.function, signal, strsignal(signal));
+}
+
+void nxRunGuard::_TellEnd(const std::string& text)
+{
+    if (isatty(STDERR_FILENO) != 0) _err << "\r\033[K";  // what was left of the progress bar
+    _FinishOutputs(text);
+    _err << text << "\n";
+    for (const std::string& path : _options.outputs)
+        if (!path.empty()) _err << path << ": is not written\n";
+    _err.flush();
+}
+
+void nxRunGuard::_FinishOutputs(const std::string& text)
+{
+    bool isTaken = _options.record == "-";
+    for (const std::string& path : _options.outputs)
+        isTaken = isTaken || path == "-";
+    if (_page->output.isOpen)
+        nxLeftOutput::Write(isTaken ? STDERR_FILENO : STDOUT_FILENO, isTaken ? -1 : _outputBegin,
+                            _page->output);
+    if (_options.record.empty() || !_page->record.isOpen) return;
+    if (_options.record == "-") {
+        nxLeftOutput::FinishRecord(STDOUT_FILENO, _outputBegin, _page->record, text);
+        return;
+    }
+    struct stat status;
+    const int file = open(_options.record.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
+    if (file < 0) return;
+    const bool isFile = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    nxLeftOutput::FinishRecord(file, isFile ? 0 : -1, _page->record, text);
+    close(file);
+}
