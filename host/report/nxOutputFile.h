@@ -1,23 +1,32 @@
 #pragma once
 
-#include <cstdio>
-#include <memory>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
 // A file that a run writes, opened before the run so that it is known to be possible, written through a
-// buffer and whole once Close() has succeeded. The first failure is kept. Used on the run's thread.
+// buffer and whole once Close() has succeeded. The first failure is kept, and nothing is written after it.
+// Used on the run's thread.
 class nxOutputFile
 {
 public:
+    // What a file holds that could not be written to its end.
+    enum class Cut {
+        Empty,   // nothing, where it can be emptied: a part could be taken for the whole
+        AtWrite  // what whole calls of Write gave, also when the process is killed
+    };
+
     // what: "the record", for messages.
-    explicit nxOutputFile(const char* what) : _what(what) {}
+    explicit nxOutputFile(const char* what, Cut cut = Cut::Empty) : _what(what), _cut(cut) {}
+    ~nxOutputFile();
+    nxOutputFile(const nxOutputFile&) = delete;
+    nxOutputFile& operator=(const nxOutputFile&) = delete;
 
     // Empties a file that exists. "-" is standard output, which is this file's alone from then on: whatever
     // else the process prints to it goes to standard error. Null, or why not: "FILE: reason".
     [[nodiscard]] std::optional<std::string> Open(const std::string& path);
-    bool IsOpen() const { return _file != nullptr; }
+    bool IsOpen() const { return _file >= 0; }
     void Write(std::string_view text);
     // What was written so far could not be, as far as is known.
     bool HasFailed() const { return _failure.has_value(); }
@@ -25,15 +34,16 @@ public:
     [[nodiscard]] std::optional<std::string> Close();
 
 private:
-    struct Closer
-    {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-
-    void _NoteFailure();
+    void _WriteBuffer();
+    void _WriteNow(std::string_view text);
+    void _Fail();
+    void _CutOff();
 
     const char* _what;
+    const Cut _cut;
     std::string _path;
-    std::unique_ptr<std::FILE, Closer> _file;
+    int _file = -1;
+    std::string _buffer;
+    std::size_t _size = 0;  // of what whole calls have written
     std::optional<std::string> _failure;
 };
