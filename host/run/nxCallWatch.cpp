@@ -1,5 +1,7 @@
 #include "host/run/nxCallWatch.h"
 
+#include <new>
+
 void nxCallWatch::Start()
 {
     _thread = std::thread([this] { _Watch(); });
@@ -32,7 +34,11 @@ void nxCallWatch::_Watch()
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - since);
         if (seconds.count() < 1) continue;
         const unsigned long long what = call & 0xff;
-        _onStall({static_cast<std::size_t>(call >> 8 & 0xffffff),
-                  what == 0 ? std::nullopt : std::optional(static_cast<nxCallback>(what - 1)), seconds});
+        // Where there is no memory to tell it, the next time will do.
+        try {
+            _onStall({static_cast<std::size_t>(call >> 8 & 0xffffff),
+                      what == 0 ? std::nullopt : std::optional(static_cast<nxCallback>(what - 1)), seconds});
+        } catch (const std::bad_alloc&) {
+        }
     }
 }
