@@ -12,6 +12,7 @@
 
 #include "apps/algoserver/arguments.h"
 #include "apps/algoserver/forms.h"
+#include "apps/algoserver/memory.h"
 #include "apps/algoserver/signals.h"
 #include "base/log/nxConsoleLogDevice.h"
 #include "base/log/nxLogEntriesQueue.h"
@@ -111,6 +112,7 @@ int Run(RunArguments& arguments)
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
     options.interrupted = &GetInterrupted();
+    options.shortOfMemory = &GetShortOfMemory();
     nxScriptReview review(options.jobs, options.modules);
     options.getNotes = [&review] { return review.GetNotes(); };
     nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(arguments.logLevel)));
