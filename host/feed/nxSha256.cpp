@@ -1,13 +1,15 @@
 #include "host/feed/nxSha256.h"
 
+// Those that take their place need memory, and crash where there is none.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
 #include <fmt/format.h>
-#include <openssl/evp.h>
+#include <openssl/sha.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <system_error>
 #include <vector>
 
@@ -16,34 +18,20 @@ namespace {
 class Digest
 {
 public:
-    Digest() : _context(EVP_MD_CTX_new(), EVP_MD_CTX_free)
-    {
-        _Check(_context != nullptr && EVP_DigestInit_ex(_context.get(), EVP_sha256(), nullptr) == 1);
-    }
-
-    void Add(const char* data, std::size_t size)
-    {
-        _Check(EVP_DigestUpdate(_context.get(), data, size) == 1);
-    }
+    Digest() { SHA256_Init(&_context); }
+    void Add(const char* data, std::size_t size) { SHA256_Update(&_context, data, size); }
     std::string Finish()
     {
-        unsigned char bytes[EVP_MAX_MD_SIZE];
-        unsigned int size = 0;
-        _Check(EVP_DigestFinal_ex(_context.get(), bytes, &size) == 1);
+        unsigned char bytes[SHA256_DIGEST_LENGTH];
+        SHA256_Final(bytes, &_context);
         std::string text;
-        for (unsigned int i = 0; i < size; ++i)
-            text += fmt::format("{:02x}", bytes[i]);
+        for (const unsigned char byte : bytes)
+            text += fmt::format("{:02x}", byte);
         return text;
     }
 
 private:
-    // All that it lacks ever is memory.
-    static void _Check(bool succeeded)
-    {
-        if (!succeeded) throw std::bad_alloc();
-    }
-
-    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> _context;
+    SHA256_CTX _context;
 };
 
 }  // namespace
