@@ -9,12 +9,13 @@ DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --l
     --report build/demo.html
 SOURCES = git ls-files '*.h' '*.cpp'
 
-.PHONY: help demo test soak build asan tsan luajit bench format check-format install packages clean
+.PHONY: help demo test soak faults build asan tsan luajit bench format check-format install packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
 	@echo "make test     install what is missing, build, run all tests"
 	@echo "make soak     the exchange against a naive one, for MINUTES ($(MINUTES))"
+	@echo "make faults   each fault of memory, disk and signals at each step of a run"
 	@echo "make asan     the tests under AddressSanitizer and UBSan"
 	@echo "make tsan     the tests with threads under ThreadSanitizer"
 	@echo "make luajit   the tests on LuaJIT"
@@ -52,6 +53,12 @@ soak: packages
 	cmake --build --preset dev -j $(JOBS) --target test_host
 	NX_SOAK_SECONDS=$$(($(MINUTES) * 60 * $(JOBS) / 12)) \
 	    ctest --preset dev -j $(JOBS) --timeout 1000000 -R nxExchangeNaive
+
+# Some thousands of runs; `make test` has every step that is a power of two.
+faults: packages
+	cmake --preset dev
+	cmake --build --preset dev -j $(JOBS) --target algoserver_faulty nx_fault_injector
+	cmake --build --preset dev --target faults
 
 asan: packages
 	cmake --preset asan

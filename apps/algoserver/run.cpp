@@ -12,6 +12,7 @@
 
 #include "apps/algoserver/arguments.h"
 #include "apps/algoserver/forms.h"
+#include "apps/algoserver/memory.h"
 #include "apps/algoserver/signals.h"
 #include "base/log/nxConsoleLogDevice.h"
 #include "base/log/nxLogEntriesQueue.h"
@@ -142,6 +143,7 @@ int Run(RunArguments& arguments)
     options.showProgress = isatty(STDERR_FILENO) != 0;
     options.interrupted = &GetInterrupted();
     options.callbackLimit = arguments.sandbox.GetCallbackLimit(arguments.sandbox.isStrict);
+    options.shortOfMemory = &GetShortOfMemory();
     CatchSignals();
     return arguments.sandbox.isStrict ? RunStrictly(arguments, options)
                                       : RunHere(arguments, options, std::cout);

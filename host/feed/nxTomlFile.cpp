@@ -45,6 +45,8 @@ bool nxTomlFile::Read(const char* content, const std::function<void(const toml::
     } catch (const toml::exception& failure) {
         const toml::source_location& place = failure.location();
         error = {_path, place.line(), static_cast<unsigned int>(place.column()), GetReason(failure.what())};
+    } catch (const std::bad_alloc&) {
+        throw;  // says nothing about the file
     } catch (const std::exception& failure) {
         error = {_path, 0, 0, GetReason(failure.what())};
     }

@@ -1,5 +1,6 @@
 #include "host/run/nxCallWatch.h"
 
+#include <new>
 #include <utility>
 
 void nxCallWatch::Start()
@@ -44,7 +45,12 @@ void nxCallWatch::_Watch()
         }
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now - since);
         const auto what = nxRunPulse::GetCall(call);
-        if (seconds.count() >= 1 && what) _onStall({*what, seconds, isStopped});
+        if (seconds.count() < 1 || !what) continue;
+        // Where there is no memory to tell it, the next time will do.
+        try {
+            _onStall({*what, seconds, isStopped});
+        } catch (const std::bad_alloc&) {
+        }
     }
 }
 

@@ -398,6 +398,8 @@ void nxRun::_Finish()
 
 void nxRun::_NameTheEnd()
 {
+    // A script may have caught it, but what it called was left half done.
+    if (_state.IsShortOfMemory() && _state.result != nxRunResult::InputFailed) _Fail("out of memory");
     const auto remark = [&](std::size_t count, const char* where) {
         if (count != 0)
             _state.statistics.remarks.push_back(std::to_string(count) + " parameter change" +

@@ -79,6 +79,9 @@ struct nxRunOptions
     std::function<std::vector<std::string>()> getNotes;
     // Set from elsewhere, such as a signal handler, to end the run after the current event.
     const std::atomic<bool>* interrupted = nullptr;
+    // Set when memory has run out anywhere: the run ends then and says so, even where a script catches the
+    // error.
+    const std::atomic<bool>* shortOfMemory = nullptr;
 
     // More than the summary tells.
     bool IsDetailWanted() const

@@ -49,7 +49,8 @@ void nxRunOutput::RecordAt(long long time, const std::string& job, const char* t
                            nxRunRecord::Fields fields)
 {
     if (_entries != nullptr) _entries->Take(time, job, type, fields);
-    if (!_record.IsOpen()) return;
+    // Without memory a line may have been lost: the record goes up to there, as its missing end tells.
+    if (!_record.IsOpen() || _state.IsShortOfMemory()) return;
     const auto stamp =
         _state.hasTime ? std::optional(nxFeedTime::GetAsString(time)) : std::optional<std::string>();
     _record.Write(stamp, job, type, fields);
