@@ -9,12 +9,13 @@ DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --l
     --report build/demo.html
 SOURCES = git ls-files '*.h' '*.cpp'
 
-.PHONY: help demo test soak build asan tsan luajit bench format check-format install packages clean
+.PHONY: help demo test soak fuzz build asan tsan luajit bench format check-format install packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
 	@echo "make test     install what is missing, build, run all tests"
 	@echo "make soak     the exchange against a naive one, for MINUTES ($(MINUTES))"
+	@echo "make fuzz     whatever reads text from outside, and scripts, against random input, for MINUTES ($(MINUTES))"
 	@echo "make asan     the tests under AddressSanitizer and UBSan"
 	@echo "make tsan     the tests with threads under ThreadSanitizer"
 	@echo "make luajit   the tests on LuaJIT"
@@ -52,6 +53,13 @@ soak: packages
 	cmake --build --preset dev -j $(JOBS) --target test_host
 	NX_SOAK_SECONDS=$$(($(MINUTES) * 60 * $(JOBS) / 12)) \
 	    ctest --preset dev -j $(JOBS) --timeout 1000000 -R nxExchangeNaive
+
+# With Clang from 15 on, FUZZ_CXX=clang++-16 as an example, libFuzzer drives the targets.
+FUZZ_CXX ?= c++
+fuzz: packages
+	cmake --preset fuzz -DCMAKE_CXX_COMPILER=$(FUZZ_CXX)
+	cmake --build --preset fuzz -j $(JOBS)
+	fuzz/run build/fuzz $$(($(MINUTES) * 60))
 
 asan: packages
 	cmake --preset asan

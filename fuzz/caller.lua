@@ -100,8 +100,8 @@ end
 local act
 
 local numbers = {
-  0, 1, 2, 3, 5, 10, 100, 99.75, 100.25, 100.5, 101, -1, 0.5, 0.1, 1e-9, 64, 1000, 65536, 2 ^ 31 - 1, 2 ^ 31, -2 ^ 31, 2 ^ 32,
-  2 ^ 53, 2 ^ 63, -2 ^ 63, 1e15, 1e300, -1e300, 1 / 0, -1 / 0, 0 / 0, -0.0,
+  0, 1, 2, 3, 5, 10, 100, 99.75, 100.25, 100.5, 101, -1, 0.5, 0.1, 1e-9, 64, 1000, 65536,
+  2 ^ 31 - 1, 2 ^ 31, -2 ^ 31, 2 ^ 32, 2 ^ 53, 2 ^ 63, -2 ^ 63, 1e15, 1e300, -1e300, 1 / 0, -1 / 0, 0 / 0, -0.0,
 }
 local sensible = 18 -- of these
 
@@ -208,11 +208,15 @@ local special = {
   end,
   createOrder = function()
     local keys = checker.tables.createOrder.keys
-    return { side = pick(keys.side), type = draw(4) == 1 and "MARKET" or "LIMIT", exec = draw(2) == 1 and pick(keys.exec) or nil,
-      time = draw(2) == 1 and pick(keys.time) or nil }
+    local map = { side = pick(keys.side), type = draw(4) == 1 and "MARKET" or "LIMIT" }
+    if draw(2) == 1 then map.exec = pick(keys.exec) end
+    if draw(2) == 1 then map.time = pick(keys.time) end
+    return map
   end,
   work = function()
-    local map = { volume = draw(10), price = draw(6) ~= 1 and 98 + draw(16) / 4 or nil, stopPrice = draw(4) == 1 and 98 + draw(16) / 4 or nil }
+    local map = { volume = draw(10) }
+    if draw(6) ~= 1 then map.price = 98 + draw(16) / 4 end
+    if draw(4) == 1 then map.stopPrice = 98 + draw(16) / 4 end
     if draw(4) == 1 then map[pick(namesOf(checker.tables.work.keys))] = draw(4) end
     return map
   end,
@@ -245,7 +249,7 @@ local ending = { shutdown = true, stop = true }
 local function mend(list, message)
   local index, wanted = tostring(message):match("bad argument #(%d+) .-%((%w+) expected")
   if index == nil then return false end
-  local wants = { number = number, string = text, boolean = function() return draw(2) == 1 end, table = function() return {} end }
+  local wants = { number = number, string = text, boolean = function() return draw(2) == 1 end }
   list[tonumber(index) - 1] = (wants[wanted] or value)()
   return true
 end
@@ -352,8 +356,18 @@ function OnInit()
       if member:find("^subscribe") and draw(4) ~= 1 then pcall(product[member], product) end
     end
   end
-  for _ = 1, draw(12) do
-    act()
+  local others = job:getVorantJobs()
+  keep(others)
+  for i = 1, 2 do
+    local _, other = keepAll(pcall(others.getVorantJob, others, i))
+    if type(other) == "table" and draw(4) ~= 1 then other:subscribe() end
   end
   onInit()
+end
+
+-- However soon the bytes are used up, some are left for the end.
+local onShutdown = OnShutdown
+function OnShutdown()
+  place = math.min(place, #input - 30)
+  onShutdown()
 end

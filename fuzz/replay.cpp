@@ -29,6 +29,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Random = std::mt19937;
+using Corpus = std::vector<std::string>;
 using namespace std::chrono_literals;
 
 constexpr auto Patience = 120s;  // for one text, under a sanitizer and beside other work
@@ -79,9 +81,9 @@ Options ReadOptions(int argc, char** argv)
     return options;
 }
 
-std::vector<std::string> ReadCorpus(const std::vector<std::string>& folders)
+Corpus ReadCorpus(const std::vector<std::string>& folders)
 {
-    std::vector<std::string> corpus;
+    Corpus corpus;
     for (const std::string& folder : folders) {
         if (!std::filesystem::is_directory(folder)) continue;
         std::vector<std::filesystem::path> files(std::filesystem::directory_iterator(folder), {});
@@ -94,12 +96,34 @@ std::vector<std::string> ReadCorpus(const std::vector<std::string>& folders)
     return corpus;
 }
 
-std::string Mutate(std::string text, std::mt19937& random, const std::vector<std::string>& corpus)
+// One number in the text, from a place on, becomes another.
+void ChangeNumber(std::string& text, std::size_t place, const char* number)
 {
+    constexpr const char* digits = "0123456789";
+    const std::size_t begin = text.find_first_of(digits, place);
+    if (begin == text.npos) return;
+    text.replace(begin, std::min(text.find_first_not_of(digits, begin), text.size()) - begin, number);
+}
+
+// The line at the place goes, or comes once more at another one.
+void MoveLine(std::string& text, std::size_t place, std::size_t to)
+{
+    const std::size_t begin = text.rfind('\n', place) + 1;
+    const std::size_t size = std::min(text.find('\n', place), text.size() - 1) + 1 - begin;
+    if (to % 2 == 0)
+        text.erase(begin, size);
+    else
+        text.insert(text.rfind('\n', to) + 1, text.substr(begin, size));
+}
+
+std::string Mutate(std::string text, Random& random, const Corpus& corpus)
+{
+    constexpr const char* numbers[] = {"0",     "1",   "-1", "0.5", "4294967295", "9223372036854775807",
+                                       "1e308", "nan", ""};
     const auto below = [&](std::size_t limit) { return random() % limit; };
     for (auto changes = 1 + below(4); changes != 0; --changes) {
         const std::size_t place = below(text.size() + 1);
-        switch (below(5)) {
+        switch (below(7)) {
             case 0:
                 text.insert(place, 1, static_cast<char>(below(256)));
                 break;
@@ -111,6 +135,12 @@ std::string Mutate(std::string text, std::mt19937& random, const std::vector<std
                 break;
             case 3:
                 text.insert(place, text.substr(below(text.size() + 1), below(32)));
+                break;
+            case 4:
+                ChangeNumber(text, place, numbers[below(std::size(numbers))]);
+                break;
+            case 5:
+                if (place < text.size()) MoveLine(text, place, below(text.size()));
                 break;
             default:
                 text = text.substr(0, place) + corpus[below(corpus.size())].substr(0, below(64));
@@ -129,9 +159,9 @@ void Run(const std::string& text)
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
 }
 
-void RunFixed(const Options& options, const std::vector<std::string>& corpus)
+void RunFixed(const Options& options, const Corpus& corpus)
 {
-    std::mt19937 random(options.seed);
+    Random random(options.seed);
     for (const std::string& text : corpus) {
         Run(text);
         for (long i = 0; i < options.runs; ++i)
@@ -139,9 +169,9 @@ void RunFixed(const Options& options, const std::vector<std::string>& corpus)
     }
 }
 
-void RunUntil(Clock::time_point end, unsigned int seed, std::vector<std::string> corpus)
+void RunUntil(Clock::time_point end, unsigned int seed, Corpus corpus)
 {
-    std::mt19937 random(seed);
+    Random random(seed);
     for (const std::string& text : corpus)
         Run(text);
     while (Clock::now() < end) {
@@ -217,7 +247,7 @@ __sanitizer_cov_trace_pc()
 int main(int argc, char** argv)
 {
     Options options = ReadOptions(argc, argv);
-    const std::vector<std::string> corpus = ReadCorpus(options.folders);
+    const Corpus corpus = ReadCorpus(options.folders);
     if (corpus.empty()) {
         std::fprintf(stderr, "%s: no corpus\n", argv[0]);
         return 1;
