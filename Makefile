@@ -9,13 +9,14 @@ DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --l
     --report build/demo.html
 SOURCES = git ls-files '*.h' '*.cpp'
 
-.PHONY: help demo test soak faults build asan tsan luajit bench format check-format install packages clean
+.PHONY: help demo test soak faults fuzz build asan tsan luajit bench format check-format install packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
 	@echo "make test     install what is missing, build, run all tests"
 	@echo "make soak     the exchange against a naive one, for MINUTES ($(MINUTES))"
 	@echo "make faults   each fault of memory, disk and signals at each step of a run"
+	@echo "make fuzz     whatever reads text from outside, and scripts, against random input, for MINUTES ($(MINUTES))"
 	@echo "make asan     the tests under AddressSanitizer and UBSan"
 	@echo "make tsan     the tests with threads under ThreadSanitizer"
 	@echo "make luajit   the tests on LuaJIT"
@@ -59,6 +60,13 @@ faults: packages
 	cmake --preset dev
 	cmake --build --preset dev -j $(JOBS) --target algoserver_faulty nx_fault_injector
 	cmake --build --preset dev --target faults
+
+# With Clang from 15 on, FUZZ_CXX=clang++-16 as an example, libFuzzer drives the targets.
+FUZZ_CXX ?= c++
+fuzz: packages
+	cmake --preset fuzz -DCMAKE_CXX_COMPILER=$(FUZZ_CXX)
+	cmake --build --preset fuzz -j $(JOBS)
+	fuzz/run build/fuzz $$(($(MINUTES) * 60))
 
 asan: packages
 	cmake --preset asan

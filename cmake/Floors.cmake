@@ -38,6 +38,14 @@ if(SCRIPTFRAMEWORK_SANITIZE)
     endif()
     add_link_options(-fsanitize=${SCRIPTFRAMEWORK_SANITIZE})
 endif()
+if(SCRIPTFRAMEWORK_FUZZ)
+    # Only the programs of fuzz/ have what these call.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        add_compile_options(-fsanitize=fuzzer-no-link)
+    else()
+        add_compile_options(-fsanitize-coverage=trace-pc)
+    endif()
+endif()
 
 # nx_floor(<target> <public libraries...>): the sources are those below the calling folder.
 function(nx_floor target)

@@ -21,7 +21,7 @@ std::string Quote(const std::string& text)
     std::string quoted = "\"";
     for (const char c : text) {
         if (c == '"' || c == '\\') quoted += '\\';
-        if (static_cast<unsigned char>(c) < ' ')
+        if (static_cast<unsigned char>(c) < ' ' || c == 0x7f)
             quoted += fmt::format("\\u{:04X}", static_cast<unsigned int>(c));
         else
             quoted += c;
@@ -130,6 +130,25 @@ std::string nxDataSet::GetText() const
         text += fmt::format("sha256 = {}\nsource = {}\n", Quote(file.sha256), Quote(file.source));
     }
     return text;
+}
+
+// Neither longer than needed, nor half of a pair, nor beyond the last character.
+bool nxDataSet::CanTell(std::string_view text)
+{
+    constexpr unsigned long leasts[] = {0, 0x80, 0x800, 0x10000};
+    for (std::size_t place = 0; place < text.size();) {
+        const auto first = static_cast<unsigned char>(text[place++]);
+        const std::size_t more = first < 0x80 ? 0 : first < 0xe0 ? 1 : first < 0xf0 ? 2 : 3;
+        if ((first >= 0x80 && first < 0xc0) || first >= 0xf8 || text.size() - place < more) return false;
+        unsigned long character = more == 0 ? first : first & (0x3fu >> more);
+        for (std::size_t i = 0; i < more; ++i) {
+            const auto next = static_cast<unsigned char>(text[place++]);
+            if ((next & 0xc0) != 0x80) return false;
+            character = character << 6 | (next & 0x3f);
+        }
+        if (character < leasts[more] || character > 0x10ffff || (character >> 11) == 0x1b) return false;
+    }
+    return true;
 }
 
 void nxDataSet::Put(File file)

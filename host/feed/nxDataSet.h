@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/values/nxDecimal.h"
@@ -29,6 +30,9 @@ struct nxDataSet
     // The file is checked against what it tells. Null, or why not: "FILE:LINE:COLUMN: reason".
     [[nodiscard]] std::optional<std::string> Read(const std::string& path);
     [[nodiscard]] std::string GetText() const;
+
+    // Whether it can tell this text: TOML is UTF-8.
+    [[nodiscard]] static bool CanTell(std::string_view text);
 
     // Takes a file in the place of one of the same name.
     void Put(File file);

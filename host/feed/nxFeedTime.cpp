@@ -16,6 +16,9 @@ constexpr const char* NoSuchDate = "no such calendar date";
 constexpr const char* NoSuchTimeOfDay = "no such time of day";
 constexpr const char* OutOfRange = "time out of range (1678 to 2261)";
 
+// Smaller numbers are of another unit.
+constexpr unsigned long long LeastNanoseconds = 100'000'000'000'000'000;
+
 using nxTime::NanosecondsPerSecond;
 
 // Takes a text apart from the front; every step tells whether it found what it looked for.
@@ -154,7 +157,7 @@ const char* nxFeedTime::SetFromInteger(unsigned long long count, long long& time
         unit = nxTime::NanosecondsPerSecond;
     else if (count < 100'000'000'000'000)
         unit = 1'000'000;
-    else if (count < 100'000'000'000'000'000)
+    else if (count < LeastNanoseconds)
         unit = 1'000;
     long long product = 0;
     if (__builtin_mul_overflow(count, unit, &product) || product > Latest) return OutOfRange;
@@ -204,4 +207,9 @@ std::string nxFeedTime::GetAsString(long long time)
                        static_cast<unsigned int>(date.month()), static_cast<unsigned int>(date.day()),
                        clock.hours().count(), clock.minutes().count(), clock.seconds().count(),
                        clock.subseconds().count());
+}
+
+std::string nxFeedTime::GetAsFileText(long long time)
+{
+    return time < static_cast<long long>(LeastNanoseconds) ? GetAsString(time) : std::to_string(time);
 }

@@ -39,4 +39,7 @@ public:
 
     // "YYYYMMDD:HH:MM:SS.nnnnnnnnn", for messages.
     [[nodiscard]] static std::string GetAsString(long long time);
+    // For files of our own: nanoseconds since 1970, or where such a number would be read in another unit, as
+    // those before March 1973 would, the form of GetAsString.
+    [[nodiscard]] static std::string GetAsFileText(long long time);
 };

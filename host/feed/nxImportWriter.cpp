@@ -37,6 +37,16 @@ void AppendNumber(std::string& text, const nxCsvNumber& number)
     text += nxDecimal::FromMantissa(number.mantissa, number.places).GetAsString();
 }
 
+// For a person.
+std::string GetSource(const nxFeedReader& reader)
+{
+    std::string name = fs::path(reader.GetPath()).filename().string();
+    if (!nxDataSet::CanTell(name))
+        std::ranges::replace_if(
+            name, [](unsigned char c) { return c >= 0x80; }, '?');
+    return name;
+}
+
 }  // namespace
 
 nxImportWriter::nxImportWriter(const std::string& folder, long long sortWindow)
@@ -77,14 +87,14 @@ nxImportedProduct& nxImportWriter::_Get(const nxFeedReader& reader, const nxFeed
         facts.name = name;
         facts.kind = kind;
         facts.product = product.GetName();
-        facts.source = fs::path(reader.GetPath()).filename().string();
+        facts.source = GetSource(reader);
         if (reader.GetKind() == nxFeedKind::Bar && product.IsBarPeriodGiven())
             facts.period = product.GetBarPeriod();
         const std::string header = kind == "trades" ? "time,product,last,lastVolume,side"
                                                     : nxFeedFormat::Get(reader.GetKind()).GetHeader();
         file = std::make_unique<nxImportedProduct>(std::move(facts), header, (_folder / name).string(),
                                                    _sortWindow);
-    } else if (const std::string source = fs::path(reader.GetPath()).filename().string();
+    } else if (const std::string source = GetSource(reader);
                file->GetFile().source.find(source) == std::string::npos)
     {
         file->GetFile().source += ", " + source;
@@ -100,7 +110,7 @@ nxImportedProduct::Row nxImportWriter::_MakeRow(const nxFeedReader& reader, cons
 {
     using namespace nxFeedSlot;
     const nxCsvRow& numbers = reader.GetRow();
-    nxImportedProduct::Row row{event.time, std::to_string(event.time) + "," + product, {}, {}};
+    nxImportedProduct::Row row{event.time, nxFeedTime::GetAsFileText(event.time) + "," + product, {}, {}};
     row.place = reader.GetPath() + ":" + std::to_string(event.line);
     const char* const side = numbers.side == nxCsvSide::Buy    ? "BUY"
                              : numbers.side == nxCsvSide::Sell ? "SELL"
@@ -132,6 +142,11 @@ nxImportedProduct::Row nxImportWriter::_MakeRow(const nxFeedReader& reader, cons
 
 bool nxImportWriter::Add(const nxFeedReader& reader, const nxFeedEvent& event, const nxFeedProduct& product)
 {
+    if (&product != _lastProduct && !nxDataSet::CanTell(product.GetName())) {
+        _error = reader.GetPath() + ":" + std::to_string(event.line) +
+                 ": the name of the product is no UTF-8; convert the file, or name the product by --product";
+        return false;
+    }
     nxImportedProduct& file = _Get(reader, product);
     std::string name = product.GetName();
     if (name.find_first_of(",\"\n") != std::string::npos) {
@@ -143,8 +158,8 @@ bool nxImportWriter::Add(const nxFeedReader& reader, const nxFeedEvent& event, c
     for (std::size_t i = 0; i + 1 < event.levels.size() && event.kind == nxFeedKind::Depth; ++i) {
         const nxFeedLevel& level = event.levels[i];
         const std::string text =
-            fmt::format("{},{},{},{},0\n", event.time, name, level.side == nxSide::Buy ? "BUY" : "SELL",
-                        level.price.GetAsString());
+            fmt::format("{},{},{},{},0\n", nxFeedTime::GetAsFileText(event.time), name,
+                        level.side == nxSide::Buy ? "BUY" : "SELL", level.price.GetAsString());
         if (!_Put(file, {event.time, text, {}, reader.GetPath() + ":" + std::to_string(event.line)}))
             return false;
     }

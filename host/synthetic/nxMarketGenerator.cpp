@@ -7,6 +7,7 @@
 
 #include "base/time/nxTime.h"
 #include "base/values/nxInt128.h"
+#include "host/feed/nxFeedTime.h"
 
 namespace {
 
@@ -267,7 +268,7 @@ void nxMarketGenerator::_WriteQuote()
 
 void nxMarketGenerator::_WritePrefix()
 {
-    fmt::format_to(std::back_inserter(_text), "{},{}", _time, _options.product);
+    fmt::format_to(std::back_inserter(_text), "{},{}", nxFeedTime::GetAsFileText(_time), _options.product);
 }
 
 void nxMarketGenerator::_WritePrice(long long ticks)
