@@ -9,13 +9,16 @@
 // no
 //                 space is left), signal NUMBER (then the call is made)
 // NX_FAULT_LASTS  not only that call but all from there on
-// NX_FAULT_MARK   a file that is made when it strikes
+// NX_FAULT_MARK   a file that holds a byte from when it strikes: mapped from the beginning on, for the
+// process
+//                 may become one that opens nothing
 
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <ucontext.h>
@@ -75,10 +78,20 @@ Deed deed = Deed::Nothing;
 int deedNumber = 0;  // errno or signal
 bool lasts = false, isOfMemory = false, isOfLua = false;
 const char* path = "";
-const char* mark = nullptr;
+char* mark = nullptr;
 long at = 0;
 std::atomic<bool> isMainBegun = false;
 std::atomic<long> counted = 0;
+
+void MapMark(const char* name)
+{
+    const int file = open(name, O_CREAT | O_RDWR | O_CLOEXEC, 0644);
+    if (file < 0 || ftruncate(file, 1) != 0) _exit(127);
+    void* const mapped = mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    if (mapped == MAP_FAILED) _exit(127);
+    mark = static_cast<char*>(mapped);
+    close(file);
+}
 
 long Make(long number, const long* arguments)
 {
@@ -89,11 +102,7 @@ long Make(long number, const long* arguments)
 bool Counts()
 {
     const long now = ++counted;
-    if (now == at && mark != nullptr) {
-        const long file[] = {AT_FDCWD, reinterpret_cast<long>(mark), O_CREAT | O_WRONLY | O_CLOEXEC, 0644, 0};
-        const long made[] = {Make(SYS_openat, file), 0, 0, 0, 0};
-        Make(SYS_close, made);
-    }
+    if (now == at && mark != nullptr) *mark = '1';
     return now == at || (now > at && lasts);
 }
 
@@ -234,7 +243,7 @@ __attribute__((constructor)) void Begin()
     at = std::atol(number);
     ReadDeed(what);
     lasts = std::getenv("NX_FAULT_LASTS") != nullptr || deed == Deed::Full;
-    mark = std::getenv("NX_FAULT_MARK");
+    if (const char* const file = std::getenv("NX_FAULT_MARK")) MapMark(file);
     if (const char* const only = std::getenv("NX_FAULT_PATH")) path = only;
     isOfMemory = std::strcmp(names, "malloc") == 0;
     isOfLua = std::strcmp(names, "lua") == 0;

@@ -162,7 +162,7 @@ class Bench:
             left["store"] = read_store(os.path.join(folder, "store"))
             # What an import could not clear away goes with the next one.
             left["set"] = sorted(set(os.listdir(folder + "/set")) - {".import.part"}) if os.path.exists(folder + "/set") else []
-            return os.path.exists(os.path.join(folder, "mark")), (status, err), left
+            return read(os.path.join(folder, "mark")) == b"1", (status, err), left
 
 
 def check(bench, row, ending, left):

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -104,11 +105,15 @@ public:
     {
         _job->SetProfile(profile);
         _job->Isolate(1);
+        nxScriptLimits values;
         for (const std::string& limit : nxGetWords(limits)) {
             const std::size_t sign = limit.find('=');
-            EXPECT_EQ(limit.substr(0, sign), "memory") << "an unknown limit";
-            _job->SetMemoryLimit(std::stoul(limit.substr(sign + 1)));
+            const auto row = std::ranges::find(nxScriptLimitRows, limit.substr(0, sign),
+                                               [](const nxScriptLimitRow& known) { return known.name; });
+            EXPECT_NE(row, nxScriptLimitRows.end()) << "an unknown limit: " << limit;
+            if (row != nxScriptLimitRows.end()) values.*row->member = std::stoull(limit.substr(sign + 1));
         }
+        _job->SetLimits(values);
     }
 
     std::string Run(const std::string& script)
