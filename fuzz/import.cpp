@@ -3,6 +3,7 @@
 // read.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -74,20 +75,21 @@ std::string Describe(const nxFeedEvent& event, const nxFeedProductTable& product
     return text + "\n";
 }
 
-// Null: it ended in an error.
+// Sorted, since events of one time have no order among files. Null: it ended in an error.
 std::optional<std::string> Read(const std::vector<std::string>& paths, const nxFeedOptions& options)
 {
     nxFeed feed(options);
-    std::string text;
+    std::vector<std::string> lines;
     if (feed.Open(paths, {})) {
         long long before = INT64_MIN;
         while (const nxFeedEvent* event = feed.Next()) {
             Require(event->time >= before);
             before = event->time;
-            text += Describe(*event, feed.GetProducts());
+            lines.push_back(Describe(*event, feed.GetProducts()));
         }
     }
-    if (!feed.HasFailed()) return text;
+    std::ranges::sort(lines);
+    if (!feed.HasFailed()) return fmt::format("{}", fmt::join(lines, ""));
     Require(!feed.GetError().GetText().empty());
     return std::nullopt;
 }

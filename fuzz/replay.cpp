@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -190,7 +191,7 @@ bool RunInChild(const std::function<void()>& run, bool isQuiet = false)
     if (child == 0) {
         if (isQuiet && (std::freopen("/dev/null", "w", stderr) == nullptr)) _exit(1);
         run();
-        _exit(0);
+        std::exit(0);  // where leaks are looked for
     }
     unsigned long long seen = shared->runs;
     Clock::time_point since = Clock::now();

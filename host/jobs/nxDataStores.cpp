@@ -68,7 +68,8 @@ std::optional<std::string> nxDataStores::_PrepareTables()
         _database.Run("PRAGMA user_version = " + std::to_string(LayoutVersion));
     }
     std::string damage;
-    _database.Run("PRAGMA quick_check(1)", {},
+    // Not quick_check, which takes rows out of their order for good.
+    _database.Run("PRAGMA integrity_check(1)", {},
                   [&damage](const nxSqliteDatabase::Row& row) { damage = row.GetBytes(0); });
     if (!_database.HasFailed() && damage != "ok") return _path + ": is damaged: " + damage;
     _database.Commit();

@@ -30,16 +30,7 @@ bool nxSqliteDataStore::Load()
 {
     _database.Run("SELECT store FROM stores WHERE name = ?", {_name},
                   [this](const nxSqliteDatabase::Row& found) { _id = found.GetNumber(0); });
-    long long latest = -1;
-    if (_id != 0)
-        _database.Run(
-            "SELECT rows.row, columns.value FROM rows LEFT JOIN columns "
-            "ON columns.store = rows.store AND columns.row = rows.row "
-            "WHERE rows.store = ? ORDER BY rows.row, columns.col",
-            {_id}, [this, &latest](const nxSqliteDatabase::Row& found) {
-                if (std::exchange(latest, found.GetNumber(0)) != found.GetNumber(0)) _saved.emplace_back();
-                if (!found.IsNull(1)) _saved.back().push_back(found.GetBytes(1));
-            });
+    if (_id != 0) _LoadSaved();
     if (_database.HasFailed()) {
         _SetInvalid();
         return true;
@@ -47,6 +38,30 @@ bool nxSqliteDataStore::Load()
     for (const Row& row : _saved)
         _LoadRow(row);
     return _id != 0;
+}
+
+// A save writes rows by their numbers, so what is not numbered as it was written is not taken for a store.
+void nxSqliteDataStore::_LoadSaved()
+{
+    bool isInOrder = true;
+    long long columns = 0;
+    _database.Run(
+        "SELECT rows.row, columns.col, columns.value FROM rows LEFT JOIN columns "
+        "ON columns.store = rows.store AND columns.row = rows.row "
+        "WHERE rows.store = ? ORDER BY rows.row, columns.col",
+        {_id}, [&](const nxSqliteDatabase::Row& found) {
+            const long long row = found.GetNumber(0);
+            if (row == static_cast<long long>(_saved.size())) _saved.emplace_back();
+            isInOrder = isInOrder && row + 1 == static_cast<long long>(_saved.size());
+            if (!isInOrder || found.IsNull(1)) return;
+            isInOrder = found.GetNumber(1) == static_cast<long long>(_saved.back().size());
+            _saved.back().push_back(found.GetBytes(2));
+            ++columns;
+        });
+    long long written = 0;
+    _database.Run("SELECT count(*) FROM columns WHERE store = ?", {_id},
+                  [&](const nxSqliteDatabase::Row& found) { written = found.GetNumber(0); });
+    if (!isInOrder || columns != written) _database.Fail("its rows are not numbered as they should be");
 }
 
 bool nxSqliteDataStore::_HasChanged()

@@ -38,6 +38,7 @@ protected:
     void _EndPersist() override;
 
 private:
+    void _LoadSaved();
     bool _HasChanged();
     bool _IsRefused(const Row& row);
 

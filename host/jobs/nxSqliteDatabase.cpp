@@ -189,6 +189,13 @@ void nxSqliteDatabase::Rollback()
     if (IsInTransaction()) sqlite3_exec(_database, "ROLLBACK", nullptr, nullptr, nullptr);
 }
 
+void nxSqliteDatabase::Fail(const char* what)
+{
+    if (HasFailed()) return;
+    _code = SQLITE_CORRUPT;
+    _failure = what;
+}
+
 bool nxSqliteDatabase::IsHeld() const
 {
     return _code == SQLITE_BUSY || _code == SQLITE_LOCKED;

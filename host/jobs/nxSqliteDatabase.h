@@ -69,6 +69,8 @@ public:
     // Also ends a failure.
     void Rollback();
 
+    // What it holds is not what its user wrote: a failure as any other.
+    void Fail(const char* what);
     bool HasFailed() const { return !_failure.empty(); }
     const std::string& GetFailure() const { return _failure; }
     // What failed is that another one holds the database, that it is none, or that it is damaged.
