@@ -557,7 +557,8 @@ def test_the_process_of_a_strict_run_ends(program):
             (signal.SIGSEGV, True, "stuck.lua:3: OnPrice in string.find: the run was ended by signal 11 (Segmentation fault)\n"),
             (signal.SIGKILL, True, "the run was ended by signal 9 (Killed)\n")):
         process = subprocess.Popen([program, "run", "stuck.lua", "--data", "day.csv", "--sandbox", "strict", "--record", "stuck.jsonl",
-                                    "--json", "stuck.json", "--store", "stuck"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                                    "--json", "stuck.json", "--store", "stuck"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   env=os.environ | {"ASAN_OPTIONS": "handle_segv=0"})
         try:
             first = process.stdout.readline() + process.stdout.readline()  # handed on once it is stuck
             pid = process.pid
