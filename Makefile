@@ -4,17 +4,19 @@
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 MINUTES ?= 10
+EVERY ?= 1
 SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms \
     --report build/demo.html
 SOURCES = git ls-files '*.h' '*.cpp'
 
-.PHONY: help demo test soak fuzz build asan tsan luajit bench format check-format install packages clean
+.PHONY: help demo test soak faults fuzz build asan tsan luajit bench format check-format install packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
 	@echo "make test     install what is missing, build, run all tests"
 	@echo "make soak     the exchange against a naive one, for MINUTES ($(MINUTES))"
+	@echo "make faults   each fault of memory, disk and signals at each step of a run, or at EVERY ($(EVERY))th"
 	@echo "make fuzz     whatever reads text from outside, and scripts, against random input, for MINUTES ($(MINUTES))"
 	@echo "make asan     the tests under AddressSanitizer and UBSan"
 	@echo "make tsan     the tests with threads under ThreadSanitizer"
@@ -53,6 +55,12 @@ soak: packages
 	cmake --build --preset dev -j $(JOBS) --target test_host
 	NX_SOAK_SECONDS=$$(($(MINUTES) * 60 * $(JOBS) / 12)) \
 	    ctest --preset dev -j $(JOBS) --timeout 1000000 -R nxExchangeNaive
+
+# At every step this is some 200,000 runs, which take hours; `make test` has the steps that are powers of two.
+faults: packages
+	cmake --preset dev
+	cmake --build --preset dev -j $(JOBS) --target algoserver_faulty nx_fault_injector
+	tests/faults/run_faults.py build/dev/tests/algoserver_faulty build/dev/tests/libnx_fault_injector.so --every $(EVERY)
 
 # With Clang from 15 on, FUZZ_CXX=clang++-16 as an example, libFuzzer drives the targets.
 FUZZ_CXX ?= c++

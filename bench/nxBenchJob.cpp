@@ -5,8 +5,10 @@
 
 #include "base/log/nxLogManager.h"
 
-nxBenchJob::nxBenchJob(const std::string& script)
+nxBenchJob::nxBenchJob(const std::string& script, const nxScriptLimits& limits, nxScriptPulse* pulse)
 {
+    _object.SetLimits(limits);
+    _object.SetPulse(pulse);
     nxLogManager::SetLevel(nxLogLevel::Error);
     _price.SetBidPrice(nxDecimal(10025, 100, 2));
     _price.SetAskPrice(nxDecimal(10050, 100, 2));

@@ -11,7 +11,8 @@
 class nxBenchJob
 {
 public:
-    explicit nxBenchJob(const std::string& script);
+    explicit nxBenchJob(const std::string& script, const nxScriptLimits& limits = {},
+                        nxScriptPulse* pulse = nullptr);
 
     nxAlgoJobObject& GetObject() { return _object; }
     nxAlgoPriceObject& GetPrice() { return _priceObject; }

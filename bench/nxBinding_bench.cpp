@@ -31,9 +31,20 @@ function OnPrice(price)
   end
 end)";
 
-void OnPrice(benchmark::State& state, const char* script)
+// Some 8,000 instructions, nearly nothing but Lua.
+constexpr const char* Loop = R"(
+function OnInit() end
+function OnPrice(price)
+  local sum = 0
+  for i = 1, 2000 do sum = (sum + i * 3) % 1000 end
+end)";
+
+void OnPrice(benchmark::State& state, const char* script, bool isWatched = false)
 {
-    nxBenchJob job(script);
+    nxScriptPulse pulse;
+    nxScriptLimits limits;
+    if (isWatched) limits.instructions = 10000000;
+    nxBenchJob job(script, limits, isWatched ? &pulse : nullptr);
     nxAlgoJobObject& object = job.GetObject();
     const auto before = object.GetMemory().GetAllocationCount();
     for (auto _ : state)
@@ -49,5 +60,9 @@ BENCHMARK_CAPTURE(OnPrice, push_and_one_read, OneRead);
 BENCHMARK_CAPTURE(OnPrice, push_and_one_call, OneCall);
 BENCHMARK_CAPTURE(OnPrice, whole, Whole);
 BENCHMARK_CAPTURE(OnPrice, whole_16MB_live, Heavy);
+// With a limit of instructions and a pulse; and the same for a script that calculates.
+BENCHMARK_CAPTURE(OnPrice, whole_watched, Whole, true);
+BENCHMARK_CAPTURE(OnPrice, loop, Loop);
+BENCHMARK_CAPTURE(OnPrice, loop_watched, Loop, true);
 
 }  // namespace

@@ -86,7 +86,7 @@ const MONTHS = ["Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "
 function showMonths(result) {
   const months = result ? result.months : [];
   if (months.length === 0) return show("months", el("p", {className: "none"}, "No months to tell of."));
-  const list = () => plainTable("Months", [["Month", "text", "month"], ["Profit", "money", "profit"], ["Return", "percent", "return"],
+  const list = () => plainTable("Profit, return and days", [["Month", "text", "month"], ["Profit", "money", "profit"], ["Return", "percent", "return"],
     ["Days", "count", "days"]], months);
   const years = [...new Set(months.map(({month}) => month.slice(0, 4)))];
   if (years.length === 1) return show("months", list());

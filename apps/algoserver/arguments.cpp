@@ -27,25 +27,25 @@ void AddJobOptions(CLI::App& command, nxJobArguments& jobs)
                 "TOML file of parameters: [parameters] and [jobs.NAME]");
 }
 
-std::chrono::nanoseconds SandboxArguments::GetCallbackLimit() const
+std::chrono::nanoseconds SandboxArguments::GetCallbackLimit(bool isGuarded) const
 {
-    const double seconds = callbackLimit.value_or(isStrict ? 10.0 : 0.0);
+    constexpr double usual = 10.0;
+    const double seconds = callbackLimit.value_or(isGuarded ? usual : 0.0);
     return std::chrono::round<std::chrono::nanoseconds>(std::chrono::duration<double>(seconds));
 }
 
-void AddSandbox(CLI::App& command, SandboxArguments& arguments)
+void AddSandbox(CLI::App& command, SandboxArguments& arguments, const std::string& strict,
+                const std::string& withoutLimit)
 {
     command
         .add_option_function<std::string>(
             "--sandbox", [&arguments](const std::string& name) { arguments.isStrict = name == "strict"; },
-            "What the scripts may do: what one that you trust needs (base), or nothing but trade, in a "
-            "process of their own that can reach nothing else (strict)")
+            "What a script may do: all that its author may whom you trust (base), or " + strict)
         ->check(CLI::IsMember({"base", "strict"}))
-        ->option_text(std::string("base|strict [") + (arguments.isStrict ? "strict]" : "base]"));
+        ->option_text("base|strict [base]");
     command
         .add_option("--callback-limit", arguments.callbackLimit,
-                    "Real seconds that a callback may take, 0 for any; without it 10 under --sandbox strict, "
-                    "any under base")
+                    "Real seconds that a callback may take, 0 for any; without it " + withoutLimit)
         ->check(IsNumber(0, 1e6, "of seconds from 0 to 1000000"))
         ->option_text("SECONDS");
 }

@@ -24,16 +24,17 @@ CLI::Option* AddRepeated(CLI::App& command, const char* names, std::vector<Value
 // --name, --param and --params.
 void AddJobOptions(CLI::App& command, nxJobArguments& jobs);
 
-// In what the scripts run, and for how long a call of them.
+// What the scripts find of Lua's libraries, and how long a call of them may take.
 struct SandboxArguments
 {
-    bool isStrict = true;
+    bool isStrict = false;
     std::optional<double> callbackLimit = std::nullopt;  // seconds; 0: none
 
-    std::chrono::nanoseconds GetCallbackLimit() const;
+    std::chrono::nanoseconds GetCallbackLimit(bool isGuarded) const;
 };
-// --sandbox and --callback-limit.
-void AddSandbox(CLI::App& command, SandboxArguments& arguments);
+// --sandbox, of which strict is told as given, and --callback-limit.
+void AddSandbox(CLI::App& command, SandboxArguments& arguments, const std::string& strict,
+                const std::string& withoutLimit);
 
 // --seed: a number that 64 bits hold, which the library would cut silently.
 CLI::Option* AddSeed(CLI::App& command, unsigned long long& seed, const char* help);

@@ -52,18 +52,18 @@ int CheckHere(const CheckArguments& arguments)
     return !succeeded ? Failed : check.GetFindings().empty() ? Clean : Found;
 }
 
-// The dry run loads the script, which runs what stands in its main part.
-int CheckStrictly(CheckArguments& arguments)
+// The dry run runs what stands in the main part of the script, whoever wrote it.
+int CheckGuarded(CheckArguments& arguments)
 {
     nxScriptCheckOptions& options = arguments.options;
     constexpr std::size_t memory = std::size_t{4} << 30;
     nxRunGuard guard({.jobs = options.jobs,
                       .modules = options.modules,
                       .memory = memory,
-                      .callbackLimit = arguments.sandbox.GetCallbackLimit()},
+                      .callbackLimit = arguments.sandbox.GetCallbackLimit(true)},
                      std::cerr);
     if (const auto status = guard.Start()) return *status;
-    options.profile = nxScriptProfile::Strict;
+    if (arguments.sandbox.isStrict) options.profile = nxScriptProfile::Strict;
     options.pulse = &guard.GetPage().pulse;
     return CheckHere(arguments);
 }
@@ -74,8 +74,7 @@ int Check(CheckArguments& arguments)
         std::cerr << "algoserver check: " << *error << "\n";
         return Failed;
     }
-    if (arguments.noRun || !arguments.sandbox.isStrict) return CheckHere(arguments);
-    return CheckStrictly(arguments);
+    return arguments.noRun ? CheckHere(arguments) : CheckGuarded(arguments);
 }
 
 }  // namespace
@@ -95,7 +94,7 @@ void AddCheckCommand(CLI::App& app, int& status)
                 "Lua file to put in front of each script; may be repeated");
     AddJobOptions(check, arguments->jobs);
     check.add_flag("--no-run", arguments->noRun, "Only read the scripts: do not load them and run OnInit");
-    AddSandbox(check, arguments->sandbox);
+    AddSandbox(check, arguments->sandbox, "what a run with --sandbox strict lets it (strict)", "10");
     check.add_flag("--json", arguments->json, "Write one JSON array instead of lines");
     check.callback([arguments, &status] { status = Check(*arguments); });
 }

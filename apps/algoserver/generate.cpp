@@ -3,12 +3,11 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
-#include <cstring>
 #include <iostream>
 #include <memory>
 
 #include "apps/algoserver/arguments.h"
+#include "host/report/nxOutputFile.h"
 #include "host/run/nxRunFiles.h"
 #include "host/run/nxRunOptions.h"
 #include "host/synthetic/nxMarketGenerator.h"
@@ -56,21 +55,21 @@ int Generate(GenerateArguments& arguments)
     nxMarketGenerator generator(options);
     // Before the file is emptied.
     if (!generator.Check()) return Refuse(generator.GetFailure());
-    std::FILE* file = arguments.output == "-" ? stdout : std::fopen(arguments.output.c_str(), "wb");
-    if (file == nullptr) return Refuse(arguments.output + ": " + std::strerror(errno));
-    const bool showProgress = isatty(STDERR_FILENO) != 0 && file != stdout;
+    nxOutputFile file("the day");
+    if (const auto error = file.Open(arguments.output)) return Refuse(*error);
+    const bool showProgress = isatty(STDERR_FILENO) != 0 && arguments.output != "-";
     const bool generated = generator.Generate(
-        [file](std::string_view text) {
-            return std::fwrite(text.data(), 1, text.size(), file) == text.size();
+        [&file](std::string_view text) {
+            file.Write(text);
+            return !file.HasFailed();
         },
         [&](unsigned int seconds) {
             if (showProgress)
                 std::cerr << "\r" << seconds << " of " << options.durationSeconds << " seconds" << std::flush;
         });
     if (showProgress) std::cerr << "\r\033[K";
-    const bool closed = (file == stdout ? std::fflush(file) : std::fclose(file)) == 0;
+    if (const auto error = file.Close()) return Refuse(*error);
     if (!generated) return Refuse(generator.GetFailure());
-    if (!closed) return Refuse(arguments.output + ": " + std::strerror(errno));
     const nxMarketGeneratorStatistics& statistics = generator.GetStatistics();
     std::cerr << statistics.rows << " rows from " << statistics.limitOrders << " limit orders, "
               << statistics.marketOrders << " market orders and " << statistics.cancellations

@@ -1,14 +1,45 @@
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <cstring>
+#include <exception>
 #include <iostream>
+#include <new>
 
 #include "apps/algoserver/check.h"
 #include "apps/algoserver/generate.h"
 #include "apps/algoserver/import.h"
 #include "apps/algoserver/layouts.h"
+#include "apps/algoserver/memory.h"
 #include "apps/algoserver/report.h"
 #include "apps/algoserver/run.h"
 
-int main(int argc, char** argv)
+namespace {
+
+constexpr int Failed = 2;
+
+// Without a stream or a string: there may be no memory.
+void Tell(const char* what)
+{
+    for (const char* text : {"algoserver: ", what, "\n"})
+        if (write(STDERR_FILENO, text, std::strlen(text)) < 0) return;
+}
+
+// For what cannot be caught: an exception, mostly for lack of memory, in a destructor or on a thread that
+// nobody waits for. What is complete lies in its files, and the status says that something is not.
+[[noreturn]] void EndAtOnce()
+{
+    try {
+        if (const auto exception = std::current_exception()) std::rethrow_exception(exception);
+    } catch (const std::bad_alloc&) {
+        Tell("out of memory; ended at once");
+    } catch (const std::exception& exception) {
+        Tell(exception.what());
+    }
+    _exit(Failed);
+}
+
+int Run(int argc, char** argv)
 {
     CLI::App app(
         "Runs trading algorithms written in Lua 5.1 over recorded market data.\n"
@@ -42,4 +73,23 @@ int main(int argc, char** argv)
     std::cerr << "algoserver: no command; there are run, report, import, layouts, generate and check. Try "
                  "'algoserver --help'.\n";
     return 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    std::set_terminate(EndAtOnce);
+    WatchMemory();
+    try {
+        const int status = Run(argc, argv);
+        // Status 2 has told why.
+        if (!GetShortOfMemory() || status == Failed) return status;
+        Tell("out of memory");
+    } catch (const std::bad_alloc&) {
+        Tell("out of memory");
+    } catch (const std::exception& exception) {
+        Tell(exception.what());
+    }
+    return Failed;
 }

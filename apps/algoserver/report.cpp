@@ -3,8 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
-#include <sstream>
 
+#include "base/values/nxTextStream.h"
 #include "host/report/nxOutputFile.h"
 #include "host/report/nxRecordReader.h"
 #include "host/report/nxResultDocument.h"
@@ -48,7 +48,7 @@ std::optional<std::string> MakeDocument(const std::string& record, std::string& 
         std::cerr << record << ": ends in the middle of the run; the report goes up to there\n";
     else if (!result.run.missing.empty())
         std::cerr << record << ": is of version 1; the report names what that does not tell\n";
-    std::ostringstream text;
+    nxTextStream text;
     nxResultDocument::Write(text, result);
     document = std::move(text).str();
     return std::nullopt;
@@ -76,7 +76,7 @@ int Report(const ReportArguments& arguments)
     if (!arguments.json.empty())
         if (const auto error = Write("the result", arguments.json, documents)) return Refuse(*error);
     if (arguments.page.empty()) return 0;
-    std::ostringstream page;
+    nxTextStream page;
     nxResultPage::Write(page, runs);
     if (const auto error = Write("the page", arguments.page, page.view())) return Refuse(*error);
     return 0;

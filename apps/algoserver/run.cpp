@@ -12,6 +12,7 @@
 
 #include "apps/algoserver/arguments.h"
 #include "apps/algoserver/forms.h"
+#include "apps/algoserver/memory.h"
 #include "apps/algoserver/signals.h"
 #include "base/log/nxConsoleLogDevice.h"
 #include "base/log/nxLogEntriesQueue.h"
@@ -34,7 +35,7 @@ struct RunArguments
     std::string barTime;
     std::string logLevel = "error";
     unsigned int memoryLimit = 0;  // MiB
-    SandboxArguments sandbox{.isStrict = false};
+    SandboxArguments sandbox;
 };
 
 const std::map<std::string, unsigned int> LogLevels = {{"detail", nxLogLevel_Detail},
@@ -141,7 +142,8 @@ int Run(RunArguments& arguments)
     options.memoryLimit = std::size_t{arguments.memoryLimit} << 20;
     options.showProgress = isatty(STDERR_FILENO) != 0;
     options.interrupted = &GetInterrupted();
-    options.callbackLimit = arguments.sandbox.GetCallbackLimit();
+    options.callbackLimit = arguments.sandbox.GetCallbackLimit(arguments.sandbox.isStrict);
+    options.shortOfMemory = &GetShortOfMemory();
     CatchSignals();
     return arguments.sandbox.isStrict ? RunStrictly(arguments, options)
                                       : RunHere(arguments, options, std::cout);
@@ -165,7 +167,9 @@ void AddJobs(CLI::App& run, RunArguments& arguments)
     run.add_option("--account", jobs.account, "The account that scripts are told");
     run.add_option("--memory-limit", arguments.memoryLimit, "MiB that each script may hold; 0 for no limit")
         ->capture_default_str();
-    AddSandbox(run, arguments.sandbox);
+    AddSandbox(run, arguments.sandbox,
+               "nothing but trade, in a process of their own that reaches nothing else (strict)",
+               "10 under --sandbox strict, any under base");
     run.add_option("--on-error", arguments.onError, "What to do when a callback fails: stop or continue")
         ->check(CLI::IsMember({"stop", "continue"}))
         ->capture_default_str();

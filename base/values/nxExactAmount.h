@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -45,6 +46,25 @@ public:
     std::string GetAsText() const;
     // What GetAsText gives. Ends at the first character that is none of it.
     static nxExactAmount FromText(std::string_view text);
+    // Its value is mantissa / 10^places; none where the mantissa needs more bits.
+    struct Parts
+    {
+        long long mantissa;
+        unsigned char places;
+    };
+    std::optional<Parts> GetParts() const
+    {
+        const auto mantissa = static_cast<long long>(_mantissa);
+        if (mantissa != _mantissa) return std::nullopt;
+        return Parts{mantissa, _places};
+    }
+    static nxExactAmount FromParts(const Parts& parts)
+    {
+        nxExactAmount amount;
+        amount._mantissa = parts.mantissa;
+        amount._places = parts.places;
+        return amount;
+    }
     bool IsNegative() const { return _mantissa < 0; }
     bool IsZero() const { return _mantissa == 0; }
 

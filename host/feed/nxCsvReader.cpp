@@ -62,6 +62,7 @@ nxCsvReader::Result nxCsvReader::_NextBlock()
     while (_position == _current->count) {
         if (_current->state == nxCsvBlock::State::Last) return Result::End;
         if (_current->state == nxCsvBlock::State::Failed) {
+            if (_thrown) std::rethrow_exception(_thrown);
             _error = &_current->error;
             return Result::Failed;
         }
@@ -87,8 +88,14 @@ void nxCsvReader::_ReadAhead()
             if (_isLeaving) return;
         }
         nxCsvBlock& block = _blocks[next % BlockCount];
-        _Fill(block, 1);
-        _parser.Parse(block);
+        try {
+            _Fill(block, 1);
+            _parser.Parse(block);
+        } catch (...) {
+            _thrown = std::current_exception();
+            block.count = 0;
+            block.state = nxCsvBlock::State::Failed;
+        }
         bool isWaiting;
         const bool isLast = block.state != nxCsvBlock::State::More;
         {

@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -97,7 +98,8 @@ private:
 
     std::thread _thread;
     std::atomic<bool> _isLeaving = false;
-    std::mutex _mutex;  // guards the two counts
+    std::exception_ptr _thrown;  // on it, such as for lack of memory; told by the block that fails
+    std::mutex _mutex;           // guards the two counts
     std::condition_variable _changed;
     std::size_t _filled = 1;  // blocks ever filled and ever given back, each at its count in the ring
     std::size_t _freed = 0;

@@ -1,11 +1,16 @@
 #include "host/feed/nxSha256.h"
 
-#include <fmt/format.h>
-#include <openssl/evp.h>
+// Those that take their place need memory, and crash where there is none.
+#define OPENSSL_SUPPRESS_DEPRECATED
 
+#include <fmt/format.h>
+#include <openssl/sha.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -13,25 +18,20 @@ namespace {
 class Digest
 {
 public:
-    Digest() : _context(EVP_MD_CTX_new(), EVP_MD_CTX_free)
-    {
-        EVP_DigestInit_ex(_context.get(), EVP_sha256(), nullptr);
-    }
-
-    void Add(const char* data, std::size_t size) { EVP_DigestUpdate(_context.get(), data, size); }
+    Digest() { SHA256_Init(&_context); }
+    void Add(const char* data, std::size_t size) { SHA256_Update(&_context, data, size); }
     std::string Finish()
     {
-        unsigned char bytes[EVP_MAX_MD_SIZE];
-        unsigned int size = 0;
-        EVP_DigestFinal_ex(_context.get(), bytes, &size);
+        unsigned char bytes[SHA256_DIGEST_LENGTH];
+        SHA256_Final(bytes, &_context);
         std::string text;
-        for (unsigned int i = 0; i < size; ++i)
-            text += fmt::format("{:02x}", bytes[i]);
+        for (const unsigned char byte : bytes)
+            text += fmt::format("{:02x}", byte);
         return text;
     }
 
 private:
-    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> _context;
+    SHA256_CTX _context;
 };
 
 }  // namespace
@@ -48,10 +48,11 @@ std::optional<std::string> nxSha256::GetOfFile(const std::string& path)
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(path, ignored)) return std::nullopt;
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (file == nullptr) return std::nullopt;
+    if (file == nullptr) throw std::system_error(errno, std::generic_category(), path);
     Digest digest;
     std::vector<char> block(1 << 16);
     while (const std::size_t size = std::fread(block.data(), 1, block.size(), file.get()))
         digest.Add(block.data(), size);
-    return std::ferror(file.get()) != 0 ? std::nullopt : std::optional(digest.Finish());
+    if (std::ferror(file.get()) != 0) throw std::system_error(errno, std::generic_category(), path);
+    return digest.Finish();
 }

@@ -1,10 +1,12 @@
 #include "host/feed/nxTomlFile.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sstream>
 #include <string_view>
 #include <tuple>
 
+#include "base/values/nxStringHelper.h"
 #include "host/feed/nxInputStream.h"
 
 namespace {
@@ -45,6 +47,8 @@ bool nxTomlFile::Read(const char* content, const std::function<void(const toml::
     } catch (const toml::exception& failure) {
         const toml::source_location& place = failure.location();
         error = {_path, place.line(), static_cast<unsigned int>(place.column()), GetReason(failure.what())};
+    } catch (const std::bad_alloc&) {
+        throw;  // says nothing about the file
     } catch (const std::exception& failure) {
         error = {_path, 0, 0, GetReason(failure.what())};
     }
@@ -79,4 +83,16 @@ const std::string& nxTomlFile::GetText(const toml::value& value, const std::stri
 {
     if (!value.is_string() || value.as_string().str.empty()) Refuse(value, key + " is not a text in quotes");
     return value.as_string().str;
+}
+
+std::string nxTomlFile::GetScalarText(const toml::value& value, const std::string& complaint) const
+{
+    if (value.is_string()) return value.as_string().str;
+    if (value.is_boolean()) return value.as_boolean() ? "true" : "false";
+    if (value.is_integer()) return nxStringHelper::GetAsString(static_cast<long long>(value.as_integer()));
+    if (value.is_floating() && std::isfinite(value.as_floating())) {
+        const std::string text = nxStringHelper::GetAsString(value.as_floating());
+        return text.find_first_of(".e") == text.npos ? text + ".0" : text;
+    }
+    Refuse(value, complaint);
 }

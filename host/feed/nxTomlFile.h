@@ -32,6 +32,9 @@ public:
     Entries GetEntries(const toml::value& table, const std::string& complaint) const;
     // The text of a key; what is none, or empty, is refused.
     const std::string& GetText(const toml::value& value, const std::string& key) const;
+    // The text of a text, of true and false, and of a finite number, which keeps its point: 2.0 is no
+    // integer. What is something else is refused with that complaint.
+    std::string GetScalarText(const toml::value& value, const std::string& complaint) const;
 
 private:
     const std::string& _path;

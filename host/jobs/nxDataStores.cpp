@@ -116,6 +116,15 @@ nxAlgoDataStoreObject* nxDataStores::Get(const std::string& name, bool create, s
 
 std::optional<std::string> nxDataStores::Save()
 {
+    std::optional<std::string> failure = _Write();
+    // Also of earlier saves, so when there is nothing to write now.
+    if (_database.HasMoved())
+        return _path + ": the data stores are lost: it was removed or replaced during the run";
+    return failure;
+}
+
+std::optional<std::string> nxDataStores::_Write()
+{
     for (const auto& [name, store] : _stores)
         static_cast<void>(store->Persist());
     if (_database.IsInTransaction()) _database.Commit();

@@ -44,6 +44,7 @@ public:
 private:
     std::optional<std::string> _Prepare(const std::string& directory);
     std::optional<std::string> _PrepareTables();
+    std::optional<std::string> _Write();
 
     std::string _path;
     nxSqliteDatabase _database;

@@ -28,6 +28,7 @@ std::optional<std::string> nxScriptSource::Add(const std::string& path)
     if (const auto failure = nxInputStream::ReadWhole(path, "Lua script", text))
         return path + ": " + *failure;
     std::istringstream stream(std::move(text));
+    stream.exceptions(std::ios::badbit);  // a line without room would end the script unnoticed
     File file{path, {}, _lineCount + 1};
     for (std::string line; std::getline(stream, line);) {
         if (file.lines.empty() && line.starts_with(BinaryMark))

@@ -108,6 +108,13 @@ bool nxSqliteDatabase::IsReadOnly() const
     return sqlite3_db_readonly(_database, "main") == 1;
 }
 
+bool nxSqliteDatabase::HasMoved() const
+{
+    int moved = 0;  // stays so for one in memory
+    sqlite3_file_control(_database, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    return moved != 0;
+}
+
 bool nxSqliteDatabase::_Check(int code)
 {
     if (code == SQLITE_OK || code == SQLITE_ROW || code == SQLITE_DONE) return true;

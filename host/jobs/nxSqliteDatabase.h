@@ -42,6 +42,8 @@ public:
     // Ends what is under way without keeping it, and lets go of the file.
     void Close();
     bool IsReadOnly() const;
+    // Its path leads to another file by now, or to none: what is committed is lost with this object.
+    bool HasMoved() const;
 
     // Bytes that a value may have, some 10^9; and less from now on.
     std::size_t GetLargestValue() const;

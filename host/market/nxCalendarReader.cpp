@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <sstream>
 #include <string_view>
 
 #include "base/time/nxTime.h"
+#include "base/values/nxTextStream.h"
 #include "host/feed/nxFeedTime.h"
 
 namespace {
@@ -110,7 +110,7 @@ const toml::array& nxCalendarReader::_GetList(const toml::value& value, const st
 
 long long nxCalendarReader::_GetDay(const toml::value& value, const std::string& key) const
 {
-    std::ostringstream text;
+    nxTextStream text;
     if (value.is_local_date())
         text << value.as_local_date();
     else if (value.is_string())

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,13 +9,20 @@
 #include "host/report/nxOutputBuffer.h"
 
 // A file that a run writes, opened before the run so that it is known to be possible, written through a
-// buffer and whole once Close() has succeeded. The first failure is kept. Used on the run's thread.
+// buffer and whole once Close() has succeeded. The first failure is kept, and nothing is written after it.
+// Used on the run's thread.
 class nxOutputFile
 {
 public:
+    // What a file holds that could not be written to its end.
+    enum class Cut {
+        Empty,   // nothing, where it can be emptied: a part could be taken for the whole
+        AtWrite  // what whole calls of Write gave, also when the process is killed
+    };
+
     // what: "the record", for messages.
-    explicit nxOutputFile(const char* what) : _what(what) {}
-    ~nxOutputFile() { static_cast<void>(Close()); }
+    explicit nxOutputFile(const char* what, Cut cut = Cut::Empty) : _what(what), _cut(cut) {}
+    ~nxOutputFile();
     nxOutputFile(const nxOutputFile&) = delete;
     nxOutputFile& operator=(const nxOutputFile&) = delete;
 
@@ -37,13 +45,16 @@ public:
 
 private:
     void _WriteOut(const char* bytes, std::size_t size);
-    void _NoteFailure();
+    void _Fail();
+    void _CutOff();
 
     const char* _what;
+    const Cut _cut;
     std::string _path;
     int _file = -1;
     bool _isBorrowed = false;
     nxOutputBuffer* _buffer = nullptr;
     std::unique_ptr<nxOutputBuffer> _own;
+    std::size_t _size = 0;  // of what whole calls have written
     std::optional<std::string> _failure;
 };

@@ -141,9 +141,9 @@ private:
     nxRecordLines _line;
     nxRunEntries _entries;
     std::optional<nxRecordedAccounts> _accounts;  // of a record that ends too early
-    bool _isOfVersion1 = false, _hasEnd = false;
-    std::map<std::pair<std::string, std::string>, std::vector<nxRoundTrip>> _trips;  // by job and currency
-    std::vector<std::vector<nxResultFailure>> _failures;                             // by job
+    bool _isOfVersion1 = false, _hasEnd = false, _isKilled = false;
+    std::map<std::pair<std::string, std::string>, nxRoundTrips> _trips;  // by job and currency
+    std::vector<std::vector<nxResultFailure>> _failures;                 // by job
     long long _last = 0;
 };
 
@@ -280,7 +280,7 @@ void nxRecordReader::Reading::_TakeTrip()
     trip.mfe = _line.GetAmount("mfe");
     trip.entryOrder = static_cast<unsigned int>(_line.GetCount("entryOrder"));
     trip.exitOrder = static_cast<unsigned int>(_line.GetCount("exitOrder"));
-    _trips[{_line.GetText("job"), _result.products[*product].currency}].push_back(trip);
+    _trips[{_line.GetText("job"), _result.products[*product].currency}].Add(trip);
 }
 
 void nxRecordReader::Reading::_TakeFailure()
@@ -360,6 +360,9 @@ void nxRecordReader::Reading::_TakeEnd()
 {
     _hasEnd = true;
     _run.end = _line.GetText("end");
+    // The process of the run was killed, and another one wrote this line.
+    _isKilled = _line.GetBool("isCut");
+    if (_isKilled) return;
     _run.first = _line.GetTime("first");
     _run.last = _line.GetTime("last");
     _run.quotes = _line.GetCount("quotes");
@@ -396,7 +399,7 @@ void nxRecordReader::Reading::_TakeJobsEnd()
 
 void nxRecordReader::Reading::_Finish()
 {
-    _hasEnd ? _FinishAccounts() : _FinishPart();
+    _hasEnd && !_isKilled ? _FinishAccounts() : _FinishPart();
     for (std::vector<nxResultFailure>& failures : _failures)
         std::ranges::move(failures, std::back_inserter(_result.failures));
     _entries.MoveTo(_result);
@@ -411,13 +414,12 @@ void nxRecordReader::Reading::_FinishAccounts()
         if (data.job) {
             data.trips = std::move(_trips[{_result.jobs[*data.job].name, nxGetCurrency(data)}]);
             // The record has them as they were complete.
-            std::ranges::stable_sort(data.trips, {}, &nxRoundTrip::exitTime);
+            data.trips.SortByExit();
             continue;
         }
         for (const nxResultData& part : _result.results)
-            if (part.job && part.currency == data.currency)
-                data.trips.insert(data.trips.end(), part.trips.begin(), part.trips.end());
-        std::ranges::stable_sort(data.trips, {}, &nxRoundTrip::exitTime);
+            if (part.job && part.currency == data.currency) data.trips.Add(part.trips);
+        data.trips.SortByExit();
     }
 }
 
@@ -425,12 +427,12 @@ void nxRecordReader::Reading::_FinishPart()
 {
     _run.last = _run.first ? std::optional(_last) : std::nullopt;
     _run.isComplete = _isOfVersion1 && !_line.IsCut();
-    _run.end = "not known";
+    if (!_isKilled) _run.end = "not known";
     if (_isOfVersion1 && _result.jobs.size() == 1 && !_result.jobs.front().end.empty())
         _run.end = _result.jobs.front().end;
-    for (auto& [key, trips] : _trips)
-        for (nxRoundTrip& trip : trips)
-            _accounts->AddTrip(_GetJob(key.first), std::move(trip));
+    for (const auto& [key, trips] : _trips)
+        for (const nxRoundTrip& trip : trips)
+            _accounts->AddTrip(_GetJob(key.first), trip);
     _result.results = _accounts->TakeResults(_last);
     if (!_isOfVersion1) _CountDays();
     _NameWhatIsMissing();

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <map>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "host/report/nxRecordLines.h"
 #include "host/results/nxLotBook.h"
+#include "host/results/nxResultAccount.h"
 #include "host/results/nxResultRun.h"
 
 // What the orders of a run came to as far as the lines of its record tell while it goes on: of a record that
@@ -21,23 +21,15 @@ public:
 
     // A line of a job.
     void Take(const nxRecordLines& line, unsigned int job, long long time);
-    void AddTrip(unsigned int job, nxRoundTrip&& trip);
+    void AddTrip(unsigned int job, nxRoundTrip trip);
     // As the collector of a run gives them; last: the time of the last line. Once.
     std::vector<nxResultData> TakeResults(long long last);
 
 private:
-    struct Account
-    {
-        nxResultData data;
-        nxExactAmount exposure;
-        unsigned int openPositions = 0;
-        long long openSince = 0;
-        Account* all = nullptr;  // of a job: that of all jobs
-    };
     // Of one job in one product.
     struct Holding
     {
-        Account* account;
+        nxResultAccount* account;
         nxLotBook lots;
         nxExactAmount profit, exposure;
         bool isOpen = false;
@@ -48,7 +40,7 @@ private:
         unsigned long long volume = 0;
     };
 
-    Account& _GetAccount(std::optional<unsigned int> job, const std::string& currency);
+    nxResultAccount& _GetAccount(std::optional<unsigned int> job, const std::string& currency);
     Holding& _GetHolding(unsigned int job, unsigned int product);
     std::optional<unsigned int> _FindProduct(const std::string& name) const;
     void _TakeRequest(const nxRecordLines& line, unsigned int job);
@@ -57,13 +49,11 @@ private:
     void _AddMoney(const nxRecordLines& line, Holding& holding, unsigned int product);
     void _TakeDay(const nxRecordLines& line, unsigned int job, long long time);
     void _NoteVolume(unsigned int job, Order& order, unsigned long long volume);
-    static void _Move(Account& account, const nxExactAmount& change, int opened, long long time);
-    static void _See(Account& account, const nxExactAmount& profitChange, long long time);
-    void _SumUp(Account& all) const;
+    static void _See(nxResultAccount& account, const nxExactAmount& profitChange, long long time);
 
     const nxResult& _result;
     const bool _makesTrips;
-    std::vector<std::unique_ptr<Account>> _accounts, _all;
+    nxResultAccounts _accounts;
     std::map<std::pair<unsigned int, unsigned int>, Holding> _holdings;  // by job and product
     std::map<unsigned long long, Order> _orders;                         // by number
 };

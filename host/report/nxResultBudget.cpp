@@ -61,7 +61,7 @@ nxResultBudget::nxResultBudget(const nxResult& result)
     : points(Share(GetSeries(result), MostPoints, AllNumbers)),
       fills(Share(GetLists(result.products, [](const auto& product) { return product.fills.size(); }),
                   AllFills, AllFills)),
-      trips(Share(GetLists(result.results, [](const auto& data) { return data.trips.size(); }), AllTrips,
+      trips(Share(GetLists(result.results, [](const auto& data) { return data.trips.GetCount(); }), AllTrips,
                   AllTrips)),
       orders(
           Share(GetLists(result.results, [&](const auto& data) { return nxGetOrders(result, data).size(); }),

@@ -114,7 +114,7 @@ void WriteObservations(nxJsonWriter& json, const nxResultData& data)
 {
     json.Key("observations").BeginObject();
     json.Key("days").Count(data.days.size());
-    json.Key("roundTrips").Count(data.trips.size());
+    json.Key("roundTrips").Count(data.trips.GetCount());
     json.Key("fills").Count(data.fills);
     json.Key("orders").Count(data.orders);
     json.Key("markouts").BeginArray();

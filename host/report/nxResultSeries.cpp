@@ -42,9 +42,9 @@ void WriteBuckets(nxJsonWriter& json, const std::vector<Bucket>& buckets, double
 }
 
 // All of them, or the largest by the size of their profits, in the order of their exits.
-std::vector<std::size_t> ChooseTrips(const std::vector<nxRoundTrip>& trips, std::size_t most)
+std::vector<std::size_t> ChooseTrips(const nxRoundTrips& trips, std::size_t most)
 {
-    std::vector<std::size_t> chosen(trips.size());
+    std::vector<std::size_t> chosen(trips.GetCount());
     std::iota(chosen.begin(), chosen.end(), std::size_t{0});
     if (chosen.size() > most) {
         std::ranges::stable_sort(chosen, std::ranges::greater(),
@@ -52,20 +52,19 @@ std::vector<std::size_t> ChooseTrips(const std::vector<nxRoundTrip>& trips, std:
         chosen.resize(most);
         std::ranges::sort(chosen);
     }
-    std::ranges::stable_sort(chosen, {}, [&](std::size_t i) { return trips[i].exitTime; });
+    std::ranges::stable_sort(chosen, {}, [&](std::size_t i) { return trips.GetExitTime(i); });
     return chosen;
 }
 
-void WriteTrips(nxJsonWriter& json, const nxResult& result, const std::vector<nxRoundTrip>& trips,
-                std::size_t most)
+void WriteTrips(nxJsonWriter& json, const nxResult& result, const nxRoundTrips& trips, std::size_t most)
 {
     json.Key("roundTrips").BeginObject();
-    json.Key("all").Count(trips.size());
+    json.Key("all").Count(trips.GetCount());
     WriteNames(json, {"product", "side", "volume", "entryMs", "exitMs", "entryPrice", "exitPrice", "profit",
                       "fees", "mae", "mfe", "entryOrder", "exitOrder"});
     json.Key("rows").BeginArray();
     for (const std::size_t i : ChooseTrips(trips, most)) {
-        const nxRoundTrip& trip = trips[i];
+        const nxRoundTrip trip = trips[i];
         json.BeginArray();
         json.Text(result.products[trip.product].name);
         json.Text(nxGetText(trip.side));

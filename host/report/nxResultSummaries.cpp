@@ -13,7 +13,7 @@ using namespace nxResultText;
 
 namespace {
 
-using Trips = std::vector<nxRoundTrip>;
+using Trips = nxRoundTrips;
 
 long long GetDay(long long time)
 {

@@ -39,24 +39,20 @@ void nxResultTables::WriteTrips(std::ostream& out, const nxResult& result)
            "exitOrder\n";
     for (const nxResultData& data : result.results) {
         if (!data.job) continue;
-        std::vector<const nxRoundTrip*> trips;
-        for (const nxRoundTrip& trip : data.trips)
-            trips.push_back(&trip);
-        std::ranges::stable_sort(trips, {}, [](const auto* trip) { return trip->exitTime; });
-        for (const nxRoundTrip* trip : trips) {
+        for (const nxRoundTrip& trip : data.trips) {
             std::vector<std::string> cells = {GetJob(result, data),
                                               nxGetCurrency(data),
-                                              result.products[trip->product].name,
-                                              nxGetText(trip->side),
-                                              std::to_string(trip->volume),
-                                              nxResultText::GetTime(trip->entryTime),
-                                              nxResultText::GetTime(trip->exitTime)};
+                                              result.products[trip.product].name,
+                                              nxGetText(trip.side),
+                                              std::to_string(trip.volume),
+                                              nxResultText::GetTime(trip.entryTime),
+                                              nxResultText::GetTime(trip.exitTime)};
             for (const double number :
-                 {trip->entryPrice, trip->exitPrice, trip->profit.GetAsDouble(), trip->fees.GetAsDouble(),
-                  trip->mae.GetAsDouble(), trip->mfe.GetAsDouble()})
+                 {trip.entryPrice, trip.exitPrice, trip.profit.GetAsDouble(), trip.fees.GetAsDouble(),
+                  trip.mae.GetAsDouble(), trip.mfe.GetAsDouble()})
                 cells.push_back(nxJsonWriter::GetNumber(number));
-            cells.push_back(std::to_string(trip->entryOrder));
-            cells.push_back(std::to_string(trip->exitOrder));
+            cells.push_back(std::to_string(trip.entryOrder));
+            cells.push_back(std::to_string(trip.exitOrder));
             WriteRow(out, cells);
         }
     }

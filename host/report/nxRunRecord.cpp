@@ -1,7 +1,6 @@
 #include "host/report/nxRunRecord.h"
 
-#include <sstream>
-
+#include "base/values/nxTextStream.h"
 #include "host/report/nxJsonWriter.h"
 
 namespace {
@@ -29,10 +28,10 @@ struct Value
 void nxRunRecord::Write(const std::optional<std::string>& time, const std::string& job, const char* type,
                         std::span<const Field> fields)
 {
-    std::ostringstream line;
+    nxTextStream line;
     nxJsonWriter json(line);
     json.BeginObject();
-    json.Key("sequence").Count(++_sequence);
+    json.Key("sequence").Count(_sequence + 1);
     json.Key("time");
     time ? json.Text(*time) : json.Null();
     json.Key("job").Text(job);
@@ -44,4 +43,5 @@ void nxRunRecord::Write(const std::optional<std::string>& time, const std::strin
     json.EndObject();
     line << "\n";
     _file.Write(line.view());
+    ++_sequence;  // not of a line for which there was no memory
 }

@@ -11,8 +11,8 @@
 #include "host/report/nxOutputFile.h"
 
 // The record of a run: what left the scripts, one JSON object a line, in order. Written as it goes through a
-// buffer; whole once Close() has succeeded. Bytes that are no UTF-8 are replaced by U+FFFD, numbers are
-// written one way (see nxJsonWriter). Used on the replay's thread.
+// buffer; whole once Close() has succeeded, and whole lines before. Bytes that are no UTF-8 are replaced by
+// U+FFFD, numbers are written one way (see nxJsonWriter). Used on the replay's thread.
 class nxRunRecord
 {
 public:
@@ -47,6 +47,6 @@ public:
     [[nodiscard]] std::optional<std::string> Close() { return _file.Close(); }
 
 private:
-    nxOutputFile _file{"the record"};
+    nxOutputFile _file{"the record", nxOutputFile::Cut::AtWrite};
     unsigned long long _sequence = 0;
 };

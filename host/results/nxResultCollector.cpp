@@ -14,16 +14,11 @@ void nxResultCollector::AddProduct(const nxProductAccount& none, const nxMarketP
     _products.push_back({none.GetCurrency(), pointValue, &market, nxMarkouts(pointValue), {}, {}, {}});
 }
 
-nxResultCollector::Account& nxResultCollector::_GetAccount(std::optional<unsigned int> job,
-                                                           const nxCurrencyEnum& currency)
+nxResultAccount& nxResultCollector::_GetAccount(std::optional<unsigned int> job,
+                                                const nxCurrencyEnum& currency)
 {
-    std::vector<std::unique_ptr<Account>>& accounts = job ? _accounts : _all;
-    for (const auto& known : accounts)
-        if (known->data.job == job && known->data.currency == currency) return *known;
-    Account& made = *accounts.emplace_back(std::make_unique<Account>());
-    made.data.job = job;
-    made.data.currency = currency;
-    made.data.drawdowns = nxDrawdowns(_options.capital);
+    if (nxResultAccount* const known = _accounts.Find(job, currency)) return *known;
+    nxResultAccount& made = _accounts.Make(job, currency, _options.capital);
     for (const long long day : _days) {
         made.data.days.push_back({day, {}});
         if (job && _listeners.onDay) _listeners.onDay(made.data, made.data.days.back(), {});
@@ -53,7 +48,17 @@ nxResultCollector::Order& nxResultCollector::_GetOrder(unsigned int number)
 
 nxDecimal nxResultCollector::GetDecisionPrice(unsigned int order) const
 {
-    return order < _orders.size() ? _orders[order].decision : nxDecimal();
+    if (order >= _orders.size() || !_orders[order].hasDecision) return {};
+    return nxDecimal::FromMantissa(_orders[order].mantissa, _orders[order].places);
+}
+
+void nxResultCollector::_NoteDecision(unsigned int number, const nxDecimal& price)
+{
+    Order& order = _GetOrder(number);
+    order.hasDecision = price.IsValid();
+    if (!order.hasDecision) return;
+    order.mantissa = price.GetMantissa();
+    order.places = price.GetDecimalPlaces();
 }
 
 void nxResultCollector::_NoteVolume(const nxExchangeOrder& order, unsigned int volume)
@@ -71,7 +76,7 @@ void nxResultCollector::OnRequest(const nxExchangeOrder& order, nxOrderRequest r
     ++data.messages;
     if (request != nxOrderRequest::New) return;
     ++data.orders;
-    _GetOrder(order.id).decision = nxGetMidPrice(market.GetPrice());
+    _NoteDecision(order.id, nxGetMidPrice(market.GetPrice()));
     _NoteVolume(order, nxOrderTerms::GetOr(order.terms.volume, 0));
 }
 
@@ -83,7 +88,7 @@ void nxResultCollector::OnEvent(const nxExchangeOrder& order, const nxExchangeEv
     if (event.kind == Kind::Filled) return _AddFill(order, event);
     if (event.kind == Kind::ChildCreated) {
         ++_Get(order.kind.owner, order.kind.product).account->data.orders;
-        _GetOrder(order.id).decision = nxGetMidPrice(market.GetPrice());
+        _NoteDecision(order.id, nxGetMidPrice(market.GetPrice()));
     }
     _NoteVolume(order, event.volume);
     // Nothing is filled any more, of an order that may have closed something.
@@ -100,25 +105,12 @@ void nxResultCollector::_AddFill(const nxExchangeOrder& order, const nxExchangeE
     _time = std::max(_time, fill.time);
     Product& product = _products[order.kind.product];
     Holding& holding = _Get(order.kind.owner, order.kind.product);
-    nxResultData& data = holding.account->data;
-    ++data.fills;
-    data.executedVolume += fill.fillVolume;
-    if (fill.cause != nxFillCause::OwnOrder) {
-        data.volume += fill.fillVolume;
-        if (fill.isMaker) data.makerVolume += fill.fillVolume;
-    }
-    data.fees += fee;
-    const nxExactAmount money(fill.fillPrice, fill.fillVolume, product.pointValue);
-    data.turnover += money;
-    holding.turnover += money;
     const nxSide side = order.kind.side;
-    if (const nxDecimal decision = GetDecisionPrice(order.id); decision.IsValid()) {
-        const nxExactAmount over = money - nxExactAmount(decision, fill.fillVolume, product.pointValue);
-        side == nxSide::Buy ? data.slippage += over : data.slippage -= over;
-        data.slippageVolume += fill.fillVolume;
-    }
+    holding.turnover +=
+        holding.account->Add({side, fill.fillPrice, fill.fillVolume, fee, product.pointValue, fill.isMaker,
+                              fill.cause == nxFillCause::OwnOrder, GetDecisionPrice(order.id)});
     _KeepMid(product);
-    product.markouts.Add(data, side, fill.fillPrice, fill.fillVolume, fill.time);
+    product.markouts.Add(holding.account->data, side, fill.fillPrice, fill.fillVolume, fill.time);
     holding.lots.Add({side, fill.fillPrice, fill.fillVolume, fee, order.id, fill.time,
                       fill.status == nxOrderStatus_Filled},
                      [&](nxRoundTrip&& trip) { _TakeTrip(holding, std::move(trip)); });
@@ -131,9 +123,8 @@ void nxResultCollector::_KeepMid(Product& product)
 
 void nxResultCollector::_TakeTrip(const Holding& holding, nxRoundTrip&& trip)
 {
-    nxResultData& data = holding.account->data;
-    data.trips.push_back(std::move(trip));
-    if (_listeners.onTrip) _listeners.onTrip(holding.job, data.trips.back());
+    holding.account->data.trips.Add(trip);
+    if (_listeners.onTrip) _listeners.onTrip(holding.job, trip);
 }
 
 void nxResultCollector::OnAdjustment(unsigned int job, unsigned int product, const nxAdjustment& adjustment)
@@ -153,7 +144,7 @@ void nxResultCollector::OnValue(unsigned int job, unsigned int product, const nx
                                 const nxDecimal& mark, const nxTradingStatistics::Money& money)
 {
     Holding& holding = _Get(job, product);
-    Account& account = *holding.account;
+    nxResultAccount& account = *holding.account;
     holding.lots.See(mark);
     const long long net = position.GetNet();
     const nxExactAmount exposure(mark, net, _products[product].pointValue);
@@ -162,34 +153,17 @@ void nxResultCollector::OnValue(unsigned int job, unsigned int product, const nx
     holding.exposure = exposure;
     holding.isOpen = net != 0;
     const nxExactAmount profitChange = money.profit - account.data.profit;
-    for (Account* each : {&account, account.all}) {
+    for (nxResultAccount* each : {&account, account.all}) {
         if (each == nullptr) continue;
-        _ChangeExposure(*each, change, opened);
+        each->Move(change, opened, _time);
         _See(*each, each->data.profit + profitChange);
     }
 }
 
-void nxResultCollector::_ChangeExposure(Account& account, const nxExactAmount& change, int opened)
+void nxResultCollector::_See(nxResultAccount& account, const nxExactAmount& profit)
 {
-    account.exposure += change;
-    if (opened == 0) return;
-    if (opened > 0 && account.openPositions++ == 0) account.openSince = _time;
-    if (opened < 0 && --account.openPositions == 0) account.data.openTime += _time - account.openSince;
-}
-
-void nxResultCollector::_See(Account& account, const nxExactAmount& profit)
-{
-    nxResultData& data = account.data;
-    data.profit = profit;
-    data.drawdowns.See(_time, profit);
-    const double value = profit.GetAsDouble();
-    nxEquityBucket sample;
-    sample.time = _time;
-    sample.low = sample.high = sample.close = value;
-    sample.drawdown = data.drawdowns.GetDepth().GetAsDouble();
-    sample.exposure = account.exposure.GetAsDouble();
-    data.equity.Add(sample);
-    if (_listeners.onEquity) _listeners.onEquity(data, _time, sample);
+    const nxEquityBucket sample = account.See(profit, _time);
+    if (_listeners.onEquity) _listeners.onEquity(account.data, _time, sample);
 }
 
 void nxResultCollector::EndDay(long long day, bool hasData)
@@ -198,16 +172,14 @@ void nxResultCollector::EndDay(long long day, bool hasData)
     _days.push_back(day);
     for (Product& product : _products)
         product.closes.push_back(nxGetMidPrice(product.market->GetPrice()).GetAsDouble());
-    for (const auto* accounts : {&_accounts, &_all}) {
-        for (const auto& account : *accounts) {
-            nxResultData& data = account->data;
-            data.days.push_back({day, data.profit});
-            if (_listeners.onDay && data.job) _listeners.onDay(data, data.days.back(), _GetPrices(*account));
-        }
-    }
+    _accounts.ForEach([&](nxResultAccount& account) {
+        nxResultData& data = account.data;
+        data.days.push_back({day, data.profit});
+        if (_listeners.onDay && data.job) _listeners.onDay(data, data.days.back(), _GetPrices(account));
+    });
 }
 
-nxResultCollector::Prices nxResultCollector::_GetPrices(const Account& account) const
+nxResultCollector::Prices nxResultCollector::_GetPrices(const nxResultAccount& account) const
 {
     Prices prices;
     for (std::size_t i = 0; i < _products.size(); ++i)
@@ -225,18 +197,15 @@ void nxResultCollector::Finish(long long last)
         for (Holding& holding : product.holdings)
             holding.lots.Complete([&](nxRoundTrip&& trip) { _TakeTrip(holding, std::move(trip)); });
     }
-    for (const auto* accounts : {&_accounts, &_all})
-        for (const auto& account : *accounts)
-            if (account->openPositions != 0)
-                account->data.openTime += std::max(last, account->openSince) - account->openSince;
-    for (const auto& account : _accounts) {
+    _accounts.ForEach([last](nxResultAccount& account) { account.Finish(last); });
+    for (const auto& account : _accounts.GetSingle()) {
         // One that an order could still have added to was complete later than others that ended after it.
-        std::ranges::stable_sort(account->data.trips, {}, &nxRoundTrip::exitTime);
+        account->data.trips.SortByExit();
         _ChooseBenchmark(*account);
     }
 }
 
-void nxResultCollector::_ChooseBenchmark(Account& account) const
+void nxResultCollector::_ChooseBenchmark(nxResultAccount& account) const
 {
     nxExactAmount most;
     for (std::size_t i = 0; i < _products.size(); ++i) {
@@ -254,27 +223,7 @@ void nxResultCollector::_ChooseBenchmark(Account& account) const
         account.data.days[before + i].benchmark = closes[i];
 }
 
-void nxResultCollector::_SumUp(Account& all) const
-{
-    for (const auto& account : _accounts)
-        if (account->all == &all) all.data.Add(account->data);
-    std::ranges::stable_sort(all.data.trips, {}, &nxRoundTrip::exitTime);
-    _ChooseBenchmark(all);
-}
-
 std::vector<nxResultData> nxResultCollector::TakeResults()
 {
-    std::vector<nxResultData> results;
-    std::ranges::stable_sort(_accounts, {}, [](const auto& account) { return *account->data.job; });
-    for (const auto& all : _all) {
-        if (std::ranges::count(_accounts, all.get(), &Account::all) > 1)
-            _SumUp(*all);
-        else
-            all->data.orders = 0;
-    }
-    for (const auto& account : _accounts)
-        results.push_back(std::move(account->data));
-    for (const auto& all : _all)
-        if (all->data.orders != 0) results.push_back(std::move(all->data));
-    return results;
+    return _accounts.Take([this](nxResultAccount& all) { _ChooseBenchmark(all); });
 }

@@ -2,7 +2,6 @@
 
 #include <deque>
 #include <functional>
-#include <memory>
 #include <utility>
 #include <vector>
 
@@ -11,7 +10,7 @@
 #include "host/exchange/nxExchangeObserver.h"
 #include "host/results/nxLotBook.h"
 #include "host/results/nxMarkouts.h"
-#include "host/results/nxResultData.h"
+#include "host/results/nxResultAccount.h"
 
 // Makes the data of a run's measures while it goes on: round trips, equity, days, slippage and markouts of
 // each job and currency with orders. What it keeps grows with round trips, orders and days, not with the
@@ -86,19 +85,10 @@ public:
     void OnBar(unsigned int job, unsigned int product, const nxFeedBar& bar) override;
 
 private:
-    // What is followed of one job's or of all jobs' money in a currency.
-    struct Account
-    {
-        nxResultData data;
-        nxExactAmount exposure;
-        unsigned int openPositions = 0;
-        long long openSince = 0;
-        Account* all = nullptr;  // of a job: that of all jobs
-    };
     struct Holding
     {
         unsigned int job;
-        Account* account;
+        nxResultAccount* account;
         nxLotBook lots;
         nxExactAmount exposure;
         bool isOpen = false;
@@ -116,29 +106,29 @@ private:
     };
     struct Order
     {
-        nxDecimal decision;
+        long long mantissa = 0;  // of the price at which the market stood when it was sent
         unsigned int volume = 0;
+        unsigned char places = 0;
+        bool hasDecision = false;
     };
 
     Holding& _Get(unsigned int job, unsigned int product);
-    Account& _GetAccount(std::optional<unsigned int> job, const nxCurrencyEnum& currency);
+    nxResultAccount& _GetAccount(std::optional<unsigned int> job, const nxCurrencyEnum& currency);
     Order& _GetOrder(unsigned int number);
     void _AddFill(const nxExchangeOrder& order, const nxExchangeEvent& fill);
+    void _NoteDecision(unsigned int number, const nxDecimal& price);
     void _NoteVolume(const nxExchangeOrder& order, unsigned int volume);
     static void _KeepMid(Product& product);
-    void _ChangeExposure(Account& account, const nxExactAmount& change, int opened);
-    void _See(Account& account, const nxExactAmount& profit);
+    void _See(nxResultAccount& account, const nxExactAmount& profit);
     void _TakeTrip(const Holding& holding, nxRoundTrip&& trip);
-    Prices _GetPrices(const Account& account) const;
-    void _ChooseBenchmark(Account& account) const;
-    void _SumUp(Account& all) const;
+    Prices _GetPrices(const nxResultAccount& account) const;
+    void _ChooseBenchmark(nxResultAccount& account) const;
 
     const Options _options;
     const Listeners _listeners;
     std::vector<Product> _products;
-    std::vector<std::unique_ptr<Account>> _accounts;  // of single jobs
-    std::vector<std::unique_ptr<Account>> _all;       // of all jobs together, by currency
-    std::vector<Order> _orders;                       // by number
+    nxResultAccounts _accounts;
+    std::vector<Order> _orders;  // by number
     std::vector<long long> _days;
     long long _time = 0;
     nxExactAmount _fee;  // of the fill that was just booked

@@ -14,5 +14,5 @@ void nxResultData::Add(const nxResultData& other)
         markouts[i].volume += other.markouts[i].volume;
         markouts[i].fills += other.markouts[i].fills;
     }
-    trips.insert(trips.end(), other.trips.begin(), other.trips.end());
+    trips.Add(other.trips);
 }

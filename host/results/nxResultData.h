@@ -10,7 +10,7 @@
 #include "base/time/nxTime.h"
 #include "host/results/nxBuckets.h"
 #include "host/results/nxDrawdowns.h"
-#include "host/results/nxRoundTrip.h"
+#include "host/results/nxRoundTrips.h"
 
 // A UTC day with data; a bar that ends at midnight is of the day before.
 struct nxResultDay
@@ -54,7 +54,7 @@ struct nxResultData
     unsigned long long slippageVolume = 0;  // of fills of which it is known
     std::array<nxMarkout, nxMarkout::Count> markouts;
     long long openTime = 0;            // nanoseconds with a position
-    std::vector<nxRoundTrip> trips;    // by their exits, those of one time as they were complete
+    nxRoundTrips trips;                // by their exits, those of one time as they were complete
     std::vector<nxResultDay> days;     // all of the run's
     nxBuckets<nxEquityBucket> equity;  // profits, in the order of their times
     nxDrawdowns drawdowns;

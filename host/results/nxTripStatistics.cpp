@@ -4,7 +4,7 @@
 
 #include "base/time/nxTime.h"
 
-nxTripStatistics::nxTripStatistics(const std::vector<nxRoundTrip>& trips)
+nxTripStatistics::nxTripStatistics(const nxRoundTrips& trips)
 {
     for (const nxRoundTrip& trip : trips)
         Add(trip);

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "host/results/nxRoundTrip.h"
+#include "host/results/nxRoundTrips.h"
 
 // What some round trips come to. Sums of money are exact.
 struct nxTripStatistics
@@ -18,7 +18,7 @@ struct nxTripStatistics
     unsigned long long winStreak = 0, lossStreak = 0;  // the longest, in the order of the trips
 
     nxTripStatistics() = default;
-    explicit nxTripStatistics(const std::vector<nxRoundTrip>& trips);
+    explicit nxTripStatistics(const nxRoundTrips& trips);
 
     void Add(const nxRoundTrip& trip);
 

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 
@@ -15,8 +14,10 @@ std::string Count(unsigned long long number, const char* one, const char* many)
     return fmt::format("{} {}", number, number == 1 ? one : many);
 }
 
+// A share that is not the whole must not be rounded to it.
 std::string Percent(double share)
 {
+    if (share > 0.995 && share < 1.0) return fmt::format("{:.2f} %", std::min(100.0 * share, 99.99));
     return fmt::format("{:.0f} %", 100.0 * share);
 }
 

@@ -1,5 +1,8 @@
 #include "host/run/nxCallWatch.h"
 
+#include <new>
+#include <utility>
+
 void nxCallWatch::Start()
 {
     _isStopping = false;
@@ -15,6 +18,14 @@ void nxCallWatch::Stop()
     }
     _wake.notify_one();
     _thread.join();
+}
+
+nxScriptPulse* nxCallWatch::GetScriptPulse()
+{
+#ifdef NX_SCRIPTS_BECOME_CODE
+    if (_options.pulse == nullptr && _options.limit == std::chrono::nanoseconds::zero()) return nullptr;
+#endif
+    return &_pulse.script;
 }
 
 void nxCallWatch::_Watch()
@@ -34,7 +45,12 @@ void nxCallWatch::_Watch()
         }
         const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now - since);
         const auto what = nxRunPulse::GetCall(call);
-        if (seconds.count() >= 1 && what) _onStall({*what, seconds, isStopped});
+        if (seconds.count() < 1 || !what) continue;
+        // Where there is no memory to tell it, the next time will do.
+        try {
+            _onStall({*what, seconds, isStopped});
+        } catch (const std::bad_alloc&) {
+        }
     }
 }
 
@@ -45,5 +61,5 @@ bool nxCallWatch::_StopLateCall(unsigned long long call, std::chrono::steady_clo
     _pulse.script.isStopWanted = true;
     // Another call is not meant.
     if (_pulse.call.load() != call) _pulse.script.isStopWanted = false;
-    return true;
+    return std::exchange(_stopped, call) == call;
 }

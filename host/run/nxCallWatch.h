@@ -19,7 +19,7 @@ public:
     {
         nxRunCall call;
         std::chrono::seconds since;  // how long it has run, at least 1
-        bool isStopped;              // as far as that reaches
+        bool isStopped;              // it was asked to stop, which has not helped
     };
     struct Options
     {
@@ -44,7 +44,8 @@ public:
     // onStall is not called any more.
     void Stop();
 
-    nxScriptPulse& GetScriptPulse() { return _pulse.script; }
+    // For the scripts. Null where it would cost a script its compiled code, and nobody asked for a limit.
+    nxScriptPulse* GetScriptPulse();
     // On the run's thread.
     void Enter(const nxRunCall& call)
     {
@@ -60,6 +61,7 @@ public:
 
 private:
     void _Watch();
+    // True: it had been stopped before.
     bool _StopLateCall(unsigned long long call, std::chrono::steady_clock::time_point now);
 
     const Options _options;
@@ -67,6 +69,7 @@ private:
     nxRunPulse _own;
     nxRunPulse& _pulse = _options.pulse == nullptr ? _own : *_options.pulse;
     nxCallDeadline _deadline{_options.limit};  // of the watching thread
+    unsigned long long _stopped = 0;           // the call that was
     unsigned long long _count = 0;             // of calls; of the run's thread
     std::mutex _mutex;
     std::condition_variable _wake;

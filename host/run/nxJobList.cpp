@@ -29,7 +29,7 @@ void nxJobList::Close()
 bool nxJobList::Load(nxJobRunner& runner)
 {
     _watch.Enter({runner.GetJob().GetIndex(), nxRunCall::Part::Loading});
-    const bool succeeded = runner.Load(_state.options);
+    const bool succeeded = runner.Load(_state.options, _watch.GetScriptPulse());
     _watch.Leave();
     return succeeded;
 }
@@ -42,6 +42,19 @@ bool nxJobList::Start(nxJobRunner& runner)
     return succeeded;
 }
 
+// The library knows only that the host stopped the callback.
+void nxJobList::_NameStop(std::string& message, std::optional<nxCallback> callback) const
+{
+    constexpr std::string_view told = "stopped by the host";
+    if (!message.ends_with(told)) return;
+    message.resize(message.size() - told.size());
+    const char* const name = callback ? nxGetCallbackName(*callback) : "the main part of the script";
+    message += _state.IsInterrupted()
+                   ? fmt::format("{} did not return when the run was interrupted", name)
+                   : fmt::format("{} has run for {:.3g} s", name,
+                                 std::chrono::duration<double>(_state.options.callbackLimit).count());
+}
+
 void nxJobList::NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callback,
                             const std::string& message)
 {
@@ -52,6 +65,7 @@ void nxJobList::NoteFailure(nxJobRunner& runner, std::optional<nxCallback> callb
     if (options.memoryLimit != 0 && what.message.ends_with("not enough memory"))
         what.message += fmt::format("; the script may hold {:.3g} MiB",
                                     static_cast<double>(options.memoryLimit) / (1 << 20));
+    _NameStop(what.message, callback);
     const std::string& name = runner.GetJob().GetName();
     _output.Record(runner.GetJob(), "callbackFailure",
                    {{"callback", callback ? nxGetCallbackName(*callback) : ""},

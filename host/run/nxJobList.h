@@ -67,6 +67,8 @@ public:
                      const std::string& message = {});
 
 private:
+    void _NameStop(std::string& message, std::optional<nxCallback> callback) const;
+
     nxRunState& _state;
     const nxRunClock& _clock;
     nxRunOutput& _output;

@@ -13,12 +13,15 @@ unsigned long long GetHash(const std::string& text)
 
 }  // namespace
 
-bool nxJobRunner::Load(const nxRunOptions& options)
+bool nxJobRunner::Load(const nxRunOptions& options, nxScriptPulse* pulse)
 {
     nxAlgoJobObject& object = _job.GetObject();
+    nxScriptLimits limits = options.limits;
+    if (options.memoryLimit != 0) limits.memory = options.memoryLimit;
     object.Isolate(GetHash(_job.GetName()) + options.exchange.seed);
     object.SetProfile(options.profile);
-    object.SetMemoryLimit(options.memoryLimit);
+    object.SetLimits(limits);
+    object.SetPulse(pulse);
     object.SetScriptHelper(_source.GetHelper());
     return object.LoadScript(_source.GetText()).IsSuccess();
 }

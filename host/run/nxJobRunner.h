@@ -23,9 +23,10 @@ public:
     const nxScriptSource& GetSource() const { return _source; }
     nxJobStatistics& GetStatistics() { return _statistics; }
 
-    // Both false on a failure, of which the job object knows the text. The script's random numbers are its
-    // own, and follow from the seed of the run and the job's name.
-    [[nodiscard]] bool Load(const nxRunOptions& options);
+    // The pulse outlives the runner; null: none is wanted. Both false on a failure, of which the job object
+    // knows the text. The script's random numbers are its own, and follow from the seed of the run and the
+    // job's name.
+    [[nodiscard]] bool Load(const nxRunOptions& options, nxScriptPulse* pulse);
     // Runs OnInit, which the script must define.
     [[nodiscard]] bool Start();
     void NoteDefinedCallbacks();

@@ -1,9 +1,7 @@
 #include "host/run/nxParameterFile.h"
 
 #include <algorithm>
-#include <cmath>
 
-#include "base/values/nxStringHelper.h"
 #include "host/feed/nxTomlFile.h"
 
 namespace {
@@ -70,24 +68,11 @@ private:
             }
             // A text in quotes is meant as text, whatever it looks like.
             if (type.empty() && plain->is_string()) type = "text";
-            const std::string text = _GetText(*plain, name);
+            const std::string text = GetScalarText(
+                *plain, "parameter " + name + " is neither a text, a finite number, true nor false");
             if (type.empty() && plain->is_floating() && text.find('e') != text.npos) type = "double";
             if (const auto reason = parameters.Define(name, type, text)) Refuse(*plain, *reason);
         }
-    }
-
-    std::string _GetText(const toml::value& value, const std::string& name) const
-    {
-        if (value.is_string()) return value.as_string().str;
-        if (value.is_boolean()) return value.as_boolean() ? "true" : "false";
-        if (value.is_integer())
-            return nxStringHelper::GetAsString(static_cast<long long>(value.as_integer()));
-        if (value.is_floating() && std::isfinite(value.as_floating())) {
-            const std::string text = nxStringHelper::GetAsString(value.as_floating());
-            // A float stays one where its point is all that tells: 2.0 is no int.
-            return text.find_first_of(".e") == text.npos ? text + ".0" : text;
-        }
-        Refuse(value, "parameter " + name + " is neither a text, a finite number, true nor false");
     }
 
     std::vector<nxJobOptions>& _jobs;

@@ -1,8 +1,8 @@
 #include "host/run/nxResultRecord.h"
 
 #include <cmath>
-#include <sstream>
 
+#include "base/values/nxTextStream.h"
 #include "host/feed/nxFeedTime.h"
 #include "host/report/nxResultSections.h"
 
@@ -12,7 +12,7 @@ namespace {
 template <class Write>
 std::string MakeJson(Write write)
 {
-    std::ostringstream text;
+    nxTextStream text;
     nxJsonWriter json(text);
     write(json);
     return std::move(text).str();

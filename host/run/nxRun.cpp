@@ -134,6 +134,10 @@ bool nxRun::_Prepare(std::vector<nxScriptSource>& sources)
         if (!error) error = sources.emplace_back(modules).Add(job.script);
     if (!error && !_source.Open(_options.data, nxGetFeedTerms(_options.products)))
         error = _source.GetError().GetText();
+    if (!error && _options.to && !_source.GetFirstTime() && _source.GetLastTime() != 0)
+        error =
+            fmt::format("--to: no row before {}; the first is of {}", nxFeedTime::GetAsString(*_options.to),
+                        nxFeedTime::GetAsString(_source.GetLastTime()));
     if (!error) error = _stores.Open();
     if (!error) error = _output.OpenRecord();
     if (!error) {
@@ -394,6 +398,8 @@ void nxRun::_Finish()
 
 void nxRun::_NameTheEnd()
 {
+    // A script may have caught it, but what it called was left half done.
+    if (_state.IsShortOfMemory() && _state.result != nxRunResult::InputFailed) _Fail("out of memory");
     const auto remark = [&](std::size_t count, const char* where) {
         if (count != 0)
             _state.statistics.remarks.push_back(std::to_string(count) + " parameter change" +

@@ -7,10 +7,10 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <sstream>
 #include <streambuf>
 
 #include "base/log/nxLogManager.h"
+#include "base/values/nxTextStream.h"
 #include "host/jobs/nxDataStores.h"
 #include "host/report/nxRunSummary.h"
 #include "host/run/nxRun.h"
@@ -179,7 +179,7 @@ std::vector<nxResultVariant> Tell(const std::vector<nxRunSummary::Model>& models
 
 nxRunSummary::Model RunSilently(const nxRunOptions& options, const std::string& name, nxRunResult& result)
 {
-    std::ostringstream errors;
+    nxTextStream errors;
     Nowhere nowhere;
     std::ostream out(&nowhere);
     const Silence silence;

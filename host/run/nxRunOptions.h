@@ -20,6 +20,7 @@
 #include "host/results/nxRoundTrip.h"
 #include "host/run/nxParameterChange.h"
 #include "host/sandbox/nxRunPulse.h"
+#include "scriptFramework/lua/nxScriptLimits.h"
 #include "scriptFramework/lua/nxScriptProfile.h"
 
 // What a run is asked to do.
@@ -67,7 +68,8 @@ struct nxRunOptions
     std::ostream* progress = nullptr;  // where to; null: standard error of the run
     std::string progressLabel;         // in front of it
     nxScriptProfile profile = nxScriptProfile::Base;
-    std::size_t memoryLimit = 0;                // bytes that each script may hold; 0: no limit
+    nxScriptLimits limits;                      // of each script
+    std::size_t memoryLimit = 0;                // bytes that each script may hold; 0: as `limits` says
     std::chrono::nanoseconds callbackLimit{0};  // of real time that a callback may take; 0: any
     // Another process watches the pulse, and stops what takes too long; the run does not. See nxRunGuard.
     bool isGuarded = false;
@@ -77,6 +79,9 @@ struct nxRunOptions
     std::function<std::vector<std::string>()> getNotes;
     // Set from elsewhere, such as a signal handler, to end the run after the current event.
     const std::atomic<bool>* interrupted = nullptr;
+    // Set when memory has run out anywhere: the run ends then and says so, even where a script catches the
+    // error.
+    const std::atomic<bool>* shortOfMemory = nullptr;
 
     // More than the summary tells.
     bool IsDetailWanted() const

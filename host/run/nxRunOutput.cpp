@@ -49,7 +49,8 @@ void nxRunOutput::RecordAt(long long time, const std::string& job, const char* t
                            nxRunRecord::Fields fields)
 {
     if (_entries != nullptr) _entries->Take(time, job, type, fields);
-    if (!_record.IsOpen()) return;
+    // Without memory a line may have been lost: the record goes up to there, as its missing end tells.
+    if (!_record.IsOpen() || _state.IsShortOfMemory()) return;
     const auto stamp =
         _state.hasTime ? std::optional(nxFeedTime::GetAsString(time)) : std::optional<std::string>();
     _record.Write(stamp, job, type, fields);
@@ -98,10 +99,8 @@ void nxRunOutput::NoteStall(const nxCallWatch::Stall& stall)
     // A script's own print writes there.
     std::fflush(stdout);
     _out.flush();
-    // A stop is on its way to it; where it does not help, only the person does.
-    constexpr std::chrono::seconds stopTakes{2};
-    if (!_state.IsInterrupted() || _state.options.isGuarded || !stall.isStopped || stall.since < stopTakes)
-        return _progress.Show(text);
+    // Only where a stop has not helped there is something left for the person to do.
+    if (!_state.IsInterrupted() || !stall.isStopped) return _progress.Show(text);
     text += "; Ctrl-C again to kill";
     _progress.Show(text);
     if (!_hasToldToKill && !_progress.IsEnabled()) _err << text << std::endl;

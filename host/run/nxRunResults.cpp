@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <sstream>
 #include <string_view>
 
+#include "base/values/nxTextStream.h"
 #include "host/feed/nxSha256.h"
 #include "host/market/nxMidPrice.h"
 #include "host/report/nxResultDocument.h"
@@ -80,7 +80,7 @@ void nxRunResults::_MakeFacts()
 void nxRunResults::_Hash()
 {
     nxResultRun& run = _result.run;
-    std::ostringstream text;
+    nxTextStream text;
     nxJsonWriter json(text);
     bool isKnown = true;
     json.BeginArray();
@@ -175,7 +175,7 @@ void nxRunResults::Finish(const nxRunStatistics& statistics)
 
 void nxRunResults::_TakeTiming(const nxRunStatistics& statistics)
 {
-    std::ostringstream text;
+    nxTextStream text;
     nxJsonWriter json(text);
     json.BeginObject();
     json.Key("callbacks").BeginArray();
@@ -211,7 +211,7 @@ std::optional<std::string> nxRunResults::Write(std::optional<std::vector<nxResul
         failures.push_back(_output.CloseRecord());
     }
     const auto make = [this](auto write) {
-        std::ostringstream text;
+        nxTextStream text;
         write(text, _result);
         return std::move(text).str();
     };
@@ -228,7 +228,7 @@ std::optional<std::string> nxRunResults::Write(std::optional<std::vector<nxResul
 
 std::optional<std::string> nxRunResults::_WritePage(const std::string& document)
 {
-    std::ostringstream page;
+    nxTextStream page;
     nxResultPage::Write(page, {{"", document, _timing}});
     const auto failure = _Write(_page, page.view());
     const std::string& file = _state.options.reportFile;

@@ -1,6 +1,6 @@
 #include "host/run/nxRunSandbox.h"
 
-#include <algorithm>
+#include "host/sandbox/nxStrictLimits.h"
 
 namespace {
 
@@ -31,6 +31,7 @@ nxGuardOptions nxRunSandbox::GetGuardOptions(const nxRunOptions& options)
     guard.jobs = options.jobs;
     guard.modules = options.modules;
     guard.inputs = options.data;
+    if (!options.productFile.empty()) guard.inputs.push_back(options.productFile);
     guard.record = options.recordFile;
     for (const std::string& file :
          {options.jsonFile, options.reportFile, options.tradesFile, options.equityFile})
@@ -46,6 +47,7 @@ void nxRunSandbox::Share(nxRunOptions& options, nxRunPage& page)
 {
     options.isGuarded = true;
     options.profile = nxScriptProfile::Strict;
+    options.limits = nxGetStrictLimits();
     options.pulse = &page.pulse;
     options.recordBuffer = &page.record;
     options.interrupted = &page.isInterrupted;

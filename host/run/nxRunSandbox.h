@@ -13,7 +13,7 @@ public:
     // What the options ask for that a guarded run cannot do; empty: nothing.
     [[nodiscard]] static std::string FindObstacle(const nxRunOptions& options);
     [[nodiscard]] static nxGuardOptions GetGuardOptions(const nxRunOptions& options);
-    // In the guarded process: the scripts get the strict profile, and the run tells the page what it does,
-    // and leaves the watching to the other process. The page outlives the run.
+    // In the guarded process: the scripts get the strict profile and its limits, and the run tells the page
+    // what it does, and leaves the watching to the other process. The page outlives the run.
     static void Share(nxRunOptions& options, nxRunPage& page);
 };

@@ -19,7 +19,11 @@ struct nxRunState
 
     bool IsAlone() const { return options.jobs.size() == 1; }
     bool IsInterrupted() const { return options.interrupted != nullptr && options.interrupted->load(); }
-    bool IsEnding() const { return isOver || IsInterrupted(); }
+    bool IsShortOfMemory() const
+    {
+        return options.shortOfMemory != nullptr && options.shortOfMemory->load(std::memory_order_relaxed);
+    }
+    bool IsEnding() const { return isOver || IsInterrupted() || IsShortOfMemory(); }
     // Ends the run after the current callback. The first reason holds.
     void End(const std::string& reason)
     {

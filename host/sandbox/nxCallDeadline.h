@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <utility>
 
 // Decides when a call into a script has taken too long, from what is seen of the run's pulse now and then:
 // because it is beyond the limit, or because the run was interrupted and it does not return. First it is to
@@ -22,12 +23,19 @@ public:
     // From the stop on, where the limit is what was overrun.
     static constexpr Duration OverrunToKill = std::chrono::milliseconds(1500);
 
+    static constexpr Duration MostBetweenLooks = std::chrono::seconds(1);
+
     // A limit of 0 is none.
     explicit nxCallDeadline(Duration limit) : _limit(limit) {}
 
     // call: as in nxRunPulse. isWaiting: for who reads the run's output, which is not the script's time.
     Verdict Look(unsigned long long call, bool isInterrupted, bool isWaiting, Clock::time_point now)
     {
+        // Who looks was held up itself, as by Ctrl-Z, and the script most likely with it.
+        if (const Duration gap = now - std::exchange(_looked, now); gap > MostBetweenLooks) {
+            _since += gap;
+            _entered += gap;
+        }
         if (call != _call || call == 0) {
             _call = call;
             _since = _entered = now;
@@ -57,5 +65,6 @@ private:
     const Duration _limit;
     unsigned long long _call = 0;
     Clock::time_point _entered, _since;  // since: without what it waited
+    Clock::time_point _looked = Clock::now();
     std::optional<Clock::time_point> _interrupted;
 };

@@ -87,6 +87,9 @@ nxConfinement nxRunGuard::_GetRights() const
         for (const std::string& path : *paths)
             if (const int descriptor = FindDescriptor(path); descriptor >= 0)
                 rights.descriptors.push_back(descriptor);
+    // Standard input and output are open already, and no file of that name is meant.
+    for (auto* paths : {&rights.readable, &rights.writable})
+        std::erase(*paths, "-");
     if (!_options.storeDirectory.empty()) rights.directories = {_options.storeDirectory};
     rights.memory = _options.memory;
     // A history of bars opens the data once more.

@@ -38,12 +38,22 @@ void nxAlgoDataSeriesObject::_CapacityCheck()
     if (_dropped >= _x.size() / 2) _Compact();
 }
 
+bool nxAlgoDataSeriesObject::_Grow(nxLuaResults& results)
+{
+    const std::size_t points = std::max<std::size_t>(2 * _x.capacity(), 16);
+    if (!results.Sets(_charge, 2 * points * sizeof(double))) return false;
+    _x.reserve(points);
+    _y.reserve(points);
+    return true;
+}
+
 bool nxAlgoDataSeriesObject::add(nxLuaParameters& parameters, nxLuaResults& results)
 {
     if (parameters.Count() != 2)
         return results.Fail("Invalid arguments to DataSeries:add. Requires 2 arguments");
     const double x = parameters.Parameter(1).GetNumber();
     const double y = parameters.Parameter(2).GetNumber();
+    if (_x.size() == _x.capacity() && !_Grow(results)) return false;
     _x.push_back(x);
     _y.push_back(y);
     _CapacityCheck();

@@ -4,6 +4,7 @@
 
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
+#include "scriptFramework/lua/nxScriptCharge.h"
 
 // A script's list of points (x, y) with simple statistics, oldest first, from job:createDataSeries. A
 // capacity above 0 drops the oldest points that go beyond it. Owned by the host, which keeps it as long as
@@ -43,6 +44,8 @@ protected:
 
 private:
     std::size_t _GetSize() const { return _x.size() - _dropped; }
+    // Makes room for one more point; false, with an error, when there may be none.
+    bool _Grow(nxLuaResults& results);
     void _CapacityCheck();
     void _Compact();
     // The first point of which no other one is better; (0, 0) of an empty series. firstGivesX: instead of the
@@ -50,6 +53,7 @@ private:
     template <class IsBetter>
     bool _AddExtreme(nxLuaResults& results, IsBetter isBetter, bool firstGivesX = false);
 
+    nxScriptCharge _charge;  // of both arrays
     std::vector<double> _x;
     std::vector<double> _y;
     std::size_t _dropped = 0;  // points at the front of both that are no longer of the series

@@ -1,5 +1,7 @@
 #include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
 
+#include <algorithm>
+
 #include "base/log/nxLogMessage.h"
 #include "base/threads/nxMutexGuard.h"
 
@@ -31,6 +33,14 @@ Self::Row ReadColumns(nxLuaParameters& parameters, unsigned int first)
     return row;
 }
 
+std::size_t GetBytes(const Self::Row& row)
+{
+    std::size_t bytes = sizeof row + sizeof(void*);
+    for (const std::string& column : row)
+        bytes += sizeof column + column.size();
+    return bytes;
+}
+
 }  // namespace
 
 bool nxAlgoDataStoreObject::add(nxLuaParameters& parameters, nxLuaResults& results)
@@ -54,7 +64,9 @@ bool nxAlgoDataStoreObject::add(nxLuaParameters& parameters, nxLuaResults& resul
                      "dataStore:add exceeded max number of rows: ", MostRows);
         return results.Fail("dataStore:add exceeded max number of rows");
     }
-    _LoadRow(ReadColumns(parameters, 1));
+    const Row row = ReadColumns(parameters, 1);
+    if (!_Charge(results, row, 0)) return false;
+    _LoadRow(row);
     return true;
 }
 
@@ -72,6 +84,7 @@ bool nxAlgoDataStoreObject::set(nxLuaParameters& parameters, nxLuaResults& resul
     const unsigned int index = parameters.Parameter(1).GetUnsigned();
     if (_HasRow(index)) {
         Row row = ReadColumns(parameters, 2);
+        if (!_Charge(results, row, _GetRowBytes(index))) return false;
         const nxMutexGuard guard(_mutex);
         // Another thread's clear may have come between.
         if (index <= _rows.size()) {
@@ -108,6 +121,7 @@ bool nxAlgoDataStoreObject::clear(nxLuaParameters&, nxLuaResults&)
 {
     const nxMutexGuard guard(_mutex);
     _rows.clear();
+    _charges.clear();
     return true;
 }
 
@@ -144,4 +158,21 @@ bool nxAlgoDataStoreObject::_HasRow(unsigned int index)
 {
     const nxMutexGuard guard(_mutex);
     return index != 0 && index <= _rows.size();
+}
+
+std::size_t nxAlgoDataStoreObject::_GetRowBytes(unsigned int index)
+{
+    const nxMutexGuard guard(_mutex);
+    return index <= _rows.size() ? GetBytes(*_rows[index - 1]) : 0;
+}
+
+// A row that is replaced may be another script's, or the host's: nobody gets back more than was charged.
+bool nxAlgoDataStoreObject::_Charge(nxLuaResults& results, const Row& row, std::size_t before)
+{
+    const nxScriptCharge::Account& account = results.GetAccount();
+    const nxMutexGuard guard(_mutex);
+    auto charge = std::ranges::find(_charges, account, &nxScriptCharge::GetAccount);
+    if (charge == _charges.end()) charge = _charges.emplace(charge, account);
+    const std::size_t charged = charge->GetBytes() + GetBytes(row);
+    return results.Sets(*charge, charged - std::min(before, charged));
 }

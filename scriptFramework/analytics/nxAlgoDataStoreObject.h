@@ -7,6 +7,7 @@
 #include "base/threads/nxMutex.h"
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
+#include "scriptFramework/lua/nxScriptCharge.h"
 
 // A named table of text that outlives a job: the answer of job:getDataStore. The host derives from it, loads
 // it before the script gets it, says when it is to be persisted, and keeps it as long as a script can reach
@@ -56,6 +57,11 @@ protected:
 
 private:
     bool _HasRow(unsigned int index);
+    std::size_t _GetRowBytes(unsigned int index);
+    // Charges the script for a row in place of one of so many bytes.
+    bool _Charge(nxLuaResults& results, const Row& row, std::size_t before);
 
+    // Of each script that has written rows: one for each account, guarded by _mutex.
+    std::vector<nxScriptCharge> _charges;
     bool _valid = true;
 };

@@ -28,6 +28,9 @@ public:
     // Ends timer and subscription.
     ~nxAlgoEventWindowObject() override;
 
+    // Where its trades are charged from now on.
+    void SetAccount(const std::shared_ptr<nxScriptAccount>& account) { _series.SetAccount(account); }
+
     // A price event of the product. What bears no trade with its volume is ignored.
     void OnPrice(const nxPrice& price);
     void OnTimer() override { _CalculateAndPublish(true); }

@@ -26,6 +26,9 @@ public:
 
     void SetName(const std::string& name) { _name = name; }
 
+    // How many lines of results, each as long as the bars.
+    std::size_t GetLineCount() const { return _indicator->GetResultNames().size(); }
+
     // Each is the indicator's operation of that name.
     void CalculateNewResult(const Values& open, const Values& high, const Values& low, const Values& close,
                             const Values& volume, unsigned int count)

@@ -6,6 +6,8 @@
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
 
+class nxScriptCharge;
+
 // Matrix arithmetic over plain tables of rows, the global `matrix`. Keeps nothing between calls. Owned by the
 // script engine; no lock of its own.
 class nxAlgoMatrixObject : public nxAlgoObject
@@ -28,7 +30,9 @@ public:
 private:
     using Matrix = std::vector<std::vector<double>>;
 
-    static bool _GetOneMatrix(nxLuaParameters& parameters, nxLuaResults& results, Matrix& matrix);
+    // They charge what is read and what any result and the calculator's work can take beside it.
+    static bool _GetOneMatrix(nxLuaParameters& parameters, nxLuaResults& results, Matrix& matrix,
+                              nxScriptCharge& charge);
     static bool _GetTwoMatrices(nxLuaParameters& parameters, nxLuaResults& results, Matrix& first,
-                                Matrix& second);
+                                Matrix& second, nxScriptCharge& charge);
 };

@@ -11,8 +11,11 @@ bool nxAlgoProductObject::createTradeWindow(nxLuaParameters& parameters, nxLuaRe
     const double frequency = parameters.Parameter(2).GetNumber();
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Create Trade Window.  Duration : ", duration,
                  " , Frequency : ", frequency);
+    if (!results.Adds(nxScriptLimit::Windows) || !results.Charges(sizeof(nxAlgoEventWindowObject)))
+        return false;
     nxAlgoEventWindowObject* const window = _CreateEventWindow(duration, frequency);
     _tradeWindows.push_back(window);
+    if (window != nullptr) window->SetAccount(results.GetAccount());
     // A null is wrapped as it comes: its functions do nothing and its properties are nil.
     results.AddObject(window);
     return true;

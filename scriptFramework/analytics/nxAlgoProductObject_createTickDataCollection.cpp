@@ -55,6 +55,8 @@ bool nxAlgoProductObject::createTickDataCollection(nxLuaParameters& parameters, 
                  " , Ticks : ", count, " , Start Date : ", start.GetAsString(),
                  " , End Date : ", end.GetAsString(), " , RealTime : ", realTime ? "true" : "false");
 
+    if (!results.Adds(nxScriptLimit::Collections) || !results.Charges(sizeof(nxAlgoTickDataCollectionObject)))
+        return false;
     nxAlgoTickDataCollectionObject* const collection = _CreateTickDataCollection(period, count, start, end);
     if (collection == nullptr) {
         results.AddNull();
@@ -62,6 +64,7 @@ bool nxAlgoProductObject::createTickDataCollection(nxLuaParameters& parameters, 
     }
     collection->SetEnableRealTime(realTime);
     _tickDataCollections.push_back(collection);
+    if (!collection->SetAccount(results)) return false;
     results.AddObject(collection);
     return true;
 }

@@ -56,12 +56,31 @@ void nxAlgoTickDataCollectionObject::_AppendRaw(const nxTickData& tick)
         for (std::vector<double>* values :
              {&_closeValues, &_openValues, &_highValues, &_lowValues, &_volumeValues})
             values->reserve(std::max<std::size_t>(256, 4 * values->size()));
+        _charge.SetAnyway(_GetBytes());
     }
     _closeValues.push_back(tick.GetClose().GetAsDouble());
     _openValues.push_back(tick.GetOpen().GetAsDouble());
     _highValues.push_back(tick.GetHigh().GetAsDouble());
     _lowValues.push_back(tick.GetLow().GetAsDouble());
     _volumeValues.push_back(tick.GetVolume());
+}
+
+std::size_t nxAlgoTickDataCollectionObject::_GetBytes() const
+{
+    std::size_t values = 5;
+    for (const auto& [name, indicator] : _indicators)
+        values += indicator->GetLineCount();
+    return _closeValues.capacity() * (values * sizeof(double) + sizeof(nxAlgoTickDataObject));
+}
+
+bool nxAlgoTickDataCollectionObject::SetAccount(nxLuaResults& results)
+{
+    std::size_t bytes = 0;
+    {
+        const nxMutexGuard guard(_mutex);
+        bytes = _GetBytes();
+    }
+    return results.Sets(_charge, bytes);
 }
 
 void nxAlgoTickDataCollectionObject::_ReplaceRaw(const nxTickData& tick)
@@ -214,6 +233,7 @@ bool nxAlgoTickDataCollectionObject::createIndicator(nxLuaParameters& parameters
     indicator->SetName(name->second);
     nxAlgoIndicatorObject* const created = indicator.get();
     _indicators[name->second] = std::move(indicator);
+    if (!SetAccount(results)) return false;
     results.AddObject(created);
     return true;
 }

@@ -12,6 +12,7 @@
 #include "base/threads/nxMutex.h"
 #include "scriptFramework/analytics/nxAlgoIndicatorObject.h"
 #include "scriptFramework/analytics/nxAlgoTickDataObject.h"
+#include "scriptFramework/lua/nxScriptCharge.h"
 
 class nxAlgoProductObject;
 class nxGenericProductID;
@@ -47,6 +48,9 @@ public:
                 const nxBuySellEnum& buySell);
     // Makes a copy of a ready record the bar under construction, without a notification.
     void SetRealTimeTickData(const nxTickData& tick);
+
+    // Charges what it holds to the script from now on. False, with an error, when that is beyond the limit.
+    [[nodiscard]] bool SetAccount(nxLuaResults& results);
 
     void SetEnableRealTime(bool enable) { _enableRealTime = enable; }
     const nxTickDataPeriodEnum& GetPeriod() const { return _periodEnum; }
@@ -87,8 +91,11 @@ private:
     void _AppendRaw(const nxTickData& tick);
     void _ReplaceRaw(const nxTickData& tick);
     void _CalculateRealTime();
+    // Of the bars, for which room is made ahead, and the lines of the indicators.
+    std::size_t _GetBytes() const;
 
     std::vector<double> _closeValues, _openValues, _highValues, _lowValues, _volumeValues;
+    nxScriptCharge _charge;  // guarded by _mutex once bars come
     nxAlgoProductObject* _product;
     nxGrowingArray<nxAlgoTickDataObject> _ticks;  // oldest first
     nxMutex _mutex;

@@ -27,6 +27,22 @@ void nxTimeSeries_Trade::AddTrade(const nxDecimal& price, const nxVolume& volume
     // Also here, for windows that are seldom or never calculated.
     _Expire(entry.seconds);
     _entries.push_back(entry);
+    _ChargeEntries();
+}
+
+void nxTimeSeries_Trade::SetAccount(const nxScriptCharge::Account& account)
+{
+    const nxMutexGuard guard(_mutex);
+    _charge = nxScriptCharge(account);
+}
+
+// By the thousand, so that few trades come to the account.
+void nxTimeSeries_Trade::_ChargeEntries()
+{
+    constexpr std::size_t step = 1024;
+    const std::size_t charged = _charge.GetBytes() / sizeof(Entry);
+    if (_entries.size() <= charged && _entries.size() + 2 * step > charged) return;
+    _charge.SetAnyway((_entries.size() / step + 1) * step * sizeof(Entry));
 }
 
 void nxTimeSeries_Trade::EnableRegression()
@@ -41,6 +57,7 @@ void nxTimeSeries_Trade::Recalculate()
     _Reset();
     if (_entries.empty()) return;
     _Expire(nxTimeStamp().GetTotalSecondsAsDouble());
+    _ChargeEntries();
     if (_entries.empty()) return;
     _Summarise();
     if (_regressionEnabled) _FindSlope();

@@ -5,6 +5,7 @@
 #include "base/threads/nxMutexGuard.h"
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
+#include "scriptFramework/lua/nxScriptCharge.h"
 
 // A sliding window of trades and its statistics. A trade is stamped as it arrives, by nxTimeSource's time,
 // and leaves when it is older than the duration; memory is that of the trades in the window. To add a trade
@@ -22,6 +23,8 @@ public:
 
     // In seconds. A trade that is exactly so old stays; with 0 every trade older than now goes.
     void SetDuration(double seconds) { _duration = seconds; }
+    // Where its trades are charged from now on.
+    void SetAccount(const nxScriptCharge::Account& account);
     void AddTrade(const nxDecimal& price, const nxVolume& volume);
     // From now on Recalculate finds the slope. There is no way back.
     void EnableRegression();
@@ -67,12 +70,14 @@ private:
     }
     void _Reset();
     void _Expire(double now);
+    void _ChargeEntries();
     void _Summarise();
     void _FindDeviation(double sum);
     void _FindSlope();
 
     std::deque<Entry> _entries;  // by _mutex, as all below but the duration; oldest first
     mutable nxMutex _mutex;
+    nxScriptCharge _charge;
     double _duration = 0.0;
     nxDecimal _min, _max, _range, _average, _vwap;
     nxVolume _totalTraded;

@@ -67,14 +67,14 @@ nxErrorEnum nxAlgoJobObject::LoadFile(const std::string& path)
 {
     if (_engine.nxLuaEngine::LoadScript(path)) return {};
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Failed to load file ", path);
-    return nxError_ScriptLoadFailed;
+    return _engine.GetFailure(nxError_ScriptLoadFailed);
 }
 
 nxErrorEnum nxAlgoJobObject::LoadScript(const std::string& text)
 {
     if (_engine.LoadText(text)) return {};
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Failed to load text");
-    return nxError_ScriptLoadFailed;
+    return _engine.GetFailure(nxError_ScriptLoadFailed);
 }
 
 nxErrorEnum nxAlgoJobObject::StartJob()

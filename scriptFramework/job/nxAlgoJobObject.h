@@ -35,9 +35,18 @@ public:
     [[nodiscard]] nxErrorEnum LoadScript(const std::string& text);
     // Before the load whose line numbers it explains.
     void SetScriptHelper(const nxScriptHelper& helper) { _engine.SetScriptHelper(helper); }
-    // Bytes the script may hold before Lua tells it that there is not enough memory; 0 for no limit.
+    // What the script may use at most; nothing is limited before. A call that exceeds a limit ends, with an
+    // error of its own in place of those told below, nxError_Limit... (see nxScriptLimitRows). Before the
+    // load.
+    void SetLimits(const nxScriptLimits& limits) { _engine.SetLimits(limits); }
+    const nxScriptLimits& GetLimits() const { return _engine.GetLimits(); }
+    // The limit of memory alone. At any time when no event can arrive.
     void SetMemoryLimit(std::size_t bytes) { _engine.SetMemoryLimit(bytes); }
+    // GetBytesInUse is what Lua and the script's objects hold together.
     const nxLuaPool& GetMemory() const { return _engine.GetMemory(); }
+    // Tells what the script does, to another thread or process, which may end the callback by it with
+    // nxError_StoppedByHost. The host owns it, longer than the job; null for none. Before the load.
+    void SetPulse(nxScriptPulse* pulse) { _engine.SetPulse(pulse); }
     // Gives the script random numbers of its own, which the seed determines on every machine, and keeps it
     // from changing the process's locale. Without this call jobs share both, as plain Lua does. Before the
     // load.

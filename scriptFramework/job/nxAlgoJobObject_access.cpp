@@ -4,6 +4,7 @@
 #include "scriptFramework/analytics/nxAlgoLibraryObject.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/lua/nxScriptAccount.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/orders/nxAlgoOrderCollectionObject.h"
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
@@ -13,8 +14,12 @@ bool nxAlgoJobObject::getProduct(nxLuaParameters& parameters, nxLuaResults& resu
 {
     if (parameters.Count() != 1) return results.Fail("getProduct requires 1 argument [productID]");
     const std::string productID = parameters.Parameter(1).GetString();
+    if (!results.Keeps(nxScriptLimit::Products, productID, sizeof(nxAlgoProductObject))) return false;
     nxAlgoProductObject* product = GetJob()->GetProduct(productID);
-    if (product == nullptr) return results.Fail("getProduct could not find product " + productID);
+    if (product == nullptr) {
+        results.GetAccount()->Drop(nxScriptLimit::Products, productID);
+        return results.Fail("getProduct could not find product " + productID);
+    }
     results.AddObject(product);
     return true;
 }
@@ -53,6 +58,7 @@ bool nxAlgoJobObject::getVorantJobs(nxLuaParameters&, nxLuaResults& results)
 
 bool nxAlgoJobObject::createDataSeries(nxLuaParameters&, nxLuaResults& results)
 {
+    if (!results.Charges(sizeof(nxAlgoDataSeriesObject))) return false;
     results.AddObject(GetJob()->CreateDataSeries());
     return true;
 }
@@ -63,6 +69,7 @@ bool nxAlgoJobObject::getDataStore(nxLuaParameters& parameters, nxLuaResults& re
         return results.Fail("getDataStore requires at leastt 1 argument. name, [create]");  // sic
     const std::string name = parameters.Parameter(1).GetString();
     const bool create = parameters.Parameter(2).GetBool();
+    if (!results.Keeps(nxScriptLimit::Memory, "getDataStore " + name)) return false;
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "getDataStore. name: ", name, ", create: ", create);
     results.AddObjectOrNull(GetJob()->GetDataStore(name, create));
     return true;

@@ -3,6 +3,7 @@
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/lua/nxScriptAccount.h"
 
 namespace {
 
@@ -15,13 +16,14 @@ struct TextRow
     const char* label;  // of the log line; null for none
     void (Host::*send)(const std::string&);
     const char* usage;
+    bool isShown = false;  // to a person, so that it counts as log
 };
 
 constexpr TextRow Texts[] = {
-    {"logText", nullptr, &Host::LogText, "logText requires 1 argument [text]"},
-    {"sendUserText1", nullptr, &Host::SendUserText1, "sendUserText1 requires 1 argument [text]"},
-    {"sendUserText2", nullptr, &Host::SendUserText2, "sendUserText2 requires 1 argument [text]"},
-    {"sendUserText3", nullptr, &Host::SendUserText3, "sendUserText3 requires 1 argument [text]"},
+    {"logText", nullptr, &Host::LogText, "logText requires 1 argument [text]", true},
+    {"sendUserText1", nullptr, &Host::SendUserText1, "sendUserText1 requires 1 argument [text]", true},
+    {"sendUserText2", nullptr, &Host::SendUserText2, "sendUserText2 requires 1 argument [text]", true},
+    {"sendUserText3", nullptr, &Host::SendUserText3, "sendUserText3 requires 1 argument [text]", true},
     {"stopTimer", nullptr, &Host::StopTimer, "stopTimer requires 1 argument"},
     {"setOrderUserString", "SetOrderUserString ", &Host::SetOrderUserString,
      "setOrderUserString requires 1 argument [text]"},
@@ -56,14 +58,29 @@ consteval const Row& Find(const Row (&rows)[count], std::string_view function)
     throw "no such row";
 }
 
+// Of a text that a person sees.
+bool MayShow(nxLuaResults& results, std::size_t bytes)
+{
+    return results.Allows(nxScriptLimit::LogLine, bytes) && results.Adds(nxScriptLimit::Log, bytes);
+}
+
 bool SendText(const nxAlgoJobObject& job, const TextRow& row, nxLuaParameters& parameters,
               nxLuaResults& results)
 {
     if (parameters.Count() != 1) return results.Fail(row.usage);
     const std::string text = parameters.Parameter(1).GetString();
+    if (row.isShown && !MayShow(results, text.size())) return false;
+    // The host may keep the latest.
+    if (!results.Keeps(nxScriptLimit::Memory, std::string(row.function), text.size())) return false;
     if (row.label != nullptr) nxLogMessage(nxLogLevel::Info, job.GetLogPrefix(), row.label, text);
     (job.GetJob()->*row.send)(text);
     return true;
+}
+
+// No text holds a NUL.
+std::string GetChartLineName(const std::string& chartID, const std::string& lineID)
+{
+    return chartID + '\0' + lineID;
 }
 
 bool Switch(const nxAlgoJobObject& job, const SwitchRow& row, nxLuaParameters& parameters,
@@ -89,6 +106,7 @@ bool nxAlgoJobObject::sendUserState(nxLuaParameters& parameters, nxLuaResults& r
     if (parameters.Count() != 2) return results.Fail("sendUserState requires 2 arguments [level,text]");
     const std::string level = parameters.Parameter(1).GetString();
     const std::string text = parameters.Parameter(2).GetString();
+    if (!MayShow(results, text.size())) return false;
     GetJob()->SendUserState(level == "ERROR"  ? nxLogLevel::Error
                             : level == "WARN" ? nxLogLevel::Warn
                                               : nxLogLevel::Info,
@@ -121,6 +139,10 @@ bool nxAlgoJobObject::sendUserLog(nxLuaParameters& parameters, nxLuaResults& res
     std::map<std::string, std::string> fields;
     if (!parameter.GetAsNameValueMap(fields))
         return results.Fail("sendUserLog incorrect collection of parameters");
+    std::size_t bytes = 0;
+    for (const auto& [name, value] : fields)
+        bytes += name.size() + value.size();
+    if (!MayShow(results, bytes)) return false;
     std::string error;
     return GetJob()->SendUserLog(fields, error) || results.Fail("sendUserLog error: " + error);
 }
@@ -133,13 +155,16 @@ bool nxAlgoJobObject::startTimer(nxLuaParameters& parameters, nxLuaResults& resu
     const unsigned int frequency = parameters.Parameter(2).GetUnsigned();
     if (frequency == 0)
         return results.Fail("stopTimer : " + name + " . Invalid frequency has to be creater than 0");  // sic
+    if (!results.Keeps(nxScriptLimit::Timers, name)) return false;
     GetJob()->StartTimer(name, frequency);
     return true;
 }
 
 bool nxAlgoJobObject::stopTimer(nxLuaParameters& parameters, nxLuaResults& results)
 {
-    return SendText(*this, Find(Texts, "stopTimer"), parameters, results);
+    if (!SendText(*this, Find(Texts, "stopTimer"), parameters, results)) return false;
+    results.GetAccount()->Drop(nxScriptLimit::Timers, parameters.Parameter(1).GetString());
+    return true;
 }
 
 // Legal from any callback. The mutex is the callback's already.
@@ -209,6 +234,7 @@ bool nxAlgoJobObject::setChartLine(nxLuaParameters& parameters, nxLuaResults& re
     const std::string lineID = parameters.Parameter(2).GetString();
     const double value = parameters.Parameter(3).GetNumber();
     const unsigned int colour = parameters.Parameter(4).GetUnsigned();
+    if (!results.Keeps(nxScriptLimit::ChartLines, GetChartLineName(chartID, lineID))) return false;
     return GetJob()->SetChartLine(chartID, lineID, value, colour);
 }
 
@@ -218,5 +244,7 @@ bool nxAlgoJobObject::removeChartLine(nxLuaParameters& parameters, nxLuaResults&
         return results.Fail("setChartLine requires 2 arguments. [ chartID, lineID ]");  // sic
     const std::string chartID = parameters.Parameter(1).GetString();
     const std::string lineID = parameters.Parameter(2).GetString();
-    return GetJob()->RemoveChartLine(chartID, lineID);
+    if (!GetJob()->RemoveChartLine(chartID, lineID)) return false;
+    results.GetAccount()->Drop(nxScriptLimit::ChartLines, GetChartLineName(chartID, lineID));
+    return true;
 }

@@ -3,9 +3,12 @@
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
+#include "scriptFramework/lua/nxScriptAccount.h"
 #include "scriptFramework/supervision/nxVorantParameterTemplate.h"
 
 namespace {
+
+const std::string Published = "published ";  // before the names that are no output parameters
 
 void AddValue(nxLuaResults& results, const nxDecimal& value)
 {
@@ -103,6 +106,7 @@ bool nxAlgoJobObject::setOutputParameter(nxLuaParameters& parameters, nxLuaResul
     if (parameters.Count() != 2) return results.Fail("setOutputParameter requires 2 arguments [name,value]");
     const std::string name = parameters.Parameter(1).GetString();
     const std::string value = parameters.Parameter(2).GetString();
+    if (!results.Keeps(nxScriptLimit::Outputs, name, value.size())) return false;
     if (GetJob()->SetParameter(name, value)) {
         nxLogMessage(nxLogLevel::Detail, GetLogPrefix(), "Set Output Parameter : ", name, " = ", value,
                      " ok");
@@ -131,6 +135,8 @@ bool nxAlgoJobObject::sendParameter(nxLuaParameters& parameters, nxLuaResults& r
     const std::string tag = parameters.Parameter(1).GetString();
     const std::string name = parameters.Parameter(2).GetString();
     const std::string value = parameters.Parameter(3).GetString();
+    if (!results.Keeps(nxScriptLimit::Memory, "sendParameter", tag.size() + name.size() + value.size()))
+        return false;
     GetJob()->SendParameter(tag, name, value);
     return true;
 }
@@ -140,6 +146,7 @@ bool nxAlgoJobObject::publish(nxLuaParameters& parameters, nxLuaResults& results
     if (parameters.Count() != 2) return results.Fail("publish requires 2 arguments [name,value]");
     const std::string name = parameters.Parameter(1).GetString();
     const std::string value = parameters.Parameter(2).GetString();
+    if (!results.Keeps(nxScriptLimit::Outputs, Published + name, value.size())) return false;
     GetJob()->PublishParameter(name, value);
     return true;
 }
@@ -155,6 +162,7 @@ bool nxAlgoJobObject::setReference(nxLuaParameters& parameters, nxLuaResults& re
     if (parameters.Count() != 1) return results.Fail("setReference requires 1 argument [text]");
     const std::string text = parameters.Parameter(1).GetString();
     if (!GetJob()->IsInOnInit()) return results.Fail("setReference can only be called via OnInit");
+    if (!results.Keeps(nxScriptLimit::Memory, "setReference", text.size())) return false;
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "SetReference ", text);
     GetJob()->SetReference(text);
     return true;
@@ -220,6 +228,7 @@ bool nxAlgoJobObject::Get_tag(nxLuaResults& results)
 bool nxAlgoJobObject::Set_tag(const nxLuaParameter& parameter)
 {
     const std::string tag = parameter.GetString();
+    parameter.Require(parameter.GetAccount()->Keeps(nxScriptLimit::Memory, "tag", tag.size()));
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "Set Tag  ", tag);
     GetJob()->SetTag(tag);
     return true;

@@ -126,11 +126,11 @@ nxErrorEnum nxAlgoScriptEngine::Start()
     if (!_BindGlobals() || !LoadModule(nxScriptPreludeText())) {
         nxLogMessage(nxLogLevel::Error, GetLogPrefix(),
                      "Script Engine Start Failed. Error : ", GetLastError());
-        return nxError_StartFailed;
+        return GetFailure(nxError_StartFailed);
     }
     if (!_Get(nxCallback::OnInit).Call()) {
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "OnInit failed. Error : ", GetLastError());
-        return nxError_StartFailed;
+        return GetFailure(nxError_StartFailed);
     }
     return {};
 }
@@ -150,7 +150,7 @@ template <class... Parts>
 nxErrorEnum nxAlgoScriptEngine::_Failed(const Parts&... parts)
 {
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), parts..., GetLastError());
-    return nxError_CallbackFailed;
+    return GetFailure(nxError_CallbackFailed);
 }
 
 template <class Argument>
@@ -258,7 +258,10 @@ nxErrorEnum nxAlgoScriptEngine::OnJobParametersChanged()
 // Also for a job that has been stopped, so that it can clean up.
 nxErrorEnum nxAlgoScriptEngine::OnShutdown()
 {
-    if (_Get(nxCallback::OnShutdown).Call()) return {};
+    _SetInShutdown(true);
+    const bool succeeded = _Get(nxCallback::OnShutdown).Call();
+    _SetInShutdown(false);
+    if (succeeded) return {};
     return _Failed("OnShutdown failed. Error : ");
 }
 

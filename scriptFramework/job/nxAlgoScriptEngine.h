@@ -76,6 +76,12 @@ public:
     [[nodiscard]] nxErrorEnum OnPriceTradeVolumes(nxAlgoPriceTradeVolumesObject&);
     [[nodiscard]] nxErrorEnum OnTickData(nxAlgoTickDataObject&);
 
+    // Of what failed just now: which limit ended it, and what else it is when none did.
+    nxErrorEnum GetFailure(nxErrorEnum otherwise) const
+    {
+        return GetLimitError() == 0 ? otherwise : nxErrorEnum(GetLimitError());
+    }
+
     void SetClockSpeed(double speed);
     // Nothing once the engine has stopped.
     void SetClockTime(const nxDateTime& time);

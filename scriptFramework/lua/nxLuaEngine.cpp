@@ -9,6 +9,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "base/enums/nxEnumValue.h"
 #include "base/values/nxStringHelper.h"
 #include "scriptFramework/lua/nxLuaClass.h"
 #include "scriptFramework/lua/nxLuaErrorText.h"
@@ -83,8 +84,13 @@ bool nxLuaEngine::LoadScript(const std::string& path)
         }
         // For the system's own interpreter; its line end stays, so that lines count as in the file.
         if (text.starts_with('#')) text.erase(0, text.find('\n'));
-        return luaL_loadbuffer(L, text.data(), text.size(), ("@" + path).c_str()) == 0 &&
-               lua_pcall(L, 0, LUA_MULTRET, 0) == 0;
+        if (luaL_loadbuffer(L, text.data(), text.size(), ("@" + path).c_str()) == 0) {
+            _NoteChunk();
+            if (lua_pcall(L, 0, LUA_MULTRET, 0) == 0) return true;
+        }
+        std::string message = nxLuaErrorText(L);
+        _limitError = _state.account->FindBreach(message);
+        return false;
     });
 }
 
@@ -93,7 +99,7 @@ bool nxLuaEngine::LoadText(const std::string& text)
     return _Guard([&] {
         _state.MakeRoom(RoomToLoad);
         _RegisterCustomObjects();
-        return _LoadAndRun(text);
+        return _LoadAndRun(text, true);
     });
 }
 
@@ -101,8 +107,49 @@ bool nxLuaEngine::LoadModule(const std::string& text)
 {
     return _Guard([&] {
         _state.MakeRoom();
-        return _LoadAndRun(text);
+        return _LoadAndRun(text, false);
     });
+}
+
+void nxLuaEngine::SetLimits(const nxScriptLimits& limits)
+{
+    _state.account->SetLimits(limits);
+    _state.TuneCollector();
+    const bool isMemoryAlone = limits == nxScriptLimits{.memory = limits.memory,
+                                                        .shutdownMemory = limits.shutdownMemory,
+                                                        .shutdownInstructions = limits.shutdownInstructions};
+    if (!isMemoryAlone || _state.watch != nullptr) _PrepareWatch();
+}
+
+void nxLuaEngine::SetPulse(nxScriptPulse* pulse)
+{
+    if (_state.watch == nullptr && pulse == nullptr) return;
+    if (_state.watch == nullptr) _state.watch = std::make_unique<nxScriptWatch>(_state);
+    _state.watch->SetPulse(pulse);
+    _PrepareWatch();
+}
+
+void nxLuaEngine::_PrepareWatch()
+{
+    if (_state.watch == nullptr) _state.watch = std::make_unique<nxScriptWatch>(_state);
+    const auto prepare = [&] {
+        _state.watch->Prepare();
+        return true;
+    };
+    if (!_Guard(prepare)) throw std::bad_alloc();
+}
+
+void nxLuaEngine::_NoteChunk()
+{
+    if (_state.watch != nullptr) _state.watch->SetChunk(_GetState());
+}
+
+bool nxLuaEngine::_Settle(bool succeeded)
+{
+    if (!_state.watch->IsEnding()) return succeeded;
+    _SetError(_state.watch->GetReason());
+    _limitError = _state.watch->GetError();
+    return false;
 }
 
 void nxLuaEngine::Isolate(unsigned long long seed)
@@ -123,7 +170,7 @@ void nxLuaEngine::_Restrict(nxScriptServices services)
     if (!_Guard(restrict)) throw std::bad_alloc();
 }
 
-bool nxLuaEngine::_LoadAndRun(const std::string& text)
+bool nxLuaEngine::_LoadAndRun(const std::string& text, bool isScript)
 {
     _ResetError();
     lua_State* L = _GetState();
@@ -131,6 +178,7 @@ bool nxLuaEngine::_LoadAndRun(const std::string& text)
     if (IsBinary(text)) {
         lua_pushstring(L, BinaryRefused);
     } else if (luaL_loadstring(L, text.c_str()) == 0) {
+        if (isScript) _NoteChunk();
         return _CallFunction(0, static_cast<unsigned int>(LUA_MULTRET));
     }
     _ProcessError();
@@ -203,7 +251,7 @@ bool nxLuaEngine::_CallFunction(unsigned int arguments, unsigned int results)
     _ProcessError();
     // What filled the memory is mostly garbage now, and the collector, which runs between allocations only,
     // would not be asked before the next call has failed for want of the first few bytes.
-    if (status == LUA_ERRMEM) lua_gc(L, LUA_GCCOLLECT, 0);
+    if (status == LUA_ERRMEM || _limitError == nxError_LimitMemory) lua_gc(L, LUA_GCCOLLECT, 0);
     return false;
 }
 
@@ -240,23 +288,21 @@ void nxLuaEngine::_ProcessError()
 void nxLuaEngine::_SetError(std::string text)
 {
     _lastError = std::move(text);
+    _limitError = _state.account->FindBreach(_lastError);
+    _TellLine();
+    const nxScriptLimits::Amount most = _state.account->GetLimits().logLine;
+    if (_limitError == 0 && most != 0 && _lastError.size() > most) _lastError.resize(most);
+}
+
+void nxLuaEngine::_TellLine()
+{
     const LinePosition position = FindLine(_lastError);
     if (position.second == std::string::npos) return;
     const int line = std::atoi(_lastError.c_str() + position.first);
     if (line == 0) return;
 
-    std::string place = nxStringHelper::GetAsString(line);
-    if (!_helper.modules.empty()) {
-        const auto number = static_cast<unsigned int>(line);
-        if (number > _helper.lineOffset) {
-            place = nxStringHelper::GetAsString(number - _helper.lineOffset + 1);
-        } else {
-            for (const nxScriptHelper::Module& module : _helper.modules) {
-                if (number < module.firstLine || number > module.lastLine) continue;
-                place = nxStringHelper::GetAsString(number - module.firstLine + 1) + ":" + module.name;
-                break;
-            }
-        }
-    }
+    // A number that no line can have stays as Lua gave it.
+    const std::string place = _helper.modules.empty() ? nxStringHelper::GetAsString(line)
+                                                      : _helper.Tell(static_cast<unsigned int>(line));
     _lastError.replace(position.first, position.second - position.first, place);
 }

@@ -44,13 +44,22 @@ public:
     // Tells of the latest load or call; empty when that succeeded.
     const std::string& GetLastError() const { return _lastError; }
 
-    // Bytes that the script may hold before Lua tells it that there is not enough memory; 0 for no limit.
+    // Before the load, as SetPulse. Throws std::bad_alloc when the limit leaves no memory for that.
+    void SetLimits(const nxScriptLimits& limits);
+    const nxScriptLimits& GetLimits() const { return _state.account->GetLimits(); }
+    // Of the memory alone, at any time.
     void SetMemoryLimit(std::size_t bytes)
     {
-        _state.GetPool().SetLimit(bytes);
+        nxScriptLimits limits = GetLimits();
+        limits.memory = bytes;
+        _state.account->SetLimits(limits);
         _state.TuneCollector();
     }
     const nxLuaPool& GetMemory() const { return _state.GetPool(); }
+    // What the script does from now on is told by it; null ends that. It outlives the engine.
+    void SetPulse(nxScriptPulse* pulse);
+    // The error of nxErrorEnum when a limit or the host ended the latest load or call; 0: neither did.
+    unsigned int GetLimitError() const { return _limitError; }
     // See nxLuaIsolate. Before the load, whose main chunk could keep the functions that it replaces.
     void Isolate(unsigned long long seed);
 
@@ -67,11 +76,17 @@ protected:
     void _GetFunction(const std::string& name);
     void _Push(const std::string& value);
     void _Push(unsigned int value);
-    void _ResetError() { _lastError.clear(); }
+    void _ResetError()
+    {
+        _lastError.clear();
+        _limitError = 0;
+    }
     // Takes the error value off the Lua stack and makes it the last error.
     void _ProcessError();
 
     virtual void _RegisterCustomObjects() {}
+    // While OnShutdown runs.
+    void _SetInShutdown(bool inShutdown) { _state.account->SetInShutdown(inShutdown); }
 
     lua_State* _GetState() const { return _state.GetState(); }
 
@@ -91,21 +106,32 @@ private:
             Run& what = *static_cast<Run*>(context);
             what.succeeded = what.body();
         };
+        nxScriptWatch* const watch = _state.watch.get();
+        if (watch != nullptr) watch->Begin();
         std::string error;
-        if (_state.Protect(call, &run, error)) return run.succeeded;
-        _SetError(std::move(error));
-        return false;
+        if (!_state.Protect(call, &run, error)) {
+            _SetError(std::move(error));
+            run.succeeded = false;
+        }
+        return watch == nullptr ? run.succeeded : _Settle(run.succeeded);
     }
+    // The outcome of a call that the watch may have ended.
+    bool _Settle(bool succeeded);
+    void _PrepareWatch();
+    // The script's chunk is at the top of the stack.
+    void _NoteChunk();
     // Whether a global is a function, or false when finding out raised an error, which is the last error
     // then.
     [[nodiscard]] bool _LookUpFunction(const std::string& name, bool& exists);
     // Makes text the last error, its line number told in the terms of the script helper.
     void _SetError(std::string text);
+    void _TellLine();
     void _TuneCollector();
-    bool _LoadAndRun(const std::string& text);
+    bool _LoadAndRun(const std::string& text, bool isScript);
 
     nxScriptHelper _helper;
     std::string _lastError;
+    unsigned int _limitError = 0;
     unsigned int _untilTuning = 0;
     mutable nxLuaState _state;  // last, so that Lua closes first
 };

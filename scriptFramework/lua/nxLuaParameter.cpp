@@ -3,6 +3,8 @@
 #include <cmath>
 #include <lua.hpp>
 
+#include "scriptFramework/lua/nxLuaState.h"
+
 namespace {
 
 // Appends the numbers at 1, 2, ... of the table at index up to a nil; false at a value that is not numeric.
@@ -118,6 +120,7 @@ bool nxLuaParameter::GetAsMatrix(std::vector<std::vector<double>>& out, std::str
     out.clear();
     if (!IsTable()) return false;
     luaL_checkstack(_L, 2, "no room for a row");
+    std::size_t bytes = 0;
     for (int i = 1;; ++i) {
         lua_rawgeti(_L, _index, i);
         if (lua_isnil(_L, -1)) break;
@@ -129,6 +132,8 @@ bool nxLuaParameter::GetAsMatrix(std::vector<std::vector<double>>& out, std::str
         std::vector<double>& row = out.emplace_back();
         const bool complete = ReadNumbers(_L, lua_gettop(_L), row);
         lua_pop(_L, 1);
+        bytes += sizeof row + row.size() * sizeof(double);
+        Require(GetAccount()->HasRoom(bytes));
         if (!complete) {
             error = "index is not a number";
             return false;
@@ -144,6 +149,7 @@ bool nxLuaParameter::GetAsNameValueMap(std::map<std::string, std::string>& out) 
     if (!IsTable()) return false;
     luaL_checkstack(_L, 3, "no room for a name and a value");
     const int top = lua_gettop(_L);
+    std::size_t bytes = 0;
     lua_pushnil(_L);
     while (lua_next(_L, _index) != 0) {
         // Conversion changes a number where it lies, and lua_next must find its key as it was.
@@ -154,8 +160,20 @@ bool nxLuaParameter::GetAsNameValueMap(std::map<std::string, std::string>& out) 
             lua_settop(_L, top);
             return false;
         }
+        bytes += lua_objlen(_L, -1) + lua_objlen(_L, -2);
+        Require(GetAccount()->HasRoom(bytes));
         out[name] = value;
         lua_pop(_L, 2);
     }
     return true;
+}
+
+const std::shared_ptr<nxScriptAccount>& nxLuaParameter::GetAccount() const
+{
+    return nxLuaState::Of(_L).account;
+}
+
+void nxLuaParameter::Require(bool isAllowed) const
+{
+    if (!isAllowed) luaL_error(_L, "%s", GetAccount()->GetRefusal().c_str());
 }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+class nxScriptAccount;
 struct lua_State;
 
 // A number of a script truncated toward zero to 64 bits. NaN and what does not fit give 0.
@@ -42,13 +44,19 @@ public:
     // The elements 1, 2, ... up to the first nil. False when the parameter is no table or at the first
     // element that is not numeric; what was read so far stays in out.
     bool GetAsDoubleVector(std::vector<double>& out) const;
-    // Rows of such elements, which may differ in length. error stays as it is when the parameter is no table.
+    // Rows of such elements, which may differ in length. It and the next raise when the script may not hold
+    // so much: a table may hold one long row or text many times over. error stays as it is when the parameter
+    // is no table.
     bool GetAsMatrix(std::vector<std::vector<double>>& out, std::string& error) const;
     // All pairs as text. False when the parameter is no table or at the first key or value that is neither
     // string nor number; what was collected so far stays in out.
     bool GetAsNameValueMap(std::map<std::string, std::string>& out) const;
 
     void Test() const {}
+
+    const std::shared_ptr<nxScriptAccount>& GetAccount() const;
+    // What the script's account answered, for where no nxLuaResults can tell: raises its text on false.
+    void Require(bool isAllowed) const;
 
 private:
     friend class nxLuaParameters;

@@ -50,7 +50,10 @@ void* nxLuaPool::_ReallocateSlowly(void* block, std::size_t oldSize, std::size_t
         _inUse -= oldSize;
         return nullptr;
     }
-    if (newSize > oldSize && _inUse + (newSize - oldSize) > _limit) return nullptr;
+    if (newSize > oldSize && _inUse + (newSize - oldSize) > _limit.load(std::memory_order_relaxed)) {
+        _hasRefused = true;
+        return nullptr;
+    }
     ++_allocations;
     void* result;
     if (block != nullptr && oldSize > LargestPooled && newSize > LargestPooled) {

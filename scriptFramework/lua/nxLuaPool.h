@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -25,7 +26,7 @@ public:
             if (newSize == 0) return nullptr;
             if (newSize <= LargestPooled) {
                 Free*& list = _free[(newSize - 1) / Granule];
-                if (list != nullptr && _inUse + newSize <= _limit) {
+                if (list != nullptr && _inUse + newSize <= _limit.load(std::memory_order_relaxed)) {
                     void* result = list;
                     list = list->next;
                     _inUse += newSize;
@@ -42,10 +43,19 @@ public:
         return _ReallocateSlowly(block, oldSize, newSize);
     }
 
-    // Bytes in use above which Reallocate refuses to grow; 0 for no limit.
-    void SetLimit(std::size_t bytes) { _limit = bytes == 0 ? Unlimited : bytes; }
-    bool IsLimited() const { return _limit != Unlimited; }
-    std::size_t GetBytesInUse() const { return _inUse; }
+    // Bytes of blocks above which Reallocate refuses to grow; 0 for no limit. On any thread.
+    void SetLimit(std::size_t bytes)
+    {
+        _limit.store(bytes == 0 ? Unlimited : bytes, std::memory_order_relaxed);
+    }
+    bool IsLimited() const { return _limit.load(std::memory_order_relaxed) != Unlimited; }
+    // Whether Reallocate has ever refused for that.
+    bool HasRefused() const { return _hasRefused; }
+    // What the script's objects hold elsewhere, for the figure alone. On any thread.
+    void SetHeld(std::size_t bytes) { _held.store(bytes, std::memory_order_relaxed); }
+    // Bytes of blocks, and those together with what objects hold.
+    std::size_t GetHeapBytes() const { return _inUse; }
+    std::size_t GetBytesInUse() const { return _inUse + _held.load(std::memory_order_relaxed); }
     // Requests served so far, by free list or by the system.
     std::uint64_t GetAllocationCount() const { return _allocations; }
 
@@ -71,6 +81,8 @@ private:
     char* _chunkNext = nullptr;
     char* _chunkEnd = nullptr;
     std::size_t _inUse = 0;
-    std::size_t _limit = Unlimited;
+    std::atomic<std::size_t> _limit = Unlimited;
+    std::atomic<std::size_t> _held = 0;
+    bool _hasRefused = false;
     std::uint64_t _allocations = 0;
 };

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <lua.hpp>
 
+#include "scriptFramework/lua/nxLuaState.h"
+#include "scriptFramework/lua/nxScriptCharge.h"
+
 namespace {
 
 void PushVector(lua_State* L, const std::vector<double>& values)
@@ -116,4 +119,39 @@ bool nxLuaResults::Fail(const std::string& text)
 {
     SetError(text);
     return false;
+}
+
+const std::shared_ptr<nxScriptAccount>& nxLuaResults::GetAccount() const
+{
+    return nxLuaState::Of(_L).account;
+}
+
+bool nxLuaResults::_Told(bool isAllowed)
+{
+    return isAllowed || Fail(GetAccount()->GetRefusal());
+}
+
+bool nxLuaResults::Allows(nxScriptLimit which, nxScriptLimits::Amount amount)
+{
+    return _Told(GetAccount()->Allows(which, amount));
+}
+
+bool nxLuaResults::Adds(nxScriptLimit which, nxScriptLimits::Amount more)
+{
+    return _Told(GetAccount()->Adds(which, more));
+}
+
+bool nxLuaResults::Keeps(nxScriptLimit which, const std::string& name, std::size_t bytes)
+{
+    return _Told(GetAccount()->Keeps(which, name, bytes));
+}
+
+bool nxLuaResults::Charges(std::size_t bytes)
+{
+    return _Told(GetAccount()->Charge(bytes));
+}
+
+bool nxLuaResults::Sets(nxScriptCharge& charge, std::size_t bytes)
+{
+    return _Told(charge.Set(GetAccount(), bytes));
 }

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
+#include "scriptFramework/lua/nxScriptLimits.h"
 
+class nxScriptAccount;
+class nxScriptCharge;
 struct lua_State;
 
 // The results of a bound call. Each Add pushes exactly one value; both marks of a value reach the script as
@@ -51,7 +55,20 @@ public:
     // For `return results.Fail("...")`.
     bool Fail(const std::string& text);
 
+    // The script's account, and its operations of these names, with its text as the error where it refuses:
+    // for `if (!results.Adds(...)) return false;`.
+    const std::shared_ptr<nxScriptAccount>& GetAccount() const;
+    [[nodiscard]] bool Allows(nxScriptLimit which, nxScriptLimits::Amount amount);
+    [[nodiscard]] bool Adds(nxScriptLimit which, nxScriptLimits::Amount more = 1);
+    [[nodiscard]] bool Keeps(nxScriptLimit which, const std::string& name, std::size_t bytes = 0);
+    // For good, as what lives as long as the script.
+    [[nodiscard]] bool Charges(std::size_t bytes);
+    // Of an object that charges what it holds.
+    [[nodiscard]] bool Sets(nxScriptCharge& charge, std::size_t bytes);
+
 private:
+    bool _Told(bool isAllowed);
+
     lua_State* _L;
     int _count = 0;
     std::string _error;

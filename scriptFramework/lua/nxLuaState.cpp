@@ -36,7 +36,7 @@ int OnPanic(lua_State* L)
 
 }  // namespace
 
-nxLuaState::nxLuaState()
+nxLuaState::nxLuaState() : account(std::make_shared<nxScriptAccount>(_pool))
 {
     _L = lua_newstate(LuaAllocator, this);
     if (_L == nullptr) throw std::bad_alloc();
@@ -53,6 +53,7 @@ nxLuaState::nxLuaState()
 nxLuaState::~nxLuaState()
 {
     Close();
+    account->Close();
 }
 
 void nxLuaState::Close()
@@ -130,10 +131,15 @@ bool nxLuaState::Protect(void (*body)(void* context), void* context, std::string
 void nxLuaState::TuneCollector()
 {
     constexpr std::size_t worthwhile = 1 << 19;  // bytes of garbage; more of it leaves the processor's caches
-    const std::size_t relative = 100 * worthwhile / (_pool.GetBytesInUse() + 1);
-    const auto pause = static_cast<int>(100 + std::clamp<std::size_t>(relative, 200, 900));
-    // Nobody collects when a limit is met, so garbage must not come to fill it.
-    lua_gc(_L, LUA_GCSETPAUSE, _pool.IsLimited() ? std::min(pause, 150) : pause);
+    const std::size_t heap = _pool.GetHeapBytes() + 1;
+    std::size_t garbage = std::clamp<std::size_t>(100 * worthwhile / heap, 200, 900);  // percent of the heap
+    // Nobody collects when a limit is met, so garbage must not come to fill it: it may have half of what is
+    // free.
+    if (const std::size_t limit = account->GetLimits().memory; limit != 0) {
+        const std::size_t free = limit - std::min(limit, _pool.GetBytesInUse());
+        garbage = std::clamp<std::size_t>(50 * (free / heap), 50, garbage);
+    }
+    lua_gc(_L, LUA_GCSETPAUSE, static_cast<int>(100 + garbage));
 }
 
 // A finalizer that does nothing would still be called for every wrapper that dies, so the metatables have

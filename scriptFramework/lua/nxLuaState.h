@@ -7,6 +7,7 @@
 #include "scriptFramework/lua/nxLuaFrames.h"
 #include "scriptFramework/lua/nxLuaKeyMap.h"
 #include "scriptFramework/lua/nxLuaPool.h"
+#include "scriptFramework/lua/nxScriptWatch.h"
 
 class nxExactRandom;
 struct nxScriptServices;
@@ -45,6 +46,10 @@ public:
     std::unique_ptr<const nxScriptServices> services;
     bool IsStrict() const { return services != nullptr; }
     nxLuaFrames frames;
+    // What the script holds and may hold.
+    const std::shared_ptr<nxScriptAccount> account;
+    // Null while nothing but memory is limited.
+    std::unique_ptr<nxScriptWatch> watch;
 
     ClassReferences& References(unsigned int classIndex);
     const ClassReferences& References(unsigned int classIndex) const { return _classes[classIndex]; }

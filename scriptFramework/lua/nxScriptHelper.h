@@ -18,4 +18,8 @@ struct nxScriptHelper
     // Lines of the assembled text that stand before the author's own script. The line at which the script
     // begins, counted from 1, is the offset itself, and still counts as before the script.
     unsigned int lineOffset = 0;
+
+    // A line of the assembled text in the author's terms: "12", or "8:util" for line 8 of a module. Without
+    // modules, as it is.
+    std::string Tell(unsigned int line) const;
 };

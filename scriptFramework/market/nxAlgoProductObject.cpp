@@ -88,10 +88,12 @@ void nxAlgoProductObject::SetTickSize(const nxDecimal& tickSize)
 }
 
 // A refusal is no error to the script: the subscription stays off, and the next call asks again.
-void nxAlgoProductObject::_SwitchOn(bool& subscribed, HostCall hostCall)
+bool nxAlgoProductObject::_SwitchOn(nxLuaResults& results, bool& subscribed, HostCall hostCall)
 {
-    if (subscribed) return;
+    if (subscribed) return true;
+    if (!results.Adds(nxScriptLimit::Subscriptions)) return false;
     subscribed = (GetJob()->*hostCall)(this).IsSuccess();
+    return true;
 }
 
 void nxAlgoProductObject::_SwitchOff(bool& subscribed, HostCall hostCall)
@@ -127,47 +129,41 @@ bool nxAlgoProductObject::UnsubscribePriceTradeVolumes()
     return true;
 }
 
-bool nxAlgoProductObject::subscribe(nxLuaParameters&, nxLuaResults&)
+bool nxAlgoProductObject::subscribe(nxLuaParameters&, nxLuaResults& results)
 {
     if (_subscribed) return true;
     _priceWanted = true;
     _depthWanted = true;
-    _SwitchOn(_subscribed, &nxAlgoJobInterface::SubscribePrices);
-    return true;
+    return _SwitchOn(results, _subscribed, &nxAlgoJobInterface::SubscribePrices);
 }
 
-bool nxAlgoProductObject::subscribePrice(nxLuaParameters&, nxLuaResults&)
+bool nxAlgoProductObject::subscribePrice(nxLuaParameters&, nxLuaResults& results)
 {
     if (_priceSubscribed) return true;
     _priceWanted = true;
-    _SwitchOn(_priceSubscribed, &nxAlgoJobInterface::SubscribePrice);
-    return true;
+    return _SwitchOn(results, _priceSubscribed, &nxAlgoJobInterface::SubscribePrice);
 }
 
-bool nxAlgoProductObject::subscribeMarketDepth(nxLuaParameters&, nxLuaResults&)
+bool nxAlgoProductObject::subscribeMarketDepth(nxLuaParameters&, nxLuaResults& results)
 {
     if (_depthSubscribed) return true;
     _depthWanted = true;
-    _SwitchOn(_depthSubscribed, &nxAlgoJobInterface::SubscribeMarketDepth);
-    return true;
+    return _SwitchOn(results, _depthSubscribed, &nxAlgoJobInterface::SubscribeMarketDepth);
 }
 
-bool nxAlgoProductObject::subscribePositions(nxLuaParameters&, nxLuaResults&)
+bool nxAlgoProductObject::subscribePositions(nxLuaParameters&, nxLuaResults& results)
 {
-    _SwitchOn(_positionsSubscribed, &nxAlgoJobInterface::SubscribePositions);
-    return true;
+    return _SwitchOn(results, _positionsSubscribed, &nxAlgoJobInterface::SubscribePositions);
 }
 
-bool nxAlgoProductObject::subscribeState(nxLuaParameters&, nxLuaResults&)
+bool nxAlgoProductObject::subscribeState(nxLuaParameters&, nxLuaResults& results)
 {
-    _SwitchOn(_stateSubscribed, &nxAlgoJobInterface::SubscribeState);
-    return true;
+    return _SwitchOn(results, _stateSubscribed, &nxAlgoJobInterface::SubscribeState);
 }
 
-bool nxAlgoProductObject::subscribePriceTradeVolumes(nxLuaParameters&, nxLuaResults&)
+bool nxAlgoProductObject::subscribePriceTradeVolumes(nxLuaParameters&, nxLuaResults& results)
 {
-    _SwitchOn(_tradeVolumesSubscribed, &nxAlgoJobInterface::SubscribePriceTradeVolumes);
-    return true;
+    return _SwitchOn(results, _tradeVolumesSubscribed, &nxAlgoJobInterface::SubscribePriceTradeVolumes);
 }
 
 nxAlgoOrderObject* nxAlgoProductObject::_CreateOrder(const std::string&, const std::string&,
@@ -228,6 +224,8 @@ bool nxAlgoProductObject::getLeg(nxLuaParameters& parameters, nxLuaResults& resu
     if (!_WithLeg(parameters, results, "getLeg", [&](const nxStrategyLeg& found) {
             if (const nxProductID* productID = found.GetProductID()) leg = productID->GetAsString();
         }))
+        return false;
+    if (!leg.empty() && !results.Keeps(nxScriptLimit::Products, leg, sizeof(nxAlgoProductObject)))
         return false;
     results.AddObjectOrNull(leg.empty() ? nullptr : GetJob()->GetProduct(leg));
     return true;

@@ -140,7 +140,7 @@ protected:
 private:
     using HostCall = nxErrorEnum (nxAlgoJobInterface::*)(nxAlgoProductObject*);
 
-    void _SwitchOn(bool& subscribed, HostCall hostCall);
+    bool _SwitchOn(nxLuaResults& results, bool& subscribed, HostCall hostCall);
     void _SwitchOff(bool& subscribed, HostCall hostCall);
     // Reads the product's definition, if it is a strategy that has one, looked up anew for each call.
     void _WithStrategy(const std::function<void(nxStrategyDefinition&)>& read);

@@ -2,6 +2,7 @@
 
 #include "base/log/nxLogMessage.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
+#include "scriptFramework/lua/nxScriptAccount.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/orders/nxAlgoOrderParameters.h"
 
@@ -123,6 +124,14 @@ bool nxAlgoOrderObject::_FailWithReason(nxLuaResults& results, const char* text)
     return results.Fail(reason.empty() ? text : reason);
 }
 
+bool nxAlgoOrderObject::IsOver()
+{
+    nxOrderStatusEnum status;
+    _GetOrderStatus(status);
+    return status == nxOrderStatus_Deleted || status == nxOrderStatus_Filled ||
+           status == nxOrderStatus_Rejected || status == nxOrderStatus_Expired;
+}
+
 // Anything but a table is a set in which nothing changes, and reaches the host as one.
 bool nxAlgoOrderObject::work(nxLuaParameters& parameters, nxLuaResults& results)
 {
@@ -215,7 +224,12 @@ bool nxAlgoOrderObject::Get_lastExchangeFillTime(nxLuaResults& results)
 
 bool nxAlgoOrderObject::Set_reference(const nxLuaParameter& value)
 {
-    SetReference(value.GetString());
+    const std::string reference = value.GetString();
+    const std::size_t before = GetReference().size();
+    nxScriptAccount& account = *value.GetAccount();
+    if (reference.size() > before) value.Require(account.Charge(reference.size() - before));
+    if (reference.size() < before) account.Release(before - reference.size());
+    SetReference(reference);
     return true;
 }
 

@@ -83,6 +83,9 @@ public:
     // False, and value left alone, for an order that was created without the flag.
     bool GetShowOrder(bool& value) const;
 
+    // Filled, deleted, rejected or expired.
+    bool IsOver();
+
     bool work(nxLuaParameters&, nxLuaResults&);
     bool pull(nxLuaParameters&, nxLuaResults&);
     bool getHedgeID(nxLuaParameters&, nxLuaResults&);

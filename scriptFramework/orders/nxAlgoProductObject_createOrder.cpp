@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "base/log/nxLogMessage.h"
+#include "scriptFramework/lua/nxScriptAccount.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
 
@@ -70,6 +71,20 @@ struct OrderRequest
     }
 };
 
+// Whether the script may have one more order, which lives as long as the script. Until it is over it is open,
+// also before it is worked.
+bool MayCreate(nxLuaResults& results, const OrderRequest& order)
+{
+    constexpr std::size_t bytes = 1024;  // of an order at a host, without texts
+    nxScriptAccount& account = *results.GetAccount();
+    if (account.GetLimits().openOrders != 0) {
+        std::erase_if(account.openOrders, [](nxAlgoOrderObject* made) { return made->IsOver(); });
+        if (!results.Allows(nxScriptLimit::OpenOrders, account.openOrders.size() + 1)) return false;
+    }
+    return results.Adds(nxScriptLimit::Orders) &&
+           results.Charges(bytes + order.spreadSpec.size() + order.spreadInstance.size());
+}
+
 }  // namespace
 
 bool nxAlgoProductObject::createOrder(nxLuaParameters& parameters, nxLuaResults& results)
@@ -87,6 +102,7 @@ bool nxAlgoProductObject::createOrder(nxLuaParameters& parameters, nxLuaResults&
         order.spreadSpec.clear();
         order.spreadInstance.clear();
     }
+    if (!MayCreate(results, order)) return false;
     nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "createOrder. side = ", order.side,
                  " , type = ", order.type, " , exec = ", order.exec, " , time = ", order.time,
                  " , spreadSpec = ", order.spreadSpec, " , spreadInstance = ", order.spreadInstance);
@@ -96,6 +112,8 @@ bool nxAlgoProductObject::createOrder(nxLuaParameters& parameters, nxLuaResults&
         results.AddNull();
         return results.Fail("createOrder Failed");
     }
+    nxScriptAccount& account = *results.GetAccount();
+    if (account.GetLimits().openOrders != 0) account.openOrders.push_back(created);
     if (order.hasShow) created->SetShowOrder(order.show);
     results.AddObject(created);
     return true;

@@ -10,6 +10,7 @@ Prints "N passed, N failed"; the exit status is 1 when a case failed.
 import bz2
 import contextlib
 import gzip
+import hashlib
 import io
 import json
 import lzma
@@ -265,6 +266,20 @@ def test_record_repeats_to_the_byte(program):
     require(len(entries) > 20 and entries[-1]["type"] == "end", repr(entries[-1]))
 
 
+def test_results_of_the_examples(program):
+    """All bytes of their documents, by a hash; the measures are there to see what has changed."""
+    lines = []
+    for title, arguments, *_ in CASES:
+        if title not in ("a market maker", "brackets", "a crossover", "bands over bars", "a spread"):
+            continue
+        document = execute(program, [*arguments.split(), "--json", "-"]).stdout
+        lines.append(f"{title}: {hashlib.sha256(document).hexdigest()}")
+        for result in json.loads(document)["results"]:
+            lines += [f"  {name} {json.dumps(value)}" for name, value in result["measures"].items()]
+            lines += [f"  {sentence}" for sentence in result["verdict"]]
+    check_text("results", "\n".join(lines) + "\n", ["<results.txt>"], "--update" in sys.argv)
+
+
 def test_measures_counted_again(program):
     """Of the days of a record, by a second program: the ratios and the bootstrap to the last digit."""
     chance, price = random.Random(1), 1000
@@ -454,6 +469,8 @@ def test_interrupted(program):
                 ["run", "timerStart", "jobStarted", "log", "log", "jobStopped", "end"], "the record is not whole")
 
 
+# Inside one call of a library function, which nothing interrupts.
+ENDLESS_MATCH = "local a = ('a'):rep(40) return a:find(('a?'):rep(40) .. a .. 'a')"
 KEEPER = """\
 function OnInit() s = job:getDataStore("s", true) job:getProduct("A"):subscribePrice() end
 function OnPrice(price) for i = 1, 2000 do job:logText("bid " .. price.bidPrice) end end
@@ -480,9 +497,9 @@ def test_output_that_closes_or_may_not_grow(program):
 
 
 def test_a_callback_that_does_not_return(program):
-    """What it logged is shown while it hangs, and a Ctrl-C tells that only another one ends the process."""
+    """What it logged is shown while it hangs, and where a Ctrl-C cannot stop it, it tells that another one kills."""
     with open("hang.lua", "w") as file:
-        file.write("function OnInit() job:logText('before') while true do end end\n")
+        file.write("function OnInit() job:logText('before') " + ENDLESS_MATCH + " end\n")
     process = subprocess.Popen([program, "run", "hang.lua", "--data", "day.csv"], stdout=subprocess.PIPE,
                                stderr=subprocess.PIPE)
     try:
@@ -494,6 +511,86 @@ def test_a_callback_that_does_not_return(program):
         require(process.wait(timeout=TIMEOUT) == -signal.SIGINT, f"exit status {process.returncode}")
     finally:
         process.kill()
+
+
+HARMFUL = (  # what OnPrice does, or the whole script; the status, and what standard error tells
+    ("while true do end", 1, "main.lua:1: the main part of the script has run for 1 s\n"),
+    ("OnPrice: while true do pcall(function() while true do end end) end", 1, "script.lua:2: OnPrice has run for 1 s\n"),
+    ("OnPrice: job:shutdown() end function OnShutdown() while true do end", 1, ".lua:2: OnShutdown has run for 1 s\n"),
+    ("OnPrice: " + ENDLESS_MATCH, 1, "script.lua:2: OnPrice has run for 1 s in string.find; the run ended there\n"),
+    # All with one hash: where they differ Lua does not look.
+    ("OnPrice: local t, x = {}, ('x'):rep(970) for i = 1, 1e9 do t[i] = x .. ('%08d'):format(i) .. ('x'):rep(22) end", 1, " has run for 1 s"),
+    ("OnPrice: local x = ('x'):rep(1e6) x:find(('x?'):rep(1e6))", 1, ":2: limit of 65536 bytes of a pattern exceeded\n"),
+    ("OnPrice: job:logText(('x'):rep(2 ^ 22))", 1, "limit of 1048576 bytes of a log line exceeded\n"),
+    ("os.execute('touch executed') function OnInit() end", 1, "attempt to call field 'execute' (a nil value)\n"),
+    ("os.exit(0) function OnInit() end", 1, "attempt to call field 'exit' (a nil value)\n"),
+    ("getmetatable(newproxy(true)).__gc = function() while true do end end function OnInit() end", 1, "'newproxy' (a nil value)\n"),
+)
+
+
+def test_harmful_scripts_lose_their_run_alone(program):
+    """Each ends by itself, with the place and the reason, and leaves a record that can be read."""
+    runs = []
+    for number, (script, status, text) in enumerate(HARMFUL):
+        os.mkdir(f"harm{number}")
+        if script.startswith("OnPrice: "):
+            script = "function OnInit() job:getProduct('A'):subscribePrice() end\nfunction OnPrice() " + script[9:] + " end\n"
+        with open(f"harm{number}/{'script' if 'OnPrice' in script else 'main'}.lua", "w") as file:
+            file.write(script)
+        command = [program, "run", file.name, "--data", "day.csv", "--sandbox", "strict", "--callback-limit", "1", "--record", f"harm{number}/record.jsonl"]
+        runs.append((script, status, text, subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE)))
+    for number, (script, status, text, process) in enumerate(runs):
+        err = process.communicate(timeout=TIMEOUT)[1].decode()
+        require(process.returncode == status and text in err, f"{script}: {process.returncode} {err}")
+        require(read_record(f"harm{number}/record.jsonl")[-1]["type"] == "end", f"{script}: the record has no end")
+    require(not os.path.exists("executed"), "a program was run")
+
+
+def test_the_process_of_a_strict_run_ends(program):
+    """By a signal to the run, or to the process of the scripts: what was complete is there, and where it was is told."""
+    script = ("function OnInit() s = job:getDataStore('s', true) s:add('x') job:getProduct('A'):subscribePrice() end\n"
+              "function OnPrice() n = (n or 0) + 1 job:logText('price ' .. n)\nif n == 2 then " + ENDLESS_MATCH + " end end\n")
+    with open("stuck.lua", "w") as file:
+        file.write(script)
+    for number, toChild, text in (
+            (signal.SIGTERM, False, "stuck.lua:3: OnPrice has run for "), (signal.SIGHUP, False, " in string.find; the run ended there\n"),
+            (signal.SIGSEGV, True, "stuck.lua:3: OnPrice in string.find: the run was ended by signal 11 (Segmentation fault)\n"),
+            (signal.SIGKILL, True, "the run was ended by signal 9 (Killed)\n")):
+        process = subprocess.Popen([program, "run", "stuck.lua", "--data", "day.csv", "--sandbox", "strict", "--record", "stuck.jsonl",
+                                    "--json", "stuck.json", "--store", "stuck"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   env=os.environ | {"ASAN_OPTIONS": "handle_segv=0"})
+        try:
+            first = process.stdout.readline() + process.stdout.readline()  # handed on once it is stuck
+            pid = process.pid
+            if toChild:
+                with open(f"/proc/{pid}/task/{pid}/children") as children:
+                    pid = int(children.read())
+            began = time.monotonic()
+            os.kill(pid, number)
+            err = process.communicate(timeout=TIMEOUT)[1].decode()
+            took = time.monotonic() - began
+        finally:
+            process.kill()
+        require(process.returncode == 1 and text in err and "stuck.json: is not written\n" in err, f"{number}: {process.returncode} {err}")
+        require(b"price 1\n" in first and b"price 2\n" in first and took < 2.5, f"{number}: {first} {took} s")
+        require([line["type"] for line in read_record("stuck.jsonl")][-3:] == ["log", "log", "end"], "the record is not finished")
+        report = execute(program, ["report", "stuck.jsonl", "--json", "-"])
+        require(report.returncode == 0 and json.loads(report.stdout)["run"]["end"] + "\n" in err, report.stderr.decode())
+        require(rows_of_store("stuck") == 0, "more than the last save")
+
+
+def test_strict_gives_the_same_bytes(program):
+    """Of what the examples print, record and come to."""
+    for name, arguments, status, out, _ in CASES:
+        if not out or not out[0].startswith("<") or not arguments.startswith("run ") or "--watch" in arguments:
+            continue
+        told = []
+        for sandbox in ("base", "strict"):
+            options = arguments.replace("--store ", f"--store {sandbox}_").split() + ["--sandbox", sandbox]
+            result = execute(program, options + ["--record", "same.jsonl", "--json", "same.json"])
+            with open("same.jsonl", "rb") as record, open("same.json", "rb") as document:
+                told.append((result.returncode, result.stdout, record.read(), document.read()))
+        require(told[0] == told[1], f"{name}: {told}")
 
 
 def test_interrupted_while_a_pipe_is_silent(program):

@@ -83,7 +83,7 @@ TEST(HostOrder, AnswersTravelInRecordedTime)
     nxExpectRows("host/orders.txt", [&](const std::string& what) { return RunAtPrices(what, exchange); });
 }
 
-// Of its updates, too: a script that kept one sees its own order's last event, not what came of others later.
+// And its last update told its own last event.
 TEST(HostOrder, WhatIsOverAnswersAsItEnded)
 {
     nxExpectRows("host/orders.txt", [](const std::string& script) {

@@ -53,24 +53,50 @@ nxResult MakeResult(unsigned int products, unsigned int lines)
         nxResultData& data = result.results.emplace_back();
         data.job = job;
         data.orders = 10'000;
-        data.trips.resize(10'000, {0,
-                                   nxSide::Buy,
-                                   5,
-                                   Start,
-                                   Start + 1'234'567,
-                                   12345.67,
-                                   12346.67,
-                                   nxExactAmount::FromText("-123.45"),
-                                   {},
-                                   nxExactAmount::FromText("123.45"),
-                                   nxExactAmount::FromText("12.34"),
-                                   true,
-                                   123456,
-                                   123457});
+        const nxRoundTrip trip{0,
+                               nxSide::Buy,
+                               5,
+                               Start,
+                               Start + 1'234'567,
+                               12345.67,
+                               12346.67,
+                               nxExactAmount::FromText("-123.45"),
+                               {},
+                               nxExactAmount::FromText("123.45"),
+                               nxExactAmount::FromText("12.34"),
+                               true,
+                               123456,
+                               123457};
+        for (int i = 0; i < 10'000; ++i)
+            data.trips.Add(trip);
         for (long long j = 0; j < 8192; ++j)
             data.equity.Add({MakePrice(j), 1234.5, 61728.35});
     }
     return result;
+}
+
+// Also those whose amounts or volume are too large to be packed.
+TEST(nxRoundTrips, GivesBackWhatWasAdded)
+{
+    nxRoundTrip small;
+    small.profit = nxExactAmount::FromText("-0.0000000001");
+    small.side = nxSide::Sell;
+    small.exitTime = 3;
+    nxRoundTrip large = small;
+    large.mfe = nxExactAmount::FromText("123456789012345678901234.5");
+    large.exitTime = 2;
+    nxRoundTrip wide = small;
+    wide.volume = 1ull << 32;
+    wide.exitTime = 1;
+    nxRoundTrips trips;
+    for (const nxRoundTrip& trip : {small, large, wide})
+        trips.Add(trip);
+    trips.SortByExit();
+    ASSERT_EQ(trips.GetCount(), 3u);
+    EXPECT_EQ(trips[0].volume, 1ull << 32);
+    EXPECT_EQ(trips[1].mfe.GetAsText(), "123456789012345678901234.5");
+    EXPECT_EQ(trips[2].profit.GetAsText(), "-0.0000000001");
+    EXPECT_EQ(trips[2].side, nxSide::Sell);
 }
 
 }  // namespace

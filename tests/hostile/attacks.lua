@@ -1,5 +1,5 @@
 -- Scripts that mean harm, and what each comes to. After a line "--- what it tries" stand its outcome in each profile and its
--- limits, if it needs any ("-- limits: memory=BYTES"), and then the script. An outcome is what the script told, then the
+-- limits, if it needs any ("-- limits: memory=BYTES instructions=COUNT", by their names), and then the script. An outcome is what the script told, then the
 -- entries of the host that failed and why, or "skip" and the reason not to run it: base promises nothing against it.
 -- What `tell` and `why` do is told by the helper of nxHostile_test.cpp. Each runs through a job's life: two of each event,
 -- whose objects are freed after it, then OnTimer, OnParameter (which tells) and OnShutdown.
@@ -68,7 +68,7 @@ function OnInit()
 end
 
 --- changes the locals of a native function
--- base: skip, it crashes
+-- base: skip, it may crash
 -- strict: no
 function OnInit()
   tell(function() pcall(string.gsub, "x", "x", function() debug.setlocal(2, 1, nil) end) return debug.setlocal(1, 1, nil) end)
@@ -203,10 +203,13 @@ local collect = collectgarbage
 function OnInit() tell(function() return collect("stop") end) end
 
 --- changes the process's locale
--- base: C
--- strict: no
+-- base: C, nil
+-- strict: no, no
 local set = os.setlocale
-function OnInit() tell(function() return set(nil) end) end
+function OnInit()
+  tell(function() return set(nil) end)
+  tell(function() return set("") end)
+end
 
 --- writes beside the host's own record
 -- base: skip, it writes to the process's standard output
@@ -265,7 +268,7 @@ end
 
 --- fills the memory by texts, and goes on
 -- limits: memory=16777216
--- both: OnPrice: not enough memory; OnPrice: not enough memory; no, 3
+-- both: OnPrice: limit of 16777216 bytes of memory exceeded: not enough memory; OnPrice: limit of 16777216 bytes of memory exceeded: not enough memory; no, 3
 function OnInit() end
 function OnPrice() local text = ("x"):rep(1e6) while true do text = text .. text end end
 function OnTimer()
@@ -275,7 +278,7 @@ end
 
 --- fills the memory by tables
 -- limits: memory=16777216
--- both: OnPrice: not enough memory; OnPrice: not enough memory; alive
+-- both: OnPrice: limit of 16777216 bytes of memory exceeded: not enough memory; OnPrice: limit of 16777216 bytes of memory exceeded: not enough memory; alive
 function OnInit() end
 function OnPrice() local list = {} while true do list = { list } end end
 function OnShutdown() job:logText("alive") end
@@ -295,3 +298,39 @@ end
 function OnPrice() tell(function() return clock.year end) end
 function OnParameter() end
 function OnShutdown() error("lost") end
+
+--- never comes out of its main chunk
+-- limits: instructions=1000000
+-- both: load: 1: limit of 1000000 instructions a callback exceeded;
+while true do pcall(function() while true do end end) end
+
+--- never comes out of a callback, whatever is raised
+-- limits: instructions=1000000
+-- both: OnPrice: 2: limit of 1000000 instructions a callback exceeded; OnPrice: 2: limit of 1000000 instructions a callback exceeded; alive
+function OnInit() end
+local function forever() while true do end end
+function OnPrice() while true do xpcall(forever, forever) end end
+function OnShutdown() job:logText("alive") end
+
+--- fills the memory by series, which Lua does not see
+-- limits: memory=16777216 instructions=100000000
+-- both: OnPrice: 2: limit of 16777216 bytes of memory exceeded: not enough memory; OnPrice: 2: limit of 16777216 bytes of memory exceeded: not enough memory; alive
+function OnInit() series = job:createDataSeries() end
+function OnPrice() for i = 1, 1e7 do series:add(i, i) end end
+function OnShutdown() job:logText("alive") end
+
+--- matches a pattern that never ends, over a text of megabytes
+-- limits: pattern=1000 subject=100000
+-- both: limit of 1000 bytes of a pattern exceeded, limit of 100000 bytes of a text to match exceeded
+function OnInit()
+  why(string.find, "a", ("a?"):rep(1000))
+  why(string.find, ("a"):rep(1e6), ("a-"):rep(100) .. "b")
+end
+
+--- logs without an end
+-- limits: logLine=1000 log=3
+-- both: OnParameter: 12: limit of 3 bytes of log exceeded; x x x
+function OnInit()
+  why(function() job:logText(("x"):rep(1e6)) end)
+  why(function() while true do job:logText("x") end end)
+end

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -12,6 +13,7 @@
 #include "base/records/nxOrderTransaction.h"
 #include "base/records/nxPrice.h"
 #include "base/records/nxPriceTradeVolumes.h"
+#include "base/threads/nxStackThread.h"
 #include "scriptFramework/job/nxAlgoJobObject.h"
 #include "scriptFramework/market/nxAlgoMarketDepthObject.h"
 #include "scriptFramework/market/nxAlgoPositionObject.h"
@@ -102,11 +104,16 @@ public:
     Victim(nxScriptProfile profile, const std::string& limits)
     {
         _job->SetProfile(profile);
+        _job->Isolate(1);
+        nxScriptLimits values;
         for (const std::string& limit : nxGetWords(limits)) {
             const std::size_t sign = limit.find('=');
-            EXPECT_EQ(limit.substr(0, sign), "memory") << "an unknown limit";
-            _job->SetMemoryLimit(std::stoul(limit.substr(sign + 1)));
+            const auto row = std::ranges::find(nxScriptLimitRows, limit.substr(0, sign),
+                                               [](const nxScriptLimitRow& known) { return known.name; });
+            EXPECT_NE(row, nxScriptLimitRows.end()) << "an unknown limit: " << limit;
+            if (row != nxScriptLimitRows.end()) values.*row->member = std::stoull(limit.substr(sign + 1));
         }
+        _job->SetLimits(values);
     }
 
     std::string Run(const std::string& script)
@@ -180,8 +187,11 @@ TEST_P(nxHostile, ComesToWhatItSays)
         ASSERT_TRUE(GetParam().outcomes.contains(name)) << GetParam().name;
         const std::string& expected = GetParam().outcomes.at(name);
         if (expected.starts_with("skip")) continue;
-        Victim victim(profile, GetParam().limits);
-        EXPECT_EQ(victim.Run(GetParam().script), expected) << name << ": " << GetParam().name;
+        std::string outcome;
+        nxStackThread::Run(nxStackThread::ForScripts, [&, profile = profile] {
+            outcome = Victim(profile, GetParam().limits).Run(GetParam().script);
+        });
+        EXPECT_EQ(outcome, expected) << name << ": " << GetParam().name;
     }
 }
 

@@ -193,11 +193,11 @@ TEST_F(nxAlgoJobObjectTest, RunsOutOfMemoryAndGoesOn)
         "function OnInit() end function OnTimer(name) if name == 'eat' then local t = {} "
         "for i = 1, 1e7 do t[i] = {} end end job:logText(name) end");
     job.SetMemoryLimit(job.GetMemory().GetBytesInUse() + 1000000);
-    EXPECT_EQ(job.OnTimer("eat"), nxErrorEnum(nxError_CallbackFailed));
+    EXPECT_EQ(job.OnTimer("eat"), nxErrorEnum(nxError_LimitMemory));
     job.SetMemoryLimit(1);
-    EXPECT_EQ(job.OnTimer("a name that Lua has not seen yet"), nxErrorEnum(nxError_CallbackFailed));
-    EXPECT_EQ(job.GetErrorText(), "not enough memory");
-    EXPECT_EQ(job.LoadScript("x = 1"), nxErrorEnum(nxError_ScriptLoadFailed));
+    EXPECT_EQ(job.OnTimer("a name that Lua has not seen yet"), nxErrorEnum(nxError_LimitMemory));
+    EXPECT_EQ(job.GetErrorText(), "limit of 1 bytes of memory exceeded: not enough memory");
+    EXPECT_EQ(job.LoadScript("x = 1"), nxErrorEnum(nxError_LimitMemory));
     job.SetMemoryLimit(0);
     EXPECT_TRUE(job.OnTimer("good").IsSuccess()) << job.GetErrorText();
     EXPECT_EQ(host.TakeCalls(), "good");

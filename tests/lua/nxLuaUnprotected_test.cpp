@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/enums/nxEnumValue.h"
 #include "tests/lua/nxProbe.h"
 
 namespace {
@@ -52,14 +53,16 @@ TEST(nxLuaUnprotected, LackOfMemory)
     for (std::size_t spare = 0; !succeeded && spare < 65536; spare += 8) {
         engine.SetMemoryLimit(inUse + spare);
         succeeded = onX.Call(engine.probe);
-        ASSERT_EQ(engine.GetLastError(), succeeded ? "" : "not enough memory") << spare;
+        ASSERT_EQ(engine.GetLimitError(), succeeded ? 0u : static_cast<unsigned int>(nxError_LimitMemory))
+            << spare;
+        ASSERT_EQ(engine.GetLastError().ends_with("exceeded: not enough memory"), !succeeded) << spare;
     }
     EXPECT_TRUE(succeeded);
 
     engine.SetMemoryLimit(engine.GetMemory().GetBytesInUse());
     EXPECT_FALSE(onX.Call(engine.probe));
     EXPECT_FALSE(engine.LoadText("function OnY() end"));
-    EXPECT_EQ(engine.GetLastError(), "not enough memory");
+    EXPECT_EQ(engine.GetLimitError(), nxError_LimitMemory);
     EXPECT_FALSE(engine.LoadScript("/no/such/file"));
     EXPECT_FALSE(nxLuaWrapper<nxProbe>::SetGlobal(engine, "again", &engine.probe));
     static_cast<void>(engine.DoesFunctionExist("aNameThatLuaHasNotSeen"));
@@ -71,7 +74,7 @@ TEST(nxLuaUnprotected, LackOfMemory)
     nxLuaFunction eat(engine, "Eat");
     engine.SetMemoryLimit(engine.GetMemory().GetBytesInUse() + (4 << 20));
     EXPECT_FALSE(eat.Call());
-    EXPECT_EQ(engine.GetLastError(), "not enough memory");
+    EXPECT_EQ(engine.GetLimitError(), nxError_LimitMemory);
     engine.SetMemoryLimit(0);
     EXPECT_TRUE(onX.Call(engine.probe)) << engine.GetLastError();
 }

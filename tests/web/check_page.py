@@ -220,6 +220,10 @@ class Page(unittest.TestCase):
             self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
             self.assertEqual(self.one("body").value_of_css_property("background-color").replace("rgba", "rgb").replace(", 1)", ")"), colour)
             self.assertEqual(self.pictures() == light, scheme == "light")
+        self.browser.set_window_size(500, 900)
+        fits = "const page = document.documentElement; return page.scrollWidth <= page.clientWidth"
+        WebDriverWait(self.browser, 5).until(lambda browser: browser.execute_script(fits), "a narrow page scrolls in its tables only")
+        self.browser.set_window_size(1280, 900)
 
 
 unittest.main(argv=sys.argv[:1])
