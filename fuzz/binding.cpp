@@ -108,7 +108,9 @@ nxRunOptions MakeOptions(const std::uint8_t* choices)
     nxRunOptions options;
     options.data = {quotes.GetPath(), others.GetPath(), depth.GetPath(), bars.GetPath()};
     options.products = products;
+    options.storeDirectory = "stores";  // of the options alone: they are in memory
     options.storeImage = "";
+    options.storeEvery = 1.0;
     options.continueOnError = true;
     options.memoryLimit = std::size_t{32} << 20;
     options.profile = choices[0] % 2 == 0 ? nxScriptProfile::Base : nxScriptProfile::Strict;

@@ -92,8 +92,13 @@ local function someKind()
     if #kind.objects ~= 0 then return kind end
   end
 end
+
+-- The object of the callback that runs is good only now, so it is taken more often.
+local event
 local function someObject()
-  local kind = someKind()
+  local kind = event and kindOf(event)
+  if kind and draw(3) == 1 then return event, kind end
+  kind = someKind()
   if kind then return pick(kind.objects), kind end
 end
 
@@ -191,34 +196,35 @@ local function tableFor(known)
   return map
 end
 
--- The tables that no list of words would hit upon.
+-- The arguments that no list of words would hit upon.
 local special = {
+  getDataStore = function() return { pick(words), draw(4) ~= 1 } end,
   createIndicator = function()
     local indicator = pick(indicators)
     local map = { name = draw(64), type = indicator.type }
     for _, parameter in ipairs(indicator) do
       if draw(2) == 1 then map[parameter] = draw(20) end
     end
-    return map
+    return { map }
   end,
   createTickDataCollection = function()
     local map = { period = pick(checker.tables.createTickDataCollection.keys.period), realTime = draw(2) == 1 }
     if draw(2) == 1 then map.ticks = draw(100) else map.startDate = "20240108:14:00" end
-    return map
+    return { map }
   end,
   createOrder = function()
     local keys = checker.tables.createOrder.keys
     local map = { side = pick(keys.side), type = draw(4) == 1 and "MARKET" or "LIMIT" }
     if draw(2) == 1 then map.exec = pick(keys.exec) end
     if draw(2) == 1 then map.time = pick(keys.time) end
-    return map
+    return { map }
   end,
   work = function()
     local map = { volume = draw(10) }
     if draw(6) ~= 1 then map.price = 98 + draw(16) / 4 end
     if draw(4) == 1 then map.stopPrice = 98 + draw(16) / 4 end
     if draw(4) == 1 then map[pick(namesOf(checker.tables.work.keys))] = draw(4) end
-    return map
+    return { map }
   end,
 }
 
@@ -231,13 +237,17 @@ local function arguments(kind, name)
     end
     return list, count
   end
-  if draw(4) ~= 1 and special[name] then return { special[name]() }, 1 end
+  if draw(4) ~= 1 and special[name] then
+    local list = special[name]()
+    return list, #list
+  end
   if checker.tables[name] then return { tableFor(checker.tables[name]) }, 1 end
   local signature = (checker.signatures[kind.class] or {})[name] or { 0, 2 }
+  local ofMatrix = kind.class == "nxAlgoMatrixObject"
   local count = signature[1] + (signature[2] > signature[1] and draw(3) - 1 or 0)
   local list = {}
   for i = 1, count do
-    list[i] = draw(2) == 1 and number() or draw(2) == 1 and text() or draw(2) == 1 and rows() or value()
+    list[i] = ofMatrix and draw(4) ~= 1 and rows() or draw(2) == 1 and number() or draw(2) == 1 and text() or value()
   end
   return list, count
 end
@@ -254,16 +264,27 @@ local function mend(list, message)
   return true
 end
 
-local function call()
-  local object, kind = someObject()
-  if object == nil or #kind.functions == 0 then return end
-  local name = pick(kind.functions)
-  if ending[name] and not isLate() then return end
+local function callMember(object, kind, name)
   local self = draw(12) == 1 and value() or object
   local list, count = arguments(kind, name)
   for _ = 1, 4 do
     local succeeded, message = keepAll(pcall(rawget(object, name), self, unpack(list, 1, count)))
     if succeeded or isOver() or draw(4) == 1 or not mend(list, message) then return end
+  end
+end
+local function call()
+  local object, kind = someObject()
+  if object == nil or #kind.functions == 0 then return end
+  local name = pick(kind.functions)
+  if not ending[name] or isLate() then callMember(object, kind, name) end
+end
+
+-- What gives objects of further classes.
+local function callGivers(object)
+  local kind = kindOf(object)
+  for _, name in ipairs(kind.functions) do
+    local signature = (checker.signatures[kind.class] or {})[name]
+    if signature and signature[3] then callMember(object, kind, name) end
   end
 end
 
@@ -281,11 +302,17 @@ local function write()
 end
 
 -- The library's functions in Lua, which come after the main chunk, and Lua's own, over objects as over all else.
+local isStrict = debug.getregistry == nil
 local plain
 local function findPlain()
   plain = { round, sortUp, sort, copy, mapSize, tostring, tonumber, rawget, rawset, getmetatable, setmetatable, unpack,
     next, pairs, select, string.format, string.find, string.gsub, string.rep, string.sub, table.concat, table.insert,
     table.sort }
+  if isStrict then
+    for _, f in ipairs { os.time, os.date, os.clock, os.difftime, print } do
+      plain[#plain + 1] = f
+    end
+  end
   for _, name in ipairs(namesOf(vorant)) do
     for _, member in ipairs(namesOf(vorant[name])) do
       if type(vorant[name][member]) == "function" then plain[#plain + 1] = vorant[name][member] end
@@ -325,7 +352,16 @@ local function forget()
   if collectgarbage then collectgarbage() end
 end
 
-local acts = { call, call, call, call, call, call, read, read, read, write, callPlain, tamper, forget }
+-- Orders that go to work make events of many kinds.
+local function trade()
+  for _, kind in pairs(kinds) do
+    if kind.class == "nxAlgoOrderObject" and #kind.objects ~= 0 then
+      callMember(pick(kind.objects), kind, draw(4) ~= 1 and "work" or "pull")
+    end
+  end
+end
+
+local acts = { call, call, call, call, call, call, trade, read, read, read, write, callPlain, tamper, forget }
 local actDepth = 0
 function act()
   if isOver() or actDepth > 4 then return end
@@ -337,9 +373,12 @@ end
 for _, name in ipairs(callbacks) do
   _G[name] = function(...)
     keepAll(true, ...)
+    local first, before = ..., event
+    event = type(first) == "table" and first or nil
     for _ = 1, isOver() and 0 or draw(6) do
       act()
     end
+    event = before
   end
 end
 
@@ -355,7 +394,9 @@ function OnInit()
     for _, member in ipairs(namesOf(product)) do
       if member:find("^subscribe") and draw(4) ~= 1 then pcall(product[member], product) end
     end
+    callGivers(product)
   end
+  callGivers(job)
   local others = job:getVorantJobs()
   keep(others)
   for i = 1, 2 do
