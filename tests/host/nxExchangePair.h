@@ -68,7 +68,8 @@ private:
     void Note(const auto&... fields)
     {
         if (!_keepsLog) return;
-        _log.push_back(nxDateTime(_time / nxTime::NanosecondsPerSecond).GetAsString() + ((' ' + Describe(fields)) + ...));
+        _log.push_back(nxDateTime(_time / nxTime::NanosecondsPerSecond).GetAsString() +
+                       ((' ' + Describe(fields)) + ...));
         if (_log.size() > 21) _log.erase(_log.begin() + 1);
     }
 
