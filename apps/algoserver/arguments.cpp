@@ -42,7 +42,7 @@ void AddSandbox(CLI::App& command, SandboxArguments& arguments, const std::strin
             "--sandbox", [&arguments](const std::string& name) { arguments.isStrict = name == "strict"; },
             "What a script may do: all that its author may whom you trust (base), or " + strict)
         ->check(CLI::IsMember({"base", "strict"}))
-        ->option_text("base|strict [base]");
+        ->option_text(arguments.isStrict ? "base|strict [strict]" : "base|strict [base]");
     command
         .add_option("--callback-limit", arguments.callbackLimit,
                     "Real seconds that a callback may take, 0 for any; without it " + withoutLimit)

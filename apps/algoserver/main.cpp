@@ -13,6 +13,7 @@
 #include "apps/algoserver/memory.h"
 #include "apps/algoserver/report.h"
 #include "apps/algoserver/run.h"
+#include "apps/algoserver/sweep.h"
 
 namespace {
 
@@ -49,6 +50,7 @@ int Run(int argc, char** argv)
     app.set_version_flag("--version", NX_VERSION);
     int status = 0;
     AddRunCommand(app, status);
+    AddSweepCommand(app, std::vector<std::string>(argv + 1, argv + argc), status);
     AddReportCommand(app, status);
     AddImportCommand(app, status);
     AddLayoutsCommand(app, status);
@@ -70,7 +72,7 @@ int Run(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr << "algoserver: no command; there are run, report, import, layouts, generate and check. Try "
+    std::cerr << "algoserver: no command; there are run, sweep, report, import, layouts, generate and check. Try "
                  "'algoserver --help'.\n";
     return 2;
 }

@@ -1,8 +1,20 @@
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include <CLI/CLI.hpp>
+#include <string>
 
-// `algoserver run`. Sets status to the process's exit status when the command was given.
+#include "host/run/nxRunOptions.h"
+
+// How a run is made, beside what it is.
+struct RunManner
+{
+    bool isInEnvelope = false;
+    bool isStrict = false;
+    std::string logLevel = "error";
+};
+
+// Makes a run whose options are whole, to its end; gives the exit status.
+int MakeRun(const RunManner& manner, nxRunOptions options);
+
+// Adds the command "run" and, when it is given, runs it; status becomes the exit status.
 void AddRunCommand(CLI::App& app, int& status);

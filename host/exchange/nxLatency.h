@@ -21,13 +21,13 @@ struct nxLatency
     long long least = 0;  // also of samples
     long long most = 0;
     std::shared_ptr<const Samples> samples = nullptr;  // by time, at least one; null: there are none
-    long long factor = 1;                              // of the samples
+    long long factor = 1, divisor = 1;                 // of the samples
 
     // Of a message that is sent now.
     long long Draw(nxExactRandom& random, long long now) const
     {
         if (most <= least) return least;
-        if (samples != nullptr) return factor * _FindSample(now);
+        if (samples != nullptr) return factor * _FindSample(now) / divisor;
         return least +
                static_cast<long long>(random.GetBelow(static_cast<unsigned long long>(most - least) + 1));
     }
@@ -36,7 +36,8 @@ struct nxLatency
     {
         return nxTime::GetLater(now, Draw(random, now));
     }
-    nxLatency GetTwice() const { return {2 * least, 2 * most, samples, 2 * factor}; }
+    nxLatency GetTwice() const { return {2 * least, 2 * most, samples, 2 * factor, divisor}; }
+    nxLatency GetHalf() const { return {least / 2, most / 2, samples, factor, 2 * divisor}; }
     // By time, at least one.
     void SetSamples(Samples&& recorded);
     // One duration, or two with ".." or "-" between them, the first of which may leave its unit to the

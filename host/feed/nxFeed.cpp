@@ -61,7 +61,7 @@ const nxFeedEvent* nxFeed::Next()
 
 void nxFeed::NotePrice(std::string_view product, const nxDecimal& price)
 {
-    _products.Get(_products.Add(product)).NotePrice({price.GetMantissa(), price.GetDecimalPlaces(), true});
+    _products.NotePrice(product, price);
 }
 
 void nxFeed::_RemarkForm(const nxFeedReader& reader, std::vector<std::string>& remarks) const

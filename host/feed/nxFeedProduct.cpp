@@ -2,6 +2,9 @@
 
 void nxFeedProduct::NoteQuote(const nxDecimal& bid, const nxDecimal& ask)
 {
+    // One after which there is a bid or an ask for the first time.
+    if ((bid.IsValid() && !_bid.IsValid()) || (ask.IsValid() && !_ask.IsValid())) [[unlikely]]
+        ++*_changes;
     if (bid.IsValid()) _bid = bid;
     if (ask.IsValid()) _ask = ask;
     if (!_bid.IsValid() || !_ask.IsValid() || _bid < _ask) return;
@@ -22,6 +25,7 @@ void nxFeedProduct::_NoteFinerPrice(const nxCsvNumber& price)
     if (places == _pricePlaces) return;
     _pricePlaces = places;
     _tickSize = nxDecimal::FromMantissa(1, places);
+    ++*_changes;
 }
 
 void nxFeedProduct::_NoteLargest(const nxCsvNumber& size)
@@ -46,5 +50,6 @@ void nxFeedProduct::FindLots(bool isRounding)
             lot = nxDecimal::FromMantissa(size *= 10, 0);
     }
     _lots = nxLotScale(lot);
+    ++*_changes;
     _hasFoundLots = lot != nxDecimalOne;
 }

@@ -13,7 +13,12 @@
 class nxFeedProduct
 {
 public:
-    explicit nxFeedProduct(std::string name) : _name(std::move(name)) {}
+    // changes: counted up when what the jobs of a run can know of the product changes, but for the rows so far;
+    // outlives the product.
+    nxFeedProduct(std::string name, unsigned long long& changes)
+        : _name(std::move(name)), _changes(&changes)
+    {
+    }
 
     [[nodiscard]] const std::string& GetName() const { return _name; }
 
@@ -46,8 +51,13 @@ public:
     {
         _tickSize = tickSize;
         _isTickGiven = true;
+        ++*_changes;
     }
-    void SetLotSize(const nxDecimal& lotSize) { _lots = nxLotScale(lotSize); }
+    void SetLotSize(const nxDecimal& lotSize)
+    {
+        _lots = nxLotScale(lotSize);
+        ++*_changes;
+    }
     // Its lot size is 1 unless the description says otherwise.
     void SetDescribed() { _isDescribed = true; }
     // A lot that makes whole numbers of the sizes seen so far, of a product that nothing describes.
@@ -76,9 +86,9 @@ public:
     };
     [[nodiscard]] const Rounded& GetRounded() const { return _rounded; }
     [[nodiscard]] const nxLotScale& GetLots() const { return _lots; }
-    void NoteBarStamp(bool isStart) { _doBarsBearStart = isStart; }
-    void NoteQuoteColumns() { _hasQuoteColumns = true; }
-    void NoteKind(nxFeedKind kind) { _hasKind[static_cast<std::size_t>(kind)] = true; }
+    void NoteBarStamp(bool isStart) { _Set(_doBarsBearStart, isStart); }
+    void NoteQuoteColumns() { _Set(_hasQuoteColumns, true); }
+    void NoteKind(nxFeedKind kind) { _Set(_hasKind[static_cast<std::size_t>(kind)], true); }
     void CountRows(nxFeedKind kind, unsigned int rows) { _rows[static_cast<std::size_t>(kind)] += rows; }
     // A price seen, for the tick size.
     void NotePrice(const nxCsvNumber& price)
@@ -102,6 +112,7 @@ public:
     {
         _barPeriod = period;
         _isBarPeriodGiven = true;
+        ++*_changes;
     }
     // The time of a bar's row, of those that are looked at in front.
     void NoteBarTime(long long time)
@@ -109,19 +120,29 @@ public:
         long long distance = 0;
         if (_hasBarTime && !_isBarPeriodGiven && !__builtin_sub_overflow(time, _lastBarTime, &distance) &&
             distance > 0 && (_barPeriod == 0 || distance < _barPeriod))
+        {
             _barPeriod = distance;
+            ++*_changes;
+        }
         _lastBarTime = time;
         _hasBarTime = true;
     }
-    void NoteLast() { _hasLast = true; }
+    void NoteLast() { _Set(_hasLast, true); }
 
 private:
+    void _Set(bool& member, bool value)
+    {
+        if (member == value) return;
+        member = value;
+        ++*_changes;
+    }
     // The places of the number without the zeros at its end, but not below `least`.
     static unsigned char _GetSignificantPlaces(const nxCsvNumber& number, unsigned char least);
     void _NoteFinerPrice(const nxCsvNumber& price);
     void _NoteLargest(const nxCsvNumber& size);
 
     std::string _name;
+    unsigned long long* _changes;
     nxDecimal _tickSize = nxDecimalOne;
     bool _isTickGiven = false;
     bool _hasLast = false;

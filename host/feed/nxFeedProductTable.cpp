@@ -11,7 +11,8 @@ unsigned int nxFeedProductTable::Add(std::string_view name)
     const auto found = _indexes.find(name);
     if (found != _indexes.end()) return found->second;
     const unsigned int index = GetCount();
-    _products.Append(std::string(name));
+    _products.Append(std::string(name), *_changes);
+    ++*_changes;
     _indexes.emplace(name, index);
     auto period = _barPeriods.find(name);
     if (period == _barPeriods.end()) period = _barPeriods.find(std::string_view());
@@ -26,4 +27,15 @@ unsigned int nxFeedProductTable::Add(const nxFeedProductTerms& terms)
     if (terms.tickSize.IsValid()) _products[index].SetTickSize(terms.tickSize);
     if (terms.lotSize.IsValid()) _products[index].SetLotSize(terms.lotSize);
     return index;
+}
+
+void nxFeedProductTable::NotePrice(std::string_view product, const nxDecimal& price)
+{
+    Get(Add(product)).NotePrice({price.GetMantissa(), price.GetDecimalPlaces(), true});
+}
+
+void nxFeedProductTable::Follow(const nxFeedProductTable& other)
+{
+    for (unsigned int i = 0; i < other.GetCount(); ++i)
+        _products[Add(other.Get(i).GetName())] = other.Get(i);
 }

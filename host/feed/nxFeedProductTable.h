@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -33,6 +34,14 @@ public:
     // Takes over the tick and lot size, where they are given.
     unsigned int Add(const nxFeedProductTerms& terms);
 
+    // A price that a product is going to have beside those of its data, for the tick size.
+    void NotePrice(std::string_view product, const nxDecimal& price);
+
+    // Differs whenever what the jobs of a run can know of the products does, but for the rows so far.
+    [[nodiscard]] unsigned long long GetVersion() const { return *_changes; }
+    // Becomes the same as that table, of which this one holds the first products.
+    void Follow(const nxFeedProductTable& other);
+
 private:
     struct Hash
     {
@@ -41,6 +50,7 @@ private:
     };
 
     std::map<std::string, long long, std::less<>> _barPeriods;
+    std::unique_ptr<unsigned long long> _changes = std::make_unique<unsigned long long>(0);
     nxGrowingArray<nxFeedProduct> _products;
     std::unordered_map<std::string, unsigned int, Hash, std::equal_to<>> _indexes;
 };

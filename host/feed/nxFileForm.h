@@ -18,6 +18,8 @@ struct nxFileFormOptions
     std::shared_ptr<const nxTimeZone> zone;
     std::optional<long long> day;  // since 1970, of times of day
     std::optional<bool> isDayFirst;
+
+    bool operator==(const nxFileFormOptions&) const = default;
 };
 
 // How the rows of one file are to be read. Found out from its first lines. Then only the parser's.

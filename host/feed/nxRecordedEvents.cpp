@@ -11,9 +11,14 @@ bool nxRecordedEvents::Open(const std::vector<std::string>& paths,
 {
     _paths = paths;
     _terms = products;
-    if (_feed.Open(paths, products)) _Advance();
+    const bool isOpen = _blocks == nullptr ? _feed.Open(paths, products) : _blocks->Open(_options, paths, products);
+    if (!isOpen) {
+        _isAtEnd = true;
+        return false;
+    }
+    static_cast<void>(_Advance());
     if (_next != nullptr) _firstTime = _next->time;
-    return _next != nullptr || !_feed.HasFailed();
+    return _next != nullptr || !HasFailed();
 }
 
 bool nxRecordedEvents::_IsBefore(const nxFeedEvent& event, long long time,
@@ -24,24 +29,46 @@ bool nxRecordedEvents::_IsBefore(const nxFeedEvent& event, long long time,
     return event.time < time;
 }
 
-void nxRecordedEvents::_Advance()
+bool nxRecordedEvents::_Advance()
 {
+    if (_blocks == nullptr)
+        _next = _feed.Next();
+    else if (!_TakeFromBlock())
+        return false;
     _isAhead = true;
-    _next = _feed.Next();
     if (_next != nullptr) _lastTime = _next->time;
-    if (_next != nullptr && !_IsBefore(*_next, _options.end, _feed.GetProducts())) _next = nullptr;
+    if (_next != nullptr && !_IsBefore(*_next, _options.end, GetProducts())) _next = nullptr;
+    return true;
 }
 
-bool nxRecordedEvents::HasNextBefore(long long time)
+bool nxRecordedEvents::_TakeFromBlock()
 {
-    if (!_isAhead) _Advance();
-    return _next != nullptr && _IsBefore(*_next, time, _feed.GetProducts());
+    if (_block != _blocks->GetNumber()) {
+        _block = _blocks->GetNumber();
+        _place = 0;
+    }
+    const std::span<const nxFeedEvent> events = _blocks->GetEvents();
+    _isAtEnd = _place == events.size() && _blocks->IsLast();
+    if (_place == events.size() && !_isAtEnd) return false;
+    _next = _isAtEnd ? nullptr : &events[_place++];
+    _taken += _next != nullptr ? 1 : 0;
+    return true;
+}
+
+std::vector<std::string> nxRecordedEvents::GetRemarks() const
+{
+    if (_blocks == nullptr || _isAtEnd) return _GetFeed().GetRemarks();
+    nxFeed feed(_options);
+    if (feed.Open(_paths, _terms))
+        for (unsigned long long i = 0; i < _taken && feed.Next() != nullptr;)
+            ++i;
+    return feed.GetRemarks();
 }
 
 nxEventSource::Step nxRecordedEvents::Next(long long deadline, long long deadlineOfBars,
                                            const nxFeedEvent*& event)
 {
-    if (!_isAhead) _Advance();
+    if (!Look()) return Step::Wait;
     if (_next == nullptr) return Step::End;
     if ((_next->kind == nxFeedKind::Bar ? deadlineOfBars : deadline) <= _next->time) return Step::Deadline;
     _isAhead = false;

@@ -43,29 +43,20 @@ std::optional<std::string> nxDataStores::_Prepare(const std::string& directory)
         if (_database.IsForeign()) return _path + ": is not a database of stores";
         return _path + ": cannot be opened: " + _database.GetFailure();
     }
-    const long long application = _database.GetNumber("PRAGMA application_id");
-    const long long version = _database.GetNumber("PRAGMA user_version");
-    const bool isNew = _database.GetNumber("SELECT count(*) FROM sqlite_schema") == 0;
-    if (!_database.HasFailed()) {
-        if (application != ApplicationID && !(isNew && application == 0 && version == 0))
-            return _path + ": is a database of another program";
-        if (!isNew && version > LayoutVersion)
-            return _path + ": was written by a newer program: it has layout version " +
-                   std::to_string(version) + ", and this one knows " + std::to_string(LayoutVersion);
-        // A save needs its journal beside the file, of which the database hears only then.
-        if (_database.IsReadOnly() || faccessat(AT_FDCWD, directory.c_str(), W_OK, AT_EACCESS) != 0)
-            return _path + ": cannot be written: it, or its directory, is read-only";
-    }
+    if (const auto stranger = _database.FindStranger(Kind)) return _path + ": " + *stranger;
+    // A save needs its journal beside the file, of which the database hears only then.
+    if (!_database.HasFailed() &&
+        (_database.IsReadOnly() || faccessat(AT_FDCWD, directory.c_str(), W_OK, AT_EACCESS) != 0))
+        return _path + ": cannot be written: it, or its directory, is read-only";
     return _PrepareTables();
 }
 
 // Makes those of a new database, and looks whether an old one is whole.
 std::optional<std::string> nxDataStores::_PrepareTables()
 {
-    if (_database.GetNumber("SELECT count(*) FROM sqlite_schema") == 0) {
+    if (_database.IsEmpty()) {
         nxSqliteDataStore::CreateTables(_database);
-        _database.Run("PRAGMA application_id = " + std::to_string(ApplicationID));
-        _database.Run("PRAGMA user_version = " + std::to_string(LayoutVersion));
+        _database.SetKind(Kind);
     }
     std::string damage;
     // Not quick_check, which takes rows out of their order for good.

@@ -15,9 +15,7 @@
 class nxDataStores
 {
 public:
-    // What a database of this layout bears: who reads it later can tell whose it is, and how old.
-    static constexpr long long ApplicationID = 0x6e785354;  // "nxST"
-    static constexpr long long LayoutVersion = 1;
+    static constexpr nxSqliteDatabase::Kind Kind = {0x6e785354, 1};  // "nxST"
 
     // The files that it may write to, or remove, in a directory.
     static std::vector<std::string> GetFiles(const std::string& directory);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -20,6 +21,11 @@ bool nxSqliteDatabase::Row::IsNull(int column) const
 long long nxSqliteDatabase::Row::GetNumber(int column) const
 {
     return sqlite3_column_int64(_statement, column);
+}
+
+double nxSqliteDatabase::Row::GetReal(int column) const
+{
+    return IsNull(column) ? std::numeric_limits<double>::quiet_NaN() : sqlite3_column_double(_statement, column);
 }
 
 std::string nxSqliteDatabase::Row::GetBytes(int column) const
@@ -103,6 +109,26 @@ void nxSqliteDatabase::Close()
     _database = nullptr;
 }
 
+std::optional<std::string> nxSqliteDatabase::FindStranger(const Kind& kind)
+{
+    const long long application = GetNumber("PRAGMA application_id");
+    const long long version = GetNumber("PRAGMA user_version");
+    const bool isNew = IsEmpty();
+    if (HasFailed()) return std::nullopt;
+    if (application != kind.application && !(isNew && application == 0 && version == 0))
+        return "is a database of another program";
+    if (!isNew && version > kind.version)
+        return "was written by a newer program: it has layout version " + std::to_string(version) +
+               ", and this one knows " + std::to_string(kind.version);
+    return std::nullopt;
+}
+
+void nxSqliteDatabase::SetKind(const Kind& kind)
+{
+    Run("PRAGMA application_id = " + std::to_string(kind.application));
+    Run("PRAGMA user_version = " + std::to_string(kind.version));
+}
+
 bool nxSqliteDatabase::IsReadOnly() const
 {
     return sqlite3_db_readonly(_database, "main") == 1;
@@ -126,8 +152,28 @@ bool nxSqliteDatabase::_Check(int code)
     return false;
 }
 
+int nxSqliteDatabase::_Bind(sqlite3_stmt* statement, int place, const Value& value)
+{
+    if (const auto* number = std::get_if<long long>(&value)) return sqlite3_bind_int64(statement, place, *number);
+    // One that is none is bound as null.
+    if (const auto* real = std::get_if<double>(&value)) return sqlite3_bind_double(statement, place, *real);
+    const auto get = [](std::string_view bytes) { return bytes.data() == nullptr ? "" : bytes.data(); };
+    if (const auto* text = std::get_if<Text>(&value))
+        return sqlite3_bind_text64(statement, place, get(text->text), text->text.size(), SQLITE_STATIC,
+                                   SQLITE_UTF8);
+    // A null address would bind a null.
+    const auto& bytes = std::get<std::string_view>(value);
+    return sqlite3_bind_blob64(statement, place, get(bytes), bytes.size(), SQLITE_STATIC);
+}
+
 bool nxSqliteDatabase::Run(std::string_view sql, std::initializer_list<Value> values,
                            const std::function<void(const Row&)>& take)
+{
+    return RunWith(sql, {values.begin(), values.size()}, take);
+}
+
+bool nxSqliteDatabase::RunWith(std::string_view sql, std::span<const Value> values,
+                               const std::function<void(const Row&)>& take)
 {
     if (HasFailed()) return false;
     auto prepared = _statements.find(sql);
@@ -140,14 +186,7 @@ bool nxSqliteDatabase::Run(std::string_view sql, std::initializer_list<Value> va
     sqlite3_stmt* const statement = prepared->second.get();
     int place = 0;
     for (const Value& value : values) {
-        ++place;
-        const auto* bytes = std::get_if<std::string_view>(&value);
-        const int code = bytes == nullptr ? sqlite3_bind_int64(statement, place, std::get<long long>(value))
-                                          // A null address would bind a null.
-                                          : sqlite3_bind_blob64(statement, place,
-                                                                bytes->data() == nullptr ? "" : bytes->data(),
-                                                                bytes->size(), SQLITE_STATIC);
-        if (!_Check(code)) return false;
+        if (!_Check(_Bind(statement, ++place, value))) return false;
     }
     int code = sqlite3_step(statement);
     for (; code == SQLITE_ROW; code = sqlite3_step(statement))

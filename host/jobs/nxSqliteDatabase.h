@@ -4,6 +4,8 @@
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -19,7 +21,13 @@ struct sqlite3_stmt;
 class nxSqliteDatabase
 {
 public:
-    using Value = std::variant<long long, std::string_view>;  // a number, or bytes
+    // Text that other programs may read as such, and which they take for nothing else.
+    struct Text
+    {
+        std::string_view text;
+    };
+    // A number, a real one (null, where it is none), bytes, or a text.
+    using Value = std::variant<long long, double, std::string_view, Text>;
 
     // A row that a query gave; good until its function returns.
     class Row
@@ -28,6 +36,8 @@ public:
         explicit Row(sqlite3_stmt* statement) : _statement(statement) {}
         bool IsNull(int column) const;
         long long GetNumber(int column) const;
+        // Not a number for null.
+        double GetReal(int column) const;
         std::string GetBytes(int column) const;
 
     private:
@@ -39,6 +49,15 @@ public:
 
     // Opens or creates the file, and begins a transaction that holds it. False: GetFailure() tells why.
     [[nodiscard]] bool Open(const std::string& path);
+    // Files of one kind bear its two numbers, so that who reads one later can tell whose it is, and how old.
+    struct Kind
+    {
+        long long application, version;
+    };
+    // Once it is open. Null, or why it is none of that kind, or of a version that this program does not know.
+    std::optional<std::string> FindStranger(const Kind& kind);
+    bool IsEmpty() { return GetNumber("SELECT count(*) FROM sqlite_schema") == 0; }
+    void SetKind(const Kind& kind);
     // Ends what is under way without keeping it, and lets go of the file.
     void Close();
     bool IsReadOnly() const;
@@ -58,6 +77,7 @@ public:
     // One statement; its rows go to `take`. It is kept compiled.
     bool Run(std::string_view sql, std::initializer_list<Value> values = {},
              const std::function<void(const Row&)>& take = {});
+    bool RunWith(std::string_view sql, std::span<const Value> values, const std::function<void(const Row&)>& take = {});
     // What the statement gives in its first row and column.
     long long GetNumber(std::string_view sql);
     long long GetLastID() const;
@@ -84,6 +104,7 @@ private:
         void operator()(sqlite3_stmt* statement) const;
     };
 
+    static int _Bind(sqlite3_stmt* statement, int place, const Value& value);
     bool _Check(int code);
     bool _Begin();
 

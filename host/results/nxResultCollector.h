@@ -62,6 +62,8 @@ public:
     void Finish(long long last);
 
     const std::vector<long long>& GetDays() const { return _days; }
+    // Those so far were no part of the run. Before the first order.
+    void ForgetDays() { _days.clear(); }
     // Of any job, in the product.
     bool HasOrders(unsigned int product) const { return !_products[product].holdings.empty(); }
     // In the order of jobs and of the currencies' first orders; then those of all jobs together, where

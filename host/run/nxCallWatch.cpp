@@ -5,6 +5,7 @@
 
 void nxCallWatch::Start()
 {
+    if (!_options.isWatching) return;
     _isStopping = false;
     _thread = std::thread([this] { _Watch(); });
 }

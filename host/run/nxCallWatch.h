@@ -28,6 +28,7 @@ public:
         // does.
         std::chrono::nanoseconds limit{0};
         const std::atomic<bool>* interrupted = nullptr;
+        bool isWatching = true;
     };
 
     // onStall is called on the watching thread, about four times a second while a callback runs for longer
@@ -40,6 +41,7 @@ public:
     nxCallWatch(const nxCallWatch&) = delete;
     nxCallWatch& operator=(const nxCallWatch&) = delete;
 
+    // Where nobody wants to be told, no thread watches.
     void Start();
     // onStall is not called any more.
     void Stop();
@@ -49,7 +51,7 @@ public:
     // On the run's thread.
     void Enter(const nxRunCall& call)
     {
-        _pulse.call.store(++_count << 32 | call.Pack(), std::memory_order_relaxed);
+        _pulse.call.store(++_pulse.count << 32 | call.Pack(), std::memory_order_relaxed);
     }
     void Leave()
     {
@@ -70,7 +72,6 @@ private:
     nxRunPulse& _pulse = _options.pulse == nullptr ? _own : *_options.pulse;
     nxCallDeadline _deadline{_options.limit};  // of the watching thread
     unsigned long long _stopped = 0;           // the call that was
-    unsigned long long _count = 0;             // of calls; of the run's thread
     std::mutex _mutex;
     std::condition_variable _wake;
     bool _isStopping = false;  // by the mutex

@@ -37,7 +37,8 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
       _results(_state, _output),
       _watch({.pulse = _options.pulse,
               .limit = _options.isGuarded ? 0ns : _options.callbackLimit,
-              .interrupted = _options.isGuarded ? nullptr : _options.interrupted},
+              .interrupted = _options.isGuarded ? nullptr : _options.interrupted,
+              .isWatching = _options.blocks == nullptr},
              [this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
       _source(
           {.isLenient = _options.lenient,
@@ -48,7 +49,8 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
            .lotSizes = _options.lotSizes,
            .begin = _options.from ? *_options.from - _options.warmup : std::numeric_limits<long long>::min(),
            .end = _options.to.value_or(std::numeric_limits<long long>::max()),
-           .interrupted = _options.interrupted}),
+           .interrupted = _options.interrupted},
+          _options.blocks),
       _lateFeed(_options, _schedule,
                 [this](const nxFeedEvent& event) { _Show(_markets.Get(event.product), event); }),
       _markets(_source, _options.products, *this, _lateFeed.IsOn()),
@@ -74,23 +76,43 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
 
 nxRunResult nxRun::Run()
 {
-    nxStackThread::Run(nxStackThread::ForScripts, [this] { _RunAll(); });
+    nxStackThread::Run(nxStackThread::ForScripts, [this] {
+        for (bool isMore = Begin(); isMore;)
+            isMore = Continue();
+    });
     return _state.result;
 }
 
-void nxRun::_RunAll()
+bool nxRun::Begin()
 {
     std::vector<nxScriptSource> sources;
     if (!_Prepare(sources)) {
         _state.result = nxRunResult::InputFailed;
-        return;
+        return false;
     }
     // The clock of a script counts whole seconds from the time it is set to.
     _clock.Begin(FloorSecond(_source.GetFirstTime().value_or(0)));
     const nxTimeSource::Installation installation(_clock);
     _watch.Start();
     _Guard([&] { _Begin(std::move(sources)); });
-    _Guard([&] { _Replay(); });
+    return true;
+}
+
+bool nxRun::Continue()
+{
+    const nxTimeSource::Installation installation(_clock);
+    bool isWaiting = false;
+    if (!_isStarted) _Guard([&] { isWaiting = !_StartJobs(); });
+    if (isWaiting) return true;
+    _isStarted = true;
+    _Guard([&] { isWaiting = !_Replay(); });
+    if (isWaiting) return true;
+    _End();
+    return false;
+}
+
+void nxRun::_End()
+{
     _Guard([&] { _Finish(); });
     _Guard([&] { _stores.Finish(); });
     _watch.Stop();
@@ -161,22 +183,35 @@ void nxRun::_Begin(std::vector<nxScriptSource> sources)
     _parameters.Begin();
     _adjustments.Begin();
     _stores.Begin();
-    if (_options.from) _WarmUp(*_options.from);
+}
+
+bool nxRun::_StartJobs()
+{
+    if (_options.from && !_WarmUp(*_options.from)) return false;
     for (const auto& runner : _jobs)
         _life.Load(*runner);
     _SetClocks(_clock.Get());
     // Also those of a run that is interrupted meanwhile: each job has its OnInit and its OnShutdown.
     for (const auto& runner : _jobs)
         if (!_state.isOver) _life.Start(*runner);
+    return true;
 }
 
 // No script is loaded yet, so nobody is told; what the scripts make in their OnInit finds the data as
 // history.
-void nxRun::_WarmUp(long long from)
+bool nxRun::_WarmUp(long long from)
 {
-    while (!_state.IsEnding() && _source.HasNextBefore(from) && _Step(false)) {
+    while (!_state.IsEnding()) {
+        if (!_source.Look()) return false;
+        if (!_source.HasNextBefore(from)) break;
+        if (const auto step = _Step(false); step == nxEventSource::Step::End) break;
     }
-    if (_state.IsEnding() || _source.HasFailed()) return;
+    if (!_state.IsEnding() && !_source.HasFailed()) _EndWarmUp(from);
+    return true;
+}
+
+void nxRun::_EndWarmUp(long long from)
+{
     if (!_source.HasNext()) {
         _Fail(fmt::format("--from: no row from {} on; the last one that was read is of {}",
                           nxFeedTime::GetAsString(from), nxFeedTime::GetAsString(_source.GetLastTime()))
@@ -190,32 +225,38 @@ void nxRun::_WarmUp(long long from)
     statistics.jobs = std::move(_state.statistics.jobs);
     statistics.firstTime = statistics.lastTime = begin;
     _state.statistics = std::move(statistics);
+    _results.BeginCounting();
 }
 
-void nxRun::_Replay()
+bool nxRun::_Replay()
 {
-    while (!_state.IsEnding() && _Step(true)) {
+    while (!_state.IsEnding()) {
+        const nxEventSource::Step step = _Step(true);
+        if (step == nxEventSource::Step::Wait) return false;
+        if (step == nxEventSource::Step::End) break;
     }
     _output.EraseProgress();
+    return true;
 }
 
-// One event, or what is due before it. False: there is no more.
-bool nxRun::_Step(bool isPaced)
+// One event, or what is due before it. End: there is no more, or the run is to end.
+nxEventSource::Step nxRun::_Step(bool isPaced)
 {
+    using enum nxEventSource::Step;
     if (_productWatch) [[unlikely]]
         _FollowProducts();
     const nxFeedEvent* event = nullptr;
     const nxEventSource::Step step =
         _source.Next(_schedule.GetNextTime(), _schedule.GetNextTimeBeforeBars(), event);
-    if (step == nxEventSource::Step::End && _lateFeed.IsEmpty()) return false;
-    const bool isEvent = step == nxEventSource::Step::Event;
+    if (step == Wait || (step == End && _lateFeed.IsEmpty())) return step;
+    const bool isEvent = step == Event;
     const long long time = isEvent ? event->time : _schedule.GetNextTime();
     if (isPaced) _clock.WaitFor(time);
-    if (_state.IsEnding()) return false;
+    if (_state.IsEnding()) return End;
     // What was due before the data takes place where the run begins.
     _SetTime(std::max(time, _clock.Get()), isEvent && event->kind == nxFeedKind::Bar);
     isEvent ? _Apply(*event) : _schedule.RunNext();
-    return true;
+    return isEvent ? Event : Deadline;
 }
 
 void nxRun::_SetTime(long long time, bool isBar)

@@ -37,23 +37,33 @@ public:
     nxRun(nxRunOptions options, std::ostream& out, std::ostream& err);
 
     [[nodiscard]] nxRunResult Run();
+    // The same in steps, for runs that share the reading of their data; all on one thread, whose stack is deep
+    // enough for scripts. Begin, and then Continue after each block of events, as long as they say true: there
+    // is more to do.
+    [[nodiscard]] bool Begin();
+    [[nodiscard]] bool Continue();
+    nxRunResult GetOutcome() const { return _state.result; }
+    const nxResult& GetResult() const { return _results.GetResult(); }
+    const std::string& GetEnd() const { return _state.end; }
     const nxRunStatistics& GetStatistics() const { return _state.statistics; }
     // Writes the result's files: of a run in an envelope once, after all; of others Run() does. The worse of
     // how the run and how this went.
     [[nodiscard]] nxRunResult WriteResult(std::optional<std::vector<nxResultVariant>> envelope);
 
 private:
-    // All of it, on a thread whose stack is deep enough for scripts.
-    void _RunAll();
     template <class Do>
     void _Guard(Do part);
     void _Fail(const char* what);
     // Opens all that is read and written. False: err tells what cannot be.
     bool _Prepare(std::vector<nxScriptSource>& sources);
     void _Begin(std::vector<nxScriptSource> sources);
-    void _WarmUp(long long from);
-    void _Replay();
-    bool _Step(bool isPaced);
+    // The next three: false when the source has to read on first.
+    bool _StartJobs();
+    bool _WarmUp(long long from);
+    bool _Replay();
+    nxEventSource::Step _Step(bool isPaced);
+    void _EndWarmUp(long long from);
+    void _End();
     void _SetTime(long long time, bool isBar);
     void _SetClocks(long long time);
     void _Apply(const nxFeedEvent& event);
@@ -102,6 +112,7 @@ private:
     nxAdjustmentSchedule _adjustments;
     nxHostDefinitionService _definitions;
     std::optional<nxProductWatch> _productWatch;
+    bool _isStarted = false;          // the jobs are
     unsigned int _untilProgress = 0;  // events
     long long _clockTime = 0;         // that the scripts' clocks were set to
 };

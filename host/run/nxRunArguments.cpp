@@ -136,7 +136,7 @@ std::optional<std::string> nxRunArguments::_SetSpan(nxRunOptions& options) const
     if (warmup.empty()) return std::nullopt;
     if (!nxFeedTime::SetPeriodFromText(warmup, options.warmup))
         return "--warmup " + warmup + ": is no length of time such as 30d, 4h or 15m";
-    if (!options.from) return "--warmup is for a run with --from";
+    if (!options.from && !mayBeginLater) return "--warmup is for a run with --from";
     return std::nullopt;
 }
 

@@ -167,6 +167,7 @@ void nxNoteUnreadParameters(nxRunState& state, nxJobList& jobs)
     for (const nxParameterChange& change : state.options.changes)
         if (!change.tag.empty()) unread.NoteTagged(change.name);
     state.statistics.notes = unread.GetNotes();
+    state.statistics.unreadParameters = unread.GetNames();
 }
 
 void nxNoteNoLatency(nxRunState& state)

@@ -23,6 +23,8 @@
 #include "scriptFramework/lua/nxScriptLimits.h"
 #include "scriptFramework/lua/nxScriptProfile.h"
 
+class nxFeedBlocks;
+
 // What a run is asked to do.
 struct nxRunOptions
 {
@@ -53,6 +55,7 @@ struct nxRunOptions
     double storeEvery = 0.0;            // recorded seconds between their saves; 0: when jobs and the run end
     double speed = 0.0;                 // recorded seconds for each real one; 0: as fast as it can
     std::vector<unsigned int> explain;  // numbers of orders whose story is told behind the summary
+    nxFeedBlocks* blocks = nullptr;     // several runs go through the same data: see nxRunBatch
     bool lenient = false;
     nxFileFormOptions form;  // of files in none of our own formats
     bool roundsVolumes = false;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <string_view>
 
 #include "base/values/nxTextStream.h"
@@ -116,6 +117,13 @@ void nxRunResults::_AddPrice(const nxMarket& market, long long time)
     if (market.index >= _prices.size()) _prices.resize(market.index + 1);
     const double price = mid.GetAsDouble();
     _prices[market.index].Add({time, price, price, price});
+}
+
+void nxRunResults::BeginCounting()
+{
+    _collector.ForgetDays();
+    _rowsBefore = 0;
+    std::ranges::fill(_rows, 0ull);
 }
 
 void nxRunResults::EndDay(long long day)

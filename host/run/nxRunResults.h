@@ -27,6 +27,8 @@ public:
     {
         if (_hasPrices) _AddPrice(market, time);
     }
+    // The run begins now: what was read so far was history.
+    void BeginCounting();
     // The UTC day, counted since 1970, is over.
     void EndDay(long long day);
     // Once the end of the run is named and the notes are made.

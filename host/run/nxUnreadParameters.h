@@ -16,6 +16,7 @@ public:
 
     // A line each. One that several jobs were given is unread when none of them read it.
     [[nodiscard]] std::vector<std::string> GetNotes() const;
+    [[nodiscard]] std::vector<std::string> GetNames() const;
 
 private:
     struct Job

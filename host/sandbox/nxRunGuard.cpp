@@ -17,7 +17,6 @@
 #include <iostream>
 
 #include "host/sandbox/nxLeftOutput.h"
-#include "host/sandbox/nxRunPlace.h"
 
 namespace {
 
@@ -73,16 +72,16 @@ void nxRunGuard::_RemoveEmptyFiles() const
     }
 }
 
-nxConfinement nxRunGuard::_GetRights() const
+nxConfinement nxRunGuard::GetRights(const nxGuardOptions& options)
 {
     nxConfinement rights;
     rights.readable = {std::begin(SystemPaths), std::end(SystemPaths)};
-    for (const auto* paths : {&_options.inputs, &_options.modules})
+    for (const auto* paths : {&options.inputs, &options.modules})
         rights.readable.insert(rights.readable.end(), paths->begin(), paths->end());
-    for (const nxJobOptions& job : _options.jobs)
+    for (const nxJobOptions& job : options.jobs)
         rights.readable.push_back(job.script);
-    rights.writable = _options.outputs;
-    rights.writable.insert(rights.writable.end(), {_options.record, "/dev/null"});
+    rights.writable = options.outputs;
+    rights.writable.insert(rights.writable.end(), {options.record, "/dev/null"});
     for (const auto* paths : {&rights.readable, &rights.writable})
         for (const std::string& path : *paths)
             if (const int descriptor = FindDescriptor(path); descriptor >= 0)
@@ -90,11 +89,11 @@ nxConfinement nxRunGuard::_GetRights() const
     // Standard input and output are open already, and no file of that name is meant.
     for (auto* paths : {&rights.readable, &rights.writable})
         std::erase(*paths, "-");
-    if (!_options.storeDirectory.empty()) rights.directories = {_options.storeDirectory};
-    rights.memory = _options.memory;
+    if (!options.storeDirectory.empty()) rights.directories = {options.storeDirectory};
+    rights.memory = options.memory;
     // A history of bars opens the data once more.
     constexpr unsigned int timesOpen = 4;
-    rights.files += timesOpen * static_cast<unsigned int>(_options.inputs.size());
+    rights.files += timesOpen * static_cast<unsigned int>(options.inputs.size());
     return rights;
 }
 
@@ -129,7 +128,7 @@ void nxRunGuard::_BecomeChild(pid_t parent)
     // They are the parent's to hear, who tells by the page.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, SIG_IGN);
-    if (const auto failure = _GetRights().Apply()) {
+    if (const auto failure = GetRights(_options).Apply()) {
         _err << "the sandbox cannot be set up: " << *failure << std::endl;
         _exit(Failed);
     }
@@ -140,8 +139,10 @@ int nxRunGuard::_Watch(pid_t child)
     constexpr int interval = 50;  // milliseconds
     pollfd ended{static_cast<int>(syscall(SYS_pidfd_open, child, 0)), POLLIN, 0};
     int status = 0;
+    nxRunWarden warden(*_page, _options.callbackLimit);
     while (waitpid(child, &status, WNOHANG) == 0) {
-        if (!_killed.empty() || !_Judge(child)) {
+        const bool isInterrupted = _options.interrupted != nullptr && _options.interrupted->load();
+        if (!warden.Judge(child, isInterrupted)) {
             waitpid(child, &status, 0);
             break;
         }
@@ -149,57 +150,17 @@ int nxRunGuard::_Watch(pid_t child)
         poll(&ended, 1, interval);
     }
     if (ended.fd >= 0) close(ended.fd);
-    return _Bury(status);
+    return _Bury(status, warden.DescribeEnd(status, _options.jobs, _options.modules));
 }
 
-// False: the child was killed.
-bool nxRunGuard::_Judge(pid_t child)
+int nxRunGuard::_Bury(int status, const std::string& death)
 {
-    const unsigned long long call = _page->pulse.call;
-    if (_options.interrupted != nullptr && _options.interrupted->load()) _page->isInterrupted = true;
-    const bool isWaiting = _page->output.isWriting || _page->record.isWriting;
-    switch (_deadline.Look(call, _page->isInterrupted, isWaiting, Clock::now())) {
-        case nxCallDeadline::Verdict::Fine:
-            return true;
-        case nxCallDeadline::Verdict::Stop:
-            if (std::exchange(_stopped, call) == call) return true;
-            _page->pulse.script.isStopWanted = true;
-            // Another call is not meant.
-            if (_page->pulse.call != call) _page->pulse.script.isStopWanted = false;
-            return true;
-        case nxCallDeadline::Verdict::Kill:
-            break;
-    }
-    _killed = _DescribeKill(_deadline.GetToldTime(Clock::now()));
-    kill(child, SIGKILL);
-    return false;
-}
-
-// The child is dead, and its memory still tells what it did.
-int nxRunGuard::_Bury(int status)
-{
-    // Also one that came to its end between the verdict and the kill.
     if (WIFEXITED(status)) {
         if (WEXITSTATUS(status) == Failed) _RemoveEmptyFiles();
         return WEXITSTATUS(status);
     }
-    _TellEnd(_killed.empty() ? _DescribeCrash(WTERMSIG(status)) : _killed);
+    _TellEnd(death);
     return ScriptFailed;
-}
-
-std::string nxRunGuard::_DescribeKill(std::chrono::duration<double> time) const
-{
-    const nxRunPlace place(_page->pulse, _options.jobs, _options.modules);
-    return fmt::format("{} has run for {:.3g} s{}{}; the run ended there", place.callback, time.count(),
-                       place.function.empty() ? "" : " in ", place.function);
-}
-
-std::string nxRunGuard::_DescribeCrash(int signal) const
-{
-    const nxRunPlace place(_page->pulse, _options.jobs, _options.modules);
-    return fmt::format("{}{}{}: the run was ended by signal {} ({})",
-                       place.callback.empty() ? "outside of the scripts" : place.callback,
-                       place.function.empty() ? "" : " in ", place.function, signal, strsignal(signal));
 }
 
 void nxRunGuard::_TellEnd(const std::string& text)

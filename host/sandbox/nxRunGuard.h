@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "host/jobs/nxJobOptions.h"
-#include "host/sandbox/nxCallDeadline.h"
 #include "host/sandbox/nxConfinement.h"
 #include "host/sandbox/nxRunPage.h"
+#include "host/sandbox/nxRunWarden.h"
 
 // What a guarded command works with.
 struct nxGuardOptions
@@ -45,20 +45,17 @@ public:
     [[nodiscard]] std::optional<int> Start();
     // In the child: where to tell what goes on.
     nxRunPage& GetPage() { return *_page; }
+    // What the child keeps of the user's rights.
+    static nxConfinement GetRights(const nxGuardOptions& options);
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     void _MakeFiles();
     void _RemoveEmptyFiles() const;
-    nxConfinement _GetRights() const;
     void _BecomeChild(pid_t parent);
     int _Watch(pid_t child);
-    bool _Judge(pid_t child);
-    int _Bury(int status);
+    // death: how it died; empty: it came to its end by itself.
+    int _Bury(int status, const std::string& death);
     void _TellEnd(const std::string& text);
-    std::string _DescribeKill(std::chrono::duration<double> time) const;
-    std::string _DescribeCrash(int signal) const;
     void _FinishOutputs(const std::string& text);
 
     const nxGuardOptions _options;
@@ -66,7 +63,4 @@ private:
     nxRunPage::Pointer _page = nxRunPage::Make();
     std::vector<std::string> _made;  // files that were not there before
     long long _outputBegin = -1;     // where standard output stood; below 0: it is no file
-    nxCallDeadline _deadline{_options.callbackLimit};
-    unsigned long long _stopped = 0;  // the call that was asked to stop
-    std::string _killed;              // why the child was; empty: it was not
 };

@@ -20,5 +20,6 @@ struct nxRunPage
 
     nxRunPulse pulse;
     std::atomic<bool> isInterrupted = false;  // the run is to end after the current event
+    std::atomic<unsigned int> turn = 0;       // of several runs, the index of the one that goes on just now
     nxOutputBuffer output, record;            // of standard output, and of the record of the run
 };

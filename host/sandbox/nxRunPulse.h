@@ -10,9 +10,10 @@
 // or, in shared memory, from another one. The run's thread enters and leaves calls.
 struct nxRunPulse
 {
-    // The call that is under way, which no other call of the run equals: its count in the upper half,
-    // nxRunCall in the lower one. 0: none.
+    // The call that is under way, which no other call equals: its count in the upper half, nxRunCall in the
+    // lower one. 0: none.
     std::atomic<unsigned long long> call = 0;
+    unsigned long long count = 0;  // of calls, of all runs that take turns; of the thread that makes them
     nxScriptPulse script;
 
     static std::optional<nxRunCall> GetCall(unsigned long long call)

@@ -39,6 +39,7 @@ public:
     // number: the run has none, or a constraint does not hold.
     double GetObjective(std::span<const double> measures) const;
     bool HasObjective() const { return _objective.has_value(); }
+    bool IsMinimised() const { return _isMinimised; }
 
     // The same text, and SHA-256 of it, for plans that ask for the same, however they were written.
     std::string GetNormalForm() const;

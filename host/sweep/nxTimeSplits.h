@@ -53,6 +53,10 @@ public:
     // Each train of a walk begins with the data.
     void SetAnchored(bool isAnchored) { _isAnchored = isAnchored; }
 
+    bool IsWalk() const { return _train.IsSet(); }
+    bool HasSplits() const { return IsWalk() || _folds != 0; }
+    // Some of the data are not for all runs.
+    bool NeedDays() const { return HasSplits() || _holdoutLength.IsSet() || _holdoutPercent > 0.0; }
     // The splits of data of these days, and what is held out. A walk ends with the last test that is whole.
     // Where nothing is asked for there is one split without a test. Null, or why the data do not do.
     struct Parts

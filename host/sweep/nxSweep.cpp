@@ -1,0 +1,413 @@
+#include "host/sweep/nxSweep.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "host/results/nxMeasures.h"
+#include "host/run/nxRunVariant.h"
+#include "host/sweep/nxCovarianceSearch.h"
+#include "host/sweep/nxSweepFacts.h"
+#include "host/sweep/nxSweepIdentity.h"
+#include "host/sweep/nxSweepSummary.h"
+#include "host/sweep/nxTreeParzenSearch.h"
+
+namespace {
+
+using Role = nxSweepPart::Role;
+
+constexpr std::size_t MostPoints = 10'000'000;
+
+}  // namespace
+
+nxSweep::nxSweep(nxSweepOptions options, std::ostream& out, std::ostream& err)
+    : _options(std::move(options)),
+      _out(out),
+      _err(err),
+      _crew(_options.crew, [this](const nxSweepTask& task, nxRunOptions& made) { return _Make(task, made); }),
+      _progress(err, _options.showsProgress)
+{
+}
+
+nxRunResult nxSweep::Run()
+{
+    Fault fault = _RunAll();
+    _progress.Erase();
+    if (const Fault lost = _store.Save(); lost && !fault && !_options.isDry && !_options.isCount) fault = lost;
+    if (fault) {
+        _err << "algoserver sweep: " << *fault << "\n";
+        return nxRunResult::InputFailed;
+    }
+    if (_options.isDry || _options.isCount) return nxRunResult::Done;
+    if (_IsInterrupted())
+        _err << fmt::format("interrupted; the same command goes on from {}\n", _options.file);
+    const bool isNothingDone = std::ranges::all_of(
+        _table.outcomes, [](const auto& entry) { return entry.second.HasFailed(); });
+    return _IsInterrupted() || isNothingDone ? nxRunResult::ScriptFailed : nxRunResult::Done;
+}
+
+nxSweep::Fault nxSweep::_RunAll()
+{
+    Fault fault = _MakePlan();
+    if (!fault && !_options.isCount) fault = _Open();
+    if (!fault) fault = _ListPoints();
+    if (!fault && _options.isCount) {
+        _out << (_table.points.empty() ? _table.plan.GetRuns() : _table.points.size()) << "\n";
+        return std::nullopt;
+    }
+    if (!fault) fault = _Try();
+    if (!fault && _options.isDry) return _TellDryRun();
+    if (!fault) fault = _TakeSlices();
+    if (!fault) fault = _RunPoints();
+    if (!fault && !_IsSlice() && !_IsInterrupted()) fault = _RunBest();
+    if (!fault) _Tell();
+    return fault;
+}
+
+bool nxSweep::_IsInterrupted() const
+{
+    return _options.crew.interrupted != nullptr && _options.crew.interrupted->load();
+}
+
+nxSweep::Fault nxSweep::_MakePlan()
+{
+    if (Fault fault = nxSweepFacts::MakePlan(_options.entries, _options.objective, _table.plan)) return fault;
+    const bool isSearch = _table.plan.GetMethod() >= nxPlan::Method::TreeParzen;
+    if (isSearch && _table.plan.GetSplits().HasSplits())
+        return "--search looks at all the data at once; with walk or folds take a grid, random or sobol";
+    if (isSearch && _IsSlice())
+        return "--search needs the results of earlier runs, which other slices have; take random or sobol";
+    return std::nullopt;
+}
+
+nxSweep::Fault nxSweep::_Open()
+{
+    std::vector<nxRunOptions> all;
+    if (Fault fault = _runs.GetAll(all)) return fault;
+    if (all.front().capital.IsValid()) _table.capital = all.front().capital.GetAsDouble();
+    if (_options.isDry) return std::nullopt;
+    const std::string identity = nxSweepIdentity::Make(_table.plan, all);
+    if (Fault fault = _store.Open(_options.file)) return fault;
+    // Of one that ended before its first result there is nothing to lose.
+    if (!_store.IsNew() && (_options.restarts || !_store.HasRuns())) _store.Clear();
+    if (_store.IsNew()) return _WriteFacts(identity);
+    if (Fault fault = _CheckIdentity(identity)) return fault;
+    if (_options.triesFailedAgain) _store.ForgetFailures();
+    _store.Read(_table);
+    _table.points.clear();  // they are listed anew, with all that belongs to them
+    return std::nullopt;
+}
+
+nxSweep::Fault nxSweep::_CheckIdentity(const std::string& identity)
+{
+    const std::string change = nxSweepIdentity::FindChange(_store.GetFacts()["identity"], identity);
+    if (change.empty()) return std::nullopt;
+    return fmt::format(
+        "{}: holds the results of another sweep: {} has changed since. --restart loses them and begins anew; -o "
+        "names another file",
+        _options.file, change);
+}
+
+nxSweep::Fault nxSweep::_WriteFacts(const std::string& identity)
+{
+    _store.SetFact("identity", identity);
+    _store.SetFact("program", "algoserver " NX_VERSION);
+    _store.SetFact("plan", nxSweepFacts::PackEntries(_options.entries));
+    _store.SetFact("objective", _options.objective);
+    _store.SetFact("command", nlohmann::json(_options.command).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    if (_table.capital) _store.SetFact("capital", fmt::format("{}", *_table.capital));
+    return _store.Save();
+}
+
+// Those of a search come while it goes on.
+nxSweep::Fault nxSweep::_ListPoints()
+{
+    if (_table.plan.GetMethod() >= nxPlan::Method::TreeParzen) return std::nullopt;
+    nxPlanPoints points(_table.plan);
+    if (points.GetGridSize() != 0 && _table.plan.GetMethod() == nxPlan::Method::Grid &&
+        points.CountAllowed() > MostPoints)
+        return fmt::format("the plan has {} combinations; --random or --sobol takes some of them", points.CountAllowed());
+    for (nxPlanPoint point; points.Next(point) && _table.points.size() < MostPoints;)
+        _table.points.push_back(point);
+    if (_table.points.empty()) return "the plan has no run: its conditions leave nothing";
+    // What is wrong with a value is to be known before anything is run.
+    constexpr std::size_t mostTried = 10'000;
+    for (std::size_t i = 0; i < std::min(_table.points.size(), mostTried); ++i) {
+        nxRunOptions options;
+        if (Fault fault = _runs.Get(_table.points[i], options)) return fault;
+    }
+    if (_options.isDry || _options.isCount || _store.CountPoints() != 0) return std::nullopt;
+    for (const nxPlanPoint& point : _table.points)
+        _store.AddPoint(point, _table.plan);
+    return std::nullopt;
+}
+
+// One run tells which parameters the scripts read, how long a run takes, and, where the time is split, of
+// which days the data are. It counts as the first one where that is over the same data.
+nxSweep::Fault nxSweep::_Try()
+{
+    const bool needsDays = _table.plan.GetSplits().NeedDays();
+    if (!_table.parts.empty()) return std::nullopt;
+    if (_table.plan.GetMethod() >= nxPlan::Method::TreeParzen) {
+        std::vector<double> middle(_table.plan.GetDimensions().size(), 0.5);
+        if (const auto point = nxPlanPoints::MakePoint(_table.plan, middle)) _table.points.push_back(*point);
+    }
+    const std::size_t from = _options.slice * _table.points.size() / _options.slices;
+    const std::size_t to = (_options.slice + 1) * _table.points.size() / _options.slices;
+    std::vector<nxSweepTask> tasks;
+    for (const std::size_t point : {from, (from + to) / 2, to - (to > from ? 1 : 0)})
+        if (point < to && (tasks.empty() || tasks.back().point != point)) tasks.push_back({point, 0});
+    _table.parts = {nxSweepPart{}};
+    std::vector<std::string> unread;
+    Fault fault = tasks.empty() ? std::nullopt : _TakeTrial(tasks, unread);
+    const bool isCounted = !needsDays && _table.plan.GetMethod() < nxPlan::Method::TreeParzen;
+    if (!isCounted) _table.outcomes.clear();
+    if (_table.plan.GetMethod() >= nxPlan::Method::TreeParzen) _table.points.clear();
+    _table.parts.clear();
+    if (fault || _IsInterrupted()) return fault;
+    if (!unread.empty() && !_options.allowsUnread)
+        return fmt::format(
+            "no script reads the parameter {}; is it spelled otherwise? --allow-unread goes on all the same",
+            unread.front());
+    nxDaySpan data;
+    if (needsDays && _trial) data = {_trial->days.front(), _trial->days.back() + 1};
+    if (fault = _MakeParts(data); fault || _options.isDry) return fault;
+    for (const nxSweepPart& part : _table.parts)
+        _store.AddPart(part);
+    for (const auto& [task, outcome] : _table.outcomes)
+        _store.AddRun(task, outcome);
+    return std::nullopt;
+}
+
+// One after the other, until one goes through and all parameters have been read by one of them.
+nxSweep::Fault nxSweep::_TakeTrial(const std::vector<nxSweepTask>& tasks, std::vector<std::string>& unread)
+{
+    std::string failure;
+    for (const nxSweepTask& task : tasks) {
+        const Fault fault = _crew.Run(
+            {task},
+            [&](const nxSweepTask& of, nxSweepOutcome outcome) { _table.outcomes[of] = std::move(outcome); },
+            [this] { _progress.Show("the first run"); });
+        if (fault || _IsInterrupted()) return fault;
+        const nxSweepOutcome& outcome = _table.outcomes[task];
+        if (outcome.HasFailed()) {
+            failure = outcome.failure;
+            continue;
+        }
+        if (!_trial) {
+            unread = outcome.unread;
+            _trial = outcome;
+        }
+        std::erase_if(unread, [&](const std::string& name) {
+            return std::ranges::find(outcome.unread, name) == outcome.unread.end();
+        });
+        if (outcome.end != "the data ended" && _table.plan.GetSplits().NeedDays()) _trial.reset();
+        if (_trial && unread.empty()) break;
+    }
+    if (_trial && _trial->days.empty() && _table.plan.GetSplits().NeedDays()) return "the data hold no rows";
+    if (_trial) return std::nullopt;
+    return failure.empty() ? Fault("the runs end before the data, so that nobody knows how to part the time")
+                           : Fault("no run goes through: " + failure);
+}
+
+nxSweep::Fault nxSweep::_MakeParts(nxDaySpan data)
+{
+    if (!_table.plan.GetSplits().NeedDays()) {
+        _table.parts = {nxSweepPart{}};
+        return std::nullopt;
+    }
+    nxTimeSplits::Parts parts;
+    if (Fault fault = _table.plan.GetSplits().Split(data, parts)) return fault;
+    for (std::size_t i = 0; i < parts.splits.size(); ++i) {
+        const nxTimeSplit& split = parts.splits[i];
+        for (const nxDaySpan& span : split.train)
+            _table.parts.push_back({split.test.IsEmpty() ? Role::Whole : Role::Train, i, span, ""});
+        if (!split.test.IsEmpty()) _table.parts.push_back({Role::Test, i, split.test, ""});
+    }
+    if (!parts.holdout.IsEmpty()) _table.parts.push_back({Role::Holdout, 0, parts.holdout, ""});
+    return std::nullopt;
+}
+
+nxSweep::Fault nxSweep::_TakeSlices()
+{
+    for (const std::string& file : _options.taken) {
+        nxSweepStore slice;
+        if (Fault fault = slice.Open(file)) return fault;
+        const std::string change =
+            nxSweepIdentity::FindChange(slice.GetFacts()["identity"], _store.GetFacts()["identity"]);
+        if (!change.empty()) return fmt::format("{}: is a part of another sweep: {} differs", file, change);
+        nxSweepTable table;
+        table.plan = _table.plan;
+        slice.Read(table);
+        for (auto& [task, outcome] : table.outcomes)
+            if (!_table.outcomes.contains(task)) _Take(task, std::move(outcome));
+    }
+    return _lost;
+}
+
+nxSweep::Fault nxSweep::_RunPoints()
+{
+    if (_table.plan.GetMethod() >= nxPlan::Method::TreeParzen) return _Search();
+    std::vector<nxSweepTask> tasks;
+    const std::size_t from = _options.slice * _table.points.size() / _options.slices;
+    const std::size_t to = (_options.slice + 1) * _table.points.size() / _options.slices;
+    for (std::size_t part = 0; part < _table.parts.size(); ++part)
+        if (_table.parts[part].role <= Role::Test)
+            for (std::size_t point = from; point < to; ++point)
+                tasks.push_back({point, part});
+    return _RunTasks(std::move(tasks));
+}
+
+std::unique_ptr<nxSearch> nxSweep::_MakeSearch() const
+{
+    constexpr std::size_t generation = 8;  // by which results cannot depend on the number of processes
+    const nxPlan& plan = _table.plan;
+    if (plan.GetMethod() == nxPlan::Method::TreeParzen)
+        return std::make_unique<nxTreeParzenSearch>(plan.GetDimensions(), generation, plan.GetSeed());
+    return std::make_unique<nxCovarianceSearch>(plan.GetDimensions(), generation, plan.GetSeed());
+}
+
+// What was run before is told to the search again, and so it comes to where it was.
+nxSweep::Fault nxSweep::_Search()
+{
+    constexpr std::size_t mostGenerations = 100'000;
+    const std::unique_ptr<nxSearch> search = _MakeSearch();
+    const std::size_t wanted = _table.plan.GetRuns();
+    std::map<std::vector<std::string>, std::size_t> known;  // points by their values
+    for (std::size_t i = 0; known.size() < wanted && i < mostGenerations && !_IsInterrupted(); ++i) {
+        const nxSearch::Points shares = search->Ask();
+        std::vector<std::optional<std::size_t>> points(shares.size());
+        std::vector<nxSweepTask> tasks;
+        for (std::size_t j = 0; j < shares.size(); ++j) {
+            auto point = nxPlanPoints::MakePoint(_table.plan, shares[j]);
+            if (!point || (known.size() >= wanted && !known.contains(point->values))) continue;
+            const auto [place, isNew] = known.try_emplace(point->values, known.size());
+            points[j] = place->second;
+            point->number = place->second;
+            if (isNew) _AddPoint(*point);
+            tasks.push_back({place->second, 0});
+        }
+        if (Fault fault = _RunTasks(std::move(tasks))) return fault;
+        if (_IsInterrupted()) break;
+        for (std::size_t j = 0; j < shares.size(); ++j)
+            search->Tell(j, points[j] ? _table.GetObjective(*points[j], 0) : std::numeric_limits<double>::quiet_NaN());
+    }
+    return std::nullopt;
+}
+
+void nxSweep::_AddPoint(const nxPlanPoint& point)
+{
+    _table.points.push_back(point);
+    if (_store.CountPoints() < _table.points.size()) _store.AddPoint(point, _table.plan);
+}
+
+// The held-out end, once, and other models: for the best alone.
+nxSweep::Fault nxSweep::_RunBest()
+{
+    const nxSweepJudge judge(_table);
+    const auto best = judge.GetBest();
+    if (!best || judge.Count(nxSweepJudge::State::Missing) != 0) return std::nullopt;
+    nxRunOptions own;
+    if (Fault fault = _runs.Get(_table.points[*best], own)) return fault;
+    nxRunReach reach;
+    nxDaySpan span;
+    for (const auto& [task, outcome] : _table.outcomes) {
+        if (task.point != *best) continue;
+        reach.hasBooks = reach.hasBooks || outcome.hasBooks;
+        reach.hasBars = reach.hasBars || outcome.hasBars;
+    }
+    for (const nxSweepPart& part : _table.parts)
+        if (part.role <= Role::Test && !part.span.IsEmpty())
+            span = span.IsEmpty() ? part.span
+                                  : nxDaySpan{std::min(span.from, part.span.from), std::max(span.to, part.span.to)};
+    _variants = {{"as run", own.exchange, own.feedLatency, own.products}};
+    for (nxRunVariant& variant : nxRunVariant::GetForBest(own, reach))
+        _variants.push_back(std::move(variant));
+    for (const nxRunVariant& variant : _variants)
+        _AddPart({Role::Variant, 0, span, variant.name});
+    std::vector<nxSweepTask> tasks;
+    for (std::size_t part = 0; part < _table.parts.size(); ++part)
+        if (_table.parts[part].role > Role::Test) tasks.push_back({*best, part});
+    return _RunTasks(std::move(tasks));
+}
+
+void nxSweep::_AddPart(nxSweepPart part)
+{
+    if (std::ranges::find(_table.parts, part) != _table.parts.end()) return;
+    _store.AddPart(part);
+    _table.parts.push_back(std::move(part));
+}
+
+nxSweep::Fault nxSweep::_Make(const nxSweepTask& task, nxRunOptions& options)
+{
+    const nxSweepPart& part = _table.parts[task.part];
+    Fault fault = _runs.Get(_table.points[task.point], part, options);
+    const auto variant = std::ranges::find(_variants, part.name, &nxRunVariant::name);
+    if (part.role == Role::Variant && variant != _variants.end()) variant->Apply(options);
+    return fault;
+}
+
+nxSweep::Fault nxSweep::_RunTasks(std::vector<nxSweepTask> tasks)
+{
+    std::erase_if(tasks, [this](const nxSweepTask& task) { return _table.outcomes.contains(task); });
+    _wanted += tasks.size();
+    const Fault fault = _crew.Run(
+        tasks,
+        [this](const nxSweepTask& task, nxSweepOutcome outcome) {
+            ++_done;
+            _failed += outcome.HasFailed() ? 1 : 0;
+            _Take(task, std::move(outcome));
+        },
+        [this] { _ShowProgress(); });
+    return fault ? fault : _lost;
+}
+
+void nxSweep::_Take(const nxSweepTask& task, nxSweepOutcome outcome)
+{
+    _store.AddRun(task, outcome);
+    _table.outcomes[task] = std::move(outcome);
+    const auto now = std::chrono::steady_clock::now();
+    if (now - _saved < std::chrono::milliseconds(500)) return;
+    _saved = now;
+    _lost = _store.Save();
+}
+
+void nxSweep::_ShowProgress()
+{
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - _start).count();
+    const double rate = static_cast<double>(_done) / seconds;
+    std::string line = fmt::format("{} of {} runs", _done, _wanted);
+    if (_failed != 0) line += fmt::format(", {} failed", _failed);
+    if (_done != 0)
+        line += fmt::format(", {:.1f} a second, {:.0f} s left", rate, static_cast<double>(_wanted - _done) / rate);
+    _progress.Show(line + nxSweepSummary::DescribeBestSoFar(_table));
+}
+
+nxSweep::Fault nxSweep::_TellDryRun()
+{
+    const std::size_t perPoint = static_cast<std::size_t>(std::ranges::count_if(
+        _table.parts, [](const nxSweepPart& part) { return part.role <= Role::Test; }));
+    const bool isSearch = _table.plan.GetMethod() >= nxPlan::Method::TreeParzen;
+    nxSweepSummary::WritePlan(_out, _table,
+                              {.points = isSearch ? _table.plan.GetRuns() : _table.points.size(),
+                               .parts = perPoint,
+                               .workers = _options.crew.workers,
+                               .secondsOfRun = _trial ? _trial->seconds : 0.0,
+                               .memoryOfRun = _trial ? _trial->memory : 0});
+    return std::nullopt;
+}
+
+void nxSweep::_Tell()
+{
+    _progress.Erase();
+    if (_IsSlice()) {
+        _out << fmt::format("slice {} of {}: {} runs done, {} of them failed\n", _options.slice, _options.slices,
+                            _table.outcomes.size(),
+                            std::ranges::count_if(_table.outcomes, [](const auto& entry) { return entry.second.HasFailed(); }));
+        return;
+    }
+    const nxSweepJudge judge(_table);
+    nxSweepSummary::Write(_out, _table, judge, judge.FindLuck(_table.plan.GetSeed()));
+}
