@@ -100,13 +100,13 @@ class Sweep {
   }
 }
 
-// A dimension as an axis: {name, isOrdered, isBinned, classes: [{first, label}], of: the class of each point}. Classes are its values, or runs of neighbours
+// A dimension as an axis: {name, isOrdered, isBinned, classes: [{first, last, label}], of: the class of each point}. Classes are its values, or runs of neighbours
 // where there are too many.
 function makeAxis({name, ordered, values}, places) {
   const size = Math.ceil(values.length / MOST_CLASSES);
   const classes = Array.from({length: Math.ceil(values.length / size)}, (_, index) => {
     const [first, last] = [values[index * size], values[Math.min(values.length, (index + 1) * size) - 1]];
-    return {first, label: first === last ? first : `${first} to ${last}`};
+    return {first, last, label: first === last ? first : `${first} to ${last}`};
   });
   return {name, isOrdered: ordered, isBinned: size > 1, classes, of: places.map(place => Math.floor(place / size))};
 }

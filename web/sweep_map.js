@@ -2,25 +2,25 @@
 // best by the objective, or the one with chosen values of the other dimensions.
 const MODES = ["mean", "best point", "chosen values"];
 
-// Cells by rows, null where there is no point: {value, low, high, count, run}, run: the best point of the cell, -1 where all failed. isIn: which
-// points count.
+// Cells by rows, null where there is no point: {value, low, high, count, failed, run}, run: the best of the points whose value is known, else any.
+// isIn: which points count.
 function gatherCells(sweep, {values}, across, up, mode, isIn) {
   const columns = across.classes.length;
   const cells = new Array(columns * (up ? up.classes.length : 1)).fill(null);
-  const objective = sweep.points.objective;
+  const rank = index => values[index] === null ? 0 : sweep.canBeBest(index) ? 2 : 1;
+  const objective = index => sweep.points.objective[index] ?? -Infinity;
+  const isBetter = (one, other) => other < 0 || rank(one) > rank(other) || (rank(one) === rank(other) && objective(one) > objective(other));
   for (let index = 0; index < sweep.count; ++index) {
     if (!isIn(index)) continue;
     const place = across.of[index] + (up ? columns * up.of[index] : 0);
     const cell = cells[place] = cells[place] || {sum: 0, low: Infinity, high: -Infinity, count: 0, failed: 0, run: -1};
     if (sweep.points.state[index] === "failed") cell.failed += 1;
+    if (isBetter(index, cell.run)) cell.run = index;
     if (values[index] === null) continue;
     cell.sum += values[index];
     cell.count += 1;
     cell.low = Math.min(cell.low, values[index]);
     cell.high = Math.max(cell.high, values[index]);
-    const isBetter = cell.run < 0 || sweep.canBeBest(index) > sweep.canBeBest(cell.run) ||
-      (sweep.canBeBest(index) === sweep.canBeBest(cell.run) && objective[index] > objective[cell.run]);
-    if (isBetter) cell.run = index;
   }
   for (const cell of cells) {
     if (cell) cell.value = cell.count === 0 ? null : mode === 0 ? cell.sum / cell.count : values[cell.run];
@@ -45,7 +45,7 @@ class CellDrawing extends Drawing {
     const place = `${this.across.name} ${this.across.classes[at % this.columns].label}` +
       (this.up ? `, ${this.up.name} ${this.up.classes[Math.floor(at / this.columns)].label}` : "");
     if (!cell) return `${place}: no point`;
-    if (cell.value === null) return `${place}: ${cell.failed > 0 ? "failed" : "not known"}`;
+    if (cell.value === null) return `${place}: ${cell.failed > 0 ? "failed" : "not known"}; ${this.sweep.label(cell.run)}`;
     const of = cell.count > 1 ? ` (${formatValue(cell.low, this.variable.unit)} to ${formatValue(cell.high, this.variable.unit)} in ` +
       `${plural(cell.count, "point")})` : "";
     return `${place}: ${formatValue(cell.value, this.variable.unit)}${of}; ${this.sweep.label(cell.run)}${at === this.best ? ", with the best" : ""}`;
@@ -271,12 +271,13 @@ class LineDrawing extends CellDrawing {
   }
 }
 
-// The choices above the picture, and the picture.
+// The choices above the picture, and the picture. A sweep has a dimension at least, those of ascending numbers come first.
 class Maps {
   constructor(sweep) {
     this.sweep = sweep;
-    this.useful = sweep.axes.map((_, index) => index).filter(index => sweep.axes[index].classes.length > 1);
-    if (this.useful.length === 0) this.useful = sweep.axes.length > 0 ? [0] : [];
+    this.useful = sweep.axes.map((_, index) => index).filter(index => sweep.axes[index].classes.length > 1)
+      .sort((a, b) => sweep.axes[b].isOrdered - sweep.axes[a].isOrdered);
+    if (this.useful.length === 0) this.useful = [0];
     [this.across, this.up = -1] = this.useful;
     this.variable = 0;
     this.mode = 0;
@@ -359,7 +360,8 @@ class Maps {
 
   note(binned) {
     const direction = this.sweep.variables[this.variable].direction;
-    return [this.up >= 0 && direction !== "none" ? "Brighter is better. " : "", this.sweep.best === null ? "" : "The frame or ring marks the best. ",
-      this.drawing.cells.some(cell => cell && cell.value === null && cell.failed > 0) ? "× stands where all points failed. " : "", binned.length > 0 ? `Neighbouring values of ${binned.join(" and ")} share a cell.` : ""].join("");
+    return [this.up >= 0 ? direction !== "none" && "Brighter is better. " : "Grey: from the lowest to the highest of a value's points. ", this.sweep.best === null ? "" : this.up >= 0 ? "The frame marks the best. " : "The ring marks the best. ",
+      this.drawing.cells.some(cell => cell && cell.value === null && cell.failed > 0) ? "× stands where all points failed. " : "", binned.length > 0 ? `Neighbouring values of ${binned.join(" and ")} share a cell.` : ""]
+      .filter(Boolean).join("");
   }
 }

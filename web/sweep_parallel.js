@@ -16,7 +16,8 @@ class Parallel extends Drawing {
     this.build();
   }
 
-  // Each axis: {name, title, at: the place from 0 to 1 of each point, NaN where unknown, label(place), tickLabel(place), ticks, step}.
+  // Each axis: {name, title, at: the place from 0 to 1 of each point, NaN where unknown, low(place) and high(place): the first value from there on, and
+  // the last until there, ticks, step}.
   build() {
     const {sweep} = this;
     const variables = [sweep.objective, ...this.measure >= 1 ? [sweep.variables[this.measure]] : []];
@@ -32,8 +33,7 @@ class Parallel extends Drawing {
     const every = labelEvery(1, last / 7);
     const ticks = classes.map((_, index) => index).filter(index => index % every === 0).map(index => index / last);
     return {name: `d ${name}`, title: name, at: of.map(place => place / last), ticks, step: 1 / last,
-      tickLabel: place => classes[Math.round(place * last)].first,
-      label: place => classes[Math.round(place * last)].label};
+      low: place => classes[Math.min(last, Math.ceil(place * last - 1e-9))].first, high: place => classes[Math.floor(place * last + 1e-9)].last};
   }
 
   variableAxis({name, title, unit, values}) {
@@ -41,7 +41,7 @@ class Parallel extends Drawing {
     const width = high - low;
     const label = place => tickText(Number((low + place * width).toPrecision(4)), unit);
     return {name: `v ${name}`, title, at: values.map(value => value === null ? NaN : (value - low) / width), step: 0.05,
-      ticks: niceTicks([low, high], 6).map(tick => (tick - low) / width), label, tickLabel: label};
+      ticks: niceTicks([low, high], 6).map(tick => (tick - low) / width), low: label, high: label};
   }
 
   x(axis) {
@@ -87,7 +87,7 @@ class Parallel extends Drawing {
     }
   }
 
-  paintAxis(context, {name, title, ticks, tickLabel}, x) {
+  paintAxis(context, {name, title, ticks, low}, x) {
     context.fillStyle = theme("ink");
     context.fillRect(x, this.y(1), 1, this.y(0) - this.y(1));
     context.textAlign = "center";
@@ -95,7 +95,7 @@ class Parallel extends Drawing {
     context.fillText(fitText(context, title, room), Math.max(x, context.measureText(fitText(context, title, room)).width / 2), 12);
     context.textAlign = "left";
     for (const tick of ticks) {
-      const text = fitText(context, tickLabel(tick), Math.min(room, this.width - x) - 10);
+      const text = fitText(context, low(tick), Math.min(room, this.width - x) - 10);
       context.globalAlpha = 0.8;
       context.fillStyle = theme("paper");
       context.fillRect(x + 3, this.y(tick) - 7, context.measureText(text).width + 4, 14);
@@ -140,10 +140,10 @@ class Parallel extends Drawing {
   }
 
   tellAxis() {
-    const {name, title, label} = this.axes[this.axis];
+    const {name, title, low, high} = this.axes[this.axis];
     const range = this.ranges.get(name);
     const count = this.sweep.selection ? this.sweep.selection.reduce((sum, one) => sum + one, 0) : this.sweep.count;
-    this.readout.textContent = `${title}: ${range ? `${label(range[0])} to ${label(range[1])}` : "all"}; ` +
+    this.readout.textContent = `${title}: ${range ? `${low(range[0])} to ${high(range[1])}` : "all"}; ` +
       `${grouped(count, 0, 0)} of ${plural(this.sweep.count, "point")} selected`;
   }
 
