@@ -4,6 +4,7 @@
 """
 import json
 import pathlib
+import shlex
 import statistics
 import subprocess
 import sys
@@ -72,17 +73,19 @@ class SweepPage(PageTest):
         self.open(sweep_documents.make())
         places, profit, objective = self.points["places"], self.points["measures"]["netProfit"], self.points["objective"]
         cell = lambda fast, slow: [index for index in range(144) if places[0][index] == fast and places[1][index] == slow and objective[index] is not None]
-        shown = lambda: self.browser.execute_script("return document.querySelector('#maps tbody').rows[3].cells[6].textContent")
         self.choose("#maps", "Measure", "The netProfit")
-        best_of_cell = max(cell(5, 3), key=lambda index: (self.points["state"][index] == "done", objective[index]))
-        wanted = {"mean": statistics.fmean(profit[index] for index in cell(5, 3)), "best point": profit[best_of_cell],
-                  "chosen values": next(profit[index] for index in cell(5, 3) if places[2][index] == 1)}
-        for mode, value in wanted.items():
+        wanted = {"mean": lambda points: statistics.fmean(profit[index] for index in points),
+                  "best point": lambda points: profit[max(points, key=lambda index: (self.points["state"][index] == "done", objective[index]))],
+                  "chosen values": lambda points: next((profit[index] for index in points if places[2][index] == 1), None)}
+        for mode, of in wanted.items():
             self.choose("#maps", "A cell shows", mode)
             if mode == "chosen values":
                 self.choose("#maps", "fills", "touch")
             self.unfold("#maps .numbers")
-            self.assertEqual(shown(), money(value), mode)
+            shown = self.browser.execute_script("return [...document.querySelectorAll('#maps td span[title]')].map(cell => cell.title)")
+            values = [of(cell(fast, slow)) for slow in range(6) for fast in range(8)]
+            self.assertEqual([None if value is None else money(value) for value in values],
+                             [None if text == "Failed." else money(float(text)) for text in shown], mode)
         self.choose("#maps", "A cell shows", "mean")
         canvas = self.one("#maps canvas")
         before = self.browser.execute_script(PICTURES)[0]
@@ -169,6 +172,9 @@ class SweepPage(PageTest):
         for selector in ("h1", "#facts li", "#facts dt", "#facts dd", "#verdict .sentence", "#best dt", "#best tbody th", "#maps h3", "#maps thead th", "#maps option",
                          "#runs-table th", "#runs-table td", "#columns label"):
             self.assertTrue(any(sweep_documents.HOSTILE in text for text in self.all(selector)), selector)
+        self.press("#runs-table tbody tr", Keys.ENTER)
+        self.assertEqual(shlex.split(self.text("dialog code")), ["algoserver", sweep_documents.HOSTILE, "1000"])
+        self.dialog()
         for row in range(1, 4):
             self.press(f"#runs-table tbody tr:nth-child({row})", Keys.ENTER)
             for link in self.browser.find_elements(By.CSS_SELECTOR, "dialog a"):
