@@ -31,9 +31,7 @@ function decide(decisive, left, right) {
   };
 }
 
-// The text as a function of a point's place: true, false or null. names: of each name such a function, which gives its value. Throws what is
-// wrong with the text.
-function readExpression(text, names) {
+function readTokens(text) {
   const tokens = [];
   TOKEN.lastIndex = 0;
   while (text.slice(TOKEN.lastIndex).trim()) {
@@ -43,6 +41,13 @@ function readExpression(text, names) {
     const kind = ["number", "word", "name", "text", "text", "sign"][match.slice(1).findIndex(part => part !== undefined)];
     tokens.push({kind, text: match.slice(1).find(part => part !== undefined)});
   }
+  return tokens;
+}
+
+// The text as a function of a point's place: true, false or null. names: of each name such a function, which gives its value. Throws what is
+// wrong with the text. The functions within read what binds tightest first.
+function readExpression(text, names) {
+  const tokens = readTokens(text);
   let at = 0;
   const accept = (...signs) => at < tokens.length && ["sign", "word"].includes(tokens[at].kind) && signs.includes(tokens[at].text) ? tokens[at++].text : null;
   const expect = sign => {
