@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Puts page, styles and scripts together into one HTML file, run by the build.
 
-    assemble.py OUTPUT DYGRAPHS
+    assemble.py PAGE OUTPUT DYGRAPHS
 
-DYGRAPHS is the folder of dygraph.min.js and dygraph.min.css. What remains to be filled in is @DATA@. The policy names each
+PAGE is one of PAGES. DYGRAPHS is the folder of dygraph.min.js and dygraph.min.css. What remains to be filled in is @DATA@. The policy names each
 style and script by its hash, so a browser runs nothing else and asks the network for nothing.
 """
 import base64
@@ -13,8 +13,14 @@ import re
 import sys
 
 FOLDER = pathlib.Path(__file__).resolve().parent
-# In the order in which they are put together into one script.
-SCRIPTS = ["format", "dom", "grid", "series", "panel", "stack", "bars", "sections", "trades", "compare", "main"]
+# What every page has.
+SHARED = ["format", "dom", "frame", "grid", "series", "panel", "stack", "bars"]
+# Of each page: its file, its styles, and its scripts in the order in which they are put together into one.
+PAGES = {
+    "result": ("page", ["page"], [*SHARED, "sections", "trades", "compare", "main"]),
+    "sweep": ("sweep", ["page", "sweep"], [*SHARED, "sweep_expression", "sweep_data", "sweep_drawing", "sweep_map", "sweep_parallel", "sweep_scatter",
+                                           "sweep_runs", "sweep_sections", "sweep_main"]),
+}
 
 
 def library(path):
@@ -31,10 +37,12 @@ def inline(tag, texts):
     return "\n".join(f"<{tag}>{text}</{tag}>" for text in texts), " ".join(f"'sha256-{value}'" for value in hashes)
 
 
-def main(output, dygraphs):
-    own = "\n".join((FOLDER / f"{name}.js").read_text(encoding="utf-8") for name in SCRIPTS)
+def main(name, output, dygraphs):
+    file, sheets, modules = PAGES[name]
+    own = "\n".join((FOLDER / f"{module}.js").read_text(encoding="utf-8") for module in modules)
     scripts, script_hashes = inline("script", [library(dygraphs / "dygraph.min.js"), f'"use strict";\n(() => {{\n{own}}})();\n'])
-    styles, style_hashes = inline("style", [library(dygraphs / "dygraph.min.css"), (FOLDER / "page.css").read_text(encoding="utf-8")])
+    styles, style_hashes = inline("style", [library(dygraphs / "dygraph.min.css"),
+                                            *((FOLDER / f"{sheet}.css").read_text(encoding="utf-8") for sheet in sheets)])
     parts = {
         "@POLICY@": f"default-src 'none'; script-src {script_hashes}; style-src {style_hashes}; img-src data:; base-uri 'none'; "
                     "form-action 'none'",
@@ -42,9 +50,9 @@ def main(output, dygraphs):
         "@LICENCE@": (FOLDER / "dygraphs_licence.txt").read_text(encoding="utf-8").strip(),
         "@SCRIPTS@": scripts,
     }
-    page = (FOLDER / "page.html").read_text(encoding="utf-8")
+    page = (FOLDER / f"{file}.html").read_text(encoding="utf-8")
     page = re.sub("|".join(parts), lambda match: parts[match[0]], page)
     pathlib.Path(output).write_text(page, encoding="utf-8")
 
 
-main(sys.argv[1], pathlib.Path(sys.argv[2]))
+main(sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3]))

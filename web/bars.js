@@ -8,7 +8,7 @@ function svg(tag, attributes) {
   return element;
 }
 
-// bars: [{label, value, tell}]; tell: the words for it. numbers: makes the table of the same numbers. isEdged: a label names the left
+// bars: [{label, value, tell, isMarked?}]; tell: the words for it. numbers: makes the table of the same numbers. isEdged: a label names the left
 // edge of its bar rather than its middle.
 function barFigure(title, bars, numbers, isEdged) {
   const [width, height, gap] = [640, 180, bars.length > 40 ? 0.5 : 2];
@@ -18,9 +18,9 @@ function barFigure(title, bars, numbers, isEdged) {
     role: "application", "aria-roledescription": "chart", tabindex: "0",
     "aria-label": `Chart: ${title}. The arrow keys tell its bars; the numbers are below it.`});
   const step = width / Math.max(FEWEST_BARS, bars.length);
-  const columns = bars.map(({value}, index) => svg("rect", {x: index * step + gap / 2, width: Math.max(0.5, step - gap),
-    y: (high - Math.max(value, 0)) * scale, height: Math.abs(value) * scale, class: value < 0 ? "bar loss" : "bar"}));
-  const targets = bars.map((_, index) => svg("rect", {x: index * step, width: step, y: -4, height: height + 8, class: "target"}));
+  const columns = bars.map(({value, isMarked}, index) => svg("rect", {x: index * step + gap / 2, width: Math.max(0.5, step - gap),
+    y: (high - Math.max(value, 0)) * scale, height: Math.abs(value) * scale, class: isMarked ? "bar marked" : value < 0 ? "bar loss" : "bar"}));
+  const targets = bars.map((_, index) => svg("rect", {x: index * step, width: step, y: -4, height: height + 8, class: bars[index].isMarked ? "target marked" : "target"}));
   picture.append(...columns, svg("line", {x1: 0, x2: width, y1: high * scale, y2: high * scale, class: "zero"}), ...targets);
   const readout = el("p", {className: "readout", "aria-live": "polite"});
   let at = -1;

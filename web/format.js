@@ -42,6 +42,7 @@ const units = {
   lots: value => grouped(value, 0, 4),
   price: value => grouped(value, 0, 10),
   seconds: formatDuration,
+  id: value => String(value),
   text: value => String(value),
   time: formatTime,
 };
@@ -62,6 +63,8 @@ function formatTime(ms) {
 
 // A time as the document's objects write it: 2013-10-07T13:31:00Z.
 const formatIso = text => text ? `${text.replace("T", " ").replace("Z", "")} UTC` : DASH;
+// The same as a number; null where there is none.
+const timeOf = text => text ? Date.parse(text) : null;
 const plural = (count, what) => `${grouped(count, 0, 0)} ${what}${count === 1 ? "" : "s"}`;
 
 // Fractions of the capital, which are not known without one.

@@ -26,9 +26,9 @@ class Grid {
   }
 
   build() {
-    const filter = el("input", {type: "search", "aria-label": `Filter: ${this.caption}`, placeholder: "Filter: text, or profit<0",
-      title: "Words that a row must hold; a column's title with <, <=, =, >= or > and a value compares",
-      oninput: () => this.filter(filter.value)});
+    const {placeholder, title} = this.filterHint();
+    this.input = el("input", {type: "search", "aria-label": `Filter: ${this.caption}`, placeholder, title,
+      oninput: () => this.filter(this.input.value)});
     this.heads = this.columns.map((column, index) => el("th", {scope: "col", className: isNumeric(column.unit) ? "number" : null},
       el("button", {type: "button", onclick: () => this.sort(index)}, column.title)));
     this.body = el("tbody", {onkeydown: event => this.onKey(event)});
@@ -37,12 +37,17 @@ class Grid {
       el("thead", null, el("tr", null, this.heads)), this.body);
     const turn = (text, label, pages) => el("button", {type: "button", "aria-label": label, onclick: () => this.turn(pages)}, text);
     this.count = el("span", {role: "status"});
-    const pager = el("div", {className: "pager", hidden: this.rows.length <= FEW_ROWS}, filter, this.count,
+    const pager = el("div", {className: "pager", hidden: this.rows.length <= FEW_ROWS}, this.input, this.count,
       turn("«", "First page", -Infinity), turn("‹", "Page before", -1), turn("›", "Next page", 1), turn("»", "Last page", Infinity));
     this.turns = pager.querySelectorAll("button");
     return el("div", {className: "grid"}, pager,
       el("div", {className: "scroll", tabindex: "0", role: "region", "aria-label": this.caption}, table),
       this.note ? el("p", {className: "note"}, this.note) : "");
+  }
+
+  filterHint() {
+    return {placeholder: "Filter: text, or profit<0",
+      title: "Words that a row must hold; a column's title with <, <=, =, >= or > and a value compares"};
   }
 
   text(row, index) {
@@ -63,7 +68,11 @@ class Grid {
   }
 
   sort(column) {
-    this.sorted = {column, ascending: this.sorted.column === column ? !this.sorted.ascending : true};
+    this.sortBy(column, this.sorted.column === column ? !this.sorted.ascending : true);
+  }
+
+  sortBy(column, ascending) {
+    this.sorted = {column, ascending};
     this.heads.forEach((head, index) => {
       if (index === column) head.setAttribute("aria-sort", this.sorted.ascending ? "ascending" : "descending");
       else head.removeAttribute("aria-sort");
@@ -87,9 +96,13 @@ class Grid {
   }
 
   filter(text) {
-    const tests = text.toLowerCase().split(/\s+/).filter(Boolean).map(word => this.wordTest(word));
-    this.shown = this.rows.filter(row => tests.every(test => test(row)));
+    this.shown = this.rows.filter(this.rowTest(text));
     this.order();
+  }
+
+  rowTest(text) {
+    const tests = text.toLowerCase().split(/\s+/).filter(Boolean).map(word => this.wordTest(word));
+    return row => tests.every(test => test(row));
   }
 
   wordTest(word) {

@@ -1,10 +1,5 @@
 // Reads the data of the page and shows it; a choice of run, result or product shows it anew.
 
-function readBlock(id) {
-  const block = byId(id);
-  return block ? JSON.parse(block.textContent) : null;
-}
-
 // The results in the order in which they were given.
 function readRuns() {
   return readBlock("names").map((name, index) => {
@@ -59,9 +54,6 @@ function chartLines({lines}, result, prices) {
   };
   return [...charts].map(([chart, list]) => ({chart, list, isOver: isOver(list)}));
 }
-
-// A time as the document's objects write it; null where there is none.
-const timeOf = text => text ? Date.parse(text) : null;
 
 function equityPictures({run}, {equity}) {
   const series = (name, close, colour) => ({name, ms: equity.ms, close, colour, isStep: true, until: timeOf(run.last)});
@@ -144,33 +136,8 @@ function showPage() {
   if (place >= 0 && byId("choices").children[place]) byId("choices").children[place].querySelector("select").focus();
 }
 
-// Canvases do not follow the style sheet by themselves.
-function repaint() {
-  palette.clear();
-  for (const stack of page.stacks) {
-    for (const panel of stack.panels) panel.paintSwatches();
-    stack.redraw();
-  }
-}
-
-function setPrinting(isPrinting) {
-  document.documentElement.toggleAttribute("data-print", isPrinting);
-  repaint();
-}
-
-function start() {
-  try {
-    page.runs = readRuns();
-    page.result = firstResult(page.runs[0].document);
-    showPage();
-  } catch (error) {
-    byId("title").textContent = `The page cannot show its data: ${error.message}`;
-    throw error;
-  }
-  matchMedia("(prefers-color-scheme: dark)").addEventListener("change", repaint);
-  addEventListener("beforeprint", () => setPrinting(true));
-  addEventListener("afterprint", () => setPrinting(false));
-  document.documentElement.dataset.drawn = String(Math.round(performance.now()));
-}
-
-start();
+startPage(() => {
+  page.runs = readRuns();
+  page.result = firstResult(page.runs[0].document);
+  showPage();
+}, () => page.stacks.forEach(stack => stack.repaint()));

@@ -3,9 +3,6 @@
 const TILES = ["netProfit", "return", "sharpe", "meanDay", "maxDrawdown", "maxDrawdownPercent", "roundTrips", "winRate", "profitFactor",
   "expectancy", "fees", "makerShare"];
 
-const notice = (className, title, texts) => texts.length === 0 ? null : el("div", {className: `notice ${className}`},
-  el("h3", null, title), el("ul", null, texts.map(text => el("li", null, text))));
-
 const pairs = (caption, object, names) => plainTable(caption, names.map(name => [name, "text"]), Object.entries(object || {}));
 const shortHash = hash => hash ? hash.slice(0, 12) : DASH;
 
@@ -25,7 +22,7 @@ function showRun({document: {run, program, jobs, failures}, name}) {
   show("run-facts",
     notice("warning", "Cut off", cut), notice("warning", "Failures", failed),
     notice("", "What the record cannot tell", run.missing), notice("", "Notes", [...run.notes, ...run.remarks]),
-    el("dl", {className: "facts"}, facts.map(([term, text]) => [el("dt", null, term), el("dd", null, text || DASH)])),
+    factList(facts),
     lazyDetails("Scripts, data and settings", () => [
       plainTable("Scripts and modules", [["File", "text", "file"], ["Job", "text", "job"], ["SHA-256", "text", "sha256"]],
         [...run.scripts, ...run.modules.map(module => ({job: "module", ...module}))]),

@@ -54,6 +54,12 @@ class Stack {
     this.point(this.time);
   }
 
+  // In colours that have changed.
+  repaint() {
+    for (const panel of this.panels) panel.paintSwatches();
+    this.redraw();
+  }
+
   tellWindow() {
     const places = this.window[1] - this.window[0] < 60000 ? 1 : 0.001;
     const [from, to] = this.window.map(ms => formatTime(Math.round(ms * places) / places));

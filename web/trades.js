@@ -9,7 +9,6 @@ const COLUMNS = {
   averagePrice: ["Average price", "price"], status: ["Status", "text"], sentMs: ["Sent", "time"], endMs: ["End", "time"],
   slippage: ["Slippage", "price"], ms: ["Time", "time"], job: ["Job", "text"], maker: ["Maker", "text"],
 };
-units.id = value => String(value);
 
 const makerText = value => value === null ? DASH : value ? "maker" : "taker";
 

@@ -7,48 +7,20 @@ import pathlib
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
 
-from selenium import webdriver
-from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
 import documents
+from browser import PageTest, money
 
 TIMING = {"callbacks": [{"job": "one", "name": "OnPrice", "count": 120000, "meanNanoseconds": 2500}]}
 
 
-def money(value):
-    return f"{value:,.2f}".replace("-", "−")
-
-
-class Page(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        options = webdriver.ChromeOptions()
-        for flag in ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", "--window-size=1280,900"):
-            options.add_argument(flag)
-        options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
-        cls.browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
-        cls.folder = tempfile.TemporaryDirectory()
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.browser.quit()
-        cls.folder.cleanup()
-
-    def tearDown(self):
-        """Whatever a test does: no error, and nothing but the page itself is asked for."""
-        self.assertEqual([entry["message"] for entry in self.browser.get_log("browser")], [])
-        messages = [json.loads(entry["message"])["message"] for entry in self.browser.get_log("performance")]
-        asked = [message["params"]["request"]["url"] for message in messages if message["method"] == "Network.requestWillBeSent"]
-        self.assertEqual([url for url in asked if url != self.url and not url.startswith("data:")], [])
-        self.assertIn(self.url, asked)
-
+class Page(PageTest):
     def open(self, *results, timing=None):
         folder = pathlib.Path(self.folder.name)
         for old in folder.glob("*.timing"):
@@ -62,28 +34,6 @@ class Page(unittest.TestCase):
         subprocess.run([sys.argv[1], page, *files], check=True)
         self.show(page)
         return page.stat().st_size
-
-    def show(self, page):
-        self.url = f"file://{page}"
-        self.browser.get(self.url)
-
-    def one(self, selector):
-        return self.browser.find_element(By.CSS_SELECTOR, selector)
-
-    def all(self, selector):
-        return [element.get_attribute("textContent") for element in self.browser.find_elements(By.CSS_SELECTOR, selector)]
-
-    def text(self, selector):
-        return self.one(selector).get_attribute("textContent")
-
-    def press(self, selector, *keys):
-        self.one(selector).send_keys(*keys)
-
-    def unfold(self, selector):
-        """Opens details, and waits for the content that they make then."""
-        self.browser.execute_script("document.querySelectorAll(arguments[0]).forEach(details => details.open = true)", selector)
-        WebDriverWait(self.browser, 10).until(lambda browser: browser.execute_script(
-            "return [...document.querySelectorAll(arguments[0])].every(details => details.children.length > 1)", selector))
 
     def window(self):
         return [documents.parse(text) for text in self.text("#pictures .range").removesuffix(" UTC").split(" to ")]
