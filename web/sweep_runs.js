@@ -119,7 +119,7 @@ function wayToPage(sweep, index) {
 function stateNotice(sweep, index) {
   const state = sweep.points.state[index];
   if (state === "failed") return notice("warning", "Failed", [sweep.points.failure[index] || "No reason is known."]);
-  return state === "constrained" ? notice("", "Constrained", [`It cannot be the best, since a constraint does not hold: ${sweep.plan.constraints.join("; ")}`]) : null;
+  return state === "constrained" ? notice("", "Constrained", [`It cannot be the best: a constraint does not hold, or what is maximised is not known of it. ${sweep.plan.constraints.join("; ")}`]) : null;
 }
 
 // A run over the page. Esc or the button closes it and leads back to where it was opened.

@@ -8,10 +8,13 @@ const MOST_BARS = 40;
 
 function showFacts(sweep) {
   const {plan, points, timing} = sweep;
-  const states = ["done", "failed", "constrained"].map(state => [points.state.filter(one => one === state).length, state]);
+  const states = ["done", "failed", "constrained", "missing"].map(state => [points.state.filter(one => one === state).length, state]);
   const values = ({name, values: all, ordered}) => `${name}: ${all.length > 8 ? `${plural(all.length, "value")}${ordered
     ? ` from ${all[0]} to ${all[all.length - 1]}` : ""}` : all.join(", ")}`;
   const method = METHODS[plan.method] || plan.method;
+  const isSetting = ({name}) => name.startsWith("--");
+  const terms = isWanted => sweep.facts.filter(isWanted).map(({name, value}) => [name, value]);
+  const settings = terms(isSetting);
   const isDrawn = plan.method !== "grid" && plan.seed !== null && plan.seed !== undefined;
   show("facts",
     notice("warning", "Notes", sweep.notes),
@@ -20,8 +23,9 @@ function showFacts(sweep) {
       ...plan.conditions.length > 0 ? [["Conditions", plan.conditions.join("; ")]] : [],
       ...plan.constraints.length > 0 ? [["Constraints", plan.constraints.join("; ")]] : [],
       ["Points", `${grouped(sweep.count, 0, 0)}: ${states.filter(([count]) => count > 0).map(([count, state]) => `${grouped(count, 0, 0)} ${state}`).join(", ")}`],
-      ...sweep.facts.map(({name, value}) => [name, value]), ["Program", sweep.program],
-      ...timing ? [["Time", `${formatDuration(timing.seconds)}, ${plural(timing.jobs, "job")} at once`]] : []]));
+      ...terms(fact => !isSetting(fact)), ["Program", sweep.program],
+      ...timing ? [["Processor time", formatDuration(timing.seconds)]] : []]),
+    settings.length > 0 ? el("details", null, el("summary", null, "Options of the runs"), factList(settings)) : null);
 }
 
 // Name, value, unit, what it means, and whether it speaks for the best: true, false, or null where it decides nothing.

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 
+#include "apps/algoserver/sweepReport.h"
 #include "base/values/nxTextStream.h"
 #include "host/report/nxOutputFile.h"
 #include "host/report/nxRecordReader.h"
@@ -16,7 +17,8 @@ namespace {
 struct ReportArguments
 {
     std::vector<std::string> records;
-    std::string page, json;
+    SweepReport sweep;
+    std::string &page = sweep.page, &json = sweep.json;
 };
 
 int Refuse(const std::string& text)
@@ -62,8 +64,15 @@ std::optional<std::string> Write(const char* what, const std::string& path, std:
     return file.Close();
 }
 
-int Report(const ReportArguments& arguments)
+int Report(ReportArguments& arguments)
 {
+    if (SweepReport::IsSweep(arguments.records.front())) {
+        if (arguments.records.size() != 1)
+            return Refuse("algoserver report: a sweep stands on a page of its own");
+        return arguments.sweep.Write(arguments.records.front());
+    }
+    if (arguments.sweep.IsOfSweep())
+        return Refuse("algoserver report: --csv, --run and --pages are for the results of a sweep");
     if (const auto obstacle = FindObstacle(arguments)) return Refuse(*obstacle);
     std::vector<nxResultPage::Run> runs;
     std::string documents;
@@ -89,11 +98,13 @@ void AddReportCommand(CLI::App& app, int& status)
     const auto arguments = std::make_shared<ReportArguments>();
     CLI::App& command = *app.add_subcommand("report", "Make a page of the records of runs");
     command.footer(
-        "Reads what 'algoserver run --record' wrote, plain or packed; - is standard input. Several records\n"
+        "Reads what 'algoserver run --record' or 'algoserver sweep' wrote; - is standard input. A record of "
+        "a run\n"
+        "may be packed. Several records\n"
         "stand side by side on one page. The result is that of the run itself. A record that was cut gives "
         "a\n"
         "report up to there, which says so, as does standard error.");
-    command.add_option("records", arguments->records, "Records of runs")
+    command.add_option("records", arguments->records, "Records of runs, or the results of one sweep")
         ->required()
         ->option_text("RECORD... REQUIRED");
     command
@@ -106,5 +117,6 @@ void AddReportCommand(CLI::App& app, int& status)
                     "File to write the results to, as run --json does, a line for each record; - is standard "
                     "output")
         ->type_name("FILE");
+    arguments->sweep.AddOptions(command);
     command.callback([arguments, &status] { status = Report(*arguments); });
 }

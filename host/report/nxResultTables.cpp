@@ -3,27 +3,11 @@
 #include <algorithm>
 
 #include "base/values/nxStringHelper.h"
+#include "host/report/nxCsvWriter.h"
 #include "host/report/nxResultSections.h"
 #include "host/report/nxResultText.h"
 
 namespace {
-
-// Quoted where it holds a comma, a quote or a line end.
-std::string Cell(const std::string& text)
-{
-    if (text.find_first_of(",\"\n\r") == std::string::npos) return text;
-    std::string quoted = "\"";
-    for (const char character : text)
-        quoted += character == '"' ? std::string("\"\"") : std::string(1, character);
-    return quoted + "\"";
-}
-
-void WriteRow(std::ostream& out, const std::vector<std::string>& cells)
-{
-    for (std::size_t i = 0; i < cells.size(); ++i)
-        out << (i == 0 ? "" : ",") << Cell(cells[i]);
-    out << "\n";
-}
 
 std::string GetJob(const nxResult& result, const nxResultData& data)
 {
@@ -53,7 +37,7 @@ void nxResultTables::WriteTrips(std::ostream& out, const nxResult& result)
                 cells.push_back(nxJsonWriter::GetNumber(number));
             cells.push_back(std::to_string(trip.entryOrder));
             cells.push_back(std::to_string(trip.exitOrder));
-            WriteRow(out, cells);
+            nxCsvWriter(out).Write(cells);
         }
     }
 }
@@ -68,7 +52,7 @@ void nxResultTables::WriteEquity(std::ostream& out, const nxResult& result)
                                               nxResultText::GetTime(time)};
             for (const double number : {profit, capital + profit, drawdown, exposure})
                 cells.push_back(nxJsonWriter::GetNumber(number));
-            WriteRow(out, cells);
+            nxCsvWriter(out).Write(cells);
         };
         auto day = data.days.begin();
         nxEquityBucket latest;

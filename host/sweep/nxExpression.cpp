@@ -378,6 +378,7 @@ std::optional<std::string> nxExpression::SetFromText(std::string_view text,
         }
     }
     _names.assign(used.begin(), used.end());
+    _text = text;
     return std::nullopt;
 }
 

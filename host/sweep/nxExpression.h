@@ -33,6 +33,8 @@ public:
     const std::vector<std::size_t>& GetNames() const { return _names; }
     // The same for texts that differ in blanks and parentheses only: operands before their operator.
     const std::string& GetNormalForm() const { return _normalForm; }
+    // As it was written.
+    const std::string& GetText() const { return _text; }
 
     enum class Operation : unsigned char {
         Number,
@@ -71,5 +73,5 @@ public:
 private:
     std::vector<Step> _steps;  // operands before their operator
     std::vector<std::size_t> _names;
-    std::string _normalForm;
+    std::string _normalForm, _text;
 };

@@ -28,6 +28,7 @@ public:
     // Over the numbers of the dimensions in their order.
     const std::vector<nxExpression>& GetConditions() const { return _conditions; }
     bool IsAllowed(std::span<const double> numbers) const;
+    const std::vector<nxExpression>& GetConstraints() const { return _constraints; }
 
     Method GetMethod() const { return _method; }
     unsigned long long GetRuns() const { return _runs; }  // of a grid 0: all
@@ -39,6 +40,7 @@ public:
     // number: the run has none, or a constraint does not hold.
     double GetObjective(std::span<const double> measures) const;
     bool HasObjective() const { return _objective.has_value(); }
+    std::string GetObjectiveText() const { return _objective ? _objective->GetText() : std::string(); }
     bool IsMinimised() const { return _isMinimised; }
 
     // The same text, and SHA-256 of it, for plans that ask for the same, however they were written.

@@ -42,7 +42,8 @@ std::string ListMeasures(const char* separator, const char* type)
     return text;
 }
 
-constexpr const char* RunColumns = "point, part, failure, ended, seconds, memory, books, bars, calendar, profits";
+constexpr const char* RunColumns =
+    "point, part, failure, ended, seconds, memory, books, bars, calendar, profits";
 
 std::optional<long long> FindDay(const std::string& text)
 {
@@ -81,13 +82,16 @@ std::optional<std::string> nxSweepStore::_Prepare()
 void nxSweepStore::_MakeTables()
 {
     _database.Run("CREATE TABLE facts (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID");
-    _database.Run("CREATE TABLE points (point INTEGER PRIMARY KEY, number INTEGER NOT NULL, parameters TEXT NOT NULL)");
     _database.Run(
-        "CREATE TABLE parts (part INTEGER PRIMARY KEY, role TEXT NOT NULL, split INTEGER, first TEXT, last TEXT, "
+        "CREATE TABLE points (point INTEGER PRIMARY KEY, number INTEGER NOT NULL, parameters TEXT NOT NULL)");
+    _database.Run(
+        "CREATE TABLE parts (part INTEGER PRIMARY KEY, role TEXT NOT NULL, split INTEGER, first TEXT, last "
+        "TEXT, "
         "name TEXT NOT NULL)");
     _database.Run("CREATE TABLE calendars (calendar INTEGER PRIMARY KEY, days BLOB NOT NULL)");
     _database.Run(
-        "CREATE TABLE runs (point INTEGER NOT NULL, part INTEGER NOT NULL, failure TEXT, ended TEXT NOT NULL, "
+        "CREATE TABLE runs (point INTEGER NOT NULL, part INTEGER NOT NULL, failure TEXT, ended TEXT NOT "
+        "NULL, "
         "seconds REAL NOT NULL, memory INTEGER NOT NULL, books INTEGER NOT NULL, bars INTEGER NOT NULL, "
         "calendar INTEGER, profits BLOB" +
         ListMeasures(", ", " REAL") + ", PRIMARY KEY (point, part)) WITHOUT ROWID");
@@ -121,7 +125,9 @@ void nxSweepStore::AddPoint(const nxPlanPoint& point, const nxPlan& plan)
 
 void nxSweepStore::AddPart(const nxSweepPart& part)
 {
-    const auto getDay = [&](long long day) { return part.span.IsEmpty() ? "" : nxFeedTime::GetDateAsString(day); };
+    const auto getDay = [&](long long day) {
+        return part.span.IsEmpty() ? "" : nxFeedTime::GetDateAsString(day);
+    };
     const std::string first = getDay(part.span.from), last = getDay(part.span.to - 1);
     _database.Begin();
     _database.Run("INSERT INTO parts VALUES (?, ?, ?, ?, ?, ?)",
@@ -139,17 +145,25 @@ long long nxSweepStore::_GetCalendar(const std::vector<long long>& days)
 void nxSweepStore::AddRun(const nxSweepTask& task, const nxSweepOutcome& outcome)
 {
     static const std::string sql = "INSERT INTO runs (" + (RunColumns + ListMeasures(", ", "")) +
-                                   ") VALUES (?1, ?2, nullif(?3, ''), ?4, ?5, ?6, ?7, ?8, ?9, ?10" + [] {
+                                   ") VALUES (?1, ?2, nullif(?3, ''), ?4, ?5, ?6, ?7, ?8, ?9, ?10" +
+                                   [] {
                                        std::string places;
                                        for (std::size_t i = 0; i < nxMeasure::GetAll().size(); ++i)
                                            places += fmt::format(", ?{}", 11 + i);
                                        return places;
-                                   }() + ")";
+                                   }() +
+                                   ")";
     _database.Begin();
-    std::vector<Value> values = {ToNumber(task.point), ToNumber(task.part), Text{outcome.failure}, Text{outcome.end},
-                                 outcome.seconds, static_cast<long long>(outcome.memory),
-                                 static_cast<long long>(outcome.hasBooks), static_cast<long long>(outcome.hasBars),
-                                 _GetCalendar(outcome.days), GetBytes(outcome.profits)};
+    std::vector<Value> values = {ToNumber(task.point),
+                                 ToNumber(task.part),
+                                 Text{outcome.failure},
+                                 Text{outcome.end},
+                                 outcome.seconds,
+                                 static_cast<long long>(outcome.memory),
+                                 static_cast<long long>(outcome.hasBooks),
+                                 static_cast<long long>(outcome.hasBars),
+                                 _GetCalendar(outcome.days),
+                                 GetBytes(outcome.profits)};
     for (std::size_t i = 0; i < nxMeasure::GetAll().size(); ++i)
         values.emplace_back(i < outcome.measures.size() ? outcome.measures[i]
                                                         : std::numeric_limits<double>::quiet_NaN());
@@ -225,6 +239,8 @@ void nxSweepStore::Clear()
     _database.Begin();
     for (const char* table : {"facts", "points", "parts", "runs", "calendars"})
         _database.Run(fmt::format("DELETE FROM {}", table));
+    _database.Commit();
+    _database.Run("VACUUM");
     _points = _parts = 0;
     _calendars.clear();
     _isNew = true;

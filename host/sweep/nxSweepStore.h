@@ -42,6 +42,8 @@ public:
     void ForgetFailures();
     // Null, or why what was added is not there.
     [[nodiscard]] std::optional<std::string> Save();
+    // Others may use the file again.
+    void Close() { _database.Close(); }
     // All at once, in place of what was there.
     void Clear();
 
@@ -54,6 +56,6 @@ private:
     std::string _path;
     nxSqliteDatabase _database;
     bool _isNew = false;
-    long long _points = 0, _parts = 0;  // how many there are
+    long long _points = 0, _parts = 0;                         // how many there are
     std::map<std::string, long long, std::less<>> _calendars;  // by their bytes
 };

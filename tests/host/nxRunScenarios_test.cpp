@@ -231,29 +231,48 @@ private:
                 options += " " + text.substr(0, text.size() - 1);
             }
         }
-        return "cd '" + _folder + "' && '" NX_ALGOSERVER "' run" + scripts + " --module '" + Folder +
-               "prelude.lua' --record record.jsonl --json result.json" + options + " --data" + data +
-               " >out 2>err </dev/null";
+        return scripts + " --module '" + Folder + "prelude.lua' --record record.jsonl --json result.json" +
+               options + " --data" + data;
+    }
+    int Execute(const std::string& command)
+    {
+        return WEXITSTATUS(std::system(("cd '" + _folder + "' && " + command + " </dev/null").c_str()));
     }
 
     // Whatever a run does, its record tells the same result.
     void ExpectReport()
     {
-        const std::string command =
-            "cd '" + _folder + "' && '" NX_ALGOSERVER "' report record.jsonl --json again.json >report 2>&1";
-        EXPECT_EQ(std::system(command.c_str()), 0) << Load(_folder + "report");
+        EXPECT_EQ(Execute("'" NX_ALGOSERVER "' report record.jsonl --json again.json >report 2>&1"), 0)
+            << Load(_folder + "report");
         EXPECT_EQ(Load(_folder + "again.json"), Load(_folder + "result.json"));
+    }
+
+    // Nor does it matter to a run that others take turns with it over the same data.
+    void ExpectBatch(const std::string& command)
+    {
+        constexpr int notForBatches = 77;
+        for (const char* const blockSize : {"1", "3"}) {
+            const int status = Execute("'" NX_RUN_BATCH "' " + (blockSize + command) + " >batch 2>&1");
+            if (status == notForBatches) return;
+            EXPECT_EQ(status, 0) << Load(_folder + "batch");
+            for (const std::string copy : {"batch0", "batch1", "batch2"}) {
+                EXPECT_EQ(Load(_folder + copy + ".out"), Load(_folder + "out")) << blockSize;
+                EXPECT_EQ(Load(_folder + copy + ".json"), Load(_folder + "result.json")) << blockSize;
+                EXPECT_EQ(Load(_folder + copy + ".jsonl"), Load(_folder + "record.jsonl")) << blockSize;
+            }
+        }
     }
 
     void TestBody() override
     {
         const testing::ScopedTrace trace(_scenario.file.c_str(), _scenario.line, _scenario.title);
-        const int status = std::system(MakeCommand().c_str());
+        const std::string command = MakeCommand();
+        const int status = Execute("'" NX_ALGOSERVER "' run" + command + " >out 2>err");
         const std::string out = Load(_folder + "out"), err = Load(_folder + "err");
         const std::string errors = DropSpeed(err);
         const std::size_t summary = std::min(out.find("--- summary\n"), out.size());
         const std::string log = out.substr(0, summary);
-        EXPECT_EQ(WEXITSTATUS(status), std::stoi(_scenario.Get("exit", "0"))) << err;
+        EXPECT_EQ(status, std::stoi(_scenario.Get("exit", "0"))) << err;
         EXPECT_EQ(errors, _scenario.Get("errors", _scenario.Get("exit", "").empty() ? "" : errors));
         EXPECT_EQ(log, _scenario.Get("log", log));
         EXPECT_EQ(ChooseRows(out.substr(summary), _scenario.Get("summary", "")),
@@ -263,6 +282,7 @@ private:
         EXPECT_EQ(lines, _scenario.Get("record", lines));
         if (!Load(_folder + "result.json").empty()) ExpectReport();
         if (!_scenario.Get("result", "").empty()) ExpectResult();
+        ExpectBatch(command);
     }
 
     void ExpectResult()
