@@ -16,8 +16,9 @@ target_compile_options(nx_options INTERFACE -fno-semantic-interposition)
 # Fused multiply-add would round differently from machine to machine, and a run repeats to the byte.
 target_compile_options(nx_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # Reports overlaps inside std::string's own operator+ that cannot be.
+    # Report overlaps and sizes inside std::string's own operator+ that cannot be, the second one when linking.
     target_compile_options(nx_options INTERFACE -Wno-restrict)
+    target_link_options(nx_options INTERFACE -Wno-stringop-overflow)
 endif()
 if(SCRIPTFRAMEWORK_WARNINGS_AS_ERRORS)
     target_compile_options(nx_options INTERFACE -Werror)

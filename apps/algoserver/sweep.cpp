@@ -218,7 +218,7 @@ void AddRunning(CLI::App& command, SweepArguments& arguments)
         ->option_text("COUNT");
     command.add_option("--batch", sweep.crew.largestBatch, "How many runs a process makes over one reading of the data at most")
         ->check(CLI::Range(1u, 4096u))
-        ->option_text("COUNT [64]");
+        ->option_text("COUNT [32]");
     command.add_option("--memory", arguments.memory, "MiB that all processes may take together; without it half of what is free")
         ->check(CLI::Range(1u, 1u << 30))
         ->option_text("MIB");

@@ -11,8 +11,9 @@
 class nxFeedBlocks
 {
 public:
-    // How many events a block has at most: few enough to stay in the processor's cache with what a run needs.
-    static constexpr std::size_t UsualSize = 256;
+    // How many events a block has at most: enough that a run which takes its turn has its memory back in the
+    // processor's cache for most of them. Some 4 MB.
+    static constexpr std::size_t UsualSize = 16'384;
 
     explicit nxFeedBlocks(std::size_t size = UsualSize) : _size(size) {}
 

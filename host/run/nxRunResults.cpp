@@ -42,6 +42,7 @@ nxRunResults::nxRunResults(nxRunState& state, nxRunOutput& output)
 std::optional<std::string> nxRunResults::Open()
 {
     const nxRunOptions& options = _state.options;
+    if (options.capital.IsValid()) _result.run.capital = options.capital.GetAsDouble();
     const struct
     {
         const std::string& path;
@@ -73,7 +74,6 @@ void nxRunResults::_MakeFacts()
     run.data = Describe(options.data);
     run.settings = nxGetRunSettings(options);
     run.seed = options.exchange.seed;
-    if (options.capital.IsValid()) run.capital = options.capital.GetAsDouble();
     _Hash();
 }
 

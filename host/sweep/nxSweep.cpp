@@ -286,7 +286,8 @@ nxSweep::Fault nxSweep::_Search()
             const auto [place, isNew] = known.try_emplace(point->values, known.size());
             points[j] = place->second;
             point->number = place->second;
-            if (isNew) _AddPoint(*point);
+            if (!isNew) continue;
+            _AddPoint(*point);
             tasks.push_back({place->second, 0});
         }
         if (Fault fault = _RunTasks(std::move(tasks))) return fault;
