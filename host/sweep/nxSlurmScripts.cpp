@@ -19,9 +19,9 @@ fail()
 }
 
 # Slurm tells this script alone that the time is nearly over; a SIGTERM has reached the sweep, too.
-child= is_late=
+child= is_late= is_cancelled=
 trap 'signalled=1; is_late=1; [ -z "$child" ] || kill -TERM "$child"' USR1
-trap 'signalled=1' TERM
+trap 'signalled=1; is_cancelled=1' TERM
 
 rm -f "$name.done" "$name.failed"
 cd "$directory" || fail 'the directory in which the sweep was started is not there on this node'
@@ -36,11 +36,14 @@ done
 
 if [ $status -eq 0 ]; then
     : >"$name.done"
+elif [ -n "$is_cancelled" ]; then
+    fail 'cancelled'
 elif [ -z "$is_late" ]; then
     fail "exit status $status"
 elif [ "${SLURM_RESTART_COUNT:-0}" -ge $most_requeues ]; then
     fail "its time was over $((most_requeues + 1)) times"
 else
+    echo "slice $slice: its time is over; it goes on later"
     scontrol requeue "$SLURM_JOB_ID" || fail 'its time was over, and Slurm does not start it again'
 fi
 )";
