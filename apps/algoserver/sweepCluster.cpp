@@ -119,7 +119,10 @@ void AddSlurmOptions(CLI::App& sweep, SlurmArguments& arguments)
         sweep.add_option("--cpus-per-task", slurm.cpusPerTask, "Cores of a task, each of which runs scripts")
             ->check(CLI::Range(1u, 4096u))
             ->capture_default_str(),
-        sweep.add_option("--account", slurm.account, "Whose share it is")->type_name("NAME"),
+        sweep
+            .add_option("--slurm-account", slurm.account,
+                        "Whose share of the cluster it is, --account of sbatch")
+            ->type_name("NAME"),
         sweep.add_option("--qos", slurm.qos, "Quality of service")->type_name("NAME"),
         sweep.add_option("--array-size", slurm.arraySize, "At most so many tasks")
             ->check(CLI::Range(1u, nxSlurmOptions::MostSlices))

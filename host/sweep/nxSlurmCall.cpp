@@ -25,7 +25,7 @@ public:
         posix_spawnattr_init(&_attributes);
         sigset_t defaults;
         sigemptyset(&defaults);
-        for (const int signal : {SIGPIPE, SIGXFSZ})
+        for (const int signal : {SIGPIPE, SIGXFSZ, SIGINT})
             sigaddset(&defaults, signal);
         posix_spawnattr_setsigdefault(&_attributes, &defaults);
         posix_spawnattr_setflags(&_attributes, POSIX_SPAWN_SETSIGDEF);
@@ -129,9 +129,12 @@ std::optional<std::string> nxSlurmCall::Run(const std::vector<std::string>& argu
 
 std::optional<std::string> nxSlurmCall::RunHere(const std::vector<std::string>& arguments, int& status)
 {
+    // A Ctrl-C reaches the child, too, which ends properly; its status is then waited for.
+    const auto handler = std::signal(SIGINT, SIG_IGN);
     pid_t child = 0;
-    if (const int error = Start().Spawn(arguments, child); error != 0)
-        return fmt::format("{} cannot be started: {}", arguments.front(), std::strerror(error));
-    status = WaitFor(child);
-    return std::nullopt;
+    const int error = Start().Spawn(arguments, child);
+    if (error == 0) status = WaitFor(child);
+    std::signal(SIGINT, handler);
+    if (error == 0) return std::nullopt;
+    return fmt::format("{} cannot be started: {}", arguments.front(), std::strerror(error));
 }

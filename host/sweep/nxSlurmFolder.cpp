@@ -109,6 +109,14 @@ std::optional<std::string> nxSlurmFolder::NoteJob(const std::string& job, const 
                        std::strerror(errno), job);
 }
 
+std::string nxSlurmFolder::ReadLine(const std::string& name) const
+{
+    std::ifstream stream(GetFile(name));
+    std::string line;
+    std::getline(stream, line);
+    return line;
+}
+
 bool nxSlurmFolder::Has(const std::string& name) const
 {
     std::error_code failure;

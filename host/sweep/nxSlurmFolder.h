@@ -37,6 +37,7 @@ public:
     {
         return "slice-" + (begin == 0 ? std::string() : std::to_string(begin) + "+") + index + ".log";
     }
+    std::string ReadLine(const std::string& name) const;  // the first one of a file; empty: there is none
     bool Has(const std::string& name) const;
     void Remove(const std::string& name) const;
     // All that belongs to the sweep but its merged results.

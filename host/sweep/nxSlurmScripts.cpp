@@ -7,7 +7,7 @@
 namespace {
 
 // What comes after the words of a sweep.
-constexpr std::string_view Task = R"(most_requeues=10
+constexpr std::string_view Task = R"sh(most_requeues=10
 slice=$(($1 + SLURM_ARRAY_TASK_ID))
 name=$folder/slice-$slice
 
@@ -38,6 +38,8 @@ if [ $status -eq 0 ]; then
     : >"$name.done"
 elif [ -n "$is_cancelled" ]; then
     fail 'cancelled'
+elif [ -z "$is_late" ] && [ $status -gt 128 ]; then
+    fail "ended by signal $((status - 128))"
 elif [ -z "$is_late" ]; then
     fail "exit status $status"
 elif [ "${SLURM_RESTART_COUNT:-0}" -ge $most_requeues ]; then
@@ -46,7 +48,7 @@ else
     echo "slice $slice: its time is over; it goes on later"
     scontrol requeue "$SLURM_JOB_ID" || fail 'its time was over, and Slurm does not start it again'
 fi
-)";
+)sh";
 
 bool IsPlain(char character)
 {

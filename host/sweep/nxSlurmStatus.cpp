@@ -38,38 +38,43 @@ std::string nxSlurmStatus::GetNext() const
 std::string nxSlurmStatus::GetText() const
 {
     std::string text = fmt::format("slices   {} of {} done", done, slices);
-    const std::pair<unsigned int, const char*> others[] = {
-        {running, "running"}, {pending, "pending"}, {failed, "failed"}, {lost, "lost"}};
+    const std::string waits = reason.empty() ? "pending" : "pending (" + reason + ")";
+    const std::pair<unsigned int, std::string> others[] = {
+        {running, "running"}, {pending, waits}, {failed, "failed"}, {lost, "lost"}};
     for (const auto& [count, name] : others)
         if (count > 0) text += fmt::format(", {} {}", count, name);
-    text += reason.empty() ? "\n" : fmt::format(" ({})\n", reason);
+    text += "\n";
     if (runsDone && runs > 0) text += fmt::format("runs     {} of {} done\n", *runsDone, runs);
     if (!why.empty()) text += fmt::format("failed   slice {}: {}\n", missing.front(), why);
     if (!jobs.empty()) text += fmt::format("jobs     {}\n", fmt::join(jobs, ", "));
-    text += fmt::format("merge    {}{}\n", GetName(merge), mergeJob.empty() ? "" : ", job " + mergeJob);
+    text += fmt::format("merge    {}", GetName(merge));
+    if (!mergeFault.empty()) text += ": " + mergeFault;
+    if (!mergeJob.empty()) text += ", job " + mergeJob;
+    text += "\n";
     if (!queueFault.empty()) text += fmt::format("queue    not known: {}\n", queueFault);
     return text + "next     " + GetNext() + "\n";
 }
 
 std::string nxSlurmStatus::GetJson() const
 {
-    nlohmann::ordered_json json = {{"directory", folder},
-                                   {"output", output},
-                                   {"slices",
-                                    {{"total", slices},
-                                     {"done", done},
-                                     {"running", running},
-                                     {"pending", pending},
-                                     {"failed", failed},
-                                     {"lost", lost}}},
-                                   {"runs", {{"total", nullptr}, {"done", nullptr}}},
-                                   {"missing", missing},
-                                   {"jobs", jobs},
-                                   {"merge", {{"state", GetName(merge)}, {"job", mergeJob}}},
-                                   {"reason", reason},
-                                   {"failure", why},
-                                   {"queue", queueFault},
-                                   {"next", GetNext()}};
+    nlohmann::ordered_json json = {
+        {"directory", folder},
+        {"output", output},
+        {"slices",
+         {{"total", slices},
+          {"done", done},
+          {"running", running},
+          {"pending", pending},
+          {"failed", failed},
+          {"lost", lost}}},
+        {"runs", {{"total", nullptr}, {"done", nullptr}}},
+        {"missing", missing},
+        {"jobs", jobs},
+        {"merge", {{"state", GetName(merge)}, {"job", mergeJob}, {"failure", mergeFault}}},
+        {"reason", reason},
+        {"failure", why},
+        {"queue", queueFault},
+        {"next", GetNext()}};
     if (runs > 0) json["runs"]["total"] = runs;
     if (runsDone) json["runs"]["done"] = *runsDone;
     return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";

@@ -19,6 +19,7 @@ struct nxSlurmStatus
     std::vector<std::string> jobs = {};               // that wait or run, without the merge
     std::string mergeJob = {};
     Merge merge = Merge::None;
+    std::string mergeFault = {};             // why it failed
     std::vector<unsigned int> missing = {};  // slices that failed or are lost
     std::string why = {};                    // of the first of them that told; empty: none did
     std::string log = {};                    // where more stands about the first of them

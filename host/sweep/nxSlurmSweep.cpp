@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <fstream>
 
 #include "host/sweep/nxSlurmCall.h"
 #include "host/sweep/nxSlurmScripts.h"
@@ -49,9 +48,8 @@ std::optional<std::string> nxSlurmSweep::_Begin(nxSlurmWork& work, bool restarts
     if (auto fault = _folder.Read(before); fault && !restarts) return fault;
     if (before && !restarts && before->GetHash() != work.GetHash())
         return fmt::format(
-            "{}: another sweep was submitted into that folder, or its script, data or plan have changed "
-            "since; name another "
-            "folder, or give --restart, which does all of it again",
+            "{}: another sweep was submitted into that folder, or its script, data, plan or algoserver have "
+            "changed since; name another folder, or give --restart, which does all of it again",
             _folder.GetPath());
     if (before && !restarts) {
         work.slices = before->slices;
@@ -65,6 +63,10 @@ std::optional<std::string> nxSlurmSweep::_Begin(nxSlurmWork& work, bool restarts
             return fmt::format("{}: jobs of that folder wait or run; 'algoserver sweep cancel' ends them",
                                _folder.GetPath());
         _folder.RemoveAll();
+        // The results with what SQLite may have left beside them.
+        std::error_code failure;
+        for (const char* ending : {"", "-journal", "-wal", "-shm"})
+            std::filesystem::remove(work.output + ending, failure);
     }
     _work = std::move(work);
     return std::nullopt;
@@ -179,6 +181,7 @@ void nxSlurmSweep::_CountQueue(nxSlurmStatus& status) const
     status.merge = _IsMerged()                ? nxSlurmStatus::Merge::Done
                    : _folder.Has(MergeFailed) ? nxSlurmStatus::Merge::Failed
                                               : nxSlurmStatus::Merge::None;
+    if (status.merge == nxSlurmStatus::Merge::Failed) status.mergeFault = _folder.ReadLine(MergeFailed);
     if (const nxSlurmQueue::Task* const merge = _queue.GetMerge()) {
         status.mergeJob = merge->job;
         if (status.merge != nxSlurmStatus::Merge::Done)
@@ -209,8 +212,7 @@ void nxSlurmSweep::_CountSlices(nxSlurmStatus& status, const CountRuns& count) c
     if (status.missing.empty()) return;
     const unsigned int first = status.missing.front(), begin = first / _work.chunk * _work.chunk;
     status.log = _folder.GetFile(nxSlurmFolder::GetLogName(begin, std::to_string(first - begin))).string();
-    std::ifstream file(_folder.GetFile(nxSlurmFolder::GetSliceName(first) + ".failed"));
-    std::getline(file, status.why);
+    status.why = _folder.ReadLine(nxSlurmFolder::GetSliceName(first) + ".failed");
 }
 
 std::optional<std::string> nxSlurmSweep::Merge(bool finishes, int& status)

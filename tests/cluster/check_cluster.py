@@ -41,12 +41,16 @@ class Case:
         self.cluster, self.program, self.folder = cluster, program, folder
         self.place = os.path.join(folder, "sweep.db.slurm")
         os.makedirs(folder)
+        self.write_plan(runs)
         files = {"script.lua": f"function OnInit()\n  local x = job:getParameter('x') for i = 1, {int(seconds * 1e8)} do end\nend\n",
-                 "data.csv": "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n20240108:14:30:00,A,99,5,101,5,,,\n",
-                 "plan.toml": f'[parameters]\nx = "1:{runs}:1"\n'}
+                 "data.csv": "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n20240108:14:30:00,A,99,5,101,5,,,\n"}
         for name, text in files.items():
             with open(os.path.join(folder, name), "w") as file:
                 file.write(text)
+
+    def write_plan(self, runs):
+        with open(os.path.join(self.folder, "plan.toml"), "w") as file:
+            file.write(f'[parameters]\nx = "1:{runs}:1"\n')
 
     def call(self, *arguments, status=0, environment=None):
         result = subprocess.run([self.program, "sweep", *arguments], cwd=self.folder, env=environment or self.cluster.environment, capture_output=True, text=True,
@@ -80,6 +84,8 @@ class Case:
         require(status["merge"]["state"] == "done", status)
         require("results are in" in status["next"], status)
         alone = os.path.join(self.folder, "alone.db")
+        with contextlib.suppress(FileNotFoundError):
+            os.remove(alone)
         self.call("script.lua", "--data", "data.csv", "--plan", "plan.toml", "-o", alone)
         require(read_results(os.path.join(self.folder, "sweep.db")) == read_results(alone), "the results are others than those of one machine")
 
@@ -118,7 +124,7 @@ def check_killed(case):
     os.kill(get_parent(sweep), signal.SIGKILL)
     status = case.wait_for_end()
     require((status["slices"]["failed"], status["slices"]["lost"], status["missing"], status["merge"]["state"]) == (1, 1, [1, 2], "failed"), status)
-    require(status["failure"] == "exit status 137" and "same command again" in status["next"], status)
+    require(status["failure"] == "ended by signal 9" and "same command again" in status["next"], status)
     require("2 of 5 slices are missing: 1-2" in case.call("merge", case.place, status=2), "it merges what is not there")
     os.remove(os.path.join(case.place, "slice-3.db"))
     out = case.submit("--slices=4")
@@ -166,6 +172,7 @@ def check_refusals(case):
     case.submit()
     case.check_results()
     require("another sweep" in case.submit("-o", "other.db", "--slurm-dir=sweep.db.slurm", status=2), "another sweep in the folder")
+    case.write_plan(8)
     case.submit("--restart", "--slices=3")
     case.check_results()
     require(case.status()["slices"]["total"] == 3, "it does not begin anew")

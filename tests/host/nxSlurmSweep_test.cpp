@@ -16,10 +16,10 @@ namespace fs = std::filesystem;
 
 // Commands of Slurm that note how they are called; squeue tells what the file "queue" holds. tests/cluster
 // has the real ones.
-class nxSlurmSweep : public testing::Test
+class nxSlurmSweepTest : public testing::Test
 {
 protected:
-    nxSlurmSweep()
+    nxSlurmSweepTest()
     {
         fs::create_directories(_folder / "bin");
         Put("bin/sbatch",
@@ -32,7 +32,7 @@ protected:
             fs::permissions(file.path(), fs::perms::owner_all);
         setenv("PATH", ((_folder / "bin").string() + ":" + _path).c_str(), 1);
     }
-    ~nxSlurmSweep() override
+    ~nxSlurmSweepTest() override
     {
         setenv("PATH", _path.c_str(), 1);
         fs::remove_all(_folder);
@@ -56,14 +56,14 @@ protected:
         nxSlurmOptions options;
         options.throttle = 4;
         std::ostringstream out;
-        return ::nxSlurmSweep(_folder / "x").Submit(work, options, false, out).value_or("");
+        return nxSlurmSweep(_folder / "x").Submit(work, options, false, out).value_or("");
     }
 
     const std::string _path = std::getenv("PATH");
     const fs::path _folder = fs::path(testing::TempDir()) / ("slurm" + std::to_string(getpid()));
 };
 
-TEST_F(nxSlurmSweep, SubmitsWhatIsNeitherDoneNorQueued)
+TEST_F(nxSlurmSweepTest, SubmitsWhatIsNeitherDoneNorQueued)
 {
     nxSlurmWork work{"/bin/algoserver", {"sweep", "a.lua"}, "/", (_folder / "x.db").string(), "1", "", 70, 7};
     EXPECT_EQ(Submit(work), "");
@@ -73,7 +73,7 @@ TEST_F(nxSlurmSweep, SubmitsWhatIsNeitherDoneNorQueued)
         Put(fs::path("x") / name, "late\n");
     const std::string name = nxSlurmFolder(_folder / "x").GetJobName();
     Put("queue", "1|2|RUNNING|" + name + "+0|None\n4|N/A|PENDING|" + name + "|Dependency\n");
-    ::nxSlurmSweep sweep(_folder / "x");
+    nxSlurmSweep sweep(_folder / "x");
     nxSlurmStatus status;
     ASSERT_EQ(sweep.GetStatus(status), std::nullopt);
     EXPECT_THAT(status.GetText(), testing::StartsWith("slices   2 of 7 done, 1 running, 1 failed, 3 lost\n"));
@@ -86,7 +86,7 @@ TEST_F(nxSlurmSweep, SubmitsWhatIsNeitherDoneNorQueued)
     EXPECT_THAT(Submit(work), testing::HasSubstr("another sweep was submitted"));
 }
 
-TEST_F(nxSlurmSweep, IsCutIntoSlicesOfTenMinutes)
+TEST_F(nxSlurmSweepTest, IsCutIntoSlicesOfTenMinutes)
 {
     const struct
     {
@@ -108,7 +108,7 @@ TEST_F(nxSlurmSweep, IsCutIntoSlicesOfTenMinutes)
     }
 }
 
-TEST_F(nxSlurmSweep, QuotesForAShell)
+TEST_F(nxSlurmSweepTest, QuotesForAShell)
 {
     const std::string hostile = "it's \"$HOME\" `x` $(x) \\ \n * ;";
     std::string told;
