@@ -37,7 +37,7 @@ done
 if [ $status -eq 0 ]; then
     : >"$name.done"
 elif [ -n "$is_cancelled" ]; then
-    fail 'cancelled'
+    fail 'cancelled, or its time was over'
 elif [ -z "$is_late" ] && [ $status -gt 128 ]; then
     fail "ended by signal $((status - 128))"
 elif [ -z "$is_late" ]; then

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "host/sweep/nxSlurmScripts.h"

@@ -133,10 +133,14 @@ class Slurm:
         place = self.folder
         self._start_daemon("munged", "--foreground", "--force", f"--key-file={place}/munge.key", f"--socket={place}/munge.socket", f"--pid-file={place}/munged.pid",
                            f"--log-file={place}/munged.log", f"--seed-file={place}/munge.seed")
-        wait_for(lambda: os.path.exists(f"{place}/munge.socket"), 20, "munged")
+        wait_for(lambda: self._check_daemons() or os.path.exists(f"{place}/munge.socket"), 20, "munged")
         self._start_daemon("slurmctld", "-D", "-i", "-f", self.environment["SLURM_CONF"])
         self._start_daemon("slurmd", "-D", "-f", self.environment["SLURM_CONF"])
-        wait_for(self._is_ready, 60, f"slurmd (see {place}/*.log)")
+        try:
+            wait_for(self._is_ready, 60, "the node")
+        except TimeoutError as error:
+            with open(os.path.join(place, "slurmd.log"), errors="replace") as log:
+                raise Impossible(f"{error}: {log.read()[-2000:]}") from error
 
     def _start_daemon(self, name, *arguments):
         # A process group of its own: a Ctrl-C is for the test, which then ends it.
@@ -144,9 +148,14 @@ class Slurm:
             self.processes.append(subprocess.Popen([self.programs[name], *arguments], env=self.environment, stdin=subprocess.DEVNULL, stdout=out,
                                                    stderr=subprocess.STDOUT, start_new_session=True))
 
-    def _is_ready(self):
+    def _check_daemons(self):
         for process in self.processes:
             if process.poll() is not None:
-                raise Impossible(f"{process.args[0]} ended with {process.returncode}; its output is in {self.folder}")
+                name = os.path.basename(process.args[0])
+                with open(os.path.join(self.folder, f"{name}.out"), errors="replace") as out:
+                    raise Impossible(f"{name} ended with {process.returncode}: {out.read()[-2000:]}")
+
+    def _is_ready(self):
+        self._check_daemons()
         result = subprocess.run(["sinfo", "-h", "-o", "%T"], env=self.environment, capture_output=True, text=True)
         return result.stdout.strip() in ("idle", "mixed", "allocated")

@@ -75,8 +75,13 @@ TEST_F(nxSlurmSweepTest, SubmitsWhatIsNeitherDoneNorQueued)
     Put("queue", "1|2|RUNNING|" + name + "+0|None\n4|N/A|PENDING|" + name + "|Dependency\n");
     nxSlurmSweep sweep(_folder / "x");
     nxSlurmStatus status;
-    ASSERT_EQ(sweep.GetStatus(status), std::nullopt);
-    EXPECT_THAT(status.GetText(), testing::StartsWith("slices   2 of 7 done, 1 running, 1 failed, 3 lost\n"));
+    const auto count = [](const fs::path& file) {
+        return fs::exists(file) ? std::optional(10ULL) : std::nullopt;
+    };
+    ASSERT_EQ(sweep.GetStatus(status, count), std::nullopt);
+    EXPECT_THAT(
+        status.GetText(),
+        testing::StartsWith("slices   2 of 7 done, 1 running, 1 failed, 3 lost\nruns     20 of 70 done\n"));
     EXPECT_THAT(status.missing, testing::ElementsAre(1, 3, 5, 6));
     Put("calls", "sbatch\nsbatch\nsbatch\nsbatch\n");
     work.slices = 3;  // it stays as it was
