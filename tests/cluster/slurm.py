@@ -137,7 +137,7 @@ class Slurm:
         self._start_daemon("slurmctld", "-D", "-i", "-f", self.environment["SLURM_CONF"])
         self._start_daemon("slurmd", "-D", "-f", self.environment["SLURM_CONF"])
         try:
-            wait_for(self._is_ready, 60, "the node")
+            wait_for(self.is_up, 60, "the node")
         except TimeoutError as error:
             with open(os.path.join(place, "slurmd.log"), errors="replace") as log:
                 raise Impossible(f"{error}: {log.read()[-2000:]}") from error
@@ -155,7 +155,7 @@ class Slurm:
                 with open(os.path.join(self.folder, f"{name}.out"), errors="replace") as out:
                     raise Impossible(f"{name} ended with {process.returncode}: {out.read()[-2000:]}")
 
-    def _is_ready(self):
+    def is_up(self):
         self._check_daemons()
         result = subprocess.run(["sinfo", "-h", "-o", "%T"], env=self.environment, capture_output=True, text=True)
         return result.stdout.strip() in ("idle", "mixed", "allocated")
