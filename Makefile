@@ -9,12 +9,14 @@ SUDO := $(if $(filter 0,$(shell id -u)),,sudo)
 DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --latency 5ms --feed-latency 5ms \
     --report build/demo.html
 SOURCES = git ls-files '*.h' '*.cpp'
+PACKAGES = packages.txt
 
-.PHONY: help demo test soak faults fuzz build asan tsan luajit bench format check-format install packages clean
+.PHONY: help demo test test-cluster soak faults fuzz build asan tsan luajit bench format check-format install packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
 	@echo "make test     install what is missing, build, run all tests"
+	@echo "make test-cluster  sweeps on a Slurm of one node, which it installs and starts"
 	@echo "make soak     the exchange against a naive one, for MINUTES ($(MINUTES))"
 	@echo "make faults   each fault of memory, disk and signals at each step of a run, or at EVERY ($(EVERY))th"
 	@echo "make fuzz     whatever reads text from outside, and scripts, against random input, for MINUTES ($(MINUTES))"
@@ -26,7 +28,7 @@ help:
 	@echo "make install  install the library and algoserver below PREFIX ($(PREFIX))"
 
 packages:
-	@missing=$$(for package in $$(grep -v '^#' packages.txt); do \
+	@missing=$$(for package in $$(grep -hv '^#' $(PACKAGES)); do \
 	    dpkg-query -W -f '$${Status}' $$package 2>/dev/null | grep -q 'install ok installed' || echo $$package; done); \
 	if [ -n "$$missing" ]; then \
 	    echo "Installing Debian packages:" $$missing; \
@@ -48,6 +50,13 @@ test: packages
 	cmake --preset dev
 	cmake --build --preset dev -j $(JOBS)
 	ctest --preset dev
+
+# Root, since Slurm starts jobs for users. On a machine with a Slurm of its own that is left alone.
+test-cluster: PACKAGES += packages-cluster.txt
+test-cluster: packages
+	cmake --preset dev
+	cmake --build --preset dev -j $(JOBS) --target cluster_sweep
+	$(SUDO) tests/cluster/check_cluster.py build/dev/tests/cluster/cluster_sweep
 
 # The twelve tests of nxExchangeNaive share the time.
 soak: packages
