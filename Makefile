@@ -55,8 +55,8 @@ test: packages
 test-cluster: PACKAGES += packages-cluster.txt
 test-cluster: packages
 	cmake --preset dev
-	cmake --build --preset dev -j $(JOBS) --target cluster_sweep
-	$(SUDO) tests/cluster/check_cluster.py build/dev/tests/cluster/cluster_sweep
+	cmake --build --preset dev -j $(JOBS) --target algoserver
+	$(SUDO) tests/cluster/check_cluster.py build/dev/apps/algoserver/algoserver
 
 # The twelve tests of nxExchangeNaive share the time.
 soak: packages

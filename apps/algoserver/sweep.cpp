@@ -9,6 +9,8 @@
 #include <thread>
 
 #include "apps/algoserver/signals.h"
+#include "apps/algoserver/sweepCluster.h"
+#include "host/feed/nxSha256.h"
 #include "host/run/nxRunFiles.h"
 #include "host/sweep/nxPlanFile.h"
 #include "host/sweep/nxSweep.h"
@@ -23,6 +25,7 @@ struct SweepArguments
     std::string slice;
     unsigned int memory = 0;  // MiB
     nxSweepOptions sweep;
+    SlurmArguments slurm;
 };
 
 int Refuse(const std::string& text)
@@ -52,7 +55,8 @@ std::string CheckSlice(const std::string& text)
     const char* const end = text.data() + text.size();
     const auto [slash, error] = std::from_chars(text.data(), end, slice);
     const bool isPair = error == std::errc() && slash != end && *slash == '/';
-    const auto [rest, otherError] = isPair ? std::from_chars(slash + 1, end, slices) : std::from_chars_result{slash, error};
+    const auto [rest, otherError] =
+        isPair ? std::from_chars(slash + 1, end, slices) : std::from_chars_result{slash, error};
     return isPair && otherError == std::errc() && rest == end && slice < slices
                ? std::string()
                : text + " is no K/N with K below N, such as 0/8";
@@ -87,7 +91,8 @@ std::optional<std::string> TakePlan(SweepArguments& arguments)
     if (!arguments.planFile.empty() && !nxPlanFile::Read(arguments.planFile, entries, error))
         return error.GetText();
     entries.insert(entries.end(), arguments.entries.begin(), arguments.entries.end());
-    if (entries.empty()) return "no plan: --vary NAME=VALUES, or --plan FILE.toml, tells what differs from run to run";
+    if (entries.empty())
+        return "no plan: --vary NAME=VALUES, or --plan FILE.toml, tells what differs from run to run";
     return std::nullopt;
 }
 
@@ -98,7 +103,27 @@ bool PartsTime(const std::vector<nxPlanEntry>& entries)
     });
 }
 
-int Sweep(SweepArguments& arguments)
+int Submit(const CLI::App& command, SweepArguments& arguments)
+{
+    nxSweepOptions& sweep = arguments.sweep;
+    sweep.isDry = sweep.wantsIdentity = true;
+    nxSweep::Forecast forecast;
+    if (const auto fault = nxSweep(sweep, std::cout, std::cerr).Foresee(forecast)) return Refuse(*fault);
+    const double seconds = forecast.secondsOfRun * static_cast<double>(forecast.parts);
+    return SubmitSweep(
+        command, arguments.slurm,
+        {sweep.file, nxSha256::GetOfText(forecast.identity), forecast.points, seconds, sweep.restarts});
+}
+
+std::optional<unsigned long long> CountRuns(const std::filesystem::path& file)
+{
+    std::error_code ignored;
+    nxSweepStore store;
+    if (!std::filesystem::exists(file, ignored) || store.Open(file.string())) return std::nullopt;
+    return store.CountRuns();
+}
+
+int Sweep(const CLI::App& command, SweepArguments& arguments)
 {
     nxSweepOptions& sweep = arguments.sweep;
     if (arguments.runs.run.jobs.scripts.empty())
@@ -116,6 +141,7 @@ int Sweep(SweepArguments& arguments)
     sweep.crew.interrupted = &GetInterrupted();
     sweep.showsProgress = isatty(STDERR_FILENO) != 0;
     CatchSignals();
+    if (arguments.slurm.isAsked) return Submit(command, arguments);
     return static_cast<int>(nxSweep(sweep, std::cout, std::cerr).Run());
 }
 
@@ -128,7 +154,8 @@ void AddEntry(CLI::App& command, const char* option, const char* key, std::vecto
         entries.push_back({key, "", {value}, false, fmt::format("{} {}", place, value)});
     };
     if (type == nullptr) {
-        command.add_flag_callback(option, [add] { add("true"); }, help);
+        command.add_flag_callback(
+            option, [add] { add("true"); }, help);
         return;
     }
     // Each time on its own: what follows may be a script.
@@ -158,7 +185,10 @@ void AddDimension(CLI::App& command, const char* option, const char* key, std::v
                     const std::size_t equals = text.find('=');
                     if (equals == 0 || equals == std::string::npos)
                         throw CLI::ValidationError(option, text + " is no NAME=VALUES");
-                    entries.push_back({key, text.substr(0, equals), {text.substr(equals + 1)}, false,
+                    entries.push_back({key,
+                                       text.substr(0, equals),
+                                       {text.substr(equals + 1)},
+                                       false,
                                        fmt::format("{} {}", option, text)});
                 }
             },
@@ -172,7 +202,8 @@ void AddDimension(CLI::App& command, const char* option, const char* key, std::v
 void AddPlan(CLI::App& command, SweepArguments& arguments)
 {
     std::vector<nxPlanEntry>& entries = arguments.entries;
-    command.add_option("--plan", arguments.planFile, "TOML file of the plan; options go before it")->type_name("FILE.toml");
+    command.add_option("--plan", arguments.planFile, "TOML file of the plan; options go before it")
+        ->type_name("FILE.toml");
     AddDimension(command, "--vary", "parameters", entries, "NAME=VALUES",
                  "What a parameter goes through: 5:50:5, 20,50,100 or 0.001:1:log7; may be repeated");
     AddDimension(command, "--vary-option", "options", entries, "OPTION=VALUES",
@@ -185,12 +216,15 @@ void AddPlan(CLI::App& command, SweepArguments& arguments)
     AddEntry(command, "--minimise", "minimise", entries, "EXPRESSION", "The same, the lower the better");
     AddEntry(command, "--constraint", "constraints", entries, "CONDITION",
              "What the measures of the best must satisfy, such as \"roundTrips > 100\"; may be repeated");
-    AddEntry(command, "--random", "random", entries, "COUNT", "So many random points in place of all combinations");
+    AddEntry(command, "--random", "random", entries, "COUNT",
+             "So many random points in place of all combinations");
     AddEntry(command, "--sobol", "sobol", entries, "COUNT", "So many points of the Sobol sequence");
     AddEntry(command, "--scramble", "scramble", entries, nullptr, "Scramble them by the seed of the plan");
-    AddEntry(command, "--search", "search", entries, "tpe|cmaes", "Adaptive search, which learns from run to run");
+    AddEntry(command, "--search", "search", entries, "tpe|cmaes",
+             "Adaptive search, which learns from run to run");
     AddEntry(command, "--runs", "runs", entries, "COUNT", "How many runs it makes");
-    AddEntry(command, "--plan-seed", "seed", entries, "NUMBER", "For what the plan draws by lot; 1 without it");
+    AddEntry(command, "--plan-seed", "seed", entries, "NUMBER",
+             "For what the plan draws by lot; 1 without it");
 }
 
 void AddTime(CLI::App& command, SweepArguments& arguments)
@@ -200,8 +234,10 @@ void AddTime(CLI::App& command, SweepArguments& arguments)
              "Walk-forward: choose over so much time, judge over the time after it, go on: 6m:1m");
     AddEntry(command, "--anchored", "anchored", entries, nullptr, "Each train begins with the data");
     AddEntry(command, "--folds", "folds", entries, "COUNT", "Cross-validation by so many folds of time");
-    AddEntry(command, "--purge", "purge", entries, "LENGTH", "What does not train on either side of a test: 5d");
-    AddEntry(command, "--embargo", "embargo", entries, "LENGTH", "What does not train after a fold beside that");
+    AddEntry(command, "--purge", "purge", entries, "LENGTH",
+             "What does not train on either side of a test: 5d");
+    AddEntry(command, "--embargo", "embargo", entries, "LENGTH",
+             "What does not train after a fold beside that");
     AddEntry(command, "--holdout", "holdout", entries, "SHARE|LENGTH",
              "The end of the data that is run once, for the best alone: 20% or 3m");
 }
@@ -213,26 +249,37 @@ void AddRunning(CLI::App& command, SweepArguments& arguments)
     command.add_option("-o,--output", sweep.file, "File of the results, from which the same command goes on")
         ->type_name("FILE.db")
         ->capture_default_str();
-    command.add_option("-j,--jobs", sweep.crew.workers, "How many processes make runs at one time; without it all cores")
+    command
+        .add_option("-j,--jobs", sweep.crew.workers,
+                    "How many processes make runs at one time; without it all cores")
         ->check(CLI::Range(1u, 4096u))
         ->option_text("COUNT");
-    command.add_option("--batch", sweep.crew.largestBatch, "How many runs a process makes over one reading of the data at most")
+    command
+        .add_option("--batch", sweep.crew.largestBatch,
+                    "How many runs a process makes over one reading of the data at most")
         ->check(CLI::Range(1u, 4096u))
         ->option_text("COUNT [32]");
-    command.add_option("--memory", arguments.memory, "MiB that all processes may take together; without it half of what is free")
+    command
+        .add_option("--memory", arguments.memory,
+                    "MiB that all processes may take together; without it half of what is free")
         ->check(CLI::Range(1u, 1u << 30))
         ->option_text("MIB");
-    command.add_option("--currency", sweep.crew.worker.currency, "Whose money counts where runs have several")
+    command
+        .add_option("--currency", sweep.crew.worker.currency, "Whose money counts where runs have several")
         ->type_name("NAME");
     command.add_flag("--dry-run", sweep.isDry, "Tell what would be run and how long it takes, after one run");
     command.add_flag("--count", sweep.isCount, "Print the number of points of the plan, and run nothing");
     command.add_flag("--restart", sweep.restarts, "Begin anew: what the file of the results holds is lost");
     command.add_flag("--retry", sweep.triesFailedAgain, "Make runs that failed once more");
-    command.add_flag("--allow-unread", sweep.allowsUnread, "Go on where no script reads a parameter of the plan");
-    command.add_option("--slice", arguments.slice, "Make but the K-th of N parts of the runs, from 0, and choose no best")
+    command.add_flag("--allow-unread", sweep.allowsUnread,
+                     "Go on where no script reads a parameter of the plan");
+    command
+        .add_option("--slice", arguments.slice,
+                    "Make but the K-th of N parts of the runs, from 0, and choose no best")
         ->check(CLI::Validator(CheckSlice, ""))
         ->type_name("K/N");
-    AddRepeated(command, "--take", sweep.taken, "Take the runs of that file over, which a slice has made; may be repeated")
+    AddRepeated(command, "--take", sweep.taken,
+                "Take the runs of that file over, which a slice has made; may be repeated")
         ->type_name("FILE.db");
 }
 
@@ -258,7 +305,8 @@ nxSweepRuns::Make SweepRuns::GetMake() const
         std::vector<std::string> arguments;
         for (const auto& [name, value] : values) {
             const std::string option = name == "script" ? name : "--" + name;
-            if (command.get_option_no_throw(option) == nullptr) return "the plan's option " + name + ": there is none of that name";
+            if (command.get_option_no_throw(option) == nullptr)
+                return "the plan's option " + name + ": there is none of that name";
             if (name != "script") arguments.push_back(option);
             arguments.push_back(value);
         }
@@ -280,7 +328,8 @@ void SweepRuns::AddOptions(CLI::App& command)
         AddScripts(command, run);
         AddSandbox(command, run.sandbox, "nothing but trade, in processes that reach nothing else (strict)",
                    "10 under --sandbox strict, any under base");
-        AddStore(command, run.options)->description("Directory of data stores that each run begins with a copy of");
+        AddStore(command, run.options)
+            ->description("Directory of data stores that each run begins with a copy of");
     });
     AddGroup(command, "Data", [&] { AddData(command, run, false); });
     AddGroup(command, "Orders", [&] {
@@ -298,6 +347,7 @@ std::optional<std::string> SweepRuns::SetFromArguments(const std::vector<std::st
     AddPlan(command, ignored);
     AddTime(command, ignored);
     AddRunning(command, ignored);
+    AddSlurmOptions(command, ignored.slurm);
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     try {
         command.parse(reversed);
@@ -313,9 +363,11 @@ void AddSweepCommand(CLI::App& app, const std::vector<std::string>& all, int& st
     const auto arguments = std::make_shared<SweepArguments>();
     arguments->sweep.file = "sweep.db";
     arguments->sweep.objective = "sharpe";
-    CLI::App& command = *app.add_subcommand("sweep", "Run scripts with many parameters, and judge the best of them");
+    CLI::App& command =
+        *app.add_subcommand("sweep", "Run scripts with many parameters, and judge the best of them");
     command.footer(
-        "Makes the runs of a plan in several processes, over data that are read once for many of them, and keeps\n"
+        "Makes the runs of a plan in several processes, over data that are read once for many of them, and "
+        "keeps\n"
         "their measures in a file. The same command goes on where it was ended; 'algoserver report sweep.db\n"
         "-o sweep.html' shows the file. How VALUES, conditions and expressions are written: docs/sweep.md.");
     command.formatter(std::make_shared<SweepFormatter>());
@@ -323,8 +375,11 @@ void AddSweepCommand(CLI::App& app, const std::vector<std::string>& all, int& st
     AddGroup(command, "Time", [&] { AddTime(command, *arguments); });
     AddGroup(command, "Running", [&] { AddRunning(command, *arguments); });
     arguments->runs.AddOptions(command);
-    command.callback([arguments, all, &status] {
+    AddSlurmOptions(command, arguments->slurm);
+    AddClusterCommands(command, status, CountRuns);
+    command.callback([arguments, all, &command, &status] {
+        if (!command.get_subcommands().empty()) return;
         arguments->sweep.command.assign(all.begin() + (all.empty() ? 0 : 1), all.end());
-        status = Sweep(*arguments);
+        status = Sweep(command, *arguments);
     });
 }

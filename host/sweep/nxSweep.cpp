@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "host/results/nxMeasures.h"
@@ -35,7 +36,8 @@ nxRunResult nxSweep::Run()
 {
     Fault fault = _RunAll();
     _progress.Erase();
-    if (const Fault lost = _store.Save(); lost && !fault && !_options.isDry && !_options.isCount) fault = lost;
+    if (const Fault lost = _store.Save(); lost && !fault && !_options.isDry && !_options.isCount)
+        fault = lost;
     if (fault) {
         _err << "algoserver sweep: " << *fault << "\n";
         return nxRunResult::InputFailed;
@@ -43,8 +45,9 @@ nxRunResult nxSweep::Run()
     if (_options.isDry || _options.isCount) return nxRunResult::Done;
     if (_IsInterrupted())
         _err << fmt::format("interrupted; the same command goes on from {}\n", _options.file);
-    const bool isNothingDone = std::ranges::all_of(
-        _table.outcomes, [](const auto& entry) { return entry.second.HasFailed(); });
+    const bool isNothingDone = !_IsSlice() && std::ranges::all_of(_table.outcomes, [](const auto& entry) {
+        return entry.second.HasFailed();
+    });
     return _IsInterrupted() || isNothingDone ? nxRunResult::ScriptFailed : nxRunResult::Done;
 }
 
@@ -74,10 +77,9 @@ bool nxSweep::_IsInterrupted() const
 nxSweep::Fault nxSweep::_MakePlan()
 {
     if (Fault fault = nxSweepFacts::MakePlan(_options.entries, _options.objective, _table.plan)) return fault;
-    const bool isSearch = _table.plan.GetMethod() >= nxPlan::Method::TreeParzen;
-    if (isSearch && _table.plan.GetSplits().HasSplits())
+    if (_IsSearch() && _table.plan.GetSplits().HasSplits())
         return "--search looks at all the data at once; with walk or folds take a grid, random or sobol";
-    if (isSearch && _IsSlice())
+    if (_IsSearch() && _IsSlice())
         return "--search needs the results of earlier runs, which other slices have; take random or sobol";
     return std::nullopt;
 }
@@ -87,36 +89,40 @@ nxSweep::Fault nxSweep::_Open()
     std::vector<nxRunOptions> all;
     if (Fault fault = _runs.GetAll(all)) return fault;
     if (all.front().capital.IsValid()) _table.capital = all.front().capital.GetAsDouble();
+    if (_options.isDry && !_options.wantsIdentity) return std::nullopt;
+    _identity = nxSweepIdentity::Make(_table.plan, all);
     if (_options.isDry) return std::nullopt;
-    const std::string identity = nxSweepIdentity::Make(_table.plan, all);
     if (Fault fault = _store.Open(_options.file)) return fault;
     // Of one that ended before its first result there is nothing to lose.
     if (!_store.IsNew() && (_options.restarts || !_store.HasRuns())) _store.Clear();
-    if (_store.IsNew()) return _WriteFacts(identity);
-    if (Fault fault = _CheckIdentity(identity)) return fault;
+    if (_store.IsNew()) return _WriteFacts();
+    if (Fault fault = _CheckIdentity()) return fault;
     if (_options.triesFailedAgain) _store.ForgetFailures();
     _store.Read(_table);
     _table.points.clear();  // they are listed anew, with all that belongs to them
     return std::nullopt;
 }
 
-nxSweep::Fault nxSweep::_CheckIdentity(const std::string& identity)
+nxSweep::Fault nxSweep::_CheckIdentity()
 {
-    const std::string change = nxSweepIdentity::FindChange(_store.GetFacts()["identity"], identity);
+    const std::string change = nxSweepIdentity::FindChange(_store.GetFacts()["identity"], _identity);
     if (change.empty()) return std::nullopt;
     return fmt::format(
-        "{}: holds the results of another sweep: {} has changed since. --restart loses them and begins anew; -o "
+        "{}: holds the results of another sweep: {} has changed since. --restart loses them and begins anew; "
+        "-o "
         "names another file",
         _options.file, change);
 }
 
-nxSweep::Fault nxSweep::_WriteFacts(const std::string& identity)
+nxSweep::Fault nxSweep::_WriteFacts()
 {
-    _store.SetFact("identity", identity);
+    _store.SetFact("identity", _identity);
     _store.SetFact("program", "algoserver " NX_VERSION);
     _store.SetFact("plan", nxSweepFacts::PackEntries(_options.entries));
     _store.SetFact("objective", _options.objective);
-    _store.SetFact("command", nlohmann::json(_options.command).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    _store.SetFact(
+        "command",
+        nlohmann::json(_options.command).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
     if (_table.capital) _store.SetFact("capital", fmt::format("{}", *_table.capital));
     return _store.Save();
 }
@@ -124,11 +130,12 @@ nxSweep::Fault nxSweep::_WriteFacts(const std::string& identity)
 // Those of a search come while it goes on.
 nxSweep::Fault nxSweep::_ListPoints()
 {
-    if (_table.plan.GetMethod() >= nxPlan::Method::TreeParzen) return std::nullopt;
+    if (_IsSearch()) return std::nullopt;
     nxPlanPoints points(_table.plan);
     if (points.GetGridSize() != 0 && _table.plan.GetMethod() == nxPlan::Method::Grid &&
         points.CountAllowed() > MostPoints)
-        return fmt::format("the plan has {} combinations; --random or --sobol takes some of them", points.CountAllowed());
+        return fmt::format("the plan has {} combinations; --random or --sobol takes some of them",
+                           points.CountAllowed());
     for (nxPlanPoint point; points.Next(point) && _table.points.size() < MostPoints;)
         _table.points.push_back(point);
     if (_table.points.empty()) return "the plan has no run: its conditions leave nothing";
@@ -150,7 +157,7 @@ nxSweep::Fault nxSweep::_Try()
 {
     const bool needsDays = _table.plan.GetSplits().NeedDays();
     if (!_table.parts.empty()) return std::nullopt;
-    if (_table.plan.GetMethod() >= nxPlan::Method::TreeParzen) {
+    if (_IsSearch()) {
         std::vector<double> middle(_table.plan.GetDimensions().size(), 0.5);
         if (const auto point = nxPlanPoints::MakePoint(_table.plan, middle)) _table.points.push_back(*point);
     }
@@ -162,12 +169,13 @@ nxSweep::Fault nxSweep::_Try()
     _table.parts = {nxSweepPart{}};
     std::vector<std::string> unread;
     Fault fault = tasks.empty() ? std::nullopt : _TakeTrial(tasks, unread);
-    const bool isCounted = !needsDays && _table.plan.GetMethod() < nxPlan::Method::TreeParzen;
+    const bool isCounted = !needsDays && !_IsSearch();
     if (!isCounted) _table.outcomes.clear();
-    if (_table.plan.GetMethod() >= nxPlan::Method::TreeParzen) _table.points.clear();
+    if (_IsSearch()) _table.points.clear();
     _table.parts.clear();
     if (fault || _IsInterrupted()) return fault;
-    if (!unread.empty() && !_options.allowsUnread)
+    // A slice has but some of the runs; who cut it has looked.
+    if (!unread.empty() && !_options.allowsUnread && !_IsSlice())
         return fmt::format(
             "no script reads the parameter {}; is it spelled otherwise? --allow-unread goes on all the same",
             unread.front());
@@ -207,7 +215,7 @@ nxSweep::Fault nxSweep::_TakeTrial(const std::vector<nxSweepTask>& tasks, std::v
         if (_trial && unread.empty()) break;
     }
     if (_trial && _trial->days.empty() && _table.plan.GetSplits().NeedDays()) return "the data hold no rows";
-    if (_trial) return std::nullopt;
+    if (_trial || (_IsSlice() && !_table.plan.GetSplits().NeedDays())) return std::nullopt;
     return failure.empty() ? Fault("the runs end before the data, so that nobody knows how to part the time")
                            : Fault("no run goes through: " + failure);
 }
@@ -249,7 +257,7 @@ nxSweep::Fault nxSweep::_TakeSlices()
 
 nxSweep::Fault nxSweep::_RunPoints()
 {
-    if (_table.plan.GetMethod() >= nxPlan::Method::TreeParzen) return _Search();
+    if (_IsSearch()) return _Search();
     std::vector<nxSweepTask> tasks;
     const std::size_t from = _options.slice * _table.points.size() / _options.slices;
     const std::size_t to = (_options.slice + 1) * _table.points.size() / _options.slices;
@@ -293,7 +301,8 @@ nxSweep::Fault nxSweep::_Search()
         if (Fault fault = _RunTasks(std::move(tasks))) return fault;
         if (_IsInterrupted()) break;
         for (std::size_t j = 0; j < shares.size(); ++j)
-            search->Tell(j, points[j] ? _table.GetObjective(*points[j], 0) : std::numeric_limits<double>::quiet_NaN());
+            search->Tell(
+                j, points[j] ? _table.GetObjective(*points[j], 0) : std::numeric_limits<double>::quiet_NaN());
     }
     return std::nullopt;
 }
@@ -321,8 +330,9 @@ nxSweep::Fault nxSweep::_RunBest()
     }
     for (const nxSweepPart& part : _table.parts)
         if (part.role <= Role::Test && !part.span.IsEmpty())
-            span = span.IsEmpty() ? part.span
-                                  : nxDaySpan{std::min(span.from, part.span.from), std::max(span.to, part.span.to)};
+            span = span.IsEmpty()
+                       ? part.span
+                       : nxDaySpan{std::min(span.from, part.span.from), std::max(span.to, part.span.to)};
     _variants = {{"as run", own.exchange, own.feedLatency, own.products}};
     for (nxRunVariant& variant : nxRunVariant::GetForBest(own, reach))
         _variants.push_back(std::move(variant));
@@ -382,21 +392,49 @@ void nxSweep::_ShowProgress()
     std::string line = fmt::format("{} of {} runs", _done, _wanted);
     if (_failed != 0) line += fmt::format(", {} failed", _failed);
     if (_done != 0)
-        line += fmt::format(", {:.1f} a second, {:.0f} s left", rate, static_cast<double>(_wanted - _done) / rate);
+        line += fmt::format(", {:.1f} a second, {:.0f} s left", rate,
+                            static_cast<double>(_wanted - _done) / rate);
     _progress.Show(line + nxSweepSummary::DescribeBestSoFar(_table));
+}
+
+nxSweep::Forecast nxSweep::_MakeForecast() const
+{
+    const auto isForAll = [](const nxSweepPart& part) { return part.role <= Role::Test; };
+    return {.points = _IsSearch() ? _table.plan.GetRuns() : _table.points.size(),
+            .parts = static_cast<std::size_t>(std::ranges::count_if(_table.parts, isForAll)),
+            .secondsOfRun = _trial ? _trial->seconds : 0.0,
+            .memoryOfRun = _trial ? _trial->memory : 0,
+            .identity = _identity};
+}
+
+nxSweep::Fault nxSweep::Foresee(Forecast& forecast)
+{
+    Fault fault = _MakePlan();
+    if (!fault && _IsSearch())
+        fault = "--search needs the results of earlier runs, which other tasks have; take random or sobol";
+    if (!fault) fault = _Open();
+    std::error_code ignored;
+    if (!fault && !_options.restarts && std::filesystem::exists(_options.file, ignored)) {
+        fault = _store.Open(_options.file);
+        if (!fault && _store.HasRuns()) fault = _CheckIdentity();
+        _store.Close();
+    }
+    if (!fault) fault = _ListPoints();
+    if (!fault) fault = _Try();
+    _progress.Erase();
+    forecast = _MakeForecast();
+    return fault;
 }
 
 nxSweep::Fault nxSweep::_TellDryRun()
 {
-    const std::size_t perPoint = static_cast<std::size_t>(std::ranges::count_if(
-        _table.parts, [](const nxSweepPart& part) { return part.role <= Role::Test; }));
-    const bool isSearch = _table.plan.GetMethod() >= nxPlan::Method::TreeParzen;
+    const Forecast forecast = _MakeForecast();
     nxSweepSummary::WritePlan(_out, _table,
-                              {.points = isSearch ? _table.plan.GetRuns() : _table.points.size(),
-                               .parts = perPoint,
+                              {.points = forecast.points,
+                               .parts = forecast.parts,
                                .workers = _options.crew.workers,
-                               .secondsOfRun = _trial ? _trial->seconds : 0.0,
-                               .memoryOfRun = _trial ? _trial->memory : 0});
+                               .secondsOfRun = forecast.secondsOfRun,
+                               .memoryOfRun = forecast.memoryOfRun});
     return std::nullopt;
 }
 
@@ -404,9 +442,10 @@ void nxSweep::_Tell()
 {
     _progress.Erase();
     if (_IsSlice()) {
-        _out << fmt::format("slice {} of {}: {} runs done, {} of them failed\n", _options.slice, _options.slices,
-                            _table.outcomes.size(),
-                            std::ranges::count_if(_table.outcomes, [](const auto& entry) { return entry.second.HasFailed(); }));
+        _out << fmt::format("slice {} of {}: {} runs done, {} of them failed\n", _options.slice,
+                            _options.slices, _table.outcomes.size(),
+                            std::ranges::count_if(
+                                _table.outcomes, [](const auto& entry) { return entry.second.HasFailed(); }));
         return;
     }
     const nxSweepJudge judge(_table);

@@ -26,16 +26,17 @@ struct nxSweepOptions
     bool restarts = false;             // what the file holds is lost
     bool isDry = false;                // tells what it would do, after one run
     bool isCount = false;              // tells how many points there are
+    bool wantsIdentity = false;        // also of one that is dry
     bool allowsUnread = false;         // parameters that no run reads
     bool triesFailedAgain = false;
-    std::size_t slice = 0, slices = 1;   // does but the runs of that slice
-    std::vector<std::string> taken;      // files of slices, whose runs are taken over
+    std::size_t slice = 0, slices = 1;  // does but the runs of that slice
+    std::vector<std::string> taken;     // files of slices, whose runs are taken over
     nxSweepCrew::Options crew = {};
     bool showsProgress = false;
 };
 
-// Makes the runs of a plan, each once, and keeps what they come to in a file, from which it goes on when it is
-// begun again. The same plan gives the same results with any number of processes.
+// Makes the runs of a plan, each once, and keeps what they come to in a file, from which it goes on when it
+// is begun again. The same plan gives the same results with any number of processes.
 class nxSweep
 {
 public:
@@ -43,14 +44,26 @@ public:
 
     [[nodiscard]] nxRunResult Run();
 
+    // What is known of a sweep after one of its runs.
+    struct Forecast
+    {
+        std::size_t points = 0, parts = 1;  // runs of each point
+        double secondsOfRun = 0.0;          // of processor time, over all the data
+        unsigned long long memoryOfRun = 0;
+        std::string identity;  // see nxSweepIdentity
+    };
+    // For options with isDry; in place of Run. Null, or what is wrong, also with a file of results that is
+    // there already.
+    [[nodiscard]] std::optional<std::string> Foresee(Forecast& forecast);
+
 private:
     using Fault = std::optional<std::string>;
 
     Fault _RunAll();
     Fault _MakePlan();
     Fault _Open();
-    Fault _CheckIdentity(const std::string& identity);
-    Fault _WriteFacts(const std::string& identity);
+    Fault _CheckIdentity();
+    Fault _WriteFacts();
     Fault _ListPoints();
     Fault _Try();
     Fault _TakeTrial(const std::vector<nxSweepTask>& tasks, std::vector<std::string>& unread);
@@ -61,6 +74,8 @@ private:
     std::unique_ptr<nxSearch> _MakeSearch() const;
     Fault _RunBest();
     Fault _TellDryRun();
+    Forecast _MakeForecast() const;
+    bool _IsSearch() const { return _table.plan.GetMethod() >= nxPlan::Method::TreeParzen; }
     void _Tell();
 
     Fault _RunTasks(std::vector<nxSweepTask> tasks);
@@ -82,6 +97,7 @@ private:
     nxProgressBar _progress;
     std::vector<nxRunVariant> _variants;  // of the last parts
     std::optional<nxSweepOutcome> _trial;
+    std::string _identity;
     Fault _lost;  // why the file cannot be written
     std::size_t _wanted = 0, _done = 0, _failed = 0;
     std::chrono::steady_clock::time_point _start = std::chrono::steady_clock::now(), _saved = _start;

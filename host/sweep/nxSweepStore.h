@@ -29,7 +29,11 @@ public:
 
     std::map<std::string, std::string> GetFacts();
     void SetFact(const std::string& name, const std::string& value);
-    bool HasRuns() { return _database.GetNumber("SELECT EXISTS (SELECT 1 FROM runs)") != 0; }
+    bool HasRuns() { return CountRuns() != 0; }
+    unsigned long long CountRuns()
+    {
+        return static_cast<unsigned long long>(_database.GetNumber("SELECT count(*) FROM runs"));
+    }
     std::size_t CountPoints() const { return static_cast<std::size_t>(_points); }
     // In their order.
     void AddPoint(const nxPlanPoint& point, const nxPlan& plan);

@@ -81,6 +81,11 @@ def check_options(program):
         real = {name for entry in names for name in entry.split(",")}
         documented = {cell.split()[0] for cell in first_cells(text) if cell.startswith("-")}
         yield from compare(f"algoserver {command}", documented | {"-h", "--help"}, real)
+    # Of the runs of a sweep it takes what a run takes.
+    get = lambda command: {name for entry in re.findall(r"^ +((?:-\w,)?--[\w-]+)", run(program, command, "--help").stdout, re.M) for name in entry.split(",")}
+    documented = {cell.split()[0] for text in (section("docs/sweep.md", "### Options"), section("docs/cluster.md", "## Options"))
+                  for cell in first_cells(text) if cell.startswith("-")} - {"--finish", "--json"}
+    yield from compare("algoserver sweep", documented, get("sweep") - get("run"))
 
 
 TYPES = {"object": dict, "array": list, "string": str, "number": (int, float), "integer": int, "boolean": bool, "null": type(None)}
