@@ -60,9 +60,11 @@ nxSweep::Fault nxSweep::_RunAll()
         _out << (_table.points.empty() ? _table.plan.GetRuns() : _table.points.size()) << "\n";
         return std::nullopt;
     }
+    if (!fault && !_options.isDry) fault = _TakeSlices();
     if (!fault) fault = _Try();
     if (!fault && _options.isDry) return _TellDryRun();
-    if (!fault) fault = _TakeSlices();
+    // It was interrupted before anything was known.
+    if (!fault && _table.parts.empty()) return fault;
     if (!fault) fault = _RunPoints();
     if (!fault && !_IsSlice() && !_IsInterrupted()) fault = _RunBest();
     if (!fault) _Tell();
@@ -249,6 +251,9 @@ nxSweep::Fault nxSweep::_TakeSlices()
         nxSweepTable table;
         table.plan = _table.plan;
         slice.Read(table);
+        if (_table.parts.empty())
+            for (const nxSweepPart& part : table.parts)
+                _AddPart(part);
         for (auto& [task, outcome] : table.outcomes)
             if (!_table.outcomes.contains(task)) _Take(task, std::move(outcome));
     }

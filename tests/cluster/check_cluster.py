@@ -21,7 +21,9 @@ from slurm import Impossible, Slurm, wait_for
 
 CORES = 8
 MAX_ARRAY = 3  # so that sweeps of more slices need several arrays
-PATIENCE = 100  # seconds
+PATIENCE = 150  # seconds
+SWEEP = ("script.lua", "--data", "data.csv", "--plan", "plan.toml", "--callback-limit=100")
+LOOPS = 2.3e8  # that a script makes in a second, about
 
 
 def require(condition, message):
@@ -56,7 +58,7 @@ class Case:
         self.place = os.path.join(folder, "sweep.db.slurm")
         os.makedirs(folder)
         self.write_plan(runs)
-        files = {"script.lua": f"function OnInit()\n  local x = job:getParameter('x') for i = 1, {int(seconds * 1e8)} do end\nend\n",
+        files = {"script.lua": f"function OnInit()\n  local x = job:getParameter('x') for i = 1, {int(seconds * LOOPS)} do end\nend\n",
                  "data.csv": "time,product,bid,bidVolume,ask,askVolume,last,lastVolume,side\n20240108:14:30:00,A,99,5,101,5,,,\n"}
         for name, text in files.items():
             with open(os.path.join(folder, name), "w") as file:
@@ -73,7 +75,7 @@ class Case:
         return result.stdout + result.stderr
 
     def submit(self, *options, status=0, environment=None):
-        return self.call("script.lua", "--data", "data.csv", "--plan", "plan.toml", "--slurm", *options, status=status, environment=environment)
+        return self.call(*SWEEP, "--slurm", *options, status=status, environment=environment)
 
     def status(self):
         return json.loads(self.call("status", self.place, "--json"))
@@ -100,7 +102,7 @@ class Case:
         alone = os.path.join(self.folder, "alone.db")
         with contextlib.suppress(FileNotFoundError):
             os.remove(alone)
-        self.call("script.lua", "--data", "data.csv", "--plan", "plan.toml", "-o", alone)
+        self.call(*SWEEP, "-o", alone)
         require(read_results(os.path.join(self.folder, "sweep.db")) == read_results(alone), "the results are others than those of one machine")
 
     def find_sweep(self, slice_):
@@ -153,7 +155,7 @@ def check_killed(case):
     require("2 of 5 slices are missing: 1-2" in case.call("merge", case.place, status=2), "it merges what is not there")
     os.remove(os.path.join(case.place, "slice-3.db"))
     before = read_times(case.place)
-    require({name for name, *_ in before} == {f"slice-{slice_}.db" for slice_ in (0, 1, 2, 4)}, f"nothing was kept: {before}")
+    require({name for name, *_ in before} >= {f"slice-{slice_}.db" for slice_ in (0, 2, 4)}, f"nothing was kept: {before}")
     out = case.submit("--slices=4")
     require(re.findall(r"slices (\S+) of (\d+)", out) == [("1-2", "5"), ("3", "5")], out)
     case.check_results()
@@ -219,7 +221,7 @@ def check_node(case):
 
 
 # Each with its runs, and the seconds of one. What changes the node comes by itself, at the end.
-CASES = [(check_whole, 20, 0.1), (check_killed, 20, 0.8), (check_late, 9, 4), (check_cancelled, 10, 0.5), (check_refusals, 6, 0.1)]
+CASES = [(check_whole, 20, 0.1), (check_killed, 40, 0.8), (check_late, 12, 4), (check_cancelled, 40, 0.5), (check_refusals, 6, 0.1)]
 ALONE = [(check_node, 10, 0.5)]
 HOSTILE = "it's \"so\" $HOME `x` 100%a é; *"
 
