@@ -54,9 +54,11 @@ nxLuckReport nxLuckReport::Make(const nxReturnMatrix& returns, std::size_t best,
 std::string nxLuckReport::GetVerdict() const
 {
     const std::string best = tried == 1 ? "The only run" : fmt::format("The best of {} runs", tried);
-    if (days < FewDays || std::isnan(deflated) || !realityCheck)
-        return fmt::format("{} cannot be told from luck: {} days are too few, or it hardly moved.", best,
-                           days);
+    if (days < FewDays)
+        return fmt::format("{} cannot be told from luck: {} too few.", best,
+                           days == 1 ? "1 day is" : fmt::format("{} days are", days));
+    if (std::isnan(deflated) || !realityCheck)
+        return fmt::format("{} cannot be told from luck: over {} days it hardly moved.", best, days);
     std::vector<std::string> doubts;
     if (deflated < Confidence)
         doubts.push_back(

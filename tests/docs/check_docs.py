@@ -125,6 +125,12 @@ def check_schemas(program):
         lines = pathlib.Path("record.jsonl").read_text().splitlines()
         for line in lines[:500] + lines[-500:]:
             yield from (f"{script and script.name}, record{fault}" for fault in misfits(json.loads(line), forms["run-record"]))
+    data = ["--data", "examples/data/noise_bars.csv.gz", "--param", "slow=20", "--vary", "fast=5:15:5"]
+    form = json.loads(read("docs/sweep.schema.json"))
+    for options in (["--walk", "2y:1y", "--holdout", "10%", "--capital", "1000"], ["--vary-option", "bar-fills=open,worst"], ["--constraint", "roundTrips > 1000000"]):
+        run(program, "sweep", "examples/moving_average.lua", *data, *options, "--restart", "-o", "sweep.db")
+        run(program, "report", "sweep.db", "--json", "sweep.json")
+        yield from (f"{options}, sweep{fault}" for fault in misfits(json.loads(pathlib.Path("sweep.json").read_text()), form))
     real = {" | ".join((f"`{m['name']}`", m["title"], m["unit"], m["formula"])) for m in result["definitions"]}
     rows = re.findall(r"^\| (`.*) \| [^|]*\|$", section("docs/results.md", "## The measures"), re.M)
     yield from compare("measures", set(rows), real)
