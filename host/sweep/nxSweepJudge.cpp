@@ -39,10 +39,9 @@ nxSweepJudge::nxSweepJudge(const nxSweepTable& table)
         _JudgeSplits();
         return;
     }
-    std::vector<double> values;
     for (const Point& point : _points)
-        values.push_back(point.objective);
-    _best = _FindHighest(values);
+        _chosenBy.push_back(point.objective);
+    _best = _FindHighest(_chosenBy);
 }
 
 void nxSweepJudge::_JudgePoint(std::size_t index)
@@ -116,18 +115,16 @@ void nxSweepJudge::_JudgeSplits()
         for (std::size_t point = 0; point < _points.size(); ++point)
             trains.push_back(_points[point].state == State::Failed ? Unknown : _GetMean(point, Role::Train, true, i));
         split.chosen = _FindHighest(trains);
-        if (!split.chosen) continue;
-        split.inSample = trains[*split.chosen];
-        split.outOfSample = _GetMean(*split.chosen, Role::Test, true, i);
+        if (split.chosen) split.inSample = trains[*split.chosen];
+        if (split.chosen) split.outOfSample = _GetMean(*split.chosen, Role::Test, true, i);
+        _chosenBy = std::move(trains);
     }
-    if (_table.plan.GetSplits().IsWalk()) {
-        _best = _splits.back().chosen;
-        return;
+    if (!_table.plan.GetSplits().IsWalk()) {
+        _chosenBy.clear();
+        for (const Point& point : _points)
+            _chosenBy.push_back(point.state == State::Done ? point.outOfSample : Unknown);
     }
-    std::vector<double> tests;
-    for (const Point& point : _points)
-        tests.push_back(point.state == State::Done ? point.outOfSample : Unknown);
-    _best = _FindHighest(tests);
+    _best = _FindHighest(_chosenBy);
 }
 
 std::size_t nxSweepJudge::Count(State state) const
@@ -202,7 +199,7 @@ nxLuckReport nxSweepJudge::FindLuck(unsigned long long seed) const
         for (const auto& [day, value] : all.back())
             days.insert(day);
         places.push_back(_table.points[i].places);
-        values.push_back(point.objective);
+        values.push_back(_chosenBy[i]);
         inSample.push_back(point.inSample);
         outOfSample.push_back(point.outOfSample);
     }

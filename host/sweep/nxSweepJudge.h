@@ -68,5 +68,6 @@ private:
     const std::vector<std::size_t> _wholes, _tests;
     std::vector<Point> _points;
     std::vector<Split> _splits;
+    std::vector<double> _chosenBy;  // values of the points, of which the best has the highest
     std::optional<std::size_t> _best;
 };

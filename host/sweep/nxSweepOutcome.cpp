@@ -107,8 +107,8 @@ public:
     {
         std::size_t count = 0;
         Get(count);
-        // Each takes a byte at least.
-        if (count > _bytes.size()) return Fail();
+        // Each takes a number or a text's size at least.
+        if (count > _bytes.size() / sizeof(std::size_t)) return Fail();
         list.resize(count);
         for (Element& element : list)
             Get(element);

@@ -25,7 +25,7 @@ namespace {
 constexpr int CannotBegin = 2;  // its status; the pipe has the reason
 // Each message: its size and the index of its run, then the outcome. A reason has the index below.
 constexpr unsigned long long Reason = ~0ull;
-constexpr std::size_t LargestMessage = std::size_t{1} << 28;
+constexpr std::size_t LargestMessage = std::size_t{1} << 24;
 
 struct Head
 {

@@ -7,16 +7,25 @@ import csv
 import datetime
 import io
 import json
+import math
 import os
+import pathlib
 import random
 import signal
 import sqlite3
+import statistics
+import struct
 import subprocess
 import sys
 import tempfile
 import time
 
+TESTS = pathlib.Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(TESTS / "tools"))
+import check_sweep_statistics as own  # pylint: disable=wrong-import-position
+
 PROGRAM = os.path.abspath(sys.argv[1])
+EXAMPLES = TESTS.parent / "examples"
 # Follows the last moves; "how" makes it go wrong in several ways.
 SCRIPT = """\
 function OnInit()
@@ -172,6 +181,44 @@ def test_walk_forward_chooses_by_the_train_and_judges_by_the_test():
     held = sweep["holdout"]
     require(abs(held["objective"] - profit(sweep["best"], held["from"], held["to"])) < 1e-9, held)
     require(held["from"] > sweep["splits"][-1]["test"][1] and sweep["best"] == sweep["splits"][-1]["chosen"], held)
+
+
+def test_the_luck_of_the_best_follows_from_the_days_of_all():
+    run(*SWEEP, *PLAN, "-o", "luck.db")
+    run(*SWEEP, *PLAN, "--folds", "4", "-o", "folds.db")
+    for name, role in (("luck.db", "whole"), ("folds.db", "test")):
+        sweep = json.loads(run("report", name, "--json", "-").stdout)
+        days_of = {}
+        with sqlite3.connect(name) as connection:
+            for point, days, profits in connection.execute(
+                    f"SELECT point, days, profits FROM runs JOIN parts USING (part) JOIN calendars USING (calendar) WHERE role = '{role}' ORDER BY point, part"):
+                before = 1000
+                for (day,), (profit,) in zip(struct.iter_unpack("<q", days), struct.iter_unpack("<d", profits)):
+                    days_of.setdefault(point, {})[day] = (1000 + profit) / before - 1
+                    before = 1000 + profit
+        runs = [[returns for _, returns in sorted(days_of[point].items())] for point in sorted(days_of)]
+        luck, points = sweep["luck"], sweep["points"]
+        best = own.best_of_luck([own.sharpe(returns) for returns in runs], len(runs))
+        white, spa, lower, upper = own.reality_check(runs, 1)[2:]
+        halves = [([own.sharpe(part) for part in (returns[:60], returns[60:])]) for returns in runs]
+        samples = list(zip(*halves)) if role == "whole" else (points["inSample"], points["outOfSample"])
+        chosen_by = dict(zip(zip(*points["places"]), points["objective" if role == "whole" else "outOfSample"]))
+        peak = tuple(places[sweep["best"]] for places in points["places"])
+        beside = [chosen_by[near] for near in chosen_by if sum(abs(a - b) for a, b in zip(near, peak)) == 1]
+        middle = statistics.median(chosen_by.values())
+        for told, computed in ((luck["days"], 120), (luck["tried"], 12), (luck["sharpe"], own.sharpe(runs[sweep["best"]])), (luck["bestOfLuck"], best),
+                               (luck["deflated"], own.probabilistic(runs[sweep["best"]], best)), (luck["realityCheck"]["white"], white),
+                               (luck["realityCheck"]["spa"], spa), (luck["realityCheck"]["spaLower"], lower), (luck["realityCheck"]["spaUpper"], upper),
+                               (luck["rankCorrelation"], own.rank_correlation(*map(list, samples))),
+                               (luck["neighbours"]["stability"], (statistics.fmean(beside) - middle) / (chosen_by[peak] - middle))):
+            require(math.isclose(told, computed, rel_tol=1e-9), f"{name}: {told} and {computed} in {luck}")
+
+
+def test_what_is_luck_is_told_from_what_is_not():
+    for name, verdict in (("noise", "The best of 63 runs may well be luck: "), ("signal", "The best of 63 runs is more than luck: ")):
+        out = run("sweep", f"{EXAMPLES}/moving_average.lua", "--data", f"{EXAMPLES}/data/{name}_bars.csv.gz", "--latency", "5ms", "--vary", "fast=5:40:5",
+                  "--vary", "slow=20:100:10", "--condition", "fast < slow", "-o", f"{name}.db").stdout
+        require(f"verdict     {verdict}" in out, out)
 
 
 def test_what_is_wrong_is_told():
