@@ -147,7 +147,8 @@ nxSweep::Fault nxSweep::_ListPoints()
         nxRunOptions options;
         if (Fault fault = _runs.Get(_table.points[i], options)) return fault;
     }
-    if (_options.isDry || _options.isCount || _store.CountPoints() != 0) return std::nullopt;
+    // Those of a slice would be the same in each.
+    if (_options.isDry || _options.isCount || _IsSlice() || _store.CountPoints() != 0) return std::nullopt;
     for (const nxPlanPoint& point : _table.points)
         _store.AddPoint(point, _table.plan);
     return std::nullopt;

@@ -8,6 +8,7 @@
 #include "host/report/nxJsonWriter.h"
 #include "host/report/nxResultText.h"
 #include "host/results/nxMeasures.h"
+#include "host/sweep/nxSlurmScripts.h"
 #include "host/sweep/nxSweepSummary.h"
 
 namespace {
@@ -98,7 +99,7 @@ private:
             _json.Key("value").Text(value);
             _json.EndObject();
         };
-        write("command", "algoserver " + GetCommand(facts));
+        write("command", GetCommand(facts));
         const auto items = nlohmann::json::parse(Find(facts, "identity"), nullptr, false);
         if (items.is_object())
             for (const auto& [name, values] : items.items()) {
@@ -111,12 +112,12 @@ private:
     }
     static std::string GetCommand(const std::map<std::string, std::string>& facts)
     {
-        std::string text = "sweep";
+        std::vector<std::string> command = {"algoserver", "sweep"};
         const auto words = nlohmann::json::parse(Find(facts, "command"), nullptr, false);
         if (words.is_array())
             for (const auto& word : words)
-                if (word.is_string()) text += " " + word.get<std::string>();
-        return text;
+                if (word.is_string()) command.push_back(word.get<std::string>());
+        return nxSlurmScripts::GetCommand(command);
     }
 
     void WritePlan()
