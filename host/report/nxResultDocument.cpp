@@ -68,9 +68,11 @@ void WriteRun(nxJsonWriter& json, const nxResultRun& run)
     json.EndObject();
 }
 
-void WriteDefinitions(nxJsonWriter& json)
+}  // namespace
+
+void nxWriteDefinitions(nxJsonWriter& json)
 {
-    json.Key("definitions").BeginArray();
+    json.BeginArray();
     for (const nxMeasure& measure : nxMeasure::GetAll()) {
         json.BeginObject();
         json.Key("name").Text(measure.name);
@@ -83,6 +85,8 @@ void WriteDefinitions(nxJsonWriter& json)
     }
     json.EndArray();
 }
+
+namespace {
 
 void WriteJobs(nxJsonWriter& json, const std::vector<nxResultJob>& jobs)
 {
@@ -199,7 +203,8 @@ void nxResultDocument::Write(std::ostream& out, const nxResult& result)
     json.Key("result").Count(1);
     json.Key("program").Text(result.run.program);
     WriteRun(json, result.run);
-    WriteDefinitions(json);
+    json.Key("definitions");
+    nxWriteDefinitions(json);
     WriteJobs(json, result.jobs);
     json.Key("results").BeginArray();
     for (const nxResultData& data : result.results)

@@ -10,6 +10,8 @@
 
 // What was run: scripts, modules, data, settings, seed and capital. isOver: with what was read of the data.
 void nxWriteRunFacts(nxJsonWriter& json, const nxResultRun& run, bool isOver);
+// The measures that there are, as an array.
+void nxWriteDefinitions(nxJsonWriter& json);
 // Why a job ended, and how often its callbacks were called.
 void nxWriteJobEnd(nxJsonWriter& json, const nxResultJob& job);
 // The rows of an envelope, as an array.

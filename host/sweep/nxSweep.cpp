@@ -13,13 +13,14 @@
 #include "host/sweep/nxSweepFacts.h"
 #include "host/sweep/nxSweepIdentity.h"
 #include "host/sweep/nxSweepSummary.h"
+#include "host/sweep/nxSweepTrial.h"
 #include "host/sweep/nxTreeParzenSearch.h"
 
 namespace {
 
 using Role = nxSweepPart::Role;
 
-constexpr std::size_t MostPoints = 10'000'000;
+constexpr std::size_t MostPoints = 1'000'000;  // all are kept in memory, some kilobytes each
 
 }  // namespace
 
@@ -138,8 +139,11 @@ nxSweep::Fault nxSweep::_ListPoints()
         points.CountAllowed() > MostPoints)
         return fmt::format("the plan has {} combinations; --random or --sobol takes some of them",
                            points.CountAllowed());
-    for (nxPlanPoint point; points.Next(point) && _table.points.size() < MostPoints;)
+    for (nxPlanPoint point; points.Next(point);) {
+        if (_table.points.size() == MostPoints)
+            return fmt::format("the plan has more than {} points", MostPoints);
         _table.points.push_back(point);
+    }
     if (_table.points.empty()) return "the plan has no run: its conditions leave nothing";
     // What is wrong with a value is to be known before anything is run.
     constexpr std::size_t mostTried = 10'000;
@@ -154,73 +158,31 @@ nxSweep::Fault nxSweep::_ListPoints()
     return std::nullopt;
 }
 
-// One run tells which parameters the scripts read, how long a run takes, and, where the time is split, of
-// which days the data are. It counts as the first one where that is over the same data.
+// The runs of a trial count as the first ones where they are over the same data.
 nxSweep::Fault nxSweep::_Try()
 {
-    const bool needsDays = _table.plan.GetSplits().NeedDays();
     if (!_table.parts.empty()) return std::nullopt;
-    if (_IsSearch()) {
-        std::vector<double> middle(_table.plan.GetDimensions().size(), 0.5);
-        if (const auto point = nxPlanPoints::MakePoint(_table.plan, middle)) _table.points.push_back(*point);
-    }
-    const std::size_t from = _options.slice * _table.points.size() / _options.slices;
-    const std::size_t to = (_options.slice + 1) * _table.points.size() / _options.slices;
-    std::vector<nxSweepTask> tasks;
-    for (const std::size_t point : {from, (from + to) / 2, to - (to > from ? 1 : 0)})
-        if (point < to && (tasks.empty() || tasks.back().point != point)) tasks.push_back({point, 0});
-    _table.parts = {nxSweepPart{}};
-    std::vector<std::string> unread;
-    Fault fault = tasks.empty() ? std::nullopt : _TakeTrial(tasks, unread);
-    const bool isCounted = !needsDays && !_IsSearch();
-    if (!isCounted) _table.outcomes.clear();
-    if (_IsSearch()) _table.points.clear();
-    _table.parts.clear();
-    if (fault || _IsInterrupted()) return fault;
+    nxSweepTrial trial(_table, _crew, [this] { _progress.Show("the first run"); });
+    if (Fault fault =
+            trial.Run(_GetSliceBegin(_options.slice), _GetSliceBegin(_options.slice + 1), _IsSlice()))
+        return fault;
+    if (_IsInterrupted()) return std::nullopt;
     // A slice has but some of the runs; who cut it has looked.
-    if (!unread.empty() && !_options.allowsUnread && !_IsSlice())
+    if (!trial.GetUnread().empty() && !_options.allowsUnread && !_IsSlice())
         return fmt::format(
             "no script reads the parameter {}; is it spelled otherwise? --allow-unread goes on all the same",
-            unread.front());
+            trial.GetUnread().front());
+    _trial = trial.GetFirst();
+    const bool needsDays = _table.plan.GetSplits().NeedDays();
     nxDaySpan data;
     if (needsDays && _trial) data = {_trial->days.front(), _trial->days.back() + 1};
-    if (fault = _MakeParts(data); fault || _options.isDry) return fault;
+    if (Fault fault = _MakeParts(data); fault || _options.isDry) return fault;
     for (const nxSweepPart& part : _table.parts)
         _store.AddPart(part);
-    for (const auto& [task, outcome] : _table.outcomes)
-        _store.AddRun(task, outcome);
+    if (!needsDays && !_IsSearch())
+        for (const auto& [task, outcome] : trial.GetOutcomes())
+            _Take(task, outcome);
     return std::nullopt;
-}
-
-// One after the other, until one goes through and all parameters have been read by one of them.
-nxSweep::Fault nxSweep::_TakeTrial(const std::vector<nxSweepTask>& tasks, std::vector<std::string>& unread)
-{
-    std::string failure;
-    for (const nxSweepTask& task : tasks) {
-        const Fault fault = _crew.Run(
-            {task},
-            [&](const nxSweepTask& of, nxSweepOutcome outcome) { _table.outcomes[of] = std::move(outcome); },
-            [this] { _progress.Show("the first run"); });
-        if (fault || _IsInterrupted()) return fault;
-        const nxSweepOutcome& outcome = _table.outcomes[task];
-        if (outcome.HasFailed()) {
-            failure = outcome.failure;
-            continue;
-        }
-        if (!_trial) {
-            unread = outcome.unread;
-            _trial = outcome;
-        }
-        std::erase_if(unread, [&](const std::string& name) {
-            return std::ranges::find(outcome.unread, name) == outcome.unread.end();
-        });
-        if (outcome.end != "the data ended" && _table.plan.GetSplits().NeedDays()) _trial.reset();
-        if (_trial && unread.empty()) break;
-    }
-    if (_trial && _trial->days.empty() && _table.plan.GetSplits().NeedDays()) return "the data hold no rows";
-    if (_trial || (_IsSlice() && !_table.plan.GetSplits().NeedDays())) return std::nullopt;
-    return failure.empty() ? Fault("the runs end before the data, so that nobody knows how to part the time")
-                           : Fault("no run goes through: " + failure);
 }
 
 nxSweep::Fault nxSweep::_MakeParts(nxDaySpan data)
@@ -265,8 +227,7 @@ nxSweep::Fault nxSweep::_RunPoints()
 {
     if (_IsSearch()) return _Search();
     std::vector<nxSweepTask> tasks;
-    const std::size_t from = _options.slice * _table.points.size() / _options.slices;
-    const std::size_t to = (_options.slice + 1) * _table.points.size() / _options.slices;
+    const std::size_t from = _GetSliceBegin(_options.slice), to = _GetSliceBegin(_options.slice + 1);
     for (std::size_t part = 0; part < _table.parts.size(); ++part)
         if (_table.parts[part].role <= Role::Test)
             for (std::size_t point = from; point < to; ++point)
@@ -385,6 +346,11 @@ void nxSweep::_Take(const nxSweepTask& task, nxSweepOutcome outcome)
 {
     _store.AddRun(task, outcome);
     _table.outcomes[task] = std::move(outcome);
+    const double value = _table.GetObjective(task.point, task.part);
+    if (_table.parts[task.part].role <= Role::Train && !std::isnan(value) && !(value <= _bestSoFar)) {
+        _bestSoFar = value;
+        _pointOfBest = task.point;
+    }
     const auto now = std::chrono::steady_clock::now();
     if (now - _saved < std::chrono::milliseconds(500)) return;
     _saved = now;
@@ -393,6 +359,7 @@ void nxSweep::_Take(const nxSweepTask& task, nxSweepOutcome outcome)
 
 void nxSweep::_ShowProgress()
 {
+    if (!_progress.IsEnabled()) return;
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - _start).count();
     const double rate = static_cast<double>(_done) / seconds;
     std::string line = fmt::format("{} of {} runs", _done, _wanted);
@@ -400,7 +367,9 @@ void nxSweep::_ShowProgress()
     if (_done != 0)
         line += fmt::format(", {:.1f} a second, {:.0f} s left", rate,
                             static_cast<double>(_wanted - _done) / rate);
-    _progress.Show(line + nxSweepSummary::DescribeBestSoFar(_table));
+    if (!std::isnan(_bestSoFar))
+        line += "; best " + nxSweepSummary::DescribeBest(_table, _pointOfBest, _bestSoFar);
+    _progress.Show(line);
 }
 
 nxSweep::Forecast nxSweep::_MakeForecast() const

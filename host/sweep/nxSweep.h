@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -66,7 +67,6 @@ private:
     Fault _WriteFacts();
     Fault _ListPoints();
     Fault _Try();
-    Fault _TakeTrial(const std::vector<nxSweepTask>& tasks, std::vector<std::string>& unread);
     Fault _MakeParts(nxDaySpan data);
     Fault _TakeSlices();
     Fault _RunPoints();
@@ -85,6 +85,11 @@ private:
     void _AddPart(nxSweepPart part);
     void _ShowProgress();
     bool _IsInterrupted() const;
+    // The first point of a slice.
+    std::size_t _GetSliceBegin(std::size_t slice) const
+    {
+        return slice * _table.points.size() / _options.slices;
+    }
     bool _IsSlice() const { return _options.slices > 1; }
 
     const nxSweepOptions _options;
@@ -98,7 +103,9 @@ private:
     std::vector<nxRunVariant> _variants;  // of the last parts
     std::optional<nxSweepOutcome> _trial;
     std::string _identity;
-    Fault _lost;  // why the file cannot be written
+    Fault _lost;                                                   // why the file cannot be written
+    double _bestSoFar = std::numeric_limits<double>::quiet_NaN();  // for the line of progress
+    std::size_t _pointOfBest = 0;
     std::size_t _wanted = 0, _done = 0, _failed = 0;
     std::chrono::steady_clock::time_point _start = std::chrono::steady_clock::now(), _saved = _start;
 };

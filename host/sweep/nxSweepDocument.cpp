@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/report/nxCsvWriter.h"
-#include "host/report/nxJsonWriter.h"
+#include "host/report/nxResultSections.h"
 #include "host/report/nxResultText.h"
 #include "host/results/nxMeasures.h"
 #include "host/sweep/nxSlurmScripts.h"
@@ -64,7 +64,8 @@ public:
             _json.Key(std::to_string(point)).Text(page);
         _json.EndObject();
         WriteDimensions();
-        WriteMeasures();
+        _json.Key("measures");
+        nxWriteDefinitions(_json);
         WritePoints();
         WriteBest();
         WriteLuck(luck);
@@ -178,21 +179,6 @@ private:
                     listed.push_back(dimension.GetText(place));
             values = std::move(listed);
         }
-    }
-
-    void WriteMeasures()
-    {
-        _json.Key("measures").BeginArray();
-        for (const nxMeasure& measure : nxMeasure::GetAll()) {
-            _json.BeginObject();
-            _json.Key("name").Text(measure.name);
-            _json.Key("title").Text(measure.title);
-            _json.Key("unit").Text(measure.unit);
-            _json.Key("direction").Text(measure.direction);
-            _json.Key("formula").Text(measure.formula);
-            _json.EndObject();
-        }
-        _json.EndArray();
     }
 
     void WritePoints()

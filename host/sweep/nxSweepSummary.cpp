@@ -56,12 +56,14 @@ void WriteTop(std::ostream& out, const nxSweepTable& table, const nxSweepJudge& 
                              [&](std::size_t i) { return judge.GetPoints()[i].objective; });
     if (order.size() > most) order.resize(most);
     if (order.empty()) return;
-    out << fmt::format("{:>8}  {:>12}  {:>12}  {:>8}  {}\n", "run", "objective", "net profit", "trips", "with");
+    out << fmt::format("{:>8}  {:>12}  {:>12}  {:>8}  {}\n", "run", "objective", "net profit", "trips",
+                       "with");
     for (const std::size_t i : order) {
         // Of several parts the figures of one would mislead.
         const nxSweepOutcome* const outcome =
             judge.GetSplits().empty() ? table.Find(i, table.GetParts(Role::Whole).front()) : nullptr;
-        out << fmt::format("{:>8}  {:>12}  {:>12}  {:>8}  {}\n", i, Objective(table, judge.GetPoints()[i].objective),
+        out << fmt::format("{:>8}  {:>12}  {:>12}  {:>8}  {}\n", i,
+                           Objective(table, judge.GetPoints()[i].objective),
                            outcome == nullptr ? "" : Money(Get(*outcome, "netProfit")),
                            outcome == nullptr ? "" : fmt::format("{:.0f}", Get(*outcome, "roundTrips")),
                            nxSweepSummary::Describe(table, i));
@@ -91,16 +93,18 @@ void WriteVariants(std::ostream& out, const nxSweepTable& table, std::size_t bes
     for (const std::size_t part : table.GetParts(Role::Holdout))
         if (const nxSweepOutcome* const outcome = table.Find(best, part)) {
             const nxDaySpan days = table.parts[part].span;
-            out << fmt::format(
-                "held out    {} to {}: {}\n", nxResultText::GetDate(days.from), nxResultText::GetDate(days.to - 1),
-                outcome->HasFailed() ? outcome->failure
-                                     : fmt::format("objective {}, net profit {}",
-                                                   Objective(table, table.GetObjective(best, part)),
-                                                   Money(Get(*outcome, "netProfit"))));
+            out << fmt::format("held out    {} to {}: {}\n", nxResultText::GetDate(days.from),
+                               nxResultText::GetDate(days.to - 1),
+                               outcome->HasFailed()
+                                   ? outcome->failure
+                                   : fmt::format("objective {}, net profit {}",
+                                                 Objective(table, table.GetObjective(best, part)),
+                                                 Money(Get(*outcome, "netProfit"))));
         }
     const std::vector<std::size_t> variants = table.GetParts(Role::Variant);
     if (variants.size() < 2) return;
-    out << fmt::format("{:<14}  {:>12}  {:>12}  {:>12}\n", "the best under", "objective", "net profit", "fees");
+    out << fmt::format("{:<14}  {:>12}  {:>12}  {:>12}\n", "the best under", "objective", "net profit",
+                       "fees");
     for (const std::size_t part : variants)
         if (const nxSweepOutcome* const outcome = table.Find(best, part)) {
             if (outcome->HasFailed())
@@ -118,7 +122,8 @@ void WriteLuck(std::ostream& out, const nxLuckReport& luck)
                        Percent(luck.deflated));
     if (luck.overfitting) out << fmt::format("; overfitting {}", Percent(luck.overfitting->probability));
     if (luck.realityCheck)
-        out << fmt::format("; SPA p {:.3f}, reality check p {:.3f}", luck.realityCheck->spa, luck.realityCheck->white);
+        out << fmt::format("; SPA p {:.3f}, reality check p {:.3f}", luck.realityCheck->spa,
+                           luck.realityCheck->white);
     if (luck.neighbours) out << fmt::format("; stability {}", Number(luck.neighbours->stability));
     out << fmt::format("; rank correlation {}\n", Number(luck.rankCorrelation));
     out << "verdict     " << luck.GetVerdict() << "\n";
@@ -135,19 +140,9 @@ std::string nxSweepSummary::Describe(const nxSweepTable& table, std::size_t poin
     return text.empty() ? "what all have" : text;
 }
 
-std::string nxSweepSummary::DescribeBestSoFar(const nxSweepTable& table)
+std::string nxSweepSummary::DescribeBest(const nxSweepTable& table, std::size_t point, double objective)
 {
-    double best = std::numeric_limits<double>::quiet_NaN();
-    std::size_t point = 0;
-    for (const auto& [task, outcome] : table.outcomes) {
-        if (table.parts[task.part].role > Role::Train) continue;
-        const double value = table.GetObjective(task.point, task.part);
-        if (std::isnan(value) || value <= best) continue;
-        best = value;
-        point = task.point;
-    }
-    return std::isnan(best) ? std::string()
-                            : fmt::format("; best {} with {}", Objective(table, best), Describe(table, point));
+    return fmt::format("{} with {}", Objective(table, objective), Describe(table, point));
 }
 
 void nxSweepSummary::WritePlan(std::ostream& out, const nxSweepTable& table, const Estimate& estimate)
@@ -155,22 +150,25 @@ void nxSweepSummary::WritePlan(std::ostream& out, const nxSweepTable& table, con
     constexpr std::size_t shown = 10;
     const std::size_t runs = estimate.points * estimate.parts;
     out << fmt::format("runs        {}", runs);
-    if (estimate.parts > 1) out << fmt::format(" ({} points over {} parts of the time)", estimate.points, estimate.parts);
+    if (estimate.parts > 1)
+        out << fmt::format(" ({} points over {} parts of the time)", estimate.points, estimate.parts);
     out << "\n";
     for (std::size_t i = 0; i < std::min(shown, table.points.size()); ++i)
         out << fmt::format("{:<10}  {}\n", i, Describe(table, i));
-    if (table.points.size() > shown) out << fmt::format("            and {} more\n", table.points.size() - shown);
+    if (table.points.size() > shown)
+        out << fmt::format("            and {} more\n", table.points.size() - shown);
     if (table.points.empty()) out << "            which the search finds as it goes\n";
     for (const nxSweepPart& part : table.parts)
         if (!part.span.IsEmpty())
             out << fmt::format("{:<10}  {} to {}\n", nxSweepPart::GetRoleName(part.role),
-                               nxResultText::GetDate(part.span.from), nxResultText::GetDate(part.span.to - 1));
+                               nxResultText::GetDate(part.span.from),
+                               nxResultText::GetDate(part.span.to - 1));
     if (estimate.secondsOfRun == 0.0) return;
     const double seconds = estimate.secondsOfRun * static_cast<double>(runs) / estimate.workers;
-    out << fmt::format("one run     {:.3g} s of processor time over all the data, {:.0f} MiB\n", estimate.secondsOfRun,
-                       static_cast<double>(estimate.memoryOfRun) / (1 << 20));
-    out << fmt::format("all         about {} at most, with {} process{}\n", Duration(seconds), estimate.workers,
-                       estimate.workers == 1 ? "" : "es");
+    out << fmt::format("one run     {:.3g} s of processor time over all the data, {:.0f} MiB\n",
+                       estimate.secondsOfRun, static_cast<double>(estimate.memoryOfRun) / (1 << 20));
+    out << fmt::format("all         about {} at most, with {} process{}\n", Duration(seconds),
+                       estimate.workers, estimate.workers == 1 ? "" : "es");
 }
 
 std::vector<std::string> nxSweepSummary::GetNotes(const nxSweepTable& table, const nxSweepJudge& judge)
@@ -179,15 +177,20 @@ std::vector<std::string> nxSweepSummary::GetNotes(const nxSweepTable& table, con
     const std::size_t all = table.points.size();
     if (const std::size_t missing = judge.Count(State::Missing); missing != 0)
         notes.push_back(fmt::format("{} of {} runs are not done yet", missing, all));
+    const auto method = table.plan.GetMethod();
+    if ((method == nxPlan::Method::Random || method == nxPlan::Method::Sobol) && all < table.plan.GetRuns())
+        notes.push_back(
+            fmt::format("the plan asks for {} points, and there are {}", table.plan.GetRuns(), all));
     std::map<std::string, std::size_t> failures;
     for (const nxSweepJudge::Point& point : judge.GetPoints())
         if (point.state == State::Failed) ++failures[point.failure];
     for (const auto& [text, count] : failures)
         notes.push_back(fmt::format("{} of {} runs failed: {}", count, all, text));
     if (const std::size_t count = judge.Count(State::Constrained); count != 0)
-        notes.push_back(fmt::format(
-            "{} of {} runs cannot be the best: a constraint does not hold, or what is maximised is not known of them",
-            count, all));
+        notes.push_back(
+            fmt::format("{} of {} runs cannot be the best: a constraint does not hold, or what is maximised "
+                        "is not known of them",
+                        count, all));
     if (!judge.GetBest() && judge.Count(State::Missing) == 0)
         notes.push_back("no run can be the best; --maximise netProfit is known of each that goes through");
     return notes;
@@ -198,7 +201,8 @@ void nxSweepSummary::Write(std::ostream& out, const nxSweepTable& table, const n
 {
     out << "--- sweep\n";
     out << fmt::format("runs        {} done, {} failed\n",
-                       judge.Count(State::Done) + judge.Count(State::Constrained), judge.Count(State::Failed));
+                       judge.Count(State::Done) + judge.Count(State::Constrained),
+                       judge.Count(State::Failed));
     for (const std::string& note : GetNotes(table, judge))
         out << "note        " << note << "\n";
     WriteTop(out, table, judge);
