@@ -424,5 +424,8 @@ void nxSweep::_Tell()
         return;
     }
     const nxSweepJudge judge(_table);
-    nxSweepSummary::Write(_out, _table, judge, judge.FindLuck(_table.plan.GetSeed()));
+    _progress.Show("how far the best may be luck");  // for thousands of runs that takes a while
+    const nxLuckReport luck = judge.FindLuck(_table.plan.GetSeed());
+    _progress.Erase();
+    nxSweepSummary::Write(_out, _table, judge, luck);
 }
