@@ -40,8 +40,7 @@ public:
         _file = file;
         if (Fault fault = _store.Open(file)) return fault;
         _facts = _store.GetFacts();
-        if (const Fault fault = nxSweepFacts::Read(_store, _table))
-            return fmt::format("{}: {}", file, *fault);
+        if (Fault fault = nxSweepFacts::Read(_store, _table)) return fault;
         const auto command = nlohmann::json::parse(_facts["command"], nullptr, false);
         if (!command.is_array()) return file + ": holds no command";
         if (const Fault fault = _runs.SetFromArguments(command.get<std::vector<std::string>>()))

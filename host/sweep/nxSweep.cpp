@@ -101,7 +101,7 @@ nxSweep::Fault nxSweep::_Open()
     if (_store.IsNew()) return _WriteFacts();
     if (Fault fault = _CheckIdentity()) return fault;
     if (_options.triesFailedAgain) _store.ForgetFailures();
-    _store.Read(_table);
+    if (Fault fault = _store.Read(_table)) return fault;
     _table.points.clear();  // they are listed anew, with all that belongs to them
     return std::nullopt;
 }
@@ -213,7 +213,7 @@ nxSweep::Fault nxSweep::_TakeSlices()
         if (!change.empty()) return fmt::format("{}: is a part of another sweep: {} differs", file, change);
         nxSweepTable table;
         table.plan = _table.plan;
-        slice.Read(table);
+        if (Fault fault = slice.Read(table)) return fault;
         if (_table.parts.empty())
             for (const nxSweepPart& part : table.parts)
                 _AddPart(part);

@@ -39,8 +39,11 @@ std::optional<std::string> nxSweepFacts::MakePlan(const std::vector<nxPlanEntry>
                                                   const std::string& objective, nxPlan& plan)
 {
     std::vector<nxPlanEntry> all = entries;
-    const auto isObjective = [](const nxPlanEntry& entry) { return entry.key == "maximise" || entry.key == "minimise"; };
-    if (std::ranges::none_of(entries, isObjective)) all.push_back({"maximise", "", {objective}, false, "--maximise"});
+    const auto isObjective = [](const nxPlanEntry& entry) {
+        return entry.key == "maximise" || entry.key == "minimise";
+    };
+    if (std::ranges::none_of(entries, isObjective))
+        all.push_back({"maximise", "", {objective}, false, "--maximise"});
     return plan.SetFromEntries(all, GetMeasureNames());
 }
 
@@ -62,13 +65,15 @@ std::optional<std::string> nxSweepFacts::Read(nxSweepStore& store, nxSweepTable&
     std::vector<nxPlanEntry> entries;
     try {
         for (const Json& entry : Json::parse(facts["plan"]))
-            entries.push_back({entry.at("key"), entry.at("name"), entry.at("values"), entry.at("isList"), entry.at("place")});
+            entries.push_back({entry.at("key"), entry.at("name"), entry.at("values"), entry.at("isList"),
+                               entry.at("place")});
     } catch (const Json::exception&) {
-        return "holds no plan";
+        return store.GetPath() + ": holds no plan";
     }
-    if (auto fault = MakePlan(entries, facts["objective"], table.plan)) return "its plan: " + *fault;
-    if (facts.contains("capital")) table.capital = std::stod(facts["capital"]);
-    store.Read(table);
+    if (auto fault = MakePlan(entries, facts["objective"], table.plan))
+        return store.GetPath() + ": its plan: " + *fault;
+    if (facts.contains("capital")) table.capital = std::strtod(facts["capital"].c_str(), nullptr);
+    if (auto fault = store.Read(table)) return fault;
     for (nxPlanPoint& point : table.points)
         FindPlaces(table.plan, point);
     return std::nullopt;

@@ -16,6 +16,6 @@ public:
     [[nodiscard]] static std::optional<std::string> MakePlan(const std::vector<nxPlanEntry>& entries,
                                                              const std::string& objective, nxPlan& plan);
     static std::string PackEntries(const std::vector<nxPlanEntry>& entries);
-    // Null, or why the file tells no plan, without its path.
+    // Null, or why the file cannot be read, with its path.
     [[nodiscard]] static std::optional<std::string> Read(nxSweepStore& store, nxSweepTable& table);
 };

@@ -22,7 +22,8 @@ std::string GetName(const nxCurrencyEnum& currency)
 
 // The account that counts: that of all jobs together, where several have traded. Null: the run has traded
 // nothing. False: it cannot be told which.
-bool Choose(const nxResult& result, const std::string& currency, const nxResultData*& chosen, std::string& failure)
+bool Choose(const nxResult& result, const std::string& currency, const nxResultData*& chosen,
+            std::string& failure)
 {
     std::set<std::string> currencies;
     for (const nxResultData& data : result.results) {
@@ -34,7 +35,8 @@ bool Choose(const nxResult& result, const std::string& currency, const nxResultD
     std::string names;
     for (const std::string& name : currencies)
         names += (names.empty() ? "" : ", ") + (name.empty() ? "none" : name);
-    failure = fmt::format("the run has results in several currencies ({}); --currency tells which one counts", names);
+    failure = fmt::format("the run has results in several currencies ({}); --currency tells which one counts",
+                          names);
     return false;
 }
 
@@ -152,6 +154,14 @@ nxSweepOutcome nxSweepOutcome::Of(const nxRun& run, const std::string& currency,
     return outcome;
 }
 
+bool nxSweepOutcome::IsSound() const
+{
+    constexpr long long farthest = 100'000;  // whose nanoseconds can be counted
+    if (days.size() != profits.size() || !std::ranges::is_sorted(days)) return false;
+    if (!days.empty() && (days.front() < -farthest || days.back() > farthest)) return false;
+    return HasFailed() || measures.size() == nxMeasure::GetAll().size();
+}
+
 std::string nxSweepOutcome::Pack() const
 {
     Writer writer;
@@ -182,9 +192,6 @@ std::optional<nxSweepOutcome> nxSweepOutcome::Unpack(std::string_view bytes)
     reader.Get(outcome.hasBooks);
     reader.Get(outcome.hasBars);
     reader.Get(outcome.unread);
-    const std::size_t measureCount = outcome.HasFailed() ? outcome.measures.size() : nxMeasure::GetAll().size();
-    if (!reader.IsWhole() || outcome.measures.size() != measureCount ||
-        outcome.days.size() != outcome.profits.size() || !std::ranges::is_sorted(outcome.days))
-        return std::nullopt;
+    if (!reader.IsWhole() || !outcome.IsSound()) return std::nullopt;
     return outcome;
 }

@@ -18,11 +18,14 @@ struct nxSweepOutcome
     std::vector<long long> days;   // with data, since 1970
     std::vector<double> profits;   // at the ends of these days, since the run began
     double seconds = 0.0;          // of processor time
-    unsigned long long memory = 0;  // bytes of its process at the highest, a share of it where runs took turns
+    unsigned long long memory =
+        0;  // bytes of its process at the highest, a share of it where runs took turns
     bool hasBooks = false, hasBars = false;  // what its orders met
     std::vector<std::string> unread;         // parameters that no script read
 
     bool HasFailed() const { return !failure.empty(); }
+    // What came from outside can be an outcome: it has all measures, and its days are such.
+    bool IsSound() const;
 
     // Of a run that is over. `currency` tells whose money counts where there are several; empty: not given.
     static nxSweepOutcome Of(const nxRun& run, const std::string& currency, const std::string& errors);

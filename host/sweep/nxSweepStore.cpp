@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/feed/nxFeedTime.h"
+#include "host/report/nxResultText.h"
 #include "host/results/nxMeasures.h"
 
 namespace {
@@ -49,7 +50,9 @@ std::optional<long long> FindDay(const std::string& text)
 {
     long long time = 0;
     if (nxFeedTime::SetFromText(text, time) != nullptr) return std::nullopt;
-    return time / nxTime::NanosecondsPerDay;
+    // A number would be a time, too.
+    const long long day = time / nxTime::NanosecondsPerDay;
+    return nxResultText::GetDate(day) == text ? std::optional(day) : std::nullopt;
 }
 
 }  // namespace
@@ -125,9 +128,7 @@ void nxSweepStore::AddPoint(const nxPlanPoint& point, const nxPlan& plan)
 
 void nxSweepStore::AddPart(const nxSweepPart& part)
 {
-    const auto getDay = [&](long long day) {
-        return part.span.IsEmpty() ? "" : nxFeedTime::GetDateAsString(day);
-    };
+    const auto getDay = [&](long long day) { return part.span.IsEmpty() ? "" : nxResultText::GetDate(day); };
     const std::string first = getDay(part.span.from), last = getDay(part.span.to - 1);
     _database.Begin();
     _database.Run("INSERT INTO parts VALUES (?, ?, ?, ?, ?, ?)",
@@ -170,7 +171,7 @@ void nxSweepStore::AddRun(const nxSweepTask& task, const nxSweepOutcome& outcome
     _database.RunWith(sql, values);
 }
 
-void nxSweepStore::Read(nxSweepTable& table)
+std::optional<std::string> nxSweepStore::Read(nxSweepTable& table)
 {
     const std::vector<nxDimension>& dimensions = table.plan.GetDimensions();
     _database.Run("SELECT number, parameters FROM points ORDER BY point", {}, [&](const Row& row) {
@@ -193,6 +194,8 @@ void nxSweepStore::Read(nxSweepTable& table)
         part.name = row.GetBytes(4);
     });
     _ReadRuns(table);
+    if (_database.HasFailed()) return fmt::format("{}: cannot be read: {}", _path, _database.GetFailure());
+    return std::nullopt;
 }
 
 void nxSweepStore::_ReadRuns(nxSweepTable& table)
@@ -217,7 +220,7 @@ void nxSweepStore::_ReadRuns(nxSweepTable& table)
         outcome.profits = MakeNumbers<double>(row.GetBytes(9));
         for (std::size_t i = 0; i < nxMeasure::GetAll().size() && !outcome.HasFailed(); ++i)
             outcome.measures.push_back(row.GetReal(static_cast<int>(10 + i)));
-        if (outcome.days.size() != outcome.profits.size()) _database.Fail("days and profits of a run differ");
+        if (!outcome.IsSound()) _database.Fail("days and profits of a run do not go together");
     });
 }
 

@@ -26,6 +26,7 @@ public:
     [[nodiscard]] std::optional<std::string> Open(const std::string& path);
     // It was made just now.
     bool IsNew() const { return _isNew; }
+    const std::string& GetPath() const { return _path; }
 
     std::map<std::string, std::string> GetFacts();
     void SetFact(const std::string& name, const std::string& value);
@@ -39,8 +40,8 @@ public:
     void AddPoint(const nxPlanPoint& point, const nxPlan& plan);
     void AddPart(const nxSweepPart& part);
     void AddRun(const nxSweepTask& task, const nxSweepOutcome& outcome);
-    // Points, parts and outcomes of the table.
-    void Read(nxSweepTable& table);
+    // Points, parts and outcomes of the table. Null, or why they cannot be read, with the path.
+    [[nodiscard]] std::optional<std::string> Read(nxSweepTable& table);
 
     // Runs that failed are to be made again.
     void ForgetFailures();

@@ -3,6 +3,7 @@
 
     run_sweep_tests.py PROGRAM [NAME...]
 """
+import contextlib
 import csv
 import datetime
 import io
@@ -246,6 +247,27 @@ def test_what_is_wrong_is_told():
     require("script follow.lua has changed since" in run(*SWEEP, *PLAN, "-o", "told.db", status=2).stderr, "a changed script")
     require("has changed since" in run("report", "told.db", "--run", "0", "--json", "-", status=2).stderr, "a page of a changed script")
     run(*SWEEP, *PLAN, "-o", "told.db", "--restart")
+
+
+def test_a_file_that_a_hand_has_changed_is_refused():
+    run(*SWEEP, *PLAN, "--walk", "2m:1m", "-o", "whole.db")
+    with open("whole.db", "rb") as file:
+        whole = file.read()
+    for statement, text in (("UPDATE calendars SET days = randomblob(960)", "do not go together"), ("UPDATE runs SET profits = x'00'", "do not go together"),
+                            ("DROP TABLE parts", "no such table"), ("UPDATE facts SET value = '[{}]' WHERE name = 'plan'", "holds no plan"),
+                            ("UPDATE facts SET value = '[\"-o\"]' WHERE name = 'command'", "its command"), ("PRAGMA user_version = 2", "newer program"),
+                            ("PRAGMA application_id = 7", "another program")):
+        with open("hand.db", "wb") as file:
+            file.write(whole)
+        with contextlib.closing(sqlite3.connect("hand.db")) as connection:
+            connection.execute(statement)
+            connection.commit()
+        told = run("report", "hand.db", "--json", "-", status=2).stderr
+        require("hand.db: " in told and text in told, f"{statement}: {told}")
+    with contextlib.closing(sqlite3.connect("whole.db")) as connection:
+        connection.execute("UPDATE parts SET last = '213305255806638'")
+        connection.commit()
+    run("report", "whole.db", "--json", "-")
 
 
 def test_a_dry_run_tells_and_writes_nothing():

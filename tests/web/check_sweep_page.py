@@ -1,6 +1,6 @@
 """Opens pages of sweeps in Chromium and holds what they show against the documents.
 
-    check_sweep_page.py MAKE_PAGE
+    check_sweep_page.py MAKE_PAGE ALGOSERVER
 """
 import json
 import pathlib
@@ -205,4 +205,36 @@ class SweepPage(PageTest):
         self.browser.set_window_size(1280, 900)
 
 
+    def test_a_sweep_shows_its_own_page(self):
+        folder = pathlib.Path(self.folder.name)
+        (folder / "follow.lua").write_text(SCRIPT)
+        run = lambda *words: subprocess.run([pathlib.Path(sys.argv[2]).resolve(), *words], cwd=folder, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        run("sweep", "follow.lua", "--data", str(BARS), "--vary", "back=1:4:1", "--vary", "mode=with,against,wrong", "--walk", "2y:1y", "--holdout", "10%", "-o", "s.db")
+        run("report", "s.db", "--json", "s.json", "-o", "page.html", "--pages", "1")
+        document = json.loads((folder / "s.json").read_text())
+        self.show(folder / "page.html")
+        self.assertEqual(self.text("#verdict .sentence"), document["verdict"])
+        self.assertIn("4 of 12 runs failed", self.text("#facts"))
+        best, wrong = (document["points"]["objective"][document["best"]], document["points"]["state"].count("failed"))
+        self.assertEqual((self.filter("failed"), wrong), (4, 4))
+        self.assertEqual(self.filter(f"objective >= {best - 1e-9}"), 1)
+        self.assertEqual(len(self.all("#walk tbody tr")) - len(self.all("#walk details tbody tr")), len(document["splits"]))
+        self.press("#runs-table tbody tr", Keys.ENTER)
+        link = self.one("dialog[open] a").get_attribute("href")
+        self.assertTrue(link.endswith(f"page_pages/{document['best']}.html"), link)
+        back = document["dimensions"][0]["values"][document["points"]["places"][0][document["best"]]]
+        self.assertIn(f'"parameters":{{"back":"{back}"', (folder / "page_pages" / f"{document['best']}.html").read_text())
+
+
+BARS = pathlib.Path(__file__).resolve().parent.parent.parent / "examples/data/signal_bars.csv.gz"
+SCRIPT = """
+function OnInit() back, mode, a, closes = job:getParameter("back"), job:getParameter("mode"), job:getProduct("SIM"), {} a:subscribePrice() end
+function OnPrice(p)
+  closes[#closes + 1] = p.lastPrice
+  if #closes <= 20 * back then return end
+  if mode == "wrong" then error("wrong") end
+  local volume = ((closes[#closes] > closes[#closes - 20 * back]) == (mode == "with") and 1 or -1) - a.position.localNet
+  if volume ~= 0 then a:createOrder{side = volume > 0 and "BUY" or "SELL", type = "MARKET"}:work{volume = math.abs(volume)} end
+end
+"""
 unittest.main(argv=sys.argv[:1])
