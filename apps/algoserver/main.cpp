@@ -72,8 +72,9 @@ int Run(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr << "algoserver: no command; there are run, sweep, report, import, layouts, generate and check. Try "
-                 "'algoserver --help'.\n";
+    std::cerr
+        << "algoserver: no command; there are run, sweep, report, import, layouts, generate and check. Try "
+           "'algoserver --help'.\n";
     return 2;
 }
 

@@ -164,7 +164,8 @@ int MakeRun(const RunManner& manner, nxRunOptions options)
     options.interrupted = &GetInterrupted();
     options.shortOfMemory = &GetShortOfMemory();
     CatchSignals();
-    return manner.isStrict ? RunStrictly(manner, std::move(options)) : RunHere(manner, std::move(options), std::cout);
+    return manner.isStrict ? RunStrictly(manner, std::move(options))
+                           : RunHere(manner, std::move(options), std::cout);
 }
 
 void AddRunCommand(CLI::App& app, int& status)

@@ -160,6 +160,26 @@ std::vector<std::size_t> FindBest(const Sweep& sweep, std::size_t most)
     return order;
 }
 
+// Pages of so many of the best, in a folder beside the sweep's page, and how that page gets to them. The exit
+// status.
+int MakePages(Sweep& sweep, const std::string& page, std::size_t count,
+              std::map<std::size_t, std::string>& links)
+{
+    if (count == 0) return 0;
+    const std::filesystem::path folder =
+        std::filesystem::path(page).replace_extension("").string() + "_pages";
+    std::error_code error;
+    if (!std::filesystem::create_directory(folder, error) && error)
+        return Sweep::Refuse(fmt::format("{}: cannot be made: {}", folder.string(), error.message()));
+    for (const std::size_t point : FindBest(sweep, count)) {
+        const std::string name = fmt::format("{}.html", point);
+        if (const int status = sweep.MakeRunApart(point, (folder / name).string()); status != 0)
+            return status;
+        links[point] = (folder.filename() / name).string();
+    }
+    return 0;
+}
+
 }  // namespace
 
 bool SweepReport::IsSweep(const std::string& path)
@@ -183,35 +203,30 @@ void SweepReport::AddOptions(CLI::App& command)
         ->type_name("COUNT");
 }
 
-int SweepReport::Write(const std::string& file) const
+std::optional<std::string> SweepReport::_FindObstacle(const std::string& file) const
 {
     nxRunFiles files;
     files.AddInput(file);
     for (const auto& [option, path] :
          {std::pair("--output", page), std::pair("--json", json), std::pair("--csv", csv)})
         if (!path.empty()) files.AddOutput(option, path);
-    if (const Fault clash = files.FindClash()) return Sweep::Refuse(*clash);
     if (page.empty() && json.empty() && csv.empty())
-        return Sweep::Refuse("-o FILE.html, --json FILE or --csv FILE tells where to write to");
+        return "-o FILE.html, --json FILE or --csv FILE tells where to write to";
     if (std::ranges::count(std::array{page, json, csv}, "-") > 1)
-        return Sweep::Refuse("standard output can be for one of --output, --json and --csv");
-    if (pages != 0 && (page.empty() || page == "-"))
-        return Sweep::Refuse("--pages is for the page of -o FILE.html");
+        return "standard output can be for one of --output, --json and --csv";
+    if (pages != 0 && (page.empty() || page == "-")) return "--pages is for the page of -o FILE.html";
+    if (run && !csv.empty()) return "--csv is for all runs, and --run for one";
+    return files.FindClash();
+}
+
+int SweepReport::Write(const std::string& file) const
+{
+    if (const Fault obstacle = _FindObstacle(file)) return Sweep::Refuse(*obstacle);
     Sweep sweep;
     if (const Fault fault = sweep.Read(file)) return Sweep::Refuse(*fault);
     if (run) return sweep.MakeRun(*run, page, json);
     std::map<std::size_t, std::string> links;
-    const std::filesystem::path folder =
-        std::filesystem::path(page).replace_extension("").string() + "_pages";
-    std::error_code error;
-    if (pages != 0 && !std::filesystem::create_directory(folder, error) && error)
-        return Sweep::Refuse(fmt::format("{}: cannot be made: {}", folder.string(), error.message()));
-    for (const std::size_t point : FindBest(sweep, pages)) {
-        const std::string name = fmt::format("{}.html", point);
-        if (const int status = sweep.MakeRunApart(point, (folder / name).string()); status != 0)
-            return status;
-        links[point] = (folder.filename() / name).string();
-    }
+    if (const int status = MakePages(sweep, page, pages, links); status != 0) return status;
     Fault fault;
     const std::string document = page.empty() && json.empty() ? std::string() : sweep.MakeDocument(links);
     if (!json.empty()) fault = WriteFile("the result", json, document);

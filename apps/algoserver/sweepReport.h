@@ -16,4 +16,7 @@ struct SweepReport
     void AddOptions(CLI::App& command);
     // Gives the exit status.
     int Write(const std::string& file) const;
+
+private:
+    std::optional<std::string> _FindObstacle(const std::string& file) const;
 };

@@ -14,8 +14,8 @@ public:
 
     // Gives the next event if it comes before its deadline; what is due at the time of an event comes first.
     // Bars have a deadline of their own, since what ends at a time ends after the bars of that time. The
-    // event is good until the next call. Wait: what comes next is not known yet. End: there are no more, or the
-    // source has failed.
+    // event is good until the next call. Wait: what comes next is not known yet. End: there are no more, or
+    // the source has failed.
     [[nodiscard]] virtual Step Next(long long deadline, long long deadlineOfBars,
                                     const nxFeedEvent*& event) = 0;
     // After Next has answered Deadline: no event comes before this time, as far as is known.

@@ -52,7 +52,8 @@ void nxFeedBlocks::_Read()
 
 void nxFeedBlocks::_Add(const nxFeedEvent& event)
 {
-    if (event.kind == nxFeedKind::Depth) _levels.insert(_levels.end(), event.levels.begin(), event.levels.end());
+    if (event.kind == nxFeedKind::Depth)
+        _levels.insert(_levels.end(), event.levels.begin(), event.levels.end());
     nxFeedEvent& added = _events.emplace_back(event);
     if (event.kind != nxFeedKind::Depth) added.levels = {};
 }

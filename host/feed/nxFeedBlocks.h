@@ -5,9 +5,9 @@
 
 #include "host/feed/nxFeed.h"
 
-// Recorded data that several runs go through side by side, so that they are read once: a block of events, then
-// the next one when all runs have had it. What is known of the products changes only between blocks, so that
-// each run knows at each event what it would know alone. Used by one thread.
+// Recorded data that several runs go through side by side, so that they are read once: a block of events,
+// then the next one when all runs have had it. What is known of the products changes only between blocks, so
+// that each run knows at each event what it would know alone. Used by one thread.
 class nxFeedBlocks
 {
 public:
@@ -43,7 +43,7 @@ private:
     nxFeedProductTable _products;
     unsigned long long _version = 0;  // of the feed's products, which these are like
     std::vector<nxFeedEvent> _events;
-    std::vector<nxFeedLevel> _levels;  // of the events
+    std::vector<nxFeedLevel> _levels;    // of the events
     const nxFeedEvent* _held = nullptr;  // the first of the next block, where it was read already
     unsigned long long _number = 0;
     bool _isLast = false;

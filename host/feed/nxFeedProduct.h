@@ -13,10 +13,9 @@
 class nxFeedProduct
 {
 public:
-    // changes: counted up when what the jobs of a run can know of the product changes, but for the rows so far;
-    // outlives the product.
-    nxFeedProduct(std::string name, unsigned long long& changes)
-        : _name(std::move(name)), _changes(&changes)
+    // changes: counted up when what the jobs of a run can know of the product changes, but for the rows so
+    // far; outlives the product.
+    nxFeedProduct(std::string name, unsigned long long& changes) : _name(std::move(name)), _changes(&changes)
     {
     }
 

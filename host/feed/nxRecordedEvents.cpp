@@ -11,7 +11,8 @@ bool nxRecordedEvents::Open(const std::vector<std::string>& paths,
 {
     _paths = paths;
     _terms = products;
-    const bool isOpen = _blocks == nullptr ? _feed.Open(paths, products) : _blocks->Open(_options, paths, products);
+    const bool isOpen =
+        _blocks == nullptr ? _feed.Open(paths, products) : _blocks->Open(_options, paths, products);
     if (!isOpen) {
         _isAtEnd = true;
         return false;

@@ -25,7 +25,8 @@ long long nxSqliteDatabase::Row::GetNumber(int column) const
 
 double nxSqliteDatabase::Row::GetReal(int column) const
 {
-    return IsNull(column) ? std::numeric_limits<double>::quiet_NaN() : sqlite3_column_double(_statement, column);
+    return IsNull(column) ? std::numeric_limits<double>::quiet_NaN()
+                          : sqlite3_column_double(_statement, column);
 }
 
 std::string nxSqliteDatabase::Row::GetBytes(int column) const
@@ -154,7 +155,8 @@ bool nxSqliteDatabase::_Check(int code)
 
 int nxSqliteDatabase::_Bind(sqlite3_stmt* statement, int place, const Value& value)
 {
-    if (const auto* number = std::get_if<long long>(&value)) return sqlite3_bind_int64(statement, place, *number);
+    if (const auto* number = std::get_if<long long>(&value))
+        return sqlite3_bind_int64(statement, place, *number);
     // One that is none is bound as null.
     if (const auto* real = std::get_if<double>(&value)) return sqlite3_bind_double(statement, place, *real);
     const auto get = [](std::string_view bytes) { return bytes.data() == nullptr ? "" : bytes.data(); };

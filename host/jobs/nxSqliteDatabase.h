@@ -77,7 +77,8 @@ public:
     // One statement; its rows go to `take`. It is kept compiled.
     bool Run(std::string_view sql, std::initializer_list<Value> values = {},
              const std::function<void(const Row&)>& take = {});
-    bool RunWith(std::string_view sql, std::span<const Value> values, const std::function<void(const Row&)>& take = {});
+    bool RunWith(std::string_view sql, std::span<const Value> values,
+                 const std::function<void(const Row&)>& take = {});
     // What the statement gives in its first row and column.
     long long GetNumber(std::string_view sql);
     long long GetLastID() const;

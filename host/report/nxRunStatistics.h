@@ -19,8 +19,8 @@ struct nxRunStatistics
     long long firstTime = 0;
     long long lastTime = 0;
     std::vector<nxJobStatistics> jobs;
-    std::vector<std::string> remarks;  // what a person should know of the data
-    std::vector<std::string> notes;    // and of the scripts and what they were given
+    std::vector<std::string> remarks;           // what a person should know of the data
+    std::vector<std::string> notes;             // and of the scripts and what they were given
     std::vector<std::string> unreadParameters;  // given, and no script has read them
     long long wallNanoseconds = 0;
 

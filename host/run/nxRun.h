@@ -37,9 +37,9 @@ public:
     nxRun(nxRunOptions options, std::ostream& out, std::ostream& err);
 
     [[nodiscard]] nxRunResult Run();
-    // The same in steps, for runs that share the reading of their data; all on one thread, whose stack is deep
-    // enough for scripts. Begin, and then Continue after each block of events, as long as they say true: there
-    // is more to do.
+    // The same in steps, for runs that share the reading of their data; all on one thread, whose stack is
+    // deep enough for scripts. Begin, and then Continue after each block of events, as long as they say true:
+    // there is more to do.
     [[nodiscard]] bool Begin();
     [[nodiscard]] bool Continue();
     nxRunResult GetOutcome() const { return _state.result; }

@@ -33,7 +33,8 @@ struct nxRunArguments : nxJobArguments
     std::vector<std::string> barPeriods;  // [PRODUCT=]PERIOD; see nxFeedTime
     nxFormArguments form;
     std::string from, to, warmup;
-    bool mayBeginLater = false;  // who makes the runs sets where each begins, after which there may be a warm-up
+    bool mayBeginLater =
+        false;  // who makes the runs sets where each begins, after which there may be a warm-up
     // Texts of nxLatency or, but for the feed, files of nxLatencyFile.
     std::optional<std::string> latency;  // of requests, and of answers without one of their own
     std::optional<std::string> answerLatency;

@@ -12,8 +12,8 @@
 class nxRun;
 
 // Several runs over one reading of their data: each takes a block of events, then the next run takes the same
-// one. All that a run has is its own, so each comes to what it would come to alone, to the byte. Callbacks are
-// not watched here: the runs' process is to be guarded from outside where one may not return.
+// one. All that a run has is its own, so each comes to what it would come to alone, to the byte. Callbacks
+// are not watched here: the runs' process is to be guarded from outside where one may not return.
 class nxRunBatch
 {
 public:

@@ -140,8 +140,9 @@ nxRunResult nxRunEnvelope::Run(const nxRunOptions& options, std::ostream& out, s
         worst = result == nxRunResult::Done ? worst : std::max(worst, result);
     }
     // In the order of the variants, whichever the run itself was under.
-    std::ranges::sort(models, {},
-                      [&](const auto& model) { return std::ranges::find(all, model.name, &nxRunVariant::name); });
+    std::ranges::sort(models, {}, [&](const auto& model) {
+        return std::ranges::find(all, model.name, &nxRunVariant::name);
+    });
     nxRunSummary::WriteEnvelope(out, models);
     if (!left.empty())
         out << "not run     " << fmt::format("{}", fmt::join(left, ", "))

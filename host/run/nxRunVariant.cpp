@@ -59,7 +59,8 @@ std::vector<nxDecimal*> GetFees(nxProductDescription& product)
 
 bool HasFees(const nxRunOptions& own)
 {
-    return std::ranges::any_of(own.products, [](nxProductDescription product) { return !GetFees(product).empty(); });
+    return std::ranges::any_of(own.products,
+                               [](nxProductDescription product) { return !GetFees(product).empty(); });
 }
 
 // In tenths, so that half is exact.

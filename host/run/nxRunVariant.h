@@ -29,10 +29,11 @@ struct nxRunVariant
     void Apply(nxRunOptions& options) const;
 
     // The run itself, from the most optimistic fill model on, and those that can differ from it: other fill
-    // models and a queue that only trades move where it sent orders to books, other bar models and limits that
-    // must be traded through where it sent some to bars, and twice the latency.
+    // models and a queue that only trades move where it sent orders to books, other bar models and limits
+    // that must be traded through where it sent some to bars, and twice the latency.
     static std::vector<nxRunVariant> GetForEnvelope(const nxRunOptions& own, const nxRunReach& reach);
-    // The same without the run itself, and half the latency, and half and twice the fees, where there are any.
+    // The same without the run itself, and half the latency, and half and twice the fees, where there are
+    // any.
     static std::vector<nxRunVariant> GetForBest(const nxRunOptions& own, const nxRunReach& reach);
     // What the run itself is called among its variants.
     static const char* GetOwnName(const nxExchangeOptions& own, const nxRunReach& reach);

@@ -17,7 +17,8 @@ class nxRunWarden
 {
 public:
     // A limit of 0 is none. The page outlives the warden.
-    nxRunWarden(nxRunPage& page, std::chrono::nanoseconds callbackLimit) : _page(page), _deadline(callbackLimit)
+    nxRunWarden(nxRunPage& page, std::chrono::nanoseconds callbackLimit)
+        : _page(page), _deadline(callbackLimit)
     {
     }
 

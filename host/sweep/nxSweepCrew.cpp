@@ -12,7 +12,8 @@ using Fault = std::optional<std::string>;
 
 }  // namespace
 
-Fault nxSweepCrew::Run(const std::vector<nxSweepTask>& tasks, const Done& done, const std::function<void()>& tick)
+Fault nxSweepCrew::Run(const std::vector<nxSweepTask>& tasks, const Done& done,
+                       const std::function<void()>& tick)
 {
     _waiting.assign(tasks.begin(), tasks.end());
     Fault fault;

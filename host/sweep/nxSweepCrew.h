@@ -19,8 +19,8 @@ public:
     struct Options
     {
         unsigned int workers = 1;
-        std::size_t largestBatch = 32;             // runs of a process
-        unsigned long long memory = 0;             // bytes for all runs that go on at one time; 0: any
+        std::size_t largestBatch = 32;  // runs of a process
+        unsigned long long memory = 0;  // bytes for all runs that go on at one time; 0: any
         nxWorkerOptions worker = {};
         const std::atomic<bool>* interrupted = nullptr;
     };

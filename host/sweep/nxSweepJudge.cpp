@@ -13,7 +13,8 @@ using Role = nxSweepPart::Role;
 constexpr double Unknown = std::numeric_limits<double>::quiet_NaN();
 
 // By day. With capital a return is of the equity of the day before; where nothing is left there is none.
-void AddReturns(const nxSweepOutcome& outcome, std::optional<double> capital, std::map<long long, double>& returns)
+void AddReturns(const nxSweepOutcome& outcome, std::optional<double> capital,
+                std::map<long long, double>& returns)
 {
     double before = 0.0;
     for (std::size_t i = 0; i < outcome.days.size(); ++i) {
@@ -52,7 +53,8 @@ void nxSweepJudge::_JudgePoint(std::size_t index)
         for (const std::size_t part : _table.GetParts(role)) {
             const nxSweepOutcome* const outcome = _table.Find(index, part);
             missing += outcome == nullptr ? 1 : 0;
-            if (outcome != nullptr && outcome->HasFailed() && point.failure.empty()) point.failure = outcome->failure;
+            if (outcome != nullptr && outcome->HasFailed() && point.failure.empty())
+                point.failure = outcome->failure;
         }
     if (!point.failure.empty()) {
         point.state = State::Failed;
@@ -84,7 +86,8 @@ void nxSweepJudge::_SampleHalves(Point& point, const nxSweepOutcome& outcome) co
 }
 
 // By the parts' days. isStrict: all of them are known; else those that are.
-double nxSweepJudge::_GetMean(std::size_t point, Role role, bool isStrict, std::optional<std::size_t> split) const
+double nxSweepJudge::_GetMean(std::size_t point, Role role, bool isStrict,
+                              std::optional<std::size_t> split) const
 {
     double sum = 0.0, weights = 0.0;
     for (const std::size_t part : _table.GetParts(role, split)) {
@@ -113,7 +116,8 @@ void nxSweepJudge::_JudgeSplits()
         Split& split = _splits[i];
         std::vector<double> trains;
         for (std::size_t point = 0; point < _points.size(); ++point)
-            trains.push_back(_points[point].state == State::Failed ? Unknown : _GetMean(point, Role::Train, true, i));
+            trains.push_back(_points[point].state == State::Failed ? Unknown
+                                                                   : _GetMean(point, Role::Train, true, i));
         split.chosen = _FindHighest(trains);
         if (split.chosen) split.inSample = trains[*split.chosen];
         if (split.chosen) split.outOfSample = _GetMean(*split.chosen, Role::Test, true, i);
@@ -207,7 +211,8 @@ nxLuckReport nxSweepJudge::FindLuck(unsigned long long seed) const
     std::size_t row = 0;
     for (const long long day : days) {
         for (std::size_t run = 0; run < all.size(); ++run)
-            if (const auto found = all[run].find(day); found != all[run].end()) matrix.At(row, run) = found->second;
+            if (const auto found = all[run].find(day); found != all[run].end())
+                matrix.At(row, run) = found->second;
         ++row;
     }
     nxLuckReport report = nxLuckReport::Make(matrix, best, none.tried, seed);

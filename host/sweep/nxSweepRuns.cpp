@@ -49,7 +49,8 @@ Fault nxSweepRuns::Get(const nxPlanPoint& point, nxRunOptions& options)
     options = *found;
     for (std::size_t i = 0; i < dimensions.size(); ++i)
         if (dimensions[i].GetKind() == nxDimension::Kind::Parameter)
-            if (Fault fault = SetParameter(dimensions[i].GetName(), point.values[i], options.jobs)) return fault;
+            if (Fault fault = SetParameter(dimensions[i].GetName(), point.values[i], options.jobs))
+                return fault;
     return std::nullopt;
 }
 

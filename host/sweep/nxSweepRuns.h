@@ -14,8 +14,8 @@
 class nxSweepRuns
 {
 public:
-    // The options of a run with these in place of those that all runs have, by their long names. Null, or what
-    // is wrong.
+    // The options of a run with these in place of those that all runs have, by their long names. Null, or
+    // what is wrong.
     using Make = std::function<std::optional<std::string>(
         const std::vector<std::pair<std::string, std::string>>& options, nxRunOptions& made)>;
 

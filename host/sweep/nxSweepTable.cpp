@@ -21,7 +21,8 @@ double nxSweepTable::GetObjective(std::size_t point, std::size_t part) const
     return plan.GetObjective(outcome->measures);
 }
 
-std::vector<std::size_t> nxSweepTable::GetParts(nxSweepPart::Role role, std::optional<std::size_t> split) const
+std::vector<std::size_t> nxSweepTable::GetParts(nxSweepPart::Role role,
+                                                std::optional<std::size_t> split) const
 {
     std::vector<std::size_t> found;
     for (std::size_t i = 0; i < parts.size(); ++i)

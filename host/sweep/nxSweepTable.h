@@ -43,8 +43,8 @@ struct nxSweepTable
     std::optional<double> capital;
 
     const nxSweepOutcome* Find(std::size_t point, std::size_t part) const;
-    // The best of a sweep is looked for by this. Not a number: no outcome, it failed, or a constraint does not
-    // hold.
+    // The best of a sweep is looked for by this. Not a number: no outcome, it failed, or a constraint does
+    // not hold.
     double GetObjective(std::size_t point, std::size_t part) const;
     // Those of a role, and of one split, in their order.
     std::vector<std::size_t> GetParts(nxSweepPart::Role role, std::optional<std::size_t> split = {}) const;

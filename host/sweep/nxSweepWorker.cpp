@@ -218,7 +218,8 @@ void nxSweepWorker::_Bury(int status, const Take& take)
 {
     const std::size_t turn = _page->turn;
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
-    if (WIFEXITED(status) && _fault.empty()) _fault = fmt::format("a worker ended with status {}", WEXITSTATUS(status));
+    if (WIFEXITED(status) && _fault.empty())
+        _fault = fmt::format("a worker ended with status {}", WEXITSTATUS(status));
     if (WIFEXITED(status) || turn >= _runs.size() || _isDone[turn]) return;
     const std::string death = _warden.DescribeEnd(status, _runs[turn].jobs, _runs[turn].modules);
     _wasShortOfMemory = WTERMSIG(status) == SIGKILL && !_warden.HasKilled();
