@@ -119,7 +119,8 @@ std::optional<unsigned long long> CountRuns(const std::filesystem::path& file)
 {
     std::error_code ignored;
     nxSweepStore store;
-    if (!std::filesystem::exists(file, ignored) || store.Open(file.string())) return std::nullopt;
+    // One that is being written is not waited for.
+    if (!std::filesystem::exists(file, ignored) || store.Open(file.string(), 0)) return std::nullopt;
     return store.CountRuns();
 }
 

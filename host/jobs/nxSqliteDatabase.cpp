@@ -49,11 +49,12 @@ nxSqliteDatabase::~nxSqliteDatabase()
     Close();
 }
 
-bool nxSqliteDatabase::Open(const std::string& path)
+bool nxSqliteDatabase::Open(const std::string& path, int patience)
 {
     const int code =
         sqlite3_open_v2(path.c_str(), &_database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     if (!_Check(code)) return false;
+    sqlite3_busy_timeout(_database, patience);
     return _Begin();
 }
 

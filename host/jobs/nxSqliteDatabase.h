@@ -47,8 +47,9 @@ public:
     nxSqliteDatabase();
     ~nxSqliteDatabase();
 
-    // Opens or creates the file, and begins a transaction that holds it. False: GetFailure() tells why.
-    [[nodiscard]] bool Open(const std::string& path);
+    // Opens or creates the file, and begins a transaction that holds it; where another one does, waits so
+    // many milliseconds for it. False: GetFailure() tells why.
+    [[nodiscard]] bool Open(const std::string& path, int patience = 0);
     // Files of one kind bear its two numbers, so that who reads one later can tell whose it is, and how old.
     struct Kind
     {

@@ -57,17 +57,17 @@ std::optional<long long> FindDay(const std::string& text)
 
 }  // namespace
 
-std::optional<std::string> nxSweepStore::Open(const std::string& path)
+std::optional<std::string> nxSweepStore::Open(const std::string& path, int patience)
 {
     _path = path;
-    std::optional<std::string> failure = _Prepare();
+    std::optional<std::string> failure = _Prepare(patience);
     if (!failure) failure = Save();
     return failure;
 }
 
-std::optional<std::string> nxSweepStore::_Prepare()
+std::optional<std::string> nxSweepStore::_Prepare(int patience)
 {
-    if (!_database.Open(_path)) {
+    if (!_database.Open(_path, patience)) {
         const char* const reason = _database.IsHeld()      ? "is in use by another program"
                                    : _database.IsDamaged() ? "is damaged"
                                    : _database.IsForeign() ? "is no results file of a sweep"

@@ -22,8 +22,9 @@ class nxSweepStore
 public:
     static constexpr nxSqliteDatabase::Kind Kind = {0x6e785357, 1};  // "nxSW"
 
-    // Makes the file where there is none. Null, or why it cannot be used, with its path.
-    [[nodiscard]] std::optional<std::string> Open(const std::string& path);
+    // Makes the file where there is none. Null, or why it cannot be used, with its path. Who only looks at it
+    // holds it for a moment, for which a sweep that begins waits: milliseconds.
+    [[nodiscard]] std::optional<std::string> Open(const std::string& path, int patience = 2000);
     // It was made just now.
     bool IsNew() const { return _isNew; }
     const std::string& GetPath() const { return _path; }
@@ -53,7 +54,7 @@ public:
     void Clear();
 
 private:
-    std::optional<std::string> _Prepare();
+    std::optional<std::string> _Prepare(int patience);
     void _MakeTables();
     long long _GetCalendar(const std::vector<long long>& days);
     void _ReadRuns(nxSweepTable& table);

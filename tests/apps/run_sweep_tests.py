@@ -19,6 +19,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 TESTS = pathlib.Path(__file__).resolve().parent.parent
@@ -268,6 +269,14 @@ def test_a_file_that_a_hand_has_changed_is_refused():
         connection.execute("UPDATE parts SET last = '213305255806638'")
         connection.commit()
     run("report", "whole.db", "--json", "-")
+
+
+def test_who_only_looks_is_waited_for():
+    with contextlib.closing(sqlite3.connect("held.db", check_same_thread=False)) as connection:
+        connection.execute("BEGIN EXCLUSIVE")
+        require("is in use by another program" in run(*SWEEP, *PLAN, "-o", "held.db", status=2).stderr, "a file in use")
+        threading.Timer(0.7, connection.rollback).start()
+        run(*SWEEP, *PLAN, "-o", "held.db")
 
 
 def test_a_dry_run_tells_and_writes_nothing():
