@@ -11,6 +11,7 @@
 #include "apps/algoserver/signals.h"
 #include "apps/algoserver/sweepCluster.h"
 #include "host/feed/nxSha256.h"
+#include "host/jobs/nxDataStores.h"
 #include "host/run/nxRunFiles.h"
 #include "host/sweep/nxPlanFile.h"
 #include "host/sweep/nxSweep.h"
@@ -318,6 +319,10 @@ nxSweepRuns::Make SweepRuns::GetMake() const
             return error.what();
         }
         if (auto error = own.run.Finish()) return error;
+        nxRunOptions& options = own.run.options;
+        options.profile = own.run.sandbox.isStrict ? nxScriptProfile::Strict : nxScriptProfile::Base;
+        if (!options.storeDirectory.empty())
+            options.storeImage = nxDataStores::TakeImage(options.storeDirectory);
         made = std::move(own.run.options);
         return std::nullopt;
     };

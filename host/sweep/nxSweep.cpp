@@ -108,7 +108,9 @@ nxSweep::Fault nxSweep::_Open()
 
 nxSweep::Fault nxSweep::_CheckIdentity()
 {
-    const std::string change = nxSweepIdentity::FindChange(_store.GetFacts()["identity"], _identity);
+    std::map<std::string, std::string> facts = _store.GetFacts();
+    std::string change = nxSweepIdentity::FindChange(facts["identity"], _identity);
+    if (change.empty() && facts["currency"] != _options.crew.worker.currency) change = "--currency";
     if (change.empty()) return std::nullopt;
     return fmt::format(
         "{}: holds the results of another sweep: {} has changed since. --restart loses them and begins anew; "
@@ -120,6 +122,7 @@ nxSweep::Fault nxSweep::_CheckIdentity()
 nxSweep::Fault nxSweep::_WriteFacts()
 {
     _store.SetFact("identity", _identity);
+    _store.SetFact("currency", _options.crew.worker.currency);
     _store.SetFact("program", "algoserver " NX_VERSION);
     _store.SetFact("plan", nxSweepFacts::PackEntries(_options.entries));
     _store.SetFact("objective", _options.objective);

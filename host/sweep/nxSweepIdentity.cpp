@@ -33,9 +33,12 @@ public:
                 _Add("parameter " + job.name + "/" + name, value);
         for (const auto& [name, value] : nxGetRunSettings(options))
             _Add("--" + name, value);
+        _Add("--sandbox", options.profile == nxScriptProfile::Strict ? "strict" : "base");
+        if (options.storeImage) _Add("the stores of --store", nxSha256::GetOfText(*options.storeImage));
         _Add("--seed", std::to_string(options.exchange.seed));
         _Add("--capital", options.capital.IsValid() ? options.capital.GetAsString() : "");
     }
+    void AddProgram() { _Add("the program", "algoserver " NX_VERSION); }
     void AddPlan(const nxPlan& plan) { _Add("the plan", plan.GetHash()); }
     std::string Take() { return Json(_items).dump(-1, ' ', false, Json::error_handler_t::replace); }
 
@@ -56,6 +59,7 @@ private:
 std::string nxSweepIdentity::Make(const nxPlan& plan, const std::vector<nxRunOptions>& all)
 {
     Maker maker;
+    maker.AddProgram();
     maker.AddPlan(plan);
     for (const nxRunOptions& options : all)
         maker.AddOptions(options);

@@ -196,6 +196,8 @@ bool nxSweepWorker::Attend(const Take& take)
 {
     const bool isOpen = _Drain();
     int status = 0;
+    // It has come to its end, or a script that broke out wants it to look so.
+    if (!isOpen) kill(_child, SIGKILL);
     bool isAlive = waitpid(_child, &status, isOpen ? WNOHANG : 0) == 0;
     if (isAlive && !_warden.Judge(_child, false)) {
         waitpid(_child, &status, 0);

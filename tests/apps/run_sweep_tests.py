@@ -234,6 +234,8 @@ def test_what_is_wrong_is_told():
             ([*SWEEP, "--vary", "back=1:3:1", "--maximise", "shape", "-o", "x.db"], "shape"),
             ([*SWEEP, "--vary", "back=1:9:1", "-o", "told.db"], "the plan has changed since"),
             ([*SWEEP, *PLAN, "--seed", "5", "-o", "told.db"], "--seed has changed since"),
+            ([*SWEEP, *PLAN, "--currency", "EUR", "-o", "told.db"], "--currency has changed since"),
+            ([*SWEEP, *PLAN, "--sandbox", "base", "-o", "told.db"], "--sandbox has changed since"),
             (["sweep", "other.lua", *SWEEP[2:], *PLAN, "-o", "told.db"], "script"),
             ([*SWEEP, *PLAN, "--walk", "5y:1y", "-o", "x.db"], "too few"),
             ([*SWEEP, *PLAN, "--search", "tpe", "--runs", "5", "--walk", "2m:1m", "-o", "x.db"], "--search looks at all the data"),
@@ -269,6 +271,29 @@ def test_a_file_that_a_hand_has_changed_is_refused():
         connection.execute("UPDATE parts SET last = '213305255806638'")
         connection.commit()
     run("report", "whole.db", "--json", "-")
+
+
+def test_each_run_begins_with_a_copy_of_the_stores():
+    count = """function OnInit()
+  store, a = job:getDataStore("s", true), job:getProduct("A")
+  store:add("x" .. job:getParameter("k"))
+  a:subscribePrice()
+end
+function OnPrice() if not done then a:createOrder{side = "BUY", type = "MARKET"}:work{volume = store.count} end done = true end
+"""
+    with open("store.lua", "w", encoding="utf-8") as file:
+        file.write(count)
+    run("run", "store.lua", "--data", "bars.csv", "--store", "kept", "--param", "k=0")
+    with open("kept/stores.sqlite", "rb") as file:
+        before = file.read()
+    words = ["sweep", "store.lua", "--data", "bars.csv", "--store", "kept", "--vary", "k=1:4:1", "--maximise", "netProfit", "-o", "stores.db"]
+    run(*words)
+    with open("kept/stores.sqlite", "rb") as file:
+        require(file.read() == before, "a sweep wrote to the stores")
+    bought = {float(row["turnover"]) for row in rows_of("stores.db")}
+    alone = json.loads(run("run", "store.lua", "--data", "bars.csv", "--store", "kept", "--param", "k=1", "--json", "-").stdout)
+    require(bought == {alone["results"][0]["measures"]["turnover"]} and rows_of("stores.db")[0]["state"] == "done", bought)
+    require("the stores of --store has changed" in run(*words, status=2).stderr, "changed stores")
 
 
 def test_who_only_looks_is_waited_for():
