@@ -3,7 +3,6 @@
 #include <atomic>
 #include <concepts>
 #include <exception>
-#include <iterator>
 #include <lua.hpp>
 #include <utility>
 
@@ -15,8 +14,6 @@
 namespace {
 
 std::atomic<unsigned int> classCount = 0;
-
-constexpr const char* Metamethods[] = {"__gc", "__index", "__newindex"};
 
 void SetClosure(lua_State* L, const char* key, lua_CFunction function)
 {
@@ -42,6 +39,13 @@ bool Succeeds(lua_State* L, nxLuaResults& results, Call call)
 int RaiseTop(lua_State* L)
 {
     return luaL_error(L, "%s", lua_tostring(L, -1));
+}
+
+// The object of the value at index 1 when that is the wrapper which is lent at this moment; null otherwise.
+void* FindLent(lua_State* L, const nxLuaState::ClassReferences& references)
+{
+    const void* const lent = references.loan.lent;
+    return lent != nullptr && lua_topointer(L, 1) == lent ? references.loan.handle->object : nullptr;
 }
 
 }  // namespace
@@ -76,129 +80,46 @@ void nxLuaClass::Register(lua_State* L) const
     SetClosure(L, "__newindex", _rows.dispatchSet);
 }
 
-// The metatable as the registry holds it under the class's name: by reference while no script can have put
-// another there.
-void nxLuaClass::_PushMetatable(lua_State* L, const nxLuaState::ClassReferences& references,
-                                bool exposed) const
+// What the wrapper at index 1, a table, holds. A userdata of another kind is an argument error: this is what
+// keeps objects apart, whatever metatable a script gave them.
+inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, const nxLuaState& state, void*& object) const
 {
-    if (exposed) {
-        lua_getfield(L, LUA_REGISTRYINDEX, _name);
-        if (lua_istable(L, -1)) return;
-    } else if (references.identity != nullptr) {
-        lua_rawgeti(L, LUA_REGISTRYINDEX, references.metatable);
-        return;
+    const nxLuaHandle* handle = _FindOnDemand(L, 1);
+    if (handle == nullptr) {
+        lua_rawgeti(L, 1, 0);
+        handle = static_cast<const nxLuaHandle*>(lua_touserdata(L, -1));
+        if (handle == nullptr) return Held::Nothing;
+        if (lua_objlen(L, -1) != sizeof(nxLuaHandle)) luaL_typerror(L, 1, _name);
     }
-    luaL_error(L, "class %s is not registered", _name);
-}
-
-void nxLuaClass::_FillRows(lua_State* L, int metatable) const
-{
-    nxLuaKeyMap& keys = nxLuaState::Of(L).References(_index).keys;
-    keys.Reset(_rows.properties.size() + std::size(Metamethods));
-    for (const char* name : Metamethods) {
-        lua_pushstring(L, name);
-        keys.Insert(lua_tostring(L, -1), nxLuaKeyMap::Metamethod);
-        lua_pop(L, 1);
-    }
-    int row = 0;
-    for (const char* name : _rows.properties) {
-        lua_pushstring(L, name);
-        keys.Insert(lua_tostring(L, -1), row);
-        lua_pushnumber(L, row++);
-        lua_rawset(L, metatable);
-    }
-}
-
-void nxLuaClass::Push(lua_State* L, void* object) const
-{
-    Push(L, object, nxLuaState::Of(L).frames.GetLasting());
-}
-
-void nxLuaClass::PushMember(lua_State* L, void* object) const
-{
-    lua_rawgeti(L, 1, 0);
-    const nxLuaFrames::Life life = static_cast<const Handle*>(lua_touserdata(L, -1))->life;
-    lua_pop(L, 1);
-    Push(L, object, life);
-}
-
-void nxLuaClass::Push(lua_State* L, void* object, nxLuaFrames::Life life) const
-{
-    luaL_checkstack(L, 6, "no room for an object");
-    nxLuaState& state = nxLuaState::Of(L);
-    nxLuaState::ClassReferences& references = state.References(_index);
-    const bool exposed = state.AreMetatablesExposed();
-
-    const int count = static_cast<int>(_rows.functions.size());
-    lua_createtable(L, 0, count + 1);
-    const int wrapper = lua_gettop(L);
-    lua_rawgeti(L, LUA_REGISTRYINDEX, references.names);
-    const int names = wrapper + 1;
-    _PushMetatable(L, references, exposed);
-    const int metatable = wrapper + 2;
-
-    // The rows stand in the metatable from the first push on, and only a script that holds the metatable can
-    // change them: then every push sets them right again.
-    if (!references.rowsFilled || exposed) {
-        _FillRows(L, metatable);
-        references.rowsFilled = true;
-    }
-
-    *static_cast<Handle*>(lua_newuserdata(L, sizeof(Handle))) = Handle{nullptr, object, this, life};
-    lua_pushvalue(L, metatable);
-    lua_setmetatable(L, -2);
-    lua_rawseti(L, wrapper, 0);
-    lua_setmetatable(L, wrapper);
-
-    for (int row = 0; row < count; ++row) {
-        if (exposed) {
-            lua_pushstring(L, _rows.functions[static_cast<std::size_t>(row)]);
-        } else {
-            lua_rawgeti(L, names, row + 1);
-        }
-        lua_pushnumber(L, row);
-        lua_pushcclosure(L, _rows.dispatchFunction, 1);
-        lua_rawset(L, wrapper);
-    }
-    lua_settop(L, wrapper);
-}
-
-// What the wrapper at index 1, a table, holds at key 0, which is left at the top of the stack. A userdata of
-// another kind is an argument error: this is what keeps objects apart, whatever metatable a script gave them.
-inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, void*& object) const
-{
-    lua_rawgeti(L, 1, 0);
-    const Handle* handle = static_cast<const Handle*>(lua_touserdata(L, -1));
-    if (handle == nullptr) return Held::Nothing;
-    if (lua_objlen(L, -1) != sizeof(Handle) || handle->type != this) luaL_typerror(L, 1, _name);
-    if (handle->life.IsOver()) return Held::Over;
+    if (handle->type != this) luaL_typerror(L, 1, _name);
+    if (state.frames.IsOver(handle->life)) return Held::Over;
     object = handle->object;
     return object == nullptr ? Held::Null : Held::Object;
 }
 
 // For the two property dispatchers: null when the pointer was cleared, or the object is over.
-inline void* nxLuaClass::_ReadObject(lua_State* L) const
+inline void* nxLuaClass::_ReadObject(lua_State* L, const nxLuaState& state) const
 {
     void* object = nullptr;
-    if (!lua_istable(L, 1) || _Read(L, object) == Held::Nothing) luaL_typerror(L, 1, _name);
+    if (!lua_istable(L, 1) || _Read(L, state, object) == Held::Nothing) luaL_typerror(L, 1, _name);
     return object;
 }
 
 // Looks the key at index 2 up in the metatable of the value at index 1. A key whose value is no number is
 // none of ours, or a metamethod, and counts as row 0.
-inline nxLuaClass::Key nxLuaClass::_FindKey(lua_State* L, unsigned int& row) const
+inline nxLuaClass::Key nxLuaClass::_FindKey(lua_State* L, const nxLuaState& state, unsigned int& row) const
 {
-    const nxLuaState& state = nxLuaState::Of(L);
+    row = 0;
     if (!state.AreMetatablesExposed()) {
         // Then Lua itself called, for a value with this class's metatable. (Or a debug hook that dug this
         // function up: what it passes is checked before any use.) A key that is no text has no address; asked
         // for one, a number would become a text where it lies.
         const void* const address = lua_type(L, 2) == LUA_TSTRING ? lua_tostring(L, 2) : nullptr;
         const int found = state.References(_index).keys.Find(address);
-        row = found < 0 ? 0 : static_cast<unsigned int>(found);
-        return found == nxLuaKeyMap::Absent       ? Key::Unknown
-               : found == nxLuaKeyMap::Metamethod ? Key::Metamethod
-                                                  : Key::Row;
+        if (found == nxLuaKeyMap::Absent) return Key::Unknown;
+        if (found == nxLuaKeyMap::Metamethod) return Key::Metamethod;
+        row = static_cast<unsigned int>(found >= 0 ? found : nxLuaKeyMap::FirstFunction - found);
+        return found >= 0 ? Key::Row : Key::Function;
     }
     if (lua_isnone(L, 2)) return Key::Unknown;
     if (!lua_getmetatable(L, 1)) luaL_typerror(L, 1, _name);
@@ -212,13 +133,16 @@ inline nxLuaClass::Key nxLuaClass::_FindKey(lua_State* L, unsigned int& row) con
 
 int nxLuaClass::DispatchFunction(lua_State* L) const
 {
-    if (!lua_istable(L, 1)) luaL_typerror(L, 1, _name);
     const unsigned int row = nxLuaTruncate(lua_tonumber(L, lua_upvalueindex(1)));
     nxLuaParameters parameters(L, false);  // which are all there is on the stack yet
-    void* object = nullptr;
-    const Held held = _Read(L, object);
-    if (held == Held::Over) return luaL_error(L, "the event of this %s is over", _name);
-    if (held != Held::Object || row >= _rows.functions.size()) return 0;
+    const nxLuaState& state = nxLuaState::Of(L);
+    void* object = FindLent(L, state.References(_index));
+    if (object == nullptr) {
+        if (!lua_istable(L, 1)) luaL_typerror(L, 1, _name);
+        const Held held = _Read(L, state, object);
+        if (held == Held::Over) return luaL_error(L, "the event of this %s is over", _name);
+        if (held != Held::Object || row >= _rows.functions.size()) return 0;
+    }
     {
         nxLuaResults results(L);
         if (Succeeds(L, results, [&] { return _rows.callFunction(object, row, parameters, results); }))
@@ -229,12 +153,12 @@ int nxLuaClass::DispatchFunction(lua_State* L) const
 
 int nxLuaClass::DispatchGet(lua_State* L) const
 {
+    const nxLuaState& state = nxLuaState::Of(L);
     unsigned int row = 0;
-    if (_FindKey(L, row) != Key::Row || row >= _rows.properties.size()) {
-        lua_pushnil(L);
-        return 1;
-    }
-    void* object = _ReadObject(L);
+    void* object = FindLent(L, state.References(_index));
+    const Key key = _FindKey(L, state, row);
+    if (key != Key::Row || row >= _rows.properties.size()) return _GetOnDemand(L, key, row);
+    if (object == nullptr) object = _ReadObject(L, state);
     if (object == nullptr) return 0;
     {
         nxLuaResults results(L);
@@ -247,13 +171,15 @@ int nxLuaClass::DispatchGet(lua_State* L) const
 int nxLuaClass::DispatchSet(lua_State* L) const
 {
     lua_settop(L, 3);
+    const nxLuaState& state = nxLuaState::Of(L);
     unsigned int row = 0;
-    if (_FindKey(L, row) == Key::Unknown) {
+    const Key key = _FindKey(L, state, row);
+    if (key == Key::Unknown || key == Key::Function) {
         if (!lua_istable(L, 1)) luaL_typerror(L, 1, _name);
-        lua_rawset(L, 1);
+        _SetOnDemand(L, key, row);
         return 0;
     }
-    void* object = _ReadObject(L);
+    void* object = _ReadObject(L, state);
     lua_settop(L, 3);
     if (object == nullptr || row >= _rows.properties.size() || !_rows.hasSetter(row)) return 0;
     {

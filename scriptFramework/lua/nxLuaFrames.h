@@ -12,19 +12,15 @@
 class nxLuaFrames
 {
 public:
-    // How long an object may be used. Refers to the nxLuaFrames, which must outlive it.
+    // How long an object may be used: as long as the call of this number runs.
     class Life
     {
-    public:
-        bool IsOver() const { return *_place != _number; }
-
-    private:
         friend class nxLuaFrames;
-        Life(const std::uint64_t* place, std::uint64_t number) : _place(place), _number(number) {}
+        explicit Life(std::uint64_t number) : _number(number) {}
 
-        const std::uint64_t* _place;  // where the number of its call stands while that runs
-        std::uint64_t _number;
+        std::uint64_t _number;  // whose remainder by Places is the place where it stands
     };
+    bool IsOver(Life life) const { return _numbers[life._number % Places] != life._number; }
 
     // One call, from construction to destruction.
     class Frame
@@ -32,28 +28,28 @@ public:
     public:
         explicit Frame(nxLuaFrames& frames)
             : _frames(frames),
-              _place(&frames._numbers[std::min(++frames._depth, Places - 1)]),
-              _outer(std::exchange(*_place, ++frames._last))
+              _place(std::min(++frames._depth, Places - 1)),
+              _outer(std::exchange(frames._numbers[_place], ++frames._last * Places + _place))
         {
         }
         ~Frame()
         {
-            *_place = _outer;
+            _frames._numbers[_place] = _outer;
             --_frames._depth;
         }
         Frame(const Frame&) = delete;
         Frame& operator=(const Frame&) = delete;
 
-        Life GetLife() const { return {_place, *_place}; }
+        Life GetLife() const { return Life(_frames._numbers[_place]); }
 
     private:
         nxLuaFrames& _frames;
-        std::uint64_t* _place;
+        unsigned int _place;
         std::uint64_t _outer;  // of the call that shares the place, below so many that places run out
     };
 
     // Of what its owner keeps for as long as the script may ask.
-    Life GetLasting() const { return {_numbers.data(), 0}; }
+    static Life GetLasting() { return Life(0); }
 
 private:
     static constexpr unsigned int Places = 16;

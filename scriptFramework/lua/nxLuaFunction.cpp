@@ -3,7 +3,6 @@
 #include <lua.hpp>
 #include <utility>
 
-#include "scriptFramework/lua/nxLuaArity.h"
 #include "scriptFramework/lua/nxLuaClass.h"
 #include "scriptFramework/lua/nxLuaEngine.h"
 
@@ -29,19 +28,20 @@ void nxLuaFunction::_PushFunction(lua_State* L)
     lua_gettable(L, LUA_GLOBALSINDEX);
 }
 
-// Whether the function at the top of the stack, which was pushed just now, ignores what it is given.
-bool nxLuaFunction::_IgnoresArguments(lua_State* L)
+// What the function at the top of the stack, which was pushed just now, does with an object of the class.
+nxLuaParameterUse nxLuaFunction::_FindUse(lua_State* L, const nxLuaClass& type)
 {
     const void* const function = lua_topointer(L, -1);
-    if (function == _known) return _knownIgnores;
-    const bool ignores = !nxLuaTakesArguments(L);
+    if (function == _known && &type == _knownType) return _knownUse;
     // Held, so that no other function can come to lie where the known one lies.
     _known = nullptr;
     if (_knownReference != 0) luaL_unref(L, LUA_REGISTRYINDEX, std::exchange(_knownReference, 0));
+    const nxLuaParameterUse use = nxLuaFindParameterUse(L, type.GetFunctions());
     lua_pushvalue(L, -1);
     _knownReference = luaL_ref(L, LUA_REGISTRYINDEX);
     _known = function;
-    return _knownIgnores = ignores;
+    _knownType = &type;
+    return _knownUse = use;
 }
 
 template <class Push>
@@ -100,14 +100,23 @@ bool nxLuaFunction::Call(unsigned int first, const std::string& second)
     });
 }
 
+// The wrapper costs more than many a callback, so a function that cannot see one gets none, and one that can
+// only read it gets the same as the time before. A script that holds the metatables could tell.
 bool nxLuaFunction::_CallWithObject(const nxLuaClass& type, void* object, bool endsWithCall)
 {
-    const nxLuaFrames::Frame frame(_engine._state.frames);
+    nxLuaState& state = _engine._state;
+    const nxLuaFrames::Frame frame(state.frames);
+    nxLuaClass::Loan loan(type, state);
     return _Call([&](lua_State* L) {
-        // The push costs more than many a callback, and a function without parameters never sees it. A script
-        // that holds the metatables would.
-        if (!_engine._state.AreMetatablesExposed() && _IgnoresArguments(L)) return 0u;
-        type.Push(L, object, endsWithCall ? frame.GetLife() : _engine._state.frames.GetLasting());
+        const nxLuaFrames::Life life = endsWithCall ? frame.GetLife() : state.frames.GetLasting();
+        const nxLuaParameterUse use =
+            state.AreMetatablesExposed() ? nxLuaParameterUse::Any : _FindUse(L, type);
+        if (use == nxLuaParameterUse::None) return 0u;
+        if (use == nxLuaParameterUse::Reads) {
+            loan.Push(L, object, life);
+        } else {
+            type.Push(L, object, life);
+        }
         return 1u;
     });
 }

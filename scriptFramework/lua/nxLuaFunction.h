@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "scriptFramework/lua/nxLuaParameterUse.h"
+
 class nxLuaClass;
 class nxLuaEngine;
 template <class T>
@@ -43,13 +45,15 @@ private:
     bool _Call(Push push);
     bool _Check();
     void _PushFunction(lua_State* L);
-    bool _IgnoresArguments(lua_State* L);
+    nxLuaParameterUse _FindUse(lua_State* L, const nxLuaClass& type);
 
     std::string _name;
     nxLuaEngine& _engine;
-    int _nameReference = 0;        // registry reference of the name as Lua keeps it, from the first call on
-    const void* _known = nullptr;  // the function that was asked last whether it takes arguments
-    bool _knownIgnores = false;
+    int _nameReference = 0;  // registry reference of the name as Lua keeps it, from the first call on
+    // The function that was asked last what it does with an object of the class.
+    const void* _known = nullptr;
+    const nxLuaClass* _knownType = nullptr;
+    nxLuaParameterUse _knownUse = nxLuaParameterUse::Any;
     int _knownReference = 0;  // its registry reference, 0 before there is one
     bool _checked = false;
     bool _exists = false;

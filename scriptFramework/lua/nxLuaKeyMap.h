@@ -4,13 +4,15 @@
 #include <cstdint>
 #include <vector>
 
-// The string keys of a class metatable with their rows, found by the address of the string, which Lua keeps
-// once. Good as long as the metatable holds the keys and nobody else can change it.
+// The string keys of a class metatable with their rows, and the names of the functions, found by the address
+// of the string, which Lua keeps once. Good as long as something holds the keys and nobody else can change
+// the metatable.
 class nxLuaKeyMap
 {
 public:
     static constexpr int Absent = -1;
     static constexpr int Metamethod = -2;
+    static constexpr int FirstFunction = -3;  // the next ones are below
 
     // Makes room for that many keys, and forgets all.
     void Reset(std::size_t count);

@@ -4,17 +4,17 @@
 #include <lua.hpp>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "base/values/nxExactRandom.h"
 #include "scriptFramework/lua/nxLuaClass.h"
 #include "scriptFramework/lua/nxLuaErrorText.h"
+#include "scriptFramework/lua/nxLuaLooks.h"
 #include "scriptFramework/lua/nxLuaPatternGuard.h"
 #include "scriptFramework/lua/nxLuaUnpackGuard.h"
 #include "scriptFramework/lua/nxScriptProfile.h"
 
 namespace {
-
-constexpr int Registry = 2;  // the row of debug.getregistry among the watched functions
 
 void* LuaAllocator(void* userData, void* block, size_t oldSize, size_t newSize)
 {
@@ -42,7 +42,7 @@ nxLuaState::nxLuaState() : account(std::make_shared<nxScriptAccount>(_pool))
     if (_L == nullptr) throw std::bad_alloc();
     lua_atpanic(_L, OnPanic);
     luaL_openlibs(_L);
-    _WatchMetatableAccess();
+    nxLuaWatchLooks(_L);
     nxLuaGuardPatterns(_L);
     nxLuaGuardUnpack(_L);
     TuneCollector();
@@ -142,65 +142,36 @@ void nxLuaState::TuneCollector()
     lua_gc(_L, LUA_GCSETPAUSE, static_cast<int>(100 + garbage));
 }
 
+bool nxLuaState::IsClassMetatable(const void* table) const
+{
+    const auto isIt = [table](const ClassReferences& known) { return known.identity == table; };
+    return table != nullptr && std::ranges::any_of(_classes, isIt);
+}
+
 // A finalizer that does nothing would still be called for every wrapper that dies, so the metatables have
 // theirs only once a script can look.
-void nxLuaState::_ExposeMetatables()
+void nxLuaState::ExposeMetatables(lua_State* L)
 {
     if (_metatablesExposed || IsStrict()) return;
     _metatablesExposed = true;
-    luaL_checkstack(_L, 3, "no room for a metatable");
+    EndLoans(L);
+    luaL_checkstack(L, 3, "no room for a metatable");
     for (const ClassReferences& known : _classes) {
         if (known.identity == nullptr) continue;
-        lua_rawgeti(_L, LUA_REGISTRYINDEX, known.metatable);
-        lua_pushliteral(_L, "__gc");
-        lua_pushcfunction(_L, nxLuaClass::CollectNothing);
-        lua_rawset(_L, -3);
-        lua_pop(_L, 1);
+        lua_rawgeti(L, LUA_REGISTRYINDEX, known.metatable);
+        lua_pushliteral(L, "__gc");
+        lua_pushcfunction(L, nxLuaClass::CollectNothing);
+        lua_rawset(L, -3);
+        lua_pop(L, 1);
     }
 }
 
-// Stands for one of the library functions that hand out metatables: does what it does, and takes note when a
-// class metatable, or the registry with all of them, gets into the script's hands.
-template <int watched>
-int nxLuaState::_Watch(lua_State* L)
+// The wrapper that a call has at this moment is its own from now on.
+void nxLuaState::EndLoans(lua_State* L)
 {
-    nxLuaState& state = Of(L);
-    const Watched& original = state._watched[watched];
-    if (original.function != nullptr) {
-        // Within this frame, so that its argument errors name the function that the script called.
-        const int results = original.function(L);
-        const void* result = lua_topointer(L, -1);
-        const auto isResult = [result](const ClassReferences& known) { return known.identity == result; };
-        if (watched == Registry || (result && std::ranges::any_of(state._classes, isResult)))
-            state._ExposeMetatables();
-        return results;
-    }
-    state._ExposeMetatables();
-    lua_rawgeti(L, LUA_REGISTRYINDEX, original.reference);
-    lua_insert(L, 1);
-    lua_call(L, lua_gettop(L) - 1, LUA_MULTRET);
-    return lua_gettop(L);
-}
-
-void nxLuaState::_WatchMetatableAccess()
-{
-    const struct
-    {
-        const char* library;
-        const char* function;
-        lua_CFunction watch;
-    } rows[] = {{"_G", "getmetatable", _Watch<0>},
-                {"debug", "getmetatable", _Watch<1>},
-                {"debug", "getregistry", _Watch<Registry>}};
-    Watched* original = _watched;
-    for (const auto& row : rows) {
-        lua_getglobal(_L, row.library);
-        lua_getfield(_L, -1, row.function);
-        original->function = lua_tocfunction(_L, -1);
-        original->reference = luaL_ref(_L, LUA_REGISTRYINDEX);
-        ++original;
-        lua_pushcfunction(_L, row.watch);
-        lua_setfield(_L, -2, row.function);
-        lua_pop(_L, 1);
+    if (!std::exchange(_canLend, false)) return;
+    for (ClassReferences& known : _classes) {
+        if (known.loan.reference != 0) luaL_unref(L, LUA_REGISTRYINDEX, known.loan.reference);
+        known.loan = {};
     }
 }

@@ -10,6 +10,7 @@
 #include "scriptFramework/lua/nxScriptWatch.h"
 
 class nxExactRandom;
+struct nxLuaHandle;
 struct nxScriptServices;
 struct lua_State;
 
@@ -18,13 +19,22 @@ struct lua_State;
 class nxLuaState
 {
 public:
+    // A wrapper that one call after another has, of those that cannot keep it.
+    struct Loan
+    {
+        int reference = 0;              // registry reference of the wrapper; 0 before there is one
+        const void* wrapper = nullptr;  // that table, to be recognised by
+        nxLuaHandle* handle = nullptr;  // its userdata
+        const void* lent = nullptr;     // the wrapper while a call has it
+    };
     struct ClassReferences
     {
         const void* identity = nullptr;  // the class metatable, to be recognised by; null before registration
         int metatable = 0;               // registry reference of the class metatable
         int names = 0;                   // registry reference of a table of the interned names
         bool rowsFilled = false;         // the metatable holds the property rows
-        nxLuaKeyMap keys;                // what the metatable holds, by key
+        nxLuaKeyMap keys;                // what the metatable holds, and the functions, by key
+        Loan loan;
     };
 
     nxLuaState();   // opens the state with all standard libraries; throws without memory
@@ -58,6 +68,13 @@ public:
     // debug.getregistry, which the strict profile does not let it: from then on the metatables are read and
     // written as a script may see them.
     bool AreMetatablesExposed() const { return _metatablesExposed; }
+    void ExposeMetatables(lua_State* L);
+    bool IsClassMetatable(const void* table) const;
+
+    // False once the script may look at the locals of its functions, or at the registry: then it would know a
+    // wrapper again that was lent to one call after the other.
+    bool CanLend() const { return _canLend; }
+    void EndLoans(lua_State* L);
 
     // Makes room on the stack, if need be by dropping what loads and look-ups left there: nothing relies on
     // it.
@@ -73,19 +90,9 @@ public:
     void TuneCollector();
 
 private:
-    void _WatchMetatableAccess();
-    void _ExposeMetatables();
-    template <int watched>
-    static int _Watch(lua_State* L);
-
     nxLuaPool _pool;
     std::vector<ClassReferences> _classes;
     bool _metatablesExposed = false;
-    struct Watched
-    {
-        int (*function)(lua_State*) = nullptr;  // null where the engine implements it without one
-        int reference = 0;                      // then it is called by its registry reference
-    };
-    Watched _watched[3];
+    bool _canLend = true;
     lua_State* _L = nullptr;
 };

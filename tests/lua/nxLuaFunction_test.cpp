@@ -49,6 +49,30 @@ TEST(nxLuaFunction, AnObjectEndsWithItsOwnEventAndNotWithOneInside)
     EXPECT_EQ(engine.Evaluate("other.value, probe:getOther().value"), "42 42");  // which no event brought
 }
 
+// The same for functions that only read their objects, one of which each call is about.
+TEST(nxLuaFunction, AnObjectThatIsOnlyReadIsThatOfItsCall)
+{
+    nxProbeEngine engine;
+    nxProbe objects[3];
+    nxLuaFunction function(engine, "OnX");
+    int depth = 0;
+    engine.probe.body = [&](auto&, auto&) { return depth == 3 || function.Call(objects[depth++]); };
+    for (int i = 0; i < 3; ++i)
+        objects[i].first = i;
+    ASSERT_TRUE(engine.LoadText(
+        "told = '' function OnX(it) local before = it.first probe:run() "
+        "told = told .. before .. it.first if it:again().first ~= before then error() end end"));
+    EXPECT_TRUE(engine.LoadText("probe:run()")) << engine.GetLastError();
+    EXPECT_EQ(engine.Evaluate("told"), "'221100'");
+    ASSERT_TRUE(
+        engine.LoadText("function OnX(it) if it ~= nil and not it.unknown then sum = it.first + 1 end end"));
+    EXPECT_TRUE(function.Call(objects[1]));
+    const auto before = engine.GetMemory().GetAllocationCount();
+    for (int i = 0; i < 10; ++i)
+        EXPECT_TRUE(function.Call(objects[1]));
+    EXPECT_EQ(engine.GetMemory().GetAllocationCount(), before);
+}
+
 TEST(nxLuaFunction, PassesItsArgumentsInOrder)
 {
     nxProbeEngine engine;
@@ -77,6 +101,21 @@ TEST(nxLuaFunction, AnObjectReachesEveryFunctionThatCanTell)
         engine.probe.first = 7;
         EXPECT_TRUE(engine.LoadText(definition) && f.Call(engine.probe)) << engine.GetLastError();
         return engine.Evaluate("seen");
+    });
+}
+
+// A function that can only read its argument is lent the same wrapper each time, and must not be able to
+// tell.
+TEST(nxLuaFunction, WhatIsKeptOfAnArgumentIsItsOwn)
+{
+    nxExpectRows("lua/engine.txt", [](const std::string& definition) {
+        nxProbeEngine engine;
+        EXPECT_TRUE(engine.LoadText("kept = {} function keep(value) kept[#kept + 1] = value end"));
+        EXPECT_TRUE(engine.LoadText(definition)) << engine.GetLastError();
+        nxLuaFunction f(engine, "f");
+        for (int i = 0; i < 2; ++i)
+            EXPECT_TRUE(f.Call(engine.probe)) << definition << ": " << engine.GetLastError();
+        return engine.Evaluate("#kept .. (rawequal(kept[1], kept[2]) and ' shared' or ' own')");
     });
 }
 

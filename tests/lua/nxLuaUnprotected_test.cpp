@@ -42,7 +42,7 @@ TEST(nxLuaUnprotected, LackOfMemory)
 {
     nxProbeEngine engine;
     ASSERT_TRUE(
-        engine.LoadText("calls = 0; function OnX(object) calls = calls + 1; kept = object.first end "
+        engine.LoadText("calls = 0; function OnX(object) calls = calls + 1; kept = object end "
                         "function Eat() local t = {} for i = 1, 1e7 do t[i] = {i} end end"));
     nxLuaFunction onX(engine, "OnX");
     ASSERT_TRUE(onX.Call(engine.probe));

@@ -1,0 +1,245 @@
+// How wrapper tables are made: whole, on demand, or lent.
+#include <cstddef>
+#include <iterator>
+#include <lua.hpp>
+
+#include "scriptFramework/lua/nxLuaClass.h"
+
+namespace {
+
+constexpr const char* Metamethods[] = {"__gc", "__index", "__newindex"};
+constexpr int RoomToPush = 8;             // values
+constexpr std::size_t MostOnDemand = 64;  // functions, each a bit of nxLuaHandle::given
+
+// The key of the userdata of a wrapper on demand is the address of this.
+constexpr char OnDemandKey = 0;
+
+}  // namespace
+
+bool nxLuaClass::MakesOnDemand()
+{
+#ifdef LUAJIT_VERSION
+    return false;
+#else
+    return true;
+#endif
+}
+
+// The metatable as the registry holds it under the class's name: by reference while no script can have put
+// another there. The rows stand in it from the first push on, and only a script that holds it can change
+// them: then every push sets them right again.
+void nxLuaClass::_PushMetatable(lua_State* L, nxLuaState& state) const
+{
+    const bool exposed = state.AreMetatablesExposed();
+    nxLuaState::ClassReferences& references = state.References(_index);
+    if (exposed) lua_getfield(L, LUA_REGISTRYINDEX, _name);
+    if (!exposed && references.identity != nullptr) lua_rawgeti(L, LUA_REGISTRYINDEX, references.metatable);
+    if (exposed ? !lua_istable(L, -1) : references.identity == nullptr)
+        luaL_error(L, "class %s is not registered", _name);
+    if (references.rowsFilled && !exposed) return;
+    _FillRows(L, lua_gettop(L));
+    references.rowsFilled = true;
+}
+
+void nxLuaClass::_FillRows(lua_State* L, int metatable) const
+{
+    nxLuaState::ClassReferences& references = nxLuaState::Of(L).References(_index);
+    nxLuaKeyMap& keys = references.keys;
+    keys.Reset(_rows.properties.size() + _rows.functions.size() + std::size(Metamethods));
+    const auto insert = [&](const char* name, int row) {
+        lua_pushstring(L, name);
+        keys.Insert(lua_tostring(L, -1), row);
+    };
+    for (const char* name : Metamethods) {
+        insert(name, nxLuaKeyMap::Metamethod);
+        lua_pop(L, 1);
+    }
+    int row = nxLuaKeyMap::FirstFunction;
+    for (const char* name : _rows.functions) {
+        insert(name, row--);
+        lua_pop(L, 1);
+    }
+    row = 0;
+    for (const char* name : _rows.properties) {
+        insert(name, row);
+        lua_pushnumber(L, row++);
+        lua_rawset(L, metatable);
+    }
+}
+
+// The userdata of the wrapper, a table, while that is one on demand; null otherwise.
+nxLuaHandle* nxLuaClass::_FindOnDemand(lua_State* L, int wrapper)
+{
+    lua_pushlightuserdata(L, const_cast<char*>(&OnDemandKey));
+    lua_rawget(L, wrapper);
+    void* const handle = lua_touserdata(L, -1);
+    lua_pop(L, 1);
+    return static_cast<nxLuaHandle*>(handle);
+}
+
+void nxLuaClass::_PushHandle(lua_State* L, void* object, nxLuaFrames::Life life) const
+{
+    void* const memory = lua_newuserdata(L, sizeof(nxLuaHandle));
+    *static_cast<nxLuaHandle*>(memory) = nxLuaHandle{nullptr, object, this, life, 0};
+}
+
+void nxLuaClass::_AddFunctions(lua_State* L, int wrapper, std::uint64_t without) const
+{
+    const nxLuaState& state = nxLuaState::Of(L);
+    const bool exposed = state.AreMetatablesExposed();
+    lua_rawgeti(L, LUA_REGISTRYINDEX, state.References(_index).names);
+    const int names = lua_gettop(L);
+    for (std::size_t row = 0; row < _rows.functions.size(); ++row) {
+        if (row < MostOnDemand && (without >> row & 1) != 0) continue;
+        if (exposed) {
+            lua_pushstring(L, _rows.functions[row]);
+        } else {
+            lua_rawgeti(L, names, static_cast<int>(row) + 1);
+        }
+        lua_pushnumber(L, static_cast<double>(row));
+        lua_pushcclosure(L, _rows.dispatchFunction, 1);
+        lua_rawset(L, wrapper);
+    }
+    lua_settop(L, names - 1);
+}
+
+void nxLuaClass::_PushWhole(lua_State* L, void* object, nxLuaFrames::Life life) const
+{
+    lua_createtable(L, 0, static_cast<int>(_rows.functions.size()) + 1);
+    const int wrapper = lua_gettop(L);
+    _PushMetatable(L, nxLuaState::Of(L));
+    _PushHandle(L, object, life);
+    lua_pushvalue(L, wrapper + 1);
+    lua_setmetatable(L, -2);
+    lua_rawseti(L, wrapper, 0);
+    lua_setmetatable(L, wrapper);
+    _AddFunctions(L, wrapper, 0);
+}
+
+// The userdata gets its metatable, which only a script would notice, in Complete.
+void nxLuaClass::_PushOnDemand(lua_State* L, void* object, nxLuaFrames::Life life) const
+{
+    constexpr int usual = 2;  // of its keys: the userdata and one function
+    lua_createtable(L, 0, usual);
+    lua_pushlightuserdata(L, const_cast<char*>(&OnDemandKey));
+    _PushHandle(L, object, life);
+    lua_rawset(L, -3);
+    _PushMetatable(L, nxLuaState::Of(L));
+    lua_setmetatable(L, -2);
+}
+
+void nxLuaClass::Push(lua_State* L, void* object) const
+{
+    Push(L, object, nxLuaFrames::GetLasting());
+}
+
+void nxLuaClass::Push(lua_State* L, void* object, nxLuaFrames::Life life) const
+{
+    luaL_checkstack(L, RoomToPush, "no room for an object");
+    const bool isOnDemand = MakesOnDemand() && _rows.functions.size() <= MostOnDemand &&
+                            !nxLuaState::Of(L).AreMetatablesExposed();
+    if (isOnDemand) {
+        _PushOnDemand(L, object, life);
+    } else {
+        _PushWhole(L, object, life);
+    }
+}
+
+void nxLuaClass::PushMember(lua_State* L, void* object) const
+{
+    const nxLuaHandle* handle = _FindOnDemand(L, 1);
+    if (handle == nullptr) {
+        lua_rawgeti(L, 1, 0);
+        handle = static_cast<const nxLuaHandle*>(lua_touserdata(L, -1));
+        lua_pop(L, 1);
+    }
+    Push(L, object, handle->life);
+}
+
+void nxLuaClass::Complete(lua_State* L, int index)
+{
+    // Nearly every table that a script looks at has no metatable, or is no wrapper.
+    if (!lua_istable(L, index) || !lua_getmetatable(L, index)) return;
+    const nxLuaHandle* const handle = _FindOnDemand(L, index);
+    if (handle == nullptr) {
+        lua_pop(L, 1);
+        return;
+    }
+    luaL_checkstack(L, RoomToPush, "no room for an object");
+    const int metatable = lua_gettop(L);
+    lua_pushlightuserdata(L, const_cast<char*>(&OnDemandKey));
+    lua_rawget(L, index);
+    lua_pushvalue(L, metatable);
+    lua_setmetatable(L, -2);
+    lua_rawseti(L, index, 0);
+    lua_pushlightuserdata(L, const_cast<char*>(&OnDemandKey));
+    lua_pushnil(L);
+    lua_rawset(L, index);
+    handle->type->_AddFunctions(L, index, handle->given);
+    lua_settop(L, metatable - 1);
+}
+
+// For the getter's dispatcher: what a key that is no property comes to. That is nil, but for what a wrapper
+// on demand has not been asked for before.
+int nxLuaClass::_GetOnDemand(lua_State* L, Key key, unsigned int row) const
+{
+    nxLuaHandle* const handle = lua_istable(L, 1) ? _FindOnDemand(L, 1) : nullptr;
+    const bool isSpecial = key == Key::Unknown && _IsSpecial(L);
+    if (handle == nullptr || (key != Key::Function && !isSpecial)) {
+        lua_pushnil(L);
+    } else if (isSpecial) {
+        Complete(L, 1);
+        lua_pushvalue(L, 2);
+        lua_rawget(L, 1);
+    } else if (const std::uint64_t bit = std::uint64_t{1} << row; (handle->given & bit) != 0) {
+        lua_pushnil(L);
+    } else {
+        handle->given |= bit;
+        lua_pushnumber(L, row);
+        lua_pushcclosure(L, _rows.dispatchFunction, 1);
+        lua_pushvalue(L, 2);
+        lua_pushvalue(L, -2);
+        lua_rawset(L, 1);
+    }
+    return 1;
+}
+
+// For the setter's dispatcher: the wrapper, a key that is no property, and a value to be stored.
+void nxLuaClass::_SetOnDemand(lua_State* L, Key key, unsigned int row) const
+{
+    if (nxLuaHandle* const handle = _FindOnDemand(L, 1)) {
+        if (key == Key::Function) handle->given |= std::uint64_t{1} << row;
+        if (key == Key::Unknown && _IsSpecial(L)) Complete(L, 1);
+    }
+    lua_rawset(L, 1);
+}
+
+// Whether the key at index 2, which no class metatable has, may be one that a whole wrapper holds: key 0, or
+// once the metatables are read as they are, a function's name.
+bool nxLuaClass::_IsSpecial(lua_State* L)
+{
+    return nxLuaState::Of(L).AreMetatablesExposed() ||
+           (lua_type(L, 2) == LUA_TNUMBER && lua_tonumber(L, 2) == 0);
+}
+
+void nxLuaClass::Loan::Push(lua_State* L, void* object, nxLuaFrames::Life life)
+{
+    nxLuaState::Loan& loan = _state.References(_type._index).loan;
+    if (!_state.CanLend() || loan.lent != nullptr) return _type.Push(L, object, life);
+    if (loan.reference == 0) {
+        luaL_checkstack(L, RoomToPush, "no room for an object");
+        _type._PushWhole(L, object, life);
+        lua_rawgeti(L, -1, 0);
+        loan.handle = static_cast<nxLuaHandle*>(lua_touserdata(L, -1));
+        lua_pop(L, 1);
+        loan.wrapper = lua_topointer(L, -1);
+        lua_pushvalue(L, -1);
+        loan.reference = luaL_ref(L, LUA_REGISTRYINDEX);
+    } else {
+        lua_rawgeti(L, LUA_REGISTRYINDEX, loan.reference);
+        loan.handle->object = object;
+        loan.handle->life = life;
+    }
+    loan.lent = loan.wrapper;
+    _isLent = true;
+}
