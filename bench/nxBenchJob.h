@@ -15,6 +15,7 @@ public:
                         nxScriptPulse* pulse = nullptr);
 
     nxAlgoJobObject& GetObject() { return _object; }
+    nxAlgoJobInterface* GetHost() { return &_host; }
     nxAlgoPriceObject& GetPrice() { return _priceObject; }
 
 private:

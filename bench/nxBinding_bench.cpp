@@ -1,68 +1,168 @@
 // What one event costs on its way into a script, beside the least that the raw C interface of the same Lua
 // needs for it (peers/). Ratios of one run are what counts.
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/records/nxMarketDepth.h"
+#include "base/records/nxTickData.h"
 #include "bench/nxBenchJob.h"
+#include "bench/nxBenchScripts.h"
+#include "scriptFramework/analytics/nxAlgoTickDataObject.h"
+#include "scriptFramework/market/nxAlgoMarketDepthObject.h"
+#include "scriptFramework/market/nxAlgoPositionObject.h"
+#include "scriptFramework/orders/nxAlgoOrderObject.h"
+#include "scriptFramework/orders/nxAlgoOrderUpdateObject.h"
 
 namespace {
 
-constexpr const char* Quiet = "function OnInit() end function OnPrice(price) end";
-constexpr const char* OneRead = "function OnInit() end function OnPrice(price) local b = price.bidPrice end";
-constexpr const char* OneCall = "function OnInit() end function OnPrice(price) local b = price:isBid() end";
-// One method and three reads.
-constexpr const char* Whole = R"(
-function OnInit() end
-function OnPrice(price)
-  if price:isBid() then
-    local mid = (price.bidPrice + price.askPrice) / 2
-    local volume = price.bidVolume
-  end
-end)";
-// The same with about 16 MB alive, which the collector has to walk.
-constexpr const char* Heavy = R"(
-function OnInit()
-  held = {}
-  for i = 1, 170000 do held[i] = { i, tostring(i) } end
-end
-function OnPrice(price)
-  if price:isBid() then
-    local mid = (price.bidPrice + price.askPrice) / 2
-    local volume = price.bidVolume
-  end
-end)";
+const std::string OnInit = "total = 0 function OnInit() end ";
 
-// Some 8,000 instructions, nearly nothing but Lua.
-constexpr const char* Loop = R"(
-function OnInit() end
-function OnPrice(price)
-  local sum = 0
-  for i = 1, 2000 do sum = (sum + i * 3) % 1000 end
-end)";
+// Delivers one event again and again.
+template <class Deliver>
+void Run(benchmark::State& state, nxBenchJob& job, Deliver deliver)
+{
+    const nxLuaPool& memory = job.GetObject().GetMemory();
+    const auto before = memory.GetAllocationCount();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(deliver());
+    const auto allocations = memory.GetAllocationCount() - before;
+    state.counters["allocations"] =
+        static_cast<double>(allocations) / static_cast<double>(state.iterations());
+    state.counters["MB"] = static_cast<double>(memory.GetBytesInUse()) / 1e6;
+}
 
-void OnPrice(benchmark::State& state, const char* script, bool isWatched = false)
+void OnPrice(benchmark::State& state, const std::string& script, bool isWatched = false)
 {
     nxScriptPulse pulse;
     nxScriptLimits limits;
     if (isWatched) limits.instructions = 10000000;
-    nxBenchJob job(script, limits, isWatched ? &pulse : nullptr);
-    nxAlgoJobObject& object = job.GetObject();
-    const auto before = object.GetMemory().GetAllocationCount();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(object.OnPrice(job.GetPrice()));
-    const auto allocations = object.GetMemory().GetAllocationCount() - before;
-    state.counters["allocations"] =
-        static_cast<double>(allocations) / static_cast<double>(state.iterations());
-    state.counters["MB"] = static_cast<double>(object.GetMemory().GetBytesInUse()) / 1e6;
+    nxBenchJob job(OnInit + script, limits, isWatched ? &pulse : nullptr);
+    Run(state, job, [&] { return job.GetObject().OnPrice(job.GetPrice()); });
 }
 
-BENCHMARK_CAPTURE(OnPrice, push, Quiet);
-BENCHMARK_CAPTURE(OnPrice, push_and_one_read, OneRead);
-BENCHMARK_CAPTURE(OnPrice, push_and_one_call, OneCall);
-BENCHMARK_CAPTURE(OnPrice, whole, Whole);
-BENCHMARK_CAPTURE(OnPrice, whole_16MB_live, Heavy);
+BENCHMARK_CAPTURE(OnPrice, push, "function OnPrice(price) end");
+BENCHMARK_CAPTURE(OnPrice, push_and_one_read, "function OnPrice(price) local b = price.bidPrice end");
+BENCHMARK_CAPTURE(OnPrice, push_and_one_call, "function OnPrice(price) local b = price:isBid() end");
+BENCHMARK_CAPTURE(OnPrice, whole, nxBenchScripts::Whole);
+BENCHMARK_CAPTURE(OnPrice, whole_16MB_live, nxBenchScripts::GetHeap(170000) + nxBenchScripts::Whole);
+// Hands its price on to a function, so that each event needs an object of its own.
+BENCHMARK_CAPTURE(OnPrice, kept, nxBenchScripts::Kept);
+BENCHMARK_CAPTURE(OnPrice, kept_16MB_live, nxBenchScripts::GetHeap(170000) + nxBenchScripts::Kept);
 // With a limit of instructions and a pulse; and the same for a script that calculates.
-BENCHMARK_CAPTURE(OnPrice, whole_watched, Whole, true);
-BENCHMARK_CAPTURE(OnPrice, loop, Loop);
-BENCHMARK_CAPTURE(OnPrice, loop_watched, Loop, true);
+BENCHMARK_CAPTURE(OnPrice, whole_watched, nxBenchScripts::Whole, true);
+BENCHMARK_CAPTURE(OnPrice, loop, nxBenchScripts::Loop);
+BENCHMARK_CAPTURE(OnPrice, loop_watched, nxBenchScripts::Loop, true);
+
+// The other events of which scripts get many. Each with five reads or calls and an addition.
+
+void OnMarketDepth(benchmark::State& state, const char* read)
+{
+    nxMarketDepth levels;
+    for (int i = 1; i <= 5; ++i) {
+        levels.SetBid(nxDecimal(10025 - 25 * i, 100, 2), nxVolume(5u));
+        levels.SetAsk(nxDecimal(10025 + 25 * i, 100, 2), nxVolume(5u));
+    }
+    nxBenchJob job(OnInit + nxBenchScripts::GetCallback("OnMarketDepth", "depth", read));
+    nxAlgoMarketDepthObject depth(job.GetHost(), &levels, 1);
+    Run(state, job, [&] { return job.GetObject().OnMarketDepth(depth); });
+}
+constexpr const char* ReadDepth =
+    "if depth.bidCount > 0 and depth.askCount > 0 then local best = depth:bid(depth.bidCount - 1) "
+    "total = total + depth:askQty(0) end";
+BENCHMARK_CAPTURE(OnMarketDepth, whole, ReadDepth);
+
+void OnOrderFill(benchmark::State& state, const char* read)
+{
+    nxBenchJob job(OnInit + nxBenchScripts::GetCallback("OnOrderFill", "update", read));
+    nxAlgoOrderObject order(job.GetHost());
+    nxAlgoOrderUpdateObject update(job.GetHost(), &order);
+    Run(state, job, [&] { return job.GetObject().OnOrderFill(update); });
+}
+constexpr const char* ReadUpdate =
+    "if update.id ~= nil then local p, s = update.price, update.side "
+    "total = total + update.executed + update.working end";
+BENCHMARK_CAPTURE(OnOrderFill, whole, ReadUpdate);
+
+void OnPosition(benchmark::State& state, const char* read)
+{
+    nxBenchJob job(OnInit + nxBenchScripts::GetCallback("OnPosition", "position", read));
+    nxAlgoPositionObject position(job.GetHost(), 1);
+    Run(state, job, [&] { return job.GetObject().OnPosition(position); });
+}
+constexpr const char* ReadPosition =
+    "local n, c = position.totalNet, position.totalCost local d = position.dayNet "
+    "local o = position.openPos total = total + position.id";
+BENCHMARK_CAPTURE(OnPosition, whole, ReadPosition);
+
+void OnTickData(benchmark::State& state, const char* read)
+{
+    nxBenchJob job(OnInit + nxBenchScripts::GetCallback("OnTickData", "bar", read));
+    nxTickData record;
+    record.SetOpen(nxDecimal(10025, 100, 2));
+    record.SetHigh(nxDecimal(10050, 100, 2));
+    record.SetLow(nxDecimal(10000, 100, 2));
+    record.SetClose(nxDecimal(10025, 100, 2));
+    record.SetVolume(7);
+    nxAlgoTickDataObject bar(job.GetHost(), nullptr);
+    bar.SetTickData(record);
+    Run(state, job, [&] { return job.GetObject().OnTickData(bar); });
+}
+constexpr const char* ReadBar =
+    "local range = bar.high - bar.low if bar.close >= bar.open then total = total + bar.volume end";
+BENCHMARK_CAPTURE(OnTickData, whole, ReadBar);
+
+// How long single events take: each is timed, which adds some 40 ns to it. An event in which the system gave
+// the processor to somebody else is counted as such and left out.
+void Pauses(benchmark::State& state, const std::string& script)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr std::size_t events = 10'000'000;
+    constexpr auto worthALook = std::chrono::microseconds(20);
+    nxBenchJob job(OnInit + script);
+    std::vector<float> microseconds;
+    std::size_t taken = 0;
+    const auto getSwitches = [] {
+        rusage usage{};
+        getrusage(RUSAGE_THREAD, &usage);
+        return usage.ru_nivcsw;
+    };
+    for (auto _ : state) {
+        microseconds.clear();
+        microseconds.reserve(events);
+        auto switches = getSwitches();
+        for (std::size_t i = 0; i < events; ++i) {
+            const Clock::time_point begin = Clock::now();
+            benchmark::DoNotOptimize(job.GetObject().OnPrice(job.GetPrice()));
+            const Clock::duration time = Clock::now() - begin;
+            const bool isTaken = time > worthALook && getSwitches() != std::exchange(switches, getSwitches());
+            if (isTaken) {
+                ++taken;
+            } else {
+                microseconds.push_back(std::chrono::duration<float, std::micro>(time).count());
+            }
+        }
+    }
+    const auto rank = static_cast<std::ptrdiff_t>(microseconds.size() / 1000);
+    std::nth_element(microseconds.begin(), microseconds.end() - rank, microseconds.end());
+    state.counters["p999_us"] = *(microseconds.end() - rank);
+    state.counters["longest_us"] = *std::max_element(microseconds.begin(), microseconds.end());
+    state.counters["taken"] = static_cast<double>(taken);
+    state.counters["MB"] = static_cast<double>(job.GetObject().GetMemory().GetBytesInUse()) / 1e6;
+}
+
+constexpr int For64MB = 680000;
+BENCHMARK_CAPTURE(Pauses, read, nxBenchScripts::Whole)->Iterations(1);
+BENCHMARK_CAPTURE(Pauses, read_64MB_live, nxBenchScripts::GetHeap(For64MB) + nxBenchScripts::Whole)
+    ->Iterations(1);
+BENCHMARK_CAPTURE(Pauses, kept, nxBenchScripts::Kept)->Iterations(1);
+BENCHMARK_CAPTURE(Pauses, kept_64MB_split, "held = {} for i = 1, 6800 do held[i] = {} for k = 1, 100 do held[i][k] = {i, tostring(i*100+k)} end end " + nxBenchScripts::Kept)->Iterations(1);
+BENCHMARK_CAPTURE(Pauses, kept_64MB_live, nxBenchScripts::GetHeap(For64MB) + nxBenchScripts::Kept)
+    ->Iterations(1);
 
 }  // namespace

@@ -4,8 +4,10 @@
 
 #include <cstring>
 #include <lua.hpp>
+#include <string>
 
 #include "base/records/nxPrice.h"
+#include "bench/nxBenchScripts.h"
 
 namespace {
 
@@ -37,7 +39,7 @@ int Index(lua_State* L)
     return 1;
 }
 
-void RawLua(benchmark::State& state)
+void RawLua(benchmark::State& state, const std::string& script)
 {
     nxPrice price;
     price.SetBidPrice(nxDecimal(10025, 100, 2));
@@ -49,14 +51,7 @@ void RawLua(benchmark::State& state)
     lua_pushcfunction(L, IsBid);
     lua_pushcclosure(L, Index, 1);
     lua_setfield(L, -2, "__index");
-    if (luaL_dostring(L, R"(
-function OnPrice(price)
-  if price:isBid() then
-    local mid = (price.bidPrice + price.askPrice) / 2
-    local volume = price.bidVolume
-  end
-end)") != 0)
-        state.SkipWithError(lua_tostring(L, -1));
+    if (luaL_dostring(L, ("total = 0 " + script).c_str()) != 0) state.SkipWithError(lua_tostring(L, -1));
     *static_cast<nxPrice**>(lua_newuserdata(L, sizeof(nxPrice*))) = &price;
     luaL_getmetatable(L, "price");
     lua_setmetatable(L, -2);
@@ -68,6 +63,9 @@ end)") != 0)
     }
     lua_close(L);
 }
-BENCHMARK(RawLua)->Name("peer/raw_lua_whole");
+BENCHMARK_CAPTURE(RawLua, whole, nxBenchScripts::Whole)->Name("peer/raw_lua_whole");
+BENCHMARK_CAPTURE(RawLua, heap, nxBenchScripts::GetHeap(170000) + nxBenchScripts::Whole)
+    ->Name("peer/raw_lua_whole_16MB_live");
+BENCHMARK_CAPTURE(RawLua, kept, nxBenchScripts::Kept)->Name("peer/raw_lua_kept");
 
 }  // namespace

@@ -61,6 +61,7 @@ void nxLuaClass::Register(lua_State* L) const
     nxLuaState::ClassReferences& references = nxLuaState::Of(L).References(_index);
     luaL_newmetatable(L, _name);
     if (lua_topointer(L, -1) != references.identity) {
+        references.type = this;
         references.identity = lua_topointer(L, -1);
         references.rowsFilled = false;
         lua_pushvalue(L, -1);
@@ -84,17 +85,23 @@ void nxLuaClass::Register(lua_State* L) const
 // keeps objects apart, whatever metatable a script gave them.
 inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, const nxLuaState& state, void*& object) const
 {
-    const nxLuaHandle* handle = _FindOnDemand(L, 1);
-    if (handle == nullptr) {
+    nxLuaFrames::Life life = nxLuaFrames::GetLasting();
+    if (void* const bits = _FindOnDemand(L, 1)) {
+        const nxLuaPackedHandle packed(bits);
+        if (packed.GetClassIndex() != _index) luaL_typerror(L, 1, _name);
+        life = packed.GetLife();
+        object = packed.GetObject(state.frames);
+    } else {
         lua_rawgeti(L, 1, 0);
-        handle = static_cast<const nxLuaHandle*>(lua_touserdata(L, -1));
+        const auto* const handle = static_cast<const nxLuaHandle*>(lua_touserdata(L, -1));
         if (handle == nullptr) return Held::Nothing;
-        if (lua_objlen(L, -1) != sizeof(nxLuaHandle)) luaL_typerror(L, 1, _name);
+        if (lua_objlen(L, -1) != sizeof(nxLuaHandle) || handle->type != this) luaL_typerror(L, 1, _name);
+        life = handle->life;
+        object = handle->object;
     }
-    if (handle->type != this) luaL_typerror(L, 1, _name);
-    if (state.frames.IsOver(handle->life)) return Held::Over;
-    object = handle->object;
-    return object == nullptr ? Held::Null : Held::Object;
+    if (!state.frames.IsOver(life)) return object == nullptr ? Held::Null : Held::Object;
+    object = nullptr;
+    return Held::Over;
 }
 
 // For the two property dispatchers: null when the pointer was cleared, or the object is over.

@@ -9,10 +9,40 @@ namespace {
 
 constexpr const char* Metamethods[] = {"__gc", "__index", "__newindex"};
 constexpr int RoomToPush = 8;             // values
-constexpr std::size_t MostOnDemand = 64;  // functions, each a bit of nxLuaHandle::given
+constexpr std::size_t MostOnDemand = 64;  // functions, each a bit of what is given
 
-// The key of the userdata of a wrapper on demand is the address of this.
-constexpr char OnDemandKey = 0;
+// The addresses of these are the keys of what a wrapper on demand holds: its nxLuaPackedHandle, and once it
+// has been asked for a function, by row the functions that it has had or was told to forget.
+constexpr char HandleKey = 0;
+constexpr char GivenKey = 0;
+
+void PushKey(lua_State* L, const char& key)
+{
+    lua_pushlightuserdata(L, const_cast<char*>(&key));
+}
+
+std::uint64_t GetGiven(lua_State* L, int wrapper)
+{
+    PushKey(L, GivenKey);
+    lua_rawget(L, wrapper);
+    const auto given = reinterpret_cast<std::uintptr_t>(lua_touserdata(L, -1));
+    lua_pop(L, 1);
+    return given;
+}
+
+void SetGiven(lua_State* L, int wrapper, std::uint64_t given)
+{
+    PushKey(L, GivenKey);
+    lua_pushlightuserdata(L, reinterpret_cast<void*>(given));
+    lua_rawset(L, wrapper);
+}
+
+void RemoveKey(lua_State* L, const char& key, int wrapper)
+{
+    PushKey(L, key);
+    lua_pushnil(L);
+    lua_rawset(L, wrapper);
+}
 
 }  // namespace
 
@@ -67,20 +97,19 @@ void nxLuaClass::_FillRows(lua_State* L, int metatable) const
     }
 }
 
-// The userdata of the wrapper, a table, while that is one on demand; null otherwise.
-nxLuaHandle* nxLuaClass::_FindOnDemand(lua_State* L, int wrapper)
+// The packed handle of the wrapper, a table, while that is one on demand; null otherwise. Leaves what it
+// found on the stack.
+void* nxLuaClass::_FindOnDemand(lua_State* L, int wrapper)
 {
-    lua_pushlightuserdata(L, const_cast<char*>(&OnDemandKey));
+    PushKey(L, HandleKey);
     lua_rawget(L, wrapper);
-    void* const handle = lua_touserdata(L, -1);
-    lua_pop(L, 1);
-    return static_cast<nxLuaHandle*>(handle);
+    return lua_touserdata(L, -1);
 }
 
 void nxLuaClass::_PushHandle(lua_State* L, void* object, nxLuaFrames::Life life) const
 {
     void* const memory = lua_newuserdata(L, sizeof(nxLuaHandle));
-    *static_cast<nxLuaHandle*>(memory) = nxLuaHandle{nullptr, object, this, life, 0};
+    *static_cast<nxLuaHandle*>(memory) = nxLuaHandle{nullptr, object, this, life};
 }
 
 void nxLuaClass::_AddFunctions(lua_State* L, int wrapper, std::uint64_t without) const
@@ -116,13 +145,12 @@ void nxLuaClass::_PushWhole(lua_State* L, void* object, nxLuaFrames::Life life) 
     _AddFunctions(L, wrapper, 0);
 }
 
-// The userdata gets its metatable, which only a script would notice, in Complete.
-void nxLuaClass::_PushOnDemand(lua_State* L, void* object, nxLuaFrames::Life life) const
+void nxLuaClass::_PushOnDemand(lua_State* L, void* packed) const
 {
-    constexpr int usual = 2;  // of its keys: the userdata and one function
-    lua_createtable(L, 0, usual);
-    lua_pushlightuserdata(L, const_cast<char*>(&OnDemandKey));
-    _PushHandle(L, object, life);
+    constexpr int usual = 3;  // of its keys: the two of its own, and a function
+    lua_createtable(L, 0, _rows.functions.empty() ? 1 : usual);
+    PushKey(L, HandleKey);
+    lua_pushlightuserdata(L, packed);
     lua_rawset(L, -3);
     _PushMetatable(L, nxLuaState::Of(L));
     lua_setmetatable(L, -2);
@@ -136,10 +164,11 @@ void nxLuaClass::Push(lua_State* L, void* object) const
 void nxLuaClass::Push(lua_State* L, void* object, nxLuaFrames::Life life) const
 {
     luaL_checkstack(L, RoomToPush, "no room for an object");
-    const bool isOnDemand = MakesOnDemand() && _rows.functions.size() <= MostOnDemand &&
-                            !nxLuaState::Of(L).AreMetatablesExposed();
-    if (isOnDemand) {
-        _PushOnDemand(L, object, life);
+    nxLuaState& state = nxLuaState::Of(L);
+    const bool mayDemand =
+        MakesOnDemand() && _rows.functions.size() <= MostOnDemand && !state.AreMetatablesExposed();
+    if (void* packed = mayDemand ? nxLuaPackedHandle::Pack(_index, object, life, state.frames) : nullptr) {
+        _PushOnDemand(L, packed);
     } else {
         _PushWhole(L, object, life);
     }
@@ -147,35 +176,36 @@ void nxLuaClass::Push(lua_State* L, void* object, nxLuaFrames::Life life) const
 
 void nxLuaClass::PushMember(lua_State* L, void* object) const
 {
-    const nxLuaHandle* handle = _FindOnDemand(L, 1);
-    if (handle == nullptr) {
+    nxLuaFrames::Life life = nxLuaFrames::GetLasting();
+    if (void* const packed = _FindOnDemand(L, 1)) {
+        life = nxLuaPackedHandle(packed).GetLife();
+    } else {
         lua_rawgeti(L, 1, 0);
-        handle = static_cast<const nxLuaHandle*>(lua_touserdata(L, -1));
+        life = static_cast<const nxLuaHandle*>(lua_touserdata(L, -1))->life;
         lua_pop(L, 1);
     }
-    Push(L, object, handle->life);
+    lua_pop(L, 1);
+    Push(L, object, life);
 }
 
 void nxLuaClass::Complete(lua_State* L, int index)
 {
     // Nearly every table that a script looks at has no metatable, or is no wrapper.
     if (!lua_istable(L, index) || !lua_getmetatable(L, index)) return;
-    const nxLuaHandle* const handle = _FindOnDemand(L, index);
-    if (handle == nullptr) {
-        lua_pop(L, 1);
-        return;
-    }
-    luaL_checkstack(L, RoomToPush, "no room for an object");
     const int metatable = lua_gettop(L);
-    lua_pushlightuserdata(L, const_cast<char*>(&OnDemandKey));
-    lua_rawget(L, index);
-    lua_pushvalue(L, metatable);
-    lua_setmetatable(L, -2);
-    lua_rawseti(L, index, 0);
-    lua_pushlightuserdata(L, const_cast<char*>(&OnDemandKey));
-    lua_pushnil(L);
-    lua_rawset(L, index);
-    handle->type->_AddFunctions(L, index, handle->given);
+    if (void* const packed = _FindOnDemand(L, index)) {
+        luaL_checkstack(L, RoomToPush, "no room for an object");
+        const nxLuaState& state = nxLuaState::Of(L);
+        const nxLuaPackedHandle handle(packed);
+        const nxLuaClass& type = *state.References(handle.GetClassIndex()).type;
+        type._PushHandle(L, handle.GetObject(state.frames), handle.GetLife());
+        lua_pushvalue(L, metatable);
+        lua_setmetatable(L, -2);
+        lua_rawseti(L, index, 0);
+        type._AddFunctions(L, index, GetGiven(L, index));
+        RemoveKey(L, HandleKey, index);
+        RemoveKey(L, GivenKey, index);
+    }
     lua_settop(L, metatable - 1);
 }
 
@@ -183,23 +213,24 @@ void nxLuaClass::Complete(lua_State* L, int index)
 // on demand has not been asked for before.
 int nxLuaClass::_GetOnDemand(lua_State* L, Key key, unsigned int row) const
 {
-    nxLuaHandle* const handle = lua_istable(L, 1) ? _FindOnDemand(L, 1) : nullptr;
     const bool isSpecial = key == Key::Unknown && _IsSpecial(L);
-    if (handle == nullptr || (key != Key::Function && !isSpecial)) {
-        lua_pushnil(L);
-    } else if (isSpecial) {
+    const bool isOnDemand =
+        (key == Key::Function || isSpecial) && lua_istable(L, 1) && _FindOnDemand(L, 1) != nullptr;
+    const std::uint64_t bit = std::uint64_t{1} << row % MostOnDemand;
+    if (isOnDemand && isSpecial) {
         Complete(L, 1);
         lua_pushvalue(L, 2);
         lua_rawget(L, 1);
-    } else if (const std::uint64_t bit = std::uint64_t{1} << row; (handle->given & bit) != 0) {
-        lua_pushnil(L);
-    } else {
-        handle->given |= bit;
+    } else if (const std::uint64_t given = isOnDemand ? GetGiven(L, 1) : 0; isOnDemand && (given & bit) == 0)
+    {
+        SetGiven(L, 1, given | bit);
         lua_pushnumber(L, row);
         lua_pushcclosure(L, _rows.dispatchFunction, 1);
         lua_pushvalue(L, 2);
         lua_pushvalue(L, -2);
         lua_rawset(L, 1);
+    } else {
+        lua_pushnil(L);
     }
     return 1;
 }
@@ -207,10 +238,15 @@ int nxLuaClass::_GetOnDemand(lua_State* L, Key key, unsigned int row) const
 // For the setter's dispatcher: the wrapper, a key that is no property, and a value to be stored.
 void nxLuaClass::_SetOnDemand(lua_State* L, Key key, unsigned int row) const
 {
-    if (nxLuaHandle* const handle = _FindOnDemand(L, 1)) {
-        if (key == Key::Function) handle->given |= std::uint64_t{1} << row;
-        if (key == Key::Unknown && _IsSpecial(L)) Complete(L, 1);
+    const bool isSpecial = key == Key::Unknown && _IsSpecial(L);
+    if ((key == Key::Function || isSpecial) && _FindOnDemand(L, 1) != nullptr) {
+        if (isSpecial) {
+            Complete(L, 1);
+        } else {
+            SetGiven(L, 1, GetGiven(L, 1) | std::uint64_t{1} << row);
+        }
     }
+    lua_settop(L, 3);
     lua_rawset(L, 1);
 }
 

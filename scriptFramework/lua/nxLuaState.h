@@ -10,6 +10,7 @@
 #include "scriptFramework/lua/nxScriptWatch.h"
 
 class nxExactRandom;
+class nxLuaClass;
 struct nxLuaHandle;
 struct nxScriptServices;
 struct lua_State;
@@ -29,6 +30,7 @@ public:
     };
     struct ClassReferences
     {
+        const nxLuaClass* type = nullptr;
         const void* identity = nullptr;  // the class metatable, to be recognised by; null before registration
         int metatable = 0;               // registry reference of the class metatable
         int names = 0;                   // registry reference of a table of the interned names
