@@ -23,10 +23,15 @@ function OnPrice(price)
   for i = 1, 2000 do sum = (sum + i * 3) % 1000 end
 end )";
 
-// Holds that many tables with a text each, some 94 bytes together, which the collector has to walk.
-inline std::string GetHeap(int tables)
+// Holds that many tables with a text each, some 94 bytes together, which the collector has to walk: in one
+// table, or in tables of `each`.
+inline std::string GetHeap(int tables, int each = 0)
 {
-    return "held = {} for i = 1, " + std::to_string(tables) + " do held[i] = { i, tostring(i) } end ";
+    const std::string item = "{ i, tostring(i) }";
+    const std::string loop = "held = {} for i = 1, " + std::to_string(tables) + " do ";
+    if (each == 0) return loop + "held[i] = " + item + " end ";
+    const std::string place = "local k = math.floor(i / " + std::to_string(each) + ") ";
+    return loop + place + "held[k] = held[k] or {} table.insert(held[k], " + item + ") end ";
 }
 
 inline std::string GetCallback(const std::string& name, const std::string& parameter, const std::string& body)
