@@ -15,7 +15,7 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-PAGES = [ROOT / name for name in ("README.md", "CONTRIBUTING.md", "CHANGELOG.md")] + sorted((ROOT / "docs").glob("*.md"))
+PAGES = [ROOT / name for name in ("README.md", "CONTRIBUTING.md", "CHANGELOG.md")] + sorted((ROOT / "docs").rglob("*.md"))
 SOURCES = ("apps", "base", "bench", "indicators", "quant", "api", "scriptFramework", "host", "tests", "fuzz", "examples")
 
 # Leaves one line of each type in the record of a run, jobs one and two.
