@@ -76,6 +76,8 @@ def check_options(program):
                           ("report", section("docs/results.md", "## From a record")),
                           ("generate", section("docs/algoserver.md", "## Generating data")),
                           ("import", section("docs/data.md", "## Importing")),
+                          ("completion", section("docs/algoserver.md", "### Completion")),
+                          ("doctor", section("docs/algoserver.md", "### The doctor")),
                           ("check", read("docs/checking.md"))):
         names = re.findall(r"^ +((?:-\w,)?--[\w-]+)", run(program, command, "--help").stdout, re.M)
         real = {name for entry in names for name in entry.split(",")}
