@@ -1,7 +1,9 @@
 #include "apps/algoserver/shell.h"
 
 #include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <map>

@@ -39,6 +39,7 @@ function OnOrderRejected(update)
 end
 
 function OnShutdown()
+  if not order then return end -- the market never showed a bid
   job:logText(string.format("%d of %d at %.2f in %d fills, the last at %s", order.executed, order.volume, order.price, fills,
     lastFill))
 end

@@ -14,7 +14,7 @@ function OnInit()
   begin = hour * 60 + minute
   for share in tostring(job:getParameter("profile") or 1):gmatch("%S+") do
     profile[#profile + 1] = tonumber(share)
-    sum = sum + share
+    sum = sum + profile[#profile]
   end
   product:subscribePrice()
   job:startTimer("slice", 60000)

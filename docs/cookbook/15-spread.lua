@@ -12,6 +12,7 @@ function OnInit()
   for i = 1, spread.noLegs do
     legs[i] = {product = spread:getLeg(i), side = spread:getLegSide(i), lots = spread:getLegTradeRatio(i)}
   end
+  if #legs == 0 then return job:logText(spread.name .. " has no legs: describe it in the file of --products") end
   spread:subscribePrice()
 end
 
