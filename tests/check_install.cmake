@@ -16,6 +16,14 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/embedding -B ${SCRATCH}/build -G 
     "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" -DCMAKE_BUILD_TYPE=Debug)
 run(${CMAKE_COMMAND} --build ${SCRATCH}/build)
 
+foreach(file man/man1/algoserver.1 man/man1/algoserver-run.1 bash-completion/completions/algoserver
+        zsh/site-functions/_algoserver fish/vendor_completions.d/algoserver.fish)
+    file(SIZE ${SCRATCH}/prefix/share/${file} size)  # fails where there is none
+    if(size LESS 100)
+        message(FATAL_ERROR "${file} is installed without content")
+    endif()
+endforeach()
+
 function(expect program expected)
     execute_process(COMMAND ${SCRATCH}/build/${program} RESULT_VARIABLE result OUTPUT_VARIABLE output)
     if(NOT result EQUAL 0 OR NOT output STREQUAL expected)

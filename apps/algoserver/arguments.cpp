@@ -18,13 +18,15 @@ std::string CheckSeed(const std::string& text)
 void AddJobOptions(CLI::App& command, nxJobArguments& jobs)
 {
     AddRepeated(command, "--name,-n", jobs.names,
-                "Name of a job, in the order of the scripts; without it the file's name. May be repeated");
+                "Name of a job, in the order of the scripts; without it the file's name. May be repeated")
+        ->type_name("NAME");
     AddRepeated(command, "--param", jobs.parameters,
                 "Parameter of the job, or of all jobs; may be repeated. TYPE: decimal, uint, price, double, "
                 "int, bool or text; without it as the value looks")
         ->type_name("[JOB/]NAME[:TYPE]=VALUE");
     AddRepeated(command, "--params", jobs.parameterFiles,
-                "TOML file of parameters: [parameters] and [jobs.NAME]");
+                "TOML file of parameters: [parameters] and [jobs.NAME]")
+        ->type_name("FILE.toml");
 }
 
 std::chrono::nanoseconds SandboxArguments::GetCallbackLimit(bool isGuarded) const

@@ -18,6 +18,7 @@ struct CheckArguments
     SandboxArguments sandbox;
     bool noRun = false;
     bool json = false;
+    bool parameters = false;
 };
 
 enum Status { Clean = 0, Found = 1, Failed = 2 };
@@ -38,7 +39,10 @@ int CheckHere(const CheckArguments& arguments)
 {
     nxScriptCheck check(arguments.options);
     const bool succeeded = check.Run();
-    if (arguments.json) {
+    if (arguments.parameters) {
+        for (const std::string& name : check.GetParameters())
+            std::cout << name << "\n";
+    } else if (arguments.json) {
         check.WriteJson(std::cout);
     } else {
         check.WriteText(std::cout);
@@ -49,7 +53,7 @@ int CheckHere(const CheckArguments& arguments)
         std::cerr << "algoserver check: standard output cannot be written\n";
         return Failed;
     }
-    return !succeeded ? Failed : check.GetFindings().empty() ? Clean : Found;
+    return !succeeded ? Failed : check.GetFindings().empty() || arguments.parameters ? Clean : Found;
 }
 
 // The dry run runs what stands in the main part of the script, whoever wrote it.
@@ -89,12 +93,22 @@ void AddCheckCommand(CLI::App& app, int& status)
         "the line is known. Exit status: 0 nothing found, 1 something found, 2 usage or a file that cannot "
         "be "
         "read.");
-    check.add_option("script", arguments->jobs.scripts, "The Lua scripts, each a job of its own")->required();
+    check.add_option("script", arguments->jobs.scripts, "The Lua scripts, each a job of its own")
+        ->required()
+        ->type_name("SCRIPT");
     AddRepeated(check, "--module,-m", arguments->options.modules,
-                "Lua file to put in front of each script; may be repeated");
+                "Lua file to put in front of each script; may be repeated")
+        ->type_name("FILE.lua");
     AddJobOptions(check, arguments->jobs);
-    check.add_flag("--no-run", arguments->noRun, "Only read the scripts: do not load them and run OnInit");
+    CLI::Option* const noRun = check.add_flag("--no-run", arguments->noRun,
+                                              "Only read the scripts: do not load them and run OnInit");
     AddSandbox(check, arguments->sandbox, "what a run with --sandbox strict lets it (strict)", "10");
-    check.add_flag("--json", arguments->json, "Write one JSON array instead of lines");
+    CLI::Option* const json =
+        check.add_flag("--json", arguments->json, "Write one JSON array instead of lines");
+    check
+        .add_flag("--parameters", arguments->parameters,
+                  "In place of findings, the parameters that the scripts read while loaded and in OnInit")
+        ->excludes(noRun)
+        ->excludes(json);
     check.callback([arguments, &status] { status = Check(*arguments); });
 }

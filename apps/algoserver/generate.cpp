@@ -8,6 +8,7 @@
 
 #include "apps/algoserver/arguments.h"
 #include "host/report/nxOutputFile.h"
+#include "host/report/nxProgressBar.h"
 #include "host/run/nxRunFiles.h"
 #include "host/run/nxRunOptions.h"
 #include "host/synthetic/nxMarketGenerator.h"
@@ -57,17 +58,18 @@ int Generate(GenerateArguments& arguments)
     if (!generator.Check()) return Refuse(generator.GetFailure());
     nxOutputFile file("the day");
     if (const auto error = file.Open(arguments.output)) return Refuse(*error);
-    const bool showProgress = isatty(STDERR_FILENO) != 0 && arguments.output != "-";
+    nxProgressBar progress(std::cerr, isatty(STDERR_FILENO) != 0 && arguments.output != "-");
     const bool generated = generator.Generate(
         [&file](std::string_view text) {
             file.Write(text);
             return !file.HasFailed();
         },
         [&](unsigned int seconds) {
-            if (showProgress)
-                std::cerr << "\r" << seconds << " of " << options.durationSeconds << " seconds" << std::flush;
+            if (progress.IsEnabled())
+                progress.Show(std::to_string(seconds) + " of " + std::to_string(options.durationSeconds) +
+                              " seconds");
         });
-    if (showProgress) std::cerr << "\r\033[K";
+    progress.Erase();
     if (const auto error = file.Close()) return Refuse(*error);
     if (!generated) return Refuse(generator.GetFailure());
     const nxMarketGeneratorStatistics& statistics = generator.GetStatistics();
@@ -95,6 +97,7 @@ void AddGenerateCommand(CLI::App& app, int& status)
         ->check(CLI::IsMember({"quotes", "depth"}))
         ->capture_default_str();
     generate->add_option("--output,-o", arguments->output, "File to write; - is standard output")
+        ->type_name("FILE")
         ->capture_default_str();
     generate->add_option("--product", options.product, "Product name")->capture_default_str();
     generate->add_option("--start", arguments->start, "Start of the day, UTC")->capture_default_str();

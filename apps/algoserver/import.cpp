@@ -77,7 +77,9 @@ void AddImportCommand(CLI::App& app, int& status)
         "odd about the data: gaps, rows that come late or twice, outliers, prices of 0 and below. A file "
         "that\n"
         "cannot be read is told by its place, and then, as after Ctrl-C, nothing is written.");
-    command.add_option("files", arguments->files, "Files, folders, or patterns in quotes")->required();
+    command.add_option("files", arguments->files, "Files, folders, or patterns in quotes")
+        ->required()
+        ->type_name("FILE");
     command.add_option("-o,--output", arguments->options.folder, "The folder to write to")->type_name("DIR");
     command.add_flag("--dry-run", arguments->options.isDryRun, "Only tell what would be taken for what");
     AddFormOptions(command, arguments->form);

@@ -13,6 +13,7 @@
 #include "apps/algoserver/memory.h"
 #include "apps/algoserver/report.h"
 #include "apps/algoserver/run.h"
+#include "apps/algoserver/shell.h"
 #include "apps/algoserver/sweep.h"
 
 namespace {
@@ -47,7 +48,7 @@ int Run(int argc, char** argv)
         "Exit status: 0 done, 1 a script failed or check found something, 2 bad input or usage.",
         "algoserver");
     app.require_subcommand(0, 1);
-    app.set_version_flag("--version", NX_VERSION);
+    app.set_version_flag("-v,--version", NX_VERSION);
     int status = 0;
     AddRunCommand(app, status);
     AddSweepCommand(app, std::vector<std::string>(argv + 1, argv + argc), status);
@@ -56,6 +57,7 @@ int Run(int argc, char** argv)
     AddLayoutsCommand(app, status);
     AddGenerateCommand(app, status);
     AddCheckCommand(app, status);
+    AddShellCommands(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {
@@ -72,9 +74,7 @@ int Run(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr
-        << "algoserver: no command; there are run, sweep, report, import, layouts, generate and check. Try "
-           "'algoserver --help'.\n";
+    std::cerr << "algoserver: no command; there are " << ListCommands(app) << ". Try 'algoserver --help'.\n";
     return 2;
 }
 

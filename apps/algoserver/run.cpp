@@ -97,9 +97,10 @@ int Run(Arguments& arguments)
 void AddResults(CLI::App& run, nxRunOptions& options)
 {
     run.add_option(
-        "--json", options.jsonFile,
-        "JSON file to write the result to: measures, equity, round trips, orders, log; - is standard "
-        "output, and then all else goes to standard error");
+           "--json", options.jsonFile,
+           "JSON file to write the result to: measures, equity, round trips, orders, log; - is standard "
+           "output, and then all else goes to standard error")
+        ->type_name("FILE.json");
     run.add_option("--report", options.reportFile,
                    "HTML file to write the result to as a page, which a browser opens without a network")
         ->type_name("FILE.html");
@@ -115,7 +116,8 @@ void AddOutputs(CLI::App& run, Arguments& arguments)
     nxRunOptions& options = arguments.run.options;
     run.add_option("--record", options.recordFile,
                    "JSON Lines file to write all that leaves the scripts to; - is standard output, and then "
-                   "all else goes to standard error");
+                   "all else goes to standard error")
+        ->type_name("FILE.jsonl");
     run.add_option(
            "--equity-step", options.equityStep,
            "Change of a job's profit in a currency that --record tells; without it that at the end of "

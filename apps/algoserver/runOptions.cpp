@@ -66,11 +66,13 @@ void AddScripts(CLI::App& run, RunArguments& arguments)
     run.add_option("script", jobs.scripts, "The Lua scripts, one for each job, in front of --data")
         ->option_text("SCRIPT... REQUIRED");
     AddRepeated(run, "--module,-m", options.modules,
-                "Lua file to put in front of every script; may be repeated");
+                "Lua file to put in front of every script; may be repeated")
+        ->type_name("FILE.lua");
     AddJobOptions(run, jobs);
     AddRepeated(run, "--at", jobs.changes, "Change a parameter at that recorded time; may be repeated")
         ->type_name("TIME [JOB/]NAME=VALUE");
-    AddRepeated(run, "--events", jobs.eventFiles, "CSV file of parameter changes: time,parameter,value,tag");
+    AddRepeated(run, "--events", jobs.eventFiles, "CSV file of parameter changes: time,parameter,value,tag")
+        ->type_name("FILE.csv");
     AddRepeated(run, "--select", jobs.selections,
                 "What the job, or every job, is launched on: product, side, volume, price, spread")
         ->type_name("[JOB/]KEY=VALUE,...");
@@ -89,7 +91,8 @@ void AddData(CLI::App& run, RunArguments& arguments, bool isRequired)
                    "Recorded data, merged by time: files from anywhere, folders, patterns in quotes, or the "
                    "data.toml of "
                    "an import")
-        ->required(isRequired);
+        ->required(isRequired)
+        ->type_name("FILE");
     AddFormOptions(run, arguments.jobs.form);
     run.add_flag("--round-volumes", options.roundsVolumes,
                  "Round sizes to whole lots; the summary tells how much is lost");
@@ -100,7 +103,8 @@ void AddData(CLI::App& run, RunArguments& arguments, bool isRequired)
         ->type_name("PERIOD");
     run.add_option("--products,-p", options.productFile,
                    "TOML file that describes products: tick size, lot size, point value, currency, legs of "
-                   "strategies");
+                   "strategies")
+        ->type_name("FILE.toml");
     run.add_option("--bar-time", arguments.barTime,
                    "What the times in bars files are: the end of the bar, or its start")
         ->check(CLI::IsMember({"end", "start"}))
@@ -110,7 +114,8 @@ void AddData(CLI::App& run, RunArguments& arguments, bool isRequired)
                 "the first rows tell; may be repeated")
         ->type_name("[PRODUCT=]PERIOD");
     AddRepeated(run, "--adjustments", arguments.jobs.adjustmentFiles,
-                "CSV file of dividends, splits, funding and rolls: time,product,kind,value; may be repeated");
+                "CSV file of dividends, splits, funding and rolls: time,product,kind,value; may be repeated")
+        ->type_name("FILE.csv");
     run.add_flag("--lenient,-l", options.lenient, "Count and skip malformed rows instead of ending the run");
 }
 

@@ -288,8 +288,10 @@ void AddRunning(CLI::App& command, SweepArguments& arguments)
 class SweepFormatter : public CLI::Formatter
 {
 public:
-    std::string make_usage(const CLI::App*, std::string name) const override
+    std::string make_usage(const CLI::App* app, std::string name) const override
     {
+        // Its own commands, status and the like, have the formatter from it.
+        if (app->get_name() != "sweep") return CLI::Formatter::make_usage(app, name);
         return "Usage: " + name + " [OPTIONS] SCRIPT... --data FILE... --vary NAME=VALUES\n";
     }
 };

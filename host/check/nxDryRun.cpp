@@ -1,5 +1,7 @@
 #include "host/check/nxDryRun.h"
 
+#include <algorithm>
+
 #include "host/check/nxScriptCheckTexts.h"
 #include "indicators/nxIndicatorCatalogue.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
@@ -162,6 +164,7 @@ nxAlgoOrderObject* nxDryRun::CreateOrder(nxAlgoProductObject* product, const std
 
 nxVorantParameter* nxDryRun::GetParameter(const std::string& name) const
 {
+    if (std::ranges::find(_asked, name) == _asked.end()) _asked.push_back(name);
     const nxVorantParameter* const parameter = _parameters.Find(name);
     return parameter == nullptr ? nullptr : parameter->CopyInstance();
 }

@@ -31,6 +31,8 @@ public:
     [[nodiscard]] std::optional<nxScriptFailure> Try(const nxScriptSource& source);
     // Whether the script, once loaded, has a function OnInit.
     bool HasOnInit() const { return _hasOnInit; }
+    // The parameters that the script asked for by then, in the order of the first question.
+    const std::vector<std::string>& GetAskedParameters() const { return _asked; }
 
     nxAlgoProductObject* GetProduct(const std::string& productName) override;
     nxAlgoVorantJobCollectionObject* GetVorantJobs() override { return &_jobs; }
@@ -89,6 +91,7 @@ private:
     std::map<std::string, std::unique_ptr<nxAlgoProductObject>> _products;
     std::vector<std::unique_ptr<nxAlgoDataSeriesObject>> _series;
     std::map<std::string, std::unique_ptr<nxAlgoDataStoreObject>> _stores;
+    mutable std::vector<std::string> _asked;
     bool _inOnInit = false;
     bool _hasOnInit = false;
 };

@@ -74,7 +74,7 @@ void nxScriptCheck::_CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& 
 }
 
 void nxScriptCheck::_TryJob(const nxScriptSource& source, const nxJobOptions& job,
-                            std::vector<nxScriptFinding>& findings) const
+                            std::vector<nxScriptFinding>& findings)
 {
     const nxRunCall call{static_cast<std::size_t>(&job - _options.jobs.data()), nxRunCall::Part::Loading};
     nxRunPulse own;
@@ -83,6 +83,8 @@ void nxScriptCheck::_TryJob(const nxScriptSource& source, const nxJobOptions& jo
     nxDryRun run(job.parameters, _options.profile);
     const std::optional<nxScriptFailure> failure = run.Try(source);
     pulse.call = 0;
+    for (const std::string& name : run.GetAskedParameters())
+        if (std::ranges::find(_parameters, name) == _parameters.end()) _parameters.push_back(name);
     // The script itself knows better than its text, which may define OnInit in ways that cannot be read.
     if (run.HasOnInit())
         std::erase_if(findings, [](const nxScriptFinding& finding) { return finding.code == NoOnInitCode; });

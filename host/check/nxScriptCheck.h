@@ -35,6 +35,8 @@ public:
     // Sorted by file, line and column; each once.
     const std::vector<nxScriptFinding>& GetFindings() const { return _findings; }
     const std::vector<std::string>& GetFailures() const { return _failures; }
+    // What the scripts asked for while the dry run loaded them and in OnInit, each name once.
+    const std::vector<std::string>& GetParameters() const { return _parameters; }
 
     // A line each, "file:line:column: message".
     void WriteText(std::ostream&) const;
@@ -44,9 +46,10 @@ public:
 private:
     void _CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& source, const nxJobOptions& job);
     void _TryJob(const nxScriptSource& source, const nxJobOptions& job,
-                 std::vector<nxScriptFinding>& findings) const;
+                 std::vector<nxScriptFinding>& findings);
 
     nxScriptCheckOptions _options;
     std::vector<nxScriptFinding> _findings;
     std::vector<std::string> _failures;
+    std::vector<std::string> _parameters;
 };

@@ -5,7 +5,8 @@
 #include <string>
 
 // One line on a terminal that tells how far a run is: events, percent by bytes read, rate and time left.
-// Draws at most ten times a second, and is erased before anything else is written.
+// Draws at most ten times a second, and is erased before anything else is written. It stays one line at any
+// width of the terminal of standard error: what finds no room is left out.
 class nxProgressBar
 {
 public:

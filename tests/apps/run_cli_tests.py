@@ -9,6 +9,7 @@ Prints "N passed, N failed"; the exit status is 1 when a case failed.
 
 import bz2
 import contextlib
+import fcntl
 import gzip
 import hashlib
 import io
@@ -21,9 +22,11 @@ import random
 import resource
 import signal
 import sqlite3
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import zipfile
 
@@ -615,8 +618,14 @@ def test_interrupted_while_a_pipe_is_silent(program):
 
 
 def test_progress_on_a_terminal(program):
-    """A line that is drawn over itself, and erased at the end."""
+    """A line that is drawn over itself, stays one line at any width, and is erased at the end."""
+    for columns, shown in ((20, b"100 %, 0 s left"), (40, b"=] 100 %, 0 s left"), (200, b"=] 100 %  1 event, ")):
+        check_progress(program, columns, shown)
+
+
+def check_progress(program, columns, shown):
     terminal, other = pty.openpty()
+    fcntl.ioctl(other, termios.TIOCSWINSZ, struct.pack("4H", 24, columns, 0, 0))
     process = start_slow_run(program, stdout=subprocess.PIPE, stderr=other)
     os.close(other)
     drawn = b""
@@ -624,7 +633,8 @@ def test_progress_on_a_terminal(program):
         deadline = time.monotonic() + TIMEOUT
         while b"left" not in drawn and time.monotonic() < deadline:
             drawn += os.read(terminal, 4096)
-        require(b" %  1 event, " in drawn and b"\r\033[K[" in drawn, repr(drawn))
+        lines = [line for line in drawn.split(b"\r\033[K") if b"left" in line]
+        require(shown in lines[0] and all(len(line) < columns for line in lines) and b"\n" not in drawn, repr(drawn))
         process.send_signal(signal.SIGINT)
         try:
             while part := os.read(terminal, 4096):

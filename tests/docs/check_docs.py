@@ -15,7 +15,7 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-PAGES = [ROOT / name for name in ("README.md", "CONTRIBUTING.md", "CHANGELOG.md")] + sorted((ROOT / "docs").glob("*.md"))
+PAGES = [ROOT / name for name in ("README.md", "CONTRIBUTING.md", "CHANGELOG.md")] + sorted((ROOT / "docs").rglob("*.md"))
 SOURCES = ("apps", "base", "bench", "indicators", "quant", "api", "scriptFramework", "host", "tests", "fuzz", "examples")
 
 # Leaves one line of each type in the record of a run, jobs one and two.
@@ -76,6 +76,8 @@ def check_options(program):
                           ("report", section("docs/results.md", "## From a record")),
                           ("generate", section("docs/algoserver.md", "## Generating data")),
                           ("import", section("docs/data.md", "## Importing")),
+                          ("completion", section("docs/algoserver.md", "### Completion")),
+                          ("doctor", section("docs/algoserver.md", "### The doctor")),
                           ("check", read("docs/checking.md"))):
         names = re.findall(r"^ +((?:-\w,)?--[\w-]+)", run(program, command, "--help").stdout, re.M)
         real = {name for entry in names for name in entry.split(",")}

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+void AddDoctorCommand(CLI::App& app, int& status);
