@@ -16,6 +16,11 @@ run(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/embedding -B ${SCRATCH}/build -G 
     "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" -DCMAKE_BUILD_TYPE=Debug)
 run(${CMAKE_COMMAND} --build ${SCRATCH}/build)
 
+# What an installed program says to editors lies installed, too.
+run(${SCRATCH}/prefix/bin/algoserver types -o ${SCRATCH}/types)
+run(${CMAKE_COMMAND} -E compare_files ${SCRATCH}/types/algoserver.lua
+    ${SCRATCH}/prefix/share/scriptFramework/types/algoserver.lua)
+
 function(expect program expected)
     execute_process(COMMAND ${SCRATCH}/build/${program} RESULT_VARIABLE result OUTPUT_VARIABLE output)
     if(NOT result EQUAL 0 OR NOT output STREQUAL expected)

@@ -14,6 +14,7 @@
 #include "apps/algoserver/report.h"
 #include "apps/algoserver/run.h"
 #include "apps/algoserver/sweep.h"
+#include "apps/algoserver/types.h"
 
 namespace {
 
@@ -56,6 +57,7 @@ int Run(int argc, char** argv)
     AddLayoutsCommand(app, status);
     AddGenerateCommand(app, status);
     AddCheckCommand(app, status);
+    AddTypesCommand(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {
@@ -72,9 +74,9 @@ int Run(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr
-        << "algoserver: no command; there are run, sweep, report, import, layouts, generate and check. Try "
-           "'algoserver --help'.\n";
+    std::cerr << "algoserver: no command; there are run, sweep, report, import, layouts, generate, check and "
+                 "types. Try "
+                 "'algoserver --help'.\n";
     return 2;
 }
 

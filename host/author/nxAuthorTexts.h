@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+// The files of this folder, put in at build time.
+const std::string& nxAuthorMembersText();
+const std::string& nxAuthorReadMembersText();
+const std::string& nxAuthorDefinitionsText();
+const std::string& nxAuthorTablesText();
+const std::string& nxAuthorProbeText();
