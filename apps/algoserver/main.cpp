@@ -11,6 +11,7 @@
 #include "apps/algoserver/import.h"
 #include "apps/algoserver/layouts.h"
 #include "apps/algoserver/memory.h"
+#include "apps/algoserver/new.h"
 #include "apps/algoserver/report.h"
 #include "apps/algoserver/run.h"
 #include "apps/algoserver/sweep.h"
@@ -57,6 +58,7 @@ int Run(int argc, char** argv)
     AddLayoutsCommand(app, status);
     AddGenerateCommand(app, status);
     AddCheckCommand(app, status);
+    AddNewCommand(app, status);
     AddTypesCommand(app, status);
     try {
         app.parse(argc, argv);
@@ -74,9 +76,9 @@ int Run(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr << "algoserver: no command; there are run, sweep, report, import, layouts, generate, check and "
-                 "types. Try "
-                 "'algoserver --help'.\n";
+    std::cerr
+        << "algoserver: no command; there are run, sweep, report, import, layouts, generate, check, new "
+           "and types. Try 'algoserver --help'.\n";
     return 2;
 }
 

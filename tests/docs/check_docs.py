@@ -76,6 +76,7 @@ def check_options(program):
                           ("report", section("docs/results.md", "## From a record")),
                           ("generate", section("docs/algoserver.md", "## Generating data")),
                           ("import", section("docs/data.md", "## Importing")),
+                          ("new", section("docs/algoserver.md", "## A new script")),
                           ("types", section("docs/algoserver.md", "## Types for editors")),
                           ("check", read("docs/checking.md"))):
         names = re.findall(r"^ +((?:-\w,)?--[\w-]+)", run(program, command, "--help").stdout, re.M)
