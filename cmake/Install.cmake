@@ -28,6 +28,11 @@ install(CODE "
         execute_process(COMMAND \"$<TARGET_FILE:algoserver>\" completion \"\${shell}\" -o \"\${data}/\${file}\"
             COMMAND_ERROR_IS_FATAL ANY)
     endforeach()")
+# What a script finds, for editors; the program writes it by itself.
+install(CODE "
+    set(folder \"${CMAKE_INSTALL_DATADIR}/scriptFramework/types\")
+    cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
+    execute_process(COMMAND \"$<TARGET_FILE:algoserver>\" types -o \"\$ENV{DESTDIR}\${folder}\" COMMAND_ERROR_IS_FATAL ANY)")
 foreach(folder base indicators quant api scriptFramework host)
     install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scriptFramework FILES_MATCHING PATTERN "*.h")
 endforeach()

@@ -8,8 +8,8 @@
 
 #include "fuzz/caller.h"
 #include "fuzz/nxFuzzFile.h"
+#include "host/author/nxScriptMembers.h"
 #include "host/check/nxScriptCheckTexts.h"
-#include "host/check/nxScriptNames.h"
 #include "host/market/nxProductFile.h"
 #include "host/report/nxRecordReader.h"
 #include "host/report/nxResultDocument.h"
@@ -70,7 +70,7 @@ std::string MakeBars()
 // What stands in front of the caller: all that can be called, and how.
 std::string MakeKnowledge()
 {
-    std::string text = nxScriptCheckApiText() + nxScriptNamesText() + "callbacks = {";
+    std::string text = nxScriptMembersText() + nxScriptCheckApiText() + "callbacks = {";
     for (const char* name : nxCallbackNames)
         text += fmt::format("'{}',", name);
     text += "}\nindicators = {";

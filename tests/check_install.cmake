@@ -23,6 +23,10 @@ foreach(file man/man1/algoserver.1 man/man1/algoserver-run.1 bash-completion/com
         message(FATAL_ERROR "${file} is installed without content")
     endif()
 endforeach()
+# What an installed program says to editors lies installed, too.
+run(${SCRATCH}/prefix/bin/algoserver types -o ${SCRATCH}/types)
+run(${CMAKE_COMMAND} -E compare_files ${SCRATCH}/types/algoserver.lua
+    ${SCRATCH}/prefix/share/scriptFramework/types/algoserver.lua)
 
 function(expect program expected)
     execute_process(COMMAND ${SCRATCH}/build/${program} RESULT_VARIABLE result OUTPUT_VARIABLE output)

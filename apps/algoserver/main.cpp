@@ -11,10 +11,12 @@
 #include "apps/algoserver/import.h"
 #include "apps/algoserver/layouts.h"
 #include "apps/algoserver/memory.h"
+#include "apps/algoserver/new.h"
 #include "apps/algoserver/report.h"
 #include "apps/algoserver/run.h"
 #include "apps/algoserver/shell.h"
 #include "apps/algoserver/sweep.h"
+#include "apps/algoserver/types.h"
 
 namespace {
 
@@ -57,6 +59,8 @@ int Run(int argc, char** argv)
     AddLayoutsCommand(app, status);
     AddGenerateCommand(app, status);
     AddCheckCommand(app, status);
+    AddNewCommand(app, status);
+    AddTypesCommand(app, status);
     AddShellCommands(app, status);
     try {
         app.parse(argc, argv);

@@ -1,241 +1,98 @@
--- What the tables of the bound classes do not tell: how many arguments a function takes, which class an object
--- comes from, and the keys of the functions that take a table.
+-- What the rules ask of the members: how many arguments a function takes, which class an object comes from, and the keys
+-- of the functions that take a table.
 
-checker = {}
+local function classOf(type)
+  local only = #type.alternatives == 1 and members.byType[type.alternatives[1].kind]
+  return only and only.name
+end
 
 -- The callbacks with the classes of their arguments; false is a text.
-checker.callbacks = {
-  OnInit = {},
-  OnPrice = { "nxAlgoPriceObject" },
-  OnMarketDepth = { "nxAlgoMarketDepthObject" },
-  OnOrderFill = { "nxAlgoOrderUpdateObject" },
-  OnOrderNew = { "nxAlgoOrderObject" },
-  OnOrderWorking = { "nxAlgoOrderUpdateObject" },
-  OnOrderRejected = { "nxAlgoOrderUpdateObject" },
-  OnOrderCancelled = { "nxAlgoOrderUpdateObject" },
-  OnOrderCompleted = { "nxAlgoOrderUpdateObject" },
-  OnOrderAmendRejected = { "nxAlgoOrderUpdateObject" },
-  OnOrderCancelRejected = { "nxAlgoOrderUpdateObject" },
-  OnProductState = { "nxAlgoStateObject" },
-  OnParameter = { false, false, false },
-  OnTradeWindowEvent = { "nxAlgoEventWindowObject" },
-  OnPosition = { "nxAlgoPositionObject" },
-  OnTimer = { false },
-  OnJobChanged = {},
-  OnJobParametersChanged = {},
-  OnShutdown = {},
-  OnVorantJobNew = { "nxAlgoVorantJobObject" },
-  OnVorantJobStarted = { "nxAlgoVorantJobObject" },
-  OnVorantJobStopped = { "nxAlgoVorantJobObject" },
-  OnVorantJobStatusUpdate = { "nxAlgoVorantJobObject" },
-  OnVorantJobUpdate = { "nxAlgoVorantJobObject" },
-  OnOrderQPosition = { "nxAlgoOrderObject" },
-  OnPriceTradeVolumes = { "nxAlgoPriceTradeVolumesObject" },
-  OnTickData = { "nxAlgoTickDataObject" },
-}
+checker.callbacks = {}
+for _, row in ipairs(members.callbacks.rows) do
+  for _, name in ipairs(row.names) do
+    local classes = {}
+    for i, parameter in ipairs(row.forms[1].parameters) do
+      classes[i] = classOf(parameter.type) or false
+    end
+    checker.callbacks[name] = classes
+  end
+end
 
 -- By class and function: fewest and most arguments, and the class of the result. Where there is no most, further
--- arguments are ignored by contract.
-local any = math.huge
-checker.signatures = {
-  nxAlgoJobObject = {
-    getParameter = { 1, 1 },
-    setOutputParameter = { 2, 2 },
-    getDynamicParameter = { 2, 2 },
-    sendParameter = { 3, 3 },
-    publish = { 2, 2 },
-    hasContext = { 0, any },
-    setReference = { 1, 1 },
-    getProduct = { 1, 1, "nxAlgoProductObject" },
-    getExistingOrder = { 1, any, "nxAlgoOrderObject" },
-    getOrders = { 0, any, "nxAlgoOrderCollectionObject" },
-    getJobOrders = { 0, any, "nxAlgoOrderCollectionObject" },
-    getVorantJobs = { 0, any, "nxAlgoVorantJobCollectionObject" },
-    createDataSeries = { 0, any, "nxAlgoDataSeriesObject" },
-    getDataStore = { 1, 2, "nxAlgoDataStoreObject" },
-    logText = { 1, 1 },
-    sendUserState = { 2, 2 },
-    sendUserText1 = { 1, 1 },
-    sendUserText2 = { 1, 1 },
-    sendUserText3 = { 1, 1 },
-    sendUserLog = { 1, 1 },
-    startTimer = { 2, 2 },
-    stopTimer = { 1, 1 },
-    shutdown = { 0, any },
-    setOrderUserString = { 1, 1 },
-    setOrderUserString2 = { 1, 1 },
-    setShatterOnExit = { 1, 1 },
-    setEnableCrossProtection = { 1, 1 },
-    setDisableParentFills = { 1, 1 },
-    setDisableReport = { 1, 1 },
-    setEnablePandL = { 1, 1 },
-    getPandL = { 1, 1 },
-    setChartLine = { 4, 4 },
-    removeChartLine = { 2, 2 },
-  },
-  nxAlgoProductObject = {
-    createOrder = { 1, 3, "nxAlgoOrderObject" },
-    subscribe = { 0, any },
-    subscribePrice = { 0, any },
-    subscribeMarketDepth = { 0, any },
-    subscribePositions = { 0, any },
-    subscribeState = { 0, any },
-    createTradeWindow = { 1, 2, "nxAlgoEventWindowObject" },
-    subscribePriceTradeVolumes = { 0, any },
-    setFlattenOnExit = { 1, 1 },
-    getLeg = { 1, 1, "nxAlgoProductObject" },
-    getLegPriceRatio = { 1, 1 },
-    getLegTradeRatio = { 1, 1 },
-    getLegSide = { 1, 1 },
-    createTickDataCollection = { 1, 1, "nxAlgoTickDataCollectionObject" },
-  },
-  nxAlgoPriceObject = { isBid = { 0, any }, isAsk = { 0, any }, isLast = { 0, any } },
-  nxAlgoMarketDepthObject = {
-    bid = { 1, 1 },
-    bidQty = { 1, 1 },
-    ask = { 1, 1 },
-    askQty = { 1, 1 },
-    getBidVolumeAtPrice = { 1, 1 },
-    getAskVolumeAtPrice = { 1, 1 },
-    getBidPriceWithVolume = { 0, any },
-    getAskPriceWithVolume = { 0, any },
-  },
-  nxAlgoPositionObject = {},
-  nxAlgoStateObject = { isPreOpen = { 0, any }, isOpen = { 0, any }, isClosed = { 0, any } },
-  nxAlgoPriceTradeVolumesObject = { getVolumeAtPrice = { 1, 1 }, getPriceVolumeAtIndex = { 1, 1 } },
-  nxAlgoClockObject = { isInRange = { 2, 2 } },
-  nxAlgoDateObject = { getAsSeconds = { 1, 1 }, getAsDate = { 1, 1 } },
-  nxAlgoVorantJobCollectionObject = { getVorantJob = { 1, 1, "nxAlgoVorantJobObject" } },
-  nxAlgoVorantJobObject = { stop = { 0, any }, subscribe = { 0, any }, getOutputParameter = { 1, 1 } },
-  nxAlgoOrderObject = { work = { 1, 1 }, pull = { 0, any }, getHedgeID = { 1, 1 } },
-  nxAlgoOrderUpdateObject = { isSpreadUnbalanced = { 0, any } },
-  nxAlgoOrderStateObject = {
-    isWorking = { 0, any },
-    isPending = { 0, any },
-    isFilled = { 0, any },
-    isDeleted = { 0, any },
-    isFailed = { 0, any },
-    isPendingAmend = { 0, any },
-    isPendingCancel = { 0, any },
-  },
-  nxAlgoOrderCollectionObject = { getOrder = { 1, 1, "nxAlgoOrderObject" }, setFilter = { 0, any } },
-  nxAlgoEventWindowObject = { start = { 0, any }, stop = { 0, any }, enableRegression = { 0, any } },
-  nxAlgoTickDataCollectionObject = {
-    subscribe = { 0, any },
-    get = { 0, 1, "nxAlgoTickDataObject" },
-    createIndicator = { 1, 1, "nxAlgoIndicatorObject" },
-    getIndicator = { 1, 1, "nxAlgoIndicatorObject" },
-  },
-  nxAlgoTickDataObject = {},
-  nxAlgoIndicatorObject = { getValue = { 1, 2 }, getRealTimeValue = { 1, 1 } },
-  nxAlgoDataSeriesObject = {
-    add = { 2, 2 },
-    get = { 1, 1 },
-    clear = { 0, any },
-    average = { 0, any },
-    stddev = { 0, any },
-    covariance = { 0, any },
-    maxX = { 0, any },
-    maxY = { 0, any },
-    minX = { 0, any },
-    minY = { 0, any },
-  },
-  nxAlgoDataStoreObject = { add = { 1, 100 }, set = { 1, 101 }, get = { 1, 1 }, clear = { 0, any } },
-  nxAlgoMatrixObject = {
-    add = { 2, 2 },
-    subtract = { 2, 2 },
-    multiply = { 2, 2 },
-    transpose = { 1, 1 },
-    determinant = { 1, 1 },
-    inverse = { 1, 1 },
-  },
-  nxAlgoQuantObject = { normcdf = { 3, 3 } },
-  nxAlgoLibraryObject = { call = { 0, any } },
-}
+-- arguments are ignored by contract. By class and property: the class of the object that it gives.
+checker.signatures, checker.objects = {}, {}
 
--- The properties that give an object.
-checker.objects = {
-  nxAlgoProductObject = {
-    price = "nxAlgoPriceObject",
-    depth = "nxAlgoMarketDepthObject",
-    position = "nxAlgoPositionObject",
-    state = "nxAlgoStateObject",
-    priceTradeVolumes = "nxAlgoPriceTradeVolumesObject",
-  },
-  nxAlgoOrderObject = {
-    product = "nxAlgoProductObject",
-    state = "nxAlgoOrderStateObject",
-    parent = "nxAlgoOrderObject",
-    spreadWorkingOrder = "nxAlgoOrderObject",
-    lastVorantUpdateTime = "nxAlgoClockObject",
-    lastExchangeFillTime = "nxAlgoClockObject",
-  },
-  nxAlgoOrderUpdateObject = {
-    order = "nxAlgoOrderObject",
-    vorantUpdateTime = "nxAlgoClockObject",
-    exchangeFillTime = "nxAlgoClockObject",
-  },
-  nxAlgoTickDataCollectionObject = { product = "nxAlgoProductObject", realTime = "nxAlgoTickDataObject" },
-  nxAlgoTickDataObject = { collection = "nxAlgoTickDataCollectionObject" },
-}
+local function signatureOf(row)
+  local least, most = math.huge, 0
+  for _, form in ipairs(row.forms) do
+    least, most = math.min(least, form.least), math.max(most, form.most)
+  end
+  local result = row.forms[1].results[1]
+  return { least, most, result and classOf(result) or nil }
+end
+
+for name, section in pairs(members.classes) do
+  local signatures, objects = {}, {}
+  checker.signatures[name], checker.objects[name] = signatures, objects
+  for _, row in ipairs(checker.bound[name] and section.rows or {}) do
+    for _, member in ipairs(row.names) do
+      if row.forms then
+        signatures[member] = signatureOf(row)
+      else
+        objects[member] = classOf(row.type)
+      end
+    end
+  end
+end
 
 -- The functions that take a table. Of each key the kinds of constant that are read: "text", which a number may be
 -- too, "number", "boolean", or the texts that are known. required: the keys that must be there. Keys are free where
 -- open is set. beside: a key with which only those in read are read. positional: the texts of the form without a table.
-local text, number = "text", "number"
-checker.tables = {
-  createOrder = {
-    keys = {
-      side = { "BUY", "SELL" },
-      type = { "MARKET", "LIMIT" },
-      exec = { "IOC", "FOK", "STOP", "ICEBERG", "TRAILING_STOP", "BRACKET" },
-      time = { "GFD", "GTD", "GTC", "OPEN", "PREOPEN" },
-      spreadSpec = text,
-      spreadInstance = text,
-      show = "boolean",
-    },
-    required = { "side", "type" },
-    positional = { { "BUY", "SELL" }, { "MARKET", "LIMIT", "STOP" } },
-  },
-  work = {
-    keys = {
-      volume = text,
-      price = text,
-      stopPrice = text,
-      stopVolume = text,
-      expiryDate = text,
-      icebergMinPeakSize = text,
-      icebergMaxPeakSize = text,
-      icebergThreshold = text,
-      bracketProfit = text,
-      bracketStopLoss = text,
-      bracketStopLossType = { "MARKET", "LIMIT" },
-      bracketStopLossLimit = text,
-      bracketStopLossTrailing = text,
-      bracketStopLossVolume = text,
-      finesseTicks = text,
-      finesseVolume = text,
-      finessePaperOnly = text,
-      minVolume = text,
-      payUpVolume = text,
-      algoID = text,
-      accountID = text,
-    },
-    required = {},
-    beside = "expiryDate",
-    read = { volume = true, price = true, stopPrice = true, stopVolume = true, expiryDate = true },
-  },
-  pull = { keys = { algoID = text }, required = {} },
-  createTickDataCollection = {
-    keys = {
-      -- And names of a products file, which nobody knows here.
-      period = { "MINUTE", "5_MINUTE", "10_MINUTE", "30_MINUTE", "HOUR", "SESSION", isOpen = true },
-      ticks = number,
-      realTime = "boolean",
-      startDate = text,
-      endDate = text,
-    },
-    required = { "period" },
-  },
-  createIndicator = { keys = { name = text, type = text }, required = { "name", "type" }, open = true },
-}
+checker.tables = {}
+
+local function constantsOf(type)
+  local texts = {}
+  for _, alternative in ipairs(type.alternatives) do
+    if alternative.kind == "constant" then texts[#texts + 1] = alternative.value end
+    texts.isOpen = texts.isOpen or alternative.kind == "text"
+  end
+  return #texts > 0 and texts or nil
+end
+
+local function kindOf(type)
+  local constants = constantsOf(type)
+  if constants then return constants end
+  for _, alternative in ipairs(type.alternatives) do
+    if alternative.kind == "text" then return "text" end
+  end
+  return type.alternatives[1].kind
+end
+
+for name, section in pairs(members.tables) do
+  local rule = { keys = {}, required = {}, read = {} }
+  checker.tables[name] = rule
+  for _, row in ipairs(section.rows) do
+    rule.beside = rule.beside or row.beside
+    for _, key in ipairs(row.names) do
+      if key == "*" then
+        rule.open = true
+      else
+        rule.keys[key] = kindOf(row.type)
+        rule.read[key] = not row.beside
+        if row.isRequired then table.insert(rule.required, key) end
+      end
+    end
+  end
+end
+
+for _, section in pairs(members.classes) do
+  for _, row in ipairs(section.rows) do
+    local rule, short = checker.tables[row.names[1]], row.forms and row.forms[2]
+    if rule and short then
+      rule.positional = {}
+      for _, parameter in ipairs(short.parameters) do
+        table.insert(rule.positional, constantsOf(parameter.type))
+      end
+    end
+  end
+end

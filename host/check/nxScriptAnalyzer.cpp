@@ -1,7 +1,7 @@
 #include "host/check/nxScriptAnalyzer.h"
 
+#include "host/author/nxScriptMembers.h"
 #include "host/check/nxScriptCheckTexts.h"
-#include "host/check/nxScriptNames.h"
 
 using Self = nxScriptAnalysis;
 
@@ -48,10 +48,13 @@ bool nxScriptAnalysis::add(nxLuaParameters& parameters, nxLuaResults&)
 
 bool nxScriptAnalyzer::Load(std::string& error)
 {
-    const std::string names = nxScriptNamesText();
-    const std::string* const texts[] = {&nxScriptCheckApiText(),   &names,
-                                        &nxScriptCheckNamesText(), &nxScriptCheckTypesText(),
-                                        &nxScriptCheckRulesText(), &nxScriptCheckAnalyzeText()};
+    const std::string members = nxScriptMembersText();
+    const std::string* const texts[] = {&members,
+                                        &nxScriptCheckApiText(),
+                                        &nxScriptCheckNamesText(),
+                                        &nxScriptCheckTypesText(),
+                                        &nxScriptCheckRulesText(),
+                                        &nxScriptCheckAnalyzeText()};
     for (const std::string* text : texts) {
         if (_engine.LoadText(*text)) continue;
         error = _engine.GetLastError();

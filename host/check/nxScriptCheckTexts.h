@@ -8,5 +8,4 @@ const std::string& nxScriptCheckNamesText();
 const std::string& nxScriptCheckTypesText();
 const std::string& nxScriptCheckRulesText();
 const std::string& nxScriptCheckAnalyzeText();
-const std::string& nxScriptCheckProbeText();
 const std::string& nxScriptCheckDryRunText();

@@ -19,6 +19,7 @@ import math
 import os
 import pty
 import random
+import re
 import resource
 import signal
 import sqlite3
@@ -119,6 +120,29 @@ def test_generate_again(program):
         require(file.read() == first, "the file differs from standard output")
     result = execute(program, ["run", "quiet.lua", "--data", "generated.csv"])
     require(result.returncode == 0 and b" quotes, " in result.stdout, result.stdout.decode())
+
+
+def test_new_folders_run(program):
+    """The commands of its page do, for each template; the script trades, and is left as it is by the next new."""
+    templates = re.search(r"\{(.*?)\}", execute(program, ["new", "--help"]).stdout.decode())[1].split(",")
+    require(len(templates) > 3, templates)
+    for template in templates:
+        made = execute(program, ["new", "mine_" + template, "-t", template]).stdout.decode()
+        os.chdir("mine_" + template)
+        with open("README.md") as page:
+            check, run, sweep = re.findall(r"^    algoserver (.*)$", page.read(), re.M)
+        require(made == f"cd mine_{template}\n" + "".join(f"algoserver {command}\n" for command in (check, run, sweep)), made)
+        found = execute(program, check.split())
+        require((found.returncode, found.stdout, found.stderr) == (0, b"", b""), found)
+        out = execute(program, run.split()).stdout.decode()
+        fills = int(re.search(r"^orders .* ([\d,]+) fills", out, re.M)[1].replace(",", ""))
+        require(fills > 30 and os.path.getsize("result.html") > 10000, out[-1500:])
+        result = execute(program, sweep.split())
+        require(result.returncode == 0 and b", 0 failed" in result.stdout and b"\nbest " in result.stdout, result)
+        os.chdir("..")
+    before = sorted(os.listdir())
+    again = execute(program, ["new", "mine_bars"])
+    require(again.returncode == 2 and b"there is one already" in again.stderr and sorted(os.listdir()) == before, again)
 
 
 def test_every_input_from_a_pipe(program):

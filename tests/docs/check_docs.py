@@ -78,6 +78,8 @@ def check_options(program):
                           ("import", section("docs/data.md", "## Importing")),
                           ("completion", section("docs/algoserver.md", "### Completion")),
                           ("doctor", section("docs/algoserver.md", "### The doctor")),
+                          ("new", section("docs/algoserver.md", "## A new script")),
+                          ("types", section("docs/algoserver.md", "## Types for editors")),
                           ("check", read("docs/checking.md"))):
         names = re.findall(r"^ +((?:-\w,)?--[\w-]+)", run(program, command, "--help").stdout, re.M)
         real = {name for entry in names for name in entry.split(",")}

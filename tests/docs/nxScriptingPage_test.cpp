@@ -1,126 +1,80 @@
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <map>
-#include <regex>
-#include <set>
 #include <sstream>
 
-#include "host/check/nxScriptNames.h"
+#include "host/author/nxScriptMembers.h"
 #include "scriptFramework/job/nxCallback.h"
+#include "scriptFramework/lua/nxLuaEngine.h"
 
-// docs/scripting.md against the tables that bind scripts: what is bound is described, and what is described
-// is bound.
+// docs/scripting.md and what editors are told, against the tables that bind scripts and the texts that the
+// sources raise.
 
 namespace {
 
-using Names = std::set<std::string>;
+constexpr const char* PagePath = NX_SOURCE_DIR "/docs/scripting.md";
 
-// The section that describes each class. Its members stand in the first cells of the tables whose heading row
-// begins with one of: Function, Property, Member, Name.
-const std::map<std::string, std::string> SectionClasses = {
-    {"job", "nxAlgoJobObject"},
-    {"watched jobs", "nxAlgoVorantJobCollectionObject"},
-    {"watched job", "nxAlgoVorantJobObject"},
-    {"product", "nxAlgoProductObject"},
-    {"tickDataCollection", "nxAlgoTickDataCollectionObject"},
-    {"bar", "nxAlgoTickDataObject"},
-    {"indicator", "nxAlgoIndicatorObject"},
-    {"order", "nxAlgoOrderObject"},
-    {"order state", "nxAlgoOrderStateObject"},
-    {"order updates", "nxAlgoOrderUpdateObject"},
-    {"orders", "nxAlgoOrderCollectionObject"},
-    {"price", "nxAlgoPriceObject"},
-    {"depth", "nxAlgoMarketDepthObject"},
-    {"state", "nxAlgoStateObject"},
-    {"position", "nxAlgoPositionObject"},
-    {"priceTradeVolumes", "nxAlgoPriceTradeVolumesObject"},
-    {"trade window", "nxAlgoEventWindowObject"},
-    {"data series", "nxAlgoDataSeriesObject"},
-    {"matrix", "nxAlgoMatrixObject"},
-    {"quant", "nxAlgoQuantObject"},
-    {"data store", "nxAlgoDataStoreObject"},
-    {"clock", "nxAlgoClockObject"},
-    {"date", "nxAlgoDateObject"},
-};
-
-Names FindAll(const std::string& text, const char* pattern)
+std::string Read(const std::string& path)
 {
-    const std::regex expression(pattern);
-    Names names;
-    for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end; ++match)
-        names.insert((*match)[1]);
-    return names;
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
 }
 
-// "class function()", "class property" and, where scripts may write it, "class property =". Left out is the
-// one class of which no script can get an object.
-Names GetBoundMembers()
+// What a Lua text over the members finds, "" for nothing.
+std::string Ask(const std::string& given, const std::string& test)
 {
-    Names members;
-    const std::string text = nxScriptNamesText();
-    const std::regex expression(
-        R"(checker\.bound\.(\w+) = \{ functions = \{(.*)\}, properties = \{(.*)\} \})");
-    for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end; ++match) {
-        if ((*match)[1] == "nxAlgoLibraryObject") continue;
-        const std::string name = (*match)[1].str() + " ";
-        for (const std::string& function : FindAll((*match)[2], "(\\w+)=true"))
-            members.insert(name + function + "()");
-        for (const std::string& property : FindAll((*match)[3], "(\\w+)=\"rw?\""))
-            members.insert(name + property);
-        for (const std::string& property : FindAll((*match)[3], "(\\w+)=\"rw\""))
-            members.insert(name + property + " =");
-    }
-    return members;
+    nxLuaEngine engine;
+    for (const std::string& text :
+         {nxScriptMembersText(), given, Read(NX_SOURCE_DIR "/tests/data/author/" + test)})
+        if (!engine.LoadText(text)) return engine.GetLastError();
+    return "";
 }
 
-class Page
+std::string Quote(const std::string& text)
 {
-public:
-    Page()
-    {
-        std::ifstream file(NX_SOURCE_DIR "/docs/scripting.md");
-        std::string section;
-        bool ofMembers = false;
-        for (std::string line, before; std::getline(file, line); before = line) {
-            if (line.starts_with("#")) section = line.substr(line.find(' ') + 1);
-            if (line.starts_with("|--"))
-                ofMembers =
-                    std::regex_match(before, std::regex(R"(\| (Function|Property|Member|Name|Callback) .*)"));
-            else if (ofMembers && line.starts_with("| "))
-                _ReadRow(section, line);
-            ofMembers = ofMembers && line.starts_with("|");
-        }
-    }
-
-    Names callbacks;
-    Names members;
-
-private:
-    void _ReadRow(const std::string& section, const std::string& line)
-    {
-        const std::string cell = line.substr(0, line.find(" | "));
-        if (section == "Callbacks") callbacks.merge(FindAll(cell, R"(`(\w+)\()"));
-        const auto described = SectionClasses.find(section);
-        if (described == SectionClasses.end()) return;
-        const std::string name = described->second + " ";
-        for (const std::string& function : FindAll(cell, R"(`(?:\w+:)?(\w+)[({][^`]*`)"))
-            members.insert(name + function + "()");
-        for (const std::string& property : FindAll(cell, R"(`(?:\w+)?\.?\b(\w+)`)")) {
-            members.insert(name + property);
-            if (line.find("can be written") != std::string::npos) members.insert(name + property + " =");
-        }
-    }
-};
-
-TEST(nxScriptingPage, MembersAreThoseThatAreBound)
-{
-    EXPECT_THAT(Page().members, testing::ContainerEq(GetBoundMembers()));
-}
-
-TEST(nxScriptingPage, CallbacksAreThoseThatAreCalled)
-{
-    EXPECT_THAT(Page().callbacks, testing::UnorderedElementsAreArray(nxCallbackNames));
+    return "[==[\n" + text + "]==]\n";
 }
 
 }  // namespace
+
+// With NX_UPDATE set the page is written anew: tools/update_scripting_page.
+TEST(nxScriptingPage, TablesAreMadeOfTheMembers)
+{
+    nxScriptMembers members;
+    std::string error;
+    ASSERT_TRUE(members.Load(error)) << error;
+    const std::string page = Read(PagePath);
+    std::string fresh = page;
+    ASSERT_TRUE(members.RefreshPage(fresh, error)) << error;
+    if (std::getenv("NX_UPDATE") != nullptr) std::ofstream(PagePath) << fresh;
+    EXPECT_EQ(page, fresh) << "run tools/update_scripting_page";
+    EXPECT_EQ(Ask("page = " + Quote(page), "page.lua"), "");
+}
+
+// A member of a bound table without type, unit or sentence, a class without a description, an error text that
+// no source has.
+TEST(nxScriptMembers, TellOfAllThatIsBound)
+{
+    std::string given = "callbacks = {";
+    for (const char* name : nxCallbackNames)
+        given += std::string("'") + name + "',";
+    given += "}\nsources = ";
+    std::string sources;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(NX_SOURCE_DIR "/scriptFramework"))
+        if (entry.path().extension() == ".cpp" || entry.path().extension() == ".lua")
+            sources += Read(entry.path());
+    EXPECT_EQ(Ask(given + Quote(sources), "members.lua"), "");
+}
+
+TEST(nxScriptMembers, DefinitionsForEditorsAreLuaAndTellOfAllThatIsBound)
+{
+    nxScriptMembers members;
+    std::string text, error;
+    ASSERT_TRUE(members.Load(error) && members.GetDefinitions(text, error)) << error;
+    nxLuaEngine engine;
+    EXPECT_TRUE(engine.LoadText(text)) << engine.GetLastError();
+    EXPECT_EQ(Ask("definitions = " + Quote(text), "definitions.lua"), "");
+}

@@ -32,7 +32,7 @@ class Row:
 
 # A disk that fails once, one that is full, a call that does half.
 ERRORS = (f"error {errno.EIO}", f"error {errno.ENOSPC}", "short", "full")
-COMMANDS = ("run", "deaf", "envelope", "report", "import", "check", "generate")
+COMMANDS = ("run", "deaf", "envelope", "report", "import", "check", "generate", "new")
 ROWS = [Row(command, "malloc", lasts=lasts) for command in COMMANDS for lasts in (False, True)]
 ROWS += [Row(command, "lua", lasts=lasts) for command in ("run", "check") for lasts in (False, True)]
 ROWS += [Row("run", WRITES, path, deed) for path in ("run.jsonl", "run.json", "run.html", "trades.csv", "equity.csv", "out.txt") for deed in ERRORS]
@@ -46,6 +46,7 @@ ROWS += [Row("import", WRITES + ",renameat,rename,openat,mkdir,unlinkat", "set/"
 ROWS += [Row("import", "read", "trades_of_b.csv", f"error {errno.EIO}")]
 ROWS += [Row("report", WRITES, path, deed) for path in ("again.json", "again.html") for deed in ERRORS]
 ROWS += [Row("report", "read", "whole.jsonl", f"error {errno.EIO}")]
+ROWS += [Row("new", WRITES + ",openat,mkdir", "mine/", deed) for deed in (*ERRORS, f"signal {signal.SIGKILL}")]
 ROWS += [Row("generate", WRITES, path, deed) for path in ("made.csv",) for deed in ERRORS]
 ROWS += [Row(command, WRITES, "out.txt", deed) for command in ("check", "import") for deed in ERRORS]
 ROWS += [Row("run", "write,writev,pwrite64,read,openat", "", f"signal {number}") for number in (signal.SIGINT, signal.SIGTERM)]

@@ -47,6 +47,7 @@ COMMANDS = {
     "check": ("check trade.lua --json", []),
     "report": ("report whole.jsonl --json again.json -o again.html", ["again.json", "again.html"]),
     "import": ("import trades_of_b.csv -o set", ["set/B.trades.csv.zst", "set/data.toml"]),
+    "new": ("new mine", []),
     "generate": ("generate --duration 600 --output made.csv", ["made.csv"]),
 }
 TIMEOUT = 60
@@ -162,6 +163,8 @@ class Bench:
             left["store"] = read_store(os.path.join(folder, "store"))
             # What an import could not clear away goes with the next one.
             left["set"] = sorted(set(os.listdir(folder + "/set")) - {".import.part"}) if os.path.exists(folder + "/set") else []
+            made = os.walk(folder)
+            left["new"] = sorted(os.path.join(os.path.relpath(at, folder), name) for at, _, names in made for name in names if "mine" in at or ".algoserver" in at)
             return read(os.path.join(folder, "mark")) == b"1", (status, err), left
 
 
@@ -178,6 +181,9 @@ def check(bench, row, ending, left):
         return
     is_finding = row.command == "check" and b"not enough memory" in left["out.txt"]  # of the script, which was tried
     require(err or killed or status < 0 or is_finding, "no text")
+    # Without memory for good, or killed, it cannot clear away what it began under another name.
+    is_cleared = left["new"] in ([], whole["new"]) or (killed or row.lasts) and not any(path.startswith("mine") for path in left["new"])
+    require(is_cleared, "a folder is half written")
     require(is_begin(bench.saved, left["store"]) or row.act in ("removed", "moved"), "what was saved is lost")
     require(is_begin(left["store"], whole["store"]), "the store is another")
     require(is_begin(get_log(left["out.txt"]), get_log(whole["out.txt"])), "the log is another")

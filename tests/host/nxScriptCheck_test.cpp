@@ -1,4 +1,3 @@
-#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,9 +6,6 @@
 
 #include "host/check/nxDryRun.h"
 #include "host/check/nxScriptAnalyzer.h"
-#include "host/check/nxScriptCheckTexts.h"
-#include "host/check/nxScriptNames.h"
-#include "scriptFramework/job/nxCallback.h"
 #include "tests/support/nxRowFile.h"
 
 namespace {
@@ -59,59 +55,6 @@ TEST(ScriptCheck, TakesTheFilesOfAJobTogether)
     EXPECT_EQ(Analyze({{"lib.lua", "function helper() return limit end\n"},
                        {"a.lua", "limit = 1\nfunction OnInit() helper() helpr() end\n"}}),
               "2:28 unknown-global");
-}
-
-// What is told beside the bound classes fits them.
-TEST(ScriptCheckApi, FollowsTheBoundClasses)
-{
-    const std::string check = R"(
-        local faults = {}
-        local function require(condition, ...)
-          if not condition then faults[#faults + 1] = table.concat({ ... }, " ") end
-        end
-        local all = checker.bound
-        for name in pairs(all) do
-          require(environment.registered[name], name, "is described and not registered")
-        end
-        for name in pairs(environment.registered) do
-          require(all[name], name, "is registered; describe it in nxScriptNames.cpp")
-        end
-        for name, class in pairs(all) do
-          local signatures = checker.signatures[name] or {}
-          for member in pairs(class.functions) do
-            require(signatures[member], name, member, "has no signature in api.lua")
-          end
-          for member, signature in pairs(signatures) do
-            require(class.functions[member], name, member, "is in api.lua only")
-            require(not signature[3] or all[signature[3]], name, member, "gives no class")
-          end
-          for property, given in pairs(checker.objects[name] or {}) do
-            require(class.properties[property] and all[given], name, property, "gives no class")
-          end
-        end
-        for name, arguments in pairs(checker.callbacks) do
-          for _, class in ipairs(arguments) do
-            require(not class or all[class], name, "is called with no class")
-          end
-        end
-        error(table.concat(faults, "\n"), 0))";
-    nxLuaEngine engine;
-    for (const std::string& text : {nxScriptCheckApiText(), nxScriptNamesText()})
-        ASSERT_TRUE(engine.LoadText(text)) << engine.GetLastError();
-    EXPECT_FALSE(engine.LoadText(check));
-    EXPECT_EQ(engine.GetLastError(), "");
-}
-
-TEST(ScriptCheckApi, KnowsTheCallbacksOfTheEngine)
-{
-    std::string check = "local count = 0 for _ in pairs(checker.callbacks) do count = count + 1 end\n";
-    for (const char* name : nxCallbackNames)
-        check += fmt::format("assert(checker.callbacks.{}, '{}')\n", name, name);
-    nxLuaEngine engine;
-    ASSERT_TRUE(engine.LoadText(nxScriptCheckApiText()));
-    EXPECT_TRUE(
-        engine.LoadText(check + "assert(count == " + std::to_string(nxCallbackNames.size()) + ", count)"))
-        << engine.GetLastError();
 }
 
 // Whatever a script may ask of its job and its products in OnInit, it runs through.

@@ -1,6 +1,6 @@
-#include "host/check/nxScriptNames.h"
+#include "host/author/nxScriptNames.h"
 
-#include "host/check/nxScriptCheckTexts.h"
+#include "host/author/nxAuthorTexts.h"
 #include "scriptFramework/analytics/nxAlgoClockObject.h"
 #include "scriptFramework/analytics/nxAlgoDataSeriesObject.h"
 #include "scriptFramework/analytics/nxAlgoDataStoreObject.h"
@@ -61,9 +61,9 @@ std::string nxScriptNamesText()
     ProbeHost host;
     {
         nxAlgoJobObject job(&host);
-        if (!job.LoadScript(nxScriptCheckProbeText()).IsSuccess() || !job.StartJob().IsSuccess()) return {};
+        if (!job.LoadScript(nxAuthorProbeText()).IsSuccess() || !job.StartJob().IsSuccess()) return {};
     }
-    return "checker.bound = {}\n"
+    return "checker = { bound = {} }\n"
            "environment = { registered = {}, standard = {}, removed = {}, bound = {} }\n" +
            DescribeAll<nxAlgoPositionObject, nxAlgoOrderUpdateObject, nxAlgoOrderObject, nxAlgoPriceObject,
                        nxAlgoMarketDepthObject, nxAlgoJobObject, nxAlgoProductObject,
