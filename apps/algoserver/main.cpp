@@ -7,6 +7,7 @@
 #include <new>
 
 #include "apps/algoserver/check.h"
+#include "apps/algoserver/debug.h"
 #include "apps/algoserver/generate.h"
 #include "apps/algoserver/import.h"
 #include "apps/algoserver/layouts.h"
@@ -56,6 +57,7 @@ int Run(int argc, char** argv)
     AddLayoutsCommand(app, status);
     AddGenerateCommand(app, status);
     AddCheckCommand(app, status);
+    AddDebugCommand(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& help) {
@@ -72,9 +74,9 @@ int Run(int argc, char** argv)
         }
     }
     if (!app.get_subcommands().empty()) return status;
-    std::cerr
-        << "algoserver: no command; there are run, sweep, report, import, layouts, generate and check. Try "
-           "'algoserver --help'.\n";
+    std::cerr << "algoserver: no command; there are run, sweep, report, import, layouts, generate, check and "
+                 "debug. "
+                 "Try 'algoserver --help'.\n";
     return 2;
 }
 

@@ -55,6 +55,7 @@ void nxLuaClass::Register(lua_State* L) const
 {
     luaL_checkstack(L, 4, "no room for a class");
     nxLuaState::ClassReferences& references = nxLuaState::Of(L).References(_index);
+    references.type = this;
     luaL_newmetatable(L, _name);
     if (lua_topointer(L, -1) != references.identity) {
         references.identity = lua_topointer(L, -1);
@@ -174,6 +175,21 @@ inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, void*& object) const
     if (handle->life.IsOver()) return Held::Over;
     object = handle->object;
     return object == nullptr ? Held::Null : Held::Object;
+}
+
+// A script may put any userdata at key 0, so what it says of its class counts only if it is one of the
+// classes.
+const nxLuaClass* nxLuaClass::Find(lua_State* L, int index)
+{
+    if (!lua_istable(L, index)) return nullptr;
+    lua_rawgeti(L, index, 0);
+    const auto* const handle = static_cast<const Handle*>(lua_touserdata(L, -1));
+    const bool isHandle = handle != nullptr && lua_objlen(L, -1) == sizeof(Handle);
+    lua_pop(L, 1);
+    if (!isHandle) return nullptr;
+    for (const nxLuaState::ClassReferences& known : nxLuaState::Of(L).GetClasses())
+        if (known.type != nullptr && known.type == handle->type) return known.type;
+    return nullptr;
 }
 
 // For the two property dispatchers: null when the pointer was cleared, or the object is over.

@@ -10,6 +10,7 @@
 #include "scriptFramework/lua/nxScriptWatch.h"
 
 class nxExactRandom;
+class nxLuaClass;
 struct nxScriptServices;
 struct lua_State;
 
@@ -20,6 +21,7 @@ class nxLuaState
 public:
     struct ClassReferences
     {
+        const nxLuaClass* type = nullptr;
         const void* identity = nullptr;  // the class metatable, to be recognised by; null before registration
         int metatable = 0;               // registry reference of the class metatable
         int names = 0;                   // registry reference of a table of the interned names
@@ -53,6 +55,7 @@ public:
 
     ClassReferences& References(unsigned int classIndex);
     const ClassReferences& References(unsigned int classIndex) const { return _classes[classIndex]; }
+    const std::vector<ClassReferences>& GetClasses() const { return _classes; }
 
     // True once the script may hold a class metatable, by getmetatable, debug.getmetatable or
     // debug.getregistry, which the strict profile does not let it: from then on the metatables are read and
