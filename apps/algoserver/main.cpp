@@ -7,6 +7,7 @@
 #include <new>
 
 #include "apps/algoserver/check.h"
+#include "apps/algoserver/debug.h"
 #include "apps/algoserver/generate.h"
 #include "apps/algoserver/import.h"
 #include "apps/algoserver/layouts.h"
@@ -61,6 +62,7 @@ int Run(int argc, char** argv)
     AddCheckCommand(app, status);
     AddNewCommand(app, status);
     AddTypesCommand(app, status);
+    AddDebugCommand(app, status);
     AddShellCommands(app, status);
     try {
         app.parse(argc, argv);

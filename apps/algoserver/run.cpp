@@ -50,7 +50,7 @@ int RunHere(const RunManner& manner, nxRunOptions options, std::ostream& out)
 {
     nxScriptReview review(options.jobs, options.modules);
     options.getNotes = [&review] { return review.GetNotes(); };
-    nxLogManager::SetLevel(nxLogLevelEnum(LogLevels.at(manner.logLevel)));
+    nxLogManager::SetLevel(GetLogLevel(manner.logLevel));
     nxConsoleLogDevice console;
     nxLogManager::GetLogEntriesQueue().AddDevice(&console);
     const nxRunResult result = manner.isInEnvelope ? nxRunEnvelope::Run(options, out, std::cerr)
@@ -111,9 +111,10 @@ void AddResults(CLI::App& run, nxRunOptions& options)
     AddRoundTrips(run, options);
 }
 
-void AddOutputs(CLI::App& run, Arguments& arguments)
+}  // namespace
+
+void AddOutputs(CLI::App& run, nxRunOptions& options, std::string& logLevel)
 {
-    nxRunOptions& options = arguments.run.options;
     run.add_option("--record", options.recordFile,
                    "JSON Lines file to write all that leaves the scripts to; - is standard output, and then "
                    "all else goes to standard error")
@@ -130,11 +131,18 @@ void AddOutputs(CLI::App& run, Arguments& arguments)
                    "Recorded seconds between saves of the stores; without it when jobs and the run end")
         ->check(IsNumber(0.001, 1e9, "of seconds from 0.001 to 1000000000"))
         ->option_text("SECONDS");
-    run.add_option("--log-level", arguments.manner.logLevel,
+    run.add_option("--log-level", logLevel,
                    "What the library logs to standard error: detail, info, warn or error")
         ->check(CLI::IsMember(LogLevels))
         ->capture_default_str();
 }
+
+nxLogLevelEnum GetLogLevel(const std::string& name)
+{
+    return nxLogLevelEnum(LogLevels.at(name));
+}
+
+namespace {
 
 void AddPace(CLI::App& run, nxRunOptions& options)
 {
@@ -204,6 +212,6 @@ void AddRunCommand(CLI::App& app, int& status)
         AddModels(run, *arguments);
         AddAccount(run, arguments->run.options);
     });
-    AddGroup(run, "Results", [&] { AddOutputs(run, *arguments); });
+    AddGroup(run, "Results", [&] { AddOutputs(run, arguments->run.options, arguments->manner.logLevel); });
     run.callback([arguments, &status] { status = Run(*arguments); });
 }

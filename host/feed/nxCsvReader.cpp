@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-nxCsvReader::nxCsvReader(std::string path, const std::atomic<bool>* interrupted, nxFileFormOptions options)
+nxCsvReader::nxCsvReader(std::string path, const std::atomic<bool>* interrupted, nxFileFormOptions options,
+                         bool readsAhead)
     : _path(path),
+      _readsAhead(readsAhead),
       _stream([this, interrupted] { return _isLeaving || (interrupted != nullptr && *interrupted); }),
       _parser(std::move(path), std::move(options))
 {
@@ -66,16 +68,29 @@ nxCsvReader::Result nxCsvReader::_NextBlock()
             _error = &_current->error;
             return Result::Failed;
         }
-        if (!_thread.joinable()) _thread = std::thread([this] { _ReadAhead(); });
-        std::unique_lock lock(_mutex);
-        const std::size_t next = ++_freed;
-        if (_filled - _freed <= BlockCount / 2) _changed.notify_all();
-        _changed.wait(lock, [&] { return next != _filled; });
         _skipped += _current->skipped;
+        const std::size_t next = _freed + 1;
+        _readsAhead ? _WaitForNext(next) : _FillNext(next);
         _current = &_blocks[next % BlockCount];
         _position = _refusal = 0;
     }
     return Result::Row;
+}
+
+void nxCsvReader::_WaitForNext(std::size_t next)
+{
+    if (!_thread.joinable()) _thread = std::thread([this] { _ReadAhead(); });
+    std::unique_lock lock(_mutex);
+    _freed = next;
+    if (_filled - _freed <= BlockCount / 2) _changed.notify_all();
+    _changed.wait(lock, [&] { return next != _filled; });
+}
+
+void nxCsvReader::_FillNext(std::size_t next)
+{
+    _freed = next;
+    _Fill(_blocks[next % BlockCount], 1);
+    _parser.Parse(_blocks[next % BlockCount]);
 }
 
 void nxCsvReader::_ReadAhead()

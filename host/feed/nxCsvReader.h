@@ -15,9 +15,9 @@
 #include "host/feed/nxInputStream.h"
 
 // The rows of one file of recorded data, front to back. What does not fit the first block is read, unpacked
-// and parsed ahead by a thread of the reader, a few blocks of fixed size far, so that memory stays flat.
-// Owned by one nxFeedReader and used by one thread. Nothing here throws but for want of memory, which ends
-// the process when it strikes the reader's own thread.
+// and parsed ahead by a thread of the reader, a few blocks of fixed size far, so that memory stays flat; or,
+// where that is not wanted, in its turn. Owned by one nxFeedReader and used by one thread. Nothing here
+// throws but for want of memory, which ends the process when it strikes the reader's own thread.
 class nxCsvReader
 {
 public:
@@ -31,7 +31,7 @@ public:
     // `interrupted`, if there is one, outlives the reader; once it is true, waiting for the next bytes of a
     // pipe ends in a failure.
     explicit nxCsvReader(std::string path, const std::atomic<bool>* interrupted = nullptr,
-                         nxFileFormOptions options = {});
+                         nxFileFormOptions options = {}, bool readsAhead = true);
     ~nxCsvReader();
     nxCsvReader(const nxCsvReader&) = delete;
     nxCsvReader& operator=(const nxCsvReader&) = delete;
@@ -76,10 +76,13 @@ private:
     void _Fill(nxCsvBlock& block, std::size_t least);
     void _ReadAhead();
     Result _NextBlock();
+    void _FillNext(std::size_t next);
+    void _WaitForNext(std::size_t next);
     bool _TurnAround();
     long long _ReadText(char* to, std::size_t size);
 
     std::string _path;
+    const bool _readsAhead;
     nxInputStream _stream;
     nxCsvParser _parser;
     std::string _rest;  // the beginning of a line whose end is still to come

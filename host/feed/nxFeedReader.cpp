@@ -11,7 +11,7 @@ nxFeedReader::nxFeedReader(const std::string& path, unsigned int index, nxFeedPr
     : _path(path),
       _products(products),
       _options(options),
-      _csv(path, options.interrupted, options.form),
+      _csv(path, options.interrupted, options.form, options.readsAhead),
       _lastTime(std::numeric_limits<long long>::min()),
       _lastBarEnd(_lastTime)
 {

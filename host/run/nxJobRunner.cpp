@@ -1,5 +1,7 @@
 #include "host/run/nxJobRunner.h"
 
+#include "host/run/nxRunFollower.h"
+
 namespace {
 
 // FNV-1a: the same for the same text on every machine.
@@ -22,6 +24,7 @@ bool nxJobRunner::Load(const nxRunOptions& options, nxScriptPulse* pulse)
     object.SetProfile(options.profile);
     object.SetLimits(limits);
     object.SetPulse(pulse);
+    if (options.follower != nullptr) object.SetDebugger(&options.follower->GetDebugger(_job.GetIndex()));
     object.SetScriptHelper(_source.GetHelper());
     return object.LoadScript(_source.GetText()).IsSuccess();
 }

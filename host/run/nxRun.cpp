@@ -10,6 +10,7 @@
 #include "host/exchange/nxSimulatedExchange.h"
 #include "host/feed/nxFeedTime.h"
 #include "host/report/nxRunSummary.h"
+#include "host/run/nxRunFollower.h"
 #include "host/run/nxRunNotes.h"
 
 using namespace std::chrono_literals;
@@ -38,7 +39,7 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
       _watch({.pulse = _options.pulse,
               .limit = _options.isGuarded ? 0ns : _options.callbackLimit,
               .interrupted = _options.isGuarded ? nullptr : _options.interrupted,
-              .isWatching = _options.blocks == nullptr},
+              .isWatching = _options.blocks == nullptr && _options.follower == nullptr},
              [this](const nxCallWatch::Stall& stall) { _output.NoteStall(stall); }),
       _source(
           {.isLenient = _options.lenient,
@@ -49,6 +50,7 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
            .lotSizes = _options.lotSizes,
            .begin = _options.from ? *_options.from - _options.warmup : std::numeric_limits<long long>::min(),
            .end = _options.to.value_or(std::numeric_limits<long long>::max()),
+           .readsAhead = _options.follower == nullptr,
            .interrupted = _options.interrupted},
           _options.blocks),
       _lateFeed(_options, _schedule,
@@ -113,6 +115,7 @@ bool nxRun::Continue()
 
 void nxRun::_End()
 {
+    if (_options.follower != nullptr) _options.follower->BeforeEnd();
     _Guard([&] { _Finish(); });
     _Guard([&] { _stores.Finish(); });
     _watch.Stop();
@@ -255,6 +258,8 @@ nxEventSource::Step nxRun::_Step(bool isPaced)
     if (_state.IsEnding()) return End;
     // What was due before the data takes place where the run begins.
     _SetTime(std::max(time, _clock.Get()), isEvent && event->kind == nxFeedKind::Bar);
+    if (_options.follower != nullptr) [[unlikely]]
+        _options.follower->BeforeStep(isEvent ? event : nullptr, _source.GetProducts(), time);
     isEvent ? _Apply(*event) : _schedule.RunNext();
     return isEvent ? Event : Deadline;
 }

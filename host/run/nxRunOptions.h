@@ -24,6 +24,7 @@
 #include "scriptFramework/lua/nxScriptProfile.h"
 
 class nxFeedBlocks;
+class nxRunFollower;
 
 // What a run is asked to do.
 struct nxRunOptions
@@ -56,6 +57,7 @@ struct nxRunOptions
     double speed = 0.0;                 // recorded seconds for each real one; 0: as fast as it can
     std::vector<unsigned int> explain;  // numbers of orders whose story is told behind the summary
     nxFeedBlocks* blocks = nullptr;     // several runs go through the same data: see nxRunBatch
+    nxRunFollower* follower = nullptr;  // goes through the run step by step; the run makes no threads then
     bool lenient = false;
     nxFileFormOptions form;  // of files in none of our own formats
     bool roundsVolumes = false;

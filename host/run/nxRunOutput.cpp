@@ -8,6 +8,7 @@
 #include "host/feed/nxFeedTime.h"
 #include "host/jobs/nxLaunchedJob.h"
 #include "host/report/nxRunSummary.h"
+#include "host/run/nxRunFollower.h"
 
 nxRunOutput::nxRunOutput(nxRunState& state, const nxRunClock& clock, std::ostream& out, std::ostream& err)
     : _state(state),
@@ -49,6 +50,7 @@ void nxRunOutput::RecordAt(long long time, const std::string& job, const char* t
                            nxRunRecord::Fields fields)
 {
     if (_entries != nullptr) _entries->Take(time, job, type, fields);
+    if (_state.options.follower != nullptr) _state.options.follower->OnEntry(job, type, fields);
     // Without memory a line may have been lost: the record goes up to there, as its missing end tells.
     if (!_record.IsOpen() || _state.IsShortOfMemory()) return;
     const auto stamp =

@@ -36,7 +36,10 @@ public:
     {
         RecordAt(_clock.Get(), job, type, fields);
     }
-    bool IsRecording() const override { return _record.IsOpen() || _entries != nullptr; }
+    bool IsRecording() const override
+    {
+        return _record.IsOpen() || _entries != nullptr || _state.options.follower != nullptr;
+    }
     // There is a file of it.
     bool HasRecord() const { return _record.IsOpen(); }
     // Who is told what is recorded, too; outlives it.

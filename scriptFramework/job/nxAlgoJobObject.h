@@ -47,6 +47,8 @@ public:
     // Tells what the script does, to another thread or process, which may end the callback by it with
     // nxError_StoppedByHost. The host owns it, longer than the job; null for none. Before the load.
     void SetPulse(nxScriptPulse* pulse) { _engine.SetPulse(pulse); }
+    // Follows the script line by line. The host owns it, longer than the job; null for none. Before the load.
+    void SetDebugger(nxScriptDebugger* debugger) { _engine.SetDebugger(debugger); }
     // Gives the script random numbers of its own, which the seed determines on every machine, and keeps it
     // from changing the process's locale. Without this call jobs share both, as plain Lua does. Before the
     // load.

@@ -59,9 +59,9 @@ void nxLuaClass::Register(lua_State* L) const
 {
     luaL_checkstack(L, 4, "no room for a class");
     nxLuaState::ClassReferences& references = nxLuaState::Of(L).References(_index);
+    references.type = this;
     luaL_newmetatable(L, _name);
     if (lua_topointer(L, -1) != references.identity) {
-        references.type = this;
         references.identity = lua_topointer(L, -1);
         references.rowsFilled = false;
         lua_pushvalue(L, -1);
@@ -102,6 +102,28 @@ inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, const nxLuaState& state,
     if (!state.frames.IsOver(life)) return object == nullptr ? Held::Null : Held::Object;
     object = nullptr;
     return Held::Over;
+}
+
+// A script may put any userdata at key 0, so what it says of its class counts only if it is one of the
+// classes.
+const nxLuaClass* nxLuaClass::Find(lua_State* L, int index)
+{
+    if (!lua_istable(L, index)) return nullptr;
+    const nxLuaState& state = nxLuaState::Of(L);
+    lua_pushvalue(L, index);
+    const int wrapper = lua_gettop(L);
+    const nxLuaClass* type = nullptr;
+    if (void* const packed = _FindOnDemand(L, wrapper)) {
+        type = state.References(nxLuaPackedHandle(packed).GetClassIndex()).type;
+    } else {
+        lua_rawgeti(L, wrapper, 0);
+        const auto* const handle = static_cast<const nxLuaHandle*>(lua_touserdata(L, -1));
+        const bool isHandle = handle != nullptr && lua_objlen(L, -1) == sizeof(nxLuaHandle);
+        for (const nxLuaState::ClassReferences& known : state.GetClasses())
+            if (isHandle && known.type != nullptr && known.type == handle->type) type = known.type;
+    }
+    lua_settop(L, wrapper - 1);
+    return type;
 }
 
 // For the two property dispatchers: null when the pointer was cleared, or the object is over.

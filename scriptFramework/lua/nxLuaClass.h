@@ -50,7 +50,6 @@ public:
     void Push(lua_State* L, void* object, nxLuaFrames::Life life) const;
     // Of a part of the object that a dispatcher is calling: usable as long as that one.
     void PushMember(lua_State* L, void* object) const;
-    const std::vector<const char*>& GetFunctions() const { return _rows.functions; }
 
     // False for an engine on which watching Lua's table functions would cost more than is won.
     static bool MakesOnDemand();
@@ -76,6 +75,12 @@ public:
         nxLuaState& _state;
         bool _isLent = false;
     };
+
+    // The class of the object that the value at the index is the wrapper of; null for any other value.
+    static const nxLuaClass* Find(lua_State* L, int index);
+    const char* GetName() const { return _name; }
+    const std::vector<const char*>& GetProperties() const { return _rows.properties; }
+    const std::vector<const char*>& GetFunctions() const { return _rows.functions; }
 
     // The native functions behind the metatable. They raise Lua errors; a std::exception out of the object
     // becomes one with its text. Whatever a script passes, no pointer of another class is followed.

@@ -48,6 +48,16 @@ bool ReadFile(const std::string& path, std::string& text)
     return false;
 }
 
+// Lua calls it where a call fails, before it unwinds the stack. The error stays as it is.
+int TellFailure(lua_State* L)
+{
+    const char* const text = lua_tostring(L, 1);
+    const std::string told = text == nullptr ? luaL_typename(L, 1) : text;
+    nxLuaState::Of(L).watch->GetDebugger()->OnFailure(L, 1, told);
+    lua_settop(L, 1);
+    return 1;
+}
+
 // The position of the script line in "HEAD:LINE:TAIL", LINE between two colons behind the first closing
 // bracket.
 struct LinePosition
@@ -127,6 +137,16 @@ void nxLuaEngine::SetPulse(nxScriptPulse* pulse)
     if (_state.watch == nullptr) _state.watch = std::make_unique<nxScriptWatch>(_state);
     _state.watch->SetPulse(pulse);
     _PrepareWatch();
+}
+
+void nxLuaEngine::SetDebugger(nxScriptDebugger* debugger)
+{
+    if (_state.watch == nullptr && debugger == nullptr) return;
+    if (_state.watch == nullptr) _state.watch = std::make_unique<nxScriptWatch>(_state);
+    _state.watch->SetDebugger(debugger);
+    _state.EndLoans(_GetState());  // it holds what it shows for longer than a call
+    _PrepareWatch();
+    if (debugger != nullptr) debugger->OnState(_state);
 }
 
 void nxLuaEngine::_PrepareWatch()
@@ -237,11 +257,22 @@ bool nxLuaEngine::SetGlobalObject(const std::string& name, const nxLuaClass& typ
     });
 }
 
+int nxLuaEngine::_PushFailureHandler(int below)
+{
+    if (_state.watch == nullptr || _state.watch->GetDebugger() == nullptr) return 0;
+    lua_State* const L = _GetState();
+    lua_pushcfunction(L, TellFailure);
+    lua_insert(L, -below - 1);
+    return lua_gettop(L) - below;
+}
+
 bool nxLuaEngine::_CallFunction(unsigned int arguments, unsigned int results)
 {
     _ResetError();
     lua_State* L = _GetState();
-    const int status = lua_pcall(L, static_cast<int>(arguments), static_cast<int>(results), 0);
+    const int handler = _PushFailureHandler(static_cast<int>(arguments) + 1);
+    const int status = lua_pcall(L, static_cast<int>(arguments), static_cast<int>(results), handler);
+    if (handler != 0) lua_remove(L, handler);
     if (status == 0) return true;
     if (status < 0) {
         // An exception that is none of Lua's, which this engine reports without a text.

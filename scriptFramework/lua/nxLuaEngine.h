@@ -58,6 +58,8 @@ public:
     const nxLuaPool& GetMemory() const { return _state.GetPool(); }
     // What the script does from now on is told by it; null ends that. It outlives the engine.
     void SetPulse(nxScriptPulse* pulse);
+    // Who follows the script from now on; null ends that. It outlives the engine.
+    void SetDebugger(nxScriptDebugger* debugger);
     // The error of nxErrorEnum when a limit or the host ended the latest load or call; 0: neither did.
     unsigned int GetLimitError() const { return _limitError; }
     // See nxLuaIsolate. Before the load, whose main chunk could keep the functions that it replaces.
@@ -115,6 +117,8 @@ private:
         }
         return watch == nullptr ? run.succeeded : _Settle(run.succeeded);
     }
+    // Leaves what a failure of the call below is told to first, and gives its place; 0: nobody.
+    int _PushFailureHandler(int below);
     // The outcome of a call that the watch may have ended.
     bool _Settle(bool succeeded);
     void _PrepareWatch();

@@ -65,6 +65,7 @@ public:
 
     ClassReferences& References(unsigned int classIndex);
     const ClassReferences& References(unsigned int classIndex) const { return _classes[classIndex]; }
+    const std::vector<ClassReferences>& GetClasses() const { return _classes; }
 
     // True once the script may hold a class metatable, by getmetatable, debug.getmetatable or
     // debug.getregistry, which the strict profile does not let it: from then on the metatables are read and

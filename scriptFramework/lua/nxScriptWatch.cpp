@@ -36,7 +36,7 @@ nxScriptWatch::nxScriptWatch(nxLuaState& state) : _state(state) {}
 bool nxScriptWatch::IsCounting() const
 {
     const nxScriptLimits& limits = _state.account->GetLimits();
-    return limits.instructions != 0 || limits.depth != 0 || _pulse != nullptr;
+    return limits.instructions != 0 || limits.depth != 0 || _pulse != nullptr || _debugger != nullptr;
 }
 
 void nxScriptWatch::Prepare()
@@ -73,19 +73,24 @@ void nxScriptWatch::_BeginCounting()
         _pulse->line.store(0, std::memory_order_relaxed);
         _pulse->function.store(nullptr, std::memory_order_relaxed);
     }
-    lua_sethook(_state.GetState(), _OnHook, LUA_MASKCOUNT, static_cast<int>(_interval));
+    const int mask = _debugger == nullptr ? LUA_MASKCOUNT : LUA_MASKCOUNT | LUA_MASKLINE;
+    lua_sethook(_state.GetState(), _OnHook, mask, static_cast<int>(_interval));
 }
 
-void nxScriptWatch::_OnHook(lua_State* L, lua_Debug*)
+void nxScriptWatch::_OnHook(lua_State* L, lua_Debug* activation)
 {
     nxLuaState& state = nxLuaState::Of(L);
     nxScriptWatch& watch = *state.watch;
+    if (activation->event == LUA_HOOKLINE) {
+        watch._debugger->OnLine(L, static_cast<unsigned int>(activation->currentline));
+        return;
+    }
     if (watch._pulse != nullptr) watch._TellLine(L);
     watch.Spend(L, static_cast<unsigned int>(lua_gethookcount(L)));
     const nxScriptLimits::Amount depth = state.account->GetLimits().depth;
     constexpr nxScriptLimits::Amount most = 1 << 24;  // beyond what Lua allows
-    lua_Debug activation;
-    if (depth != 0 && lua_getstack(L, static_cast<int>(std::min(depth, most)), &activation))
+    lua_Debug deepest;
+    if (depth != 0 && lua_getstack(L, static_cast<int>(std::min(depth, most)), &deepest))
         watch._End(L, nxError_LimitDepth, state.account->GetText(nxScriptLimit::Depth));
 }
 
@@ -109,6 +114,7 @@ void nxScriptWatch::_End(lua_State* L, unsigned int error, const std::string& te
     _isEnding = true;
     _error = error;
     _reason = GetPlace(L) + text;
+    if (_debugger != nullptr) _debugger->OnFailure(L, 0, _reason);
     _GoOnEnding(L);
 }
 

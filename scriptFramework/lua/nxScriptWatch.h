@@ -3,6 +3,7 @@
 #include <string>
 
 #include "scriptFramework/lua/nxScriptAccount.h"
+#include "scriptFramework/lua/nxScriptDebugger.h"
 #include "scriptFramework/lua/nxScriptPulse.h"
 
 class nxLuaState;
@@ -24,11 +25,15 @@ public:
     explicit nxScriptWatch(nxLuaState& state);
 
     void SetPulse(nxScriptPulse* pulse) { _pulse = pulse; }
+    void SetDebugger(nxScriptDebugger* debugger) { _debugger = debugger; }
+    nxScriptDebugger* GetDebugger() const { return _debugger; }
     // Takes what limits and pulse ask for. Before the load, whose main chunk could keep functions of Lua's
     // libraries that are replaced here; raises for want of memory.
     void Prepare();
     // The function at the top of the stack is the main chunk of the script, of which the pulse tells lines.
     void SetChunk(lua_State* L);
+    // The name that Lua keeps of it, as an identity.
+    const char* GetChunk() const { return _chunk; }
 
     // Whether instructions are looked at, so that a script may not set hooks of its own.
     bool IsCounting() const;
@@ -73,6 +78,7 @@ private:
 
     nxLuaState& _state;
     nxScriptPulse* _pulse = nullptr;
+    nxScriptDebugger* _debugger = nullptr;
     const char* _chunk = nullptr;      // the name that Lua keeps of the script's chunk, as an identity
     unsigned int _interval = 0;        // 0: nothing is counted
     nxScriptLimits::Amount _left = 0;  // instructions
