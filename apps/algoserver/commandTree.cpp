@@ -37,10 +37,12 @@ std::vector<std::string> FindChoices(const std::string& type, const std::string&
     return std::ranges::all_of(choices, IsWord) ? choices : std::vector<std::string>();
 }
 
-// The type without what its checks add: "TEXT:{end,start}", "UINT:POSITIVE".
+// The type without what checks add to a name of the library: "UINT:POSITIVE", but not "H:MM:SS".
 std::string GetPlainType(const std::string& type)
 {
-    return type.substr(0, type.starts_with('[') ? std::string::npos : type.find(':'));
+    const std::string name = type.substr(0, type.find(':'));
+    const bool isOfLibrary = name == "TEXT" || name == "UINT" || name == "INT" || name == "FLOAT";
+    return isOfLibrary ? name : type;
 }
 
 std::string DescribeValue(const CLI::Option& option, const std::vector<std::string>& choices)

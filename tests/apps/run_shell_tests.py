@@ -83,9 +83,11 @@ def check_manual(program):
             yield f"no manual page of {command}"
             continue
         text = page.read_text().replace("\\-", "-").replace("\\e", "\\").replace("\\&", "")
-        for names in re.findall(r"^  (-[\w,-]+)", help_text, re.M):
-            if not re.search(r"^" + ", ".join(rf"\\fB{name}\\fR" for name in names.split(",")), text, re.M):
-                yield f"{page}: no {names}"
+        for names, value in re.findall(r"^  (-[\w,-]+)(?: (\S+))?", help_text, re.M):
+            value = re.sub(r"^(TEXT:\{|Excludes:|Needs:).*|=.*|(?<=INT):.*", "", value)
+            shown = ", ".join(f"\\fB{name}\\fR" for name in names.split(",")) + (f" \\fI{value}" if value else "")
+            if "\n" + shown not in text:
+                yield f"{page}: no {shown}"
         for about in re.findall(r"^(?:  -.{26} | {30})(\S.*)$", help_text, re.M):
             if about not in text:
                 yield f"{page}: does not say: {about}"
