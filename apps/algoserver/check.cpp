@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "apps/algoserver/arguments.h"
+#include "host/check/nxFindingWriter.h"
 #include "host/check/nxScriptCheck.h"
 #include "host/run/nxRunFiles.h"
 #include "host/sandbox/nxRunGuard.h"
@@ -18,6 +19,7 @@ struct CheckArguments
     SandboxArguments sandbox;
     bool noRun = false;
     bool json = false;
+    bool sarif = false;
 };
 
 enum Status { Clean = 0, Found = 1, Failed = 2 };
@@ -38,11 +40,13 @@ int CheckHere(const CheckArguments& arguments)
 {
     nxScriptCheck check(arguments.options);
     const bool succeeded = check.Run();
-    if (arguments.json) {
-        check.WriteJson(std::cout);
-    } else {
-        check.WriteText(std::cout);
-    }
+    const nxFindingWriter writer(check.GetFindings());
+    if (arguments.json)
+        writer.WriteJson(std::cout);
+    else if (arguments.sarif)
+        writer.WriteSarif(std::cout);
+    else
+        writer.WriteText(std::cout);
     for (const std::string& failure : check.GetFailures())
         std::cerr << "algoserver check: " << failure << "\n";
     if (std::cout.flush().fail()) {
@@ -84,17 +88,18 @@ void AddCheckCommand(CLI::App& app, int& status)
     const auto arguments = std::make_shared<CheckArguments>();
     CLI::App& check = *app.add_subcommand("check", "Look for mistakes in scripts, without a market");
     check.footer(
-        "Findings go to standard output, a line each: file:line:column: message. A column of 0 stands where "
-        "only\n"
-        "the line is known. Exit status: 0 nothing found, 1 something found, 2 usage or a file that cannot "
-        "be "
-        "read.");
+        "Findings go to standard output, a line each: file:line:column: message [number]. A column of 0\n"
+        "stands where only the line is known. After them stands what each number means and how it is\n"
+        "silenced. Exit status: 0 nothing found, 1 something found, 2 usage or a file that cannot be read.");
     check.add_option("script", arguments->jobs.scripts, "The Lua scripts, each a job of its own")->required();
     AddRepeated(check, "--module,-m", arguments->options.modules,
                 "Lua file to put in front of each script; may be repeated");
     AddJobOptions(check, arguments->jobs);
     check.add_flag("--no-run", arguments->noRun, "Only read the scripts: do not load them and run OnInit");
     AddSandbox(check, arguments->sandbox, "what a run with --sandbox strict lets it (strict)", "10");
-    check.add_flag("--json", arguments->json, "Write one JSON array instead of lines");
+    CLI::Option* const json =
+        check.add_flag("--json", arguments->json, "Write one JSON array instead of lines");
+    check.add_flag("--sarif", arguments->sarif, "Write SARIF 2.1.0 instead, for tools that show findings")
+        ->excludes(json);
     check.callback([arguments, &status] { status = Check(*arguments); });
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -35,11 +34,6 @@ public:
     // Sorted by file, line and column; each once.
     const std::vector<nxScriptFinding>& GetFindings() const { return _findings; }
     const std::vector<std::string>& GetFailures() const { return _failures; }
-
-    // A line each, "file:line:column: message".
-    void WriteText(std::ostream&) const;
-    // One array of objects with the names of the finding's fields; endColumn only where it is known.
-    void WriteJson(std::ostream&) const;
 
 private:
     void _CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& source, const nxJobOptions& job);
