@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "apps/algoserver/arguments.h"
+#include "host/check/nxFindingWriter.h"
 #include "host/check/nxScriptCheck.h"
 #include "host/run/nxRunFiles.h"
 #include "host/sandbox/nxRunGuard.h"
@@ -19,6 +20,7 @@ struct CheckArguments
     bool noRun = false;
     bool json = false;
     bool parameters = false;
+    bool sarif = false;
 };
 
 enum Status { Clean = 0, Found = 1, Failed = 2 };
@@ -42,10 +44,14 @@ int CheckHere(const CheckArguments& arguments)
     if (arguments.parameters) {
         for (const std::string& name : check.GetParameters())
             std::cout << name << "\n";
-    } else if (arguments.json) {
-        check.WriteJson(std::cout);
     } else {
-        check.WriteText(std::cout);
+        const nxFindingWriter writer(check.GetFindings());
+        if (arguments.json)
+            writer.WriteJson(std::cout);
+        else if (arguments.sarif)
+            writer.WriteSarif(std::cout);
+        else
+            writer.WriteText(std::cout);
     }
     for (const std::string& failure : check.GetFailures())
         std::cerr << "algoserver check: " << failure << "\n";
@@ -88,11 +94,9 @@ void AddCheckCommand(CLI::App& app, int& status)
     const auto arguments = std::make_shared<CheckArguments>();
     CLI::App& check = *app.add_subcommand("check", "Look for mistakes in scripts, without a market");
     check.footer(
-        "Findings go to standard output, a line each: file:line:column: message. A column of 0 stands where "
-        "only\n"
-        "the line is known. Exit status: 0 nothing found, 1 something found, 2 usage or a file that cannot "
-        "be "
-        "read.");
+        "Findings go to standard output, a line each: file:line:column: message [number]. A column of 0\n"
+        "stands where only the line is known. After them stands what each number means and how it is\n"
+        "silenced. Exit status: 0 nothing found, 1 something found, 2 usage or a file that cannot be read.");
     check.add_option("script", arguments->jobs.scripts, "The Lua scripts, each a job of its own")
         ->required()
         ->type_name("SCRIPT");
@@ -105,10 +109,14 @@ void AddCheckCommand(CLI::App& app, int& status)
     AddSandbox(check, arguments->sandbox, "what a run with --sandbox strict lets it (strict)", "10");
     CLI::Option* const json =
         check.add_flag("--json", arguments->json, "Write one JSON array instead of lines");
+    CLI::Option* const sarif = check.add_flag("--sarif", arguments->sarif,
+                                              "Write SARIF 2.1.0 instead, for tools that show findings");
+    sarif->excludes(json);
     check
         .add_flag("--parameters", arguments->parameters,
                   "In place of findings, the parameters that the scripts read while loaded and in OnInit")
         ->excludes(noRun)
+        ->excludes(sarif)
         ->excludes(json);
     check.callback([arguments, &status] { status = Check(*arguments); });
 }

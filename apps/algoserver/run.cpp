@@ -49,6 +49,7 @@ int Refuse(const std::string& text)
 int RunHere(const RunManner& manner, nxRunOptions options, std::ostream& out)
 {
     nxScriptReview review(options.jobs, options.modules);
+    if (manner.tellsFindings) review.WriteFirst(std::cerr);
     options.getNotes = [&review] { return review.GetNotes(); };
     nxLogManager::SetLevel(GetLogLevel(manner.logLevel));
     nxConsoleLogDevice console;
@@ -91,6 +92,7 @@ int Run(Arguments& arguments)
         if (const std::string obstacle = nxRunEnvelope::FindObstacle(options); !obstacle.empty())
             return Refuse(obstacle);
     arguments.manner.isStrict = arguments.run.sandbox.isStrict;
+    if (isatty(STDERR_FILENO) != 0) arguments.manner.tellsFindings = true;
     return MakeRun(arguments.manner, options);
 }
 
@@ -199,6 +201,9 @@ void AddRunCommand(CLI::App& app, int& status)
     run.formatter(std::make_shared<RunFormatter>());
     AddGroup(run, "Scripts", [&] {
         AddScripts(run, arguments->run);
+        run.add_flag("--check", arguments->manner.tellsFindings,
+                     "Tell before the run how much 'algoserver check --no-run' finds in the scripts, and the "
+                     "first three findings, on standard error; so it is on a terminal");
         AddSandbox(run, arguments->run.sandbox,
                    "nothing but trade, in a process of their own that reaches nothing else (strict)",
                    "10 under --sandbox strict, any under base");

@@ -11,6 +11,7 @@ struct RunManner
 {
     bool isInEnvelope = false;
     bool isStrict = false;
+    bool tellsFindings = false;  // before the run, which waits for them
     std::string logLevel = "error";
 };
 

@@ -6,7 +6,7 @@ local format = require "luacheck.format"
 local parser = require "luacheck.parser"
 local stages = require "luacheck.stages"
 local utils = require "luacheck.utils"
-local rules = checker.rules
+local rules, uses, habits = checker.rules, checker.uses, checker.habits
 
 -- What luacheck finds that is a mistake and not a matter of taste.
 local adopted = {
@@ -25,7 +25,9 @@ local function newFile(input, index)
   local path, text = input:path(index), input:text(index)
   local file = { path = path, index = index, state = checkState.new(text), ignored = {} }
   function file.add(line, column, endColumn, code, message)
-    if not file.ignored[line] then input:add(index, line, column, endColumn, code, message) end
+    local ignored = file.ignored[line]
+    if ignored and (ignored.all or ignored[checker.numbers[code]]) then return end
+    input:add(index, line, column, endColumn, code, message)
   end
   function file.say(node, code, message)
     local state = file.state
@@ -33,6 +35,16 @@ local function newFile(input, index)
       state:offset_to_column(node.line, node.end_offset), code, message)
   end
   return file, text
+end
+
+-- numbers: those of the findings, or none for all.
+local function ignore(file, line, numbers)
+  local ignored = file.ignored[line] or {}
+  file.ignored[line] = ignored
+  ignored.all = ignored.all or not numbers:match("%d")
+  for number in numbers:gmatch("%d+") do
+    ignored[tonumber(number)] = true
+  end
 end
 
 -- Fills in the file's tree; false when it does not compile.
@@ -57,7 +69,11 @@ local function parse(file, text)
     return false
   end
   for _, comment in ipairs(file.state.comments) do
-    if comment.contents:match("^%s*check:%s*ignore") then file.ignored[comment.line] = true end
+    local numbers = comment.contents:match("^%s*check:%s*ignore([%d%s,]*)")
+    if numbers then
+      ignore(file, comment.line, numbers)
+      if not file.state.code_lines[comment.line] then ignore(file, comment.line + 1, numbers) end
+    end
   end
   return true
 end
@@ -149,6 +165,9 @@ end
 
 function Job:_collect(file)
   walk(file.state.ast, 0, function(node, depth)
+    uses.collect(self, node)
+    habits.collect(self, file, node)
+    habits.collectVariables(self, node, not node.isTarget)
     if node.tag == "Set" then self:_collectSets(file, node, depth) end
     if node.tag == "Call" then self:_collectCall(node) end
     if node.tag == "Index" and globalName(node) then self.reads[globalName(node)] = true end
@@ -310,6 +329,8 @@ function Job:_tell(file)
     end
   end
   function by.Op(node)
+    rules.operator(self, file.say, node)
+    rules.nilOperands(self, file, node)
     if node[1] == "or" or node[1] == "and" or node[1] == "not" or node[1] == "eq" or node[1] == "ne" then
       node[2].isOptional = true
     end
@@ -360,6 +381,7 @@ local function tellMisspelt(job, name, sets)
   local near = name:match("^[Oo][Nn]") and checker.suggest(name, checker.callbacks)
   for _, set in ipairs(sets) do
     if isFunction(set) and (near or name:match("^On%u")) then
+      job.misspelt[near or name] = true
       set.file.say(set.node, "callback-name", near
         and ("there is no callback '%s', and nothing calls it; did you mean '%s'?"):format(name, near)
         or ("there is no callback '%s', and nothing calls it"):format(name))
@@ -387,8 +409,9 @@ function Job:_tellCallbacks(files)
 end
 
 local function newJob()
-  local job = setmetatable({ isDynamic = false, fields = {} }, Job)
-  for _, set in ipairs({ "sets", "reads", "texts", "targets", "called", "required", "ownFields", "known" }) do
+  local job = setmetatable({ isDynamic = false, fields = {}, walk = walk }, Job)
+  for _, set in ipairs({ "sets", "reads", "texts", "targets", "called", "required", "ownFields", "known", "uses",
+                         "invoked", "named", "subscribed", "escaped", "misspelt" }) do
     job[set] = {}
   end
   setmetatable(job.fields, { __index = function(fields, class)
@@ -423,12 +446,15 @@ local function analyzeAll(input)
       job.known[name] = true
     end
   end
+  uses.resolve(job)
   job:_collectFields()
   for _, file in ipairs(files) do
+    walk(file.state.ast, 0, function(node) rules.collectLooks(job, file, node) end)
     tellAdopted(file)
     job:_tell(file)
   end
   job:_tellCallbacks(files)
+  if next(job.required) == nil then habits.tell(job, files) end
 end
 
 -- Both luacheck and the walks over its tree go down one level for each operator, call, index or block that is inside

@@ -47,7 +47,7 @@ end
 
 -- The functions that take a table. Of each key the kinds of constant that are read: "text", which a number may be
 -- too, "number", "boolean", or the texts that are known. required: the keys that must be there. Keys are free where
--- open is set. beside: a key with which only those in read are read. positional: the texts of the form without a table.
+-- open is set. numeric: texts there have to be numbers. beside: a key with which only those in read are read. positional: the texts of the form without a table.
 checker.tables = {}
 
 local function constantsOf(type)
@@ -69,7 +69,7 @@ local function kindOf(type)
 end
 
 for name, section in pairs(members.tables) do
-  local rule = { keys = {}, required = {}, read = {} }
+  local rule = { keys = {}, required = {}, read = {}, numeric = {} }
   checker.tables[name] = rule
   for _, row in ipairs(section.rows) do
     rule.beside = rule.beside or row.beside
@@ -79,6 +79,7 @@ for name, section in pairs(members.tables) do
       else
         rule.keys[key] = kindOf(row.type)
         rule.read[key] = not row.beside
+        rule.numeric[key] = row.type.alternatives[1].kind == "number"
         if row.isRequired then table.insert(rule.required, key) end
       end
     end

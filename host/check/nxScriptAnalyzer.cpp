@@ -1,6 +1,7 @@
 #include "host/check/nxScriptAnalyzer.h"
 
 #include "host/author/nxScriptMembers.h"
+#include "host/check/nxFindingRule.h"
 #include "host/check/nxScriptCheckTexts.h"
 
 using Self = nxScriptAnalysis;
@@ -48,12 +49,17 @@ bool nxScriptAnalysis::add(nxLuaParameters& parameters, nxLuaResults&)
 
 bool nxScriptAnalyzer::Load(std::string& error)
 {
-    const std::string members = nxScriptMembersText();
+    const std::string members = nxScriptMembersText() + nxFindingRule::GetNumbersText();
     const std::string* const texts[] = {&members,
                                         &nxScriptCheckApiText(),
                                         &nxScriptCheckNamesText(),
                                         &nxScriptCheckTypesText(),
+                                        &nxScriptCheckValuesText(),
+                                        &nxScriptCheckUsesText(),
                                         &nxScriptCheckRulesText(),
+                                        &nxScriptCheckOperandsText(),
+                                        &nxScriptCheckNilsText(),
+                                        &nxScriptCheckHabitsText(),
                                         &nxScriptCheckAnalyzeText()};
     for (const std::string* text : texts) {
         if (_engine.LoadText(*text)) continue;

@@ -1,8 +1,6 @@
 #include "host/check/nxScriptCheck.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
-#include <ostream>
 
 #include "host/check/nxDryRun.h"
 #include "host/jobs/nxScriptSource.h"
@@ -107,26 +105,4 @@ void nxScriptCheck::_TryJob(const nxScriptSource& source, const nxJobOptions& jo
     if (finding.line != 0 && std::ranges::any_of(findings, isSamePlace)) return;
     finding.message = (run.HasOnInit() ? "OnInit fails: " : "loading fails: ") + finding.message;
     findings.push_back(std::move(finding));
-}
-
-void nxScriptCheck::WriteText(std::ostream& out) const
-{
-    for (const nxScriptFinding& finding : _findings)
-        out << finding.file << ':' << finding.line << ':' << finding.column << ": " << finding.message
-            << '\n';
-}
-
-void nxScriptCheck::WriteJson(std::ostream& out) const
-{
-    nlohmann::ordered_json array = nlohmann::ordered_json::array();
-    for (const nxScriptFinding& finding : _findings) {
-        nlohmann::ordered_json object = {
-            {"file", finding.file}, {"line", finding.line}, {"column", finding.column}};
-        if (finding.endColumn != 0) object["endColumn"] = finding.endColumn;
-        object["code"] = finding.code;
-        object["message"] = finding.message;
-        array.push_back(std::move(object));
-    }
-    // Scripts need not be UTF-8.
-    out << array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }

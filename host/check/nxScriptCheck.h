@@ -1,6 +1,5 @@
 #pragma once
 
-#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -37,11 +36,6 @@ public:
     const std::vector<std::string>& GetFailures() const { return _failures; }
     // What the scripts asked for while the dry run loaded them and in OnInit, each name once.
     const std::vector<std::string>& GetParameters() const { return _parameters; }
-
-    // A line each, "file:line:column: message".
-    void WriteText(std::ostream&) const;
-    // One array of objects with the names of the finding's fields; endColumn only where it is known.
-    void WriteJson(std::ostream&) const;
 
 private:
     void _CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& source, const nxJobOptions& job);

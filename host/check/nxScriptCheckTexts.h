@@ -6,6 +6,11 @@
 const std::string& nxScriptCheckApiText();
 const std::string& nxScriptCheckNamesText();
 const std::string& nxScriptCheckTypesText();
+const std::string& nxScriptCheckValuesText();
+const std::string& nxScriptCheckUsesText();
 const std::string& nxScriptCheckRulesText();
+const std::string& nxScriptCheckOperandsText();
+const std::string& nxScriptCheckNilsText();
+const std::string& nxScriptCheckHabitsText();
 const std::string& nxScriptCheckAnalyzeText();
 const std::string& nxScriptCheckDryRunText();

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <ostream>
 
+#include "host/check/nxFindingWriter.h"
 #include "host/check/nxScriptCheck.h"
 #include "host/run/nxRunFiles.h"
 
@@ -28,40 +30,63 @@ bool IsToBeRead(const nxScriptCheckOptions& options)
     return isReadable && sum <= MostBytes;
 }
 
-std::vector<std::string> Review(const nxScriptCheckOptions& options)
+// What cannot be read the run itself tells.
+std::vector<nxScriptFinding> Review(const nxScriptCheckOptions& options)
 {
     nxScriptCheck check(options);
-    // What cannot be read the run itself tells.
-    if (!check.Run()) return {};
-    std::vector<std::string> notes;
-    for (const nxScriptFinding& finding : check.GetFindings())
-        if (finding.code == "callback-name")
-            notes.push_back(finding.file + ":" + std::to_string(finding.line) + ": " + finding.message);
-    const std::size_t rest = check.GetFindings().size() - notes.size();
-    if (rest == 0) return notes;
-    std::string command = "algoserver check --no-run";
-    for (const std::string& module : options.modules)
-        command += " --module " + module;
-    for (const nxJobOptions& job : options.jobs)
-        command += " " + job.script;
-    notes.push_back(std::to_string(rest) + (rest == 1 ? " finding" : " findings") + " in the script" +
-                    (options.jobs.size() == 1 ? "" : "s") + ": " + command);
-    return notes;
+    return check.Run() ? check.GetFindings() : std::vector<nxScriptFinding>();
 }
 
 }  // namespace
 
 nxScriptReview::nxScriptReview(const std::vector<nxJobOptions>& jobs, const std::vector<std::string>& modules)
+    : _command("algoserver check --no-run"), _isOfOne(jobs.size() == 1)
 {
+    for (const std::string& module : modules)
+        _command += " --module " + module;
+    for (const nxJobOptions& job : jobs)
+        _command += " " + job.script;
     nxScriptCheckOptions options{jobs, modules, false};
     const bool isToBeRead = IsToBeRead(options);
-    _notes = std::async(isToBeRead ? std::launch::async : std::launch::deferred,
-                        [isToBeRead, options = std::move(options)] {
-                            std::vector<std::string> notes;
-                            if (!isToBeRead) return notes;
-                            notes = Review(options);
-                            // Some megabytes, which the run beside it need not have in its peak.
-                            malloc_trim(0);
-                            return notes;
-                        });
+    _findings =
+        std::async(isToBeRead ? std::launch::async : std::launch::deferred, [isToBeRead,
+                                                                             options = std::move(options)] {
+            std::vector<nxScriptFinding> findings;
+            if (!isToBeRead) return findings;
+            findings = Review(options);
+            // Some megabytes, which the run beside it need not have in its peak.
+            malloc_trim(0);
+            return findings;
+        }).share();
+}
+
+std::string nxScriptReview::_Count(std::size_t count) const
+{
+    return std::to_string(count) + (count == 1 ? " finding" : " findings") + " in the script" +
+           (_isOfOne ? "" : "s") + ": " + _command;
+}
+
+void nxScriptReview::WriteFirst(std::ostream& out) const
+{
+    constexpr std::size_t most = 3;
+    const std::vector<nxScriptFinding>& findings = _findings.get();
+    if (findings.empty()) return;
+    out << "check       " << _Count(findings.size()) << '\n';
+    for (std::size_t i = 0; i < std::min(most, findings.size()); ++i) {
+        out << "            ";
+        nxFindingWriter::WriteLine(findings[i], out);
+    }
+    out.flush();
+}
+
+std::vector<std::string> nxScriptReview::GetNotes() const
+{
+    const std::vector<nxScriptFinding>& findings = _findings.get();
+    std::vector<std::string> notes;
+    for (const nxScriptFinding& finding : findings)
+        if (finding.code == "callback-name")
+            notes.push_back(finding.file + ":" + std::to_string(finding.line) + ": " + finding.message);
+    const std::size_t rest = findings.size() - notes.size();
+    if (rest > 0) notes.push_back(_Count(rest));
+    return notes;
 }

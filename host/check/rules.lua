@@ -39,9 +39,6 @@ local function checkCount(say, node, first, name, signature)
   end
 end
 
-local constants = { String = "text", Number = "number", True = "boolean", False = "boolean", Table = "table",
-                    Function = "function" }
-
 -- What is left of a name when it may be written in any way: 5minutes and 5_MINUTE are one.
 local function strip(name)
   return (name:upper():gsub("[^%w]", ""):gsub("S$", ""))
@@ -57,15 +54,18 @@ local function isOneOf(text, texts)
   return texts.isOpen and not isLike
 end
 
--- Constants that the function would refuse, or pass over without a word.
-local function checkValue(say, node, key, kind)
-  local given = constants[node.tag]
-  if given == nil then return end
+-- Values that the function would refuse, or pass over without a word.
+local function checkValue(job, say, node, key, kind, isNumeric)
+  local value = job.types:valueOf(node)
+  if not value or value.kind == "nil" then return end
+  local given = value.kind == "object" and checker.classes[value.class].label .. " object" or value.kind
   if type(kind) == "table" then
-    if given ~= "text" or not isOneOf(node[1], kind) then
-      local text = given == "text" and ("'%s'"):format(node[1]) or "a " .. given
-      say(node, "table-value", ("'%s' is one of %s, not %s"):format(key, table.concat(kind, ", "), text))
+    if given ~= "text" or value.constant and not isOneOf(value.constant, kind) then
+      say(node, "table-value", ("'%s' is one of %s, not %s"):format(
+        key, table.concat(kind, ", "), checker.describe(value)))
     end
+  elseif isNumeric and given == "text" and not checker.isNumeric(value) then
+    say(node, "table-value", ("'%s' is a number, not %s"):format(key, checker.describe(value)))
   elseif given ~= kind and not (kind == "text" and given == "number") then
     local advice = given == "boolean" and ", so write it in quotes" or ""
     local article = kind == "text" and kind or "a " .. kind
@@ -75,7 +75,7 @@ local function checkValue(say, node, key, kind)
 end
 
 -- The keys of a table argument. On an object of unknown class only what is surely meant for this function.
-local function checkKeys(say, call, argument, method, rule, isKnown)
+local function checkKeys(job, say, call, argument, method, rule, isKnown)
   local found, complete = {}, true
   for _, item in ipairs(argument) do
     if item.tag == "Pair" and item[1].tag == "String" then
@@ -94,7 +94,7 @@ local function checkKeys(say, call, argument, method, rule, isKnown)
   for _, item in ipairs(argument) do
     local key = item.tag == "Pair" and item[1].tag == "String" and item[1][1]
     if key and rule.keys[key] then
-      checkValue(say, item[2], key, rule.keys[key])
+      checkValue(job, say, item[2], key, rule.keys[key], rule.numeric[key])
       if rule.beside and found[rule.beside] and not rule.read[key] then
         say(item[1], "table-key", ("'%s' is not read where '%s' is given; set it in another call of %s"):format(
           key, rule.beside, method))
@@ -110,12 +110,12 @@ local function checkKeys(say, call, argument, method, rule, isKnown)
   end
 end
 
-local function checkTable(say, node, method, isKnown)
+local function checkTable(job, say, node, method, isKnown)
   local rule = checker.tables[method]
   if not rule then return end
   local argument = node[3]
   if #node == 3 and argument.tag == "Table" then
-    checkKeys(say, node, argument, method, rule, isKnown)
+    checkKeys(job, say, node, argument, method, rule, isKnown)
   elseif isKnown and rule.positional and #node > 3 then
     for i, texts in ipairs(rule.positional) do
       local given = node[i + 2]
@@ -138,11 +138,12 @@ function rules.invoke(job, say, node)
   local object, method = node[1], node[2][1]
   local className = job.types:of(object)
   local class = checker.classes[className]
-  checkTable(say, node, method, class ~= nil and class.functions[method] ~= nil)
+  checkTable(job, say, node, method, class ~= nil and class.functions[method] ~= nil)
   if not class then return end
   local name = nameOf(object, class.label)
   if class.functions[method] then
     checkCount(say, node, 3, name .. ":" .. method, class.functions[method])
+    rules.arguments(job, say, node, 3, checker.rowOf(className, method), name .. ":" .. method)
   elseif class.properties[method] then
     say(node[2], "property-call", ("'%s' is a property of %s: read it as %s.%s, without a call"):format(
       method, class.label, name, method))

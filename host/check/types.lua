@@ -78,11 +78,21 @@ local function valuesOf(var)
   return values
 end
 
+checker.valuesOf = valuesOf
+
+-- A local that is nothing but assigned to.
+function checker.isPlain(var)
+  return var.type == "var" or var.type == "func"
+end
+
 local infer = {}
 
 function infer.Id(self, node)
   local var, name = node.var, node[1]
-  if var and var.type == "arg" then return #var.values == 1 and var.class or nil end
+  if var and var.type == "arg" then
+    if #var.values ~= 1 then return nil end
+    return var.class or var.given and self:_ofAll(var.given) or nil
+  end
   if var then return self:_ofAll(valuesOf(var)) end
   local assigned = self.assigned(name)
   if assigned then return self:_ofAll(assigned) end

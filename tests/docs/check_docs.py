@@ -140,6 +140,14 @@ def check_schemas(program):
     yield from compare("measures", set(rows), real)
 
 
+def check_rules(program):
+    """The number, the code and the order of each rule of the checker."""
+    log = json.loads(run(program, "check", "--no-run", "--sarif", "two.lua").stdout)
+    real = {f"{rule['id']} {rule['name']}" for rule in log["runs"][0]["tool"]["driver"]["rules"]}
+    documented = {" ".join(row) for row in re.findall(r"^\| (\d+) \| `([\w-]+)` \|", read("docs/checking.md"), re.M)}
+    yield from compare("checking.md", documented, real)
+
+
 def check_record(program):
     run(program, "run", "one.lua", "two.lua", "--data", str(ROOT / "examples/data/demo_quotes.csv.gz"),
         "--products", "fees.toml", "--adjustments", "cash.csv", "--impact", "1", "--on-error", "continue", "--record", "record.jsonl",
@@ -240,7 +248,7 @@ def main():
         os.symlink(ROOT / "examples", "examples")
         for name, text in RECORD.items():
             pathlib.Path(name).write_text(text)
-        faults = [fault for check in (check_options, check_record, check_product_keys, check_embedding, check_references, check_quotations,
+        faults = [fault for check in (check_options, check_record, check_product_keys, check_embedding, check_rules, check_references, check_quotations,
                                        check_schemas)
                   for fault in check(program)]
         os.chdir("/")
