@@ -83,7 +83,8 @@ std::string TakeStores(nxRunOptions& options)
     return {};
 }
 
-std::variant<nxRunOptions, std::string> MakeRun(Arguments& arguments, const std::vector<std::string>& texts)
+// A copy of what was given on the command line takes what the launch says.
+std::variant<nxRunOptions, std::string> MakeRun(Arguments arguments, const std::vector<std::string>& texts)
 {
     CLI::App launch;
     AddRunOptions(launch, arguments);
@@ -131,7 +132,7 @@ int Accept(unsigned int port)
     return connection;
 }
 
-int Debug(Arguments& arguments)
+int Debug(const Arguments& arguments)
 {
 #ifdef NX_SCRIPTS_BECOME_CODE
     static_cast<void>(arguments);

@@ -8,31 +8,12 @@
 #include <charconv>
 #include <string_view>
 
+#include "host/debug/nxBoundedJson.h"
+
 namespace {
 
 constexpr std::size_t MostHeader = 4096;  // bytes
 constexpr std::size_t MostMessage = std::size_t{1} << 24;
-constexpr int MostDepth = 64;  // of lists and objects: the library writes them recursively
-
-bool IsDeep(std::string_view text)
-{
-    int depth = 0;
-    bool isInText = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (isInText) {
-            if (c == '\\') ++i;
-            isInText = c != '"';
-        } else if (c == '"') {
-            isInText = true;
-        } else if (c == '[' || c == '{') {
-            if (++depth > MostDepth) return true;
-        } else if (c == ']' || c == '}') {
-            --depth;
-        }
-    }
-    return false;
-}
 
 // Also while only a part of it is there.
 bool IsHeader(std::string_view line)
@@ -98,8 +79,7 @@ std::optional<nxDapStream::Json> nxDapStream::Next()
     const std::string text = _text.substr(0, *_length);
     _text.erase(0, *_length);
     _length.reset();
-    Json message(Json::value_t::discarded);
-    if (!IsDeep(text)) message = Json::parse(text, nullptr, false);
+    Json message = nxReadBoundedJson(text);
     if (!message.is_object()) message = Json(Json::value_t::discarded);
     return message;
 }

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <string>
 
+#include "host/debug/nxBoundedJson.h"
+
 nxDebugChannel& nxDebugChannel::operator=(nxDebugChannel&& other) noexcept
 {
     if (this == &other) return *this;
@@ -96,10 +98,12 @@ std::optional<nxDebugChannel::Json> nxDebugChannel::Receive(nxDebugChannel* desc
 {
     std::uint32_t size = 0;
     if (!_ReceiveBytes(reinterpret_cast<char*>(&size), sizeof size, descriptor)) return std::nullopt;
+    constexpr std::uint32_t most = 1 << 28;  // bytes, more than any message has
+    if (size > most) return std::nullopt;
     std::string text(size, '\0');
     if (!_ReceiveBytes(text.data(), text.size(), descriptor)) return std::nullopt;
-    Json message = Json::parse(text, nullptr, false);
-    if (message.is_discarded()) return std::nullopt;
+    Json message = nxReadBoundedJson(text);
+    if (!message.is_object()) return std::nullopt;
     return message;
 }
 

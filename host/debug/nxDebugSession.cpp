@@ -162,7 +162,10 @@ Json nxDebugSession::_Launch(const Json& arguments)
     _options = std::get<nxRunOptions>(std::move(made));
     if (const auto fault = _sources.Read(_options)) throw std::runtime_error(*fault);
     _Require(_page != nullptr, "there is no memory to share");
-    _definitions.SetEvents({{"breakpoints", launch.events}});
+    const Json points = _definitions.SetEvents({{"breakpoints", launch.events}});
+    for (const Json& point : points.at("breakpoints"))
+        if (!point.at("verified").get<bool>())
+            throw std::runtime_error(point.at("message").get<std::string>());
     _launch = std::move(launch);
     _state = State::Launched;
     return {};
@@ -206,8 +209,9 @@ Json nxDebugSession::_SetFilters(const Json& arguments)
 
 Json nxDebugSession::_GetLocations(const Json& arguments)
 {
-    const auto first = arguments.at("line").get<unsigned int>();
-    const auto last = arguments.value("endLine", first);
+    const auto getLine = [&](const char* name) { return arguments.value(name, Json(0)).get<double>(); };
+    const double first = getLine("line");
+    const double last = std::max(first, getLine("endLine"));
     Json list = Json::array();
     for (const unsigned int line : _sources.GetLines(arguments.at("source").at("path").get<std::string>()))
         if (line >= first && line <= last) list.push_back({{"line", line}});

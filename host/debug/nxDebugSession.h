@@ -134,6 +134,7 @@ private:
     nxDebugPage::Pointer _page = nxDebugPage::Make();
     nxDebugChannel _run;
     pid_t _process = 0;  // 0: it has not told yet
+    pid_t _group = 0;    // of all of the run's
     nxDebugSnapshots _snapshots;
     Stop _stop;
     Search _search;

@@ -7,12 +7,31 @@
 
 #include "host/debug/nxDebugSession.h"
 #include "host/debug/nxDebuggee.h"
+#include "host/run/nxRunSandbox.h"
 
 // The session's dealings with the processes of the run.
 
 namespace {
 
 using Json = nlohmann::json;
+
+// As a run under the strict profile is confined, but that it may copy itself. A rule holds for what is there,
+// so what it is to write has to be.
+std::optional<std::string> Confine(const nxRunOptions& options, int channel)
+{
+    for (const std::string& path :
+         {options.recordFile, options.jsonFile, options.reportFile, options.tradesFile, options.equityFile})
+    {
+        const int file = path.empty() ? -1 : open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+        if (file >= 0) close(file);
+    }
+    nxGuardOptions guard = nxRunSandbox::GetGuardOptions(options);
+    guard.storeDirectory.clear();  // the stores are in memory
+    nxConfinement rights = nxRunGuard::GetRights(guard);
+    rights.descriptors.push_back(channel);
+    rights.copiesItself = true;
+    return rights.Apply();
+}
 
 // The child keeps nothing of this process but the channel: neither the editor's messages nor its files.
 [[noreturn]] void BecomeRun(nxRunOptions options, const nxDebugSources& sources, nxDebugPage& page,
@@ -27,6 +46,16 @@ using Json = nlohmann::json;
         channel = nxDebugChannel(kept);
     }
     close_range(kept + 1, ~0u, 0);
+    // The session ends what is of this group, and nothing else.
+    setpgid(0, 0);
+    if (options.profile == nxScriptProfile::Strict)
+        if (const auto failure = Confine(options, kept)) {
+            channel.Send({{"output", "stderr"},
+                          {"place", 0},
+                          {"text", "the sandbox cannot be set up: " + *failure + "\n"}});
+            channel.Send({{"ended", 2}});
+            _exit(2);
+        }
     nxDebuggee(std::move(options), sources, page, std::move(channel)).Run();
 }
 
@@ -46,7 +75,8 @@ void nxDebugSession::_Start()
         return _End(2);
     }
     _run = std::move(ours);
-    _process = child;
+    _process = _group = child;
+    setpgid(child, child);  // whoever of the two comes first
     _run.Send(
         {{"points", _GetPoints()},
          {"go",
@@ -57,10 +87,14 @@ void nxDebugSession::_TakeFromRun()
 {
     nxDebugChannel channel;
     const auto message = _run.Receive(&channel);
-    if (message)
+    if (!message) return _OnDeath();
+    // A script that broke out of its sandbox could send anything.
+    try {
         _OnMessage(*message, std::move(channel));
-    else
+    } catch (const Json::exception&) {
+        _Kill();
         _OnDeath();
+    }
 }
 
 void nxDebugSession::_OnMessage(const Json& message, nxDebugChannel channel)
@@ -106,7 +140,10 @@ void nxDebugSession::_OnStopped(const Json& message)
     _stop = {message.at("stopped"), nxDebugPosition::Get(message.at("position")),
              message.at("call").get<unsigned long long>(), message.at("depth").get<int>(),
              message.at("printed")};
-    if (std::exchange(_isNewHistory, false)) _shown = _stop.printed;
+    if (std::exchange(_isNewHistory, false)) {
+        _shown = _stop.printed;
+        _logged.clear();
+    }
     _state = State::Stopped;
     _isTouched = _isChanged = false;
     Json body = _stop.reason;
@@ -184,8 +221,8 @@ void nxDebugSession::_Kill()
         if (!message) break;
         if (message->contains("hello")) _process = message->at("hello").get<pid_t>();
     }
-    if (_process != 0) kill(_process, SIGKILL);
-    while (_run.Receive()) {
+    const bool isKilled = _process > 0 && getpgid(_process) == _group && kill(_process, SIGKILL) == 0;
+    while (isKilled && _run.Receive()) {
     }
     _run.Close();
     _process = 0;
@@ -205,6 +242,7 @@ void nxDebugSession::_Go(Json go)
         _snapshots.DropFrom(_stop.position);
         _changes.push_back(_stop.position);
         _shown = _stop.printed;
+        _logged.clear();
     }
     _run.Send({{"points", _GetPoints()}, {"go", std::move(go)}, {"keep", isKept}});
 }

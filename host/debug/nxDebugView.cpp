@@ -14,10 +14,10 @@ using Json = nlohmann::json;
 // before all.
 constexpr unsigned int ForJob = 1 << 20;
 constexpr unsigned int EventReference = ForJob - 1;
-constexpr int MostFrames = 100'000;
+constexpr std::size_t MostFrames = 1000;  // in one answer
 constexpr std::size_t MostVariables = 100'000;
 
-constexpr const char* ScopeHints[] = {"locals", "registers", "globals"};
+constexpr const char* ScopeHints[] = {"locals", "locals", "globals"};
 
 std::size_t GetCount(const Json& arguments, const char* name, std::size_t otherwise)
 {
@@ -79,7 +79,7 @@ nxScriptInspector& nxDebugView::_GetInspector(std::size_t job) const
 int nxDebugView::_GetLevel(const Json& arguments) const
 {
     const std::size_t frame = GetCount(arguments, "frameId", 0);
-    if (frame == 0 || frame > MostFrames || _place.job == Place::NoJob) return nxScriptInspector::NoLevel;
+    if (frame == 0 || frame > ForJob || _place.job == Place::NoJob) return nxScriptInspector::NoLevel;
     return static_cast<int>(frame) - 1;
 }
 
@@ -109,14 +109,15 @@ Json nxDebugView::_GetStack(const Json& arguments)
             {"id", 1}, {"name", _place.title}, {"line", 0}, {"column", 0}, {"presentationHint", "label"}};
         return {{"stackFrames", {frame}}, {"totalFrames", 1}};
     }
-    const auto frames = _GetInspector(_place.job).GetFrames(MostFrames);
-    const std::size_t start = std::min(GetCount(arguments, "startFrame", 0), frames.size());
+    const nxScriptInspector& inspector = _GetInspector(_place.job);
+    const std::size_t depth = static_cast<std::size_t>(inspector.GetDepth());
+    const std::size_t start = std::min(GetCount(arguments, "startFrame", 0), depth);
     const std::size_t levels = GetCount(arguments, "levels", 0);
-    const std::size_t end = levels == 0 ? frames.size() : std::min(frames.size(), start + levels);
+    const std::size_t count = std::min({levels == 0 ? depth : levels, depth - start, MostFrames});
     Json list = Json::array();
-    for (std::size_t i = start; i < end; ++i)
-        list.push_back(_MakeFrame(frames[i], i + 1 == frames.size()));
-    return {{"stackFrames", list}, {"totalFrames", frames.size()}};
+    for (const auto& frame : inspector.GetFrames(static_cast<int>(start), static_cast<int>(count)))
+        list.push_back(_MakeFrame(frame, start + list.size() + 1 == depth));
+    return {{"stackFrames", list}, {"totalFrames", depth}};
 }
 
 Json nxDebugView::_MakeScope(const std::string& name, const char* hint, std::size_t job,

@@ -87,6 +87,19 @@ void nxDebuggee::Run()
     _exit(0);
 }
 
+// A script of the base profile may end the process by os.exit.
+void nxDebuggee::_TellExits()
+{
+    on_exit(
+        [](int status, void* self) {
+            auto& debuggee = *static_cast<nxDebuggee*>(self);
+            debuggee._HandOn();
+            debuggee._channel.Send({{"ended", status}});
+            _exit(status);
+        },
+        this);
+}
+
 void nxDebuggee::_ShowPrints()
 {
     static constexpr cookie_io_functions_t functions = {nullptr, Print, nullptr, nullptr};
@@ -100,6 +113,7 @@ int nxDebuggee::_RunHere()
 {
     _channel.Send({{"hello", getpid()}});
     _ShowPrints();
+    _TellExits();
     nxLogManager::GetLogEntriesQueue().AddDevice(&_log);
     // Before the first copy: it has a thread.
     const std::vector<std::string> notes = nxScriptReview(_options.jobs, _options.modules).GetNotes();

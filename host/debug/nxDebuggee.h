@@ -97,6 +97,7 @@ private:
 
     int _RunHere();
     void _ShowPrints();
+    void _TellExits();
     void _OnLine(std::size_t job, lua_State* thread, unsigned int line);
     void _LookAtLine(std::size_t job, lua_State* thread, unsigned int line);
     void _MeetPoints(unsigned int line);

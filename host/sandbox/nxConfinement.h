@@ -17,6 +17,7 @@ public:
     std::vector<int> descriptors;          // that stay open beside 0, 1 and 2
     std::size_t memory = 0;                // bytes of address space; 0: as before
     unsigned int files = 256;              // open at one time
+    bool copiesItself = false;             // may make processes like itself, and talk to them and its parent
 
     // Call it while the process has no second thread. Null, or what could not be done: then the process must
     // not go on.
@@ -29,5 +30,5 @@ private:
     void _CloseOthers() const;
     std::optional<std::string> _LimitResources() const;
     std::optional<std::string> _LimitPaths() const;
-    static std::optional<std::string> _LimitCalls();
+    std::optional<std::string> _LimitCalls() const;
 };

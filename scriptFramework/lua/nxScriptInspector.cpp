@@ -44,12 +44,17 @@ bool nxScriptInspector::IsDeeperThan(lua_State* thread, int depth)
     return lua_getstack(thread, depth, &activation) != 0;
 }
 
+// Lua walks to each level from the top, so a deep stack is measured in few steps.
 int nxScriptInspector::GetDepth(lua_State* thread)
 {
-    int depth = 0;
-    while (IsDeeperThan(thread, depth))
-        ++depth;
-    return depth;
+    int least = 0, most = 1;
+    for (; IsDeeperThan(thread, most - 1); most *= 2)
+        least = most;
+    while (least + 1 < most) {
+        const int middle = least + (most - least) / 2;
+        (IsDeeperThan(thread, middle - 1) ? least : most) = middle;
+    }
+    return least;
 }
 
 bool nxScriptInspector::IsInScript(lua_State* thread) const
@@ -59,11 +64,12 @@ bool nxScriptInspector::IsInScript(lua_State* thread) const
            activation.source == _state.watch->GetChunk();
 }
 
-std::vector<nxScriptInspector::Frame> nxScriptInspector::GetFrames(int most) const
+std::vector<nxScriptInspector::Frame> nxScriptInspector::GetFrames(int first, int count) const
 {
     std::vector<Frame> frames;
     lua_Debug activation;
-    for (int level = _level; level < most && lua_getstack(_thread, level, &activation); ++level) {
+    const int begin = _level + first;
+    for (int level = begin; level - begin < count && lua_getstack(_thread, level, &activation); ++level) {
         lua_getinfo(_thread, "nSl", &activation);
         const bool isNative = activation.currentline < 0;
         const Frame::Kind kind = isNative                                        ? Frame::Kind::Native

@@ -61,7 +61,9 @@ public:
     // Whether the top function is of the script's own text.
     bool IsInScript(lua_State* thread) const;
 
-    std::vector<Frame> GetFrames(int most) const;
+    std::vector<Frame> GetFrames(int first, int count) const;
+    // Of the stack.
+    int GetDepth() const { return GetDepth(_thread) - _level; }
     // References.
     unsigned int GetLocals(int level) { return _Add({Kind::Locals, level, {}}); }
     unsigned int GetUpvalues(int level) { return _Add({Kind::Upvalues, level, {}}); }

@@ -75,6 +75,12 @@ class Editor:
             if not self._next(until):
                 raise EOFError("it ended")
 
+    def wait_for_output(self):
+        until = time.time() + PATIENCE
+        while not self.printed["stdout"]:
+            if not self._next(until):
+                raise EOFError("it ended")
+
     def end(self):
         """Leaves, and gives the exit status and what was said to standard error."""
         try:

@@ -86,7 +86,7 @@ class Case:
 
     def go(self, command):
         self.begin()
-        refused = self.editor.ask(command, {"threadId": 1})
+        refused = self.editor.ask(command, {"threadId": 1}) if command else None
         if isinstance(refused, str):
             return "no " + refused
         event = self.editor.wait("stopped", "exited")
@@ -97,6 +97,11 @@ class Case:
         frames = self.frames()
         top = next((frame for frame in frames if "source" in frame), frames[0])
         return self.stop["reason"] + " " + (self.place(top) if "source" in top else top["name"])
+
+    def start(self):
+        self.begin()
+        self.editor.ask("configurationDone")
+        self.editor.wait_for_output()
 
     @staticmethod
     def place(frame):
@@ -143,7 +148,7 @@ class Case:
             missing = [one for one in expected.split() if one not in found]
             return f"{missing} are not among {found}" if missing else None
         commands = {"run": "configurationDone", "continue": "continue", "next": "next", "in": "stepIn", "out": "stepOut",
-                    "back": "stepBack", "reverse": "reverseContinue", "pause": "pause"}
+                    "back": "stepBack", "reverse": "reverseContinue", "pause": "pause", "terminate": "terminate", "wait": None}
         if verb in commands:
             got = self.go(commands[verb])
         elif verb in ("eval", "repl"):
@@ -185,9 +190,117 @@ def run_cases(algoserver, title):
     return faults
 
 
+# Script, data and options: each is run, and debugged without break points.
+RUNS = [["market_maker.lua", "demo_quotes.csv.gz", "--latency", "5ms", "--seed", "7"],
+        ["bollinger.lua", "demo_bars.csv.gz", "--capital", "1000"],
+        ["spread.lua", "calendar_quotes.csv.gz", "--products", os.path.join(ROOT, "examples/products.toml")],
+        ["hello.lua", "demo_quotes.csv.gz", "--sandbox", "strict", "--from", "20240108:15:00", "--warmup", "10m"]]
+
+
+def go_back_and_forth(editor, program):
+    """Steps back and forth around some stops, and leaves the run where it goes on to its end."""
+    editor.ask("setBreakpoints", {"source": {"path": program}, "breakpoints": [{"line": 42, "hitCondition": "% 700"}]})
+    editor.ask("configurationDone")
+    for command in "continue continue stepBack stepBack next reverseContinue reverseContinue continue stepIn".split():
+        editor.wait("stopped")
+        editor.ask("evaluate", {"expression": "quote(nil, 'BUY', 1, 1)", "frameId": 1, "context": "watch"})
+        editor.ask(command)
+    editor.wait("stopped")
+    editor.ask("setBreakpoints", {"source": {"path": program}, "breakpoints": []})
+    editor.ask("continue")
+
+
+def compare_with_runs(algoserver):
+    """A debugged run prints and records what a plain one does, to the byte; the first of them also where it goes back."""
+    faults = []
+    for number, (script, data, *options) in enumerate([RUNS[0], *RUNS]):
+        with tempfile.TemporaryDirectory() as folder:
+            record = os.path.join(folder, "record.jsonl")
+            options += ["--record", record]
+            program, data = os.path.join(ROOT, "examples", script), os.path.join(ROOT, "examples/data", data)
+            plain = subprocess.run([algoserver, "run", program, "--data", data, *options], capture_output=True, text=True)
+            with open(record, "rb") as file:
+                expected = file.read()
+            editor = dap.Editor([algoserver, "debug"], folder)
+            editor.ask("initialize")
+            refused = editor.ask("launch", {"program": program, "data": [data], "args": options})
+            if number == 0:
+                go_back_and_forth(editor, program)
+            editor.ask("configurationDone")
+            status = refused or editor.wait("exited")["body"]["exitCode"]
+            editor.end()
+            with open(record, "rb") as file:
+                got = file.read()
+            if (status, editor.printed["stdout"]) != (plain.returncode, plain.stdout) or got != expected:
+                faults.append(f"{script} {number}: debugged it comes to something else: {status} {plain.stderr}")
+    return faults
+
+
+def launch_as_documented(algoserver):
+    """The launch.json of the page, over a port, as an editor sends it."""
+    with open(os.path.join(ROOT, "docs/debugging.md")) as page:
+        text = next(block for block in page.read().split("```json\n") if '"configurations"' in block[:80]).partition("```")[0]
+    launch = json.loads(text.replace("${workspaceFolder}", ROOT))["configurations"][0]
+    server = subprocess.Popen([algoserver, "debug", "--port", "0"], stdout=subprocess.PIPE, text=True)
+    host, _, port = server.stdout.readline().rpartition(" ")[2].partition(":")
+    with socket.create_connection((host, int(port))) as stream:
+        editor = dap.Editor(None, None, stream)
+        editor.ask("initialize")
+        refused = editor.ask("launch", launch)
+        editor.ask("setExceptionBreakpoints", {"filters": ["failed"]})
+        editor.ask("configurationDone")
+        reason = refused or editor.wait("stopped")["body"]["description"]
+        editor.ask("disconnect")
+    status = server.wait(dap.PATIENCE)
+    return [] if (host, status, reason[:5]) == ("127.0.0.1", 0, "trade") else [f"as documented: {host}, {status}, {reason}"]
+
+
+def frame(text):
+    return b"Content-Length: %d\r\n\r\n" % len(text) + text
+
+
+# What an editor would not send, and what is said to it: on standard error with status 2, or as a refusal with status 0.
+HOSTILE = [
+    (b'{"seq": 1, "type": "request", "command": "initialize"}\n', 2, "it has no header"),
+    (b"Content-Length: 99999999999999999999\r\n\r\n", 2, "is no number up to 16777216"),
+    (b"Content-Length: -1\r\n\r\n{}", 2, "is no number up to 16777216"),
+    (b"Content-Length: 16777217\r\n\r\n{}", 2, "is no number up to 16777216"),
+    (b"Content-Type: text\r\n\r\n{}", 2, "has no Content-Length"),
+    (b"A" * 70000, 2, "it has no header"),
+    (b"Content-Length: 100\r\n\r\n{", 0, ""),
+    (b"", 0, ""),
+    (frame(b"{nonsense"), 0, "no JSON object"),
+    (frame(b"\xff\xfe\x00"), 0, "no JSON object"),
+    (frame(b"[" * 100000), 0, "too deep"),
+    (frame(b"[]") + frame(b"{}"), 0, "has not the form"),
+    (frame(b'{"type": "request", "seq": 1, "command": 7}'), 0, "has not the form"),
+    (frame(b'{"type": "request", "seq": 1e99, "command": "format"}'), 0, "no request format is known"),
+    (frame(b'{"type": "request", "seq": 1, "command": "next", "arguments": []}'), 0, "arguments are no object"),
+    (frame(b'{"type": "request", "seq": 1, "command": "evaluate", "arguments": {"expression": "1"}}'), 0, "the run is not stopped"),
+    (frame(b'{"type": "request", "seq": 1, "command": "configurationDone"}'), 0, "no run has been launched"),
+    (frame(b'{"type": "request", "seq": 1, "command": "launch", "arguments": {"program": {"a": 1}}}'), 0, "program is neither"),
+    (frame(b'{"type": "request", "seq": 1, "command": "launch", "arguments": {"program": "no.lua", "data": "no.csv"}}'), 0, "no.lua"),
+    (frame(b'{"type": "request", "seq": 1, "command": "launch", "arguments": {"program": "a.lua", "data": "-"}}'), 0, "is a pipe"),
+    (frame(b'{"type": "request", "seq": 1, "command": "launch", "arguments": {"args": ["--speed", "1"]}}'), 0, "--speed"),
+]
+
+
+def send_hostile(algoserver, folder):
+    faults = []
+    for data, status, text in HOSTILE:
+        done = subprocess.run([algoserver, "debug"], input=data, capture_output=True, cwd=folder, timeout=dap.PATIENCE)
+        said = (done.stderr if status else done.stdout).decode(errors="replace")
+        if done.returncode != status or text not in said:
+            faults.append(f"{data[:90]}: status {done.returncode}, {said[-300:]}")
+    return faults
+
+
 def main():
     algoserver = os.path.abspath(sys.argv[1])
     faults = run_cases(algoserver, sys.argv[2] if len(sys.argv) > 2 else "")
+    if len(sys.argv) < 3:
+        with tempfile.TemporaryDirectory() as folder:
+            faults += compare_with_runs(algoserver) + launch_as_documented(algoserver) + send_hostile(algoserver, folder)
     for fault in faults:
         print(fault)
     return 1 if faults else 0

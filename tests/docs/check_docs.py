@@ -90,6 +90,9 @@ def check_options(program):
     documented = {cell.split()[0] for text in (section("docs/sweep.md", "### Options"), section("docs/cluster.md", "## Options"))
                   for cell in first_cells(text) if cell.startswith("-")} - {"--finish", "--json"}
     yield from compare("algoserver sweep", documented, get("sweep") - get("run"))
+    # A debugged run, too, but for what docs/debugging.md takes away.
+    documented = {cell.split()[0] for cell in first_cells(read("docs/debugging.md")) if cell.startswith("-")}
+    yield from compare("algoserver debug", documented - {"--callback-limit", "--store", "--sandbox"}, (get("debug") ^ get("run")) - {"-s"})
 
 
 TYPES = {"object": dict, "array": list, "string": str, "number": (int, float), "integer": int, "boolean": bool, "null": type(None)}

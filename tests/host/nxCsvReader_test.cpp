@@ -45,12 +45,10 @@ private:
     int _end = -1;
 };
 
-}  // namespace
-
-TEST(nxCsvReaderThread, RowsOfManyBlocksComeInOrderWithTheirPlaces)
+void ReadRowsOfManyBlocks(bool readsAhead)
 {
     const nxFeedFile file(CompressGzip(MakeRows(9)));
-    nxCsvReader reader(file.GetPath());
+    nxCsvReader reader(file.GetPath(), nullptr, {}, readsAhead);
     ASSERT_TRUE(reader.Open());
     unsigned long long line = 1;
     for (nxCsvReader::Result result; (result = reader.Next()) != nxCsvReader::Result::End;) {
@@ -68,6 +66,18 @@ TEST(nxCsvReaderThread, RowsOfManyBlocksComeInOrderWithTheirPlaces)
     EXPECT_GT(line, 90'000u);
     EXPECT_EQ(reader.GetBytesConsumed(), reader.GetBytesTotal());
     EXPECT_EQ(reader.Next(), nxCsvReader::Result::End);
+}
+
+}  // namespace
+
+TEST(nxCsvReaderThread, RowsOfManyBlocksComeInOrderWithTheirPlaces)
+{
+    ReadRowsOfManyBlocks(true);
+}
+
+TEST(nxCsvReaderThread, WithoutAThreadTheyComeAllTheSame)
+{
+    ReadRowsOfManyBlocks(false);
 }
 
 TEST(nxCsvReaderThread, AReaderGoesWhileItsThreadReadsOrWaits)
