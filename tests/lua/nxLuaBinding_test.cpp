@@ -15,8 +15,8 @@ namespace {
 // row, and once a script has had a class metatable, from when on all are made whole.
 TEST(nxLuaBinding, EveryRowComesToWhatItSays)
 {
-    for (const char* look :
-         {"", "for _, o in ipairs({probe, cleared, other, teller}) do next(o) end", "local _ = getmetatable(probe)"})
+    for (const char* look : {"", "for _, o in ipairs({probe, cleared, other, teller}) do next(o) end",
+                             "local _ = getmetatable(probe)"})
     {
         std::optional<nxProbeEngine> engine;
         std::string section;
