@@ -110,7 +110,10 @@ private:
     void _OnEnded(const Json& message);
     void _OnDeath();
     void _GiveUpWaiting();
-    Json _GetPoints() const { return _isTerminating ? Json::object() : _definitions.GetAsJson(); }
+    Json _GetPoints() const
+    {
+        return _isTerminating || _launch.isPlain ? Json::object() : _definitions.GetAsJson();
+    }
     void _TellPoints();
     void _Go(Json go);
     void _Resume(nxDebugSnapshots::Snapshot& snapshot, Json message, bool isScout);

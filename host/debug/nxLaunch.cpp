@@ -65,7 +65,9 @@ nxLaunch nxLaunch::Read(const Json& arguments)
     for (const std::string& text : GetTexts(arguments, "cwd"))
         launch.folder = text;
     launch.stopsOnEntry = GetBool(arguments, "stopOnEntry");
-    launch.stopsAtEnd = GetBool(arguments, "stopAtEnd");
+    launch.isPlain = GetBool(arguments, "noDebug");
+    launch.stopsOnEntry = launch.stopsOnEntry && !launch.isPlain;
+    launch.stopsAtEnd = GetBool(arguments, "stopAtEnd") && !launch.isPlain;
     for (const Json& point : arguments.value("eventBreakpoints", Json::array()))
         launch.events.push_back(point.is_string() ? Json{{"name", point}} : point);
     return launch;

@@ -11,6 +11,7 @@ struct nxLaunch
     std::string folder;                  // to work in; empty: where the program was started
     bool stopsOnEntry = false;
     bool stopsAtEnd = false;
+    bool isPlain = false;                             // a run that stops nowhere
     nlohmann::json events = nlohmann::json::array();  // break points at events
 
     // Throws std::runtime_error with what is wrong.

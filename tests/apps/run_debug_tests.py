@@ -223,7 +223,8 @@ def compare_with_runs(algoserver):
                 expected = file.read()
             editor = dap.Editor([algoserver, "debug"], folder)
             editor.ask("initialize")
-            refused = editor.ask("launch", {"program": program, "data": [data], "args": options})
+            isPlain = number > 2  # run without debugging
+            refused = editor.ask("launch", {"program": program, "data": [data], "args": options, "noDebug": isPlain, "stopOnEntry": isPlain})
             if number == 0:
                 go_back_and_forth(editor, program)
             editor.ask("configurationDone")
