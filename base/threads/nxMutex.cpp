@@ -1,27 +1,14 @@
 #include "base/threads/nxMutex.h"
 
-namespace {
-
-constexpr unsigned int Waited = 1;
-
-// Of the calling thread, with the lowest bit free; never 0.
-unsigned int GetThread()
+unsigned int nxMutex::_NumberThread()
 {
     static std::atomic<unsigned int> last{0};
-    thread_local const unsigned int number = last.fetch_add(2, std::memory_order_relaxed) + 2;
-    return number;
+    return _thread = last.fetch_add(2, std::memory_order_relaxed) + 2;
 }
 
-}  // namespace
-
-nxErrorEnum nxMutex::Lock()
+nxErrorEnum nxMutex::_LockHeld(unsigned int thread, unsigned int holder)
 {
-    const unsigned int thread = GetThread();
-    unsigned int free = 0;
-    if (_holder.compare_exchange_strong(free, thread, std::memory_order_acquire, std::memory_order_relaxed))
-        [[likely]]
-        return {};
-    if ((free & ~Waited) == thread) {
+    if ((holder & ~Waited) == thread) {
         if (!_isRecursive) return nxError_LockFailed;
         ++_depth;
         return {};
@@ -45,15 +32,4 @@ void nxMutex::_Wait(unsigned int thread)
             holder = 0;
         }
     }
-}
-
-nxErrorEnum nxMutex::Unlock()
-{
-    if ((_holder.load(std::memory_order_relaxed) & ~Waited) != GetThread()) return nxError_UnlockFailed;
-    if (_depth != 0) {
-        --_depth;
-        return {};
-    }
-    if ((_holder.exchange(0, std::memory_order_release) & Waited) != 0) _holder.notify_one();
-    return {};
 }

@@ -4,12 +4,6 @@
 #include <array>
 #include <limits>
 
-namespace {
-
-constexpr nxInt128 Most = static_cast<nxInt128>(~static_cast<nxUInt128>(0) >> 1);
-
-}  // namespace
-
 // Half away from zero.
 nxExactAmount::Wide nxExactAmount::_Divide(Wide numerator, Wide denominator)
 {
@@ -21,14 +15,6 @@ nxExactAmount::Wide nxExactAmount::_Divide(Wide numerator, Wide denominator)
     return (numerator < 0) == (denominator < 0) ? quotient + 1 : quotient - 1;
 }
 
-nxExactAmount::nxExactAmount(const nxDecimal& price, long long volume, const nxDecimal& factor)
-{
-    if (!price.IsValid()) return;
-    _mantissa = Wide(price.GetMantissa()) * volume;
-    _places = price.GetDecimalPlaces();
-    *this *= factor;
-}
-
 nxExactAmount& nxExactAmount::_Saturate(bool isNegative)
 {
     _mantissa = isNegative ? -Most : Most;
@@ -36,7 +22,7 @@ nxExactAmount& nxExactAmount::_Saturate(bool isNegative)
     return *this;
 }
 
-nxExactAmount& nxExactAmount::operator*=(const nxDecimal& factor)
+nxExactAmount& nxExactAmount::_MultiplySlow(const nxDecimal& factor)
 {
     nxDecimal other = factor;
     Wide product = 0;
@@ -92,15 +78,8 @@ void nxExactAmount::_Round(unsigned char places)
     _places = places;
 }
 
-nxExactAmount& nxExactAmount::operator+=(const nxExactAmount& other)
+nxExactAmount& nxExactAmount::_AddSlow(const nxExactAmount& other)
 {
-    Wide quick = 0;
-    if (_places == other._places && !__builtin_add_overflow(_mantissa, other._mantissa, &quick) &&
-        quick >= -Most) [[likely]]
-    {
-        _mantissa = quick;
-        return *this;
-    }
     nxExactAmount added = other;
     added._Widen(_places);
     _Widen(added._places);
@@ -115,13 +94,6 @@ nxExactAmount& nxExactAmount::operator+=(const nxExactAmount& other)
     }
     _mantissa = sum;
     return *this;
-}
-
-nxExactAmount& nxExactAmount::operator-=(const nxExactAmount& other)
-{
-    nxExactAmount negative = other;
-    negative._mantissa = -negative._mantissa;
-    return *this += negative;
 }
 
 nxExactAmount nxExactAmount::GetShare(long long part, long long whole, unsigned char places) const

@@ -16,12 +16,39 @@ class nxExactAmount
 public:
     nxExactAmount() = default;
     // price * volume * factor; a price or factor that is not valid counts as 0.
-    nxExactAmount(const nxDecimal& price, long long volume, const nxDecimal& factor = nxDecimalOne);
+    nxExactAmount(const nxDecimal& price, long long volume, const nxDecimal& factor = nxDecimalOne)
+    {
+        if (!price.IsValid()) return;
+        _mantissa = Wide(price.GetMantissa()) * volume;
+        _places = price.GetDecimalPlaces();
+        *this *= factor;
+    }
 
-    nxExactAmount& operator+=(const nxExactAmount& other);
-    nxExactAmount& operator-=(const nxExactAmount& other);
+    nxExactAmount& operator+=(const nxExactAmount& other)
+    {
+        Wide sum = 0;
+        if (_places != other._places || __builtin_add_overflow(_mantissa, other._mantissa, &sum) ||
+            sum < -Most) [[unlikely]]
+            return _AddSlow(other);
+        _mantissa = sum;
+        return *this;
+    }
+    nxExactAmount& operator-=(const nxExactAmount& other)
+    {
+        nxExactAmount negative = other;
+        negative._mantissa = -negative._mantissa;
+        return *this += negative;
+    }
     // A factor that is not valid counts as 0.
-    nxExactAmount& operator*=(const nxDecimal& factor);
+    nxExactAmount& operator*=(const nxDecimal& factor)
+    {
+        const auto mantissa = static_cast<long long>(_mantissa);
+        if (mantissa != _mantissa) [[unlikely]]
+            return _MultiplySlow(factor);
+        _mantissa = Wide(mantissa) * factor.GetMantissa();  // 0 of one that is not valid
+        _places = static_cast<unsigned char>(_places + factor.GetDecimalPlaces());
+        return *this;
+    }
     friend nxExactAmount operator+(nxExactAmount a, const nxExactAmount& b) { return a += b; }
     friend nxExactAmount operator-(nxExactAmount a, const nxExactAmount& b) { return a -= b; }
 
@@ -70,6 +97,11 @@ public:
 
 private:
     using Wide = nxInt128;
+    static constexpr Wide Most = static_cast<Wide>(~static_cast<nxUInt128>(0) >> 1);
+
+    // What passes 128 bits, or has other places.
+    nxExactAmount& _AddSlow(const nxExactAmount& other);
+    nxExactAmount& _MultiplySlow(const nxDecimal& factor);
     static Wide _Divide(Wide numerator, Wide denominator);
     void _Widen(unsigned char places);
     void _Round(unsigned char places);
