@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class nxScriptAccount;
@@ -40,6 +41,10 @@ public:
     bool GetNamedValue(const std::string& key, double& out) const;
     bool GetNamedValue(const std::string& key, bool& out) const;
     bool GetNamedValue(const std::string& key, std::string& out) const;
+
+    // The names of its values, as far as `room` goes; they are the script's and good while the table is not
+    // changed. False: there are more, which are not in `out`. None when the parameter is no table.
+    bool GetNames(std::string_view* out, std::size_t room, std::size_t& count) const;
 
     // The elements 1, 2, ... up to the first nil. False when the parameter is no table or at the first
     // element that is not numeric; what was read so far stays in out.

@@ -3,14 +3,15 @@
 #include "base/log/nxLogMessage.h"
 #include "base/values/nxPriceManipulator.h"
 #include "base/values/nxStringHelper.h"
-#include "scriptFramework/lua/nxLuaParameter.h"
+#include "scriptFramework/orders/nxNamedValues.h"
 
 using Self = nxAlgoOrderParameters;
 
-bool nxAlgoOrderParameters::SetParameters(const nxLuaParameter& table, std::string& error,
+bool nxAlgoOrderParameters::SetParameters(const nxLuaParameter& parameter, std::string& error,
                                           const nxPriceManipulator& manipulator,
                                           const nxRoundingMethodEnum& rounding)
 {
+    const nxNamedValues table(parameter);
     if (!_SetNumbers(table, {{"volume", _volume}}, error)) return false;
     if (_GetDecimalValue(table, "price", manipulator, rounding, _price, error) && !error.empty())
         return false;
@@ -20,7 +21,7 @@ bool nxAlgoOrderParameters::SetParameters(const nxLuaParameter& table, std::stri
 
     // A valid date ends the reading, which is kept: scripts give dates and peaks in calls of their own.
     std::string expiryDate;
-    if (table.GetNamedValue("expiryDate", expiryDate)) return _SetExpiryDate(expiryDate, error);
+    if (table.Get("expiryDate", expiryDate)) return _SetExpiryDate(expiryDate, error);
 
     return _SetIcebergParameters(table, error) && _SetBracketParameters(table, error) &&
            _SetFinesseParameters(table, error) &&
@@ -32,12 +33,12 @@ bool nxAlgoOrderParameters::SetParameters(const nxLuaParameter& table, std::stri
                        error);
 }
 
-bool nxAlgoOrderParameters::_SetNumbers(const nxLuaParameter& table, std::initializer_list<NumberKey> keys,
+bool nxAlgoOrderParameters::_SetNumbers(const nxNamedValues& table, std::initializer_list<NumberKey> keys,
                                         std::string& error)
 {
     std::string text;
     for (const auto& [key, field] : keys) {
-        if (!table.GetNamedValue(key, text)) continue;
+        if (!table.Get(key, text)) continue;
         const nxErrorEnum result = field.SetFromString(text);
         if (result.IsSuccess()) continue;
         error = _GetErrorString(key, text, result);
@@ -46,19 +47,19 @@ bool nxAlgoOrderParameters::_SetNumbers(const nxLuaParameter& table, std::initia
     return true;
 }
 
-bool nxAlgoOrderParameters::_GetDecimalValue(const nxLuaParameter& table, const char* key,
+bool nxAlgoOrderParameters::_GetDecimalValue(const nxNamedValues& table, const char* key,
                                              const nxPriceManipulator& manipulator,
                                              const nxRoundingMethodEnum& rounding, nxDecimal& target,
                                              std::string& error)
 {
     std::string text;
-    if (!table.GetNamedValue(key, text)) return false;
+    if (!table.Get(key, text)) return false;
     const nxErrorEnum result = target.SetFromString(text, '.');
     if (!result.IsSuccess()) {
         // Lua writes very small and very large numbers with an exponent.
         constexpr unsigned char places = 10;
         double number = 0.0;
-        if (table.GetNamedValue(key, number)) {
+        if (table.Get(key, number)) {
             target.SetFromDouble(number, places);
         } else {
             error = _GetErrorString(key, text, result);
@@ -95,7 +96,7 @@ bool nxAlgoOrderParameters::_SetExpiryDate(const std::string& text, std::string&
     return false;
 }
 
-bool nxAlgoOrderParameters::_SetIcebergParameters(const nxLuaParameter& table, std::string& error)
+bool nxAlgoOrderParameters::_SetIcebergParameters(const nxNamedValues& table, std::string& error)
 {
     return _SetNumbers(table,
                        {{"icebergMinPeakSize", _icebergMinPeakSize},
@@ -104,14 +105,14 @@ bool nxAlgoOrderParameters::_SetIcebergParameters(const nxLuaParameter& table, s
                        error);
 }
 
-bool nxAlgoOrderParameters::_SetBracketParameters(const nxLuaParameter& table, std::string& error)
+bool nxAlgoOrderParameters::_SetBracketParameters(const nxNamedValues& table, std::string& error)
 {
     if (!_SetNumbers(table,
                      {{"bracketProfit", _bracketProfitTicks}, {"bracketStopLoss", _bracketStopLossTicks}},
                      error))
         return false;
     std::string text;
-    if (table.GetNamedValue("bracketStopLossType", text)) {
+    if (table.Get("bracketStopLossType", text)) {
         if (text != "MARKET" && text != "LIMIT") {
             error = "Can not set bracketStopLossType to ]" + text + "] should be MARKET or LIMIT";  // sic
             return false;
@@ -121,18 +122,18 @@ bool nxAlgoOrderParameters::_SetBracketParameters(const nxLuaParameter& table, s
     if (!_SetNumbers(table, {{"bracketStopLossLimit", _bracketStopLossOrderTicksFromTrigger}}, error))
         return false;
     // A text, not a boolean, which would count as not given; no text is refused.
-    if (table.GetNamedValue("bracketStopLossTrailing", text))
+    if (table.Get("bracketStopLossTrailing", text))
         _bracketStopLossOrderExecutionRestriction =
             text == "true" ? nxExecutionRestriction_TrailingStop : nxExecutionRestriction_Stop;
     return _SetNumbers(table, {{"bracketStopLossVolume", _bracketStopLossOrderVolumeThreshold}}, error);
 }
 
-bool nxAlgoOrderParameters::_SetFinesseParameters(const nxLuaParameter& table, std::string& error)
+bool nxAlgoOrderParameters::_SetFinesseParameters(const nxNamedValues& table, std::string& error)
 {
     if (!_SetNumbers(table, {{"finesseTicks", _finesseTicks}, {"finesseVolume", _finesseVolume}}, error))
         return false;
     std::string text;
-    if (!table.GetNamedValue("finessePaperOnly", text) || _finessePaperOnly.SetFromString(text)) return true;
+    if (!table.Get("finessePaperOnly", text) || _finessePaperOnly.SetFromString(text)) return true;
     // The error of the last conversion, a success by now: it does not describe this failure, and is kept.
     error = _GetErrorString("finessePaperOnly", text, nxErrorEnum());
     return false;

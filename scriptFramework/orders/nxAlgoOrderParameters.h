@@ -13,6 +13,7 @@
 #include "base/values/nxValueWrapper.h"
 
 class nxLuaParameter;
+class nxNamedValues;
 class nxPriceManipulator;
 
 // What one call of order:work{...} changes: the values that the script's table names, and no-change in all
@@ -31,7 +32,7 @@ public:
     //
     // A valid "expiryDate" is the last key that is looked at, but for "volume", "price", "stopPrice" and
     // "stopVolume": whoever changes an iceberg or bracket value and the date needs two calls.
-    [[nodiscard]] bool SetParameters(const nxLuaParameter& table, std::string& error,
+    [[nodiscard]] bool SetParameters(const nxLuaParameter& parameter, std::string& error,
                                      const nxPriceManipulator& manipulator,
                                      const nxRoundingMethodEnum& rounding);
     // Takes every field of other that is not at no-change, nulls included; never algoID and accountID, which
@@ -82,15 +83,15 @@ private:
         nxVolume& field;
     };
     // Each gives false after a failure told in error.
-    static bool _SetNumbers(const nxLuaParameter& table, std::initializer_list<NumberKey> keys,
+    static bool _SetNumbers(const nxNamedValues& table, std::initializer_list<NumberKey> keys,
                             std::string& error);
     bool _SetExpiryDate(const std::string& text, std::string& error);
-    bool _SetIcebergParameters(const nxLuaParameter& table, std::string& error);
-    bool _SetBracketParameters(const nxLuaParameter& table, std::string& error);
-    bool _SetFinesseParameters(const nxLuaParameter& table, std::string& error);
+    bool _SetIcebergParameters(const nxNamedValues& table, std::string& error);
+    bool _SetBracketParameters(const nxNamedValues& table, std::string& error);
+    bool _SetFinesseParameters(const nxNamedValues& table, std::string& error);
 
     // Whether the key was given; then error tells whether it was good.
-    bool _GetDecimalValue(const nxLuaParameter& table, const char* key, const nxPriceManipulator& manipulator,
+    bool _GetDecimalValue(const nxNamedValues& table, const char* key, const nxPriceManipulator& manipulator,
                           const nxRoundingMethodEnum& rounding, nxDecimal& target, std::string& error);
     static std::string _GetErrorString(const std::string& key, const std::string& value,
                                        const nxErrorEnum& error);

@@ -6,6 +6,7 @@
 #include "scriptFramework/lua/nxScriptAccount.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
 #include "scriptFramework/orders/nxAlgoOrderObject.h"
+#include "scriptFramework/orders/nxNamedValues.h"
 
 namespace {
 
@@ -39,18 +40,19 @@ struct OrderRequest
     }
 
     // createOrder{side = ..., type = ..., ...}
-    bool ReadTable(const nxLuaParameter& table, nxLuaResults& results)
+    bool ReadTable(const nxLuaParameter& parameter, nxLuaResults& results)
     {
-        if (!table.IsTable())
+        if (!parameter.IsTable())
             return results.Fail(
                 "createOrder : One one argument that has to be a named value collection");  // sic
-        if (!table.GetNamedValue("side", side)) return results.Fail("createOrder : side not specified");
-        if (!table.GetNamedValue("type", type)) return results.Fail("createOrder : type not specified");
-        table.GetNamedValue("exec", exec);
-        table.GetNamedValue("spreadSpec", spreadSpec);
-        table.GetNamedValue("spreadInstance", spreadInstance);
-        table.GetNamedValue("time", time);
-        hasShow = table.GetNamedValue("show", show);
+        const nxNamedValues table(parameter);
+        if (!table.Get("side", side)) return results.Fail("createOrder : side not specified");
+        if (!table.Get("type", type)) return results.Fail("createOrder : type not specified");
+        table.Get("exec", exec);
+        table.Get("spreadSpec", spreadSpec);
+        table.Get("spreadInstance", spreadInstance);
+        table.Get("time", time);
+        hasShow = table.Get("show", show);
         return true;
     }
 
