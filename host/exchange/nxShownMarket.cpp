@@ -39,8 +39,12 @@ void nxShownMarket::Take(nxSide side, const nxDecimal& price, unsigned int volum
 
 void nxShownMarket::TakeTraded(nxSide side, const nxDecimal& price, const nxVolume& volume)
 {
-    _ForEachShown(side, [&](const nxDecimal& level, unsigned int shown) {
+    nxDecimal& passed = _passed[side];
+    if (passed.IsValid() && nxIsBetter(side, price, passed)) return;
+    bool isPassed = _usesDepth;
+    const auto take = [&](const nxDecimal& level, unsigned int shown) {
         const bool isThrough = nxIsBetter(side, level, price);
+        if (shown == Unlimited) isPassed = false;
         if (shown == Unlimited || (!isThrough && level != price)) return false;
         const unsigned int traded = isThrough ? shown : volume.IsValid() ? volume.GetValue() : 0;
         if (isThrough && !_usesDepth) _assumed[side].NoteTraded(side, price);
@@ -48,7 +52,9 @@ void nxShownMarket::TakeTraded(nxSide side, const nxDecimal& price, const nxVolu
         unsigned int& sum = _gone[side][level].traded;
         sum += std::min(traded, shown - std::min(shown, sum));
         return isThrough;
-    });
+    };
+    _ForEachShown(side, take, passed);
+    if (isPassed) passed = price;
 }
 
 void nxShownMarket::_Show(Levels& levels, Levels::iterator level, unsigned int volume)
@@ -60,6 +66,8 @@ void nxShownMarket::_Show(Levels& levels, Levels::iterator level, unsigned int v
 
 void nxShownMarket::ShowLevel(nxSide side, const nxDecimal& price, unsigned int volume)
 {
+    nxDecimal& passed = _passed[side];
+    if (passed.IsValid() && nxIsBetter(side, price, passed)) passed = price;
     const auto level = _gone[side].find(price);
     if (level != _gone[side].end()) _Show(_gone[side], level, volume);
 }
@@ -93,6 +101,7 @@ void nxShownMarket::Forget()
     for (const nxSide side : nxSides) {
         _best[side] = _market.GetBest(side);
         _gone[side].clear();
+        _passed[side] = {};
         _assumed[side].Forget();
     }
 }

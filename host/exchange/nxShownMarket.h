@@ -3,6 +3,7 @@
 #include <boost/container/flat_map.hpp>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "host/exchange/nxAssumedBook.h"
@@ -64,12 +65,16 @@ private:
     using Levels = boost::container::flat_map<nxDecimal, Gone>;
 
     static void _Show(Levels& levels, Levels::iterator level, unsigned int volume);
-    // fn(price, volume) as the data show it.
+    // fn(price, volume) as the data show it. from: of data of depth without the levels that are better; null:
+    // with all.
     template <class Visit>
-    void _ForEachShown(nxSide side, Visit visit) const;
+    void _ForEachShown(nxSide side, Visit visit, const nxDecimal& from = {}) const;
 
     const nxMarketProduct& _market;
     nxBySide<Levels> _gone;
+    // Where the market has traded through: what depth shows better than that is gone, all of it. Most trades
+    // come to where the one before was, and so do not walk there again. Null: nowhere.
+    nxBySide<nxDecimal> _passed;
     nxBySide<nxBestQuote> _best;  // as last seen, where the data hold only those
     nxBySide<nxAssumedBook> _assumed;
     bool _usesDepth = false;
@@ -85,7 +90,7 @@ void nxShownMarket::ForEachAssumed(nxSide side, const nxDecimal& tick, Visit vis
 }
 
 template <class Visit>
-void nxShownMarket::_ForEachShown(nxSide side, Visit visit) const
+void nxShownMarket::_ForEachShown(nxSide side, Visit visit, const nxDecimal& from) const
 {
     if (!_usesDepth) {
         const nxBestQuote best = _market.GetBest(side);
@@ -99,9 +104,10 @@ void nxShownMarket::_ForEachShown(nxSide side, Visit visit) const
     };
     const nxMarketDepth::Map& levels = _market.GetLevels(side);
     if (side == nxSide::Buy) {
-        go(levels.rbegin(), levels.rend());
+        go(from.IsValid() ? std::make_reverse_iterator(levels.upper_bound(from)) : levels.rbegin(),
+           levels.rend());
     } else {
-        go(levels.begin(), levels.end());
+        go(from.IsValid() ? levels.lower_bound(from) : levels.begin(), levels.end());
     }
 }
 
