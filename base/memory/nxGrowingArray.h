@@ -24,17 +24,18 @@ public:
     template <class... Arguments>
     T& Append(Arguments&&... arguments)
     {
-        if (_size == _CountBefore(_pieces.size())) [[unlikely]]
+        if (_left == 0) [[unlikely]]
             _AddPiece();
         T& added = _pieces.back().emplace_back(std::forward<Arguments>(arguments)...);
         ++_size;
+        --_left;
         return added;
     }
 
     void Clear()
     {
         _pieces.clear();
-        _size = 0;
+        _size = _left = 0;
     }
 
 private:
@@ -49,9 +50,11 @@ private:
     {
         std::vector<T> piece;
         piece.reserve(FirstSize << _pieces.size());
+        _left = FirstSize << _pieces.size();
         _pieces.push_back(std::move(piece));
     }
 
     std::vector<std::vector<T>> _pieces;  // with room for all that each is to hold
     std::size_t _size = 0;
+    std::size_t _left = 0;  // places of the last piece that are free
 };

@@ -49,7 +49,7 @@ const nxGenericProductID& nxAlgoTickDataCollectionObject::GetProductID() const
     return _product->GetGenericProductID();
 }
 
-void nxAlgoTickDataCollectionObject::_AppendRaw(const nxTickData& tick)
+void nxAlgoTickDataCollectionObject::_AppendRaw(const nxIndicatorBar& bar)
 {
     // In steps of four, since memory that is set aside and not touched costs nothing, but each move does.
     if (_closeValues.size() == _closeValues.capacity()) [[unlikely]] {
@@ -58,11 +58,11 @@ void nxAlgoTickDataCollectionObject::_AppendRaw(const nxTickData& tick)
             values->reserve(std::max<std::size_t>(256, 4 * values->size()));
         _charge.SetAnyway(_GetBytes());
     }
-    _closeValues.push_back(tick.GetClose().GetAsDouble());
-    _openValues.push_back(tick.GetOpen().GetAsDouble());
-    _highValues.push_back(tick.GetHigh().GetAsDouble());
-    _lowValues.push_back(tick.GetLow().GetAsDouble());
-    _volumeValues.push_back(tick.GetVolume());
+    _closeValues.push_back(bar.close);
+    _openValues.push_back(bar.open);
+    _highValues.push_back(bar.high);
+    _lowValues.push_back(bar.low);
+    _volumeValues.push_back(bar.volume);
 }
 
 std::size_t nxAlgoTickDataCollectionObject::_GetBytes() const
@@ -83,13 +83,13 @@ bool nxAlgoTickDataCollectionObject::SetAccount(nxLuaResults& results)
     return results.Sets(_charge, bytes);
 }
 
-void nxAlgoTickDataCollectionObject::_ReplaceRaw(const nxTickData& tick)
+void nxAlgoTickDataCollectionObject::_ReplaceRaw(const nxIndicatorBar& bar)
 {
-    _closeValues.back() = tick.GetClose().GetAsDouble();
-    _openValues.back() = tick.GetOpen().GetAsDouble();
-    _highValues.back() = tick.GetHigh().GetAsDouble();
-    _lowValues.back() = tick.GetLow().GetAsDouble();
-    _volumeValues.back() = tick.GetVolume();
+    _closeValues.back() = bar.close;
+    _openValues.back() = bar.open;
+    _highValues.back() = bar.high;
+    _lowValues.back() = bar.low;
+    _volumeValues.back() = bar.volume;
 }
 
 nxAlgoTickDataObject* nxAlgoTickDataCollectionObject::AddTickData(const nxTickData& tick, bool recalculate)
@@ -97,10 +97,12 @@ nxAlgoTickDataObject* nxAlgoTickDataCollectionObject::AddTickData(const nxTickDa
     const nxMutexGuard guard(_mutex);
     nxAlgoTickDataObject& added = _ticks.Append(GetJob(), this);
     added.SetTickData(tick);
+    const nxIndicatorBar raw{added.GetOpen(), added.GetHigh(), added.GetLow(), added.GetClose(),
+                             static_cast<double>(tick.GetVolume())};
     if (_closeValues.size() == _ticks.GetSize()) {
-        _ReplaceRaw(tick);
+        _ReplaceRaw(raw);
     } else {
-        _AppendRaw(tick);
+        _AppendRaw(raw);
     }
     _realTimeTick.reset();
     if (recalculate) {
@@ -150,11 +152,15 @@ void nxAlgoTickDataCollectionObject::SetRealTimeTickData(const nxTickData& tick)
 void nxAlgoTickDataCollectionObject::_SetRealTimeRawData(const nxTickData&)
 {
     const nxMutexGuard guard(_mutex);
+    const nxTickData& tick = *_realTimeTick;
+    const nxIndicatorBar raw{tick.GetOpen().GetAsDouble(), tick.GetHigh().GetAsDouble(),
+                             tick.GetLow().GetAsDouble(), tick.GetClose().GetAsDouble(),
+                             static_cast<double>(tick.GetVolume())};
     if (_ticks.GetSize() + 1 == _closeValues.size()) {
-        _ReplaceRaw(*_realTimeTick);
+        _ReplaceRaw(raw);
         return;
     }
-    _AppendRaw(*_realTimeTick);
+    _AppendRaw(raw);
     if (_ticks.GetSize() + 1 != _closeValues.size())
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(),
                      "Invalid tick collection size with real time data. Tick data : ", _ticks.GetSize(),

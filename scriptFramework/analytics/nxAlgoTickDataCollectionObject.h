@@ -10,6 +10,7 @@
 #include "base/memory/nxGrowingArray.h"
 #include "base/records/nxTickData.h"
 #include "base/threads/nxMutex.h"
+#include "indicators/nxIndicatorBar.h"
 #include "scriptFramework/analytics/nxAlgoIndicatorObject.h"
 #include "scriptFramework/analytics/nxAlgoTickDataObject.h"
 #include "scriptFramework/lua/nxScriptCharge.h"
@@ -19,7 +20,7 @@ class nxGenericProductID;
 
 // The history of a product in bars of one period, perhaps with a bar under construction, and the indicators
 // over it. The host derives from it, fills it and decides when a bar is complete; the product owns it, and it
-// owns its bars and indicators. It never trims: it grows as long as the host adds bars. A bar costs some 150
+// owns its bars and indicators. It never trims: it grows as long as the host adds bars. A bar costs some 110
 // bytes, its address stays.
 //
 // The mutex guards the completed bars and the raw arrays, so that the host may add bars on a thread of its
@@ -88,8 +89,8 @@ protected:
 private:
     // The raw series in the order in which indicators take them; an entry's place is that of its bar. As long
     // as there are bars, or longer by the one under construction.
-    void _AppendRaw(const nxTickData& tick);
-    void _ReplaceRaw(const nxTickData& tick);
+    void _AppendRaw(const nxIndicatorBar& bar);
+    void _ReplaceRaw(const nxIndicatorBar& bar);
     void _CalculateRealTime();
     // Of the bars, for which room is made ahead, and the lines of the indicators.
     std::size_t _GetBytes() const;

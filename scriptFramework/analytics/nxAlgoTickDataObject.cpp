@@ -1,5 +1,7 @@
 #include "scriptFramework/analytics/nxAlgoTickDataObject.h"
 
+#include <cmath>
+
 #include "base/records/nxTickData.h"
 #include "scriptFramework/analytics/nxAlgoTickDataCollectionObject.h"
 
@@ -22,38 +24,48 @@ constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
 };
 static_assert(nxIsBoundTable(Self::Properties));
 
+namespace {
+
+bool AddPrice(nxLuaResults& results, double price)
+{
+    if (std::isnan(price)) {
+        results.AddNull();
+    } else {
+        results.Add(price);
+    }
+    return true;
+}
+
+}  // namespace
+
 void nxAlgoTickDataObject::SetTickData(const nxTickData& tick)
 {
-    _open = tick.GetOpen();
-    _close = tick.GetClose();
-    _high = tick.GetHigh();
-    _low = tick.GetLow();
+    _open = tick.GetOpen().GetAsDouble();
+    _close = tick.GetClose().GetAsDouble();
+    _high = tick.GetHigh().GetAsDouble();
+    _low = tick.GetLow().GetAsDouble();
     _volume = tick.GetVolume();
     _time = tick.GetTime();
 }
 
 bool nxAlgoTickDataObject::Get_open(nxLuaResults& results)
 {
-    results.Add(_open);
-    return true;
+    return AddPrice(results, _open);
 }
 
 bool nxAlgoTickDataObject::Get_close(nxLuaResults& results)
 {
-    results.Add(_close);
-    return true;
+    return AddPrice(results, _close);
 }
 
 bool nxAlgoTickDataObject::Get_high(nxLuaResults& results)
 {
-    results.Add(_high);
-    return true;
+    return AddPrice(results, _high);
 }
 
 bool nxAlgoTickDataObject::Get_low(nxLuaResults& results)
 {
-    results.Add(_low);
-    return true;
+    return AddPrice(results, _low);
 }
 
 bool nxAlgoTickDataObject::Get_volume(nxLuaResults& results)

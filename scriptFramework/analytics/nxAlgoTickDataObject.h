@@ -1,7 +1,8 @@
 #pragma once
 
+#include <limits>
+
 #include "base/time/nxDateTime.h"
-#include "base/values/nxDecimal.h"
 #include "base/values/nxValueWrapper.h"
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
@@ -25,6 +26,12 @@ public:
 
     void SetTickData(const nxTickData& tick);
 
+    // NaN for a null.
+    double GetOpen() const { return _open; }
+    double GetHigh() const { return _high; }
+    double GetLow() const { return _low; }
+    double GetClose() const { return _close; }
+
     bool Get_open(nxLuaResults&);
     bool Get_close(nxLuaResults&);
     bool Get_high(nxLuaResults&);
@@ -35,11 +42,14 @@ public:
     bool Get_collection(nxLuaResults&);
 
 private:
-    nxDecimal _open;
-    nxDecimal _close;
-    nxDecimal _high;
-    nxDecimal _low;
-    nxVolume _volume;
+    static constexpr double Null = std::numeric_limits<double>::quiet_NaN();
+
+    // As a script gets them, which takes half the room of a decimal: collections have them by the million.
+    double _open = Null;
+    double _close = Null;
+    double _high = Null;
+    double _low = Null;
     nxDateTime _time;
     nxAlgoTickDataCollectionObject* _collection;
+    nxVolume _volume;
 };
