@@ -1,5 +1,7 @@
 #include "host/check/nxScriptReview.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <filesystem>
 
@@ -55,6 +57,11 @@ nxScriptReview::nxScriptReview(const std::vector<nxJobOptions>& jobs, const std:
     const bool isToBeRead = IsToBeRead(options);
     _notes = std::async(isToBeRead ? std::launch::async : std::launch::deferred,
                         [isToBeRead, options = std::move(options)] {
-                            return isToBeRead ? Review(options) : std::vector<std::string>();
+                            std::vector<std::string> notes;
+                            if (!isToBeRead) return notes;
+                            notes = Review(options);
+                            // Some megabytes, which the run beside it need not have in its peak.
+                            malloc_trim(0);
+                            return notes;
                         });
 }

@@ -15,6 +15,7 @@
 struct nxCsvBlock
 {
     static constexpr std::size_t Size = 256 * 1024;  // the longest row, too
+    static constexpr std::size_t Step = 128 * 1024;  // read ahead at once
     // Behind the lines, so that the number reader may look at eight bytes at a time.
     static constexpr std::size_t Padding = 32;
 

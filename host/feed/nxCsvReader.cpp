@@ -109,6 +109,8 @@ void nxCsvReader::_ReadAhead()
 }
 
 // Reads until the block has at least one whole line and that many bytes, or is full, or the stream is over.
+// It takes no more at once than `least` or a step: rows that were just parsed are better found in the
+// processor's cache than read ahead by the thousand.
 void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
 {
     if (!block.text)
@@ -123,7 +125,8 @@ void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
     while (!_isStreamOver && filled != full &&
            (block.end == begin || static_cast<std::size_t>(filled - begin) < least))
     {
-        const long long count = _ReadText(filled, static_cast<std::size_t>(full - filled));
+        const auto room = static_cast<std::size_t>(full - filled);
+        const long long count = _ReadText(filled, std::min(room, std::max(least, nxCsvBlock::Step)));
         _isStreamOver = count <= 0;
         if (count > 0) {
             const void* lastEnd = memrchr(filled, '\n', static_cast<std::size_t>(count));

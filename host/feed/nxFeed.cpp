@@ -181,6 +181,7 @@ bool nxFeed::_Advance(nxFeedReader& reader, const nxFeedEvent*& event)
 // Brings the front, whose event has changed, to its place.
 void nxFeed::_SiftDown()
 {
+    if (_heads.size() < 2) return;
     for (std::size_t parent = 0;;) {
         std::size_t least = parent;
         for (std::size_t child = 2 * parent + 1; child < std::min(2 * parent + 3, _heads.size()); ++child) {
