@@ -4,7 +4,7 @@
 #include <cmath>
 #include <sstream>
 #include <string_view>
-#include <tuple>
+#include <utility>
 
 #include "base/values/nxStringHelper.h"
 #include "host/feed/nxInputStream.h"
@@ -26,6 +26,14 @@ std::string GetReason(std::string_view report)
     const std::size_t colon = names == report.npos ? report.npos : report.find(": ", names);
     if (colon != report.npos) report.remove_prefix(colon + 2);
     return report.empty() ? "is not TOML" : std::string(report);
+}
+
+// Where a value stands in its file. Its location() would count the lines in front of it each time, which
+// takes seconds for thousands of products.
+std::ptrdiff_t GetOffset(const toml::value& value)
+{
+    const auto* const region = dynamic_cast<const toml::detail::region*>(toml::detail::get_region(value));
+    return region == nullptr ? 0 : region->first() - region->begin();
 }
 
 }  // namespace
@@ -73,8 +81,7 @@ nxTomlFile::Entries nxTomlFile::GetEntries(const toml::value& table, const std::
     for (const auto& [key, value] : table.as_table())
         entries.emplace_back(key, &value);
     std::ranges::sort(entries, {}, [](const auto& entry) {
-        const toml::source_location place = entry.second->location();
-        return std::make_tuple(place.line(), place.column(), entry.first);
+        return std::pair(GetOffset(*entry.second), std::string_view(entry.first));
     });
     return entries;
 }
