@@ -11,7 +11,7 @@ DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --l
 SOURCES = git ls-files '*.h' '*.cpp'
 PACKAGES = packages.txt
 
-.PHONY: help demo test test-cluster soak faults fuzz build asan tsan luajit bench format check-format install packages clean
+.PHONY: help demo test test-cluster soak faults fuzz build asan tsan luajit bench count-check format check-format install packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
@@ -24,6 +24,7 @@ help:
 	@echo "make tsan     the tests with threads under ThreadSanitizer"
 	@echo "make luajit   the tests on LuaJIT"
 	@echo "make bench    the benchmarks"
+	@echo "make count-check  instructions for an event, against tools/instruction_counts.txt"
 	@echo "make format   format the sources; make check-format only looks"
 	@echo "make install  install the library and algoserver below PREFIX ($(PREFIX))"
 
@@ -98,6 +99,12 @@ bench: packages
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target nx_bench
 	tools/run_benchmarks build/release
+
+# Without link-time optimisation, whose choices move with code far away from what is counted.
+count-check: packages
+	cmake --preset count
+	cmake --build --preset count -j $(JOBS) --target algoserver
+	tools/instruction_counts build/count/apps/algoserver/algoserver
 
 format: packages
 	$(SOURCES) | xargs clang-format-14 -i
