@@ -11,7 +11,7 @@ DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --l
 SOURCES = git ls-files '*.h' '*.cpp'
 PACKAGES = packages.txt
 
-.PHONY: help demo test test-cluster soak faults fuzz build asan tsan luajit bench bench-check format check-format install packages clean
+.PHONY: help demo test test-cluster soak faults fuzz build asan tsan luajit bench bench-check count-check format check-format install packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
@@ -25,6 +25,7 @@ help:
 	@echo "make luajit   the tests on LuaJIT"
 	@echo "make bench    the benchmarks"
 	@echo "make bench-check  the benchmarks' ratios against those in docs/performance.md"
+	@echo "make count-check  instructions for an event, against tools/instruction_counts.txt"
 	@echo "make format   format the sources; make check-format only looks"
 	@echo "make install  install the library and algoserver below PREFIX ($(PREFIX))"
 
@@ -104,6 +105,12 @@ bench-check: packages
 	cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target nx_bench
 	tools/bench_check build/release
+
+# Without link-time optimisation, whose choices move with code far away from what is counted.
+count-check: packages
+	cmake --preset count
+	cmake --build --preset count -j $(JOBS) --target algoserver
+	tools/instruction_counts build/count/apps/algoserver/algoserver
 
 format: packages
 	$(SOURCES) | xargs clang-format-14 -i

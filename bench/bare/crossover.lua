@@ -1,4 +1,4 @@
--- A crossover of two averages over a product's bars, run by tools/measure_bars over algoserver and, with the
+-- A crossover of two averages over a product's bars, run by tools/measure_road over algoserver and, with the
 -- averages as globals, over nothing.
 
 local crossings = 0

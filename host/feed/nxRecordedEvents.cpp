@@ -38,7 +38,8 @@ bool nxRecordedEvents::_Advance()
         return false;
     _isAhead = true;
     if (_next != nullptr) _lastTime = _next->time;
-    if (_next != nullptr && !_IsBefore(*_next, _options.end, GetProducts())) _next = nullptr;
+    const bool hasEnd = _options.end != std::numeric_limits<long long>::max();
+    if (hasEnd && _next != nullptr && !_IsBefore(*_next, _options.end, GetProducts())) _next = nullptr;
     return true;
 }
 
