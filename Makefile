@@ -10,8 +10,10 @@ DEMO = run examples/market_maker.lua --data examples/data/demo_quotes.csv.gz --l
     --report build/demo.html
 SOURCES = git ls-files '*.h' '*.cpp'
 PACKAGES = packages.txt
+# Whence test-deb takes the bare Debian.
+MIRROR ?= http://deb.debian.org/debian
 
-.PHONY: help demo test test-cluster soak faults fuzz build asan tsan luajit bench bench-check count-check format check-format install packages clean
+.PHONY: help demo test test-cluster soak faults fuzz build asan tsan luajit bench bench-check count-check format check-format install deb test-deb packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
@@ -27,6 +29,8 @@ help:
 	@echo "make bench-check  the benchmarks' ratios against those in docs/performance.md"
 	@echo "make count-check  instructions for an event, against tools/instruction_counts.txt"
 	@echo "make format   format the sources; make check-format only looks"
+	@echo "make deb      Debian packages of algoserver and the library, in build/deb"
+	@echo "make test-deb installs them in a bare Debian of debootstrap, uses them there, and removes them (as root)"
 	@echo "make install  install the library and algoserver below PREFIX ($(PREFIX))"
 
 packages:
@@ -120,6 +124,19 @@ check-format: packages
 
 install: build
 	$(SUDO) cmake --install build/release --prefix $(PREFIX)
+
+# The time of the last commit is that of the packages, so that they are the same whenever they are built.
+deb: PACKAGES += packages-deb.txt
+deb: packages
+	@cmake --preset deb >/dev/null
+	@cmake --build --preset deb -j $(JOBS)
+	@rm -f build/deb/*.deb
+	@cd build/deb && SOURCE_DATE_EPOCH=$$(git log -1 --format=%ct 2>/dev/null || date +%s) cpack >/dev/null
+	@lintian --fail-on error --allow-root build/deb/*.deb
+	@ls -1 build/deb/*.deb
+
+test-deb: deb
+	$(SUDO) tests/packages/check_packages.py build/deb build/debian-base $(MIRROR)
 
 clean:
 	rm -rf build

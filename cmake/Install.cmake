@@ -12,9 +12,9 @@ add_library(scriptFramework::host ALIAS nx_host)
 get_property(floors GLOBAL PROPERTY NX_FLOORS)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/scriptFramework)
 list(REMOVE_ITEM floors nx_host)
-install(TARGETS ${floors} EXPORT scriptFrameworkTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS nx_host EXPORT scriptFrameworkHostTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS algoserver RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS ${floors} EXPORT scriptFrameworkTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+install(TARGETS nx_host EXPORT scriptFrameworkHostTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+install(TARGETS algoserver RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT algoserver)
 # Manual pages and completions, which the program writes by itself.
 install(CODE "
     set(data \"${CMAKE_INSTALL_DATADIR}\")
@@ -27,17 +27,18 @@ install(CODE "
         file(MAKE_DIRECTORY \"\${data}/\${folder}\")
         execute_process(COMMAND \"$<TARGET_FILE:algoserver>\" completion \"\${shell}\" -o \"\${data}/\${file}\"
             COMMAND_ERROR_IS_FATAL ANY)
-    endforeach()")
+    endforeach()" COMPONENT algoserver)
 # What a script finds, for editors; the program writes it by itself.
 install(CODE "
     set(folder \"${CMAKE_INSTALL_DATADIR}/scriptFramework/types\")
     cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
-    execute_process(COMMAND \"$<TARGET_FILE:algoserver>\" types -o \"\$ENV{DESTDIR}\${folder}\" COMMAND_ERROR_IS_FATAL ANY)")
+    execute_process(COMMAND \"$<TARGET_FILE:algoserver>\" types -o \"\$ENV{DESTDIR}\${folder}\" COMMAND_ERROR_IS_FATAL ANY)"
+    COMPONENT algoserver)
 foreach(folder base indicators quant api scriptFramework host)
-    install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scriptFramework FILES_MATCHING PATTERN "*.h")
+    install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scriptFramework COMPONENT dev FILES_MATCHING PATTERN "*.h")
 endforeach()
-install(EXPORT scriptFrameworkTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir})
-install(EXPORT scriptFrameworkHostTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir})
+install(EXPORT scriptFrameworkTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir} COMPONENT dev)
+install(EXPORT scriptFrameworkHostTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir} COMPONENT dev)
 configure_package_config_file(cmake/scriptFrameworkConfig.cmake.in scriptFrameworkConfig.cmake
     INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(scriptFrameworkConfigVersion.cmake COMPATIBILITY SameMinorVersion)
@@ -45,7 +46,7 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/scriptFrameworkConfig.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/scriptFrameworkConfigVersion.cmake
     cmake/FindLua51.cmake
-    DESTINATION ${package_dir})
+    DESTINATION ${package_dir} COMPONENT dev)
 
 if(SCRIPTFRAMEWORK_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # An archive with intermediate code would make every host optimise the whole library anew each time it links: half
@@ -61,5 +62,8 @@ if(SCRIPTFRAMEWORK_LTO AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         foreach(archive IN ITEMS ${archives})
             execute_process(COMMAND \"${CMAKE_OBJCOPY}\" -p -R .gnu.lto_* -R .gnu.debuglto_*
                 \"\$ENV{DESTDIR}\${folder}/\${archive}\" COMMAND_ERROR_IS_FATAL ANY)
-        endforeach()")
+        endforeach()" COMPONENT dev)
+endif()
+if(SCRIPTFRAMEWORK_DEB)
+    include(${CMAKE_CURRENT_LIST_DIR}/Packages.cmake)
 endif()

@@ -13,11 +13,13 @@ import re
 import sys
 
 FOLDER = pathlib.Path(__file__).resolve().parent
-# What every page has.
-SHARED = ["format", "dom", "frame", "grid", "series", "panel", "stack", "bars"]
+# What pages have.
+TABLES = ["format", "dom", "frame", "grid", "series", "bars"]
+SHARED = [*TABLES, "panel", "stack"]  # with charts over time, by dygraphs
 # Of each page: its file, its styles, and its scripts in the order in which they are put together into one.
 PAGES = {
     "result": ("page", ["page"], [*SHARED, "sections", "trades", "compare", "main"]),
+    "profile": ("profile", ["page", "profile"], [*TABLES, "profile_data", "profile_flame", "profile_main"]),
     "sweep": ("sweep", ["page", "sweep"], [*SHARED, "sweep_expression", "sweep_data", "sweep_drawing", "sweep_map", "sweep_parallel", "sweep_scatter",
                                            "sweep_runs", "sweep_sections", "sweep_main"]),
 }
@@ -40,8 +42,11 @@ def inline(tag, texts):
 def main(name, output, dygraphs):
     file, sheets, modules = PAGES[name]
     own = "\n".join((FOLDER / f"{module}.js").read_text(encoding="utf-8") for module in modules)
-    scripts, script_hashes = inline("script", [library(dygraphs / "dygraph.min.js"), f'"use strict";\n(() => {{\n{own}}})();\n'])
-    styles, style_hashes = inline("style", [library(dygraphs / "dygraph.min.css"),
+    page = (FOLDER / f"{file}.html").read_text(encoding="utf-8")
+    has_charts = "@LICENCE@" in page
+    of_others = lambda name: [library(dygraphs / name)] if has_charts else []
+    scripts, script_hashes = inline("script", [*of_others("dygraph.min.js"), f'"use strict";\n(() => {{\n{own}}})();\n'])
+    styles, style_hashes = inline("style", [*of_others("dygraph.min.css"),
                                             *((FOLDER / f"{sheet}.css").read_text(encoding="utf-8") for sheet in sheets)])
     parts = {
         "@POLICY@": f"default-src 'none'; script-src {script_hashes}; style-src {style_hashes}; img-src data:; base-uri 'none'; "
@@ -50,7 +55,6 @@ def main(name, output, dygraphs):
         "@LICENCE@": (FOLDER / "dygraphs_licence.txt").read_text(encoding="utf-8").strip(),
         "@SCRIPTS@": scripts,
     }
-    page = (FOLDER / f"{file}.html").read_text(encoding="utf-8")
     page = re.sub("|".join(parts), lambda match: parts[match[0]], page)
     pathlib.Path(output).write_text(page, encoding="utf-8")
 

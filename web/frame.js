@@ -10,6 +10,13 @@ const notice = (className, title, texts) => texts.length === 0 ? null : el("div"
 // The terms and texts of [term, text].
 const factList = facts => el("dl", {className: "facts"}, facts.map(([term, text]) => [el("dt", null, term), el("dd", null, text || DASH)]));
 
+// The style sheet's colours, asked for once: a picture needs them for each of its marks. Emptied when they change.
+const palette = new Map();
+function theme(name) {
+  if (!palette.has(name)) palette.set(name, getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim());
+  return palette.get(name);
+}
+
 // show() draws the page. repaint() draws its canvases once more, which do not follow the style sheet by themselves.
 function startPage(show, repaint) {
   const recolour = () => {

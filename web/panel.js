@@ -5,13 +5,6 @@ const DASHES = [[], [7, 3], [2, 3], [9, 3, 2, 3], [12, 4], [4, 4], [1, 4], [12, 
 // Its legend would need an inline style, which the page's policy forbids; the page has legends of its own.
 Dygraph.PLUGINS = Dygraph.PLUGINS.filter(plugin => plugin !== Dygraph.Plugins.Legend);
 
-// The style sheet's colours, asked for once: a picture needs them for each of its marks. Emptied when they change.
-const palette = new Map();
-function theme(name) {
-  if (!palette.has(name)) palette.set(name, getComputedStyle(document.documentElement).getPropertyValue(`--${name}`).trim());
-  return palette.get(name);
-}
-
 class Panel {
   // picture: {id, title, unit, series, markers?, isZeroShown?, hasSelector?}; a series also has {colour, dash, isFilled}, where colour is
   // the name of one of the style sheet's, or a colour that begins with #. stack: the pictures that zoom together.

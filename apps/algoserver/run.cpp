@@ -113,6 +113,24 @@ void AddResults(CLI::App& run, nxRunOptions& options)
     AddRoundTrips(run, options);
 }
 
+void AddProfile(CLI::App& run, nxRunOptions& options)
+{
+    CLI::Option* const profile =
+        run.add_option("--profile", options.profileFile,
+                       "HTML file to write to where the scripts spend their instructions and their time: by "
+                       "callback, function and line")
+            ->type_name("FILE.html");
+    run.add_option("--profile-every", options.profileEvery,
+                   "Instructions between the samples of --profile; 1 counts each")
+        ->check(CLI::Range(1u, 1000u))
+        ->needs(profile)
+        ->option_text("1..1000 [997]");
+    run.add_flag(
+        "--profile-memory", options.profilesMemory,
+        "Tell after the summary what the scripts hold, and what of it grows; on the page of --profile, "
+        "too");
+}
+
 }  // namespace
 
 void AddOutputs(CLI::App& run, nxRunOptions& options, std::string& logLevel)
@@ -218,5 +236,6 @@ void AddRunCommand(CLI::App& app, int& status)
         AddAccount(run, arguments->run.options);
     });
     AddGroup(run, "Results", [&] { AddOutputs(run, arguments->run.options, arguments->manner.logLevel); });
+    AddGroup(run, "Profile", [&] { AddProfile(run, arguments->run.options); });
     run.callback([arguments, &status] { status = Run(*arguments); });
 }

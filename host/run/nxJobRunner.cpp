@@ -26,7 +26,12 @@ bool nxJobRunner::Load(const nxRunOptions& options, nxScriptPulse* pulse)
     object.SetPulse(pulse);
     if (options.follower != nullptr) object.SetDebugger(&options.follower->GetDebugger(_job.GetIndex()));
     object.SetScriptHelper(_source.GetHelper());
-    return object.LoadScript(_source.GetText()).IsSuccess();
+    if (_profiler == nullptr) return object.LoadScript(_source.GetText()).IsSuccess();
+    object.SetSampler(_profiler->GetSampler());
+    _profiler->Begin("(loading)");
+    const nxErrorEnum error = object.LoadScript(_source.GetText());
+    _profiler->End(object);
+    return error.IsSuccess();
 }
 
 void nxJobRunner::NoteDefinedCallbacks()
@@ -38,7 +43,9 @@ void nxJobRunner::NoteDefinedCallbacks()
 bool nxJobRunner::Start()
 {
     const auto start = std::chrono::steady_clock::now();
+    if (_profiler != nullptr) _profiler->Begin(nxGetCallbackName(nxCallback::OnInit));
     const nxErrorEnum error = _job.Start();
+    if (_profiler != nullptr) _profiler->End(_job.GetObject());
     nxJobStatistics::Callback& counted = _statistics[nxCallback::OnInit];
     counted.count = counted.timed = 1;
     counted.nanoseconds = std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();

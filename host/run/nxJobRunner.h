@@ -6,6 +6,7 @@
 #include "host/jobs/nxHostJob.h"
 #include "host/jobs/nxScriptSource.h"
 #include "host/report/nxJobStatistics.h"
+#include "host/run/nxJobProfiler.h"
 #include "host/run/nxRunOptions.h"
 
 // One job of a run: its script's source, its way from the start to the end, and the accounts of what was
@@ -23,6 +24,8 @@ public:
     const nxScriptSource& GetSource() const { return _source; }
     nxJobStatistics& GetStatistics() { return _statistics; }
 
+    // Before the load; outlives the runner.
+    void SetProfiler(nxJobProfiler* profiler) { _profiler = profiler; }
     // The pulse outlives the runner; null: none is wanted. Both false on a failure, of which the job object
     // knows the text. The script's random numbers are its own, and follow from the seed of the run and the
     // job's name.
@@ -44,6 +47,8 @@ public:
         if (!Defines(callback)) return true;
         nxJobStatistics::Callback& counted = _statistics[callback];
         nxErrorEnum error;
+        if (_profiler != nullptr) [[unlikely]]
+            _profiler->Begin(nxGetCallbackName(callback));
         if (counted.IsToBeTimed()) {
             const auto start = std::chrono::steady_clock::now();
             error = (_job.GetObject().*entry)(arguments...);
@@ -52,6 +57,8 @@ public:
         } else {
             error = (_job.GetObject().*entry)(arguments...);
         }
+        if (_profiler != nullptr) [[unlikely]]
+            _profiler->End(_job.GetObject());
         ++counted.count;
         if (error.IsSuccess()) return true;
         ++counted.failures;
@@ -71,6 +78,7 @@ public:
 private:
     nxScriptSource _source;
     nxJobStatistics& _statistics;
+    nxJobProfiler* _profiler = nullptr;
     std::string _endReason;
     bool _over = false;
     nxHostJob _job;

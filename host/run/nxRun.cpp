@@ -122,6 +122,7 @@ void nxRun::_End()
     _state.statistics.wallNanoseconds = _clock.GetElapsed().count();
     _WriteSummary();
     _trading.WriteStories();
+    if (_profiler) _WriteProfile();
     if (!_options.isInEnvelope) static_cast<void>(WriteResult(std::nullopt));
     // A script that is closed may still look at the jobs that it watches.
     _watch.Start();
@@ -170,6 +171,7 @@ bool nxRun::_Prepare(std::vector<nxScriptSource>& sources)
         _clock.Set(_source.GetFirstTime().value_or(0));
         error = _results.Open();
     }
+    if (!error && nxRunProfiler::IsWanted(_options)) error = _profiler.emplace(_options).Open();
     if (error) _output.Complain(*error);
     return !error;
 }
@@ -180,6 +182,7 @@ void nxRun::_Begin(std::vector<nxScriptSource> sources)
     if (_state.hasTime) _trading.SetFirstTime(_state.statistics.firstTime);
     _jobs.Make({&_delivery, &_timers, &_trading, &_bars, &_output, &_news, &_stores}, std::move(sources),
                _life);
+    if (_profiler) _profiler->Follow(_jobs);
     _definitions.SetProducts(_options.products);
     if (_options.watchProducts) _productWatch.emplace(_options.productFile, _options.watchInterval);
     _markets.MakeStrategies(_clock.Get());
@@ -260,6 +263,8 @@ nxEventSource::Step nxRun::_Step(bool isPaced)
     _SetTime(std::max(time, _clock.Get()), isEvent && event->kind == nxFeedKind::Bar);
     if (_options.follower != nullptr) [[unlikely]]
         _options.follower->BeforeStep(isEvent ? event : nullptr, _source.GetProducts(), time);
+    if (_profiler) [[unlikely]]
+        _profiler->OnStep(isEvent ? event : nullptr, time);
     isEvent ? _Apply(*event) : _schedule.RunNext();
     return isEvent ? Event : Deadline;
 }
@@ -431,6 +436,7 @@ void nxRun::_Finish()
 {
     const bool isEarly = _state.IsEnding();
     _NameTheEnd();
+    if (_profiler) _profiler->BeforeEnd(_jobs);
     const std::string reason = _state.end;
     _life.EndAll(reason, isEarly);
     for (const auto& runner : _jobs) {
@@ -484,6 +490,14 @@ void nxRun::_WriteSummary()
     nxRunSummary::WriteCounts(_output.GetOut(), _state.statistics, _state.end, _results.GetResult());
     _output.GetOut().flush();
     nxRunSummary::WriteSpeed(_output.GetErr(), _state.statistics);
+}
+
+void nxRun::_WriteProfile()
+{
+    if (const auto error = _profiler->Write(_jobs, _source.GetProducts(), _output)) {
+        _state.result = nxRunResult::InputFailed;
+        _output.Complain(*error);
+    }
 }
 
 nxRunResult nxRun::WriteResult(std::optional<std::vector<nxResultVariant>> envelope)

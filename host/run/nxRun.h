@@ -19,6 +19,7 @@
 #include "host/run/nxReplayClock.h"
 #include "host/run/nxRunBars.h"
 #include "host/run/nxRunOutput.h"
+#include "host/run/nxRunProfiler.h"
 #include "host/run/nxRunResults.h"
 #include "host/run/nxRunStores.h"
 #include "host/run/nxRunTimers.h"
@@ -81,6 +82,7 @@ private:
     void _Finish();
     void _NameTheEnd();
     void _WriteSummary();
+    void _WriteProfile();
     std::unique_ptr<nxVenue> _MakeExchange(bool reportQueue, nxExchangeObservers observers) const;
 
     void OnMarketMade(nxMarket& market) override;
@@ -100,6 +102,7 @@ private:
     nxSchedule _schedule;
     nxLateFeed _lateFeed;
     nxMarkets _markets;
+    std::optional<nxRunProfiler> _profiler;
     nxJobList _jobs;  // after the markets, at which their products look
     nxTrading _trading;
     nxDelivery _delivery;

@@ -66,7 +66,7 @@ std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& opt
     for (const auto& [option, path] :
          {std::pair("--record", options.recordFile), std::pair("--json", options.jsonFile),
           std::pair("--report", options.reportFile), std::pair("--trades", options.tradesFile),
-          std::pair("--equity", options.equityFile)})
+          std::pair("--equity", options.equityFile), std::pair("--profile", options.profileFile)})
     {
         if (path == "-" && standard != nullptr)
             return fmt::format("standard output can be for {} or for {}, not for both", standard, option);

@@ -54,11 +54,12 @@ nxRunOptions MakeSilent(const nxRunOptions& options, const nxRunVariant& variant
 {
     nxRunOptions silent = options;
     variant.Apply(silent);
-    for (std::string* file :
-         {&silent.recordFile, &silent.jsonFile, &silent.reportFile, &silent.tradesFile, &silent.equityFile})
+    for (std::string* file : {&silent.recordFile, &silent.jsonFile, &silent.reportFile, &silent.tradesFile,
+                              &silent.equityFile, &silent.profileFile})
         file->clear();
     if (!silent.storeDirectory.empty()) silent.storeImage = stores;
     silent.explain.clear();
+    silent.profilesMemory = false;
     silent.getNotes = nullptr;
     silent.speed = 0.0;
     return silent;

@@ -49,8 +49,11 @@ struct nxRunOptions
     nxMatching roundTrips = nxMatching::Fifo;
     // Where to write the result, its page, its round trips and its equity; empty: nowhere.
     std::string jsonFile, reportFile, tradesFile, equityFile;
-    bool isInEnvelope = false;   // more runs follow, with which the result is written
-    std::string storeDirectory;  // where the data stores of scripts are kept; empty: there are none
+    std::string profileFile;  // where to write the page of where scripts spend their time; empty: nowhere
+    unsigned int profileEvery = 997;  // instructions between its samples
+    bool profilesMemory = false;      // what grows on the scripts' heaps is told, too
+    bool isInEnvelope = false;        // more runs follow, with which the result is written
+    std::string storeDirectory;       // where the data stores of scripts are kept; empty: there are none
     std::optional<std::string>
         storeImage;                     // what they begin with, in place of the directory: see nxDataStores
     double storeEvery = 0.0;            // recorded seconds between their saves; 0: when jobs and the run end

@@ -34,7 +34,7 @@ nxGuardOptions nxRunSandbox::GetGuardOptions(const nxRunOptions& options)
     if (!options.productFile.empty()) guard.inputs.push_back(options.productFile);
     guard.record = options.recordFile;
     for (const std::string& file :
-         {options.jsonFile, options.reportFile, options.tradesFile, options.equityFile})
+         {options.jsonFile, options.reportFile, options.tradesFile, options.equityFile, options.profileFile})
         if (!file.empty()) guard.outputs.push_back(file);
     guard.storeDirectory = options.storeDirectory;
     guard.memory = GetMemory(options);

@@ -49,6 +49,11 @@ public:
     void SetPulse(nxScriptPulse* pulse) { _engine.SetPulse(pulse); }
     // Follows the script line by line. The host owns it, longer than the job; null for none. Before the load.
     void SetDebugger(nxScriptDebugger* debugger) { _engine.SetDebugger(debugger); }
+    // Who samples where the script spends its time, which slows it down; before the load. It outlives the
+    // job.
+    void SetSampler(nxScriptSampler* sampler) { _engine.SetSampler(sampler); }
+    // What the script holds, by the paths on which it finds it, after a full collection; between callbacks.
+    [[nodiscard]] bool ReadHeap(nxScriptHeap& heap) { return _engine.ReadHeap(heap); }
     // Gives the script random numbers of its own, which the seed determines on every machine, and keeps it
     // from changing the process's locale. Without this call jobs share both, as plain Lua does. Before the
     // load.

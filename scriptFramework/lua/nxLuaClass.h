@@ -79,6 +79,12 @@ public:
     // The class of the object that the value at the index is the wrapper of; null for any other value.
     static const nxLuaClass* Find(lua_State* L, int index);
     const char* GetName() const { return _name; }
+    // Whether Lua calls it for a function or a property of this class.
+    bool IsDispatcher(int (*function)(lua_State*)) const
+    {
+        return function == _rows.dispatchFunction || function == _rows.dispatchGet ||
+               function == _rows.dispatchSet;
+    }
     const std::vector<const char*>& GetProperties() const { return _rows.properties; }
     const std::vector<const char*>& GetFunctions() const { return _rows.functions; }
 

@@ -149,6 +149,24 @@ void nxLuaEngine::SetDebugger(nxScriptDebugger* debugger)
     if (debugger != nullptr) debugger->OnState(_state);
 }
 
+void nxLuaEngine::SetSampler(nxScriptSampler* sampler)
+{
+    if (_state.watch == nullptr && sampler == nullptr) return;
+    if (_state.watch == nullptr) _state.watch = std::make_unique<nxScriptWatch>(_state);
+    if (sampler != nullptr) sampler->SetState(_state);
+    _state.watch->SetSampler(sampler);
+    _PrepareWatch();
+}
+
+bool nxLuaEngine::ReadHeap(nxScriptHeap& heap)
+{
+    return _Guard([&] {
+        _state.MakeRoom();
+        heap.Read(_state);
+        return true;
+    });
+}
+
 void nxLuaEngine::_PrepareWatch()
 {
     if (_state.watch == nullptr) _state.watch = std::make_unique<nxScriptWatch>(_state);

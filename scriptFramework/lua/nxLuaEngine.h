@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "scriptFramework/lua/nxLuaState.h"
+#include "scriptFramework/lua/nxScriptHeap.h"
 #include "scriptFramework/lua/nxScriptHelper.h"
 #include "scriptFramework/lua/nxScriptProfile.h"
 
@@ -60,6 +61,11 @@ public:
     void SetPulse(nxScriptPulse* pulse);
     // Who follows the script from now on; null ends that. It outlives the engine.
     void SetDebugger(nxScriptDebugger* debugger);
+    // Who samples the script from now on; null ends that. It outlives the engine.
+    void SetSampler(nxScriptSampler* sampler);
+    // What the script holds, after a full collection. False: there was no memory to look, and the last error
+    // tells.
+    [[nodiscard]] bool ReadHeap(nxScriptHeap& heap);
     // The error of nxErrorEnum when a limit or the host ended the latest load or call; 0: neither did.
     unsigned int GetLimitError() const { return _limitError; }
     // See nxLuaIsolate. Before the load, whose main chunk could keep the functions that it replaces.

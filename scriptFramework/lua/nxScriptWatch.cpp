@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <lua.hpp>
+#include <utility>
 
 #include "base/enums/nxEnumValue.h"
 #include "scriptFramework/lua/nxLuaState.h"
@@ -36,7 +37,8 @@ nxScriptWatch::nxScriptWatch(nxLuaState& state) : _state(state) {}
 bool nxScriptWatch::IsCounting() const
 {
     const nxScriptLimits& limits = _state.account->GetLimits();
-    return limits.instructions != 0 || limits.depth != 0 || _pulse != nullptr || _debugger != nullptr;
+    return limits.instructions != 0 || limits.depth != 0 || _pulse != nullptr || _debugger != nullptr ||
+           _sampler != nullptr;
 }
 
 void nxScriptWatch::Prepare()
@@ -44,7 +46,7 @@ void nxScriptWatch::Prepare()
     lua_State* const L = _state.GetState();
     nxLuaWatchFunctions(L);
     const nxScriptLimits& limits = _state.account->GetLimits();
-    _interval = IsCounting() ? Interval : 0;
+    _interval = !IsCounting() ? 0 : _sampler == nullptr ? Interval : _sampler->GetInterval();
     for (const nxScriptLimits::Amount limit : {limits.instructions, limits.depth})
         if (limit != 0) _interval = static_cast<unsigned int>(std::min<unsigned long long>(_interval, limit));
     if (_interval == 0) {
@@ -73,25 +75,48 @@ void nxScriptWatch::_BeginCounting()
         _pulse->line.store(0, std::memory_order_relaxed);
         _pulse->function.store(nullptr, std::memory_order_relaxed);
     }
-    const int mask = _debugger == nullptr ? LUA_MASKCOUNT : LUA_MASKCOUNT | LUA_MASKLINE;
-    lua_sethook(_state.GetState(), _OnHook, mask, static_cast<int>(_interval));
+    _SetHook();
+}
+
+// For a sampler the interval goes on from call to call, since most are shorter. Its end counts for no limit.
+void nxScriptWatch::_SetHook()
+{
+    lua_State* const L = _state.GetState();
+    int mask = LUA_MASKCOUNT;
+    if (_debugger != nullptr) mask |= LUA_MASKLINE;
+#ifndef LUAJIT_VERSION  // which tells no return of native functions
+    if (_sampler != nullptr) mask |= LUA_MASKCALL | LUA_MASKRET;
+#endif
+    const auto interval = static_cast<int>(_interval);
+    _isBegun = _sampler != nullptr && lua_gethook(L) == _OnHook && lua_gethookmask(L) == mask &&
+               lua_gethookcount(L) == interval;
+    if (!_isBegun) lua_sethook(L, _OnHook, mask, interval);
 }
 
 void nxScriptWatch::_OnHook(lua_State* L, lua_Debug* activation)
 {
     nxLuaState& state = nxLuaState::Of(L);
     nxScriptWatch& watch = *state.watch;
-    if (activation->event == LUA_HOOKLINE) {
-        watch._debugger->OnLine(L, static_cast<unsigned int>(activation->currentline));
-        return;
-    }
+    if (activation->event != LUA_HOOKCOUNT) return watch._Follow(L, activation);
+    const auto instructions = static_cast<unsigned int>(lua_gethookcount(L));
+    if (watch._sampler != nullptr && !watch._isEnding) watch._sampler->OnCount(L, instructions);
     if (watch._pulse != nullptr) watch._TellLine(L);
-    watch.Spend(L, static_cast<unsigned int>(lua_gethookcount(L)));
+    watch.Spend(L, std::exchange(watch._isBegun, false) ? 0 : instructions);
     const nxScriptLimits::Amount depth = state.account->GetLimits().depth;
     constexpr nxScriptLimits::Amount most = 1 << 24;  // beyond what Lua allows
     lua_Debug deepest;
     if (depth != 0 && lua_getstack(L, static_cast<int>(std::min(depth, most)), &deepest))
         watch._End(L, nxError_LimitDepth, state.account->GetText(nxScriptLimit::Depth));
+}
+
+void nxScriptWatch::_Follow(lua_State* L, lua_Debug* activation)
+{
+    if (activation->event == LUA_HOOKLINE)
+        _debugger->OnLine(L, static_cast<unsigned int>(activation->currentline));
+    else if (activation->event == LUA_HOOKCALL)
+        _sampler->OnCall(L, activation);
+    else
+        _sampler->OnReturn(L, activation);
 }
 
 void nxScriptWatch::Spend(lua_State* L, nxScriptLimits::Amount instructions)

@@ -5,6 +5,7 @@
 #include "scriptFramework/lua/nxScriptAccount.h"
 #include "scriptFramework/lua/nxScriptDebugger.h"
 #include "scriptFramework/lua/nxScriptPulse.h"
+#include "scriptFramework/lua/nxScriptSampler.h"
 
 class nxLuaState;
 struct lua_Debug;
@@ -13,9 +14,10 @@ struct lua_State;
 // Ends a script's call that has run too long, or that the host wants to end, and tells by a pulse what it is
 // doing. There is one for a state with limits or a pulse; for the thread that runs the script.
 //
-// A hook comes every Interval instructions. When a call is to end it throws what Lua takes for an exception
-// of the host: so no handler of the script is called, which would run without hooks. What pcall and resume
-// make of it lasts until the next instruction, since by then the hook comes at each.
+// A hook comes every Interval instructions, or as often as a sampler wants it. When a call is to end it
+// throws what Lua takes for an exception of the host: so no handler of the script is called, which would run
+// without hooks. What pcall and resume make of it lasts until the next instruction, since by then the hook
+// comes at each.
 class nxScriptWatch
 {
 public:
@@ -27,6 +29,7 @@ public:
     void SetPulse(nxScriptPulse* pulse) { _pulse = pulse; }
     void SetDebugger(nxScriptDebugger* debugger) { _debugger = debugger; }
     nxScriptDebugger* GetDebugger() const { return _debugger; }
+    void SetSampler(nxScriptSampler* sampler) { _sampler = sampler; }
     // Takes what limits and pulse ask for. Before the load, whose main chunk could keep functions of Lua's
     // libraries that are replaced here; raises for want of memory.
     void Prepare();
@@ -72,6 +75,8 @@ public:
 private:
     static void _OnHook(lua_State* L, lua_Debug* activation);
     void _BeginCounting();
+    void _SetHook();
+    void _Follow(lua_State* L, lua_Debug* activation);
     void _TellLine(lua_State* L);
     [[noreturn]] void _End(lua_State* L, unsigned int error, const std::string& text);
     [[noreturn]] void _GoOnEnding(lua_State* L);
@@ -79,9 +84,11 @@ private:
     nxLuaState& _state;
     nxScriptPulse* _pulse = nullptr;
     nxScriptDebugger* _debugger = nullptr;
+    nxScriptSampler* _sampler = nullptr;
     const char* _chunk = nullptr;      // the name that Lua keeps of the script's chunk, as an identity
     unsigned int _interval = 0;        // 0: nothing is counted
     nxScriptLimits::Amount _left = 0;  // instructions
+    bool _isBegun = false;             // the interval that runs began before the call
     bool _isEnding = false;
     unsigned int _error = 0;
     std::string _reason;
