@@ -70,7 +70,9 @@ TEST(nxLuaFunction, AnObjectThatIsOnlyReadIsThatOfItsCall)
     const auto before = engine.GetMemory().GetAllocationCount();
     for (int i = 0; i < 10; ++i)
         EXPECT_TRUE(function.Call(objects[1]));
-    if (nxLuaClass::MakesOnDemand()) EXPECT_EQ(engine.GetMemory().GetAllocationCount(), before);
+    if (nxLuaClass::MakesOnDemand()) {
+        EXPECT_EQ(engine.GetMemory().GetAllocationCount(), before);
+    }
 }
 
 TEST(nxLuaFunction, PassesItsArgumentsInOrder)
