@@ -49,7 +49,7 @@ public:
     void SetPulse(nxScriptPulse* pulse) { _engine.SetPulse(pulse); }
     // Follows the script line by line. The host owns it, longer than the job; null for none. Before the load.
     void SetDebugger(nxScriptDebugger* debugger) { _engine.SetDebugger(debugger); }
-    // Who samples where the script spends its time, which slows it down; before the load. It outlives the job.
+    // Who samples what the script does, which slows it down; before the load. It outlives the job.
     void SetSampler(nxScriptSampler* sampler) { _engine.SetSampler(sampler); }
     // What the script holds, by the paths on which it finds it, after a full collection; between callbacks.
     [[nodiscard]] bool ReadHeap(nxScriptHeap& heap) { return _engine.ReadHeap(heap); }
