@@ -22,8 +22,9 @@ set(CPACK_DEBIAN_ALGOSERVER_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_ALGOSERVER_PACKAGE_DEPENDS tzdata)  # and what its libraries come to
 set(CPACK_DEBIAN_ALGOSERVER_PACKAGE_RECOMMENDS lua-check)  # of algoserver check
 set(CPACK_DEBIAN_ALGOSERVER_DESCRIPTION "replays recorded markets to trading algorithms written in Lua
-algoserver runs scripts over recorded quotes, trades, depth and bars, in recorded time, with a simulated exchange. It
-tells what they would have earned, sweeps over their parameters, checks and profiles them.")
+algoserver runs scripts over recorded quotes, trades, depth and bars, in
+recorded time, with a simulated exchange. It tells what they would have
+earned, sweeps over their parameters, checks and profiles them.")
 
 # The headers of the library need what it is made of; those of the host more.
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libscriptframework-dev)
@@ -32,8 +33,9 @@ set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libboost-dev, libbz2-dev, libfmt-dev, libh
 libsqlite3-dev, libssl-dev, libtoml11-dev, libzstd-dev, nlohmann-json3-dev, pkg-config, zlib1g-dev")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "algoserver, cmake")
 set(CPACK_DEBIAN_DEV_DESCRIPTION "runs trading algorithms written in Lua inside a program (development files)
-The C++20 library scriptFramework with its headers and CMake package: it runs scripts in Lua 5.1 and gives them prices,
-orders, bars and indicators of the program around it. The parts of the host algoserver come as a component of their own.")
+The C++20 library scriptFramework with its headers and CMake package: it runs
+scripts in Lua 5.1 and gives them prices, orders, bars and indicators of the
+program around it. The parts of the host algoserver are a component apart.")
 
 function(document component package)
     install(CODE "
