@@ -95,7 +95,7 @@ std::string GetBashAction(const Option& option)
 
 // --- zsh
 
-// Text in a specification of _arguments, of which colons and brackets are signs.
+// Text in an argument line of _arguments, of which colons and brackets are signs.
 std::string EscapeZsh(const std::string& text)
 {
     std::string escaped = Replace(text, "\\", "\\\\");
