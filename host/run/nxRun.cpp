@@ -122,6 +122,7 @@ void nxRun::_End()
     _state.statistics.wallNanoseconds = _clock.GetElapsed().count();
     _WriteSummary();
     _trading.WriteStories();
+    if (_options.onResult) _options.onResult(_results.GetResult());
     if (!_options.isInEnvelope) static_cast<void>(WriteResult(std::nullopt));
     // A script that is closed may still look at the jobs that it watches.
     _watch.Start();

@@ -60,6 +60,7 @@ nxRunOptions MakeSilent(const nxRunOptions& options, const nxRunVariant& variant
     if (!silent.storeDirectory.empty()) silent.storeImage = stores;
     silent.explain.clear();
     silent.getNotes = nullptr;
+    silent.onResult = nullptr;
     silent.speed = 0.0;
     return silent;
 }
