@@ -11,6 +11,7 @@
 
 #include "apps/algoserver/memory.h"
 #include "apps/algoserver/runOptions.h"
+#include "apps/algoserver/scriptTests.h"
 #include "apps/algoserver/signals.h"
 #include "apps/algoserver/watch.h"
 #include "base/log/nxConsoleLogDevice.h"
@@ -78,6 +79,7 @@ struct Arguments
     RunArguments run;
     RunManner manner;
     bool isWatching = false;
+    ScriptTestArguments tests;
 };
 
 int RunOnce(const RunManner& manner, RunArguments arguments)
@@ -94,6 +96,11 @@ int RunOnce(const RunManner& manner, RunArguments arguments)
 
 int Run(Arguments& arguments)
 {
+    if (!arguments.tests.files.empty()) {
+        if (arguments.isWatching)
+            return Refuse("--watch runs scripts, and --test runs tests: give one of them");
+        return RunScriptTests(arguments.tests, arguments.run);
+    }
     if (arguments.run.jobs.scripts.empty())
         return Refuse("no script; it stands in front of --data, which takes every name behind it");
     RunManner manner = arguments.manner;
@@ -220,6 +227,7 @@ void AddRunCommand(CLI::App& app, int& status)
         AddData(run, arguments->run, true);
         AddPace(run, *arguments);
     });
+    AddGroup(run, "Tests", [&] { AddScriptTests(run, arguments->tests, *run.get_option("--data")); });
     AddGroup(run, "Orders", [&] {
         AddExchange(run, arguments->run);
         AddModels(run, *arguments);

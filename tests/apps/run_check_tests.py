@@ -70,6 +70,8 @@ def check_cases(program):
 def check_own_scripts(program):
     """What the project itself shows is clean."""
     for script in sorted(glob.glob(os.path.join(ROOT, "examples", "*.lua"))):
+        if script.endswith("_test.lua"):
+            continue
         given = execute(program, ["check", script])
         yield os.path.relpath(script, ROOT), given == (0, "", ""), given
 
