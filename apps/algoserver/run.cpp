@@ -11,7 +11,9 @@
 
 #include "apps/algoserver/memory.h"
 #include "apps/algoserver/runOptions.h"
+#include "apps/algoserver/scriptTests.h"
 #include "apps/algoserver/signals.h"
+#include "apps/algoserver/watch.h"
 #include "base/log/nxConsoleLogDevice.h"
 #include "base/log/nxLogEntriesQueue.h"
 #include "base/log/nxLogManager.h"
@@ -77,23 +79,36 @@ struct Arguments
 {
     RunArguments run;
     RunManner manner;
+    bool isWatching = false;
+    ScriptTestArguments tests;
 };
 
-int Run(Arguments& arguments)
+int RunOnce(const RunManner& manner, RunArguments arguments)
 {
-    nxRunOptions& options = arguments.run.options;
-    if (arguments.run.jobs.scripts.empty())
-        return Refuse("no script; it stands in front of --data, which takes every name behind it");
-    if (const auto error = arguments.run.Finish()) {
+    if (const auto error = arguments.Finish()) {
         std::cerr << *error << "\n";
         return static_cast<int>(nxRunResult::InputFailed);
     }
-    if (arguments.manner.isInEnvelope)
-        if (const std::string obstacle = nxRunEnvelope::FindObstacle(options); !obstacle.empty())
+    if (manner.isInEnvelope)
+        if (const std::string obstacle = nxRunEnvelope::FindObstacle(arguments.options); !obstacle.empty())
             return Refuse(obstacle);
-    arguments.manner.isStrict = arguments.run.sandbox.isStrict;
-    if (isatty(STDERR_FILENO) != 0) arguments.manner.tellsFindings = true;
-    return MakeRun(arguments.manner, options);
+    return MakeRun(manner, arguments.options);
+}
+
+int Run(Arguments& arguments)
+{
+    if (!arguments.tests.files.empty()) {
+        if (arguments.isWatching)
+            return Refuse("--watch runs scripts, and --test runs tests: give one of them");
+        return RunScriptTests(arguments.tests, arguments.run);
+    }
+    if (arguments.run.jobs.scripts.empty())
+        return Refuse("no script; it stands in front of --data, which takes every name behind it");
+    RunManner manner = arguments.manner;
+    manner.isStrict = arguments.run.sandbox.isStrict;
+    if (isatty(STDERR_FILENO) != 0) manner.tellsFindings = true;
+    if (!arguments.isWatching) return RunOnce(manner, arguments.run);
+    return WatchRuns(arguments.run, [&](RunArguments own) { return RunOnce(manner, std::move(own)); });
 }
 
 void AddResults(CLI::App& run, nxRunOptions& options)
@@ -164,11 +179,16 @@ nxLogLevelEnum GetLogLevel(const std::string& name)
 
 namespace {
 
-void AddPace(CLI::App& run, nxRunOptions& options)
+void AddPace(CLI::App& run, Arguments& arguments)
 {
+    nxRunOptions& options = arguments.run.options;
     run.add_flag("--watch-products", options.watchProducts,
                  "Take over price offsets and ratios that change in the file of --products during the run, "
                  "which does not repeat then");
+    run.add_flag(
+        "--watch", arguments.isWatching,
+        "Run again whenever a script, a module, a parameter file, the products or the data change, and "
+        "print what came out otherwise; Ctrl-C ends");
     run.add_option("--speed,-s", options.speed,
                    "Recorded seconds for each real one; without it as fast as it can")
         ->check(IsNumber(std::numeric_limits<double>::denorm_min(), HUGE_VAL, "above 0"))
@@ -228,8 +248,9 @@ void AddRunCommand(CLI::App& app, int& status)
     });
     AddGroup(run, "Data", [&] {
         AddData(run, arguments->run, true);
-        AddPace(run, arguments->run.options);
+        AddPace(run, *arguments);
     });
+    AddGroup(run, "Tests", [&] { AddScriptTests(run, arguments->tests, *run.get_option("--data")); });
     AddGroup(run, "Orders", [&] {
         AddExchange(run, arguments->run);
         AddModels(run, *arguments);

@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "host/report/nxResultSections.h"
-#include "host/results/nxMeasures.h"
 
 namespace {
 
@@ -20,16 +19,6 @@ std::string GetDuration(double seconds)
     if (seconds >= hour) return fmt::format("{:.1f} h", seconds / hour);
     if (seconds >= minute) return fmt::format("{:.1f} min", seconds / minute);
     return fmt::format("{:.1f} s", seconds);
-}
-
-std::string GetText(const nxMeasure& measure, double value)
-{
-    const std::string_view unit = measure.unit;
-    if (!std::isfinite(value)) return "-";
-    if (unit == "percent") return fmt::format("{:.1f}%", 100.0 * value);
-    if (unit == "count") return fmt::format("{:.0f}", value);
-    if (unit == "seconds") return GetDuration(value);
-    return std::abs(value) < 1000.0 ? fmt::format("{:.4g}", value) : fmt::format("{:.0f}", value);
 }
 
 // A terminal, and one that takes UTF-8.
@@ -63,27 +52,30 @@ std::string Draw(const std::vector<nxEquityBucket>& equity)
 
 }  // namespace
 
+std::string nxResultLines::GetText(const nxMeasure& measure, double value)
+{
+    const std::string_view unit = measure.unit;
+    if (!std::isfinite(value)) return "-";
+    if (unit == "percent") return fmt::format("{:.1f}%", 100.0 * value);
+    if (unit == "count") return fmt::format("{:.0f}", value);
+    if (unit == "seconds") return GetDuration(value);
+    return std::abs(value) < 1000.0 ? fmt::format("{:.4g}", value) : fmt::format("{:.0f}", value);
+}
+
 std::vector<std::pair<const char*, std::string>> nxResultLines::Get(const nxResultData& data,
                                                                     const nxResultRun& run)
 {
-    constexpr const char* names[][2] = {{"roundTrips", "meanDay"},
-                                        {"winRate", "sharpe"},
-                                        {"profitFactor", "feeShare"},
-                                        {"expectancy", "slippagePerLot"},
-                                        {"averageHolding", "exposure"}};
     std::vector<std::pair<const char*, std::string>> lines;
     if (data.fills == 0) return lines;
     const nxMeasureBasis basis(data, run);
     const std::string currency = nxGetCurrency(data);
-    for (const auto& pair : names) {
-        std::string line = currency.empty() ? "" : currency + "  ";
-        for (const char* name : pair) {
-            const nxMeasure& measure = nxMeasure::Get(name);
-            line += fmt::format("{:<22}{:>10}", measure.title, GetText(measure, measure.compute(basis)));
-            if (name == pair[0]) line += "   ";
-        }
-        lines.emplace_back("measures", line);
-    }
+    const auto tell = [&](const char* name) {
+        const nxMeasure& measure = nxMeasure::Get(name);
+        return fmt::format("{:<22}{:>10}", measure.title, GetText(measure, measure.compute(basis)));
+    };
+    for (std::size_t i = 0; i + 1 < Names.size(); i += 2)
+        lines.emplace_back("measures", (currency.empty() ? "" : currency + "  ") + tell(Names[i]) + "   " +
+                                           tell(Names[i + 1]));
     if (CanDraw()) lines.emplace_back("equity", Draw(data.equity.Get()));
     return lines;
 }

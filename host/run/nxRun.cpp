@@ -123,6 +123,7 @@ void nxRun::_End()
     _WriteSummary();
     _trading.WriteStories();
     if (_profiler) _WriteProfile();
+    if (_options.onResult) _options.onResult(_results.GetResult());
     if (!_options.isInEnvelope) static_cast<void>(WriteResult(std::nullopt));
     // A script that is closed may still look at the jobs that it watches.
     _watch.Start();

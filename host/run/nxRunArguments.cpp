@@ -47,6 +47,28 @@ std::optional<std::string> nxRunArguments::Apply(nxRunOptions& options) const
     return _AddChanges(options);
 }
 
+std::vector<std::string> nxRunArguments::GetInputs(const nxRunOptions& options) const
+{
+    std::vector<std::string> inputs;
+    for (const auto* paths :
+         {&scripts, &options.modules, &options.data, &parameterFiles, &eventFiles, &adjustmentFiles})
+        inputs.insert(inputs.end(), paths->begin(), paths->end());
+    if (!options.productFile.empty()) inputs.push_back(options.productFile);
+    for (const auto& text : {latency, answerLatency})
+        if (text && nxLatencyFile::IsNamedBy(*text)) inputs.push_back(*text);
+    return inputs;
+}
+
+std::vector<std::pair<const char*, std::string>> nxRunArguments::GetOutputs(const nxRunOptions& options)
+{
+    std::vector<std::pair<const char*, std::string>> outputs = {
+        {"--record", options.recordFile}, {"--json", options.jsonFile},
+        {"--report", options.reportFile}, {"--trades", options.tradesFile},
+        {"--equity", options.equityFile}, {"--profile", options.profileFile}};
+    std::erase_if(outputs, [](const auto& output) { return output.second.empty(); });
+    return outputs;
+}
+
 std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& options) const
 {
     if (options.watchProducts && options.productFile.empty())
@@ -56,22 +78,13 @@ std::optional<std::string> nxRunArguments::_FindObstacle(const nxRunOptions& opt
     if (options.storeEvery > 0.0 && options.storeDirectory.empty())
         return "--store-every is for the stores of --store";
     nxRunFiles files;
-    for (const auto* paths :
-         {&scripts, &options.modules, &options.data, &parameterFiles, &eventFiles, &adjustmentFiles})
-        files.AddInputs(*paths);
-    if (!options.productFile.empty()) files.AddInput(options.productFile);
-    for (const auto& text : {latency, answerLatency})
-        if (text && nxLatencyFile::IsNamedBy(*text)) files.AddInput(*text);
+    files.AddInputs(GetInputs(options));
     const char* standard = nullptr;  // whose file standard output is
-    for (const auto& [option, path] :
-         {std::pair("--record", options.recordFile), std::pair("--json", options.jsonFile),
-          std::pair("--report", options.reportFile), std::pair("--trades", options.tradesFile),
-          std::pair("--equity", options.equityFile), std::pair("--profile", options.profileFile)})
-    {
+    for (const auto& [option, path] : GetOutputs(options)) {
         if (path == "-" && standard != nullptr)
             return fmt::format("standard output can be for {} or for {}, not for both", standard, option);
         if (path == "-") standard = option;
-        if (!path.empty()) files.AddOutput(option, path);
+        files.AddOutput(option, path);
     }
     if (!options.storeDirectory.empty())
         for (const std::string& path : nxDataStores::GetFiles(options.storeDirectory))

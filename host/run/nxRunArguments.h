@@ -48,6 +48,10 @@ struct nxRunArguments : nxJobArguments
     // is read where one of them would be written over or could not be read. Null, or what is wrong, with its
     // place.
     [[nodiscard]] std::optional<std::string> Apply(nxRunOptions& options) const;
+    // The files that are read, as they are named.
+    std::vector<std::string> GetInputs(const nxRunOptions& options) const;
+    // Those that are written, by the options that name them; "-" is standard output.
+    static std::vector<std::pair<const char*, std::string>> GetOutputs(const nxRunOptions& options);
 
 private:
     std::optional<std::string> _FindObstacle(const nxRunOptions& options) const;

@@ -61,6 +61,7 @@ nxRunOptions MakeSilent(const nxRunOptions& options, const nxRunVariant& variant
     silent.explain.clear();
     silent.profilesMemory = false;
     silent.getNotes = nullptr;
+    silent.onResult = nullptr;
     silent.speed = 0.0;
     return silent;
 }

@@ -24,6 +24,7 @@
 #include "scriptFramework/lua/nxScriptProfile.h"
 
 class nxFeedBlocks;
+struct nxResult;
 class nxRunFollower;
 
 // What a run is asked to do.
@@ -85,6 +86,8 @@ struct nxRunOptions
     nxOutputBuffer* recordBuffer = nullptr;  // where the record waits to be written; null: its own
     // Asked once at the end of the run, for what the summary should say of the scripts beside.
     std::function<std::vector<std::string>()> getNotes;
+    // Told once what the run has come to, but where it could not begin.
+    std::function<void(const nxResult&)> onResult;
     // Set from elsewhere, such as a signal handler, to end the run after the current event.
     const std::atomic<bool>* interrupted = nullptr;
     // Set when memory has run out anywhere: the run ends then and says so, even where a script catches the
