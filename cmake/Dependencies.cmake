@@ -9,12 +9,12 @@ find_package(toml11 REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(date REQUIRED)
-find_package(OpenSSL REQUIRED COMPONENTS Crypto)
 find_package(Eigen3 REQUIRED NO_MODULE)
 find_package(Boost REQUIRED)
 find_package(BZip2 REQUIRED)
 find_package(LibLZMA REQUIRED)
 pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET GLOBAL libzstd)
+pkg_check_modules(NETTLE REQUIRED IMPORTED_TARGET GLOBAL nettle)
 pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET GLOBAL libseccomp)
 
 # The page of a result is put together at build time.

@@ -49,8 +49,8 @@ const CLI::App* FindCommand(const CLI::App& app, const std::vector<std::string>&
 std::vector<std::string> GetCommandNames(const CLI::App& app)
 {
     std::vector<std::string> names;
-    for (const CommandTree& command : CommandTree::Read(app).commands)
-        names.push_back(command.GetName());
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        if (!command->get_group().empty()) names.push_back(command->get_name());
     return names;
 }
 

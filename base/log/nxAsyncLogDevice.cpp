@@ -17,7 +17,7 @@ nxAsyncLogDevice::~nxAsyncLogDevice()
 void nxAsyncLogDevice::_Start(std::shared_ptr<spdlog::sinks::sink> sink)
 {
     Destroy();
-    constexpr std::size_t linesPending = 8192;
+    constexpr std::size_t linesPending = 1024;  // some 400 bytes each, from the start
     _sink = std::move(sink);
     _sink->set_pattern("%v");
     _thread = std::make_shared<spdlog::details::thread_pool>(linesPending, 1);

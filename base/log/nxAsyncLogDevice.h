@@ -16,7 +16,7 @@ class thread_pool;
 
 // What the console and the file device share: lines "YYYYMMDD:HH:MM:SS.mmm LEVEL text", with the line's own
 // time stamp, written by a thread of the device's own. The writer of a line waits only when the device is
-// thousands of lines behind; no line is lost.
+// a thousand lines behind; no line is lost.
 class nxAsyncLogDevice : public nxLogDevice
 {
 public:

@@ -2,7 +2,21 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <limits>
+
+namespace {
+
+constexpr int MostZeros = 18;  // that a long long has room for
+
+constexpr auto PowersOfTen = [] {
+    std::array<long long, MostZeros + 1> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = 10 * powers[i - 1];
+    return powers;
+}();
+
+}  // namespace
 
 // Half away from zero.
 nxExactAmount::Wide nxExactAmount::_Divide(Wide numerator, Wide denominator)
@@ -48,15 +62,9 @@ nxExactAmount& nxExactAmount::_MultiplySlow(const nxDecimal& factor)
 void nxExactAmount::_Widen(unsigned char places)
 {
     if (_places >= places) return;
-    constexpr unsigned char most = 18;  // zeros that a long long has room for
-    static constexpr auto powers = [] {
-        std::array<long long, most + 1> made{1};
-        for (std::size_t i = 1; i < made.size(); ++i)
-            made[i] = 10 * made[i - 1];
-        return made;
-    }();
     Wide all = 0;
-    if (places - _places <= most && !__builtin_mul_overflow(_mantissa, Wide(powers[places - _places]), &all))
+    if (places - _places <= MostZeros &&
+        !__builtin_mul_overflow(_mantissa, Wide(PowersOfTen[places - _places]), &all))
     {
         _mantissa = all;
         _places = places;
@@ -80,6 +88,16 @@ void nxExactAmount::_Round(unsigned char places)
 
 nxExactAmount& nxExactAmount::_AddSlow(const nxExactAmount& other)
 {
+    // Prices have as many places as they need, so most sums are of amounts with other places. One of 64 bits
+    // has room for the zeros.
+    const auto mine = static_cast<long long>(_mantissa), others = static_cast<long long>(other._mantissa);
+    const int zeros = other._places - _places;
+    if (mine == _mantissa && others == other._mantissa && std::abs(zeros) <= MostZeros) [[likely]] {
+        _mantissa =
+            zeros > 0 ? Wide(mine) * PowersOfTen[zeros] + others : Wide(others) * PowersOfTen[-zeros] + mine;
+        _places = std::max(_places, other._places);
+        return *this;
+    }
     nxExactAmount added = other;
     added._Widen(_places);
     _Widen(added._places);

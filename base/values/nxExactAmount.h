@@ -49,8 +49,18 @@ public:
         _places = static_cast<unsigned char>(_places + factor.GetDecimalPlaces());
         return *this;
     }
-    friend nxExactAmount operator+(nxExactAmount a, const nxExactAmount& b) { return a += b; }
-    friend nxExactAmount operator-(nxExactAmount a, const nxExactAmount& b) { return a -= b; }
+    friend nxExactAmount operator+(const nxExactAmount& a, const nxExactAmount& b)
+    {
+        nxExactAmount sum = a;
+        sum += b;
+        return sum;
+    }
+    friend nxExactAmount operator-(const nxExactAmount& a, const nxExactAmount& b)
+    {
+        nxExactAmount difference = a;
+        difference -= b;
+        return difference;
+    }
 
     friend nxExactAmount operator*(nxExactAmount a, const nxDecimal& factor) { return a *= factor; }
     friend bool operator==(const nxExactAmount& a, const nxExactAmount& b) { return (a - b).IsZero(); }

@@ -1,10 +1,7 @@
 #include "host/feed/nxSha256.h"
 
-// Those that take their place need memory, and crash where there is none.
-#define OPENSSL_SUPPRESS_DEPRECATED
-
 #include <fmt/format.h>
-#include <openssl/sha.h>
+#include <nettle/sha2.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -18,12 +15,15 @@ namespace {
 class Digest
 {
 public:
-    Digest() { SHA256_Init(&_context); }
-    void Add(const char* data, std::size_t size) { SHA256_Update(&_context, data, size); }
+    Digest() { sha256_init(&_context); }
+    void Add(const char* data, std::size_t size)
+    {
+        sha256_update(&_context, size, reinterpret_cast<const unsigned char*>(data));
+    }
     std::string Finish()
     {
-        unsigned char bytes[SHA256_DIGEST_LENGTH];
-        SHA256_Final(bytes, &_context);
+        unsigned char bytes[SHA256_DIGEST_SIZE];
+        sha256_digest(&_context, sizeof(bytes), bytes);
         std::string text;
         for (const unsigned char byte : bytes)
             text += fmt::format("{:02x}", byte);
@@ -31,7 +31,7 @@ public:
     }
 
 private:
-    SHA256_CTX _context;
+    sha256_ctx _context;
 };
 
 }  // namespace

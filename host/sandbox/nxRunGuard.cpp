@@ -22,9 +22,9 @@ namespace {
 
 constexpr int Failed = 2;  // nothing was run
 
-// What programs read without being told to: zones, the checker's Lua files, the library of hashes' settings.
-constexpr const char* SystemPaths[] = {"/usr/share/zoneinfo",  "/etc/localtime",       "/usr/share/lua",
-                                       "/usr/local/share/lua", "/etc/ssl/openssl.cnf", "/dev/urandom"};
+// What programs read without being told to: zones, and the checker's Lua files.
+constexpr const char* SystemPaths[] = {"/usr/share/zoneinfo", "/etc/localtime", "/usr/share/lua",
+                                       "/usr/local/share/lua"};
 
 // That of a path which names an open descriptor, such as a shell's <(...) gives; below 0: it does not.
 int FindDescriptor(const std::string& path)
