@@ -54,6 +54,7 @@ private:
         nxDebugPosition until;
         bool isInclusive = false;
         std::size_t snapshot = 0;  // from which it looks
+        bool isNear = false;       // at the last steps alone
     };
     struct Asked
     {

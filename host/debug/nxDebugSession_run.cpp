@@ -260,26 +260,31 @@ void nxDebugSession::_Resume(nxDebugSnapshots::Snapshot& snapshot, Json message,
 
 void nxDebugSession::_GoBack(bool wantsPoints)
 {
-    _search = {wantsPoints, _stop.position, false, _snapshots.CountUpTo(_stop.position)};
+    _search = {wantsPoints, _stop.position, false, _snapshots.CountUpTo(_stop.position), !wantsPoints};
     if (_snapshots.Find(_stop.position) != nullptr) --_search.snapshot;
     _state = State::Seeking;
 }
 
-// From the copy before that of the last look, up to there; from none the way ends where the run began.
+// From the copy before that of the last look, up to there; from none the way ends where the run began. To
+// look at each line takes several times as long as to run it, and the line before is mostly in the same step
+// or in one of the last, so only these are looked at first.
 void nxDebugSession::_Scout()
 {
+    constexpr unsigned long long near = 16;
     _Kill();
     if (_search.snapshot == 0) {
         const Json reason = {{"reason", "entry"}, {"description", "the run begins"}};
         return _snapshots.GetCount() == 0 ? _OnDeath() : _GoTo(_snapshots.Get(0).position, reason);
     }
     --_search.snapshot;
+    const unsigned long long last = _search.until.step;
     _Resume(_snapshots.Get(_search.snapshot),
             {{"go",
               {{"mode", "scout"},
                {"target", _search.until.GetAsJson()},
                {"isInclusive", _search.isInclusive},
                {"wantsPoints", _search.wantsPoints},
+               {"first", _search.isNear ? last - std::min(last, near) : 0},
                {"call", _stop.call},
                {"depth", _stop.depth}}}},
             true);
@@ -293,8 +298,12 @@ void nxDebugSession::_OnFound(const Json& message)
         const Json step = {{"reason", "step"}};
         return _GoTo(position, message.at("reason").is_null() ? step : message.at("reason"));
     }
-    _search.until = _snapshots.Get(_search.snapshot).position;
-    _search.isInclusive = true;
+    if (std::exchange(_search.isNear, false)) {
+        ++_search.snapshot;
+    } else {
+        _search.until = _snapshots.Get(_search.snapshot).position;
+        _search.isInclusive = true;
+    }
     _Scout();
 }
 

@@ -278,6 +278,7 @@ bool nxDebuggee::_Seek(bool isPoint, bool isLine)
     }
     if (_mode.kind != Mode::Kind::Scout) return false;
     if (_mode.isInclusive ? _position > _mode.target : _position >= _mode.target) _Report();
+    if (_position.step < _mode.first) return true;
     if (isPoint || isLine) _mode.latest = _position;
     if (isPoint) {
         _Enter();

@@ -70,6 +70,7 @@ private:
         nxDebugPosition target;
         bool isInclusive = false;               // a Scout may find the target itself
         bool wantsPoints = false;               // a Scout looks for points; else for lines or events
+        unsigned long long first = 0;           // the step from which on a Scout looks
         std::optional<nxDebugPosition> latest;  // that a Scout found
         Json reason;                            // of the stop there; null: a step
     };

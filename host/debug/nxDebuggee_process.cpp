@@ -116,6 +116,7 @@ void nxDebuggee::_Go(const Json& go)
         _mode.target = nxDebugPosition::Get(go.at("target"));
         _mode.isInclusive = go.value("isInclusive", false);
         _mode.wantsPoints = go.value("wantsPoints", false);
+        _mode.first = go.value("first", 0ull);
         _mode.call = go.value("call", 0ull);
         _mode.depth = go.value("depth", 0);
         _mode.reason = go.value("reason", Json());
@@ -134,7 +135,7 @@ void nxDebuggee::_UpdateAlert()
 {
     const bool isNear = _mode.kind == Mode::Kind::To ? _position.step >= _mode.target.step
                         : _mode.kind == Mode::Kind::Scout
-                            ? !_mode.wantsPoints || _position.step >= _mode.target.step
+                            ? _position.step >= (_mode.wantsPoints ? _mode.target.step : _mode.first)
                             : _mode.kind != Mode::Kind::Continue;
     _isAlert = isNear || _isPauseWanted || !_met.empty() || _points.HasCallbacks();
 }
