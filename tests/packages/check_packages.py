@@ -41,10 +41,10 @@ EQUIPPED = (
     ("algoserver new mine >commands && sh -ex commands && test -s mine/result.html -a -s mine/sweep.db", "verdict "),
 )
 LIBRARY = (
-    ("cmake -S /usr/share/doc/libscriptframework-dev/examples/embedding -B embedding && make -C embedding && embedding/embedding", "script: DEMO is bid 100 for 5\n"),
+    ("cmake -S /usr/share/doc/libscriptframework-dev/examples/embedding -B embedding && make -sC embedding && embedding/embedding", "script: DEMO is bid 100 for 5\n"),
     ("embedding/orders", "script: over with 2 of 3, true\n"),
     # Each header, so that what they include has to be there.
-    (f"cd /usr/include/scriptFramework && find * -name '*.h' -printf '#include \"%p\"\\n' >~/host/headers.h && cmake -S ~/host -B ~/host && make -C ~/host && "
+    (f"cd /usr/include/scriptFramework && find * -name '*.h' -printf '#include \"%p\"\\n' >~/host/headers.h && cmake -S ~/host -B ~/host && make -sC ~/host && "
      f"~/host/host {DOC}/examples/hello.lua {DOC}/{DEMO}", "first trade: 1 at 100\n"),
 )
 HOST = {"CMakeLists.txt": """cmake_minimum_required(VERSION 3.25)
