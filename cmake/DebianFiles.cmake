@@ -13,13 +13,9 @@ string(REPLACE "\n\n" "\n.\n" text "${text}")
 string(REPLACE "\n" "\n " text "${text}")
 set(own "Files: *\n${holder}\nLicense: Expat\n")
 string(REPLACE "Copyright (c)" "Copyright:" own "${own}")
-# Its pages hold dygraphs.
-set(others "\nFiles: usr/bin/algoserver\nCopyright: 2006, 2009-2022 Dan Vanderkam and others\nLicense: Expat\n")
-if(NOT PACKAGE STREQUAL "algoserver")
-    set(others "")
-endif()
 file(WRITE ${folder}/copyright
-    "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\nUpstream-Name: scriptFramework\n\n${own}${others}\nLicense: Expat\n ${text}\n")
+    "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\nUpstream-Name: scriptFramework\n"
+    "Comment: The notices of the libraries that are compiled into the package are in the folder contained.\n\n${own}\nLicense: Expat\n ${text}\n")
 
 string(TIMESTAMP now "%a, %d %b %Y %H:%M:%S +0000" UTC)
 file(WRITE ${folder}/changelog.Debian "scriptframework (${VERSION}) unstable; urgency=medium\n\n  * What is new is in changelog.gz.\n\n -- ${MAINTAINER}  ${now}\n")

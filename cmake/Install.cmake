@@ -15,13 +15,17 @@ list(REMOVE_ITEM floors nx_host)
 install(TARGETS ${floors} EXPORT scriptFrameworkTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
 install(TARGETS nx_host EXPORT scriptFrameworkHostTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
 install(TARGETS algoserver RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT algoserver)
-# Manual pages and completions, which the program writes by itself.
+# Manual pages and completions, which the program writes by itself. Debian's zsh has no folder of packages but its own.
+set(zsh_folder zsh/site-functions)
+if(SCRIPTFRAMEWORK_DEB)
+    set(zsh_folder zsh/vendor-completions)
+endif()
 install(CODE "
     set(data \"${CMAKE_INSTALL_DATADIR}\")
     cmake_path(ABSOLUTE_PATH data BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
     set(data \"\$ENV{DESTDIR}\${data}\")
     execute_process(COMMAND \"$<TARGET_FILE:algoserver>\" man -o \"\${data}/man/man1\" COMMAND_ERROR_IS_FATAL ANY)
-    foreach(file bash-completion/completions/algoserver zsh/site-functions/_algoserver fish/vendor_completions.d/algoserver.fish)
+    foreach(file bash-completion/completions/algoserver ${zsh_folder}/_algoserver fish/vendor_completions.d/algoserver.fish)
         cmake_path(GET file PARENT_PATH folder)
         string(REGEX MATCH \"^[a-z]+\" shell \"\${file}\")
         file(MAKE_DIRECTORY \"\${data}/\${folder}\")
@@ -35,7 +39,8 @@ install(CODE "
     execute_process(COMMAND \"$<TARGET_FILE:algoserver>\" types -o \"\$ENV{DESTDIR}\${folder}\" COMMAND_ERROR_IS_FATAL ANY)"
     COMPONENT algoserver)
 foreach(folder base indicators quant api scriptFramework host)
-    install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scriptFramework COMPONENT dev FILES_MATCHING PATTERN "*.h")
+    install(DIRECTORY ${folder} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scriptFramework COMPONENT dev
+        FILES_MATCHING PATTERN "*.h" PATTERN templates EXCLUDE)
 endforeach()
 install(EXPORT scriptFrameworkTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir} COMPONENT dev)
 install(EXPORT scriptFrameworkHostTargets NAMESPACE scriptFramework:: DESTINATION ${package_dir} COMPONENT dev)

@@ -5,6 +5,7 @@ set(SCRIPTFRAMEWORK_MAINTAINER "The scriptFramework authors <authors@scriptframe
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME scriptframework)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # or it were the first line of both descriptions
 set(CPACK_PACKAGE_CONTACT "${SCRIPTFRAMEWORK_MAINTAINER}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -14,6 +15,7 @@ set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SOURCE ${CPACK_PACKAGE_NAME})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(CPACK_DEBIAN_ALGOSERVER_PACKAGE_NAME algoserver)
@@ -37,7 +39,14 @@ The C++20 library scriptFramework with its headers and CMake package: it runs
 scripts in Lua 5.1 and gives them prices, orders, bars and indicators of the
 program around it. The parts of the host algoserver are a component apart.")
 
+target_link_options(algoserver PRIVATE -Wl,-z,now)  # as Debian hardens programs
+
+# Documents a package; after its name the Debian packages whose code it holds, since their terms ask for their notices. Those of Boost do not, of
+# compiled code, and shared libraries come in packages of their own.
 function(document component package)
+    foreach(name IN LISTS ARGN)
+        install(FILES /usr/share/doc/${name}/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}/contained RENAME ${name} COMPONENT ${component})
+    endforeach()
     install(CODE "
         set(PACKAGE ${package})
         set(VERSION ${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
@@ -47,10 +56,11 @@ function(document component package)
         set(ROOT \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
         include(\"${PROJECT_SOURCE_DIR}/cmake/DebianFiles.cmake\")" COMPONENT ${component})
 endfunction()
-install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/algoserver COMPONENT algoserver)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/algoserver COMPONENT algoserver)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/algoserver COMPONENT algoserver)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/algoserver COMPONENT algoserver PATTERN embedding EXCLUDE)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/embedding DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libscriptframework-dev/examples COMPONENT dev)
-document(algoserver algoserver)
-document(dev libscriptframework-dev)
+set(contained libeigen3-dev libjs-dygraphs libtoml11-dev nlohmann-json3-dev)
+document(algoserver algoserver ${contained} libcli11-dev liblua5.1-0-dev)
+document(dev libscriptframework-dev ${contained})
 include(CPack)
