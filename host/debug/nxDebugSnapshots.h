@@ -6,8 +6,8 @@
 #include "host/debug/nxDebugPosition.h"
 
 // The copies of a run's process that wait at earlier positions, in their order. Their number is bounded: the
-// further a part of the run lies back, in time that it took, the fewer are kept of it. A copy that is dropped
-// ends.
+// further a part of the run lies from where a copy was left last, in time that it took, the fewer are kept of
+// it. A copy that is dropped ends.
 class nxDebugSnapshots
 {
 public:
@@ -33,7 +33,7 @@ public:
     Snapshot* Find(const nxDebugPosition& position);
 
 private:
-    void _Thin(const nxDebugPosition& kept);
+    void _Thin(const nxDebugPosition& kept, long long now);
 
     const std::size_t _most;
     std::vector<Snapshot> _snapshots;
