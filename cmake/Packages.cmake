@@ -30,7 +30,7 @@ earned, sweeps over their parameters, checks and profiles them.")
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libscriptframework-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libboost-dev, libbz2-dev, libfmt-dev, libhowardhinnant-date-dev, liblua5.1-0-dev, liblzma-dev, libseccomp-dev, libspdlog-dev, \
-libsqlite3-dev, libssl-dev, libtoml11-dev, libzstd-dev, nlohmann-json3-dev, pkg-config, zlib1g-dev")
+libsqlite3-dev, libssl-dev, libtomlplusplus-dev, libzstd-dev, nlohmann-json3-dev, pkg-config, zlib1g-dev")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "algoserver, cmake")
 set(CPACK_DEBIAN_DEV_DESCRIPTION "runs trading algorithms written in Lua inside a program (development files)
 The C++20 library scriptFramework with its headers and CMake package: it runs
