@@ -41,16 +41,27 @@ std::size_t FindLongKey(std::string_view text)
 {
     std::size_t dots = 0;
     for (std::size_t i = 0; i < text.size();) {
-        const char c = text[i];
-        if (c == '"' || c == '\'') {
-            i = GetEndOfText(text, i);
-        } else if (c == '#') {
-            i = std::min(text.find('\n', i), text.size());
-        } else {
-            if (c == '.' && ++dots == MostKeyParts) return i;
-            if (std::string_view(",=[]{}\n").find(c) != std::string_view::npos) dots = 0;
-            ++i;
+        switch (text[i]) {
+            case '"':
+            case '\'':
+                i = GetEndOfText(text, i);
+                continue;
+            case '#':
+                i = std::min(text.find('\n', i), text.size());
+                continue;
+            case '.':
+                if (++dots == MostKeyParts) return i;
+                break;
+            case ',':
+            case '=':
+            case '[':
+            case ']':
+            case '{':
+            case '}':
+            case '\n':
+                dots = 0;
         }
+        ++i;
     }
     return std::string_view::npos;
 }

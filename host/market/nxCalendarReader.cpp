@@ -34,7 +34,8 @@ void nxCalendarReader::ReadCalendars(const toml::node& calendars)
 nxTradingHours nxCalendarReader::GetHours(const toml::node& product) const
 {
     const toml::node* const value = _file.Find(product, "calendar");
-    if (value == nullptr) return _Read(product);
+    const auto hasKey = [&](std::string_view key) { return _file.Find(product, key) != nullptr; };
+    if (value == nullptr) return std::ranges::any_of(Keys, hasKey) ? _Read(product) : nxTradingHours();
     for (const std::string_view key : Keys)
         if (const toml::node* own = _file.Find(product, key))
             _file.Refuse(*own, "calendar has " + std::string(key) + " already; write one of them");

@@ -1,5 +1,7 @@
 #include "host/market/nxProductFile.h"
 
+#include <algorithm>
+#include <iterator>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -269,7 +271,10 @@ std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::
     for (const auto& [key, value] : reader.GetEntries(root, "product")) {
         if (key == "calendar" || key == "bars") continue;
         if (key != "product") reader.RefuseKey(*value, key, "product, calendar, bars");
-        for (const toml::node& table : reader.GetTables(*value, "product")) {
+        const toml::array& described = reader.GetTables(*value, "product");
+        products.reserve(described.size());
+        tables.reserve(described.size());
+        for (const toml::node& table : described) {
             products.push_back(GetProduct(reader, calendars, table));
             tables.push_back(&table);
         }
@@ -285,11 +290,14 @@ bool nxProductFile::Read(const std::string& path, std::vector<nxProductDescripti
 {
     const Reader reader(path);
     const auto read = [&](const toml::node& root) {
-        const std::vector<nxProductDescription> added = GetProducts(reader, root);
+        std::vector<nxProductDescription> added = GetProducts(reader, root);
         nxNamedBars named;
         if (const toml::node* table = reader.Find(root, "bars")) named = GetNamedBars(reader, *table);
         if (bars != nullptr) bars->merge(named);
-        products.insert(products.end(), added.begin(), added.end());
+        if (products.empty())
+            products = std::move(added);
+        else
+            std::ranges::move(added, std::back_inserter(products));
     };
     return reader.Read("file of products", read, error);
 }
