@@ -32,7 +32,7 @@ earned, sweeps over their parameters, checks and profiles them.")
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libscriptframework-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libboost-dev, libbz2-dev, libfmt-dev, libhowardhinnant-date-dev, liblua5.1-0-dev, liblzma-dev, libseccomp-dev, libspdlog-dev, \
-libsqlite3-dev, libtoml11-dev, libzstd-dev, nettle-dev, nlohmann-json3-dev, pkg-config, zlib1g-dev")
+libsqlite3-dev, libtomlplusplus-dev, libzstd-dev, nettle-dev, nlohmann-json3-dev, pkg-config, zlib1g-dev")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "algoserver, cmake")
 set(CPACK_DEBIAN_DEV_DESCRIPTION "runs trading algorithms written in Lua inside a program (development files)
 The C++20 library scriptFramework with its headers and CMake package: it runs
@@ -60,7 +60,7 @@ install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CONTRIBUTING
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/algoserver COMPONENT algoserver)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/algoserver COMPONENT algoserver PATTERN embedding EXCLUDE)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/embedding DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libscriptframework-dev/examples COMPONENT dev)
-set(contained libeigen3-dev libjs-dygraphs libtoml11-dev nlohmann-json3-dev)
+set(contained libeigen3-dev libjs-dygraphs libtomlplusplus-dev nlohmann-json3-dev)
 document(algoserver algoserver ${contained} libcli11-dev liblua5.1-0-dev)
 document(dev libscriptframework-dev ${contained})
 include(CPack)

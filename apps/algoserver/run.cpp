@@ -57,7 +57,7 @@ int RunHere(const RunManner& manner, nxRunOptions options, std::ostream& out)
     nxConsoleLogDevice console;
     nxLogManager::GetLogEntriesQueue().AddDevice(&console);
     const nxRunResult result = manner.isInEnvelope ? nxRunEnvelope::Run(options, out, std::cerr)
-                                                   : nxRun(options, out, std::cerr).Run();
+                                                   : nxRun(std::move(options), out, std::cerr).Run();
     const bool written = !out.flush().fail();
     nxLogManager::GetLogEntriesQueue().RemoveDevice(&console);
     return written ? static_cast<int>(result) : Refuse("standard output cannot be written");
@@ -92,7 +92,7 @@ int RunOnce(const RunManner& manner, RunArguments arguments)
     if (manner.isInEnvelope)
         if (const std::string obstacle = nxRunEnvelope::FindObstacle(arguments.options); !obstacle.empty())
             return Refuse(obstacle);
-    return MakeRun(manner, arguments.options);
+    return MakeRun(manner, std::move(arguments.options));
 }
 
 int Run(Arguments& arguments)

@@ -34,13 +34,13 @@ class SetReader : public nxTomlFile
 public:
     using nxTomlFile::nxTomlFile;
 
-    void ReadAll(const toml::value& root, nxDataSet& set) const
+    void ReadAll(const toml::node& root, nxDataSet& set) const
     {
         for (const auto& [key, value] : GetEntries(root, "is no table")) {
             if (key == "format") {
-                if (!value->is_integer() || value->as_integer() != 1) Refuse(*value, "format is not 1");
+                if (!value->is_integer() || *value->as_integer() != 1) Refuse(*value, "format is not 1");
             } else if (key == "file" && value->is_array()) {
-                for (const toml::value& file : value->as_array())
+                for (const toml::node& file : *value->as_array())
                     set.files.push_back(ReadFile(file));
             } else {
                 RefuseKey(*value, key, "format and [[file]]");
@@ -49,12 +49,12 @@ public:
     }
 
 private:
-    unsigned long long GetCount(const toml::value& value, const std::string& key) const
+    unsigned long long GetCount(const toml::node& value, const std::string& key) const
     {
-        if (!value.is_integer() || value.as_integer() < 0) Refuse(value, key + " is no whole number");
-        return static_cast<unsigned long long>(value.as_integer());
+        if (!value.is_integer() || *value.as_integer() < 0) Refuse(value, key + " is no whole number");
+        return static_cast<unsigned long long>(value.as_integer()->get());
     }
-    long long GetTime(const toml::value& value, const std::string& key) const
+    long long GetTime(const toml::node& value, const std::string& key) const
     {
         long long time = 0;
         if (const char* const reason = nxFeedTime::SetFromText(GetText(value, key), time))
@@ -62,7 +62,7 @@ private:
         return time;
     }
 
-    nxDataSet::File ReadFile(const toml::value& table) const
+    nxDataSet::File ReadFile(const toml::node& table) const
     {
         nxDataSet::File file;
         for (const auto& [key, value] : GetEntries(table, "file is no table; write [[file]]")) {
@@ -109,7 +109,7 @@ std::optional<std::string> nxDataSet::Read(const std::string& path)
     const SetReader reader(path);
     nxFeedError error;
     if (!reader.Read(
-            Content, [&](const toml::value& root) { reader.ReadAll(root, *this); }, error))
+            Content, [&](const toml::node& root) { reader.ReadAll(root, *this); }, error))
         return error.GetText();
     return std::nullopt;
 }

@@ -18,7 +18,11 @@ unsigned long long GetPowerOfTen(unsigned int exponent)
 
 }  // namespace
 
-nxLotScale::nxLotScale() : nxLotScale(nxDecimalOne) {}
+nxLotScale::nxLotScale()
+{
+    static const nxLotScale one(nxDecimalOne);  // every product begins with it
+    *this = one;
+}
 
 nxLotScale::nxLotScale(const nxDecimal& lotSize) : _lotSize(lotSize)
 {

@@ -64,12 +64,13 @@ void nxHostDefinitionService::SetProducts(const std::vector<nxProductDescription
     std::vector<std::unique_ptr<nxProductDefinition>> updates;
     {
         const nxMutexGuard guard(_mutex);
-        _products.clear();
-        for (const nxProductDescription& product : products)
-            _products.emplace(product.name, product);
+        _byName.clear();
+        _products = products;
+        for (const nxProductDescription& product : _products)
+            _byName.emplace(product.name, &product);
         for (const auto& [key, productID] : _subscribed) {
-            const auto found = _products.find(productID.GetName());
-            if (found != _products.end()) updates.push_back(MakeDefinition(found->second, productID));
+            const auto found = _byName.find(productID.GetName());
+            if (found != _byName.end()) updates.push_back(MakeDefinition(*found->second, productID));
         }
     }
     std::vector<nxProductDefinition*> views;
@@ -84,7 +85,7 @@ void nxHostDefinitionService::SetProducts(const std::vector<nxProductDescription
 nxErrorEnum nxHostDefinitionService::Subscribe(const nxGenericProductID& productID)
 {
     const nxMutexGuard guard(_mutex);
-    if (!_products.contains(productID.GetName())) return nxError_GeneralFailure;
+    if (!_byName.contains(productID.GetName())) return nxError_GeneralFailure;
     _subscribed.emplace(productID.GetAsIndexedMapKey(), productID);
     return {};
 }
@@ -102,9 +103,9 @@ nxErrorEnum nxHostDefinitionService::GetSnapshot(const nxGenericProductID& produ
     std::unique_ptr<nxProductDefinition> definition;
     {
         const nxMutexGuard guard(_mutex);
-        const auto found = _products.find(productID.GetName());
-        if (found == _products.end()) return nxError_GeneralFailure;
-        definition = MakeDefinition(found->second, productID);
+        const auto found = _byName.find(productID.GetName());
+        if (found == _byName.end()) return nxError_GeneralFailure;
+        definition = MakeDefinition(*found->second, productID);
     }
     std::vector<nxProductDefinition*> views = {definition.get()};
     nxProductCache::GetInstance().OnDataObjectSnapshot({}, views, requester);

@@ -2,6 +2,8 @@
 
 #include <map>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "api/nxProductDefinitionService.h"
@@ -34,8 +36,10 @@ public:
                             bool flag) override;
 
 private:
-    nxMutex _mutex;                                         // not held while the cache is called
-    std::map<std::string, nxProductDescription> _products;  // by name; guarded by _mutex
-    std::map<std::string, nxGenericProductID> _subscribed;  // by their keys; guarded by _mutex
-    bool _isInService = false;                              // on the server's thread alone
+    // The mutex guards what is below, and is not held while the cache is called.
+    nxMutex _mutex;
+    std::vector<nxProductDescription> _products;
+    std::unordered_map<std::string_view, const nxProductDescription*> _byName;  // into the products
+    std::map<std::string, nxGenericProductID> _subscribed;                      // by their keys
+    bool _isInService = false;  // on the server's thread alone
 };

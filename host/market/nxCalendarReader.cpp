@@ -19,35 +19,37 @@ bool nxCalendarReader::IsKey(const std::string& key)
     return key == "calendar" || std::ranges::find(Keys, key) != Keys.end();
 }
 
-void nxCalendarReader::ReadCalendars(const toml::value& calendars)
+void nxCalendarReader::ReadCalendars(const toml::node& calendars)
 {
     const char* const complaint = "calendar is no table of tables; write [calendar.NAME]";
     for (const auto& [name, table] : _file.GetEntries(calendars, complaint)) {
         for (const auto& [key, value] : _file.GetEntries(*table, complaint))
             if (key == "calendar" || !IsKey(key))
                 _file.RefuseKey(*value, key, "tradingHours, zone, holidays, shortDays");
-        if (!table->contains("tradingHours")) _file.Refuse(*table, "calendar without tradingHours");
+        if (!_file.Find(*table, "tradingHours")) _file.Refuse(*table, "calendar without tradingHours");
         _calendars.emplace(name, _Read(*table));
     }
 }
 
-nxTradingHours nxCalendarReader::GetHours(const toml::value& product) const
+nxTradingHours nxCalendarReader::GetHours(const toml::node& product) const
 {
-    if (!product.contains("calendar")) return _Read(product);
+    const toml::node* const value = _file.Find(product, "calendar");
+    const auto hasKey = [&](std::string_view key) { return _file.Find(product, key) != nullptr; };
+    if (value == nullptr) return std::ranges::any_of(Keys, hasKey) ? _Read(product) : nxTradingHours();
     for (const std::string_view key : Keys)
-        if (const std::string name(key); product.contains(name))
-            _file.Refuse(product.at(name), "calendar has " + name + " already; write one of them");
-    const toml::value& value = product.at("calendar");
-    const auto found = _calendars.find(_file.GetText(value, "calendar"));
+        if (const toml::node* own = _file.Find(product, key))
+            _file.Refuse(*own, "calendar has " + std::string(key) + " already; write one of them");
+    const std::string& wanted = _file.GetText(*value, "calendar");
+    const auto found = _calendars.find(wanted);
     if (found != _calendars.end()) return found->second;
     std::string known;
     for (const auto& [name, hours] : _calendars)
         known += (known.empty() ? "; known are " : ", ") + name;
-    _file.Refuse(value, "unknown calendar \"" + value.as_string().str + "\"" +
-                            (known.empty() ? "; the file has no [calendar.NAME]" : known));
+    _file.Refuse(*value, "unknown calendar \"" + wanted + "\"" +
+                             (known.empty() ? "; the file has no [calendar.NAME]" : known));
 }
 
-nxTradingHours nxCalendarReader::_Read(const toml::value& table) const
+nxTradingHours nxCalendarReader::_Read(const toml::node& table) const
 {
     nxTradingCalendar calendar;
     for (const auto& [key, value] : _file.GetEntries(table, {})) {
@@ -62,29 +64,28 @@ nxTradingHours nxCalendarReader::_Read(const toml::value& table) const
         } else if (key == "holidays") {
             _ReadHolidays(*value, calendar);
         }
-        if (IsKey(key) && !table.contains("tradingHours"))
+        if (IsKey(key) && !_file.Find(table, "tradingHours"))
             _file.Refuse(*value, key + " without tradingHours");
     }
     // At last, since they depend on the others.
-    if (table.contains("shortDays"))
-        for (const toml::value& day :
-             _GetList(table.at("shortDays"), "shortDays is no list of tables { date, close }"))
+    if (const toml::node* days = _file.Find(table, "shortDays"))
+        for (const toml::node& day : _GetList(*days, "shortDays is no list of tables { date, close }"))
             _ReadShortDay(day, calendar);
     return nxTradingHours(std::move(calendar));
 }
 
-void nxCalendarReader::_ReadHolidays(const toml::value& days, nxTradingCalendar& calendar) const
+void nxCalendarReader::_ReadHolidays(const toml::node& days, nxTradingCalendar& calendar) const
 {
-    for (const toml::value& day : _GetList(days, "holidays is no list of dates")) {
+    for (const toml::node& day : _GetList(days, "holidays is no list of dates")) {
         const std::string reason = calendar.AddHoliday(_GetDay(day, "holidays"));
         if (!reason.empty()) _file.Refuse(day, "holidays: " + reason);
     }
 }
 
-void nxCalendarReader::_ReadShortDay(const toml::value& table, nxTradingCalendar& calendar) const
+void nxCalendarReader::_ReadShortDay(const toml::node& table, nxTradingCalendar& calendar) const
 {
-    const toml::value* date = nullptr;
-    const toml::value* close = nullptr;
+    const toml::node* date = nullptr;
+    const toml::node* close = nullptr;
     for (const auto& [key, value] : _file.GetEntries(table, "a short day is no table { date, close }")) {
         if (key == "date")
             date = value;
@@ -97,24 +98,25 @@ void nxCalendarReader::_ReadShortDay(const toml::value& table, nxTradingCalendar
         _file.Refuse(table, date == nullptr ? "short day without a date" : "short day without a close");
     const long long day = _GetDay(*date, "date");
     const long long time = nxTradingCalendar::ReadTimeOfDay(_file.GetText(*close, "close"));
-    if (time < 0) _file.Refuse(*close, "close is no time of day, HH:MM: \"" + close->as_string().str + "\"");
+    if (time < 0)
+        _file.Refuse(*close, "close is no time of day, HH:MM: \"" + close->as_string()->get() + "\"");
     const std::string reason = calendar.AddShortDay(day, time);
     if (!reason.empty()) _file.Refuse(*close, "short day: " + reason);
 }
 
-const toml::array& nxCalendarReader::_GetList(const toml::value& value, const std::string& complaint) const
+const toml::array& nxCalendarReader::_GetList(const toml::node& value, const std::string& complaint) const
 {
     if (!value.is_array()) _file.Refuse(value, complaint);
-    return value.as_array();
+    return *value.as_array();
 }
 
-long long nxCalendarReader::_GetDay(const toml::value& value, const std::string& key) const
+long long nxCalendarReader::_GetDay(const toml::node& value, const std::string& key) const
 {
     nxTextStream text;
-    if (value.is_local_date())
-        text << value.as_local_date();
+    if (value.is_date())
+        text << value.as_date()->get();
     else if (value.is_string())
-        text << value.as_string().str;
+        text << value.as_string()->get();
     // A time of day or a number of seconds is a time of the data, but no date.
     constexpr std::string_view form = "YYYY-MM-DD";
     long long time = 0;

@@ -17,17 +17,17 @@ public:
     // Of a product: one of those below, or `calendar` itself.
     static bool IsKey(const std::string& key);
     // The table `calendar`; before the products are read.
-    void ReadCalendars(const toml::value& calendars);
+    void ReadCalendars(const toml::node& calendars);
     // Those of a product; empty where it has none of the keys.
-    nxTradingHours GetHours(const toml::value& product) const;
+    nxTradingHours GetHours(const toml::node& product) const;
 
 private:
-    nxTradingHours _Read(const toml::value& table) const;
-    void _ReadHolidays(const toml::value& days, nxTradingCalendar& calendar) const;
-    void _ReadShortDay(const toml::value& table, nxTradingCalendar& calendar) const;
-    const toml::array& _GetList(const toml::value& value, const std::string& complaint) const;
+    nxTradingHours _Read(const toml::node& table) const;
+    void _ReadHolidays(const toml::node& days, nxTradingCalendar& calendar) const;
+    void _ReadShortDay(const toml::node& table, nxTradingCalendar& calendar) const;
+    const toml::array& _GetList(const toml::node& value, const std::string& complaint) const;
     // Days since 1970.
-    long long _GetDay(const toml::value& value, const std::string& key) const;
+    long long _GetDay(const toml::node& value, const std::string& key) const;
 
     const nxTomlFile& _file;
     std::map<std::string, nxTradingHours> _calendars;

@@ -1,5 +1,7 @@
 #include "host/market/nxProductFile.h"
 
+#include <algorithm>
+#include <iterator>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -14,53 +16,53 @@ class Reader : public nxTomlFile
 public:
     using nxTomlFile::nxTomlFile;
 
-    Entries GetEntries(const toml::value& table, const std::string& name) const
+    Entries GetEntries(const toml::node& table, const std::string& name) const
     {
         return nxTomlFile::GetEntries(table, name + " is no table; write [[" + name + "]]");
     }
 
-    const toml::array& GetTables(const toml::value& value, const std::string& name) const
+    const toml::array& GetTables(const toml::node& value, const std::string& name) const
     {
         if (!value.is_array()) Refuse(value, name + " is no list of tables; write [[" + name + "]]");
-        return value.as_array();
+        return *value.as_array();
     }
 
-    nxDecimal GetNumber(const toml::value& value, const std::string& key) const
+    nxDecimal GetNumber(const toml::node& value, const std::string& key) const
     {
         std::string text;
         if (value.is_string())
-            text = value.as_string().str;
+            text = value.as_string()->get();
         else if (value.is_integer())
-            text = nxStringHelper::GetAsString(static_cast<long long>(value.as_integer()));
-        else if (value.is_floating())
-            text = nxStringHelper::GetAsString(value.as_floating());
+            text = nxStringHelper::GetAsString(static_cast<long long>(value.as_integer()->get()));
+        else if (value.is_floating_point())
+            text = nxStringHelper::GetAsString(value.as_floating_point()->get());
         nxDecimal number;
         if (!number.SetFromString(text).IsSuccess())
             Refuse(value, key + (text.empty() ? " is not a number" : " is not a number: \"" + text + "\""));
         return number;
     }
 
-    nxDecimal GetPositive(const toml::value& value, const std::string& key) const
+    nxDecimal GetPositive(const toml::node& value, const std::string& key) const
     {
         const nxDecimal number = GetNumber(value, key);
         if (number <= nxDecimalZero) Refuse(value, key + " is not above 0: " + number.GetAsString());
         return number;
     }
 
-    bool GetFlag(const toml::value& value, const std::string& key) const
+    bool GetFlag(const toml::node& value, const std::string& key) const
     {
         if (!value.is_boolean()) Refuse(value, key + " is neither true nor false");
-        return value.as_boolean();
+        return value.as_boolean()->get();
     }
 
-    unsigned long long GetLots(const toml::value& value, const std::string& key) const
+    unsigned long long GetLots(const toml::node& value, const std::string& key) const
     {
-        if (!value.is_integer() || value.as_integer() <= 0)
+        if (!value.is_integer() || *value.as_integer() <= 0)
             Refuse(value, key + " is no whole number of lots above 0");
-        return static_cast<unsigned long long>(value.as_integer());
+        return static_cast<unsigned long long>(value.as_integer()->get());
     }
 
-    nxDecimal GetTradeRatio(const toml::value& value, const std::string& key) const
+    nxDecimal GetTradeRatio(const toml::node& value, const std::string& key) const
     {
         constexpr nxDecimal most = nxDecimal::FromMantissa(1'000'000, 0);
         nxDecimal number = GetNumber(value, key);
@@ -71,7 +73,7 @@ public:
     }
 };
 
-nxProductLegDescription GetLeg(const Reader& reader, const toml::value& table)
+nxProductLegDescription GetLeg(const Reader& reader, const toml::node& table)
 {
     nxProductLegDescription leg;
     for (const auto& [key, value] : reader.GetEntries(table, "product.leg")) {
@@ -93,12 +95,12 @@ nxProductLegDescription GetLeg(const Reader& reader, const toml::value& table)
     return leg;
 }
 
-void ReadLegs(const Reader& reader, const toml::value& value, nxProductDescription& product)
+void ReadLegs(const Reader& reader, const toml::node& value, nxProductDescription& product)
 {
     if (product.IsStrategy()) reader.Refuse(value, "leg and legs are the same; write one of them");
     const toml::array& tables = reader.GetTables(value, "product.legs");
     std::unordered_set<std::string> names;
-    for (const toml::value& table : tables) {
+    for (const toml::node& table : tables) {
         const nxProductLegDescription leg = GetLeg(reader, table);
         if (!names.insert(leg.product).second)
             reader.Refuse(table, "product \"" + leg.product + "\" is a leg twice");
@@ -107,7 +109,7 @@ void ReadLegs(const Reader& reader, const toml::value& value, nxProductDescripti
     if (tables.size() < 2) reader.Refuse(value, "a strategy has at least two legs");
 }
 
-nxFeeTier GetFeeTier(const Reader& reader, const toml::value& table)
+nxFeeTier GetFeeTier(const Reader& reader, const toml::node& table)
 {
     nxFeeTier tier;
     for (const auto& [key, value] : reader.nxTomlFile::GetEntries(
@@ -126,10 +128,10 @@ nxFeeTier GetFeeTier(const Reader& reader, const toml::value& table)
     return tier;
 }
 
-void ReadFeeTiers(const Reader& reader, const toml::value& value, nxProductDescription& product)
+void ReadFeeTiers(const Reader& reader, const toml::node& value, nxProductDescription& product)
 {
     if (!value.is_array()) reader.Refuse(value, "feeTiers is no list of tables; write [[product.feeTiers]]");
-    for (const toml::value& table : value.as_array()) {
+    for (const toml::node& table : *value.as_array()) {
         const nxFeeTier tier = GetFeeTier(reader, table);
         if (!product.feeTiers.empty() && tier.from <= product.feeTiers.back().from)
             reader.Refuse(table, "fee tiers come in the order of their lots, each from more than the last");
@@ -143,7 +145,7 @@ bool IsFeeKey(const std::string& key)
            key == "feeTiers" || key == "feeTierPeriod";
 }
 
-void ReadFees(const Reader& reader, const std::string& key, const toml::value& value,
+void ReadFees(const Reader& reader, const std::string& key, const toml::node& value,
               nxProductDescription& product)
 {
     if (key == "makerFee")
@@ -164,7 +166,7 @@ void ReadFees(const Reader& reader, const std::string& key, const toml::value& v
 }
 
 nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& calendars,
-                                const toml::value& table)
+                                const toml::node& table)
 {
     nxProductDescription product;
     for (const auto& [key, value] : reader.GetEntries(table, "product")) {
@@ -209,8 +211,8 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
                 "dailyVolume, legs, priceOffset");
     }
     if (product.name.empty()) reader.Refuse(table, "product without a name");
-    if (!product.IsStrategy() && table.contains("priceOffset"))
-        reader.Refuse(table.at("priceOffset"), "only a strategy, which has legs, has a priceOffset");
+    if (const toml::node* offset = reader.Find(table, "priceOffset"); offset && !product.IsStrategy())
+        reader.Refuse(*offset, "only a strategy, which has legs, has a priceOffset");
     if (product.IsStrategy())
         for (const auto& [key, value] : reader.GetEntries(table, "product"))
             if (nxCalendarReader::IsKey(key))
@@ -221,7 +223,7 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
 
 // What only all products together can tell of the legs. `tables` stand where the products do.
 void CheckLegs(const Reader& reader, const std::vector<nxProductDescription>& products,
-               const std::vector<const toml::value*>& tables)
+               const std::vector<const toml::node*>& tables)
 {
     std::unordered_map<std::string_view, std::size_t> indexes;
     for (std::size_t i = 0; i < products.size(); ++i)
@@ -231,8 +233,9 @@ void CheckLegs(const Reader& reader, const std::vector<nxProductDescription>& pr
         for (std::size_t leg = 0; leg < products[i].legs.size(); ++leg) {
             const std::string& name = products[i].legs[leg].product;
             if (indexes.contains(name)) continue;
-            const char* const key = tables[i]->contains("legs") ? "legs" : "leg";
-            reader.Refuse(tables[i]->at(key).as_array()[leg].at("product"),
+            const toml::node* legs = reader.Find(*tables[i], "legs");
+            if (legs == nullptr) legs = reader.Find(*tables[i], "leg");
+            reader.Refuse(*reader.Find((*legs->as_array())[leg], "product"),
                           "leg of a product that is not described: \"" + name + "\"");
         }
     }
@@ -246,7 +249,7 @@ void CheckLegs(const Reader& reader, const std::vector<nxProductDescription>& pr
 }
 
 // A period that every host knows is the same on all of them.
-nxNamedBars GetNamedBars(const Reader& reader, const toml::value& table)
+nxNamedBars GetNamedBars(const Reader& reader, const toml::node& table)
 {
     nxNamedBars named;
     for (const auto& [key, value] : reader.nxTomlFile::GetEntries(table, "bars is no table; write [bars]")) {
@@ -259,16 +262,19 @@ nxNamedBars GetNamedBars(const Reader& reader, const toml::value& table)
     return named;
 }
 
-std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::value& root)
+std::vector<nxProductDescription> GetProducts(const Reader& reader, const toml::node& root)
 {
     nxCalendarReader calendars(reader);
-    if (root.contains("calendar")) calendars.ReadCalendars(root.at("calendar"));
+    if (const toml::node* table = reader.Find(root, "calendar")) calendars.ReadCalendars(*table);
     std::vector<nxProductDescription> products;
-    std::vector<const toml::value*> tables;
+    std::vector<const toml::node*> tables;
     for (const auto& [key, value] : reader.GetEntries(root, "product")) {
         if (key == "calendar" || key == "bars") continue;
         if (key != "product") reader.RefuseKey(*value, key, "product, calendar, bars");
-        for (const toml::value& table : reader.GetTables(*value, "product")) {
+        const toml::array& described = reader.GetTables(*value, "product");
+        products.reserve(described.size());
+        tables.reserve(described.size());
+        for (const toml::node& table : described) {
             products.push_back(GetProduct(reader, calendars, table));
             tables.push_back(&table);
         }
@@ -283,12 +289,15 @@ bool nxProductFile::Read(const std::string& path, std::vector<nxProductDescripti
                          nxFeedError& error, nxNamedBars* bars)
 {
     const Reader reader(path);
-    const auto read = [&](const toml::value& root) {
-        const std::vector<nxProductDescription> added = GetProducts(reader, root);
+    const auto read = [&](const toml::node& root) {
+        std::vector<nxProductDescription> added = GetProducts(reader, root);
         nxNamedBars named;
-        if (root.contains("bars")) named = GetNamedBars(reader, root.at("bars"));
+        if (const toml::node* table = reader.Find(root, "bars")) named = GetNamedBars(reader, *table);
         if (bars != nullptr) bars->merge(named);
-        products.insert(products.end(), added.begin(), added.end());
+        if (products.empty())
+            products = std::move(added);
+        else
+            std::ranges::move(added, std::back_inserter(products));
     };
     return reader.Read("file of products", read, error);
 }

@@ -12,7 +12,7 @@ public:
     Reader(const std::string& path, std::vector<nxJobOptions>& jobs) : nxTomlFile(path), _jobs(jobs) {}
 
     // What is for all jobs comes first, so that a job's own goes before it wherever it stands.
-    void ReadAll(const toml::value& root) const
+    void ReadAll(const toml::node& root) const
     {
         for (const char* wanted : {"parameters", "jobs"}) {
             for (const auto& [key, value] : _GetEntries(root, "the file")) {
@@ -29,12 +29,12 @@ public:
     }
 
 private:
-    Entries _GetEntries(const toml::value& table, const std::string& name) const
+    Entries _GetEntries(const toml::node& table, const std::string& name) const
     {
         return GetEntries(table, name + " is no table");
     }
 
-    void _ReadJobs(const toml::value& table) const
+    void _ReadJobs(const toml::node& table) const
     {
         for (const auto& [name, value] : _GetEntries(table, "jobs")) {
             const auto job = std::ranges::find(_jobs, name, &nxJobOptions::name);
@@ -43,19 +43,19 @@ private:
         }
     }
 
-    void _ReadParameters(const toml::value& table, const std::string& tableName,
+    void _ReadParameters(const toml::node& table, const std::string& tableName,
                          nxParameterSet& parameters) const
     {
         for (const auto& [name, value] : _GetEntries(table, tableName)) {
             std::string type;
-            const toml::value* plain = value;
+            const toml::node* plain = value;
             if (value->is_table()) {
                 plain = nullptr;
                 for (const auto& [key, part] : _GetEntries(*value, name)) {
                     if (key == "value") {
                         plain = part;
                     } else if (key == "type") {
-                        type = part->is_string() ? part->as_string().str : std::string();
+                        type = part->is_string() ? part->as_string()->get() : std::string();
                         if (!nxParameterSet::IsTypeName(type))
                             Refuse(*part, "unknown type \"" + type + "\" of parameter " + name +
                                               "; known are " + nxParameterSet::TypeNames);
@@ -70,7 +70,7 @@ private:
             if (type.empty() && plain->is_string()) type = "text";
             const std::string text = GetScalarText(
                 *plain, "parameter " + name + " is neither a text, a finite number, true nor false");
-            if (type.empty() && plain->is_floating() && text.find('e') != text.npos) type = "double";
+            if (type.empty() && plain->is_floating_point() && text.find('e') != text.npos) type = "double";
             if (const auto reason = parameters.Define(name, type, text)) Refuse(*plain, *reason);
         }
     }
@@ -84,5 +84,5 @@ bool nxParameterFile::Read(const std::string& path, std::vector<nxJobOptions>& j
 {
     const Reader reader(path, jobs);
     return reader.Read(
-        "file of parameters", [&](const toml::value& root) { reader.ReadAll(root); }, error);
+        "file of parameters", [&](const toml::node& root) { reader.ReadAll(root); }, error);
 }

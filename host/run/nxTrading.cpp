@@ -60,7 +60,8 @@ void nxTrading::AddMarket(nxMarket& market)
     if (market.index >= _markets.size()) _markets.resize(market.index + 1);
     Market& added = _markets[market.index];
     added.market = &market;
-    added.none = added.everybody = nxProductAccount(market.description);
+    const nxProductAccount none(market.description);
+    added.accounts = std::make_unique<Accounts>(Accounts{none, none});
     if (_venue != nullptr) _AddToVenue(added);
 }
 
@@ -82,8 +83,8 @@ void nxTrading::_AddToVenue(Market& added)
                                    market.description.dailyVolatility,
                                    market.description.dailyVolume};
     added.venueProduct = _venue->AddProduct(product);
-    _ledger.AddProduct(added.none, market.GetAtVenue());
-    _results.GetCollector().AddProduct(added.none, market.GetAtVenue());
+    _ledger.AddProduct(added.accounts->none, market.GetAtVenue());
+    _results.GetCollector().AddProduct(added.accounts->none, market.GetAtVenue());
     _results.AddProduct(market);
     if (_margin) _margin->AddProduct(market.description, market.GetAtVenue());
     _record.WriteProduct(market, product, _clock.Get());
@@ -101,8 +102,8 @@ void nxTrading::_AddToVenue(Market& added)
 void nxTrading::OpenAccount(nxHostProduct& product)
 {
     const Market& market = _markets[product.GetMarketIndex()];
-    product.SetAccount(market.none);
-    product.ShowPosition(market.everybody);
+    product.SetAccount(market.accounts->none);
+    product.ShowPosition(market.accounts->everybody);
 }
 
 void nxTrading::TakeTickSize(const nxMarket& market)
@@ -182,7 +183,7 @@ void nxTrading::_AddFill(nxHostOrder& order, const nxExchangeEvent& fill)
     nxHostProduct& product = order.GetHostProduct();
     Market& market = _markets[product.GetMarketIndex()];
     const nxSide side = order.GetTicket().GetSide();
-    market.everybody.AddFill(side, fill, product.GetAccount().AddFill(side, fill));
+    market.accounts->everybody.AddFill(side, fill, product.GetAccount().AddFill(side, fill));
     _ShowPositions(market);
 }
 
@@ -191,7 +192,7 @@ void nxTrading::_ShowPositions(const Market& market)
     for (const auto& runner : _jobs) {
         nxHostProduct* const known = runner->GetJob().FindProduct(market.market->product.GetName());
         if (known == nullptr) continue;
-        known->ShowPosition(market.everybody);
+        known->ShowPosition(market.accounts->everybody);
         if (known->Wants(nxMarketEvent::Position)) _positions.emplace_back(runner.get(), known);
     }
 }
@@ -227,12 +228,12 @@ void nxTrading::BeginDay(long long time, bool isBar)
     for (Market& market : _markets) {
         if (market.market == nullptr) continue;
         const nxMarketProduct& shown = market.market->product;
-        market.everybody.BeginDay(shown.GetPrice());
+        market.accounts->everybody.BeginDay(shown.GetPrice());
         for (const auto& runner : _jobs) {
             nxHostProduct* const product = runner->GetJob().FindProduct(shown.GetName());
             if (product == nullptr) continue;
             product->GetAccount().BeginDay(shown.GetPrice());
-            product->ShowPosition(market.everybody);
+            product->ShowPosition(market.accounts->everybody);
         }
     }
     _nextDay = _GetDayEnd(time, isBar);

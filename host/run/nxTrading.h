@@ -93,13 +93,18 @@ public:
     bool MayTrade(const nxLaunchedJob& job) const override { return !_jobs.Get(job).IsOver(); }
 
 private:
+    // They are large, and of many products described few are met.
+    struct Accounts
+    {
+        nxProductAccount none;       // how an account begins
+        nxProductAccount everybody;  // of all jobs together
+    };
     // Of one market.
     struct Market
     {
         nxMarket* market = nullptr;
         unsigned int venueProduct = 0;  // once there is a venue
-        nxProductAccount none;          // how an account begins
-        nxProductAccount everybody;     // of all jobs together
+        std::unique_ptr<Accounts> accounts;
     };
     // Of one job's orders that ended without a fill, by the reason.
     using Ends = std::map<std::string, unsigned long long>;

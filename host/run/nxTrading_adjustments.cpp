@@ -41,6 +41,6 @@ void nxTrading::_AdjustAccounts(nxMarket& market, const nxAdjustment& adjustment
         nxHostProduct* const product = _jobs.Get(job.job).GetJob().FindProduct(market.product.GetName());
         if (product != nullptr) product->GetAccount().Adjust(adjustment, job.adjusted);
     }
-    if (sum.hasPosition) known.everybody.Adjust(adjustment, sum);
+    if (sum.hasPosition) known.accounts->everybody.Adjust(adjustment, sum);
     _ShowPositions(known);
 }

@@ -12,7 +12,7 @@ public:
     {
     }
 
-    void ReadAll(const toml::value& root) const
+    void ReadAll(const toml::node& root) const
     {
         for (const auto& [key, value] : GetEntries(root, "the file is no table")) {
             if (key != "parameters" && key != "options") {
@@ -25,19 +25,18 @@ public:
     }
 
 private:
-    void _Add(const std::string& key, const std::string& name, const toml::value& value) const
+    void _Add(const std::string& key, const std::string& name, const toml::node& value) const
     {
-        const toml::source_location place = value.location();
         nxPlanEntry entry{key, name, {}, value.is_array(), {}};
-        entry.place =
-            nxFeedError{_path, place.line(), static_cast<unsigned int>(place.column()), {}}.GetText();
+        const toml::source_position place = value.source().begin;
+        entry.place = nxFeedError{_path, place.line, place.column, {}}.GetText();
         while (!entry.place.empty() && (entry.place.back() == ' ' || entry.place.back() == ':'))
             entry.place.pop_back();
         const std::string complaint =
             (name.empty() ? key : name) +
             " is neither a text, a finite number, true nor false, nor a list of them";
         if (value.is_array()) {
-            for (const toml::value& each : value.as_array())
+            for (const toml::node& each : *value.as_array())
                 entry.values.push_back(GetScalarText(each, complaint));
         } else {
             entry.values.push_back(GetScalarText(value, complaint));
@@ -55,5 +54,5 @@ bool nxPlanFile::Read(const std::string& path, std::vector<nxPlanEntry>& entries
 {
     const Reader reader(path, entries);
     return reader.Read(
-        "plan of a sweep", [&](const toml::value& root) { reader.ReadAll(root); }, error);
+        "plan of a sweep", [&](const toml::node& root) { reader.ReadAll(root); }, error);
 }

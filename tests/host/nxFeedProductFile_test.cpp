@@ -74,14 +74,16 @@ TEST(nxFeedProductFileTest, FloatsCountAsTheirShortestText)
 
 TEST(nxFeedProductFileTest, WhatIsWrongIsToldByPlaceAndReason)
 {
-    const std::string product = "[[product]]\nname = \"A\"\n";
     nxExpectRows("host/products.txt", [](const std::string& text) {
         static const std::regex name("^([A-C])$", std::regex::multiline);
         return GetError(std::regex_replace(text, name, "[[product]]\nname = \"$1\"") + "\n");
     });
     EXPECT_EQ(GetError(""), "");
-    EXPECT_THAT(GetError(product + "tickSize = \n"), testing::StartsWith("FILE:3:"));
-    EXPECT_THAT(GetError(product + "name = \"B\"\n"), testing::StartsWith("FILE:3:"));
+    EXPECT_EQ(GetError("\xef\xbb\xbf[[product]]\r\nname = 5\r\n"), "FILE:2:8: name is not a text in quotes");
+    EXPECT_EQ(GetError("name = \n"), R"(FILE:1:8: key-value pair: expected value, saw '\n')");
+    EXPECT_THAT(GetError("name = \"\xff\""), testing::StartsWith("FILE:1:"));
+    EXPECT_THAT(GetError("a = " + std::string(100'000, '[')),
+                testing::StartsWith("FILE:1:261: value: exceeded"));
 }
 
 }  // namespace
