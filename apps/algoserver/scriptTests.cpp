@@ -141,8 +141,8 @@ void AddScriptTests(CLI::App& run, ScriptTestArguments& arguments, CLI::Option& 
 {
     CLI::Option* const test =
         run.add_option("--test", arguments.files,
-                       "Run the functions Test... of those files instead, each over the market "
-                       "that it describes (docs/testing.md)")
+                       "Run the tests in those files instead, each over the market that it "
+                       "describes (docs/testing.md)")
             ->type_name("FILE.lua");
     test->each([&data](const std::string&) { data.required(false); });
     run.add_option("--filter", arguments.filter, "Of the tests those alone whose names match that pattern")

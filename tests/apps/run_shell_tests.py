@@ -28,6 +28,7 @@ LINES = (
     ("algoserver sweep own.lua --data x.csv --param s", {"slow="}),
     ("algoserver run ", {"own.lua", "..."}),
     ("algoserver run own.lua --data sub/", {"sub/day.csv"}),
+    ("algoserver run --test ", {"own.lua", "sub"}),
     ("algoserver sweep s", {"status", "sub", "..."}),
     ("algoserver sweep status --js", {"--json"}),
     ("algoserver completion ", {"bash", "zsh", "fish"}),
