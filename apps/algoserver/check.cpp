@@ -104,6 +104,10 @@ void AddCheckCommand(CLI::App& app, int& status)
                 "Lua file to put in front of each script; may be repeated")
         ->type_name("FILE.lua");
     AddJobOptions(check, arguments->jobs);
+    check.add_flag(
+        "--test", arguments->options.areTests,
+        "The files are tests of scripts (docs/testing.md), whatever their names; those that end in "
+        "_test.lua are known by that");
     CLI::Option* const noRun = check.add_flag("--no-run", arguments->noRun,
                                               "Only read the scripts: do not load them and run OnInit");
     AddSandbox(check, arguments->sandbox, "what a run with --sandbox strict lets it (strict)", "10");

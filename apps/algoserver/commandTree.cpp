@@ -64,6 +64,7 @@ Values FindValues(const CommandTree::Option& option)
     if (option.value.empty()) return Values::None;
     if (!option.choices.empty()) return Values::Choices;
     if (option.value.starts_with("[JOB/]NAME")) return Values::Parameters;
+    if (option.value.starts_with("FILE.lua")) return Values::LuaFiles;
     if (holds("FILE") || holds("SCRIPT") || holds("RECORD")) return Values::Files;
     return holds("DIR") ? Values::Folders : Values::Any;
 }

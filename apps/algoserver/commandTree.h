@@ -9,7 +9,7 @@
 struct CommandTree
 {
     // What completes a value.
-    enum class Values { None, Any, Choices, Files, Folders, Parameters };
+    enum class Values { None, Any, Choices, Files, LuaFiles, Folders, Parameters };
 
     struct Option
     {

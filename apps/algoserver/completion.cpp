@@ -85,6 +85,8 @@ std::string GetBashAction(const Option& option)
             return fmt::format("_algoserver_offer '{}'\n        ", JoinWords(option.choices));
         case Values::Files:
             return "_algoserver_files -f\n        ";
+        case Values::LuaFiles:
+            return "_algoserver_files -f -X '!*.lua'\n        ";
         case Values::Folders:
             return "_algoserver_files -d\n        ";
         case Values::Parameters:
@@ -115,6 +117,8 @@ std::string GetZshAction(const Option& option)
             return fmt::format(":value:({})", JoinWords(option.choices));
         case Values::Files:
             return ":file:_files";
+        case Values::LuaFiles:
+            return ":file:_files -g \"*.lua\"";
         case Values::Folders:
             return ":folder:_files -/";
         case Values::Parameters:
@@ -186,6 +190,8 @@ std::string GetFishAction(const Option& option)
             return " -x -a " + QuoteFish(JoinWords(option.choices));
         case Values::Files:
             return " -r -F";
+        case Values::LuaFiles:
+            return " -x -a '(__fish_complete_suffix .lua)'";
         case Values::Folders:
             return " -x -a '(__fish_complete_directories)'";
         case Values::Parameters:

@@ -39,9 +39,8 @@ void AddNewCommand(CLI::App& app, int& status)
     arguments->templateName = templates.front();
     CLI::App& command = *app.add_subcommand("new", "Make a folder with a script that runs, and data for it");
     command.footer(
-        "The folder has the script, a synthetic day of its products, types for editors, and a README.md with "
-        "the\n"
-        "commands, which are printed, too. One that is there is left as it is.");
+        "The folder has the script, tests of it, a synthetic day of its products, types for editors, and a\n"
+        "README.md with the commands, which are printed, too. One that is there is left as it is.");
     command.add_option("name", arguments->folder, "The folder, whose name the script gets, too")->required();
     command.add_option("--template,-t", arguments->templateName, "What the script begins as")
         ->check(CLI::IsMember(templates))

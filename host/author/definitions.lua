@@ -11,7 +11,9 @@ local function plain(text)
   return (text:gsub("%[(.-)%]%(.-%)", "%1"))
 end
 
-local words = { text = "string", rows = "number[][]", texts = "table<string, string|number>" }
+local words = {
+  text = "string", rows = "number[][]", texts = "table<string, string|number>", list = "any[]", values = "table<string, any>",
+}
 
 -- isGiven: what a script gives, which may be a number in place of a text.
 local function nameOf(alternative, isGiven, section)
@@ -110,8 +112,8 @@ end
 local function putFields(row, access, isGiven)
   for _, name in ipairs(row.names) do
     local how = access and (access[name] == "rw" and "Can be written. " or "Read-only. ") or ""
-    if name == "*" then
-      put("---@field [string] %s %s", typeText(row.type, isGiven), plain(row.text))
+    if name == "*" or name == "..." then
+      put("---@field [%s] %s %s", name == "*" and "string" or "integer", typeText(row.type, isGiven), plain(row.text))
     else
       put("---@field %s%s %s %s", name, isGiven and not row.isRequired and "?" or "", typeText(row.type, isGiven),
         withUnit(row.type, how .. plain(row.text)))
@@ -148,7 +150,7 @@ end
 
 function put_.table(section)
   put("")
-  put("---The values that `%s` takes.%s", section.name, section.text and " " .. plain(section.text) or "")
+  put("---The values that `%s` takes.%s", section.label, section.text and " " .. plain(section.text) or "")
   put("---@class algo.%s.table", section.name)
   for _, row in ipairs(section.rows) do
     putFields(row, nil, true)
@@ -175,6 +177,10 @@ function put_.prelude(section)
   put("")
   put("---Containers of the prelude.")
   put("vorant = {}")
+end
+
+function put_.tests(section)
+  putMembers(section, "")
 end
 
 local function putGlobals()

@@ -2,41 +2,10 @@
 
 #include "host/author/nxAuthorTexts.h"
 #include "host/author/nxScriptNames.h"
+#include "host/author/nxTextExchange.h"
 #include "scriptFramework/lua/nxLuaFunction.h"
-#include "scriptFramework/lua/nxLuaWrapper.h"
 
 namespace {
-
-// A text on its way to a function in Lua, and what that makes of it.
-class Exchange
-{
-public:
-    static constexpr const char* className = "nxScriptMembersExchange";
-    static const nxLuaWrapper<Exchange>::FunctionType Functions[];
-    static const nxLuaWrapper<Exchange>::PropertyType Properties[];
-
-    std::string text;
-
-    bool Get_text(nxLuaResults& results)
-    {
-        results.Add(text);
-        return true;
-    }
-    bool Set_text(const nxLuaParameter& value)
-    {
-        text = value.GetString();
-        return true;
-    }
-};
-
-constexpr nxLuaWrapper<Exchange>::FunctionType Exchange::Functions[] = {
-    {nullptr, nullptr},
-};
-
-constexpr nxLuaWrapper<Exchange>::PropertyType Exchange::Properties[] = {
-    {"text", &Exchange::Get_text, &Exchange::Set_text},
-    {nullptr, nullptr, nullptr},
-};
 
 constexpr const char* Entries = R"(
 function writeDefinitions(exchange) exchange.text = definitions() end
@@ -53,7 +22,7 @@ std::string nxScriptMembersText()
 
 void nxScriptMembers::Engine::_RegisterCustomObjects()
 {
-    nxLuaWrapper<Exchange>::Register(_GetState());
+    nxLuaWrapper<nxTextExchange>::Register(_GetState());
 }
 
 bool nxScriptMembers::Load(std::string& error)
@@ -70,8 +39,7 @@ bool nxScriptMembers::Load(std::string& error)
 
 bool nxScriptMembers::_Call(const char* function, std::string& text, std::string& error)
 {
-    Exchange exchange;
-    exchange.text = text;
+    nxTextExchange exchange(text);
     if (!nxLuaFunction(_engine, function).Call(exchange)) {
         error = _engine.GetLastError();
         return false;

@@ -22,6 +22,7 @@ struct nxScriptProject::Template
 {
     const char* name;
     const std::string& (*getScript)();
+    const std::string& (*getTests)();
     const char* about;  // what the script does, after its name
     const char* vary;   // what the sweep goes through
     std::vector<std::string> products;
@@ -31,19 +32,28 @@ struct nxScriptProject::Template
 const nxScriptProject::Template nxScriptProject::Templates[] = {
     {"bars",
      &nxAuthorBarsText,
+     &nxAuthorBarsTestText,
      "is long while bars of a minute close above their mean.",
      "length=5:20:5",
      {"SIM"},
      false},
     {"quotes",
      &nxAuthorQuotesText,
+     &nxAuthorQuotesTestText,
      "goes with the heavier side of the best quote.",
      "weight=4:8:2",
      {"SIM"},
      false},
-    {"maker", &nxAuthorMakerText, "quotes both sides of a market.", "limit=2:6:2", {"SIM"}, false},
+    {"maker",
+     &nxAuthorMakerText,
+     &nxAuthorMakerTestText,
+     "quotes both sides of a market.",
+     "limit=2:6:2",
+     {"SIM"},
+     false},
     {"spread",
      &nxAuthorSpreadText,
+     &nxAuthorSpreadTestText,
      "trades the difference of two products as one.",
      "edge=2:4:1",
      {"FAR", "NEAR"},
@@ -149,8 +159,11 @@ std::optional<std::string> nxScriptProject::_Fill(const std::string& folder,
     std::error_code failure;
     for (const char* const part : {"/data", "/types"})
         if (!fs::create_directories(folder + part, failure)) return folder + part + ": " + failure.message();
+    std::string tests = _template.getTests();
+    Replace(tests, "@NAME@", _name);
     std::vector<std::pair<std::string, std::string>> files = {
         {_name + ".lua", _template.getScript()},
+        {_name + "_test.lua", tests},
         {"README.md", _MakePage()},
         {"types/algoserver.lua", types},
         {".luarc.json", nxScriptMembers::GetSettings("types")},

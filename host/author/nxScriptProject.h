@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-// A folder from which an author starts: a script, data for it, types for editors, and a page with the
-// commands. For one thread.
+// A folder from which an author starts: a script, tests of it, data for it, types for editors, and a page
+// with the commands. For one thread.
 class nxScriptProject
 {
 public:

@@ -1,7 +1,7 @@
 -- Reads members.txt, whose head tells its form, into the table `members`:
 --   list       the sections in their order: { kind, name, label, heading, object, text, groups = { { title, rows } }, rows }
 --   classes    those of bound classes by class name, and by the name that types use (byType)
---   tables     those of tables by name; callbacks, prelude and containers are sections by themselves
+--   tables     those of tables by name; callbacks, prelude, tests and containers are sections by themselves
 -- A row: { names, forms or type, text, errors = { { text, remark } }, needs, beside }; a form is
 -- { parameters = { { name, type, isOptional } }, most, rest, results }. A type: { alternatives = { { kind, unit or value } }, isNil, isMany },
 -- isNil being "now" or "host".
@@ -84,7 +84,7 @@ local function parseMember(line, row, number)
     row.forms = row.forms or {}
     table.insert(row.forms, parseForm(parameters:sub(2, -2), results:match("^: (.+)$"), number))
   else
-    local listed, type = line:match("^([%a%d,!* ]+): (.+)$")
+    local listed, type = line:match("^([%a%d,!*. ]+): (.+)$")
     if not listed then fail(number, "no member: " .. line) end
     parseNames(listed, row)
     row.type = parseType(type, number)

@@ -1,7 +1,7 @@
 -- refresh(page) gives a Markdown page with its tables of members made anew. A table stands between the lines
 -- `<!-- members: NAME -->`, or `<!-- members: NAME, GROUP -->`, and `<!-- end -->`.
 
-local words = { rows = "matrix", texts = "table of texts and numbers" }
+local words = { rows = "matrix", texts = "table of texts and numbers", list = "list", values = "table" }
 
 local function linked(section)
   if not section.heading then return section.label end
@@ -110,7 +110,7 @@ function make.property(rows, section)
   for i, row in ipairs(rows) do
     local errors = errorsText(row)
     local isWritten = access and access.properties[row.names[1]] == "rw"
-    table[i] = { each(row, function(name) return name end), typeText(row.type), unitText(row.type),
+    table[i] = { each(row, function(name) return name end):gsub("^`%.%.%.`$", "without a key"), typeText(row.type), unitText(row.type),
       row.text .. (row.isRequired and " Required." or "") .. (isWritten and " It can be written." or "") .. (errors ~= "" and " Error: " .. errors or "") }
   end
   return makeTable({ section.kind == "table" and "Key" or "Property", "Type", "Unit", "Meaning" }, table)

@@ -204,17 +204,18 @@ end
 function Job:_tellGlobal(file, node, depth)
   local name = node[1]
   self.reads[name] = true
-  if self.sets[name] and not environment.bound[name] or self.required[name] then return end
-  if environment.removed[name] then
+  local isBound = not self.isTest and environment.bound[name]
+  if self.sets[name] and not isBound or self.required[name] then return end
+  if environment.removed[name] and not self.isTest then
     if depth > 0 and not self.isDynamic then
       file.say(node, "removed-global", ("'%s' is removed from what a script may use before OnInit"):format(name))
     end
-  elseif environment.bound[name] then
+  elseif isBound then
     if depth == 0 and not self.sets[name] then
       file.say(node, "too-early", ("'%s' does not exist while the script is loaded; use it from OnInit on"):format(
         name))
     end
-  elseif not checker.globals[name] and not checker.callbacks[name] and not self.isDynamic then
+  elseif not self.globals[name] and not checker.callbacks[name] and not self.isDynamic then
     file.say(node, "unknown-global", ("unknown global '%s'%s"):format(name, checker.didYouMean(name, self.known)))
   end
 end
@@ -222,7 +223,7 @@ end
 -- A field of one of Lua's own libraries, or of vorant.
 function Job:_tellLibraryField(file, node)
   local library, field = node[1][1], node[2][1]
-  local description = checker.globals[library]
+  local description = self.globals[library]
   if self.sets[library] or not description or not description.fields then return end
   if description.fields[field] or self.ownFields[library .. "." .. field] then return end
   file.say(node[2], "unknown-field", ("%s has no '%s'%s"):format(
@@ -230,6 +231,7 @@ function Job:_tellLibraryField(file, node)
 end
 
 function Job:_tellSet(file, node, depth)
+  if self.isTest then return self:_tellTestSet(file, node) end
   for _, target in ipairs(node[1]) do
     local name = globalName(target)
     local bound = name and environment.bound[name]
@@ -244,6 +246,24 @@ function Job:_tellSet(file, node, depth)
       rules.write(self, file.say, target)
     end
   end
+end
+
+function Job:_tellTestSet(file, node)
+  for _, target in ipairs(node[1]) do
+    local name = globalName(target)
+    if name and checker.tests[name] then
+      file.say(target, "overwritten-global", ("this replaces the function '%s' that tests call"):format(name))
+    end
+  end
+end
+
+function Job:_tellTestCall(file, node, depth)
+  local name = isGlobal(node[1]) and node[1][1]
+  if not self.isTest or not checker.tests[name] then return end
+  if depth == 0 then
+    file.say(node, "too-early", ("'%s' is for functions whose name begins with Test, and this is called while the file is loaded"):format(name))
+  end
+  rules.testCall(self, file.say, node)
 end
 
 -- The second round, over each file: tells what is wrong where it stands.
@@ -315,6 +335,7 @@ function Job:_tell(file)
     else
       go(callee, depth)
     end
+    self:_tellTestCall(file, node, depth)
     for i = 2, #node do
       node[i].isAlias = isHandedOver(callee, node[i], node[i + 1])
     end
@@ -408,8 +429,24 @@ function Job:_tellCallbacks(files)
   end
 end
 
-local function newJob()
-  local job = setmetatable({ isDynamic = false, fields = {}, walk = walk }, Job)
+-- In place of callbacks.
+function Job:_tellTests(file)
+  local hasTest = self.isDynamic
+  for name, sets in pairs(self.sets) do
+    local isTest = name:match("^Test") and isFunction(sets[1])
+    hasTest = hasTest or isTest
+    if isTest and sets[2] and isFunction(sets[2]) and sets[1].depth == 0 and sets[2].depth == 0 then
+      file.say(sets[2].node, "callback-twice", ("there is a %s already, in line %d"):format(name, sets[1].node.line))
+    end
+  end
+  if not hasTest then
+    file.add(1, 1, 0, "no-test", "the file defines no global function whose name begins with Test, so there is nothing to run")
+  end
+end
+
+local function newJob(isTest)
+  local job = setmetatable({ isDynamic = false, isTest = isTest, fields = {}, walk = walk }, Job)
+  job.globals = isTest and checker.testGlobals or checker.globals
   for _, set in ipairs({ "sets", "reads", "texts", "targets", "called", "required", "ownFields", "known", "uses",
                          "invoked", "named", "subscribed", "escaped", "misspelt" }) do
     job[set] = {}
@@ -426,12 +463,12 @@ local function newJob()
       values[i] = set.value
     end
     return values
-  end)
+  end, job.globals)
   return job
 end
 
 local function analyzeAll(input)
-  local job, files, allParsed = newJob(), {}, true
+  local job, files, allParsed = newJob(input:isTest()), {}, true
   for index = 1, input:count() do
     local file, text = newFile(input, index)
     files[index] = file
@@ -441,7 +478,7 @@ local function analyzeAll(input)
   for _, file in ipairs(files) do
     job:_collect(file)
   end
-  for _, names in ipairs({ job.sets, checker.globals, job.required }) do
+  for _, names in ipairs({ job.sets, job.globals, job.required }) do
     for name in pairs(names) do
       job.known[name] = true
     end
@@ -453,6 +490,7 @@ local function analyzeAll(input)
     tellAdopted(file)
     job:_tell(file)
   end
+  if job.isTest then return job:_tellTests(files[1]) end
   job:_tellCallbacks(files)
   if next(job.required) == nil then habits.tell(job, files) end
 end

@@ -45,9 +45,17 @@ for name, section in pairs(members.classes) do
   end
 end
 
+-- What a file of tests calls, by name its row; a row has no class, as descriptions of other globals may.
+checker.tests = {}
+for _, row in ipairs(members.tests.rows) do
+  checker.tests[row.names[1]] = row
+end
+checker.signatureOf = signatureOf
+
 -- The functions that take a table. Of each key the kinds of constant that are read: "text", which a number may be
 -- too, "number", "boolean", or the texts that are known. required: the keys that must be there. Keys are free where
--- open is set. numeric: texts there have to be numbers. beside: a key with which only those in read are read. positional: the texts of the form without a table.
+-- open is set. numeric: texts there have to be numbers. mixed: the type where a
+-- table is read as well as other values. item: the type of what has no key. beside: a key with which only those in read are read. positional: the texts of the form without a table.
 checker.tables = {}
 
 local function constantsOf(type)
@@ -57,6 +65,15 @@ local function constantsOf(type)
     texts.isOpen = texts.isOpen or alternative.kind == "text"
   end
   return #texts > 0 and texts or nil
+end
+
+local isTable = { list = true, values = true, texts = true, rows = true }
+
+local function isMixed(type)
+  for _, alternative in ipairs(type.alternatives) do
+    if isTable[alternative.kind] then return true end
+  end
+  return false
 end
 
 local function kindOf(type)
@@ -69,14 +86,17 @@ local function kindOf(type)
 end
 
 for name, section in pairs(members.tables) do
-  local rule = { keys = {}, required = {}, read = {}, numeric = {} }
+  local rule = { keys = {}, required = {}, read = {}, numeric = {}, mixed = {} }
   checker.tables[name] = rule
   for _, row in ipairs(section.rows) do
     rule.beside = rule.beside or row.beside
     for _, key in ipairs(row.names) do
       if key == "*" then
         rule.open = true
+      elseif key == "..." then
+        rule.item = row.type
       else
+        rule.mixed[key] = isMixed(row.type) and row.type or nil
         rule.keys[key] = kindOf(row.type)
         rule.read[key] = not row.beside
         rule.numeric[key] = row.type.alternatives[1].kind == "number"

@@ -190,7 +190,7 @@ function habits.tell(job, files)
   for name, sets in pairs(job.sets) do
     if needs[name] and not job.isIndexed then tellUnheard(job, name, sets) end
     if often[name] then tellOrders(job, name, sets) end
-    local isOther = not checker.callbacks[name] and not checker.globals[name] and not environment.removed[name]
+    local isOther = not checker.callbacks[name] and not job.globals[name] and not environment.removed[name]
     if isOther and not job.reads[name] and not job.texts[name] and not job.isDynamic then tellUnread(job, name, sets) end
   end
   if not job.isIndexed then tellUnused(job) end

@@ -7,8 +7,8 @@
 using Self = nxScriptAnalysis;
 
 constexpr nxLuaWrapper<Self>::FunctionType Self::Functions[] = {
-    {"count", &Self::count}, {"path", &Self::path}, {"text", &Self::text},
-    {"add", &Self::add},     {nullptr, nullptr},
+    {"count", &Self::count}, {"isTest", &Self::isTest}, {"path", &Self::path},
+    {"text", &Self::text},   {"add", &Self::add},       {nullptr, nullptr},
 };
 static_assert(nxIsBoundTable(Self::Functions));
 
@@ -19,6 +19,12 @@ constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
 bool nxScriptAnalysis::count(nxLuaParameters&, nxLuaResults& results)
 {
     results.Add(static_cast<unsigned int>(_files.size()));
+    return true;
+}
+
+bool nxScriptAnalysis::isTest(nxLuaParameters&, nxLuaResults& results)
+{
+    results.Add(_isTest);
     return true;
 }
 
@@ -74,10 +80,10 @@ bool nxScriptAnalyzer::Load(std::string& error)
     return true;
 }
 
-bool nxScriptAnalyzer::Analyze(const std::vector<nxScriptAnalysis::File>& files,
+bool nxScriptAnalyzer::Analyze(const std::vector<nxScriptAnalysis::File>& files, bool isTest,
                                std::vector<nxScriptFinding>& findings, std::string& error)
 {
-    nxScriptAnalysis analysis(files);
+    nxScriptAnalysis analysis(files, isTest);
     nxLuaFunction analyze(_engine, "analyze");
     if (!analyze.Call(analysis)) {
         error = _engine.GetLastError();

@@ -22,17 +22,19 @@ public:
         std::string text;
     };
 
-    explicit nxScriptAnalysis(const std::vector<File>& files) : _files(files) {}
+    nxScriptAnalysis(const std::vector<File>& files, bool isTest) : _files(files), _isTest(isTest) {}
 
     std::vector<nxScriptFinding> findings;
 
     bool count(nxLuaParameters&, nxLuaResults&);
+    bool isTest(nxLuaParameters&, nxLuaResults&);
     bool path(nxLuaParameters&, nxLuaResults&);  // (index from 1)
     bool text(nxLuaParameters&, nxLuaResults&);  // (index from 1)
     bool add(nxLuaParameters&, nxLuaResults&);   // (index, line, column, endColumn, code, message)
 
 private:
     const std::vector<File>& _files;
+    const bool _isTest;
 };
 
 // Finds what is wrong in scripts by reading them, without running them. Stands on the Lua module luacheck,
@@ -42,9 +44,9 @@ class nxScriptAnalyzer
 public:
     // Brings up the checker; false, and error tells what is missing and how to get it.
     [[nodiscard]] bool Load(std::string& error);
-    // The findings over a job's files, the modules in front of the script. False when the checker itself
-    // failed.
-    [[nodiscard]] bool Analyze(const std::vector<nxScriptAnalysis::File>& files,
+    // The findings over a job's files, the modules in front of the script; isTest: over one file of tests.
+    // False when the checker itself failed.
+    [[nodiscard]] bool Analyze(const std::vector<nxScriptAnalysis::File>& files, bool isTest,
                                std::vector<nxScriptFinding>& findings, std::string& error);
 
 private:

@@ -46,7 +46,7 @@ bool nxScriptCheck::Run()
         }
     }
     for (const nxJobOptions& job : _options.jobs) {
-        nxScriptSource source = modules;
+        nxScriptSource source = _IsTest(job) ? nxScriptSource() : modules;
         if (const auto failure = source.Add(job.script))
             _failures.push_back(*failure);
         else
@@ -58,16 +58,21 @@ bool nxScriptCheck::Run()
     return _failures.empty();
 }
 
+bool nxScriptCheck::_IsTest(const nxJobOptions& job) const
+{
+    return _options.areTests || job.script.ends_with("_test.lua");
+}
+
 void nxScriptCheck::_CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& source,
                               const nxJobOptions& job)
 {
     std::vector<nxScriptFinding> findings;
     std::string error;
-    if (!analyzer.Analyze(GetFiles(source), findings, error)) {
+    if (!analyzer.Analyze(GetFiles(source), _IsTest(job), findings, error)) {
         _failures.push_back(job.script + ": " + error);
         return;
     }
-    if (_options.dryRun && !HasCode(findings, SyntaxCode)) _TryJob(source, job, findings);
+    if (_options.dryRun && !_IsTest(job) && !HasCode(findings, SyntaxCode)) _TryJob(source, job, findings);
     _findings.insert(_findings.end(), findings.begin(), findings.end());
 }
 

@@ -15,13 +15,14 @@ struct nxScriptCheckOptions
 {
     std::vector<nxJobOptions> jobs;    // their scripts, and the parameters that the dry run shows them
     std::vector<std::string> modules;  // Lua files in front of each script
+    bool areTests = false;             // all scripts; else those whose names end in _test.lua
     bool dryRun = true;                // also load each script and run its OnInit
     nxScriptProfile profile = nxScriptProfile::Base;  // of the dry run
     nxRunPulse* pulse = nullptr;                      // where the dry run tells what goes on; null: nowhere
 };
 
 // Checks scripts without a market: whether they compile, what is wrong in their text, and whether OnInit runs
-// through. For one thread.
+// through. A file of tests gets no modules and is only read. For one thread.
 class nxScriptCheck
 {
 public:
@@ -38,6 +39,7 @@ public:
     const std::vector<std::string>& GetParameters() const { return _parameters; }
 
 private:
+    bool _IsTest(const nxJobOptions& job) const;
     void _CheckJob(nxScriptAnalyzer& analyzer, const nxScriptSource& source, const nxJobOptions& job);
     void _TryJob(const nxScriptSource& source, const nxJobOptions& job,
                  std::vector<nxScriptFinding>& findings);

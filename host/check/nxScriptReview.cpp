@@ -46,7 +46,7 @@ nxScriptReview::nxScriptReview(const std::vector<nxJobOptions>& jobs, const std:
         _command += " --module " + module;
     for (const nxJobOptions& job : jobs)
         _command += " " + job.script;
-    nxScriptCheckOptions options{jobs, modules, false};
+    nxScriptCheckOptions options{.jobs = jobs, .modules = modules, .dryRun = false};
     const bool isToBeRead = IsToBeRead(options);
     _findings =
         std::async(isToBeRead ? std::launch::async : std::launch::deferred, [isToBeRead,

@@ -7,7 +7,7 @@ local function wanted(type)
   local names = {}
   for i, alternative in ipairs(type.alternatives) do
     local kind = alternative.kind
-    names[i] = kind == "constant" and "text" or (members.tables[kind] or kind == "rows" or kind == "texts") and "table" or kind
+    names[i] = kind == "constant" and "text" or members.tables[kind] and "table" or checker.kinds[kind] or kind
   end
   return "a " .. names[1]
 end
@@ -19,7 +19,7 @@ local function takes(type, value)
     if kind == "any" or kind == "function" or value.kind == kind then return true end
     if kind == "number" and checker.isNumeric(value) then return true end
     if (kind == "text" or kind == "constant") and (value.kind == "text" or value.kind == "number") then return true end
-    if (members.tables[kind] or kind == "rows" or kind == "texts") and value.kind == "table" then return true end
+    if (members.tables[kind] or checker.kinds[kind] == "table") and value.kind == "table" then return true end
   end
   return false
 end

@@ -54,10 +54,21 @@ local function isOneOf(text, texts)
   return texts.isOpen and not isLike
 end
 
+-- A key whose value may be a table or another kind.
+local function checkMixed(say, node, key, value, type)
+  local names = {}
+  for i, alternative in ipairs(type.alternatives) do
+    names[i] = checker.kinds[alternative.kind]
+    if names[i] == value.kind then return end
+  end
+  say(node, "table-value", ("'%s' is a %s, not %s"):format(key, table.concat(names, " or a "), checker.describe(value)))
+end
+
 -- Values that the function would refuse, or pass over without a word.
-local function checkValue(job, say, node, key, kind, isNumeric)
-  local value = job.types:valueOf(node)
+local function checkValue(job, say, node, key, rule)
+  local value, kind, isNumeric = job.types:valueOf(node), rule.keys[key], rule.numeric[key]
   if not value or value.kind == "nil" then return end
+  if rule.mixed[key] then return checkMixed(say, node, key, value, rule.mixed[key]) end
   local given = value.kind == "object" and checker.classes[value.class].label .. " object" or value.kind
   if type(kind) == "table" then
     if given ~= "text" or value.constant and not isOneOf(value.constant, kind) then
@@ -74,8 +85,23 @@ local function checkValue(job, say, node, key, kind, isNumeric)
   end
 end
 
+-- What stands in a table without a key.
+local checkKeys
+local function checkItem(job, say, item, method, type)
+  local rule = type and checker.tables[type.alternatives[1].kind]
+  local value = job.types:valueOf(item)
+  if not type then
+    say(item, "table-key", ("%s reads named values only, and this one has no name"):format(method))
+  elseif rule and item.tag == "Table" then
+    checkKeys(job, say, item, item, "a moment of " .. method, rule, true)
+  elseif value and value.kind ~= (rule and "table" or checker.kinds[type.alternatives[1].kind]) then
+    say(item, "table-value", ("what has no key is a %s here, not %s"):format(
+      rule and "table" or type.alternatives[1].kind, checker.describe(value)))
+  end
+end
+
 -- The keys of a table argument. On an object of unknown class only what is surely meant for this function.
-local function checkKeys(job, say, call, argument, method, rule, isKnown)
+function checkKeys(job, say, call, argument, method, rule, isKnown)
   local found, complete = {}, true
   for _, item in ipairs(argument) do
     if item.tag == "Pair" and item[1].tag == "String" then
@@ -94,7 +120,7 @@ local function checkKeys(job, say, call, argument, method, rule, isKnown)
   for _, item in ipairs(argument) do
     local key = item.tag == "Pair" and item[1].tag == "String" and item[1][1]
     if key and rule.keys[key] then
-      checkValue(job, say, item[2], key, rule.keys[key], rule.numeric[key])
+      checkValue(job, say, item[2], key, rule)
       if rule.beside and found[rule.beside] and not rule.read[key] then
         say(item[1], "table-key", ("'%s' is not read where '%s' is given; set it in another call of %s"):format(
           key, rule.beside, method))
@@ -102,7 +128,7 @@ local function checkKeys(job, say, call, argument, method, rule, isKnown)
     elseif key and not rule.open then
       say(item[1], "table-key", ("%s has no key '%s'%s"):format(method, key, checker.didYouMean(key, rule.keys)))
     elseif item.tag ~= "Pair" and not isMultiple(item) then
-      say(item, "table-key", ("%s reads named values only, and this one has no name"):format(method))
+      checkItem(job, say, item, method, rule.item)
     end
   end
   for _, key in ipairs(complete and rule.required or {}) do
@@ -131,6 +157,16 @@ end
 local function isOwnField(job, className, name)
   local isNear = checker.findNear(name, checker.classes[className].members)
   return job.fields[className][name] or (job.fields[""][name] and not isNear)
+end
+
+-- script "cross.lua", market { ... }, expect { ... }
+function rules.testCall(job, say, node)
+  local name, argument = node[1][1], node[2]
+  local row = checker.tests[name]
+  checkCount(say, node, 2, name, checker.signatureOf(row))
+  rules.arguments(job, say, node, 2, row, name)
+  local rule = checker.tables[row.forms[1].parameters[1].type.alternatives[1].kind]
+  if rule and argument and argument.tag == "Table" then checkKeys(job, say, node, argument, name, rule, true) end
 end
 
 -- object:method(...)

@@ -31,22 +31,28 @@ for name, class in pairs(environment.bound.vorant.fields) do
   addClass("vorant." .. name, "vorant." .. name, class, { table = "rw", mySize = "rw" })
 end
 
--- What a script finds from OnInit on, by name.
-checker.globals = {}
-for _, source in ipairs({ environment.standard, environment.bound }) do
-  for name, description in pairs(source) do
-    checker.globals[name] = description
+local function merge(one, other)
+  local all = {}
+  for _, source in ipairs({ one, other }) do
+    for name, description in pairs(source) do
+      all[name] = description
+    end
   end
+  return all
 end
 
+-- What a script finds from OnInit on, by name, and what a file of tests does.
+checker.globals = merge(environment.standard, environment.bound)
+checker.testGlobals = merge(environment.standard, checker.tests)
+
 -- The types of one job: assigned(name) gives the expressions that its files assign to a global, false among them
--- where the value cannot be told.
+-- where the value cannot be told; globals: what the files find.
 local Types = {}
 Types.__index = Types
 checker.Types = Types
 
-function Types.new(assigned)
-  return setmetatable({ assigned = assigned }, Types)
+function Types.new(assigned, globals)
+  return setmetatable({ assigned = assigned, globals = globals }, Types)
 end
 
 -- The one class of several expressions, nil ones aside.
@@ -96,7 +102,7 @@ function infer.Id(self, node)
   if var then return self:_ofAll(valuesOf(var)) end
   local assigned = self.assigned(name)
   if assigned then return self:_ofAll(assigned) end
-  return checker.globals[name] and checker.globals[name].class
+  return self.globals[name] and self.globals[name].class
 end
 
 function infer.Paren(self, node)

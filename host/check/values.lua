@@ -20,7 +20,11 @@ function checker.rowOf(class, member)
   return rows[class] and rows[class][member]
 end
 
-local kinds = { number = "number", text = "text", constant = "text", boolean = "boolean", rows = "table", texts = "table" }
+local kinds = { number = "number", text = "text", constant = "text", boolean = "boolean" }
+for _, kind in ipairs({ "rows", "texts", "list", "values" }) do
+  kinds[kind] = "table"
+end
+checker.kinds = kinds
 
 local function ofType(type)
   if type == nil or type.isMany then return nil end

@@ -2,6 +2,24 @@
 -- that runs them.
 
 local sheet -- of the test that is being described
+local tests, names = {}, {} -- the functions by name, and their names in the order of the file
+
+local function lineOf(test)
+  return debug.getinfo(test, "S").linedefined
+end
+
+-- Tests are kept out of _G, so that a second one of a name does not take the place of the first without a word.
+local function keepTest(globals, name, value)
+  if type(name) ~= "string" or not name:match("^Test") then return rawset(globals, name, value) end
+  if not name:match("^[%w_]+$") then error("the name of a test is letters, digits and _", 2) end
+  local isTest, old = type(value) == "function", tests[name]
+  if isTest and type(old) == "function" then
+    error(("there is a %s already, in line %d; the second would replace it"):format(name, lineOf(old)), 2)
+  end
+  if isTest then table.insert(names, name) end
+  tests[name] = value
+end
+setmetatable(_G, { __index = tests, __newindex = keepTest, __metatable = false })
 
 -- The line of the test file that called the function of this file that asks.
 local function here()
@@ -66,18 +84,12 @@ local function encode(value, depth)
 end
 
 function listTests(exchange)
-  local names = {}
-  for name, value in pairs(_G) do
-    if type(name) == "string" and name:match("^Test") and type(value) == "function" then
-      table.insert(names, name)
-    end
-  end
-  table.sort(names)
   exchange.text = table.concat(names, "\n")
 end
 
 function describeTest(exchange)
-  sheet = { markets = {}, expects = {} }
-  _G[exchange.text]()
+  local test = tests[exchange.text]
+  sheet = { markets = {}, expects = {}, line = lineOf(test) }
+  test()
   exchange.text = encode(sheet, 0)
 end

@@ -12,12 +12,12 @@
 #include "host/run/nxRunSandbox.h"
 #include "host/trial/nxTrialExpectations.h"
 #include "host/trial/nxTrialMarket.h"
-#include "host/trial/nxTrialProcess.h"
 
 namespace {
 
 using Json = nxTrialSheet::Json;
 using Fault = nxTrialOutcome::Fault;
+using State = nxTrialOutcome::State;
 
 // For the files of a test; goes with all that is in it.
 class Folder
@@ -58,7 +58,7 @@ double GetProfit(const nxResult& result)
 }
 
 // In the process of the test: a line for each fault, after the line of the test file.
-Json RunAndJudge(nxRunOptions options, const nxTrialExpectations& expectations, bool mayFail)
+Json RunAndJudge(nxRunOptions options, const nxTrialExpectations& expectations)
 {
     nxTrialFollower follower;
     follower.looks = expectations.GetLooks();
@@ -71,7 +71,7 @@ Json RunAndJudge(nxRunOptions options, const nxTrialExpectations& expectations, 
     nxRun run(std::move(options), out, errors);
     if (run.Run() == nxRunResult::InputFailed) return {{"refused", errors.str()}};
     Json faults = Json::array();
-    if (!follower.failures.empty() && !mayFail)
+    if (!follower.failures.empty() && !expectations.ExpectsFailure())
         faults.push_back({{"line", 0}, {"text", "the script failed: " + follower.failures.front().text}});
     for (const auto& fault : expectations.Judge(follower, profit))
         faults.push_back({{"line", fault.line},
@@ -79,11 +79,12 @@ Json RunAndJudge(nxRunOptions options, const nxTrialExpectations& expectations, 
     return {{"faults", faults}};
 }
 
-// "cross_test.lua:12: text" as line and text, where it is of that file.
+// "cross_test.lua:12: text", or "cross_test.lua: text", as line and text, where it is of that file.
 Fault Place(const std::string& path, const std::string& text)
 {
     Fault fault{0, text};
     if (!text.starts_with(path + ":")) return fault;
+    if (text.starts_with(path + ": ")) return {0, text.substr(path.size() + 2)};
     std::istringstream stream(text.substr(path.size() + 1));
     if (stream >> fault.line && stream.get() == ':') {
         std::getline(stream >> std::ws, fault.text, '\0');
@@ -94,90 +95,113 @@ Fault Place(const std::string& path, const std::string& text)
 
 }  // namespace
 
-std::optional<std::string> nxTrial::Open(const std::string& path)
+std::string nxTrialOutcome::Describe(const Fault& fault) const
 {
-    if (const auto failure = _sheet.Read(path)) return failure;
+    return fault.line == 0 ? file + ": " + fault.text
+                           : fmt::format("{}:{}: {}", file, fault.line, fault.text);
+}
+
+nxTrialProcess::Outcome nxTrial::_Do(const std::function<std::string()>& work) const
+{
     nxGuardOptions guard;
     guard.interrupted = _options.run.interrupted;
-    const auto outcome = nxTrialProcess::Do(guard, _options.limit, [&](nxRunPage&) {
-        Json names = Json::array();
-        for (const std::string& name : _sheet.ListTests())
-            names.push_back(name);
-        return names.dump();
-    });
-    if (!outcome.death.empty())
-        return outcome.death.starts_with(path) ? outcome.death : path + ": " + outcome.death;
+    return nxTrialProcess::Do(guard, _options.limit, [&work](nxRunPage&) { return work(); });
+}
+
+std::optional<Fault> nxTrial::Open(const std::string& path)
+{
+    if (const auto failure = _sheet.Read(path)) return Place(path, *failure);
+    const auto outcome = _Do([this] { return Json(_sheet.ListTests()).dump(); });
+    if (!outcome.death.empty()) return Place(path, outcome.death);
     _tests = Json::parse(outcome.text).get<std::vector<std::string>>();
-    if (_tests.empty()) return path + ": has no function whose name begins with Test";
+    if (_tests.empty()) return Fault{0, "has no function whose name begins with Test"};
     return std::nullopt;
 }
 
 nxTrialOutcome nxTrial::Run(const std::string& test) const
 {
     const auto begin = std::chrono::steady_clock::now();
-    nxTrialOutcome outcome;
-    outcome.file = _sheet.GetPath();
-    outcome.name = test;
-    nxGuardOptions guard;
-    guard.interrupted = _options.run.interrupted;
-    const auto sheet =
-        nxTrialProcess::Do(guard, _options.limit, [&](nxRunPage&) { return _sheet.Describe(test).dump(); });
-    if (!sheet.death.empty())
-        outcome.faults.push_back(Place(outcome.file, sheet.death));
-    else
-        _Run(Json::parse(sheet.text), outcome);
+    nxTrialOutcome outcome{.file = _sheet.GetPath(), .name = test};
+    const auto description = _Do([&] { return _sheet.Describe(test).dump(); });
+    if (!description.death.empty()) {
+        outcome.faults.push_back(Place(outcome.file, description.death));
+    } else {
+        const Json sheet = Json::parse(description.text);
+        try {
+            _Run(sheet, outcome.faults);
+        } catch (const Fault& fault) {
+            outcome.faults.push_back(fault);
+        }
+        for (Fault& fault : outcome.faults)
+            if (fault.line == 0) fault.line = sheet.at("line").get<unsigned int>();
+    }
+    const bool isInterrupted = _options.run.interrupted != nullptr && *_options.run.interrupted;
+    outcome.state = outcome.faults.empty() ? State::Passed : isInterrupted ? State::NotRun : State::Failed;
     outcome.duration =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
     return outcome;
 }
 
-void nxTrial::_Run(const Json& sheet, nxTrialOutcome& outcome) const
+// What a test describes, ready to be run.
+struct nxTrial::Plan
 {
-    const auto fail = [&](unsigned int line, const std::string& text) {
-        outcome.faults.push_back({line, text});
-    };
-    if (!sheet.contains("script")) return fail(0, "names no script; write script \"cross.lua\"");
-    const Json& script = sheet.at("script").at("keys");
-    const auto scriptLine = script.at("line").get<unsigned int>();
-    nxRunOptions options = _options.run;
-    nxRunArguments arguments = _options.arguments;
-    const auto folderOfTest = std::filesystem::path(outcome.file).parent_path();
-    arguments.scripts = {(folderOfTest / script.at("path").get<std::string>()).string()};
-    for (const auto& [name, value] : script.at("parameters").at("keys").items())
-        arguments.parameters.push_back(GetParameter(name, value));
-    nxTrialMarket market(_sheet);
-    for (const Json& call : sheet.at("markets").at("list"))
-        if (const auto fault = market.Add(call.at("keys"))) return fail(fault->line, fault->text);
-    if (!market.HasRows()) return fail(0, "has no market; write market { \"09:30:00 100 5 x 100.25 5\" }");
-    nxTrialExpectations expectations(_sheet, market.GetDate());
-    bool mayFail = false;
-    for (const Json& call : sheet.at("expects").at("list")) {
-        if (const auto fault = expectations.Add(call.at("keys"))) return fail(fault->line, fault->expected);
-        mayFail = mayFail || call.at("keys").at("content").at("keys").contains("error");
-    }
-    if (expectations.IsEmpty())
-        return fail(0, "expects nothing; write expect { position = 1 }, or orders = 0");
-    const Folder folder;
-    if (folder.GetPath().empty() || !market.Write(folder.GetPath(), options, arguments))
-        return fail(0, "its market cannot be written to the folder of temporary files");
-    const auto refuse = [&](const std::string& text) {
+    nxTrialMarket market;
+    nxRunOptions options;
+    nxRunArguments arguments;
+    std::optional<nxTrialExpectations> expectations;  // once the date of the market is known
+    unsigned int scriptLine = 0;
+
+    // Throws what ends a run before it begins, with the row of the market that is to blame for it.
+    [[noreturn]] void Refuse(const std::string& text) const
+    {
         const auto fault = market.Explain(text);
-        fault ? fail(fault->line, "market: " + fault->text) : fail(scriptLine, text);
-    };
-    if (const auto error = arguments.Apply(options)) return refuse(*error);
+        throw fault ? Fault{fault->line, "market: " + fault->text} : Fault{scriptLine, text};
+    }
+};
+
+void nxTrial::_Prepare(const Json& sheet, Plan& plan) const
+{
+    if (!sheet.contains("script")) throw Fault{0, "names no script; write script \"cross.lua\""};
+    const Json& script = sheet.at("script").at("keys");
+    plan.scriptLine = script.at("line").get<unsigned int>();
+    const auto folder = std::filesystem::path(_sheet.GetPath()).parent_path();
+    plan.arguments.scripts = {(folder / script.at("path").get<std::string>()).string()};
+    for (const auto& [name, value] : script.at("parameters").at("keys").items())
+        plan.arguments.parameters.push_back(GetParameter(name, value));
+    for (const Json& call : sheet.at("markets").at("list"))
+        if (const auto fault = plan.market.Add(call.at("keys"))) throw Fault{fault->line, fault->text};
+    if (!plan.market.HasRows())
+        throw Fault{0, "has no market; write market { \"09:30:00 100 5 x 100.25 5\" }"};
+    plan.expectations.emplace(_sheet, plan.market.GetDate());
+    for (const Json& call : sheet.at("expects").at("list"))
+        if (const auto fault = plan.expectations->Add(call.at("keys")))
+            throw Fault{fault->line, fault->expected};
+    if (plan.expectations->IsEmpty())
+        throw Fault{0, "expects nothing; write expect { position = 1 }, or orders = 0"};
+}
+
+void nxTrial::_Run(const Json& sheet, std::vector<Fault>& faults) const
+{
+    Plan plan{nxTrialMarket(_sheet), _options.run, _options.arguments, std::nullopt};
+    _Prepare(sheet, plan);
+    nxRunOptions& options = plan.options;
+    const Folder folder;
+    if (folder.GetPath().empty() || !plan.market.Write(folder.GetPath(), options, plan.arguments))
+        throw Fault{0, "its market cannot be written to the folder of temporary files"};
+    if (const auto error = plan.arguments.Apply(options)) plan.Refuse(*error);
     const auto run =
         nxTrialProcess::Do(nxRunSandbox::GetGuardOptions(options), _options.limit, [&](nxRunPage& page) {
             nxRunSandbox::Share(options, page);
             options.recordBuffer = nullptr;
-            return RunAndJudge(options, expectations, mayFail)
+            return RunAndJudge(options, *plan.expectations)
                 .dump(-1, ' ', false, Json::error_handler_t::replace);
         });
-    if (!run.death.empty()) return fail(0, run.death);
+    if (!run.death.empty()) throw Fault{0, run.death};
     const Json result = Json::parse(run.text);
     if (result.contains("refused")) {
         const auto text = result.at("refused").get<std::string>();
-        return refuse(text.substr(0, text.find('\n')));
+        plan.Refuse(text.substr(0, text.find('\n')));
     }
     for (const Json& fault : result.at("faults"))
-        fail(fault.at("line").get<unsigned int>(), fault.at("text").get<std::string>());
+        faults.push_back({fault.at("line").get<unsigned int>(), fault.at("text").get<std::string>()});
 }

@@ -138,6 +138,13 @@ std::string JudgePosition(const Json& value, const nxTrialFollower& run, long lo
     return {};
 }
 
+// Of an item "globals", which has one: its name and the condition in Lua that it has the value.
+std::pair<std::string, std::string> GetGlobal(const Json& value)
+{
+    const auto global = value.at("keys").items().begin();
+    return {global.key(), "(" + global.key() + ") == " + GetLua(global.value())};
+}
+
 // Empty, or what the value has to be.
 std::string FindForm(const std::string& key, const Json& value)
 {
@@ -154,6 +161,23 @@ std::string FindForm(const std::string& key, const Json& value)
     if (key == "profit") return value.is_number() ? "" : "a number";
     if (key == "globals") return isTable && !value.at("keys").empty() ? "" : "a table of values by names";
     return value.is_string() || isEach("list", isText) ? "" : "a text or a list of texts";
+}
+
+// The first and the last nanosecond that a time means: of whole seconds the whole second, else to its last
+// digit. Null, or what is wrong with it.
+const char* ReadSpan(const std::string& text, const std::string& date, std::pair<long long, long long>& span)
+{
+    const std::size_t blank = text.find(' '), point = text.find('.');
+    const bool hasDate = blank != text.npos;
+    nxTimeText reader;
+    if (const char* const reason = reader.Read(hasDate ? text.substr(0, blank) : date,
+                                               hasDate ? text.substr(blank + 1) : text, span.first))
+        return reason;
+    long long length = nxTime::NanosecondsPerSecond;
+    for (std::size_t i = point; point != text.npos && i + 1 < text.size(); ++i)
+        length /= 10;
+    span.second = span.first + std::max(length, 1ll) - 1;
+    return nullptr;
 }
 
 }  // namespace
@@ -209,21 +233,11 @@ std::optional<std::string> nxTrialExpectations::_AddTime(const Json& item, unsig
     if (list.empty() || !std::ranges::all_of(list, [](const Json& each) { return each.is_string(); }))
         return "takes what happens at a time as { \"09:30:03\", \"buy 1 at 100.25\" }";
     const auto text = list[0].get<std::string>();
-    const std::size_t blank = text.find(' ');
-    nxTimeText reader;
-    long long from = 0;
-    const bool hasDate = blank != text.npos;
-    if (const char* const reason = reader.Read(hasDate ? text.substr(0, blank) : _date,
-                                               hasDate ? text.substr(blank + 1) : text, from))
+    std::pair<long long, long long> span;
+    if (const char* const reason = ReadSpan(text, _date, span))
         return fmt::format("has a time \"{}\", {}", text, reason);
-    // A time of whole seconds is the whole second.
-    const std::size_t point = text.find('.');
-    long long length = nxTime::NanosecondsPerSecond;
-    for (std::size_t i = point; point != text.npos && i + 1 < text.size(); ++i)
-        length /= 10;
     const std::string first = list.size() > 1 ? list[1].get<std::string>() : text;
-    const Item frame{
-        _sheet.FindLine(line, first), {}, {}, std::pair(from, from + std::max(length, 1ll) - 1), text};
+    const Item frame{_sheet.FindLine(line, first), {}, {}, span, text};
     for (std::size_t i = 1; i < list.size(); ++i) {
         if (!IsFill(list[i].get<std::string>()))
             return fmt::format(
@@ -242,8 +256,8 @@ std::vector<nxTrialFollower::Look> nxTrialExpectations::GetLooks() const
     std::vector<nxTrialFollower::Look> looks;
     for (const Item& item : _items) {
         if (item.key != "globals") continue;
-        const auto& [name, value] = *item.value.at("keys").items().begin();
-        looks.push_back({item.time ? item.time->second : End, name, "(" + name + ") == " + GetLua(value)});
+        const auto [name, condition] = GetGlobal(item.value);
+        looks.push_back({item.time ? item.time->second : End, name, condition});
     }
     std::ranges::stable_sort(looks, {}, &nxTrialFollower::Look::time);
     return looks;
@@ -261,9 +275,7 @@ std::string nxTrialExpectations::_Judge(const Item& item, const nxTrialFollower&
     if (item.key == "log") return JudgeLines(item.value, run.logs, item.time);
     if (item.key == "error") return JudgeLines(item.value, run.failures, std::nullopt);
     if (item.key == "globals") {
-        const std::string name = item.value.at("keys").items().begin().key();
-        const std::string condition =
-            "(" + name + ") == " + GetLua(item.value.at("keys").items().begin().value());
+        const std::string condition = GetGlobal(item.value).second;
         const auto look = std::ranges::find_if(run.looks, [&](const nxTrialFollower::Look& each) {
             return each.time == time && each.condition == condition;
         });

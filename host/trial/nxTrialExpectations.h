@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -35,6 +36,8 @@ public:
     // What one call of expect() took. Null, or what makes no sense.
     [[nodiscard]] std::optional<Fault> Add(const Json& call);
     bool IsEmpty() const { return _items.empty(); }
+    // The script is meant to fail.
+    bool ExpectsFailure() const { return std::ranges::find(_items, "error", &Item::key) != _items.end(); }
     // For the run that is to come.
     std::vector<nxTrialFollower::Look> GetLooks() const;
     // After the run, whose profit that is.

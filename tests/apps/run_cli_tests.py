@@ -29,6 +29,7 @@ import sys
 import tempfile
 import termios
 import time
+import xml.etree.ElementTree
 import zipfile
 
 from cases import read_cases
@@ -110,6 +111,33 @@ def test_calendar_is_what_its_maker_prints(program):
     require(made.stdout == gzip.decompress(FILES["calendar_quotes.csv.gz"]), "the shipped data are others")
 
 
+def test_reports_of_script_tests(program):
+    """Well-formed whatever files and texts are named, with the counts that are printed."""
+    hostile = b'h<&"\xff_test.lua'
+    with open(hostile, "w") as file:
+        file.write('local function run() script "quiet.lua" market { "09:30:00 1 5 x 2 5" } end\n'
+                   'function TestGood() run() expect { orders = 0 } end\n'
+                   'function TestBad() run() expect { log = "]]><&\\"\\1" } end\n')
+    execute(program, ["run", "--test", hostile, "broken_test.lua", "--junit", "tests.xml", "--json", "tests.json"])
+    good, bad = xml.etree.ElementTree.parse("tests.xml").getroot()
+    counts = [[suite.get(key) for key in ("name", "tests", "failures", "errors", "skipped")] for suite in (good, bad)]
+    require(counts == [['h<&"\ufffd_test.lua', "2", "1", "0", "0"], ["broken_test.lua", "1", "0", "1", "0"]], counts)
+    text = good.find("testcase[@name='TestBad']/failure").text
+    tests = json.load(open("tests.json"))
+    require(text.endswith('_test.lua:3: expected log = "]]><&\\"\\u0001", came none') and tests[1]["faults"] == [{"line": 3, "message": text.split(": ", 1)[1]}], text)
+    require([test["state"] for test in tests] == ["passed", "failed", "no tests"], tests)
+
+
+def test_interrupted_script_tests(program):
+    """Those that a Ctrl-C leaves out are named, and the status is that of a failure."""
+    process = subprocess.Popen([program, "run", "--test", "cross_test.lua", "no_test.lua", "--filter", "Test[LE]*"], stdout=subprocess.PIPE)
+    time.sleep(1)
+    process.send_signal(signal.SIGINT)
+    out = process.communicate(timeout=TIMEOUT)[0].decode()
+    require(process.returncode == 1 and out == "".join(f"-       {name}  not run\n" for name in ("TestLoops", "TestExpectsNothing", "no_test.lua")) +
+            "0 tests, 0 failed, 3 not run\n", out)
+
+
 def test_generate_again(program):
     """The same seed gives the same bytes, another one others, and a run takes them."""
     arguments = ["generate", "--duration", "600", "--seed"]
@@ -130,9 +158,11 @@ def test_new_folders_run(program):
         made = execute(program, ["new", "mine_" + template, "-t", template]).stdout.decode()
         os.chdir("mine_" + template)
         with open("README.md") as page:
-            check, run, sweep = re.findall(r"^    algoserver (.*)$", page.read(), re.M)
-        require(made == f"cd mine_{template}\n" + "".join(f"algoserver {command}\n" for command in (check, run, sweep)), made)
-        found = execute(program, check.split())
+            check, test, run, sweep = re.findall(r"^    algoserver (.*)$", page.read(), re.M)
+        require(made == f"cd mine_{template}\n" + "".join(f"algoserver {command}\n" for command in (check, test, run, sweep)), made)
+        tested = execute(program, test.split())
+        require(tested.returncode == 0 and b"2 tests, 0 failed" in tested.stdout, tested)
+        found = execute(program, check.split() + [f"mine_{template}_test.lua"])
         require((found.returncode, found.stdout, found.stderr) == (0, b"", b""), found)
         out = execute(program, run.split()).stdout.decode()
         fills = int(re.search(r"^orders .* ([\d,]+) fills", out, re.M)[1].replace(",", ""))

@@ -28,6 +28,8 @@ LINES = (
     ("algoserver sweep own.lua --data x.csv --param s", {"slow="}),
     ("algoserver run ", {"own.lua", "..."}),
     ("algoserver run own.lua --data sub/", {"sub/day.csv"}),
+    ("algoserver run --test ow", {"own.lua"}),
+    ("algoserver check --module s", {"sub"}),
     ("algoserver sweep s", {"status", "sub", "..."}),
     ("algoserver sweep status --js", {"--json"}),
     ("algoserver completion ", {"bash", "zsh", "fish"}),
@@ -62,7 +64,7 @@ def check_completion(program):
         if last != "complete -F _algoserver algoserver" or differ(line, wanted, set(offered) - {""}):
             yield f"bash: {line!r}: {offered}, {last}"
         # Where fish is, it answers without a terminal. What it makes of files is its own.
-        if shutil.which("fish") and not line.endswith(("sub/", "run ", "--seed ", "sweep s")):
+        if shutil.which("fish") and not line.endswith(("sub/", "run ", "--seed ", "sweep s", "--test ow", "--module s")):
             offered = run("fish", "-c", "source fish; complete -C $argv[1]", line, env=dict(os.environ, HOME=os.getcwd())).stdout
             offered = {entry.split("\t")[0] for entry in offered.splitlines()}
             if differ(line, wanted, offered):
@@ -132,6 +134,7 @@ def main():
         os.environ["PATH"] = f"{folder}:{os.environ['PATH']}"
         pathlib.Path("own.lua").write_text("local fast\nfunction OnInit() fast = job:getParameter('fast') job:getParameter('slow') end\n")
         os.mkdir("sub")
+        pathlib.Path("own.txt").write_text("")
         pathlib.Path("sub/day.csv").write_text("")
         faults = [fault for check in (check_completion, check_manual, check_doctor, check_colours) for fault in check(program)]
         os.chdir("/")

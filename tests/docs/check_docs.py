@@ -41,6 +41,8 @@ end
     "two.lua": "function OnInit() job:getProduct('SIM'):subscribePrice() end",
     "fees.toml": '[[product]]\nname = "SIM"\nminimumFee = 1\ndailyVolatility = 0.01\ndailyVolume = 1000\n',
     "cash.csv": "time,product,kind,value\n20240108:14:30:01,SIM,dividend,1\n",
+    "keys_test.lua": "local function try(x) script 'two.lua' market { '09:30:00 1 1 x 2 1' } expect(x) end\n"
+                     "function TestKeys() try { x = 1 } end\nfunction TestTimeKeys() try { { '09:30:00', x = 1 } } end",
     "keys.toml": '[[product]]\nx = 1\n',
     "leg_keys.toml": '[[product]]\nname = "SIM"\nlegs = [{ x = 1 }]\n',
 }
@@ -85,8 +87,10 @@ def check_options(program):
         real = {name for entry in names for name in entry.split(",")}
         documented = {cell.split()[0] for cell in first_cells(text) if cell.startswith("-")}
         yield from compare(f"algoserver {command}", documented | {"-h", "--help"}, real)
-    # Of the runs of a sweep it takes what a run takes.
     get = lambda command: {name for entry in re.findall(r"^ +((?:-\w,)?--[\w-]+)", run(program, command, "--help").stdout, re.M) for name in entry.split(",")}
+    documented = {cell for cell in first_cells(read("docs/testing.md")) if cell.startswith("-")}
+    yield from compare("testing.md", documented, documented & get("run"))
+    # Of the runs of a sweep it takes what a run takes.
     documented = {cell.split()[0] for text in (section("docs/sweep.md", "### Options"), section("docs/cluster.md", "## Options"))
                   for cell in first_cells(text) if cell.startswith("-")} - {"--finish", "--json"}
     yield from compare("algoserver sweep", documented, get("sweep") - get("run"))
@@ -175,10 +179,17 @@ def check_record(program):
 
 
 def check_product_keys(program):
+    run(program, "types", "-o", "types")
+    fields = lambda table: set(re.findall(r"^---@field (\w+)", pathlib.Path("types/algoserver.lua").read_text().split(f"---@class algo.{table}.table\n")[1].split("\n\n")[0], re.M))
     for file, heading in (("keys.toml", "## Keys of a product"), ("leg_keys.toml", "## Strategies")):
         text = run(program, "run", "one.lua", "--products", file, "--data", "none.csv").stderr
         real = set(text.split("known are ")[-1].strip().split(", "))
         yield from compare(f"products.md, {heading}", first_cells(section("docs/products.md", heading)), real)
+        if file == "keys.toml":
+            yield from compare("a test's market", fields("testMarket") - {"product", "barPeriod"}, real - {"name"})
+    said = run(program, "run", "--test", "keys_test.lua").stdout
+    for table, keys in zip(("testExpect", "testMoment"), re.findall(r"there are (.*)", said), strict=True):
+        yield from compare(f"a test's {table}", fields(table), set(keys.split(", ")))
 
 
 def check_embedding(_):

@@ -9,12 +9,12 @@
 #include "scriptFramework/job/nxCallback.h"
 #include "scriptFramework/lua/nxLuaEngine.h"
 
-// docs/scripting.md and what editors are told, against the tables that bind scripts and the texts that the
+// docs/scripting.md, the table of docs/testing.md, and what editors are told, against the tables that bind scripts and the texts that the
 // sources raise.
 
 namespace {
 
-constexpr const char* PagePath = NX_SOURCE_DIR "/docs/scripting.md";
+constexpr const char* Pages[] = {NX_SOURCE_DIR "/docs/scripting.md", NX_SOURCE_DIR "/docs/testing.md"};
 
 std::string Read(const std::string& path)
 {
@@ -40,18 +40,22 @@ std::string Quote(const std::string& text)
 
 }  // namespace
 
-// With NX_UPDATE set the page is written anew: tools/update_scripting_page.
+// With NX_UPDATE set the pages are written anew: tools/update_scripting_page.
 TEST(nxScriptingPage, TablesAreMadeOfTheMembers)
 {
     nxScriptMembers members;
     std::string error;
     ASSERT_TRUE(members.Load(error)) << error;
-    const std::string page = Read(PagePath);
-    std::string fresh = page;
-    ASSERT_TRUE(members.RefreshPage(fresh, error)) << error;
-    if (std::getenv("NX_UPDATE") != nullptr) std::ofstream(PagePath) << fresh;
-    EXPECT_EQ(page, fresh) << "run tools/update_scripting_page";
-    EXPECT_EQ(Ask("page = " + Quote(page), "page.lua"), "");
+    std::string all;
+    for (const char* path : Pages) {
+        const std::string page = Read(path);
+        std::string fresh = page;
+        ASSERT_TRUE(members.RefreshPage(fresh, error)) << error;
+        if (std::getenv("NX_UPDATE") != nullptr) std::ofstream(path) << fresh;
+        EXPECT_EQ(page, fresh) << "run tools/update_scripting_page";
+        all += page;
+    }
+    EXPECT_EQ(Ask("page = " + Quote(all), "page.lua"), "");
 }
 
 // A member of a bound table without type, unit or sentence, a class without a description, an error text that

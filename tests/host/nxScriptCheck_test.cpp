@@ -16,7 +16,7 @@ std::string Analyze(const std::vector<nxScriptAnalysis::File>& files)
     nxScriptAnalyzer analyzer;
     std::vector<nxScriptFinding> findings;
     std::string error;
-    if (!analyzer.Load(error) || !analyzer.Analyze(files, findings, error)) return error;
+    if (!analyzer.Load(error) || !analyzer.Analyze(files, false, findings, error)) return error;
     std::ranges::sort(findings);
     std::ostringstream text;
     for (const nxScriptFinding& finding : findings)

@@ -27,7 +27,7 @@ function takeType(text)
   repeat
     local rest = takeFunction(text)
     if not rest then
-      local name = text:match('^"[^"]*"') or text:match("^table<string, string|number>") or text:match("^[%a.]+%[%]%[%]")
+      local name = text:match('^"[^"]*"') or text:match("^table<string, string|number>") or text:match("^table<string, any>") or text:match("^any%[%]") or text:match("^[%a.]+%[%]%[%]")
         or text:match("^[%a][%a.]*")
       if not name or not (name:match('^"') or name:match("^table<") or names[name] or definitions:find("---@class " .. name .. "\n", 1, true)) then
         return nil
@@ -51,7 +51,7 @@ function parse.class(rest)
 end
 function parse.field(rest)
   local name, type = rest:match("^(%w+)%?? (.*)$")
-  if not name then return rest:match("^%[string%] ") end
+  if not name then return rest:match("^%[string%] ") or rest:match("^%[integer%] ") end
   local text = takeType(type)
   told[class][name] = "property"
   told[class].access[name] = text and text:find("Can be written", 1, true) and "rw" or "r"
@@ -95,5 +95,8 @@ end
 for name, description in pairs(environment.bound) do
   local isThere = definitions:find("\n" .. name .. " = ", 1, true) or definitions:find("\nfunction " .. name .. "(", 1, true)
   if not isThere then fault(0, "no global " .. name) end
+end
+for name in pairs({ script = 1, market = 1, expect = 1 }) do
+  if not definitions:find("\nfunction " .. name .. "(", 1, true) then fault(0, "no function " .. name) end
 end
 if #faults > 0 then error(table.concat(faults, "\n"), 0) end

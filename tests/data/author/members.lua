@@ -71,7 +71,7 @@ for _, section in ipairs(members.list) do
   local function check(type, where)
     for _, alternative in ipairs(type.alternatives) do
       local kind = alternative.kind
-      local known = { number = 1, text = 1, boolean = 1, any = 1, ["function"] = 1, constant = 1, rows = 1, texts = 1, container = 1 }
+      local known = { number = 1, text = 1, boolean = 1, any = 1, ["function"] = 1, constant = 1, rows = 1, texts = 1, container = 1, list = 1, values = 1 }
       require(known[kind] or members.byType[kind] or members.tables[kind], section.name, where, "has the unknown type", kind)
     end
   end
