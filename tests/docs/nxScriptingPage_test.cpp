@@ -9,8 +9,8 @@
 #include "scriptFramework/job/nxCallback.h"
 #include "scriptFramework/lua/nxLuaEngine.h"
 
-// docs/scripting.md, the table of docs/testing.md, and what editors are told, against the tables that bind scripts and the texts that the
-// sources raise.
+// docs/scripting.md, the table of docs/testing.md, and what editors are told, against the tables that bind
+// scripts and the texts that the sources raise.
 
 namespace {
 

@@ -12,7 +12,7 @@ long long GetGap(nxDebugSnapshots& snapshots, unsigned long long step)
     return snapshots.Get(after).work - snapshots.Get(after - 1).work;
 }
 
-void Run(nxDebugSnapshots& snapshots, unsigned long long from, unsigned long long to)
+void GoOn(nxDebugSnapshots& snapshots, unsigned long long from, unsigned long long to)
 {
     constexpr unsigned long long every = 200;
     for (unsigned long long step = from; step <= to; step += every)
@@ -25,12 +25,12 @@ void Run(nxDebugSnapshots& snapshots, unsigned long long from, unsigned long lon
 TEST(nxDebugSnapshotsTest, CopiesAreCloseWhereTheRunIs)
 {
     nxDebugSnapshots snapshots;
-    Run(snapshots, 0, 60'000);
+    GoOn(snapshots, 0, 60'000);
     EXPECT_EQ(snapshots.GetCount(), 24u);
     EXPECT_EQ(GetGap(snapshots, 59'900), 200'000);
     EXPECT_LE(GetGap(snapshots, 100), 20'000'000);
     const auto first = snapshots.Get(snapshots.CountUpTo({30'000}) - 1).position.step;
-    Run(snapshots, first, 30'000);
+    GoOn(snapshots, first, 30'000);
     EXPECT_EQ(snapshots.GetCount(), 24u);
     for (const unsigned long long step : {29'000, 29'500, 29'900})
         EXPECT_LE(GetGap(snapshots, step), 400'000) << step;
