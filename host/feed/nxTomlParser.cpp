@@ -1,0 +1,2 @@
+#define TOML_IMPLEMENTATION
+#include "host/feed/nxTomlFile.h"
