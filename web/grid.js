@@ -46,7 +46,8 @@ class Grid {
   }
 
   filterHint() {
-    return {placeholder: "Filter: text, or profit<0",
+    const known = this.columns.find(column => column.title === "Profit") ?? this.columns.find(column => isNumeric(column.unit));
+    return {placeholder: known ? `Filter: text, or ${known.title.toLowerCase()}<0` : "Filter: text",
       title: "Words that a row must hold; a column's title with <, <=, =, >= or > and a value compares"};
   }
 
