@@ -46,8 +46,9 @@ class Grid {
   }
 
   filterHint() {
-    const known = this.columns.find(column => column.title === "Profit") ?? this.columns.find(column => isNumeric(column.unit));
-    return {placeholder: known ? `Filter: text, or ${known.title.toLowerCase()}<0` : "Filter: text",
+    const number = this.columns.find(column => isNumeric(column.unit));
+    const example = this.columns.some(column => column.title === "Profit") ? "profit<0" : number && `${number.title.toLowerCase()}>0`;
+    return {placeholder: example ? `Filter: text, or ${example}` : "Filter: text",
       title: "Words that a row must hold; a column's title with <, <=, =, >= or > and a value compares"};
   }
 
