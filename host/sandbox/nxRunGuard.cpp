@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -16,6 +15,7 @@
 #include <cstring>
 #include <iostream>
 
+#include "host/sandbox/nxBoundProcess.h"
 #include "host/sandbox/nxLeftOutput.h"
 
 namespace {
@@ -108,12 +108,11 @@ std::optional<int> nxRunGuard::Start()
             << "this kernel has no Landlock: the scripts' process is not kept from files that you can open\n";
     _MakeFiles();
     std::cout.flush();
-    std::fflush(nullptr);  // else both would write it
+    std::fflush(nullptr);
     _outputBegin = lseek(STDOUT_FILENO, 0, SEEK_CUR);
-    const pid_t parent = getpid();
-    const pid_t child = fork();
+    const pid_t child = nxBoundProcess::Fork();
     if (child == 0) {
-        _BecomeChild(parent);
+        _BecomeChild();
         return std::nullopt;
     }
     if (child > 0) return _Watch(child);
@@ -121,10 +120,8 @@ std::optional<int> nxRunGuard::Start()
     return Failed;
 }
 
-void nxRunGuard::_BecomeChild(pid_t parent)
+void nxRunGuard::_BecomeChild()
 {
-    // Before the next line the parent may have gone.
-    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(Failed);
     // They are the parent's to hear, who tells by the page.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, SIG_IGN);

@@ -51,7 +51,7 @@ public:
 private:
     void _MakeFiles();
     void _RemoveEmptyFiles() const;
-    void _BecomeChild(pid_t parent);
+    void _BecomeChild();
     int _Watch(pid_t child);
     // death: how it died; empty: it came to its end by itself.
     int _Bury(int status, const std::string& death);

@@ -2,27 +2,25 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstring>
 #include <deque>
-#include <iostream>
 
 #include "base/log/nxLogManager.h"
 #include "base/values/nxTextStream.h"
 #include "host/report/nxNowhere.h"
 #include "host/run/nxRunBatch.h"
 #include "host/run/nxRunSandbox.h"
+#include "host/sandbox/nxBoundProcess.h"
 
 namespace {
 
-constexpr int CannotBegin = 2;  // its status; the pipe has the reason
+using nxBoundProcess::CannotBegin;  // its status; the pipe has the reason
 // Each message: its size and the index of its run, then the outcome. A reason has the index below.
 constexpr unsigned long long Reason = ~0ull;
 constexpr std::size_t LargestMessage = std::size_t{1} << 24;
@@ -89,13 +87,8 @@ std::optional<std::string> nxSweepWorker::Start()
 {
     int ends[2];
     if (_page == nullptr || pipe2(ends, O_CLOEXEC) != 0) return "no shared memory or no pipe";
-    std::cout.flush();
-    std::fflush(nullptr);  // else both would write it
-    const pid_t parent = getpid();
-    _child = fork();
+    _child = nxBoundProcess::Fork();
     if (_child == 0) {
-        // Before the next line the parent may have gone.
-        if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(CannotBegin);
         close(ends[0]);
         _BeChild(ends[1]);
     }

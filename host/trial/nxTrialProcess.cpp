@@ -3,24 +3,22 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <cstring>
-#include <iostream>
 #include <utility>
 
 #include "base/log/nxLogManager.h"
+#include "host/sandbox/nxBoundProcess.h"
 #include "host/sandbox/nxRunPlace.h"
 #include "host/sandbox/nxRunWarden.h"
 
 namespace {
 
-constexpr int CannotBegin = 2;  // the pipe has the reason
+using nxBoundProcess::CannotBegin;  // the pipe has the reason
 constexpr std::size_t LargestText = std::size_t{1} << 24;
 
 void Send(int pipe, std::string_view text)
@@ -33,11 +31,9 @@ void Send(int pipe, std::string_view text)
     }
 }
 
-[[noreturn]] void BeChild(const nxGuardOptions& guard, int pipe, pid_t parent, nxRunPage& page,
+[[noreturn]] void BeChild(const nxGuardOptions& guard, int pipe, nxRunPage& page,
                           const nxTrialProcess::Work& work)
 {
-    // Before the next line the parent may have gone.
-    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(CannotBegin);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         std::signal(signal, SIG_IGN);
     const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -108,11 +104,8 @@ nxTrialProcess::Outcome nxTrialProcess::Do(const nxGuardOptions& guard, std::chr
     const nxRunPage::Pointer page = nxRunPage::Make();
     int ends[2];
     if (page == nullptr || pipe2(ends, O_CLOEXEC) != 0) return {{}, "no shared memory or no pipe"};
-    std::cout.flush();
-    std::fflush(nullptr);  // else both would write it
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child == 0) BeChild(guard, ends[1], parent, *page, work);
+    const pid_t child = nxBoundProcess::Fork();
+    if (child == 0) BeChild(guard, ends[1], *page, work);
     close(ends[1]);
     Outcome outcome;
     int status = 0;

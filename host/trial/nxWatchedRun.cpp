@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,9 +11,11 @@
 #include <cstring>
 #include <iostream>
 
+#include "host/sandbox/nxBoundProcess.h"
+
 namespace {
 
-constexpr int ScriptFailed = 1, CannotBegin = 2;
+constexpr int ScriptFailed = 1;
 
 // The failure in the first line, then the figures; with no figures the result was never told.
 std::string Pack(const nxResult& result)
@@ -39,13 +40,10 @@ std::optional<std::string> nxWatchedRun::Start()
 {
     int ends[2];
     if (_shared == nullptr || pipe2(ends, O_CLOEXEC) != 0) return "no shared memory or no pipe";
-    std::cout.flush();
-    std::fflush(nullptr);  // else both would write it
-    const pid_t parent = getpid();
-    _child = fork();
+    _child = nxBoundProcess::Fork();
     if (_child == 0) {
         close(ends[0]);
-        _BeChild(ends[1], parent);
+        _BeChild(ends[1]);
     }
     close(ends[1]);
     _pipe = ends[0];
@@ -55,16 +53,14 @@ std::optional<std::string> nxWatchedRun::Start()
     return std::nullopt;
 }
 
-void nxWatchedRun::_BeChild(int pipe, pid_t parent)
+void nxWatchedRun::_BeChild(int pipe)
 {
-    // Before the next line the parent may have gone.
-    if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent) _exit(CannotBegin);
     // In a group of its own, so that Ctrl-C is the parent's to hear alone. It may write to the terminal.
     setpgid(0, 0);
     std::signal(SIGTTOU, SIG_IGN);
     dup2(pipe, STDERR_FILENO);
     close(pipe);
-    int status = CannotBegin;
+    int status = nxBoundProcess::CannotBegin;
     try {
         status = _make([this](const nxResult& result) { _shared->Set(Pack(result)); });
     } catch (const std::exception& exception) {

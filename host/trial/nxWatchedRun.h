@@ -44,7 +44,7 @@ public:
     const nxRunFigures* GetFigures() const { return _figures ? &*_figures : nullptr; }
 
 private:
-    [[noreturn]] void _BeChild(int pipe, pid_t parent);
+    [[noreturn]] void _BeChild(int pipe);
     void _HandOn();
     void _Bury(int status);
 
