@@ -84,7 +84,7 @@ void nxHostTickDataCollection::LoadHistory()
     }
     const std::size_t most = _GetRequestedTicks() == 0 ? std::string::npos : _GetRequestedTicks();
     for (const nxTickData& bar : _ReadBars(0, most))
-        AddTickData(bar, false);
+        _AddBar(bar, false);
 }
 
 bool nxHostTickDataCollection::_Subscribe(bool realTime)
@@ -96,7 +96,7 @@ bool nxHostTickDataCollection::_Subscribe(bool realTime)
     if (_seen != services.bars->GetEventCount()) {
         _builder = _MakeBuilder();
         for (const nxTickData& bar : _ReadBars(_completed, std::string::npos))
-            AddTickData(bar, true);
+            _AddBar(bar, true);
     }
     _GetProduct()->SubscribePrices(this);
     return true;
@@ -106,7 +106,7 @@ void nxHostTickDataCollection::_Add(const nxTickData* bar)
 {
     if (bar == nullptr) return;
     ++_completed;
-    if (_IsWanted(*bar)) AddTickData(*bar, true);
+    if (_IsWanted(*bar)) _AddBar(*bar, true);
 }
 
 void nxHostTickDataCollection::Close(long long time)

@@ -24,6 +24,17 @@ constexpr nxLuaWrapper<Self>::PropertyType Self::Properties[] = {
 };
 static_assert(nxIsBoundTable(Self::Properties));
 
+namespace {
+
+// As indicators take them; NaN for a null.
+nxIndicatorBar ReadValues(const nxTickData& tick)
+{
+    return {tick.GetOpen().GetAsDouble(), tick.GetHigh().GetAsDouble(), tick.GetLow().GetAsDouble(),
+            tick.GetClose().GetAsDouble(), static_cast<double>(tick.GetVolume())};
+}
+
+}  // namespace
+
 nxAlgoTickDataCollectionObject::nxAlgoTickDataCollectionObject(nxAlgoJobInterface* job,
                                                                nxAlgoProductObject* product,
                                                                const std::string& period,
@@ -56,6 +67,7 @@ void nxAlgoTickDataCollectionObject::_AppendRaw(const nxIndicatorBar& bar)
         for (std::vector<double>* values :
              {&_closeValues, &_openValues, &_highValues, &_lowValues, &_volumeValues})
             values->reserve(std::max<std::size_t>(256, 4 * values->size()));
+        _times.reserve(_closeValues.capacity());
         _charge.SetAnyway(_GetBytes());
     }
     _closeValues.push_back(bar.close);
@@ -70,7 +82,22 @@ std::size_t nxAlgoTickDataCollectionObject::_GetBytes() const
     std::size_t values = 5;
     for (const auto& [name, indicator] : _indicators)
         values += indicator->GetLineCount();
-    return _closeValues.capacity() * (values * sizeof(double) + sizeof(nxAlgoTickDataObject));
+    return _closeValues.capacity() * (values * sizeof(double) + sizeof(nxDateTime)) + _ticks.GetBytes();
+}
+
+// To be called under the mutex.
+nxAlgoTickDataObject& nxAlgoTickDataCollectionObject::_GetTick(std::size_t place)
+{
+    const std::size_t before = _ticks.GetBytes();
+    nxAlgoTickDataObject& tick = _ticks.Get(place, [&] {
+        nxAlgoTickDataObject made(GetJob(), this);
+        made.SetValues({_openValues[place], _highValues[place], _lowValues[place], _closeValues[place],
+                        _volumeValues[place]},
+                       _times[place]);
+        return made;
+    });
+    if (_ticks.GetBytes() != before) _charge.SetAnyway(_GetBytes());
+    return tick;
 }
 
 bool nxAlgoTickDataCollectionObject::SetAccount(nxLuaResults& results)
@@ -94,25 +121,30 @@ void nxAlgoTickDataCollectionObject::_ReplaceRaw(const nxIndicatorBar& bar)
 
 nxAlgoTickDataObject* nxAlgoTickDataCollectionObject::AddTickData(const nxTickData& tick, bool recalculate)
 {
+    const std::size_t place = _AddBar(tick, recalculate);
     const nxMutexGuard guard(_mutex);
-    nxAlgoTickDataObject& added = _ticks.Append(GetJob(), this);
-    added.SetTickData(tick);
-    const nxIndicatorBar raw{added.GetOpen(), added.GetHigh(), added.GetLow(), added.GetClose(),
-                             static_cast<double>(tick.GetVolume())};
-    if (_closeValues.size() == _ticks.GetSize()) {
-        _ReplaceRaw(raw);
+    return &_GetTick(place);
+}
+
+std::size_t nxAlgoTickDataCollectionObject::_AddBar(const nxTickData& tick, bool recalculate)
+{
+    const nxMutexGuard guard(_mutex);
+    const std::size_t place = _times.size();
+    if (_closeValues.size() > place) {
+        _ReplaceRaw(ReadValues(tick));
     } else {
-        _AppendRaw(raw);
+        _AppendRaw(ReadValues(tick));
     }
+    _times.push_back(tick.GetTime());
     _realTimeTick.reset();
     if (recalculate) {
         for (const auto& [name, indicator] : _indicators) {
             indicator->ClearRealTimeResult();
             indicator->CalculateNewResult(_openValues, _highValues, _lowValues, _closeValues, _volumeValues,
-                                          static_cast<unsigned int>(_ticks.GetSize()));
+                                          static_cast<unsigned int>(_times.size()));
         }
     }
-    return &added;
+    return place;
 }
 
 // The time is not kept: the bar under construction has none.
@@ -152,18 +184,15 @@ void nxAlgoTickDataCollectionObject::SetRealTimeTickData(const nxTickData& tick)
 void nxAlgoTickDataCollectionObject::_SetRealTimeRawData(const nxTickData&)
 {
     const nxMutexGuard guard(_mutex);
-    const nxTickData& tick = *_realTimeTick;
-    const nxIndicatorBar raw{tick.GetOpen().GetAsDouble(), tick.GetHigh().GetAsDouble(),
-                             tick.GetLow().GetAsDouble(), tick.GetClose().GetAsDouble(),
-                             static_cast<double>(tick.GetVolume())};
-    if (_ticks.GetSize() + 1 == _closeValues.size()) {
+    const nxIndicatorBar raw = ReadValues(*_realTimeTick);
+    if (_times.size() + 1 == _closeValues.size()) {
         _ReplaceRaw(raw);
         return;
     }
     _AppendRaw(raw);
-    if (_ticks.GetSize() + 1 != _closeValues.size())
+    if (_times.size() + 1 != _closeValues.size())
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(),
-                     "Invalid tick collection size with real time data. Tick data : ", _ticks.GetSize(),
+                     "Invalid tick collection size with real time data. Tick data : ", _times.size(),
                      " , close : ", _closeValues.size());
 }
 
@@ -176,9 +205,9 @@ void nxAlgoTickDataCollectionObject::_CalculateRealTime()
 void nxAlgoTickDataCollectionObject::_Calculate(nxAlgoIndicatorObject& indicator)
 {
     const nxMutexGuard guard(_mutex);
-    if (_ticks.GetSize() != 0)
+    if (!_times.empty())
         indicator.CalculateNewResult(_openValues, _highValues, _lowValues, _closeValues, _volumeValues,
-                                     static_cast<unsigned int>(_ticks.GetSize()));
+                                     static_cast<unsigned int>(_times.size()));
     if (_realTimeTick != nullptr)
         indicator.CalculateRealTime(_openValues, _highValues, _lowValues, _closeValues, _volumeValues);
 }
@@ -207,7 +236,7 @@ bool nxAlgoTickDataCollectionObject::get(nxLuaParameters& parameters, nxLuaResul
     nxAlgoTickDataObject* tick = nullptr;
     {
         const nxMutexGuard guard(_mutex);
-        if (index < _ticks.GetSize()) tick = &_ticks[_ticks.GetSize() - 1 - index];
+        if (index < _times.size()) tick = &_GetTick(_times.size() - 1 - index);
     }
     if (tick == nullptr) {
         nxLogMessage(nxLogLevel::Info, GetLogPrefix(), "tickDataCollection:get invalid index : ", index);
@@ -261,7 +290,7 @@ bool nxAlgoTickDataCollectionObject::Get_count(nxLuaResults& results)
     std::size_t count = 0;
     {
         const nxMutexGuard guard(_mutex);
-        count = _ticks.GetSize();
+        count = _times.size();
     }
     results.Add(static_cast<unsigned int>(count));
     return true;

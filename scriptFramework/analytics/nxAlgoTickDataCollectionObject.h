@@ -7,7 +7,7 @@
 
 #include "base/enums/nxBuySellEnum.h"
 #include "base/enums/nxTickDataPeriodEnum.h"
-#include "base/memory/nxGrowingArray.h"
+#include "base/memory/nxLazyArray.h"
 #include "base/records/nxTickData.h"
 #include "base/threads/nxMutex.h"
 #include "indicators/nxIndicatorBar.h"
@@ -20,8 +20,8 @@ class nxGenericProductID;
 
 // The history of a product in bars of one period, perhaps with a bar under construction, and the indicators
 // over it. The host derives from it, fills it and decides when a bar is complete; the product owns it, and it
-// owns its bars and indicators. It never trims: it grows as long as the host adds bars. A bar costs some 110
-// bytes, its address stays.
+// owns its bars and indicators. It never trims: it grows as long as the host adds bars. A bar costs 48
+// bytes, and some 80 more once a script has asked for it; the address of its object stays.
 //
 // The mutex guards the completed bars and the raw arrays, so that the host may add bars on a thread of its
 // own while a script reads count and get. Indicators and the bar under construction have no lock.
@@ -69,6 +69,9 @@ public:
     bool Get_realTime(nxLuaResults&);
 
 protected:
+    // AddTickData for a host that has no use for the object, which is made when a script asks for it. Answers
+    // the bar's place; the oldest has 0.
+    std::size_t _AddBar(const nxTickData& tick, bool recalculate);
     // A new indicator, already calculated over the bars there are; the collection owns it. Null refuses, with
     // a reason for the script in `error`. The parameters hold "name" and "type", too.
     virtual nxAlgoIndicatorObject* _createIndicator(const std::string& type,
@@ -82,7 +85,7 @@ protected:
     void _SetRealTimeRawData(const nxTickData& tick);
     nxAlgoProductObject* _GetProduct() const { return _product; }
     unsigned int _GetRequestedTicks() const { return _tickCount; }
-    std::size_t _GetCompletedTicks() const { return _ticks.GetSize(); }
+    std::size_t _GetCompletedTicks() const { return _times.size(); }
     // Calculates an indicator over the completed bars, and over the one under construction if there is one.
     void _Calculate(nxAlgoIndicatorObject& indicator);
 
@@ -94,11 +97,13 @@ private:
     void _CalculateRealTime();
     // Of the bars, for which room is made ahead, and the lines of the indicators.
     std::size_t _GetBytes() const;
+    nxAlgoTickDataObject& _GetTick(std::size_t place);
 
     std::vector<double> _closeValues, _openValues, _highValues, _lowValues, _volumeValues;
-    nxScriptCharge _charge;  // guarded by _mutex once bars come
+    std::vector<nxDateTime> _times;            // of the completed bars
+    nxLazyArray<nxAlgoTickDataObject> _ticks;  // those of them that somebody asked for
+    nxScriptCharge _charge;                    // guarded by _mutex once bars come
     nxAlgoProductObject* _product;
-    nxGrowingArray<nxAlgoTickDataObject> _ticks;  // oldest first
     nxMutex _mutex;
     std::string _period;
     nxTickDataPeriodEnum _periodEnum;

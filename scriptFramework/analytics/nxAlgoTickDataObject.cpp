@@ -48,6 +48,16 @@ void nxAlgoTickDataObject::SetTickData(const nxTickData& tick)
     _time = tick.GetTime();
 }
 
+void nxAlgoTickDataObject::SetValues(const nxIndicatorBar& bar, const nxDateTime& time)
+{
+    _open = bar.open;
+    _close = bar.close;
+    _high = bar.high;
+    _low = bar.low;
+    _volume = static_cast<unsigned int>(bar.volume);
+    _time = time;
+}
+
 bool nxAlgoTickDataObject::Get_open(nxLuaResults& results)
 {
     return AddPrice(results, _open);

@@ -4,6 +4,7 @@
 
 #include "base/time/nxDateTime.h"
 #include "base/values/nxValueWrapper.h"
+#include "indicators/nxIndicatorBar.h"
 #include "scriptFramework/lua/nxAlgoObject.h"
 #include "scriptFramework/lua/nxLuaWrapper.h"
 
@@ -25,12 +26,8 @@ public:
     }
 
     void SetTickData(const nxTickData& tick);
-
-    // NaN for a null.
-    double GetOpen() const { return _open; }
-    double GetHigh() const { return _high; }
-    double GetLow() const { return _low; }
-    double GetClose() const { return _close; }
+    // The same of values that were read from a record before; NaN is a null.
+    void SetValues(const nxIndicatorBar& bar, const nxDateTime& time);
 
     bool Get_open(nxLuaResults&);
     bool Get_close(nxLuaResults&);
@@ -44,7 +41,7 @@ public:
 private:
     static constexpr double Null = std::numeric_limits<double>::quiet_NaN();
 
-    // As a script gets them, which takes half the room of a decimal: collections have them by the million.
+    // As a script gets them, which takes half the room of a decimal.
     double _open = Null;
     double _close = Null;
     double _high = Null;
