@@ -83,10 +83,10 @@ void nxLuaClass::Register(lua_State* L) const
 
 // What the wrapper at index 1, a table, holds. A userdata of another kind is an argument error: this is what
 // keeps objects apart, whatever metatable a script gave them.
-inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, const nxLuaState& state, void*& object) const
+inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, nxLuaState& state, void*& object) const
 {
     nxLuaFrames::Life life = nxLuaFrames::GetLasting();
-    if (void* const bits = _FindOnDemand(L, 1)) {
+    if (void* const bits = _FindOnDemand(L, state, 1)) {
         const nxLuaPackedHandle packed(bits);
         if (packed.GetClassIndex() != _index) luaL_typerror(L, 1, _name);
         life = packed.GetLife();
@@ -109,11 +109,11 @@ inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, const nxLuaState& state,
 const nxLuaClass* nxLuaClass::Find(lua_State* L, int index)
 {
     if (!lua_istable(L, index)) return nullptr;
-    const nxLuaState& state = nxLuaState::Of(L);
+    nxLuaState& state = nxLuaState::Of(L);
     lua_pushvalue(L, index);
     const int wrapper = lua_gettop(L);
     const nxLuaClass* type = nullptr;
-    if (void* const packed = _FindOnDemand(L, wrapper)) {
+    if (void* const packed = _FindOnDemand(L, state, wrapper)) {
         type = state.References(nxLuaPackedHandle(packed).GetClassIndex()).type;
     } else {
         lua_rawgeti(L, wrapper, 0);
@@ -127,7 +127,7 @@ const nxLuaClass* nxLuaClass::Find(lua_State* L, int index)
 }
 
 // For the two property dispatchers: null when the pointer was cleared, or the object is over.
-inline void* nxLuaClass::_ReadObject(lua_State* L, const nxLuaState& state) const
+inline void* nxLuaClass::_ReadObject(lua_State* L, nxLuaState& state) const
 {
     void* object = nullptr;
     if (!lua_istable(L, 1) || _Read(L, state, object) == Held::Nothing) luaL_typerror(L, 1, _name);
@@ -164,8 +164,8 @@ int nxLuaClass::DispatchFunction(lua_State* L) const
 {
     const unsigned int row = nxLuaTruncate(lua_tonumber(L, lua_upvalueindex(1)));
     nxLuaParameters parameters(L, false);  // which are all there is on the stack yet
-    const nxLuaState& state = nxLuaState::Of(L);
-    void* object = FindLent(L, state.References(_index));
+    nxLuaState& state = nxLuaState::Of(L);
+    void* object = FindLent(L, std::as_const(state).References(_index));
     if (object == nullptr) {
         if (!lua_istable(L, 1)) luaL_typerror(L, 1, _name);
         const Held held = _Read(L, state, object);
@@ -182,9 +182,9 @@ int nxLuaClass::DispatchFunction(lua_State* L) const
 
 int nxLuaClass::DispatchGet(lua_State* L) const
 {
-    const nxLuaState& state = nxLuaState::Of(L);
+    nxLuaState& state = nxLuaState::Of(L);
     unsigned int row = 0;
-    void* object = FindLent(L, state.References(_index));
+    void* object = FindLent(L, std::as_const(state).References(_index));
     const Key key = _FindKey(L, state, row);
     if (key != Key::Row || row >= _rows.properties.size()) return _GetOnDemand(L, key, row);
     if (object == nullptr) object = _ReadObject(L, state);
@@ -200,7 +200,7 @@ int nxLuaClass::DispatchGet(lua_State* L) const
 int nxLuaClass::DispatchSet(lua_State* L) const
 {
     lua_settop(L, 3);
-    const nxLuaState& state = nxLuaState::Of(L);
+    nxLuaState& state = nxLuaState::Of(L);
     unsigned int row = 0;
     const Key key = _FindKey(L, state, row);
     if (key == Key::Unknown || key == Key::Function) {

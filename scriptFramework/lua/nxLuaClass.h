@@ -98,11 +98,11 @@ public:
 
 private:
     enum class Held { Nothing, Null, Over, Object };
-    Held _Read(lua_State* L, const nxLuaState& state, void*& object) const;
-    void* _ReadObject(lua_State* L, const nxLuaState& state) const;
+    Held _Read(lua_State* L, nxLuaState& state, void*& object) const;
+    void* _ReadObject(lua_State* L, nxLuaState& state) const;
     enum class Key { Unknown, Metamethod, Row, Function };
     Key _FindKey(lua_State* L, const nxLuaState& state, unsigned int& row) const;
-    static void* _FindOnDemand(lua_State* L, int wrapper);
+    static void* _FindOnDemand(lua_State* L, nxLuaState& state, int wrapper);
     static bool _IsSpecial(lua_State* L);
     int _GetOnDemand(lua_State* L, Key key, unsigned int row) const;
     void _SetOnDemand(lua_State* L, Key key, unsigned int row) const;

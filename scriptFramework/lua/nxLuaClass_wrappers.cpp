@@ -97,13 +97,17 @@ void nxLuaClass::_FillRows(lua_State* L, int metatable) const
     }
 }
 
-// The packed handle of the wrapper, a table, while that is one on demand; null otherwise. Leaves what it
-// found on the stack.
-void* nxLuaClass::_FindOnDemand(lua_State* L, int wrapper)
+// The packed handle of the wrapper, a table, while that is one on demand; null otherwise.
+void* nxLuaClass::_FindOnDemand(lua_State* L, nxLuaState& state, int wrapper)
 {
+    const void* const table = lua_topointer(L, wrapper);
+    if (void* const packed = state.knownWrappers.Find(table)) return packed;
     PushKey(L, HandleKey);
     lua_rawget(L, wrapper);
-    return lua_touserdata(L, -1);
+    void* const packed = lua_touserdata(L, -1);
+    lua_pop(L, 1);
+    if (packed != nullptr) state.knownWrappers.Note(table, packed);
+    return packed;
 }
 
 void nxLuaClass::_PushHandle(lua_State* L, void* object, nxLuaFrames::Life life) const
@@ -177,14 +181,13 @@ void nxLuaClass::Push(lua_State* L, void* object, nxLuaFrames::Life life) const
 void nxLuaClass::PushMember(lua_State* L, void* object) const
 {
     nxLuaFrames::Life life = nxLuaFrames::GetLasting();
-    if (void* const packed = _FindOnDemand(L, 1)) {
+    if (void* const packed = _FindOnDemand(L, nxLuaState::Of(L), 1)) {
         life = nxLuaPackedHandle(packed).GetLife();
     } else {
         lua_rawgeti(L, 1, 0);
         life = static_cast<const nxLuaHandle*>(lua_touserdata(L, -1))->life;
         lua_pop(L, 1);
     }
-    lua_pop(L, 1);
     Push(L, object, life);
 }
 
@@ -193,9 +196,9 @@ void nxLuaClass::Complete(lua_State* L, int index)
     // Nearly every table that a script looks at has no metatable, or is no wrapper.
     if (!lua_istable(L, index) || !lua_getmetatable(L, index)) return;
     const int metatable = lua_gettop(L);
-    if (void* const packed = _FindOnDemand(L, index)) {
+    nxLuaState& state = nxLuaState::Of(L);
+    if (void* const packed = _FindOnDemand(L, state, index)) {
         luaL_checkstack(L, RoomToPush, "no room for an object");
-        const nxLuaState& state = nxLuaState::Of(L);
         const nxLuaPackedHandle handle(packed);
         const nxLuaClass& type = *state.References(handle.GetClassIndex()).type;
         type._PushHandle(L, handle.GetObject(state.frames), handle.GetLife());
@@ -205,6 +208,7 @@ void nxLuaClass::Complete(lua_State* L, int index)
         type._AddFunctions(L, index, GetGiven(L, index));
         RemoveKey(L, HandleKey, index);
         RemoveKey(L, GivenKey, index);
+        state.knownWrappers.Forget(lua_topointer(L, index));
     }
     lua_settop(L, metatable - 1);
 }
@@ -214,8 +218,8 @@ void nxLuaClass::Complete(lua_State* L, int index)
 int nxLuaClass::_GetOnDemand(lua_State* L, Key key, unsigned int row) const
 {
     const bool isSpecial = key == Key::Unknown && _IsSpecial(L);
-    const bool isOnDemand =
-        (key == Key::Function || isSpecial) && lua_istable(L, 1) && _FindOnDemand(L, 1) != nullptr;
+    const bool isOnDemand = (key == Key::Function || isSpecial) && lua_istable(L, 1) &&
+                            _FindOnDemand(L, nxLuaState::Of(L), 1) != nullptr;
     const std::uint64_t bit = std::uint64_t{1} << row % MostOnDemand;
     if (isOnDemand && isSpecial) {
         Complete(L, 1);
@@ -239,7 +243,7 @@ int nxLuaClass::_GetOnDemand(lua_State* L, Key key, unsigned int row) const
 void nxLuaClass::_SetOnDemand(lua_State* L, Key key, unsigned int row) const
 {
     const bool isSpecial = key == Key::Unknown && _IsSpecial(L);
-    if ((key == Key::Function || isSpecial) && _FindOnDemand(L, 1) != nullptr) {
+    if ((key == Key::Function || isSpecial) && _FindOnDemand(L, nxLuaState::Of(L), 1) != nullptr) {
         if (isSpecial) {
             Complete(L, 1);
         } else {

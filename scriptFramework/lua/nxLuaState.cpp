@@ -18,7 +18,9 @@ namespace {
 
 void* LuaAllocator(void* userData, void* block, size_t oldSize, size_t newSize)
 {
-    return static_cast<nxLuaState*>(userData)->GetPool().Reallocate(block, oldSize, newSize);
+    nxLuaState& state = *static_cast<nxLuaState*>(userData);
+    if (newSize == 0) state.knownWrappers.Forget(block);
+    return state.GetPool().Reallocate(block, oldSize, newSize);
 }
 
 // An error that Lua raised outside any protected call: a lack of memory while an argument is pushed, or a
@@ -67,12 +69,6 @@ nxLuaState& nxLuaState::Of(lua_State* L)
     void* userData = nullptr;
     if (lua_getallocf(L, &userData) != LuaAllocator) luaL_error(L, "not a state of nxLuaEngine");
     return *static_cast<nxLuaState*>(userData);
-}
-
-nxLuaState::ClassReferences& nxLuaState::References(unsigned int classIndex)
-{
-    if (classIndex >= _classes.size()) _classes.resize(classIndex + 1);
-    return _classes[classIndex];
 }
 
 void nxLuaState::MakeRoom(int values)

@@ -6,6 +6,7 @@
 
 #include "scriptFramework/lua/nxLuaFrames.h"
 #include "scriptFramework/lua/nxLuaKeyMap.h"
+#include "scriptFramework/lua/nxLuaKnownWrappers.h"
 #include "scriptFramework/lua/nxLuaPool.h"
 #include "scriptFramework/lua/nxScriptWatch.h"
 
@@ -58,12 +59,18 @@ public:
     std::unique_ptr<const nxScriptServices> services;
     bool IsStrict() const { return services != nullptr; }
     nxLuaFrames frames;
+    nxLuaKnownWrappers knownWrappers;
     // What the script holds and may hold.
     const std::shared_ptr<nxScriptAccount> account;
     // Null while nothing but memory is limited.
     std::unique_ptr<nxScriptWatch> watch;
 
-    ClassReferences& References(unsigned int classIndex);
+    ClassReferences& References(unsigned int classIndex)
+    {
+        if (classIndex >= _classes.size()) [[unlikely]]
+            _classes.resize(classIndex + 1);
+        return _classes[classIndex];
+    }
     const ClassReferences& References(unsigned int classIndex) const { return _classes[classIndex]; }
     const std::vector<ClassReferences>& GetClasses() const { return _classes; }
 

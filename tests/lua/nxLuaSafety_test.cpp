@@ -52,6 +52,47 @@ TEST(nxLuaSafety, DispatchersCalledByHand)
     EXPECT_EQ(engine.other.value, 42.0);
 }
 
+// What the binding remembers of a wrapper goes with the table: neither another one at its address nor the
+// same one with another object in it passes for what it was.
+TEST(nxLuaSafety, AWrapperThatWasCalledIsForgottenWithItsTable)
+{
+    if (!nxLuaClass::MakesOnDemand()) GTEST_SKIP() << "nothing is remembered on this engine";
+    nxProbeEngine engine;
+    engine.probe.other = &engine.other;
+    engine.probe.body = [](nxLuaParameters&, nxLuaResults& results) {
+        results.Add("a probe");
+        return true;
+    };
+    ASSERT_TRUE(engine.LoadText(R"lua(
+run = probe.run
+function address(value) return tostring(value) end
+-- Calls a wrapper, drops it, and makes tables until one lies where it lay; nil when none does.
+function replace(make)
+  collectgarbage("stop")
+  local wrapper = probe:again()
+  local place = address(wrapper)
+  wrapper:run()
+  wrapper = nil
+  collectgarbage("collect")
+  local made = {}
+  for i = 1, 1000 do
+    made[i] = make()
+    if address(made[i]) == place then return made[i] end
+  end
+end)lua"))
+        << engine.GetLastError();
+    EXPECT_EQ(
+        engine.Evaluate("local t = replace(function() return {} end); return t ~= nil and run(t) == nil"),
+        "true");
+    EXPECT_EQ(engine.Evaluate("local o = replace(function() return probe:getOther() end); "
+                              "return o ~= nil and o:twice()"),
+              "84");
+    EXPECT_EQ(engine.Evaluate("local w = probe:again(); w:run(); for k in pairs(w) do end; return w:run()"),
+              "'a probe'");
+    EXPECT_TRUE(
+        engine.Evaluate("local w = probe:again(); w:run(); rawset(w, 0, nil); return run(w)").empty());
+}
+
 // Puts a value in place of all registry entries whose key is of a type, or of any.
 std::string SpoilRegistry(const std::string& keyType, const std::string& value)
 {
