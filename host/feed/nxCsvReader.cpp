@@ -104,6 +104,7 @@ void nxCsvReader::_ReadAhead()
         }
         nxCsvBlock& block = _blocks[next % BlockCount];
         try {
+            if (next == 1 && _stream.IsPacked() && !_turned) _unpacked.emplace(_stream);
             _Fill(block, 1);
             _parser.Parse(block);
         } catch (...) {
@@ -153,16 +154,16 @@ void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
             block.hasOpenEnd = true;
         }
     }
-    block.bytesConsumed = _stream.GetBytesConsumed();
+    block.bytesConsumed = _unpacked ? _unpacked->GetBytesConsumed() : _stream.GetBytesConsumed();
     _rest.assign(block.end, static_cast<const char*>(filled));
     const auto countLines = [&] {
         return _parser.GetLineCount() +
                static_cast<unsigned long long>(std::count(block.begin, block.end, '\n'));
     };
-    if (!_stream.GetFailure().empty()) {
+    if (!_GetFailure().empty()) {
         const unsigned long long line = countLines();
         block.state = nxCsvBlock::State::Failed;
-        block.error = {_path, line, 0, _stream.GetFailure()};
+        block.error = {_path, line, 0, _GetFailure()};
         if (line != 0) block.error.reason += "; line " + std::to_string(line) + " is the last whole one";
     } else if (_isStreamOver) {
         block.state = nxCsvBlock::State::Last;
@@ -175,10 +176,15 @@ void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
 
 long long nxCsvReader::_ReadText(char* to, std::size_t size)
 {
-    if (!_turned) return _stream.Read(to, size);
+    if (!_turned) return _unpacked ? _unpacked->Read(to, size) : _stream.Read(to, size);
     const std::size_t count = _turned->copy(to, size, _turnedPosition);
     _turnedPosition += count;
     return static_cast<long long>(count);
+}
+
+const std::string& nxCsvReader::_GetFailure() const
+{
+    return _unpacked ? _unpacked->GetFailure() : _stream.GetFailure();
 }
 
 // Reads what is left of the file and begins anew with its last line. Such files are of days, not of ticks.

@@ -13,11 +13,13 @@
 
 #include "host/feed/nxCsvParser.h"
 #include "host/feed/nxInputStream.h"
+#include "host/feed/nxReadAhead.h"
 
-// The rows of one file of recorded data, front to back. What does not fit the first block is read, unpacked
-// and parsed ahead by a thread of the reader, a few blocks of fixed size far, so that memory stays flat; or,
-// where that is not wanted, in its turn. Owned by one nxFeedReader and used by one thread. Nothing here
-// throws but for want of memory, which ends the process when it strikes the reader's own thread.
+// The rows of one file of recorded data, front to back. What does not fit the first block is read and parsed
+// ahead by a thread of the reader, and unpacked by another one, a few blocks of fixed size far, so that
+// memory stays flat; or, where that is not wanted, in its turn. Owned by one nxFeedReader and used by one
+// thread. Nothing here throws but for want of memory, which ends the process when it strikes the reader's own
+// thread.
 class nxCsvReader
 {
 public:
@@ -80,10 +82,12 @@ private:
     void _WaitForNext(std::size_t next);
     bool _TurnAround();
     long long _ReadText(char* to, std::size_t size);
+    const std::string& _GetFailure() const;
 
     std::string _path;
     const bool _readsAhead;
     nxInputStream _stream;
+    std::optional<nxReadAhead> _unpacked;  // of a packed file, from the first block that is read ahead
     nxCsvParser _parser;
     std::string _rest;  // the beginning of a line whose end is still to come
     bool _isStreamOver = false;

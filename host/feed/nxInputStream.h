@@ -34,6 +34,8 @@ public:
     // data stops before its end. What came before the failure has been handed out by then.
     [[nodiscard]] long long Read(char* to, std::size_t size);
 
+    // Known once it is open.
+    [[nodiscard]] bool IsPacked() const { return _decoder != nullptr; }
     // Of the file within an archive, once something of it was read; else empty.
     [[nodiscard]] std::string GetEntryName() const
     {

@@ -80,14 +80,17 @@ TEST(nxCsvReaderThread, WithoutAThreadTheyComeAllTheSame)
     ReadRowsOfManyBlocks(false);
 }
 
-TEST(nxCsvReaderThread, AReaderGoesWhileItsThreadReadsOrWaits)
+TEST(nxCsvReaderThread, AReaderGoesWhileItsThreadsReadOrWait)
 {
-    const nxFeedFile file(MakeRows(20));
-    for (const unsigned int rows : {1u, 20'000u, 60'000u}) {
-        nxCsvReader reader(file.GetPath());
-        ASSERT_TRUE(reader.Open());
-        for (unsigned int i = 0; i < rows; ++i)
-            ASSERT_NE(reader.Next(), nxCsvReader::Result::Failed);
+    const std::string text = MakeRows(20);
+    for (const std::string& content : {text, CompressGzip(text)}) {
+        const nxFeedFile file(content);
+        for (const unsigned int rows : {1u, 20'000u, 60'000u}) {
+            nxCsvReader reader(file.GetPath());
+            ASSERT_TRUE(reader.Open());
+            for (unsigned int i = 0; i < rows; ++i)
+                ASSERT_NE(reader.Next(), nxCsvReader::Result::Failed);
+        }
     }
 }
 
