@@ -107,7 +107,7 @@ bench: packages
 
 bench-check: packages
 	cmake --preset release
-	cmake --build --preset release -j $(JOBS) --target nx_bench
+	cmake --build --preset release -j $(JOBS) --target nx_bench nx_bare_run algoserver
 	tools/bench_check build/release
 
 # Without link-time optimisation, whose choices move with code far away from what is counted.
