@@ -285,6 +285,7 @@ void nxExchangeBook::OnDepth(std::span<const nxFeedLevel> levels, long long time
     for (const nxFeedLevel& level : levels) {
         _shown.ShowLevel(level.side, level.price, level.volume.GetValue());
         nxOwnOrders::Levels& own = _orders.GetLevels(level.side);
+        if (own.empty()) continue;
         const auto found = own.find(level.price);
         if (found != own.end()) _RefreshLevel(found->second, level.volume);
     }

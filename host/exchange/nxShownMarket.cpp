@@ -68,8 +68,11 @@ void nxShownMarket::ShowLevel(nxSide side, const nxDecimal& price, unsigned int 
 {
     nxDecimal& passed = _passed[side];
     if (passed.IsValid() && nxIsBetter(side, price, passed)) passed = price;
-    const auto level = _gone[side].find(price);
-    if (level != _gone[side].end()) _Show(_gone[side], level, volume);
+    Levels& gone = _gone[side];
+    // Most levels that the data name lie outside of the few that something was taken of.
+    if (gone.empty() || price < gone.begin()->first || gone.rbegin()->first < price) return;
+    const auto level = gone.find(price);
+    if (level != gone.end()) _Show(gone, level, volume);
 }
 
 bool nxShownMarket::ShowBest(nxSide side, bool isGiven)

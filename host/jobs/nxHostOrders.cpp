@@ -11,7 +11,7 @@ nxHostOrders::nxHostOrders(nxTradingJob& job, bool isOfJob)
 nxAlgoOrderObject* nxHostOrders::GetOrder(unsigned int index)
 {
     if (index == 0 || index > GetCount()) return nullptr;
-    if (_isOfJob) return _job.GetOwnOrders()[index - 1].get();
+    if (_isOfJob) return &_job.GetOwnOrders()[index - 1];
     return _job.GetOrder(_job.GetServices().orders->GetOrders()[index - 1]->GetID());
 }
 

@@ -15,17 +15,17 @@ nxAlgoOrderObject* nxTradingJob::CreateOrder(nxAlgoProductObject* product, const
     auto& known = static_cast<nxHostProduct&>(*product);  // every product of the job is one
     const unsigned int id = GetServices().orders->ReserveOrder();
     const nxHostOrder::Texts texts{side, type, exec, time, spreadSpec};
-    _orders.push_back(std::make_unique<nxHostOrder>(*this, known, texts, id));
-    GetServices().orders->NoteOrder(*_orders.back());
-    return _orders.back().get();
+    nxHostOrder& order = _orders.emplace_back(*this, known, texts, id);
+    GetServices().orders->NoteOrder(order);
+    return &order;
 }
 
 nxHostOrder& nxTradingJob::AddChild(const nxExchangeOrder& child, nxHostOrder& parent)
 {
-    _orders.push_back(std::make_unique<nxHostOrder>(*this, parent.GetHostProduct(),
-                                                    nxOrderTicket(child, parent.GetTicket())));
-    GetServices().orders->NoteOrder(*_orders.back());
-    return *_orders.back();
+    nxHostOrder& order =
+        _orders.emplace_back(*this, parent.GetHostProduct(), nxOrderTicket(child, parent.GetTicket()));
+    GetServices().orders->NoteOrder(order);
+    return order;
 }
 
 nxAlgoOrderObject* nxTradingJob::GetOrder(unsigned int id)
@@ -58,8 +58,8 @@ nxDecimal nxTradingJob::GetPandL(const nxCurrencyEnum& currency)
 
 bool nxTradingJob::HasOpenOrders(const nxHostProduct& product) const
 {
-    return std::ranges::any_of(_orders, [&](const auto& order) {
-        return &order->GetHostProduct() == &product && order->GetTicket().IsOpen();
+    return std::ranges::any_of(_orders, [&](const nxHostOrder& order) {
+        return &order.GetHostProduct() == &product && order.GetTicket().IsOpen();
     });
 }
 

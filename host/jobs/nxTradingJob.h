@@ -1,5 +1,7 @@
 #pragma once
 
+#include <boost/container/deque.hpp>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -18,9 +20,14 @@ class nxTradingJob : public nxMarketJob
 {
 public:
     using nxMarketJob::nxMarketJob;
+    // They stay where they are, many side by side: a run may make millions.
+    using Orders =
+        boost::container::deque<nxHostOrder, void,
+                                boost::container::deque_options_t<boost::container::block_size<32>>>;
 
     // In the order in which they came to be; they stay.
-    const std::vector<std::unique_ptr<nxHostOrder>>& GetOwnOrders() const { return _orders; }
+    const Orders& GetOwnOrders() const { return _orders; }
+    Orders& GetOwnOrders() { return _orders; }
     // Of a bracket's order, when the exchange tells of it.
     nxHostOrder& AddChild(const nxExchangeOrder& child, nxHostOrder& parent);
     void NoteRequest(const nxHostOrder& order);
@@ -62,7 +69,7 @@ private:
     bool _shatters = false;
     unsigned int _requestCount = 0;
     nxHostOrder::ShownRecord _shownRecord;
-    std::vector<std::unique_ptr<nxHostOrder>> _orders;
+    Orders _orders;
     std::map<unsigned int, std::unique_ptr<nxForeignOrder>> _foreignOrders;  // by number, as looked at
     nxHostOrders _allOrders{*this, false};
     nxHostOrders _jobOrders{*this, true};

@@ -42,14 +42,23 @@ nxResultCollector::Holding& nxResultCollector::_Get(unsigned int job, unsigned i
 
 nxResultCollector::Order& nxResultCollector::_GetOrder(unsigned int number)
 {
-    if (number >= _orders.size()) _orders.resize(number + 1);
-    return _orders[number];
+    const unsigned int place = number - _endedOrders;
+    if (place >= _orders.size()) _orders.resize(place + 1);
+    return _orders[place];
+}
+
+void nxResultCollector::_EndOrder(unsigned int number)
+{
+    _GetOrder(number).isOver = true;
+    for (; !_orders.empty() && _orders.front().isOver; ++_endedOrders)
+        _orders.pop_front();
 }
 
 nxDecimal nxResultCollector::GetDecisionPrice(unsigned int order) const
 {
-    if (order >= _orders.size() || !_orders[order].hasDecision) return {};
-    return nxDecimal::FromMantissa(_orders[order].mantissa, _orders[order].places);
+    const unsigned int place = order - _endedOrders;
+    if (order < _endedOrders || place >= _orders.size() || !_orders[place].hasDecision) return {};
+    return nxDecimal::FromMantissa(_orders[place].mantissa, _orders[place].places);
 }
 
 void nxResultCollector::_NoteDecision(unsigned int number, const nxDecimal& price)
@@ -63,6 +72,7 @@ void nxResultCollector::_NoteDecision(unsigned int number, const nxDecimal& pric
 
 void nxResultCollector::_NoteVolume(const nxExchangeOrder& order, unsigned int volume)
 {
+    if (order.id < _endedOrders) return;  // a request that came too late changes nothing
     Order& known = _GetOrder(order.id);
     _Get(order.kind.owner, order.kind.product).account->data.orderedVolume +=
         static_cast<unsigned long long>(volume) - known.volume;
@@ -85,12 +95,17 @@ void nxResultCollector::OnEvent(const nxExchangeOrder& order, const nxExchangeEv
 {
     using Kind = nxExchangeEvent::Kind;
     if (event.kind == Kind::QueueMoved) return;
-    if (event.kind == Kind::Filled) return _AddFill(order, event);
+    if (event.kind == Kind::Filled) {
+        _AddFill(order, event);
+        if (event.status == nxOrderStatus_Filled) _EndOrder(order.id);
+        return;
+    }
     if (event.kind == Kind::ChildCreated) {
         ++_Get(order.kind.owner, order.kind.product).account->data.orders;
         _NoteDecision(order.id, nxGetMidPrice(market.GetPrice()));
     }
     _NoteVolume(order, event.volume);
+    if (event.kind == Kind::Cancelled || event.kind == Kind::Rejected) _EndOrder(order.id);
     // Nothing is filled any more, of an order that may have closed something.
     if (event.kind == Kind::Cancelled) {
         Holding& holding = _Get(order.kind.owner, order.kind.product);

@@ -69,7 +69,8 @@ public:
     // In the order of jobs and of the currencies' first orders; then those of all jobs together, where
     // several have traded a currency. Once.
     std::vector<nxResultData> TakeResults();
-    // At what price the market stood when the order was sent; null where there was none.
+    // At what price the market stood when the order was sent; null where there was none, and once the order
+    // is over.
     nxDecimal GetDecisionPrice(unsigned int order) const;
 
     void OnRequest(const nxExchangeOrder& order, nxOrderRequest request, const nxOrderTerms& terms,
@@ -106,17 +107,20 @@ private:
         std::vector<double> closes;  // of the days since it is known
         std::deque<Holding> holdings;
     };
+    // One that may still be filled.
     struct Order
     {
         long long mantissa = 0;  // of the price at which the market stood when it was sent
         unsigned int volume = 0;
         unsigned char places = 0;
         bool hasDecision = false;
+        bool isOver = false;
     };
 
     Holding& _Get(unsigned int job, unsigned int product);
     nxResultAccount& _GetAccount(std::optional<unsigned int> job, const nxCurrencyEnum& currency);
     Order& _GetOrder(unsigned int number);
+    void _EndOrder(unsigned int number);
     void _AddFill(const nxExchangeOrder& order, const nxExchangeEvent& fill);
     void _NoteDecision(unsigned int number, const nxDecimal& price);
     void _NoteVolume(const nxExchangeOrder& order, unsigned int volume);
@@ -130,7 +134,8 @@ private:
     const Listeners _listeners;
     std::vector<Product> _products;
     nxResultAccounts _accounts;
-    std::vector<Order> _orders;  // by number
+    std::deque<Order> _orders;      // by number; those in front of the first that is not over are gone
+    unsigned int _endedOrders = 1;  // that are gone, with the number 0, which no order has
     std::vector<long long> _days;
     long long _time = 0;
     nxExactAmount _fee;  // of the fill that was just booked

@@ -59,9 +59,9 @@ template <class IsWanted>
 std::vector<std::string> GetTradedProducts(const nxTradingJob& job, IsWanted isWanted)
 {
     std::vector<const nxHostProduct*> products;
-    for (const auto& order : job.GetOwnOrders()) {
-        const nxHostProduct* const product = &order->GetHostProduct();
-        if (order->GetTicket().IsSent() && isWanted(*order) &&
+    for (const nxHostOrder& order : job.GetOwnOrders()) {
+        const nxHostProduct* const product = &order.GetHostProduct();
+        if (order.GetTicket().IsSent() && isWanted(order) &&
             std::ranges::find(products, product) == products.end())
             products.push_back(product);
     }

@@ -147,15 +147,15 @@ unsigned int nxTrading::ReserveOrder()
 
 void nxTrading::NoteOrder(nxHostOrder& order)
 {
-    const unsigned int id = order.GetID();
-    if (id >= _ordersByNumber.size()) _ordersByNumber.resize(id + 1);
-    _ordersByNumber[id] = &order;
     _orders.push_back(&order);
+    if (order.GetID() != _orders.size()) _displaced[order.GetID()] = &order;
 }
 
 nxHostOrder* nxTrading::FindOrder(unsigned int id)
 {
-    return id < _ordersByNumber.size() ? _ordersByNumber[id] : nullptr;
+    if (id != 0 && id <= _orders.size() && _orders[id - 1]->GetID() == id) return _orders[id - 1];
+    const auto found = _displaced.find(id);
+    return found == _displaced.end() ? nullptr : found->second;
 }
 
 void nxTrading::NoteRequest(const nxHostOrder& order)
@@ -169,8 +169,8 @@ nxTradingStatistics nxTrading::GetStatistics(const nxTradingJob& job) const
 {
     nxTradingStatistics statistics = _ledger.GetStatistics(job.GetIndex());
     std::vector<unsigned long long> sent(_markets.size());
-    for (const auto& order : job.GetOwnOrders())
-        if (order->GetTicket().IsSent()) ++sent[order->GetHostProduct().GetMarketIndex()];
+    for (const nxHostOrder& order : job.GetOwnOrders())
+        if (order.GetTicket().IsSent()) ++sent[order.GetHostProduct().GetMarketIndex()];
     for (std::size_t i = 0; i < sent.size(); ++i) {
         statistics.orders += sent[i];
         if (sent[i] != 0 && _IsOfBars(*_markets[i].market)) statistics.barOrders += sent[i];
@@ -242,10 +242,9 @@ void nxTrading::BeginDay(long long time, bool isBar)
 void nxTrading::PullOrders(nxTradingJob& job)
 {
     if (_state.IsEnding() || _venue == nullptr) return;
-    for (const auto& order : job.GetOwnOrders())
-        if (order->GetTicket().IsOpen() &&
-            (!job.ShattersOnExit() || order->GetHostProduct().FlattensOnExit()))
-            static_cast<void>(order->Pull());
+    for (nxHostOrder& order : job.GetOwnOrders())
+        if (order.GetTicket().IsOpen() && (!job.ShattersOnExit() || order.GetHostProduct().FlattensOnExit()))
+            static_cast<void>(order.Pull());
     _Flatten(job);
 }
 

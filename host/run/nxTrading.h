@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "host/accounts/nxLedger.h"
@@ -141,9 +142,11 @@ private:
     nxTradingRecord _record;
     std::unique_ptr<nxVenue> _venue;  // from the first order on
     const MakeVenue _makeVenue;
-    std::vector<nxHostOrder*> _orders;          // as they came to be
-    std::vector<nxHostOrder*> _ordersByNumber;  // from 1; null: no job knows of it yet
-    std::optional<nxExchangeEvent> _answer;     // taken from the venue, and not delivered
+    // As they came to be, which is by number, from 1 on, but where the exchange made a child of a bracket of
+    // which nobody knew yet: those of another place are found by the map.
+    std::vector<nxHostOrder*> _orders;
+    std::unordered_map<unsigned int, nxHostOrder*> _displaced;
+    std::optional<nxExchangeEvent> _answer;  // taken from the venue, and not delivered
     std::deque<std::pair<nxJobRunner*, nxHostProduct*>> _positions;  // to be told of
     long long _nextDay = nxTime::Never;                              // once the data have a row
     bool _isAmongBars = false;  // what comes next may be a bar of the same time

@@ -82,7 +82,7 @@ std::pair<std::string, unsigned long long> nxTrading::GetCommonestEnd(const nxTr
     const auto& orders = job.GetOwnOrders();
     std::pair<std::string, unsigned long long> commonest(
         "still in the market at the end",
-        std::ranges::count_if(orders, [](const auto& order) { return order->GetTicket().IsOpen(); }));
+        std::ranges::count_if(orders, [](const nxHostOrder& order) { return order.GetTicket().IsOpen(); }));
     if (job.GetIndex() < _ends.size())
         for (const auto& [reason, count] : _ends[job.GetIndex()])
             if (count > commonest.second) commonest = {reason, count};
