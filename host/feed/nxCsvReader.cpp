@@ -69,9 +69,7 @@ nxCsvReader::Result nxCsvReader::_NextBlock()
             return Result::Failed;
         }
         _skipped += _current->skipped;
-        const std::size_t next = _freed + 1;
-        _readsAhead ? _WaitForNext(next) : _FillNext(next);
-        _current = &_blocks[next % BlockCount];
+        _readsAhead ? _WaitForNext(_freed + 1) : _FillNext();
         _position = _refusal = 0;
     }
     return Result::Row;
@@ -84,13 +82,13 @@ void nxCsvReader::_WaitForNext(std::size_t next)
     _freed = next;
     if (_filled - _freed <= BlockCount / 2) _changed.notify_all();
     _changed.wait(lock, [&] { return next != _filled; });
+    _current = &_blocks[next % BlockCount];
 }
 
-void nxCsvReader::_FillNext(std::size_t next)
+void nxCsvReader::_FillNext()
 {
-    _freed = next;
-    _Fill(_blocks[next % BlockCount], 1);
-    _parser.Parse(_blocks[next % BlockCount]);
+    _Fill(*_current, 1);
+    _parser.Parse(*_current);
 }
 
 void nxCsvReader::_ReadAhead()

@@ -41,6 +41,13 @@ public:
     // Opens the file, reads the header row and as many rows as fit the first block. False: GetError() tells
     // why.
     [[nodiscard]] bool Open();
+    // Where the rows are taken by a thread that is ahead of all else, a plain file in one of our own formats
+    // needs none of its own: to hand its rows over costs as much as to parse them. To be called before the
+    // first Next().
+    void ReadInTurnIfEasy()
+    {
+        if (!_stream.IsPacked() && !GetForm().isForeign) _readsAhead = false;
+    }
 
     // Those rows, bad ones among them. To be asked before the first Next().
     [[nodiscard]] std::span<const nxCsvRow> GetFirstRows() const
@@ -78,14 +85,14 @@ private:
     void _Fill(nxCsvBlock& block, std::size_t least);
     void _ReadAhead();
     Result _NextBlock();
-    void _FillNext(std::size_t next);
+    void _FillNext();
     void _WaitForNext(std::size_t next);
     bool _TurnAround();
     long long _ReadText(char* to, std::size_t size);
     const std::string& _GetFailure() const;
 
     std::string _path;
-    const bool _readsAhead;
+    bool _readsAhead;
     nxInputStream _stream;
     std::optional<nxReadAhead> _unpacked;  // of a packed file, from the first block that is read ahead
     nxCsvParser _parser;
@@ -96,7 +103,7 @@ private:
     unsigned long long _skipped = 0;  // in the blocks before the current one
 
     static constexpr std::size_t BlockCount = 4;
-    std::array<nxCsvBlock, BlockCount> _blocks;  // a ring
+    std::array<nxCsvBlock, BlockCount> _blocks;  // a ring; without the thread only the first
     nxCsvBlock* _current = &_blocks[0];          // the one that rows are taken of
     std::size_t _position = 0;                   // of the next row
     std::size_t _refusal = 0;                    // of the next bad row

@@ -32,6 +32,12 @@ bool nxFeed::Open(const std::vector<std::string>& paths, const std::vector<nxFee
     return true;
 }
 
+void nxFeed::ReadEasyFilesInTurn()
+{
+    for (const auto& reader : _readers)
+        reader->ReadInTurnIfEasy();
+}
+
 const nxFeedEvent* nxFeed::Next()
 {
     if (HasFailed()) return nullptr;
@@ -64,17 +70,17 @@ void nxFeed::NotePrice(std::string_view product, const nxDecimal& price)
     _products.NotePrice(product, price);
 }
 
-void nxFeed::_RemarkForm(const nxFeedReader& reader, std::vector<std::string>& remarks) const
+void nxFeed::_RemarkForm(const nxFeedReader& reader, const nxFeedReader::Tally& tally,
+                         std::vector<std::string>& remarks)
 {
     const std::string text = reader.GetDescription();
     if (text.empty()) return;
     remarks.push_back(reader.GetPath() + ": " + text);
     const nxFileForm& form = reader.GetForm();
-    if (reader.GetSkippedCount() != 0)
+    if (tally.skipped != 0)
         remarks.push_back(fmt::format("{}: {} {} nothing that counts, and {} left out", reader.GetPath(),
-                                      Count(reader.GetSkippedCount(), "row"),
-                                      reader.GetSkippedCount() == 1 ? "holds" : "hold",
-                                      reader.GetSkippedCount() == 1 ? "was" : "were"));
+                                      Count(tally.skipped, "row"), tally.skipped == 1 ? "holds" : "hold",
+                                      tally.skipped == 1 ? "was" : "were"));
     if (const unsigned long long twice = form.time.GetTwiceCount(); twice != 0)
         remarks.push_back(
             fmt::format("{}: {} of local times that clocks show twice; the first was taken where the rows "
@@ -86,16 +92,17 @@ void nxFeed::_RemarkForm(const nxFeedReader& reader, std::vector<std::string>& r
                         reader.GetPath(), Count(never, "row")));
 }
 
-void nxFeed::_RemarkFile(const nxFeedReader& reader, std::vector<std::string>& remarks) const
+void nxFeed::_RemarkFile(const nxFeedReader& reader, const nxFeedReader::Tally& tally,
+                         std::vector<std::string>& remarks)
 {
-    _RemarkForm(reader, remarks);
+    _RemarkForm(reader, tally, remarks);
     const std::string& path = reader.GetPath();
-    if (reader.GetBadRowCount() != 0)
-        remarks.push_back(path + ": " + Count(reader.GetBadRowCount(), "bad row") + " skipped");
-    else if (reader.GetRowCount() == 0)
+    if (tally.badRows != 0)
+        remarks.push_back(path + ": " + Count(tally.badRows, "bad row") + " skipped");
+    else if (!tally.hasRows)
         remarks.push_back(path + ": no rows");
-    if (reader.HasOpenEnd()) remarks.push_back(path + ": the last line has no end; the file may be cut");
-    const nxFeedReader::Gaps& gaps = reader.GetGaps();
+    if (tally.hasOpenEnd) remarks.push_back(path + ": the last line has no end; the file may be cut");
+    const nxFeedReader::Gaps& gaps = tally.gaps;
     if (gaps.count == 0) return;
     const long long seconds = gaps.longest / nxTime::NanosecondsPerSecond;
     remarks.push_back(
@@ -103,35 +110,50 @@ void nxFeed::_RemarkFile(const nxFeedReader& reader, std::vector<std::string>& r
                     gaps.line, Count(gaps.count, "gap"), seconds / 3600, seconds / 60 % 60, seconds % 60));
 }
 
-std::vector<std::string> nxFeed::GetRemarks() const
+void nxFeed::_RemarkProduct(const nxFeedProduct& product, const nxFeedProduct::Tally& tally,
+                            std::vector<std::string>& remarks)
+{
+    if (product.HasFoundLots())
+        remarks.push_back(
+            fmt::format("{0}: one lot is {1} of the recorded size, and its point value {1}; "
+                        "--products tells another",
+                        product.GetName(), product.GetLotSize().GetAsString()));
+    if (tally.rounded != 0)
+        remarks.push_back(fmt::format("{}: {} rounded to lots of {}, by {:.2g} % of their sum",
+                                      product.GetName(), Count(tally.rounded, "size"),
+                                      product.GetLotSize().GetAsString(),
+                                      100 * tally.roundedOff / tally.roundedSize));
+    if (tally.crossed != 0)
+        remarks.push_back(product.GetName() + ": " + Count(tally.crossed, "crossed quote") +
+                          " (bid above ask)");
+    if (tally.locked != 0)
+        remarks.push_back(product.GetName() + ": " + Count(tally.locked, "locked quote") +
+                          " (bid equal to ask)");
+}
+
+nxFeedTally nxFeed::GetTally() const
+{
+    nxFeedTally tally;
+    for (const auto& reader : _readers)
+        tally.files.push_back(reader->GetTally());
+    for (unsigned int i = 0; i < _products.GetCount(); ++i)
+        tally.products.push_back(_products.Get(i).GetTally());
+    tally.overlaps = _overlaps;
+    return tally;
+}
+
+std::vector<std::string> nxFeed::GetRemarks(const nxFeedTally& tally) const
 {
     std::vector<std::string> remarks;
-    for (const auto& reader : _readers)
-        _RemarkFile(*reader, remarks);
-    for (const nxFeedOverlaps::Overlap& overlap : _overlaps.Get())
+    for (std::size_t i = 0; i < tally.files.size(); ++i)
+        _RemarkFile(*_readers[i], tally.files[i], remarks);
+    for (const nxFeedOverlaps::Overlap& overlap : tally.overlaps.Get())
         remarks.push_back(fmt::format(
             "{}: {} of {} {} among those of {}; all are delivered", _products.Get(overlap.product).GetName(),
             Count(overlap.rows, overlap.kind), _readers[overlap.file]->GetPath(),
             overlap.rows == 1 ? "lies" : "lie", _readers[overlap.among]->GetPath()));
-    for (unsigned int i = 0; i < _products.GetCount(); ++i) {
-        const nxFeedProduct& product = _products.Get(i);
-        if (product.HasFoundLots())
-            remarks.push_back(
-                fmt::format("{0}: one lot is {1} of the recorded size, and its point value {1}; "
-                            "--products tells another",
-                            product.GetName(), product.GetLotSize().GetAsString()));
-        if (const nxFeedProduct::Rounded& rounded = product.GetRounded(); rounded.count != 0)
-            remarks.push_back(fmt::format("{}: {} rounded to lots of {}, by {:.2g} % of their sum",
-                                          product.GetName(), Count(rounded.count, "size"),
-                                          product.GetLotSize().GetAsString(),
-                                          100 * rounded.lost / rounded.size));
-        if (product.GetCrossedCount() != 0)
-            remarks.push_back(product.GetName() + ": " + Count(product.GetCrossedCount(), "crossed quote") +
-                              " (bid above ask)");
-        if (product.GetLockedCount() != 0)
-            remarks.push_back(product.GetName() + ": " + Count(product.GetLockedCount(), "locked quote") +
-                              " (bid equal to ask)");
-    }
+    for (unsigned int i = 0; i < tally.products.size(); ++i)
+        _RemarkProduct(_products.Get(i), tally.products[i], remarks);
     if (std::ranges::any_of(_readers, [](const auto& reader) {
             return reader->GetKind() == nxFeedKind::Bar && !reader->GetForm().isForeign;
         }))

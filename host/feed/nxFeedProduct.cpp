@@ -4,11 +4,23 @@ void nxFeedProduct::NoteQuote(const nxDecimal& bid, const nxDecimal& ask)
 {
     // One after which there is a bid or an ask for the first time.
     if ((bid.IsValid() && !_bid.IsValid()) || (ask.IsValid() && !_ask.IsValid())) [[unlikely]]
-        ++*_changes;
+        _NoteKnown();
     if (bid.IsValid()) _bid = bid;
     if (ask.IsValid()) _ask = ask;
     if (!_bid.IsValid() || !_ask.IsValid() || _bid < _ask) return;
-    ++(_bid == _ask ? _locked : _crossed);
+    ++(_bid == _ask ? _tally.locked : _tally.crossed);
+    _Note(Change::Tally);
+}
+
+void nxFeedProduct::Follow(const nxFeedProduct& other)
+{
+    nxFeedProductChanges* const changes = _changes;
+    const unsigned char places = _pricePlaces;
+    *this = other;
+    _changes = changes;
+    if (places <= _pricePlaces || _isTickGiven) return;
+    _pricePlaces = places;
+    _tickSize = nxDecimal::FromMantissa(1, places);
 }
 
 unsigned char nxFeedProduct::_GetSignificantPlaces(const nxCsvNumber& number, unsigned char least)
@@ -25,7 +37,7 @@ void nxFeedProduct::_NoteFinerPrice(const nxCsvNumber& price)
     if (places == _pricePlaces) return;
     _pricePlaces = places;
     _tickSize = nxDecimal::FromMantissa(1, places);
-    ++*_changes;
+    _NoteKnown();
 }
 
 void nxFeedProduct::_NoteLargest(const nxCsvNumber& size)
@@ -50,6 +62,6 @@ void nxFeedProduct::FindLots(bool isRounding)
             lot = nxDecimal::FromMantissa(size *= 10, 0);
     }
     _lots = nxLotScale(lot);
-    ++*_changes;
+    _NoteKnown();
     _hasFoundLots = lot != nxDecimalOne;
 }

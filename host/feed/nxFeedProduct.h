@@ -3,21 +3,43 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "base/values/nxDecimal.h"
 #include "host/feed/nxCsvRow.h"
 #include "host/feed/nxLotScale.h"
+
+// Which products of a table have changed.
+struct nxFeedProductChanges
+{
+    // Counted up when what the jobs of a run can know of a product changes, but for the rows so far.
+    unsigned long long version = 0;
+    // Products that have changed since they were taken from here, also in what remarks tell; each once.
+    std::vector<unsigned int> products;
+};
 
 // A product of the recorded data: what is known of it and what has been read of it. Owned by the
 // nxFeedProductTable and written by the readers as rows pass.
 class nxFeedProduct
 {
 public:
-    // changes: counted up when what the jobs of a run can know of the product changes, but for the rows so
-    // far; outlives the product.
-    nxFeedProduct(std::string name, unsigned long long& changes) : _name(std::move(name)), _changes(&changes)
+    // index: in its table. changes: of the table; outlives the product.
+    nxFeedProduct(std::string name, unsigned int index, nxFeedProductChanges& changes)
+        : _name(std::move(name)), _index(index), _changes(&changes)
     {
+        _NoteKnown();
     }
+
+    // What a person should hear of its rows.
+    struct Tally
+    {
+        // Sizes that were rounded, their sum and by how much; in recorded units.
+        unsigned long long rounded = 0;
+        double roundedSize = 0, roundedOff = 0;
+        // Rows with a bid or an ask after which the bid stood above the ask, or met it.
+        unsigned long long crossed = 0, locked = 0;
+    };
 
     [[nodiscard]] const std::string& GetName() const { return _name; }
 
@@ -40,9 +62,7 @@ public:
     // at in front; 0 where there were none.
     [[nodiscard]] long long GetBarPeriod() const { return _barPeriod; }
     [[nodiscard]] bool IsBarPeriodGiven() const { return _isBarPeriodGiven; }
-    // Rows with a bid or an ask after which the bid stood above the ask, or met it.
-    [[nodiscard]] unsigned long long GetCrossedCount() const { return _crossed; }
-    [[nodiscard]] unsigned long long GetLockedCount() const { return _locked; }
+    [[nodiscard]] const Tally& GetTally() const { return _tally; }
 
     // For nxFeedProductTable and nxFeedReader.
 
@@ -50,12 +70,12 @@ public:
     {
         _tickSize = tickSize;
         _isTickGiven = true;
-        ++*_changes;
+        _NoteKnown();
     }
     void SetLotSize(const nxDecimal& lotSize)
     {
         _lots = nxLotScale(lotSize);
-        ++*_changes;
+        _NoteKnown();
     }
     // Its lot size is 1 unless the description says otherwise.
     void SetDescribed() { _isDescribed = true; }
@@ -74,16 +94,11 @@ public:
     // A size that was rounded to lots, and by how much; both in recorded units.
     void NoteRounded(double size, double lost)
     {
-        ++_rounded.count;
-        _rounded.size += size;
-        _rounded.lost += lost;
+        ++_tally.rounded;
+        _tally.roundedSize += size;
+        _tally.roundedOff += lost;
+        _Note(Change::Tally);
     }
-    struct Rounded
-    {
-        unsigned long long count = 0;
-        double size = 0, lost = 0;
-    };
-    [[nodiscard]] const Rounded& GetRounded() const { return _rounded; }
     [[nodiscard]] const nxLotScale& GetLots() const { return _lots; }
     void NoteBarStamp(bool isStart) { _Set(_doBarsBearStart, isStart); }
     void NoteQuoteColumns() { _Set(_hasQuoteColumns, true); }
@@ -111,7 +126,7 @@ public:
     {
         _barPeriod = period;
         _isBarPeriodGiven = true;
-        ++*_changes;
+        _NoteKnown();
     }
     // The time of a bar's row, of those that are looked at in front.
     void NoteBarTime(long long time)
@@ -121,19 +136,35 @@ public:
             distance > 0 && (_barPeriod == 0 || distance < _barPeriod))
         {
             _barPeriod = distance;
-            ++*_changes;
+            _NoteKnown();
         }
         _lastBarTime = time;
         _hasBarTime = true;
     }
     void NoteLast() { _Set(_hasLast, true); }
 
+    // Since it was taken last: nothing, what remarks tell, or what jobs can know.
+    enum class Change : unsigned char { None, Tally, Known };
+    Change TakeChange() { return std::exchange(_change, Change::None); }
+    // Becomes what that one is, which another table has; but a finer price that was noted here counts.
+    void Follow(const nxFeedProduct& other);
+
 private:
     void _Set(bool& member, bool value)
     {
         if (member == value) return;
         member = value;
-        ++*_changes;
+        _NoteKnown();
+    }
+    void _NoteKnown()
+    {
+        ++_changes->version;
+        _Note(Change::Known);
+    }
+    void _Note(Change change)
+    {
+        if (_change == Change::None) _changes->products.push_back(_index);
+        _change = std::max(_change, change);
     }
     // The places of the number without the zeros at its end, but not below `least`.
     static unsigned char _GetSignificantPlaces(const nxCsvNumber& number, unsigned char least);
@@ -141,7 +172,9 @@ private:
     void _NoteLargest(const nxCsvNumber& size);
 
     std::string _name;
-    unsigned long long* _changes;
+    unsigned int _index;
+    nxFeedProductChanges* _changes;
+    Change _change = Change::None;
     nxDecimal _tickSize = nxDecimalOne;
     bool _isTickGiven = false;
     bool _hasLast = false;
@@ -152,7 +185,6 @@ private:
     bool _hasFoundLots = false;
     bool _doBarsBearStart = false;
     bool _hasQuoteColumns = false;
-    Rounded _rounded;
     nxDecimal _bid, _ask;  // null until a row gave one
     nxLotScale _lots;
     bool _isBarPeriodGiven = false;
@@ -161,6 +193,5 @@ private:
     long long _barPeriod = 0;
     std::array<bool, 3> _hasKind{};
     std::array<unsigned long long, 3> _rows{};
-    unsigned long long _crossed = 0;
-    unsigned long long _locked = 0;
+    Tally _tally;
 };

@@ -11,8 +11,7 @@ unsigned int nxFeedProductTable::Add(std::string_view name)
     const auto found = _indexes.find(name);
     if (found != _indexes.end()) return found->second;
     const unsigned int index = GetCount();
-    _products.Append(std::string(name), *_changes);
-    ++*_changes;
+    _products.Append(std::string(name), index, *_changes);
     _indexes.emplace(name, index);
     auto period = _barPeriods.find(name);
     if (period == _barPeriods.end()) period = _barPeriods.find(std::string_view());
@@ -37,5 +36,5 @@ void nxFeedProductTable::NotePrice(std::string_view product, const nxDecimal& pr
 void nxFeedProductTable::Follow(const nxFeedProductTable& other)
 {
     for (unsigned int i = 0; i < other.GetCount(); ++i)
-        _products[Add(other.Get(i).GetName())] = other.Get(i);
+        Follow(other.Get(i));
 }

@@ -38,9 +38,20 @@ public:
     void NotePrice(std::string_view product, const nxDecimal& price);
 
     // Differs whenever what the jobs of a run can know of the products does, but for the rows so far.
-    [[nodiscard]] unsigned long long GetVersion() const { return *_changes; }
+    [[nodiscard]] unsigned long long GetVersion() const { return _changes->version; }
+    // Calls visit(index, product, change) for each product that has changed since the last call, the new ones
+    // in their order.
+    template <class Visit>
+    void TakeChanges(Visit visit)
+    {
+        for (const unsigned int index : _changes->products)
+            visit(index, std::as_const(_products[index]), _products[index].TakeChange());
+        _changes->products.clear();
+    }
     // Becomes the same as that table, of which this one holds the first products.
     void Follow(const nxFeedProductTable& other);
+    // The same for one product, which this one holds or which comes next.
+    void Follow(const nxFeedProduct& product) { _products[Add(product.GetName())].Follow(product); }
 
 private:
     struct Hash
@@ -50,7 +61,7 @@ private:
     };
 
     std::map<std::string, long long, std::less<>> _barPeriods;
-    std::unique_ptr<unsigned long long> _changes = std::make_unique<unsigned long long>(0);
+    std::unique_ptr<nxFeedProductChanges> _changes = std::make_unique<nxFeedProductChanges>();
     nxGrowingArray<nxFeedProduct> _products;
     std::unordered_map<std::string, unsigned int, Hash, std::equal_to<>> _indexes;
 };

@@ -32,6 +32,8 @@ public:
     // most, so that their products, tick sizes and kinds are known before the first event. False: GetError()
     // tells why.
     [[nodiscard]] bool Open();
+    // As for nxCsvReader.
+    void ReadInTurnIfEasy() { _csv.ReadInTurnIfEasy(); }
 
     // The next event, good until the next call; null at the end and at an error.
     [[nodiscard]] const nxFeedEvent* Next();
@@ -58,8 +60,22 @@ public:
         unsigned long long count = 0;
         long long longest = 0;        // nanoseconds between the bars on either side
         unsigned long long line = 0;  // behind the longest
+        bool operator==(const Gaps&) const = default;
     };
-    [[nodiscard]] const Gaps& GetGaps() const { return _gaps; }
+    // What a person should hear of the rows that were read.
+    struct Tally
+    {
+        bool hasRows = false;  // good ones
+        bool hasOpenEnd = false;
+        unsigned long long badRows = 0;
+        unsigned long long skipped = 0;
+        Gaps gaps;
+        bool operator==(const Tally&) const = default;
+    };
+    [[nodiscard]] Tally GetTally() const
+    {
+        return {_rowCount != 0, HasOpenEnd(), _badRowCount, GetSkippedCount(), _gaps};
+    }
     // What of a foreign file was taken for what; empty for one of our own formats.
     [[nodiscard]] std::string GetDescription() const;
     // The times of bars are their starts.

@@ -57,9 +57,10 @@ bool nxRecordedEvents::_TakeFromBlock()
     return true;
 }
 
-std::vector<std::string> nxRecordedEvents::GetRemarks() const
+std::vector<std::string> nxRecordedEvents::GetRemarks()
 {
-    if (_blocks == nullptr || _isAtEnd) return _GetFeed().GetRemarks();
+    if (_blocks == nullptr) return _feed.GetRemarks();
+    if (_isAtEnd) return _blocks->GetFeed().GetRemarks();
     nxFeed feed(_options);
     if (feed.Open(_paths, _terms))
         for (unsigned long long i = 0; i < _taken && feed.Next() != nullptr;)

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/feed/nxEventSource.h"
-#include "host/feed/nxFeed.h"
+#include "host/feed/nxFeedAhead.h"
 #include "host/feed/nxFeedBlocks.h"
 
 // Recorded files as the events of a run. Reads one event ahead, and not before it is asked for. Several runs
@@ -23,12 +23,18 @@ public:
     // Looks into the files and reads the first event. False: GetError() tells why.
     [[nodiscard]] bool Open(const std::vector<std::string>& paths,
                             const std::vector<nxFeedProductTerms>& products);
-    bool HasFailed() const { return (_blocks == nullptr || _isAtEnd) && _GetFeed().HasFailed(); }
-    const nxFeedError& GetError() const { return _GetFeed().GetError(); }
+    bool HasFailed() const
+    {
+        return _blocks == nullptr ? _feed.HasFailed() : _isAtEnd && _blocks->GetFeed().HasFailed();
+    }
+    const nxFeedError& GetError() const
+    {
+        return _blocks == nullptr ? _feed.GetError() : _blocks->GetFeed().GetError();
+    }
     // None of data without rows.
     std::optional<long long> GetFirstTime() const { return _firstTime; }
-    // Of the rows that were read so far. Where others have read more, it reads them again.
-    std::vector<std::string> GetRemarks() const;
+    // Of the rows that were read so far, which it ends. Where others have read more, it reads them again.
+    std::vector<std::string> GetRemarks();
     // Of the files as they lie on the disk. The total is 0 when one of them is a pipe.
     unsigned long long GetBytesConsumed() const { return _feed.GetBytesConsumed(); }
     unsigned long long GetBytesTotal() const { return _feed.GetBytesTotal(); }
@@ -67,7 +73,6 @@ public:
 private:
     // A bar of days bears the date of its day, not its end.
     bool _IsBefore(const nxFeedEvent& event, long long time, const nxFeedProductTable& products) const;
-    const nxFeed& _GetFeed() const { return _blocks == nullptr ? _feed : _blocks->GetFeed(); }
     // False: there is no next event yet.
     bool _Advance();
     bool _TakeFromBlock();
@@ -75,7 +80,7 @@ private:
     const nxFeedOptions _options;
     std::vector<std::string> _paths;
     std::vector<nxFeedProductTerms> _terms;
-    nxFeed _feed;  // unless there are blocks
+    nxFeedAhead _feed;  // unless there are blocks
     nxFeedBlocks* const _blocks;
     unsigned long long _block = 0;  // of which events are taken
     std::size_t _place = 0;         // of the next one in it
