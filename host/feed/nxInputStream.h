@@ -41,7 +41,6 @@ public:
     {
         return _decoder ? _decoder->GetEntryName() : std::string();
     }
-    [[nodiscard]] bool IsPacked() const { return _decoder != nullptr; }
     [[nodiscard]] const std::string& GetFailure() const { return _failure; }
     // The failure is that compressed data stop before their end.
     [[nodiscard]] bool IsCut() const { return _isCut; }
