@@ -29,19 +29,18 @@ void nxFeedAhead::Block::Clear()
 
 bool nxFeedAhead::Open(const std::vector<std::string>& paths, const std::vector<nxFeedProductTerms>& products)
 {
-    _feed = std::make_unique<nxFeed>(_options);
-    _known = &std::as_const(*_feed).GetProducts();
-    if (!_feed->Open(paths, products)) return false;
+    _known = &std::as_const(_feed).GetProducts();
+    if (!_feed.Open(paths, products)) return false;
     // The total is not known where one of them is a pipe.
-    _isAhead = _options.readsAhead && _feed->GetBytesTotal() != 0;
+    _isAhead = _options.readsAhead && _feed.GetBytesTotal() != 0;
     if (!_isAhead) return true;
-    _feed->ReadEasyFilesInTurn();
+    _feed.ReadEasyFilesInTurn();
     _products = nxFeedProductTable(_options.barPeriods);
     _products.Follow(*_known);
     _known = &_products;
-    _tally = _feed->GetTally();
+    _tally = _feed.GetTally();
     _fileTallies = _tally.files;
-    _feed->GetProducts().TakeChanges([](unsigned int, const nxFeedProduct&, nxFeedProduct::Change) {});
+    _feed.GetProducts().TakeChanges([](unsigned int, const nxFeedProduct&, nxFeedProduct::Change) {});
     _Fill(*_current);
     _next = _until = _current->events.data();
     return true;
@@ -49,14 +48,14 @@ bool nxFeedAhead::Open(const std::vector<std::string>& paths, const std::vector<
 
 void nxFeedAhead::NotePrice(std::string_view product, const nxDecimal& price)
 {
-    _isAhead ? _products.NotePrice(product, price) : _feed->NotePrice(product, price);
+    _isAhead ? _products.NotePrice(product, price) : _feed.NotePrice(product, price);
 }
 
 // Where a block ends, at events with which something of products became known, and at the first two: a run
 // that cannot begin asks for one only, and needs no thread.
 const nxFeedEvent* nxFeedAhead::_NextBeyond()
 {
-    if (!_isAhead) return _feed->Next();
+    if (!_isAhead) return _feed.Next();
     const bool isFirst = !std::exchange(_isBegun, true);
     if (!isFirst && !_current->isLast && !_thread.joinable()) _thread = std::thread([this] { _ReadAhead(); });
     if (_next == _GetEnd() && !_current->isLast) _WaitForNext();
@@ -144,7 +143,7 @@ void nxFeedAhead::_Fill(Block& block)
     block.Clear();
     _Guard([&] { _Read(block); });
     if (_thrown) block.isLast = true;
-    block.bytesConsumed = _feed->GetBytesConsumed();
+    block.bytesConsumed = _feed.GetBytesConsumed();
     // Where the levels lie is known now.
     const nxFeedLevel* level = block.levels.data();
     for (nxFeedEvent& event : block.events) {
@@ -157,7 +156,7 @@ void nxFeedAhead::_Read(Block& block)
 {
     block.events.reserve(MostEvents);
     while (!block.IsFull() && !block.isLast) {
-        const nxFeedEvent* const event = _feed->Next();
+        const nxFeedEvent* const event = _feed.Next();
         _NoteChanges(block);
         if (event != nullptr)
             _Add(block, *event);
@@ -169,7 +168,7 @@ void nxFeedAhead::_Read(Block& block)
 void nxFeedAhead::_NoteChanges(Block& block)
 {
     const std::size_t event = block.events.size();
-    _feed->GetProducts().TakeChanges(
+    _feed.GetProducts().TakeChanges(
         [&](unsigned int index, const nxFeedProduct& product, nxFeedProduct::Change change) {
             if (change == nxFeedProduct::Change::Known) block.known.push_back({event, index, product});
             block.products.push_back({event, index, product.GetTally()});
@@ -184,7 +183,7 @@ void nxFeedAhead::_NoteChanges(Block& block)
 
 void nxFeedAhead::_NoteFile(Block& block, unsigned int file)
 {
-    const nxFeedReader::Tally tally = _feed->GetReaders()[file]->GetTally();
+    const nxFeedReader::Tally tally = _feed.GetReaders()[file]->GetTally();
     if (tally == _fileTallies[file]) return;
     _fileTallies[file] = tally;
     block.files.push_back({block.events.size(), file, tally});
@@ -215,11 +214,11 @@ void nxFeedAhead::_Count(const Block& block, std::size_t count, nxFeedTally& tal
 
 std::vector<std::string> nxFeedAhead::GetRemarks()
 {
-    if (!_isAhead) return _feed->GetRemarks();
+    if (!_isAhead) return _feed.GetRemarks();
     _Stop();
     nxFeedTally tally = _tally;
     for (std::size_t block = _counted; block < _freed; ++block)
         _Count(_blocks[block % BlockCount], _blocks[block % BlockCount].events.size(), tally);
     _Count(*_current, _GetPlace() + (_isAtEnd ? 1 : 0), tally);
-    return _feed->GetRemarks(tally);
+    return _feed.GetRemarks(tally);
 }

@@ -3,7 +3,6 @@
 #include <array>
 #include <condition_variable>
 #include <exception>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -20,7 +19,7 @@
 class nxFeedAhead
 {
 public:
-    explicit nxFeedAhead(const nxFeedOptions& options) : _options(options) {}
+    explicit nxFeedAhead(const nxFeedOptions& options) : _options(options), _feed(options) {}
     ~nxFeedAhead() { _Stop(); }
     nxFeedAhead(const nxFeedAhead&) = delete;
     nxFeedAhead& operator=(const nxFeedAhead&) = delete;
@@ -34,15 +33,15 @@ public:
             return _NextBeyond();
         return _next++;
     }
-    bool HasFailed() const { return (!_isAhead || _isAtEnd) && _feed->HasFailed(); }
-    const nxFeedError& GetError() const { return _feed->GetError(); }
+    bool HasFailed() const { return (!_isAhead || _isAtEnd) && _feed.HasFailed(); }
+    const nxFeedError& GetError() const { return _feed.GetError(); }
     const nxFeedProductTable& GetProducts() const { return *_known; }
     void NotePrice(std::string_view product, const nxDecimal& price);
     unsigned long long GetBytesConsumed() const
     {
-        return _isAhead ? _current->bytesConsumed : _feed->GetBytesConsumed();
+        return _isAhead ? _current->bytesConsumed : _feed.GetBytesConsumed();
     }
-    unsigned long long GetBytesTotal() const { return _feed->GetBytesTotal(); }
+    unsigned long long GetBytesTotal() const { return _feed.GetBytesTotal(); }
     // It reads no further then: there is no Next() after it.
     std::vector<std::string> GetRemarks();
 
@@ -91,7 +90,7 @@ private:
     void _Stop();
 
     const nxFeedOptions _options;
-    std::unique_ptr<nxFeed> _feed;
+    nxFeed _feed;
     bool _isAhead = false;
     const nxFeedProductTable* _known = &_products;
     nxFeedProductTable _products;  // as they are known at the event that was given last

@@ -33,8 +33,8 @@ struct nxFeedOptions
     // it belongs to no history, but to the prices and books that later rows change.
     long long begin = std::numeric_limits<long long>::min();
     long long end = std::numeric_limits<long long>::max();
-    // Each file has a thread that reads ahead; without it rows are read when their turn comes, and no thread
-    // is made.
+    // Threads read, and judge, ahead of who takes the events; without it rows are read when their turn comes,
+    // and no thread is made.
     bool readsAhead = true;
     // Outlives the feed. Once it is true, waiting for the next bytes of a pipe ends in an error.
     const std::atomic<bool>* interrupted = nullptr;

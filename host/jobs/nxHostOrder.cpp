@@ -80,7 +80,7 @@ nxOrderTerms GetTermsOf(const nxAlgoOrderParameters& given)
 }  // namespace
 
 // What a million orders that are over weigh.
-static_assert(sizeof(nxHostOrder) <= 216);
+static_assert(sizeof(nxHostOrder) <= 192);
 
 nxHostOrder::nxHostOrder(nxTradingJob& job, nxHostProduct& product, const Texts& texts, unsigned int id)
     : nxHostOrder(job, product, nxOrderTicket(GetKindOf(job, product, texts), id))
@@ -89,7 +89,7 @@ nxHostOrder::nxHostOrder(nxTradingJob& job, nxHostProduct& product, const Texts&
 }
 
 nxHostOrder::nxHostOrder(nxTradingJob& job, nxHostProduct& product, nxOrderTicket ticket)
-    : nxShownOrder(&job, &product), _ticket(std::move(ticket)), _update(&job, this)
+    : nxShownOrder(&job, &product), _ticket(std::move(ticket))
 {
     SetSide(nxGetText(_ticket.GetSide()));
 }
@@ -181,16 +181,18 @@ void nxHostOrder::Apply(const nxExchangeEvent& event)
     if (_ticket.IsLastFill()) _SetLastFill(event.fillPrice, event.fillVolume);
     nxTradingJob& job = GetOwner();
     job.GetShownRecord().Forget(*this);
-    if (_isTold) _update.Renew();
+    if (_update != nullptr) _update->Renew();
     if (job.GetServices().output->IsRecording()) _RecordEvent(event);
     if (isOver) job.GetServices().orders->GetVenue()->Release(GetID());
 }
 
 nxAlgoOrderUpdateObject& nxHostOrder::GetUpdate()
 {
-    if (!_isTold) _update.Renew();
-    _isTold = true;
-    return _update;
+    if (_update == nullptr) {
+        _update = &GetOwner().MakeUpdate(*this);
+        _update->Renew();
+    }
+    return *_update;
 }
 
 // Scripts read the order's own names, so the record needs none.

@@ -48,7 +48,8 @@ public:
 
     // Takes over what the exchange tells.
     void Apply(const nxExchangeEvent& event);
-    // Of the event that was applied last. It stays where it is and shows the newest event.
+    // Of the event that was applied last. It stays where it is and shows the newest event. Made with the
+    // first event that a script is told of.
     nxAlgoOrderUpdateObject& GetUpdate();
     // Sends an order that closes a position, of that volume. atOnce: at the end of a run, to take what is
     // shown then.
@@ -67,7 +68,6 @@ private:
     void _Record(const char* request, const nxOrderTerms& terms) const;
     void _RecordEvent(const nxExchangeEvent& event) const;
 
-    bool _isTold = false;  // a script was, of some event
     nxOrderTicket _ticket;
-    nxAlgoOrderUpdateObject _update;
+    nxAlgoOrderUpdateObject* _update = nullptr;  // the job's
 };

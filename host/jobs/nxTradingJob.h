@@ -20,10 +20,11 @@ class nxTradingJob : public nxMarketJob
 {
 public:
     using nxMarketJob::nxMarketJob;
-    // They stay where they are, many side by side: a run may make millions.
-    using Orders =
-        boost::container::deque<nxHostOrder, void,
-                                boost::container::deque_options_t<boost::container::block_size<32>>>;
+    // What stays where it is, many side by side: a run may make millions.
+    template <class T>
+    using Kept =
+        boost::container::deque<T, void, boost::container::deque_options_t<boost::container::block_size<32>>>;
+    using Orders = Kept<nxHostOrder>;
 
     // In the order in which they came to be; they stay.
     const Orders& GetOwnOrders() const { return _orders; }
@@ -31,6 +32,10 @@ public:
     // Of a bracket's order, when the exchange tells of it.
     nxHostOrder& AddChild(const nxExchangeOrder& child, nxHostOrder& parent);
     void NoteRequest(const nxHostOrder& order);
+    nxAlgoOrderUpdateObject& MakeUpdate(const nxHostOrder& order)
+    {
+        return _updates.emplace_back(this, &order);
+    }
     nxHostOrder::ShownRecord& GetShownRecord() { return _shownRecord; }
     bool IsCrossProtected() const { return _crossProtected; }
     const std::string& GetOrderUserString() const { return _orderUserString; }
@@ -70,6 +75,7 @@ private:
     unsigned int _requestCount = 0;
     nxHostOrder::ShownRecord _shownRecord;
     Orders _orders;
+    Kept<nxAlgoOrderUpdateObject> _updates;  // of those of which the script was told something
     std::map<unsigned int, std::unique_ptr<nxForeignOrder>> _foreignOrders;  // by number, as looked at
     nxHostOrders _allOrders{*this, false};
     nxHostOrders _jobOrders{*this, true};
