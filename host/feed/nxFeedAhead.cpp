@@ -7,7 +7,7 @@ namespace {
 
 // Of a block: enough that the two threads seldom wait for each other, and few enough that a run needs little
 // memory for them.
-constexpr std::size_t MostEvents = 512;
+constexpr std::size_t MostEvents = 1024;
 constexpr std::size_t MostLevels = 2048;
 constexpr std::size_t MostKnown = 64;  // changes of what is known of products
 
