@@ -9,6 +9,7 @@
 #include "scriptFramework/lua/nxLuaParameters.h"
 #include "scriptFramework/lua/nxLuaResults.h"
 #include "scriptFramework/lua/nxLuaState.h"
+#include "scriptFramework/lua/nxLuaTableNote.h"
 #include "scriptFramework/lua/nxScriptProfile.h"
 
 namespace {
@@ -81,12 +82,18 @@ void nxLuaClass::Register(lua_State* L) const
     SetClosure(L, "__newindex", _rows.dispatchSet);
 }
 
+// The packed handle of the wrapper, a table, while that is one on demand; null otherwise.
+void* nxLuaClass::_FindOnDemand(lua_State* L, int wrapper)
+{
+    return nxLuaTableNote::IsUsed ? nxLuaTableNote::Of(lua_topointer(L, wrapper)).packed : nullptr;
+}
+
 // What the wrapper at index 1, a table, holds. A userdata of another kind is an argument error: this is what
 // keeps objects apart, whatever metatable a script gave them.
 inline nxLuaClass::Held nxLuaClass::_Read(lua_State* L, nxLuaState& state, void*& object) const
 {
     nxLuaFrames::Life life = nxLuaFrames::GetLasting();
-    if (void* const bits = _FindOnDemand(L, state, 1)) {
+    if (void* const bits = _FindOnDemand(L, 1)) {
         const nxLuaPackedHandle packed(bits);
         if (packed.GetClassIndex() != _index) luaL_typerror(L, 1, _name);
         life = packed.GetLife();
@@ -113,7 +120,7 @@ const nxLuaClass* nxLuaClass::Find(lua_State* L, int index)
     lua_pushvalue(L, index);
     const int wrapper = lua_gettop(L);
     const nxLuaClass* type = nullptr;
-    if (void* const packed = _FindOnDemand(L, state, wrapper)) {
+    if (void* const packed = _FindOnDemand(L, wrapper)) {
         type = state.References(nxLuaPackedHandle(packed).GetClassIndex()).type;
     } else {
         lua_rawgeti(L, wrapper, 0);

@@ -21,8 +21,8 @@ class nxLuaResults;
 // ignored.
 //
 // Most wrappers live for one event, and of most a script uses little. So they are made on demand: such a
-// wrapper begins with an nxLuaPackedHandle alone, under a key that no script can have, and gets a function
-// when it is first asked for. Before a script can look at one in any other way, Complete makes it whole. And
+// wrapper is an empty table with an nxLuaPackedHandle in its nxLuaTableNote, and gets a function when it is
+// first asked for. Before a script can look at one in any other way, Complete makes it whole. And
 // a function that can only read its argument is lent the same whole wrapper each time.
 class nxLuaClass
 {
@@ -102,14 +102,15 @@ private:
     void* _ReadObject(lua_State* L, nxLuaState& state) const;
     enum class Key { Unknown, Metamethod, Row, Function };
     Key _FindKey(lua_State* L, const nxLuaState& state, unsigned int& row) const;
-    static void* _FindOnDemand(lua_State* L, nxLuaState& state, int wrapper);
+    static void* _FindOnDemand(lua_State* L, int wrapper);
     static bool _IsSpecial(lua_State* L);
     int _GetOnDemand(lua_State* L, Key key, unsigned int row) const;
+    bool _Give(lua_State* L, unsigned int row) const;
     void _SetOnDemand(lua_State* L, Key key, unsigned int row) const;
     void _PushMetatable(lua_State* L, nxLuaState& state) const;
     void _PushHandle(lua_State* L, void* object, nxLuaFrames::Life life) const;
     void _PushWhole(lua_State* L, void* object, nxLuaFrames::Life life) const;
-    void _PushOnDemand(lua_State* L, void* packed) const;
+    void _PushOnDemand(lua_State* L, nxLuaState& state, void* packed) const;
     void _AddFunctions(lua_State* L, int wrapper, std::uint64_t without) const;
     void _FillRows(lua_State* L, int metatable) const;
 

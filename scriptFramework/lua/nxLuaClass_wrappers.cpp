@@ -4,6 +4,7 @@
 #include <lua.hpp>
 
 #include "scriptFramework/lua/nxLuaClass.h"
+#include "scriptFramework/lua/nxLuaTableNote.h"
 
 namespace {
 
@@ -11,48 +12,11 @@ constexpr const char* Metamethods[] = {"__gc", "__index", "__newindex"};
 constexpr int RoomToPush = 8;             // values
 constexpr std::size_t MostOnDemand = 64;  // functions, each a bit of what is given
 
-// The addresses of these are the keys of what a wrapper on demand holds: its nxLuaPackedHandle, and once it
-// has been asked for a function, by row the functions that it has had or was told to forget.
-constexpr char HandleKey = 0;
-constexpr char GivenKey = 0;
-
-void PushKey(lua_State* L, const char& key)
-{
-    lua_pushlightuserdata(L, const_cast<char*>(&key));
-}
-
-std::uint64_t GetGiven(lua_State* L, int wrapper)
-{
-    PushKey(L, GivenKey);
-    lua_rawget(L, wrapper);
-    const auto given = reinterpret_cast<std::uintptr_t>(lua_touserdata(L, -1));
-    lua_pop(L, 1);
-    return given;
-}
-
-void SetGiven(lua_State* L, int wrapper, std::uint64_t given)
-{
-    PushKey(L, GivenKey);
-    lua_pushlightuserdata(L, reinterpret_cast<void*>(given));
-    lua_rawset(L, wrapper);
-}
-
-void RemoveKey(lua_State* L, const char& key, int wrapper)
-{
-    PushKey(L, key);
-    lua_pushnil(L);
-    lua_rawset(L, wrapper);
-}
-
 }  // namespace
 
 bool nxLuaClass::MakesOnDemand()
 {
-#ifdef LUAJIT_VERSION
-    return false;
-#else
-    return true;
-#endif
+    return nxLuaTableNote::IsUsed;
 }
 
 // The metatable as the registry holds it under the class's name: by reference while no script can have put
@@ -97,19 +61,6 @@ void nxLuaClass::_FillRows(lua_State* L, int metatable) const
     }
 }
 
-// The packed handle of the wrapper, a table, while that is one on demand; null otherwise.
-void* nxLuaClass::_FindOnDemand(lua_State* L, nxLuaState& state, int wrapper)
-{
-    const void* const table = lua_topointer(L, wrapper);
-    if (void* const packed = state.knownWrappers.Find(table)) return packed;
-    PushKey(L, HandleKey);
-    lua_rawget(L, wrapper);
-    void* const packed = lua_touserdata(L, -1);
-    lua_pop(L, 1);
-    if (packed != nullptr) state.knownWrappers.Note(table, packed);
-    return packed;
-}
-
 void nxLuaClass::_PushHandle(lua_State* L, void* object, nxLuaFrames::Life life) const
 {
     void* const memory = lua_newuserdata(L, sizeof(nxLuaHandle));
@@ -149,14 +100,12 @@ void nxLuaClass::_PushWhole(lua_State* L, void* object, nxLuaFrames::Life life) 
     _AddFunctions(L, wrapper, 0);
 }
 
-void nxLuaClass::_PushOnDemand(lua_State* L, void* packed) const
+// Where scripts use no functions of the class, none has room in the table.
+void nxLuaClass::_PushOnDemand(lua_State* L, nxLuaState& state, void* packed) const
 {
-    constexpr int usual = 3;  // of its keys: the two of its own, and a function
-    lua_createtable(L, 0, _rows.functions.empty() ? 1 : usual);
-    PushKey(L, HandleKey);
-    lua_pushlightuserdata(L, packed);
-    lua_rawset(L, -3);
-    _PushMetatable(L, nxLuaState::Of(L));
+    lua_createtable(L, 0, state.References(_index).givesFunctions ? 1 : 0);
+    nxLuaTableNote::Of(lua_topointer(L, -1)).packed = packed;
+    _PushMetatable(L, state);
     lua_setmetatable(L, -2);
 }
 
@@ -170,9 +119,9 @@ void nxLuaClass::Push(lua_State* L, void* object, nxLuaFrames::Life life) const
     luaL_checkstack(L, RoomToPush, "no room for an object");
     nxLuaState& state = nxLuaState::Of(L);
     const bool mayDemand =
-        MakesOnDemand() && _rows.functions.size() <= MostOnDemand && !state.AreMetatablesExposed();
+        nxLuaTableNote::IsUsed && _rows.functions.size() <= MostOnDemand && !state.AreMetatablesExposed();
     if (void* packed = mayDemand ? nxLuaPackedHandle::Pack(_index, object, life, state.frames) : nullptr) {
-        _PushOnDemand(L, packed);
+        _PushOnDemand(L, state, packed);
     } else {
         _PushWhole(L, object, life);
     }
@@ -181,7 +130,7 @@ void nxLuaClass::Push(lua_State* L, void* object, nxLuaFrames::Life life) const
 void nxLuaClass::PushMember(lua_State* L, void* object) const
 {
     nxLuaFrames::Life life = nxLuaFrames::GetLasting();
-    if (void* const packed = _FindOnDemand(L, nxLuaState::Of(L), 1)) {
+    if (void* const packed = _FindOnDemand(L, 1)) {
         life = nxLuaPackedHandle(packed).GetLife();
     } else {
         lua_rawgeti(L, 1, 0);
@@ -197,18 +146,17 @@ void nxLuaClass::Complete(lua_State* L, int index)
     if (!lua_istable(L, index) || !lua_getmetatable(L, index)) return;
     const int metatable = lua_gettop(L);
     nxLuaState& state = nxLuaState::Of(L);
-    if (void* const packed = _FindOnDemand(L, state, index)) {
+    if (void* const packed = _FindOnDemand(L, index)) {
         luaL_checkstack(L, RoomToPush, "no room for an object");
         const nxLuaPackedHandle handle(packed);
+        nxLuaTableNote& note = nxLuaTableNote::Of(lua_topointer(L, index));
         const nxLuaClass& type = *state.References(handle.GetClassIndex()).type;
         type._PushHandle(L, handle.GetObject(state.frames), handle.GetLife());
         lua_pushvalue(L, metatable);
         lua_setmetatable(L, -2);
         lua_rawseti(L, index, 0);
-        type._AddFunctions(L, index, GetGiven(L, index));
-        RemoveKey(L, HandleKey, index);
-        RemoveKey(L, GivenKey, index);
-        state.knownWrappers.Forget(lua_topointer(L, index));
+        type._AddFunctions(L, index, note.given);
+        note = {};
     }
     lua_settop(L, metatable - 1);
 }
@@ -218,36 +166,43 @@ void nxLuaClass::Complete(lua_State* L, int index)
 int nxLuaClass::_GetOnDemand(lua_State* L, Key key, unsigned int row) const
 {
     const bool isSpecial = key == Key::Unknown && _IsSpecial(L);
-    const bool isOnDemand = (key == Key::Function || isSpecial) && lua_istable(L, 1) &&
-                            _FindOnDemand(L, nxLuaState::Of(L), 1) != nullptr;
-    const std::uint64_t bit = std::uint64_t{1} << row % MostOnDemand;
+    const bool isOnDemand =
+        (key == Key::Function || isSpecial) && lua_istable(L, 1) && _FindOnDemand(L, 1) != nullptr;
     if (isOnDemand && isSpecial) {
         Complete(L, 1);
         lua_pushvalue(L, 2);
         lua_rawget(L, 1);
-    } else if (const std::uint64_t given = isOnDemand ? GetGiven(L, 1) : 0; isOnDemand && (given & bit) == 0)
-    {
-        SetGiven(L, 1, given | bit);
-        lua_pushnumber(L, row);
-        lua_pushcclosure(L, _rows.dispatchFunction, 1);
-        lua_pushvalue(L, 2);
-        lua_pushvalue(L, -2);
-        lua_rawset(L, 1);
-    } else {
+    } else if (!isOnDemand || !_Give(L, row)) {
         lua_pushnil(L);
     }
     return 1;
+}
+
+// Leaves the function of the row on the stack, if the wrapper at index 1, one on demand, has never had it.
+bool nxLuaClass::_Give(lua_State* L, unsigned int row) const
+{
+    nxLuaTableNote& note = nxLuaTableNote::Of(lua_topointer(L, 1));
+    const std::uint64_t bit = std::uint64_t{1} << row % MostOnDemand;
+    if ((note.given & bit) != 0) return false;
+    nxLuaState::Of(L).References(_index).givesFunctions = true;
+    lua_pushnumber(L, row);
+    lua_pushcclosure(L, _rows.dispatchFunction, 1);
+    lua_pushvalue(L, 2);
+    lua_pushvalue(L, -2);
+    lua_rawset(L, 1);
+    note.given |= bit;
+    return true;
 }
 
 // For the setter's dispatcher: the wrapper, a key that is no property, and a value to be stored.
 void nxLuaClass::_SetOnDemand(lua_State* L, Key key, unsigned int row) const
 {
     const bool isSpecial = key == Key::Unknown && _IsSpecial(L);
-    if ((key == Key::Function || isSpecial) && _FindOnDemand(L, nxLuaState::Of(L), 1) != nullptr) {
+    if ((key == Key::Function || isSpecial) && _FindOnDemand(L, 1) != nullptr) {
         if (isSpecial) {
             Complete(L, 1);
         } else {
-            SetGiven(L, 1, GetGiven(L, 1) | std::uint64_t{1} << row);
+            nxLuaTableNote::Of(lua_topointer(L, 1)).given |= std::uint64_t{1} << row;
         }
     }
     lua_settop(L, 3);

@@ -11,6 +11,7 @@
 #include "scriptFramework/lua/nxLuaErrorText.h"
 #include "scriptFramework/lua/nxLuaLooks.h"
 #include "scriptFramework/lua/nxLuaPatternGuard.h"
+#include "scriptFramework/lua/nxLuaTableNote.h"
 #include "scriptFramework/lua/nxLuaUnpackGuard.h"
 #include "scriptFramework/lua/nxScriptProfile.h"
 
@@ -19,8 +20,10 @@ namespace {
 void* LuaAllocator(void* userData, void* block, size_t oldSize, size_t newSize)
 {
     nxLuaState& state = *static_cast<nxLuaState*>(userData);
-    if (newSize == 0) state.knownWrappers.Forget(block);
-    return state.GetPool().Reallocate(block, oldSize, newSize);
+    void* const result =
+        state.GetPool().Reallocate(block, nxLuaTableNote::AddRoom(oldSize), nxLuaTableNote::AddRoom(newSize));
+    if (newSize == nxLuaTableNote::TableBytes && result != nullptr) nxLuaTableNote::Of(result) = {};
+    return result;
 }
 
 // An error that Lua raised outside any protected call: a lack of memory while an argument is pushed, or a
@@ -43,6 +46,7 @@ nxLuaState::nxLuaState() : account(std::make_shared<nxScriptAccount>(_pool))
     _L = lua_newstate(LuaAllocator, this);
     if (_L == nullptr) throw std::bad_alloc();
     lua_atpanic(_L, OnPanic);
+    _CheckTables();
     luaL_openlibs(_L);
     nxLuaWatchLooks(_L);
     nxLuaGuardPatterns(_L);
@@ -50,6 +54,17 @@ nxLuaState::nxLuaState() : account(std::make_shared<nxScriptAccount>(_pool))
     TuneCollector();
     // Loads leave the class metatables on the stack and look-ups of callbacks their values.
     luaL_checkstack(_L, 128, "no room for the engine");
+}
+
+// A Lua whose tables have another size has its notes elsewhere.
+void nxLuaState::_CheckTables()
+{
+    const std::size_t before = _pool.GetHeapBytes();
+    lua_newtable(_L);
+    const std::size_t bytes = _pool.GetHeapBytes() - before;
+    lua_pop(_L, 1);
+    if (nxLuaTableNote::IsUsed && bytes != nxLuaTableNote::AddRoom(nxLuaTableNote::TableBytes))
+        throw std::logic_error("the tables of this Lua have another size");
 }
 
 nxLuaState::~nxLuaState()

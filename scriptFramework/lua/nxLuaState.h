@@ -6,7 +6,6 @@
 
 #include "scriptFramework/lua/nxLuaFrames.h"
 #include "scriptFramework/lua/nxLuaKeyMap.h"
-#include "scriptFramework/lua/nxLuaKnownWrappers.h"
 #include "scriptFramework/lua/nxLuaPool.h"
 #include "scriptFramework/lua/nxScriptWatch.h"
 
@@ -36,6 +35,7 @@ public:
         int metatable = 0;               // registry reference of the class metatable
         int names = 0;                   // registry reference of a table of the interned names
         bool rowsFilled = false;         // the metatable holds the property rows
+        bool givesFunctions = false;     // a wrapper on demand has been asked for one
         nxLuaKeyMap keys;                // what the metatable holds, and the functions, by key
         Loan loan;
     };
@@ -59,7 +59,6 @@ public:
     std::unique_ptr<const nxScriptServices> services;
     bool IsStrict() const { return services != nullptr; }
     nxLuaFrames frames;
-    nxLuaKnownWrappers knownWrappers;
     // What the script holds and may hold.
     const std::shared_ptr<nxScriptAccount> account;
     // Null while nothing but memory is limited.
@@ -100,6 +99,8 @@ public:
     void TuneCollector();
 
 private:
+    void _CheckTables();
+
     nxLuaPool _pool;
     std::vector<ClassReferences> _classes;
     bool _metatablesExposed = false;
