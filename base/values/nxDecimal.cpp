@@ -7,29 +7,11 @@
 #include <limits>
 
 #include "base/values/nxInt128.h"
+#include "base/values/nxPowersOfTen.h"
 #include "base/values/nxPriceManipulator.h"
 
 namespace {
 
-constexpr long long PowersOfTen[] = {1,
-                                     10,
-                                     100,
-                                     1000,
-                                     10000,
-                                     100000,
-                                     1000000,
-                                     10000000,
-                                     100000000,
-                                     1000000000,
-                                     10000000000,
-                                     100000000000,
-                                     1000000000000,
-                                     10000000000000,
-                                     100000000000000,
-                                     1000000000000000,
-                                     10000000000000000,
-                                     100000000000000000,
-                                     1000000000000000000};
 constexpr std::uint64_t MaxMagnitude = 0x7FFFFFFFFFFFFFFF;
 
 // The magnitude of numerator / denominator, both positive, rounded half up; the sum of denominator and
@@ -94,7 +76,7 @@ bool IsDecimalText(const char* text, const char* last, char separator)
 nxDecimal::nxDecimal(long long numerator, long long denominator, unsigned char places) noexcept
 {
     if (denominator == 0 || places > MaxDecimalPlaces) return;
-    const nxUInt128 scaled = Magnitude(numerator) * static_cast<nxUInt128>(PowersOfTen[places]);
+    const nxUInt128 scaled = Magnitude(numerator) * static_cast<nxUInt128>(nxPowersOfTen[places]);
     *this = FromMagnitude((numerator < 0) != (denominator < 0), DivideRounded(scaled, Magnitude(denominator)),
                           places);
 }
@@ -132,7 +114,7 @@ void nxDecimal::SetFromDouble(const double& value, unsigned char places) noexcep
 
     // value = significand * 2^exponent, and at most 53 + 60 bits are taken by the scaled number.
     const int exponent = std::max(exponentField, 1) - 1023 - fractionBits;
-    nxUInt128 scaled = static_cast<nxUInt128>(significand) * static_cast<nxUInt128>(PowersOfTen[places]);
+    nxUInt128 scaled = static_cast<nxUInt128>(significand) * static_cast<nxUInt128>(nxPowersOfTen[places]);
     if (exponent >= 0) {
         if (exponent > 10 && significand != 0) return;
         scaled <<= exponent;
@@ -238,7 +220,7 @@ void nxDecimal::Round(const nxDecimal& tick, const nxRoundingMethodEnum& method)
 
     // Both at the greater count of places, so that their quotient counts the ticks.
     const auto scale = [](int missing) {
-        return static_cast<std::uint64_t>(PowersOfTen[std::max(missing, 0)]);
+        return static_cast<std::uint64_t>(nxPowersOfTen[std::max(missing, 0)]);
     };
     const std::uint64_t magnitudeScale = scale(tick._places - _places);
     const std::uint64_t stepScale = scale(_places - tick._places);
@@ -268,7 +250,7 @@ std::weak_ordering nxDecimal::_CompareSlow(const nxDecimal& other) const noexcep
 {
     if (_status != other._status) return _status <=> other._status;
     const auto scaled = [](const nxDecimal& value, unsigned char places) {
-        return static_cast<nxInt128>(value._mantissa) * PowersOfTen[places - value._places];
+        return static_cast<nxInt128>(value._mantissa) * nxPowersOfTen[places - value._places];
     };
     const unsigned char places = std::max(_places, other._places);
     const nxInt128 left = scaled(*this, places);
@@ -283,7 +265,7 @@ nxDecimal nxDecimal::_Add(const nxDecimal& other, int sign) const noexcept
     if (!IsValid() || !other.IsValid()) return {};
     unsigned char places = std::max(_places, other._places);
     const auto scaled = [&](const nxDecimal& value) {
-        return static_cast<nxInt128>(value._mantissa) * PowersOfTen[places - value._places];
+        return static_cast<nxInt128>(value._mantissa) * nxPowersOfTen[places - value._places];
     };
     const nxInt128 sum = scaled(*this) + scaled(other) * sign;
     nxUInt128 magnitude = Magnitude(sum);

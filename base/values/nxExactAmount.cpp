@@ -1,20 +1,15 @@
 #include "base/values/nxExactAmount.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
+#include <iterator>
 #include <limits>
+
+#include "base/values/nxPowersOfTen.h"
 
 namespace {
 
-constexpr int MostZeros = 18;  // that a long long has room for
-
-constexpr auto PowersOfTen = [] {
-    std::array<long long, MostZeros + 1> powers{1};
-    for (std::size_t i = 1; i < powers.size(); ++i)
-        powers[i] = 10 * powers[i - 1];
-    return powers;
-}();
+constexpr int MostZeros = static_cast<int>(std::size(nxPowersOfTen)) - 1;
 
 }  // namespace
 
@@ -64,7 +59,7 @@ void nxExactAmount::_Widen(unsigned char places)
     if (_places >= places) return;
     Wide all = 0;
     if (places - _places <= MostZeros &&
-        !__builtin_mul_overflow(_mantissa, Wide(PowersOfTen[places - _places]), &all))
+        !__builtin_mul_overflow(_mantissa, Wide(nxPowersOfTen[places - _places]), &all))
     {
         _mantissa = all;
         _places = places;
@@ -93,8 +88,8 @@ nxExactAmount& nxExactAmount::_AddSlow(const nxExactAmount& other)
     const auto mine = static_cast<long long>(_mantissa), others = static_cast<long long>(other._mantissa);
     const int zeros = other._places - _places;
     if (mine == _mantissa && others == other._mantissa && std::abs(zeros) <= MostZeros) [[likely]] {
-        _mantissa =
-            zeros > 0 ? Wide(mine) * PowersOfTen[zeros] + others : Wide(others) * PowersOfTen[-zeros] + mine;
+        _mantissa = zeros > 0 ? Wide(mine) * nxPowersOfTen[zeros] + others
+                              : Wide(others) * nxPowersOfTen[-zeros] + mine;
         _places = std::max(_places, other._places);
         return *this;
     }

@@ -16,9 +16,7 @@ nxVolume nxShownMarket::GetVolume(nxSide side, const nxDecimal& price) const
 {
     nxVolume shown;
     if (_usesDepth) {
-        const nxMarketDepth::Map& levels = _market.GetLevels(side);
-        const auto level = levels.find(price);
-        shown = level == levels.end() ? 0u : level->second.volume;
+        shown = _market.GetLevels(side).GetVolume(price);
     } else {
         const nxBestQuote best = _market.GetBest(side);
         if (!best.price.IsValid()) return {};

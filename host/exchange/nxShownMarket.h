@@ -3,7 +3,6 @@
 #include <boost/container/flat_map.hpp>
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "host/exchange/nxAssumedBook.h"
@@ -98,17 +97,8 @@ void nxShownMarket::_ForEachShown(nxSide side, Visit visit, const nxDecimal& fro
             visit(best.price, best.volume.IsValid() ? best.volume.GetValue() : Unlimited);
         return;
     }
-    const auto go = [&](auto level, const auto end) {
-        while (level != end && visit(level->first, level->second.volume))
-            ++level;
-    };
-    const nxMarketDepth::Map& levels = _market.GetLevels(side);
-    if (side == nxSide::Buy) {
-        go(from.IsValid() ? std::make_reverse_iterator(levels.upper_bound(from)) : levels.rbegin(),
-           levels.rend());
-    } else {
-        go(from.IsValid() ? levels.lower_bound(from) : levels.begin(), levels.end());
-    }
+    _market.GetLevels(side).ForEach(
+        [&](const nxBookSide::Level& level) { return visit(level.price, level.volume); }, from);
 }
 
 template <class Visit>

@@ -5,18 +5,7 @@
 #include <numeric>
 
 #include "base/values/nxInt128.h"
-
-namespace {
-
-unsigned long long GetPowerOfTen(unsigned int exponent)
-{
-    unsigned long long power = 1;
-    while (exponent-- != 0)
-        power *= 10;
-    return power;
-}
-
-}  // namespace
+#include "base/values/nxPowersOfTen.h"
 
 nxLotScale::nxLotScale()
 {
@@ -30,8 +19,11 @@ nxLotScale::nxLotScale(const nxDecimal& lotSize) : _lotSize(lotSize)
     const auto size = static_cast<unsigned long long>(_lotSize.GetMantissa());
     const unsigned int sizePlaces = _lotSize.GetDecimalPlaces();
     for (unsigned int places = 0; places < _ratios.size(); ++places) {
-        const unsigned long long up = GetPowerOfTen(sizePlaces - std::min(places, sizePlaces));
-        const unsigned long long down = GetPowerOfTen(places - std::min(places, sizePlaces));
+        const auto getPower = [](unsigned int exponent) {
+            return static_cast<unsigned long long>(nxPowersOfTen[exponent]);
+        };
+        const unsigned long long up = getPower(sizePlaces - std::min(places, sizePlaces));
+        const unsigned long long down = getPower(places - std::min(places, sizePlaces));
         const unsigned long long common = std::gcd(up * 1ULL, size);
         const nxUInt128 divisor = static_cast<nxUInt128>(size / common) * down;
         // No recorded size reaches 2^64 - 1, so where the divisor does not fit only 0 is a whole number of

@@ -17,7 +17,7 @@ nxHostProduct::nxHostProduct(nxAlgoJobInterface* job, const nxMarket& market, un
           id),
       _market(market),
       _priceEvent(job, &GetMarket().GetPrice(), &GetMarket().GetPriceUpdate(), id),
-      _depthEvent(job, &GetMarket().GetDepth(), id),
+      _depthEvent(job, id),
       _stateEvent(job, id),
       _positionEvent(job, id)
 {
@@ -35,6 +35,12 @@ nxHostProduct::~nxHostProduct()
     UnsubscribePositions();
     UnsubscribeState();
     UnsubscribePriceTradeVolumes();
+}
+
+nxAlgoMarketDepthObject& nxHostProduct::GetDepthEvent()
+{
+    _depthEvent.SetSnapshot(&GetMarket().GetDepth());
+    return _depthEvent;
 }
 
 nxAlgoStateObject& nxHostProduct::GetStateEvent()

@@ -34,7 +34,7 @@ public:
     const nxMarketProduct& GetMarket() const { return _market.product; }
     unsigned int GetMarketIndex() const { return _market.index; }
     nxAlgoPriceObject& GetPriceEvent() { return _priceEvent; }
-    nxAlgoMarketDepthObject& GetDepthEvent() { return _depthEvent; }
+    nxAlgoMarketDepthObject& GetDepthEvent();
     nxAlgoStateObject& GetStateEvent();
     // The market's, which is also the rule by which prices of scripts are rounded.
     void TakeTickSize();

@@ -18,6 +18,15 @@ nxPrice MakeNoChange()
     return price;
 }
 
+void SetLevel(nxMarketDepth& depth, nxSide side, const nxDecimal& price, const nxVolume& volume)
+{
+    if (side == nxSide::Buy) {
+        depth.SetBid(price, volume);
+    } else {
+        depth.SetAsk(price, volume);
+    }
+}
+
 long long FloorDay(long long time)
 {
     const long long day = time / nxTime::NanosecondsPerDay;
@@ -157,12 +166,21 @@ void nxMarketProduct::ApplyDepth(std::span<const nxFeedLevel> levels)
     _volumesCleared = false;
     _hasDepth = true;
     for (const nxFeedLevel& level : levels) {
-        if (level.side == nxSide::Buy) {
-            _depth.SetBid(level.price, level.volume);
-        } else {
-            _depth.SetAsk(level.price, level.volume);
-        }
+        _book[level.side].Set(level.price, level.volume);
+        if (_keepsDepth) SetLevel(_depth, level.side, level.price, level.volume);
     }
+}
+
+const nxMarketDepth& nxMarketProduct::GetDepth() const
+{
+    for (const nxSide side : nxSides)
+        if (!_keepsDepth)
+            _book[side].ForEach([&](const nxBookSide::Level& level) {
+                SetLevel(_depth, side, level.price, level.volume);
+                return true;
+            });
+    _keepsDepth = true;
+    return _depth;
 }
 
 // Into the price and, where it is news, into the update. True when it is.
@@ -179,18 +197,18 @@ bool nxMarketProduct::_Change(const Value& (nxPrice::*getter)() const, void (nxP
 bool nxMarketProduct::QuoteFromDepth()
 {
     _BeginUpdate();
-    const nxMarketDepth::Map& bids = _depth.GetBidMap();
-    const nxMarketDepth::Map& asks = _depth.GetAskMap();
-    const bool hasBid = !bids.empty();
-    const bool hasAsk = !asks.empty();
-    bool changed =
-        _Change(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, hasBid ? bids.rbegin()->first : nxDecimal());
-    changed |= _Change(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume,
-                       hasBid ? nxVolume(bids.rbegin()->second.volume) : nxVolume());
-    changed |=
-        _Change(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, hasAsk ? asks.begin()->first : nxDecimal());
-    changed |= _Change(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume,
-                       hasAsk ? nxVolume(asks.begin()->second.volume) : nxVolume());
+    const auto getBest = [&](nxSide side) {
+        return _book[side].IsEmpty() ? nxBookSide::Level() : _book[side].GetBest();
+    };
+    const auto getVolume = [](const nxBookSide::Level& level) {
+        return level.price.IsValid() ? nxVolume(level.volume) : nxVolume();
+    };
+    const nxBookSide::Level bid = getBest(nxSide::Buy);
+    const nxBookSide::Level ask = getBest(nxSide::Sell);
+    bool changed = _Change(&nxPrice::GetBidPrice, &nxPrice::SetBidPrice, bid.price);
+    changed |= _Change(&nxPrice::GetBidVolume, &nxPrice::SetBidVolume, getVolume(bid));
+    changed |= _Change(&nxPrice::GetAskPrice, &nxPrice::SetAskPrice, ask.price);
+    changed |= _Change(&nxPrice::GetAskVolume, &nxPrice::SetAskVolume, getVolume(ask));
     return changed;
 }
 
@@ -216,6 +234,8 @@ bool nxMarketProduct::ApplyImplied(const nxImpliedQuote& quote)
 void nxMarketProduct::Adjust(const nxAdjustment& adjustment)
 {
     _BeginUpdate();
+    for (const nxSide side : nxSides)
+        _book[side].Clear();
     _depth.Clear();
     _daily.ForgetClose();
     const auto adjust = [&](auto getter, auto setter) {

@@ -10,6 +10,7 @@
 #include "base/records/nxPriceTradeVolumes.h"
 #include "host/feed/nxFeedEvent.h"
 #include "host/market/nxBestQuote.h"
+#include "host/market/nxBookSide.h"
 #include "host/market/nxDailyFigures.h"
 
 struct nxAdjustment;
@@ -35,11 +36,9 @@ public:
     void SetStrategy() { _isStrategy = true; }
     const nxPrice& GetPrice() const { return _price; }
     const nxPrice& GetPriceUpdate() const { return _update; }
-    const nxMarketDepth& GetDepth() const { return _depth; }
-    const nxMarketDepth::Map& GetLevels(nxSide side) const
-    {
-        return side == nxSide::Buy ? _depth.GetBidMap() : _depth.GetAskMap();
-    }
+    const nxBookSide& GetLevels(nxSide side) const { return _book[side]; }
+    // The same as scripts read it. Kept from the first call on: of most books no script wants it.
+    const nxMarketDepth& GetDepth() const;
     // Direct or implied, as the price has it; null where there is none.
     nxBestQuote GetBest(nxSide side) const { return nxBestQuote(_price, side); }
     // Of the best prices of a side that quotes have shown so far, each change counted once, rounded down; 0
@@ -94,7 +93,9 @@ private:
     bool _isStrategy = false;
     nxPrice _price;
     nxPrice _update;  // no-change in every field the latest event left alone
-    nxMarketDepth _depth;
+    nxBySide<nxBookSide> _book{nxBookSide(nxSide::Buy), nxBookSide(nxSide::Sell)};
+    mutable nxMarketDepth _depth;  // the same, once it is kept
+    mutable bool _keepsDepth = false;
     nxBySide<Sizes> _sizes;
     nxDailyFigures _daily;
     nxProductStateBitMask _state;

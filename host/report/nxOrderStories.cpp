@@ -102,11 +102,10 @@ void nxOrderStories::Story::TellMoves()
 void nxOrderStories::Story::NoteQuotes(const nxMarketProduct& market, long long time)
 {
     const nxSide other = nxGetOpposite(order.kind.side);
-    const bool isAsk = other == nxSide::Sell;
-    const nxMarketDepth::Map& levels = market.GetLevels(other);
-    if (!levels.empty())
-        return quote.Note(isAsk ? levels.begin()->first : levels.rbegin()->first, other, time);
-    quote.Note(isAsk ? market.GetPrice().GetAskPrice() : market.GetPrice().GetBidPrice(), other, time);
+    const nxBookSide& levels = market.GetLevels(other);
+    if (!levels.IsEmpty()) return quote.Note(levels.GetBest().price, other, time);
+    quote.Note(other == nxSide::Sell ? market.GetPrice().GetAskPrice() : market.GetPrice().GetBidPrice(),
+               other, time);
 }
 
 void nxOrderStories::OnRequest(const nxExchangeOrder& order, nxOrderRequest request,
