@@ -64,19 +64,27 @@ inline const char* SkipCell(const char* text, char separator)
     return text;
 }
 
-// Eight digits at once: the bytes are the digits of one number in little-endian order, so three
-// multiplications add neighbours up to pairs, fours and the whole.
+inline constexpr std::uint64_t EachByte = 0x0101010101010101;
+
+// Of the bytes of one number in little-endian order, each 0 to 9: three multiplications add neighbours up to
+// pairs, fours and the whole.
+inline std::uint64_t AddUpDigits(std::uint64_t digits)
+{
+    digits = (digits * 2561) >> 8;
+    digits = ((digits & 0x00FF00FF00FF00FF) * 6553601) >> 16;
+    return ((digits & 0x0000FFFF0000FFFF) * 42949672960001) >> 32;
+}
+
+// Eight digits at once.
 inline bool ReadEightDigits(const char* text, std::uint64_t& value)
 {
     if constexpr (std::endian::native == std::endian::little) {
         std::uint64_t bytes = 0;
         std::memcpy(&bytes, text, sizeof bytes);
-        constexpr std::uint64_t HighHalves = 0xF0F0F0F0F0F0F0F0;
-        if (((bytes & HighHalves) | (((bytes + 0x0606060606060606) & HighHalves) >> 4)) != 0x3333333333333333)
+        constexpr std::uint64_t HighHalves = 0xF0 * EachByte;
+        if (((bytes & HighHalves) | (((bytes + 0x06 * EachByte) & HighHalves) >> 4)) != 0x33 * EachByte)
             return false;
-        bytes = ((bytes & 0x0F0F0F0F0F0F0F0F) * 2561) >> 8;
-        bytes = ((bytes & 0x00FF00FF00FF00FF) * 6553601) >> 16;
-        value = ((bytes & 0x0000FFFF0000FFFF) * 42949672960001) >> 32;
+        value = AddUpDigits(bytes & 0x0F * EachByte);
         return true;
     }
     value = 0;
@@ -101,10 +109,44 @@ inline std::size_t CountZeros(const char* text)
     return count;
 }
 
+// Most numbers have no sign and at most eight characters, a point among them: read at once. Null where this
+// is another, or none.
+template <class Ends>
+const char* ReadShortNumber(const char* text, nxCsvNumber& number, const Ends& ends)
+{
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, text, sizeof bytes);
+    const std::uint64_t digits = bytes ^ '0' * EachByte;
+    const std::uint64_t others = (((digits & 0x7F * EachByte) + 0x76 * EachByte) | digits) & 0x80 * EachByte;
+    const auto findFirst = [](std::uint64_t marks) {  // 8: none of the bytes
+        return static_cast<unsigned int>(std::countr_zero(marks)) / 8;
+    };
+    const unsigned int whole = findFirst(others);
+    if (whole == 0) return nullptr;
+    unsigned int count = whole;
+    std::uint64_t kept = digits;
+    unsigned int end = whole;
+    if (whole < 8 && text[whole] == '.') {
+        end = findFirst(others & (others - 1));
+        count = end - 1;
+        if (count == whole) return nullptr;
+        const std::uint64_t before = (std::uint64_t{1} << 8 * whole) - 1;
+        kept = (digits & before) | (digits >> 8 & ~before);
+    }
+    if (!ends.IsCellEnd(text + end)) return nullptr;
+    number.mantissa = static_cast<long long>(AddUpDigits(kept << 8 * (8 - count)));
+    number.places = static_cast<unsigned char>(count - whole);
+    number.isGiven = true;
+    return text + end;
+}
+
 // Reads a cell's number; returns where the cell ends, or null when it is none.
 template <class Ends>
 const char* ReadNumber(const char* text, nxCsvNumber& number, const Ends& ends)
 {
+    if constexpr (std::endian::native == std::endian::little) {
+        if (const char* const end = ReadShortNumber(text, number, ends)) return end;
+    }
     number.isGiven = false;
     if (ends.IsCellEnd(text)) return text;
     const bool isNegative = *text == '-';
