@@ -14,11 +14,11 @@ nxCsvReader::nxCsvReader(std::string path, const std::atomic<bool>* interrupted,
 
 nxCsvReader::~nxCsvReader()
 {
-    if (!_thread.joinable()) return;
     {
         const std::lock_guard lock(_mutex);
         _isLeaving = true;
     }
+    if (!_thread.joinable()) return;
     _changed.notify_all();
     _thread.join();
 }
@@ -87,8 +87,15 @@ void nxCsvReader::_WaitForNext(std::size_t next)
 
 void nxCsvReader::_FillNext()
 {
+    if (_unpacksAhead) _Unpack();
     _Fill(*_current, 1);
     _parser.Parse(*_current);
+}
+
+// On a thread of its own from now on.
+void nxCsvReader::_Unpack()
+{
+    if (!_unpacked && _stream.IsPacked() && !_turned) _unpacked.emplace(_stream);
 }
 
 void nxCsvReader::_ReadAhead()
@@ -102,7 +109,7 @@ void nxCsvReader::_ReadAhead()
         }
         nxCsvBlock& block = _blocks[next % BlockCount];
         try {
-            if (next == 1 && _stream.IsPacked() && !_turned) _unpacked.emplace(_stream);
+            _Unpack();
             _Fill(block, 1);
             _parser.Parse(block);
         } catch (...) {

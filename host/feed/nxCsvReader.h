@@ -41,12 +41,13 @@ public:
     // Opens the file, reads the header row and as many rows as fit the first block. False: GetError() tells
     // why.
     [[nodiscard]] bool Open();
-    // Where the rows are taken by a thread that is ahead of all else, a plain file in one of our own formats
-    // needs none of its own: to hand its rows over costs as much as to parse them. To be called before the
-    // first Next().
-    void ReadInTurnIfEasy()
+    // Where the rows are taken by a thread that is ahead of all else, a file in one of our own formats needs
+    // none to be parsed: to hand its rows over costs as much. To be called before the first Next().
+    void ParseInTurnIfEasy()
     {
-        if (!_stream.IsPacked() && !GetForm().isForeign) _readsAhead = false;
+        if (!_readsAhead || GetForm().isForeign) return;
+        _readsAhead = false;
+        _unpacksAhead = true;
     }
 
     // Those rows, bad ones among them. To be asked before the first Next().
@@ -86,6 +87,7 @@ private:
     void _ReadAhead();
     Result _NextBlock();
     void _FillNext();
+    void _Unpack();
     void _WaitForNext(std::size_t next);
     bool _TurnAround();
     long long _ReadText(char* to, std::size_t size);
@@ -94,7 +96,8 @@ private:
     std::string _path;
     bool _readsAhead;
     nxInputStream _stream;
-    std::optional<nxReadAhead> _unpacked;  // of a packed file, from the first block that is read ahead
+    bool _unpacksAhead = false;            // where it is parsed in turn
+    std::optional<nxReadAhead> _unpacked;  // of a packed file, from the second block on
     nxCsvParser _parser;
     std::string _rest;  // the beginning of a line whose end is still to come
     bool _isStreamOver = false;

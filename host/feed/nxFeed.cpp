@@ -32,10 +32,10 @@ bool nxFeed::Open(const std::vector<std::string>& paths, const std::vector<nxFee
     return true;
 }
 
-void nxFeed::ReadEasyFilesInTurn()
+void nxFeed::ParseEasyFilesInTurn()
 {
     for (const auto& reader : _readers)
-        reader->ReadInTurnIfEasy();
+        reader->ParseInTurnIfEasy();
 }
 
 const nxFeedEvent* nxFeed::Next()

@@ -24,7 +24,7 @@ public:
     [[nodiscard]] bool Open(const std::vector<std::string>& paths,
                             const std::vector<nxFeedProductTerms>& products = {});
     // As for nxCsvReader.
-    void ReadEasyFilesInTurn();
+    void ParseEasyFilesInTurn();
 
     // The next event, good until the next call. Null: the end, or an error, which GetError() tells. All rows
     // before the one at fault have been delivered by then.

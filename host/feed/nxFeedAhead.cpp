@@ -34,7 +34,7 @@ bool nxFeedAhead::Open(const std::vector<std::string>& paths, const std::vector<
     // The total is not known where one of them is a pipe.
     _isAhead = _options.readsAhead && _feed.GetBytesTotal() != 0;
     if (!_isAhead) return true;
-    _feed.ReadEasyFilesInTurn();
+    _feed.ParseEasyFilesInTurn();
     _products = nxFeedProductTable(_options.barPeriods);
     _products.Follow(*_known);
     _known = &_products;

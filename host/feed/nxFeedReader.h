@@ -33,7 +33,7 @@ public:
     // tells why.
     [[nodiscard]] bool Open();
     // As for nxCsvReader.
-    void ReadInTurnIfEasy() { _csv.ReadInTurnIfEasy(); }
+    void ParseInTurnIfEasy() { _csv.ParseInTurnIfEasy(); }
 
     // The next event, good until the next call; null at the end and at an error.
     [[nodiscard]] const nxFeedEvent* Next();
