@@ -10,6 +10,11 @@
 namespace {
 
 constexpr int MostLevels = 128;  // of a stack; those further out are told as one
+#ifdef LUAJIT_VERSION
+constexpr int OwnLevels = 1;  // of nxLuaState::Protect, below the script's function
+#else
+constexpr int OwnLevels = 0;
+#endif
 
 long long Now()
 {
@@ -145,7 +150,8 @@ unsigned int nxScriptSampler::_FindNode(lua_State* thread)
 {
     lua_State* const main = _state->GetState();
     const Call& call = _calls.back();
-    const int levels = call.depth == 0 ? MostLevels : GetDepth(main) - call.depth;
+    const int outer = call.depth + OwnLevels;
+    const int levels = outer == 0 ? MostLevels : GetDepth(main) - outer;
     if (thread == main) {
         _threads.clear();
         return _WalkFrom(call.callback->node, main, levels);
