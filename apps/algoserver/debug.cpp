@@ -23,6 +23,11 @@
 namespace {
 
 constexpr int Failed = 2;
+#ifdef NX_SCRIPTS_BECOME_CODE
+constexpr bool scriptsBecomeCode = true;
+#else
+constexpr bool scriptsBecomeCode = false;
+#endif
 
 struct Arguments
 {
@@ -134,11 +139,10 @@ int Accept(unsigned int port)
 
 int Debug(const Arguments& arguments)
 {
-#ifdef NX_SCRIPTS_BECOME_CODE
-    static_cast<void>(arguments);
-    return Refuse(
-        "this program was built with an engine that compiles scripts, which cannot be followed line by line");
-#else
+    if (scriptsBecomeCode)
+        return Refuse(
+            "this program was built with an engine that compiles scripts, which cannot be followed line by "
+            "line");
     std::signal(SIGPIPE, SIG_IGN);
     const int input = arguments.port ? Accept(*arguments.port) : STDIN_FILENO;
     if (input < 0) return Failed;
@@ -146,7 +150,6 @@ int Debug(const Arguments& arguments)
     nxDebugSession session(editor,
                            [&](const std::vector<std::string>& texts) { return MakeRun(arguments, texts); });
     return session.Run() ? 0 : Refuse(editor.GetFailure());
-#endif
 }
 
 }  // namespace

@@ -46,6 +46,15 @@ nxLuaState::nxLuaState() : account(std::make_shared<nxScriptAccount>(_pool))
     _L = lua_newstate(LuaAllocator, this);
     if (_L == nullptr) throw std::bad_alloc();
     lua_atpanic(_L, OnPanic);
+    std::string error;
+    if (Protect([](void* state) { static_cast<nxLuaState*>(state)->_Open(); }, this, error)) return;
+    Close();
+    throw std::runtime_error(error);
+}
+
+// May raise Lua's errors.
+void nxLuaState::_Open()
+{
     _CheckTables();
     luaL_openlibs(_L);
     nxLuaWatchLooks(_L);
@@ -64,7 +73,7 @@ void nxLuaState::_CheckTables()
     const std::size_t bytes = _pool.GetHeapBytes() - before;
     lua_pop(_L, 1);
     if (nxLuaTableNote::IsUsed && bytes != nxLuaTableNote::AddRoom(nxLuaTableNote::TableBytes))
-        throw std::logic_error("the tables of this Lua have another size");
+        luaL_error(_L, "the tables of this Lua have another size");
 }
 
 nxLuaState::~nxLuaState()

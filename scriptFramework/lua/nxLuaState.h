@@ -99,6 +99,7 @@ public:
     void TuneCollector();
 
 private:
+    void _Open();
     void _CheckTables();
 
     nxLuaPool _pool;

@@ -260,6 +260,7 @@ def main():
     parser.add_argument("names", nargs="*", help="only rows whose name holds one of them")
     parser.add_argument("--every", type=int, default=1, help="steps from one to the next; 0 takes 1, 2, 4, 8 and so on")
     parser.add_argument("--no-memory", action="store_true", help="without faults of memory: the allocator is that of a sanitizer")
+    parser.add_argument("--no-lua", action="store_true", help="without faults of Lua's memory: LuaJIT itself crashes when there is none while it opens a state")
     options = parser.parse_intermixed_args()
     failed = steps = 0
     with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
@@ -269,6 +270,9 @@ def main():
                 continue
             if row.is_memory and options.no_memory:
                 print(f"{row.name}: left out, the allocator is that of a sanitizer")
+                continue
+            if row.calls == "lua" and options.no_lua:
+                print(f"{row.name}: left out, the engine itself would crash")
                 continue
             struck, faults = run_row(bench, row, make_steps(options.every, place), pool)
             steps += struck

@@ -11,7 +11,7 @@ function TestOne()
   expect { { "09:30:00", "buy 1", orders = 1 }, "bought 1" }
   expect "orders"
   script()
-  job:logText(math.flor(1))
+  quant:mean({ math.flor(1) })
 end
 function TestOne() expect { orders = 0 } end
 function OnPrice() end
