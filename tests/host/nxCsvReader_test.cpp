@@ -16,11 +16,12 @@ std::string MakeRows(std::size_t blocks)
     return content;
 }
 
-void ReadRowsOfManyBlocks(bool readsAhead)
+void ReadRowsOfManyBlocks(bool readsAhead, bool parsesInTurn = false)
 {
     const nxFeedFile file(CompressGzip(MakeRows(9)));
     nxCsvReader reader(file.GetPath(), nullptr, {}, readsAhead);
     ASSERT_TRUE(reader.Open());
+    if (parsesInTurn) reader.ParseInTurnIfEasy();
     unsigned long long line = 1;
     for (nxCsvReader::Result result; (result = reader.Next()) != nxCsvReader::Result::End;) {
         const unsigned long long row = line++;
@@ -46,9 +47,10 @@ TEST(nxCsvReaderThread, RowsOfManyBlocksComeInOrderWithTheirPlaces)
     ReadRowsOfManyBlocks(true);
 }
 
-TEST(nxCsvReaderThread, WithoutAThreadTheyComeAllTheSame)
+TEST(nxCsvReaderThread, WithoutAThreadOrWithOneThatUnpacksTheyComeAllTheSame)
 {
     ReadRowsOfManyBlocks(false);
+    ReadRowsOfManyBlocks(true, true);
 }
 
 TEST(nxCsvReaderThread, AReaderGoesWhileItsThreadsReadOrWait)
@@ -59,6 +61,7 @@ TEST(nxCsvReaderThread, AReaderGoesWhileItsThreadsReadOrWait)
         for (const unsigned int rows : {1u, 20'000u, 60'000u}) {
             nxCsvReader reader(file.GetPath());
             ASSERT_TRUE(reader.Open());
+            if (rows > 20'000) reader.ParseInTurnIfEasy();
             for (unsigned int i = 0; i < rows; ++i)
                 ASSERT_NE(reader.Next(), nxCsvReader::Result::Failed);
         }
