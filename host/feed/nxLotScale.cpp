@@ -18,10 +18,10 @@ nxLotScale::nxLotScale(const nxDecimal& lotSize) : _lotSize(lotSize)
     _lotSize.Normalise(0);
     const auto size = static_cast<unsigned long long>(_lotSize.GetMantissa());
     const unsigned int sizePlaces = _lotSize.GetDecimalPlaces();
+    const auto getPower = [](unsigned int exponent) {
+        return static_cast<unsigned long long>(nxPowersOfTen[exponent]);
+    };
     for (unsigned int places = 0; places < _ratios.size(); ++places) {
-        const auto getPower = [](unsigned int exponent) {
-            return static_cast<unsigned long long>(nxPowersOfTen[exponent]);
-        };
         const unsigned long long up = getPower(sizePlaces - std::min(places, sizePlaces));
         const unsigned long long down = getPower(places - std::min(places, sizePlaces));
         const unsigned long long common = std::gcd(up * 1ULL, size);

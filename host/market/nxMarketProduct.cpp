@@ -173,13 +173,12 @@ void nxMarketProduct::ApplyDepth(std::span<const nxFeedLevel> levels)
 
 const nxMarketDepth& nxMarketProduct::GetDepth() const
 {
+    if (std::exchange(_keepsDepth, true)) return _depth;
     for (const nxSide side : nxSides)
-        if (!_keepsDepth)
-            _book[side].ForEach([&](const nxBookSide::Level& level) {
-                SetLevel(_depth, side, level.price, level.volume);
-                return true;
-            });
-    _keepsDepth = true;
+        _book[side].ForEach([&](const nxBookSide::Level& level) {
+            SetLevel(_depth, side, level.price, level.volume);
+            return true;
+        });
     return _depth;
 }
 

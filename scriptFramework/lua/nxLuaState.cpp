@@ -22,7 +22,7 @@ void* LuaAllocator(void* userData, void* block, size_t oldSize, size_t newSize)
     nxLuaState& state = *static_cast<nxLuaState*>(userData);
     void* const result =
         state.GetPool().Reallocate(block, nxLuaTableNote::AddRoom(oldSize), nxLuaTableNote::AddRoom(newSize));
-    if (newSize == nxLuaTableNote::TableBytes && result != nullptr) nxLuaTableNote::Of(result) = {};
+    if (nxLuaTableNote::AddRoom(newSize) != newSize && result != nullptr) nxLuaTableNote::Of(result) = {};
     return result;
 }
 

@@ -24,7 +24,7 @@ struct nxLuaTableNote
     // large as a table have room for a note too.
     static constexpr std::size_t AddRoom(std::size_t size)
     {
-        return size == TableBytes ? size + sizeof(nxLuaTableNote) : size;
+        return IsUsed && size == TableBytes ? size + sizeof(nxLuaTableNote) : size;
     }
 
     static nxLuaTableNote& Of(const void* table)
