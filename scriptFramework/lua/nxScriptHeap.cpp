@@ -12,9 +12,14 @@
 
 namespace {
 
-// Bytes that Lua 5.1 takes on 64 bits.
-constexpr std::size_t OfTable = 64, OfPlace = 16, OfNode = 40, OfText = 25, OfFunction = 40, OfUpvalue = 48,
-                      OfUserdata = 40, OfThread = 1024;
+// Bytes that Lua takes on 64 bits.
+#ifdef LUAJIT_VERSION
+constexpr std::size_t OfPlace = 8, OfNode = 24;
+#else
+constexpr std::size_t OfPlace = 16, OfNode = 40;
+#endif
+constexpr std::size_t OfTable = 64, OfText = 25, OfFunction = 40, OfUpvalue = 48, OfUserdata = 40,
+                      OfThread = 1024;
 
 constexpr std::size_t MostNames = 64;  // entries of a table whose names go on a path
 constexpr int MostDepth = 8;           // names of a path
