@@ -54,6 +54,11 @@ class PageTest(unittest.TestCase):
     def press(self, selector, *keys):
         self.one(selector).send_keys(*keys)
 
+    def colour_scheme(self, scheme):
+        """Sets what the reader prefers, and waits for the frame before which the page is told of it."""
+        self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+        self.browser.execute_async_script("const done = arguments[0]; requestAnimationFrame(() => requestAnimationFrame(done))")
+
     def unfold(self, selector):
         """Opens details, and waits for the content that they make then."""
         self.browser.execute_script("document.querySelectorAll(arguments[0]).forEach(details => details.open = true)", selector)

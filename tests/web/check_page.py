@@ -167,7 +167,7 @@ class Page(PageTest):
         self.assertIn("1–25 of 10,000 rows", self.text("#trips [role=status]"))
         light = self.pictures()
         for scheme, colour in (("dark", "rgb(20, 24, 28)"), ("light", "rgb(255, 255, 255)")):
-            self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            self.colour_scheme(scheme)
             self.assertEqual(self.one("body").value_of_css_property("background-color").replace("rgba", "rgb").replace(", 1)", ")"), colour)
             self.assertEqual(self.pictures() == light, scheme == "light")
         self.browser.set_window_size(500, 900)

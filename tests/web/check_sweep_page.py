@@ -198,7 +198,7 @@ class SweepPage(PageTest):
         self.assertEqual(self.filter("sharpe > 1"), sum(value is not None and value > 1 for value in self.points["objective"]))
         light = self.browser.execute_script(PICTURES)
         for scheme in ("dark", "light"):
-            self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            self.colour_scheme(scheme)
             self.assertEqual([was == now for was, now in zip(light, self.browser.execute_script(PICTURES))], 3 * [scheme == "light"])
         self.browser.set_window_size(500, 900)
         self.assertTrue(self.browser.execute_script("const page = document.documentElement; return page.scrollWidth <= page.clientWidth"))
