@@ -63,7 +63,7 @@ void PutQuote(Json& fields, const nxFeedQuote& quote)
     Put(fields, "last", quote.last);
     Put(fields, "lastVolume", quote.lastVolume);
     if (quote.side == nxBuySell_Buy || quote.side == nxBuySell_Sell)
-        fields["side"] = quote.side.GetAsString();
+        fields["side"] = nxBuySellEnum(quote.side).GetAsString();
 }
 
 void PutBar(Json& fields, const nxFeedBar& bar)

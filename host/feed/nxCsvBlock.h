@@ -9,9 +9,9 @@
 #include "host/feed/nxCsvRow.h"
 #include "host/feed/nxFeedError.h"
 
-// Whole lines of a file and the rows read out of them. One nxCsvReader has a few, which go round between the
-// thread that fills them and the one that takes the rows; each belongs to one of the two at a time. Used
-// again, it allocates nothing.
+// Whole lines of a file and the rows read out of those that were parsed last. One nxCsvReader has a few,
+// which go round between the thread that fills them and the one that takes the rows; each belongs to one of
+// the two at a time. Used again, it allocates nothing.
 struct nxCsvBlock
 {
     static constexpr std::size_t Size = 256 * 1024;  // the longest row, too
@@ -26,12 +26,12 @@ struct nxCsvBlock
     };
 
     std::unique_ptr<char[]> text;  // none before it is filled for the first time
-    const char* begin = nullptr;   // of the lines
+    const char* begin = nullptr;   // of the lines that are not parsed yet
     const char* end = nullptr;
     std::vector<nxCsvRow> rows;
     std::size_t count = 0;              // of those in `rows` that are this block's
     std::vector<nxFeedError> refusals;  // of the bad ones among them, in their order
-    unsigned long long skipped = 0;     // rows that the layout does not keep
+    unsigned long long skipped = 0;     // rows so far that the layout does not keep
     std::deque<std::string> names;      // of products, that stand in the text otherwise
     unsigned long long bytesConsumed = 0;
     State state = State::More;

@@ -112,7 +112,7 @@ inline std::size_t CountZeros(const char* text)
 // Most numbers have no sign and at most eight characters, a point among them: read at once. Null where this
 // is another, or none.
 template <class Ends>
-const char* ReadShortNumber(const char* text, nxCsvNumber& number, const Ends& ends)
+const char* ReadShortNumber(const char* text, nxDecimal& number, const Ends& ends)
 {
     std::uint64_t bytes = 0;
     std::memcpy(&bytes, text, sizeof bytes);
@@ -134,20 +134,19 @@ const char* ReadShortNumber(const char* text, nxCsvNumber& number, const Ends& e
         kept = (digits & before) | (digits >> 8 & ~before);
     }
     if (!ends.IsCellEnd(text + end)) return nullptr;
-    number.mantissa = static_cast<long long>(AddUpDigits(kept << 8 * (8 - count)));
-    number.places = static_cast<unsigned char>(count - whole);
-    number.isGiven = true;
+    number = nxDecimal::FromMantissa(static_cast<long long>(AddUpDigits(kept << 8 * (8 - count))),
+                                     static_cast<unsigned char>(count - whole));
     return text + end;
 }
 
 // Reads a cell's number; returns where the cell ends, or null when it is none.
 template <class Ends>
-const char* ReadNumber(const char* text, nxCsvNumber& number, const Ends& ends)
+const char* ReadNumber(const char* text, nxDecimal& number, const Ends& ends)
 {
     if constexpr (std::endian::native == std::endian::little) {
         if (const char* const end = ReadShortNumber(text, number, ends)) return end;
     }
-    number.isGiven = false;
+    number.SetNoChange();
     if (ends.IsCellEnd(text)) return text;
     const bool isNegative = *text == '-';
     if (isNegative || *text == '+') ++text;
@@ -169,9 +168,8 @@ const char* ReadNumber(const char* text, nxCsvNumber& number, const Ends& ends)
     if (!ends.IsCellEnd(text) ||
         (digits > MaxDigits && (places > MaxDigits || digits - CountZeros(first) > MaxDigits)))
         return nullptr;
-    number.mantissa = isNegative ? -static_cast<long long>(sum) : static_cast<long long>(sum);
-    number.places = static_cast<unsigned char>(places);
-    number.isGiven = true;
+    const auto mantissa = static_cast<long long>(sum);
+    number = nxDecimal::FromMantissa(isNegative ? -mantissa : mantissa, static_cast<unsigned char>(places));
     return text;
 }
 

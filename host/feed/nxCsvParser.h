@@ -33,8 +33,8 @@ public:
         _step = ~0ull;
     }
 
-    // The rows of the block's lines, each of which has its end.
-    void Parse(nxCsvBlock& block);
+    // The rows of the block's next lines, each of which has its end: of all, or until there are `most`.
+    void Parse(nxCsvBlock& block, std::size_t most = ~std::size_t{});
 
     // Lines so far, those of the block parsed last among them.
     [[nodiscard]] unsigned long long GetLineCount() const { return _line; }
@@ -54,7 +54,9 @@ private:
         bool hasPrice = false;
     };
 
+    const char* _ReadUsualRow(const nxCsvBlock& block, nxCsvRow& row) const;
     const char* _ReadRow(nxCsvBlock& block, nxCsvRow& row);
+    bool _IsOfBefore(const nxCsvBlock& block, const char* cell) const;
     const char* _ReadTime(const char* cell, nxCsvRow& row, std::string& reason) const;
     const char* _ReadProduct(nxCsvBlock& block, const char* cell, nxCsvRow& row);
     const char* _ReadForeignRow(nxCsvBlock& block, nxCsvRow& row);
@@ -68,6 +70,9 @@ private:
     std::string _path;
     nxFileFormOptions _options;
     nxFileForm _form;
+    // Of one of our own formats with all its columns as it lists them, which is also the order of their
+    // slots; 0: it is another.
+    std::ptrdiff_t _usualNumbers = 0;
     unsigned long long _line = 0;
     unsigned long long _step = 1;  // or one back, modulo 2^64
     std::string_view _before;      // product of the row before, in the same block

@@ -68,7 +68,7 @@ public:
         if (isFraction) --_power;
     }
     // False: too large. Zeros at the end of the fraction go first.
-    bool Store(bool isNegative, int power, nxCsvNumber& number)
+    bool Store(bool isNegative, int power, nxDecimal& number)
     {
         power += _power;
         for (; _mantissa != 0 && power < 0 && _mantissa % 10 == 0; ++power)
@@ -79,7 +79,8 @@ public:
                 return false;
         for (; - power > static_cast<int>(MaxDigits); ++power)
             _mantissa = (_mantissa + 5) / 10;
-        number = {isNegative ? -_mantissa : _mantissa, static_cast<unsigned char>(-power), true};
+        number =
+            nxDecimal::FromMantissa(isNegative ? -_mantissa : _mantissa, static_cast<unsigned char>(-power));
         return true;
     }
 
@@ -90,9 +91,9 @@ private:
 };
 
 // With a sign of a currency, marks of thousands, K, M or B, an exponent, or none at all.
-bool ReadAnyNumber(std::string_view text, nxCsvNumber& number)
+bool ReadAnyNumber(std::string_view text, nxDecimal& number)
 {
-    number.isGiven = false;
+    number.SetNoChange();
     if (IsNothing(text)) return true;
     const bool isNegative = text.starts_with('-');
     if (isNegative || text.starts_with('+')) text.remove_prefix(1);
@@ -190,17 +191,17 @@ const char* ReadEpoch(const char* cell, const nxCsvCells::Marks& ends, long long
     return text;
 }
 
-// By a scale of a power of ten mostly, so the digits stay as they are.
-void Scale(nxCsvNumber& number, const nxDecimal& scale)
+// By a scale of a power of ten mostly, so the digits stay as they are. False: it does not fit.
+bool Scale(nxDecimal& number, const nxDecimal& scale)
 {
-    number.places = static_cast<unsigned char>(number.places + scale.GetDecimalPlaces());
-    if (scale.GetMantissa() != 1 &&
-        __builtin_mul_overflow(number.mantissa, scale.GetMantissa(), &number.mantissa))
-        number.places = 0xFF;
-    while (number.places > 0 && (number.places > MaxDigits || number.mantissa % 10 == 0)) {
-        number.mantissa /= 10;
-        --number.places;
-    }
+    long long mantissa = number.GetMantissa();
+    if (scale.GetMantissa() != 1 && __builtin_mul_overflow(mantissa, scale.GetMantissa(), &mantissa))
+        return false;
+    unsigned int places = number.GetDecimalPlaces() + scale.GetDecimalPlaces();
+    for (; places > 0 && (places > MaxDigits || mantissa % 10 == 0); --places)
+        mantissa /= 10;
+    number = nxDecimal::FromMantissa(mantissa, static_cast<unsigned char>(places));
+    return true;
 }
 
 }  // namespace
@@ -244,7 +245,7 @@ const char* nxCsvParser::_ReadForeignCell(const nxFeedColumn& column, const char
 {
     const nxCsvCells::Marks ends{_form.separator};
     if (column.type == nxFeedColumnType::Number) [[likely]] {
-        nxCsvNumber& number = row.numbers[column.slot];
+        nxDecimal& number = row.numbers[column.slot];
         const char* end = ReadNumber(cell, number, ends);
         if (end == nullptr) {
             const Cell any = GetCell(cell, ends);
@@ -254,10 +255,14 @@ const char* nxCsvParser::_ReadForeignCell(const nxFeedColumn& column, const char
                 return nullptr;
             }
         }
-        if (number.isGiven && !column.isSize) {
+        if (number.IsValid() && !column.isSize) {
             marks.hasPrice = true;
-            if (_form.isZeroNone && number.mantissa == 0) number.isGiven = false;
-            if (_form.scale.IsValid()) Scale(number, _form.scale);
+            if (_form.isZeroNone && number.GetMantissa() == 0) {
+                number.SetNoChange();
+            } else if (_form.scale.IsValid() && !Scale(number, _form.scale)) {
+                reason = "too large for prices in units of " + _form.scale.GetAsString();
+                return nullptr;
+            }
         }
         return end;
     }
@@ -330,15 +335,16 @@ void nxCsvParser::_FinishForeignRow(nxCsvBlock& block, nxCsvRow& row, const RowM
         row.product = _before = _form.product;
     }
     if (!marks.isTrade) {
-        row.numbers[Last].isGiven = row.numbers[LastVolume].isGiven = false;
+        for (const unsigned int slot : {Last, LastVolume})
+            row.numbers[slot].SetNoChange();
         row.side = nxCsvSide::None;
     }
     if (_form.format->kind == nxFeedKind::Quote) {
         // A size without its price changes nothing, and a side belongs to a trade.
         for (const auto& [price, size] :
              {std::pair(Bid, BidVolume), std::pair(Ask, AskVolume), std::pair(Last, LastVolume)})
-            if (!row.numbers[price].isGiven) row.numbers[size].isGiven = false;
-        if (!row.numbers[Last].isGiven) row.side = nxCsvSide::None;
+            if (!row.numbers[price].IsValid()) row.numbers[size].SetNoChange();
+        if (!row.numbers[Last].IsValid()) row.side = nxCsvSide::None;
     }
     if (marks.isKept && marks.hasPrice) return;
     --block.count;

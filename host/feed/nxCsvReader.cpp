@@ -48,7 +48,7 @@ bool nxCsvReader::Open()
 nxCsvReader::Result nxCsvReader::Next()
 {
     if (_position == _current->count) {
-        const Result result = _NextBlock();
+        const Result result = _NextRows();
         if (result != Result::Row) return result;
     }
     _row = &_current->rows[_position++];
@@ -59,17 +59,21 @@ nxCsvReader::Result nxCsvReader::Next()
 }
 
 // Row: there is one.
-nxCsvReader::Result nxCsvReader::_NextBlock()
+nxCsvReader::Result nxCsvReader::_NextRows()
 {
+    constexpr std::size_t atOnce = 64;  // rows, which stay in the nearest of the processor's caches
     while (_position == _current->count) {
-        if (_current->state == nxCsvBlock::State::Last) return Result::End;
-        if (_current->state == nxCsvBlock::State::Failed) {
-            if (_thrown) std::rethrow_exception(_thrown);
-            _error = &_current->error;
-            return Result::Failed;
+        if (_current->begin == _current->end) {
+            if (_current->state == nxCsvBlock::State::Last) return Result::End;
+            if (_current->state == nxCsvBlock::State::Failed) {
+                if (_thrown) std::rethrow_exception(_thrown);
+                _error = &_current->error;
+                return Result::Failed;
+            }
+            _skipped += _current->skipped;
+            _readsAhead ? _WaitForNext(_freed + 1) : _FillNext();
         }
-        _skipped += _current->skipped;
-        _readsAhead ? _WaitForNext(_freed + 1) : _FillNext();
+        if (!_readsAhead) _parser.Parse(*_current, atOnce);
         _position = _refusal = 0;
     }
     return Result::Row;
@@ -89,7 +93,6 @@ void nxCsvReader::_FillNext()
 {
     if (_unpacksAhead) _Unpack();
     _Fill(*_current, 1);
-    _parser.Parse(*_current);
 }
 
 // On a thread of its own from now on.
@@ -115,6 +118,7 @@ void nxCsvReader::_ReadAhead()
         } catch (...) {
             _thrown = std::current_exception();
             block.count = 0;
+            block.begin = block.end;
             block.state = nxCsvBlock::State::Failed;
         }
         bool isWaiting;
@@ -130,7 +134,7 @@ void nxCsvReader::_ReadAhead()
 }
 
 // Reads until the block has at least one whole line and that many bytes, or is full, or the stream is over.
-// It takes no more at once than `least` or a step: rows that were just parsed are better found in the
+// It takes no more at once than `least` or a step: rows that a thread has just parsed are better found in the
 // processor's cache than read ahead by the thousand.
 void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
 {
@@ -143,6 +147,7 @@ void nxCsvReader::_Fill(nxCsvBlock& block, std::size_t least)
     block.begin = block.end = begin;
     block.state = nxCsvBlock::State::More;
     block.hasOpenEnd = false;
+    block.skipped = 0;
     while (!_isStreamOver && filled != full &&
            (block.end == begin || static_cast<std::size_t>(filled - begin) < least))
     {

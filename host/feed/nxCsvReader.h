@@ -85,7 +85,7 @@ public:
 private:
     void _Fill(nxCsvBlock& block, std::size_t least);
     void _ReadAhead();
-    Result _NextBlock();
+    Result _NextRows();
     void _FillNext();
     void _Unpack();
     void _WaitForNext(std::size_t next);

@@ -3,15 +3,8 @@
 #include <array>
 #include <string_view>
 
+#include "base/values/nxDecimal.h"
 #include "host/feed/nxFeedFormat.h"
-
-// A number as it was written: the digits as one whole number and how many of them stood behind the point.
-struct nxCsvNumber
-{
-    long long mantissa = 0;
-    unsigned char places = 0;
-    bool isGiven = false;  // false: an empty cell
-};
 
 enum class nxCsvSide : unsigned char { None, Buy, Sell };
 
@@ -24,8 +17,16 @@ struct nxCsvRow
     bool isProductNew = true;  // false: surely the name of the row before
     nxCsvSide side = nxCsvSide::None;
     bool isSnapshot = false;  // of a book that begins anew
-    std::array<nxCsvNumber, nxFeedSlot::Count> numbers;
+    // With the places that were written. No change: an empty cell.
+    std::array<nxDecimal, nxFeedSlot::Count> numbers = GetEmpty();
     unsigned long long line = 0;  // 1-based
     const char* text = nullptr;   // where the row begins in the block's text
     bool isBad = false;           // it cannot be read; the block's next refusal tells why
+
+    static constexpr std::array<nxDecimal, nxFeedSlot::Count> GetEmpty()
+    {
+        std::array<nxDecimal, nxFeedSlot::Count> empty;
+        empty.fill(nxNoChangeInitalizer());
+        return empty;
+    }
 };

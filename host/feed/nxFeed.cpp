@@ -38,17 +38,24 @@ void nxFeed::ParseEasyFilesInTurn()
         reader->ParseInTurnIfEasy();
 }
 
+// False: as for _Advance.
+bool nxFeed::_Start()
+{
+    _isStarted = true;
+    for (const auto& reader : _readers) {
+        const nxFeedEvent* event = nullptr;
+        if (!_Advance(*reader, event)) return false;
+        if (event != nullptr) _heads.push_back({event, reader.get()});
+    }
+    std::ranges::make_heap(_heads, [](const Head& a, const Head& b) { return _IsBefore(b, a); });
+    return true;
+}
+
 const nxFeedEvent* nxFeed::Next()
 {
     if (HasFailed()) return nullptr;
     if (!_isStarted) {
-        _isStarted = true;
-        for (const auto& reader : _readers) {
-            const nxFeedEvent* event = nullptr;
-            if (!_Advance(*reader, event)) return nullptr;
-            if (event != nullptr) _heads.push_back({event, reader.get()});
-        }
-        std::ranges::make_heap(_heads, [](const Head& a, const Head& b) { return _IsBefore(b, a); });
+        if (!_Start()) return nullptr;
     } else if (!_heads.empty()) {
         // Only now: the front's event belonged to the caller until this call.
         Head& front = _heads.front();
@@ -57,7 +64,7 @@ const nxFeedEvent* nxFeed::Next()
             front = _heads.back();
             _heads.pop_back();
         }
-        _SiftDown();
+        if (_heads.size() > 1) _SiftDown();
     }
     if (_heads.empty()) return nullptr;
     const nxFeedEvent* const event = _heads.front().event;
@@ -200,10 +207,9 @@ bool nxFeed::_Advance(nxFeedReader& reader, const nxFeedEvent*& event)
     return false;
 }
 
-// Brings the front, whose event has changed, to its place.
+// Brings the front, whose event has changed, to its place among the others.
 void nxFeed::_SiftDown()
 {
-    if (_heads.size() < 2) return;
     for (std::size_t parent = 0;;) {
         std::size_t least = parent;
         for (std::size_t child = 2 * parent + 1; child < std::min(2 * parent + 3, _heads.size()); ++child) {

@@ -66,6 +66,7 @@ private:
                             std::vector<std::string>& remarks);
     static void _RemarkProduct(const nxFeedProduct& product, const nxFeedProduct::Tally& tally,
                                std::vector<std::string>& remarks);
+    [[gnu::cold]] bool _Start();
     bool _Advance(nxFeedReader& reader, const nxFeedEvent*& event);
     void _SiftDown();
 

@@ -15,13 +15,13 @@ constexpr std::size_t MostKnown = 64;  // changes of what is known of products
 
 bool nxFeedAhead::Block::IsFull() const
 {
-    return events.size() >= MostEvents || levels.size() >= MostLevels || known.size() >= MostKnown;
+    return events.GetSize() >= MostEvents || events.GetLevelCount() >= MostLevels ||
+           known.size() >= MostKnown;
 }
 
 void nxFeedAhead::Block::Clear()
 {
-    events.clear();
-    levels.clear();
+    events.Clear();
     known.clear();
     products.clear();
     files.clear();
@@ -39,10 +39,11 @@ bool nxFeedAhead::Open(const std::vector<std::string>& paths, const std::vector<
     _products.Follow(*_known);
     _known = &_products;
     _tally = _feed.GetTally();
-    _fileTallies = _tally.files;
+    for (const auto& reader : _feed.GetReaders())
+        _fileVersions.push_back(reader->GetTallyVersion());
     _feed.GetProducts().TakeChanges([](unsigned int, const nxFeedProduct&, nxFeedProduct::Change) {});
     _Fill(*_current);
-    _next = _until = _current->events.data();
+    _next = _until = _GetBegin();
     return true;
 }
 
@@ -75,7 +76,7 @@ void nxFeedAhead::_FollowProducts()
     const std::vector<Change<nxFeedProduct>>& known = _current->known;
     for (; _change < known.size() && known[_change].event == _GetPlace(); ++_change)
         _products.Follow(known[_change].value);
-    _until = _change < known.size() ? _current->events.data() + known[_change].event : _GetEnd();
+    _until = _change < known.size() ? _GetBegin() + known[_change].event : _GetEnd();
 }
 
 void nxFeedAhead::_WaitForNext()
@@ -85,7 +86,7 @@ void nxFeedAhead::_WaitForNext()
     if (_filled - _freed <= BlockCount / 2) _changed.notify_all();
     _changed.wait(lock, [&] { return _freed != _filled; });
     _current = &_blocks[_freed % BlockCount];
-    _next = _current->events.data();
+    _next = _GetBegin();
     _change = 0;
 }
 
@@ -136,38 +137,39 @@ void nxFeedAhead::_Guard(Do part)
 
 void nxFeedAhead::_Fill(Block& block)
 {
-    if (!block.events.empty()) {
-        _Guard([&] { _Count(block, block.events.size(), _tally); });
+    if (block.events.GetSize() != 0) {
+        _Guard([&] { _Count(block, block.events.GetSize(), _tally); });
         ++_counted;
     }
     block.Clear();
     _Guard([&] { _Read(block); });
     if (_thrown) block.isLast = true;
     block.bytesConsumed = _feed.GetBytesConsumed();
-    // Where the levels lie is known now.
-    const nxFeedLevel* level = block.levels.data();
-    for (nxFeedEvent& event : block.events) {
-        event.levels = {level, event.levels.size()};
-        level += event.levels.size();
-    }
+    block.events.Finish();
 }
 
 void nxFeedAhead::_Read(Block& block)
 {
-    block.events.reserve(MostEvents);
-    while (!block.IsFull() && !block.isLast) {
+    while (!block.IsFull()) {
         const nxFeedEvent* const event = _feed.Next();
-        _NoteChanges(block);
-        if (event != nullptr)
-            _Add(block, *event);
-        else
-            block.isLast = true;
+        if (_HasChanges()) _NoteChanges(block);
+        block.isLast = event == nullptr;
+        if (block.isLast) return;
+        block.events.Add(*event);
+        _file = event->file;
     }
+}
+
+// Of products or of the file of the event before, in which the feed has read on.
+bool nxFeedAhead::_HasChanges() const
+{
+    return !_file || _feed.GetReaders()[*_file]->GetTallyVersion() != _fileVersions[*_file] ||
+           _feed.GetProducts().HasChanges();
 }
 
 void nxFeedAhead::_NoteChanges(Block& block)
 {
-    const std::size_t event = block.events.size();
+    const std::size_t event = block.events.GetSize();
     _feed.GetProducts().TakeChanges(
         [&](unsigned int index, const nxFeedProduct& product, nxFeedProduct::Change change) {
             if (change == nxFeedProduct::Change::Known) block.known.push_back({event, index, product});
@@ -177,32 +179,24 @@ void nxFeedAhead::_NoteChanges(Block& block)
     if (_file)
         _NoteFile(block, *_file);
     else
-        for (unsigned int file = 0; file < _fileTallies.size(); ++file)
+        for (unsigned int file = 0; file < _fileVersions.size(); ++file)
             _NoteFile(block, file);
 }
 
 void nxFeedAhead::_NoteFile(Block& block, unsigned int file)
 {
-    const nxFeedReader::Tally tally = _feed.GetReaders()[file]->GetTally();
-    if (tally == _fileTallies[file]) return;
-    _fileTallies[file] = tally;
-    block.files.push_back({block.events.size(), file, tally});
-}
-
-void nxFeedAhead::_Add(Block& block, const nxFeedEvent& event)
-{
-    _file = event.file;
-    if (event.kind == nxFeedKind::Depth)
-        block.levels.insert(block.levels.end(), event.levels.begin(), event.levels.end());
-    nxFeedEvent& added = block.events.emplace_back(event);
-    if (event.kind != nxFeedKind::Depth) added.levels = {};
+    const nxFeedReader& reader = *_feed.GetReaders()[file];
+    const unsigned long long version = reader.GetTallyVersion();
+    if (version == _fileVersions[file]) return;
+    _fileVersions[file] = version;
+    block.files.push_back({block.events.GetSize(), file, reader.GetTally()});
 }
 
 void nxFeedAhead::_Count(const Block& block, std::size_t count, nxFeedTally& tally) const
 {
-    if (_fileTallies.size() > 1)
-        for (std::size_t i = 0; i < std::min(count, block.events.size()); ++i)
-            tally.overlaps.Note(block.events[i]);
+    if (_fileVersions.size() > 1)
+        for (std::size_t i = 0; i < std::min(count, block.events.GetSize()); ++i)
+            tally.overlaps.Note(block.events.Get()[i]);
     for (const auto& change : block.files)
         if (change.event < count) tally.files[change.index] = change.value;
     for (const auto& change : block.products) {
@@ -218,7 +212,7 @@ std::vector<std::string> nxFeedAhead::GetRemarks()
     _Stop();
     nxFeedTally tally = _tally;
     for (std::size_t block = _counted; block < _freed; ++block)
-        _Count(_blocks[block % BlockCount], _blocks[block % BlockCount].events.size(), tally);
+        _Count(_blocks[block % BlockCount], _blocks[block % BlockCount].events.GetSize(), tally);
     _Count(*_current, _GetPlace() + (_isAtEnd ? 1 : 0), tally);
     return _feed.GetRemarks(tally);
 }

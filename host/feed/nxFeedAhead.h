@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "host/feed/nxFeed.h"
+#include "host/feed/nxFeedEventList.h"
 
 // An nxFeed for one run, read ahead: a thread merges and judges the rows a few blocks of events far, so that
 // the run's own thread only walks over them. What is known of the products, and what remarks tell, follows
@@ -58,8 +59,7 @@ private:
     // Belongs to one of the two threads at a time. Used again, it allocates nothing.
     struct Block
     {
-        std::vector<nxFeedEvent> events;
-        std::vector<nxFeedLevel> levels;  // of the events
+        nxFeedEventList events;
         std::vector<Change<nxFeedProduct>> known;
         std::vector<Change<nxFeedProduct::Tally>> products;
         std::vector<Change<nxFeedReader::Tally>> files;
@@ -68,7 +68,7 @@ private:
         bool IsFull() const;
         void Clear();
     };
-    static constexpr std::size_t BlockCount = 4;
+    static constexpr std::size_t BlockCount = 8;
 
     // On the thread, but for the first block.
     void _ReadAhead();
@@ -76,17 +76,18 @@ private:
     void _Guard(Do part);
     void _Fill(Block& block);
     void _Read(Block& block);
-    void _NoteChanges(Block& block);
+    bool _HasChanges() const;
+    [[gnu::cold]] void _NoteChanges(Block& block);
     void _NoteFile(Block& block, unsigned int file);
-    void _Add(Block& block, const nxFeedEvent& event);
     // Counts what came with the first events of a block.
     void _Count(const Block& block, std::size_t count, nxFeedTally& tally) const;
 
     const nxFeedEvent* _NextBeyond();
     void _FollowProducts();
     void _WaitForNext();
-    std::size_t _GetPlace() const { return static_cast<std::size_t>(_next - _current->events.data()); }
-    const nxFeedEvent* _GetEnd() const { return _current->events.data() + _current->events.size(); }
+    std::size_t _GetPlace() const { return static_cast<std::size_t>(_next - _GetBegin()); }
+    const nxFeedEvent* _GetBegin() const { return _current->events.Get().data(); }
+    const nxFeedEvent* _GetEnd() const { return _GetBegin() + _current->events.GetSize(); }
     void _Stop();
 
     const nxFeedOptions _options;
@@ -105,7 +106,7 @@ private:
 
     std::thread _thread;
     std::optional<unsigned int> _file;              // of the event that was read last
-    std::vector<nxFeedReader::Tally> _fileTallies;  // as they were then
+    std::vector<unsigned long long> _fileVersions;  // of their tallies, as they were then
     nxFeedTally _tally;                             // of the blocks that were counted
     std::size_t _counted = 0;                       // of them
     std::exception_ptr _thrown;                     // behind the last block, such as for lack of memory

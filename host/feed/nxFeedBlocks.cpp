@@ -3,7 +3,7 @@
 bool nxFeedBlocks::Open(const nxFeedOptions& options, const std::vector<std::string>& paths,
                         const std::vector<nxFeedProductTerms>& products)
 {
-    if (_feed != nullptr) return !_feed->HasFailed() || !_events.empty();
+    if (_feed != nullptr) return !_feed->HasFailed() || _events.GetSize() != 0;
     _feed = std::make_unique<nxFeed>(options);
     _products = nxFeedProductTable(options.barPeriods);
     if (!_feed->Open(paths, products)) {
@@ -11,7 +11,7 @@ bool nxFeedBlocks::Open(const nxFeedOptions& options, const std::vector<std::str
         return false;
     }
     _Read();
-    return !_feed->HasFailed() || !_events.empty();
+    return !_feed->HasFailed() || _events.GetSize() != 0;
 }
 
 void nxFeedBlocks::Advance()
@@ -30,30 +30,16 @@ void nxFeedBlocks::NotePrice(std::string_view product, const nxDecimal& price)
 // From the event that is held to the one after which the block is full, or what is known of products changes.
 void nxFeedBlocks::_Read()
 {
-    _events.clear();
-    _levels.clear();
+    _events.Clear();
     if (_held == nullptr) _held = _feed->Next();
     if (_version != _feed->GetProducts().GetVersion()) {
         _products.Follow(_feed->GetProducts());
         _version = _feed->GetProducts().GetVersion();
     }
-    while (_held != nullptr && _events.size() < _size && _version == _feed->GetProducts().GetVersion()) {
-        _Add(*_held);
-        _held = _events.size() < _size ? _feed->Next() : nullptr;
+    while (_held != nullptr && _events.GetSize() < _size && _version == _feed->GetProducts().GetVersion()) {
+        _events.Add(*_held);
+        _held = _events.GetSize() < _size ? _feed->Next() : nullptr;
     }
-    _isLast = _held == nullptr && _events.size() < _size;
-    // Where the levels lie is known now.
-    const nxFeedLevel* level = _levels.data();
-    for (nxFeedEvent& event : _events) {
-        event.levels = {level, event.levels.size()};
-        level += event.levels.size();
-    }
-}
-
-void nxFeedBlocks::_Add(const nxFeedEvent& event)
-{
-    if (event.kind == nxFeedKind::Depth)
-        _levels.insert(_levels.end(), event.levels.begin(), event.levels.end());
-    nxFeedEvent& added = _events.emplace_back(event);
-    if (event.kind != nxFeedKind::Depth) added.levels = {};
+    _isLast = _held == nullptr && _events.GetSize() < _size;
+    _events.Finish();
 }

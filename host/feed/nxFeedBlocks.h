@@ -1,9 +1,9 @@
 #pragma once
 
 #include <span>
-#include <vector>
 
 #include "host/feed/nxFeed.h"
+#include "host/feed/nxFeedEventList.h"
 
 // Recorded data that several runs go through side by side, so that they are read once: a block of events,
 // then the next one when all runs have had it. What is known of the products changes only between blocks, so
@@ -24,7 +24,7 @@ public:
     void Advance();
 
     // Good until Advance.
-    std::span<const nxFeedEvent> GetEvents() const { return _events; }
+    std::span<const nxFeedEvent> GetEvents() const { return _events.Get(); }
     // Each block has another one.
     unsigned long long GetNumber() const { return _number; }
     // After it comes the end of the data, or a failure.
@@ -36,14 +36,12 @@ public:
 
 private:
     void _Read();
-    void _Add(const nxFeedEvent& event);
 
     const std::size_t _size;
     std::unique_ptr<nxFeed> _feed;
     nxFeedProductTable _products;
     unsigned long long _version = 0;  // of the feed's products, which these are like
-    std::vector<nxFeedEvent> _events;
-    std::vector<nxFeedLevel> _levels;    // of the events
+    nxFeedEventList _events;
     const nxFeedEvent* _held = nullptr;  // the first of the next block, where it was read already
     unsigned long long _number = 0;
     bool _isLast = false;

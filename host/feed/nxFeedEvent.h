@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <type_traits>
 
 #include "base/enums/nxBuySellEnum.h"
 #include "base/values/nxDecimal.h"
@@ -14,7 +15,7 @@ struct nxFeedQuote
 {
     nxDecimal bid, ask, last;
     nxVolume bidVolume, askVolume, lastVolume;
-    nxBuySellEnum side;  // no-change in a row without a trade
+    unsigned int side = nxEnum_Undefined;  // of nxBuySellEnum; no-change in a row without a trade
 
     [[nodiscard]] bool IsTrade() const { return last.IsValid() || lastVolume.IsValid(); }
 };
@@ -34,7 +35,7 @@ struct nxFeedLevel
 };
 
 // What happened at one moment to one product. Belongs to the reader that gives it and is good until that
-// reader's next step. Only the part that `kind` names has a meaning. Volumes are whole lots.
+// reader's next step. Volumes are whole lots.
 struct nxFeedEvent
 {
     long long time = 0;        // nanoseconds since 1970-01-01 UTC
@@ -44,7 +45,12 @@ struct nxFeedEvent
     unsigned int rows = 1;        // rows behind this event: more than one only for depth
     unsigned long long line = 0;  // of the first of them, 1-based
 
-    nxFeedQuote quote;
-    nxFeedBar bar;
-    std::span<const nxFeedLevel> levels;  // depth: one change of the book, in the order of the rows
+    union {  // as `kind` tells
+        nxFeedQuote quote;
+        nxFeedBar bar;
+        std::span<const nxFeedLevel> levels;  // one change of the book, in the order of the rows
+    };
+
+    nxFeedEvent() : quote() {}
 };
+static_assert(std::is_trivially_copyable_v<nxFeedEvent>);  // they are copied by the million

@@ -23,15 +23,15 @@ void nxFeedProduct::Follow(const nxFeedProduct& other)
     _tickSize = nxDecimal::FromMantissa(1, places);
 }
 
-unsigned char nxFeedProduct::_GetSignificantPlaces(const nxCsvNumber& number, unsigned char least)
+unsigned char nxFeedProduct::_GetSignificantPlaces(const nxDecimal& number, unsigned char least)
 {
-    unsigned char places = number.places;
-    for (long long rest = number.mantissa; places > least && rest % 10 == 0; rest /= 10)
+    unsigned char places = number.GetDecimalPlaces();
+    for (long long rest = number.GetMantissa(); places > least && rest % 10 == 0; rest /= 10)
         --places;
     return places;
 }
 
-void nxFeedProduct::_NoteFinerPrice(const nxCsvNumber& price)
+void nxFeedProduct::_NoteFinerPrice(const nxDecimal& price)
 {
     const unsigned char places = _GetSignificantPlaces(price, _pricePlaces);
     if (places == _pricePlaces) return;
@@ -40,10 +40,9 @@ void nxFeedProduct::_NoteFinerPrice(const nxCsvNumber& price)
     _NoteKnown();
 }
 
-void nxFeedProduct::_NoteLargest(const nxCsvNumber& size)
+void nxFeedProduct::_NoteLargest(const nxDecimal& size)
 {
-    const nxDecimal value = nxDecimal::FromMantissa(size.mantissa, size.places);
-    if (_largestSize < value) _largestSize = value;
+    if (_largestSize < size) _largestSize = size;
 }
 
 void nxFeedProduct::FindLots(bool isRounding)

@@ -105,14 +105,14 @@ public:
     void NoteKind(nxFeedKind kind) { _Set(_hasKind[static_cast<std::size_t>(kind)], true); }
     void CountRows(nxFeedKind kind, unsigned int rows) { _rows[static_cast<std::size_t>(kind)] += rows; }
     // A price seen, for the tick size.
-    void NotePrice(const nxCsvNumber& price)
+    void NotePrice(const nxDecimal& price)
     {
-        if (price.places > _pricePlaces && !_isTickGiven) _NoteFinerPrice(price);
+        if (price.GetDecimalPlaces() > _pricePlaces && !_isTickGiven) _NoteFinerPrice(price);
     }
     // A size seen, for the lot size to suggest.
-    void NoteSize(const nxCsvNumber& size)
+    void NoteSize(const nxDecimal& size)
     {
-        if (size.places > _sizePlaces)
+        if (size.GetDecimalPlaces() > _sizePlaces)
             _sizePlaces = std::max(_sizePlaces, _GetSignificantPlaces(size, _sizePlaces));
         _NoteLargest(size);
     }
@@ -167,9 +167,9 @@ private:
         _change = std::max(_change, change);
     }
     // The places of the number without the zeros at its end, but not below `least`.
-    static unsigned char _GetSignificantPlaces(const nxCsvNumber& number, unsigned char least);
-    void _NoteFinerPrice(const nxCsvNumber& price);
-    void _NoteLargest(const nxCsvNumber& size);
+    static unsigned char _GetSignificantPlaces(const nxDecimal& number, unsigned char least);
+    void _NoteFinerPrice(const nxDecimal& price);
+    void _NoteLargest(const nxDecimal& size);
 
     std::string _name;
     unsigned int _index;

@@ -30,7 +30,7 @@ unsigned int nxFeedProductTable::Add(const nxFeedProductTerms& terms)
 
 void nxFeedProductTable::NotePrice(std::string_view product, const nxDecimal& price)
 {
-    Get(Add(product)).NotePrice({price.GetMantissa(), price.GetDecimalPlaces(), true});
+    Get(Add(product)).NotePrice(price);
 }
 
 void nxFeedProductTable::Follow(const nxFeedProductTable& other)

@@ -39,6 +39,8 @@ public:
 
     // Differs whenever what the jobs of a run can know of the products does, but for the rows so far.
     [[nodiscard]] unsigned long long GetVersion() const { return _changes->version; }
+    // Whether TakeChanges would visit any.
+    [[nodiscard]] bool HasChanges() const { return !_changes->products.empty(); }
     // Calls visit(index, product, change) for each product that has changed since the last call, the new ones
     // in their order.
     template <class Visit>

@@ -26,6 +26,8 @@ bool nxFeedReader::Open()
         return false;
     }
     _kind = _event.kind = _csv.GetFormat().kind;
+    if (_kind == nxFeedKind::Bar) _event.bar = {};
+    if (_kind == nxFeedKind::Depth) _event.levels = {};
     _barsBearStart = _options.barsBearStart.value_or(GetForm().stamp == nxFeedLayout::Stamp::Start);
     _Peek();
     return true;
@@ -54,7 +56,7 @@ void nxFeedReader::_Peek()
         _NoteProduct(product);
         if (_kind == nxFeedKind::Bar) product.NoteBarTime(row.time);
         for (const nxFeedColumn& column : _csv.GetFormat().columns) {
-            if (column.type != Number || !row.numbers[column.slot].isGiven) continue;
+            if (column.type != Number || !row.numbers[column.slot].IsValid()) continue;
             if (column.isSize)
                 product.NoteSize(row.numbers[column.slot]);
             else
@@ -80,23 +82,32 @@ bool nxFeedReader::_NextRow()
 {
     while (!_isOver) {
         const nxCsvReader::Result result = _csv.Next();
-        if (result == nxCsvReader::Result::Row) _row = &_csv.GetRow();
-        if (result == nxCsvReader::Result::Row && _Judge()) {
-            ++_rowCount;
-            _lastTime = _row->time;
-            return true;
+        if (result == nxCsvReader::Result::Row) [[likely]] {
+            _row = &_csv.GetRow();
+            if (_Judge()) [[likely]] {
+                ++_rowCount;
+                _lastTime = _row->time;
+                return true;
+            }
         }
-        const nxFeedError& error = result == nxCsvReader::Result::Row ? _rejection : _csv.GetError();
-        const bool isRowBad = result == nxCsvReader::Result::Row || result == nxCsvReader::Result::Bad;
-        // Nothing is wrong with a row of which only the period is not known, so none is skipped for it.
-        if (isRowBad && _options.isLenient && !_lacksPeriod) {
-            ++_badRowCount;
-            if (_badRows.size() < MaxKeptErrors) _badRows.push_back(error);
-            continue;
-        }
-        _isOver = true;
-        if (result != nxCsvReader::Result::End) _error = error;
+        if (!_PassOver(result)) break;
     }
+    return false;
+}
+
+// What is no good row. False: there is nothing behind it.
+bool nxFeedReader::_PassOver(nxCsvReader::Result result)
+{
+    const nxFeedError& error = result == nxCsvReader::Result::Row ? _rejection : _csv.GetError();
+    const bool isRowBad = result == nxCsvReader::Result::Row || result == nxCsvReader::Result::Bad;
+    // Nothing is wrong with a row of which only the period is not known, so none is skipped for it.
+    if (isRowBad && _options.isLenient && !_lacksPeriod) {
+        ++_badRowCount;
+        if (_badRows.size() < MaxKeptErrors) _badRows.push_back(error);
+        return true;
+    }
+    _isOver = true;
+    if (result != nxCsvReader::Result::End) _error = error;
     return false;
 }
 
@@ -158,7 +169,7 @@ bool nxFeedReader::_JudgeLevel(nxFeedProduct& product)
     if (_row->side == nxCsvSide::None) return _Reject("side", "is empty");
     _level.side = _row->side == nxCsvSide::Buy ? nxSide::Buy : nxSide::Sell;
     for (const unsigned int slot : {nxFeedSlot::Price, nxFeedSlot::LevelVolume}) {
-        if (!_row->numbers[slot].isGiven) return _Reject(_GetColumnName(slot), "is empty");
+        if (!_row->numbers[slot].IsValid()) return _Reject(_GetColumnName(slot), "is empty");
     }
     return _GetPrice(product, nxFeedSlot::Price, _level.price) &&
            _GetLots(product, nxFeedSlot::LevelVolume, _level.volume);
@@ -167,45 +178,68 @@ bool nxFeedReader::_JudgeLevel(nxFeedProduct& product)
 bool nxFeedReader::_JudgeBar(nxFeedProduct& product)
 {
     using namespace nxFeedSlot;
-    for (const unsigned int slot : {nxFeedSlot::Open, High, Low, Close, BarVolume}) {
-        if (!_row->numbers[slot].isGiven && (slot != BarVolume || !GetForm().isForeign))
-            return _Reject(_GetColumnName(slot), "is empty");
-    }
+    const auto isGiven = [this](unsigned int slot) { return _row->numbers[slot].IsValid(); };
+    if (!isGiven(nxFeedSlot::Open) || !isGiven(High) || !isGiven(Low) || !isGiven(Close) ||
+        (!isGiven(BarVolume) && !GetForm().isForeign))
+        return _RejectEmpty();
     nxFeedBar& bar = _event.bar;
     if (!_GetPrice(product, nxFeedSlot::Open, bar.open) || !_GetPrice(product, High, bar.high) ||
         !_GetPrice(product, Low, bar.low) || !_GetPrice(product, Close, bar.close) ||
         !_GetLots(product, BarVolume, bar.volume))
         return false;
     if (!bar.volume.IsValid()) bar.volume.SetValue(0);  // a publisher without volumes
+    if (bar.open < bar.low || bar.open > bar.high || bar.close < bar.low || bar.close > bar.high)
+        return _RejectBar(bar);
+    return _JudgeBarTime(product);
+}
+
+// The first number that a bar lacks.
+bool nxFeedReader::_RejectEmpty()
+{
+    unsigned int slot = nxFeedSlot::Open;
+    while (_row->numbers[slot].IsValid())
+        ++slot;
+    return _Reject(_GetColumnName(slot), "is empty");
+}
+
+bool nxFeedReader::_RejectBar(const nxFeedBar& bar)
+{
     if (bar.high < bar.low)
         return _Reject("high", bar.high.GetAsString() + " is below the low " + bar.low.GetAsString());
-    for (const auto& [name, price] : {std::pair("open", bar.open), std::pair("close", bar.close)})
-        if (price < bar.low || price > bar.high)
-            return _Reject(name, price.GetAsString() + " is outside of the bar, " + bar.low.GetAsString() +
-                                     " to " + bar.high.GetAsString());
-    return _JudgeBarTime(product);
+    const bool isOpen = bar.open < bar.low || bar.open > bar.high;
+    return _Reject(isOpen ? "open" : "close", (isOpen ? bar.open : bar.close).GetAsString() +
+                                                  " is outside of the bar, " + bar.low.GetAsString() +
+                                                  " to " + bar.high.GetAsString());
 }
 
 bool nxFeedReader::_JudgeBarTime(const nxFeedProduct& product)
 {
     constexpr long long never = std::numeric_limits<long long>::min();
-    if (_productIndex >= _barTimes.size()) _barTimes.resize(_productIndex + 1, never);
+    if (_productIndex >= _barTimes.size()) [[unlikely]]
+        _barTimes.resize(_productIndex + 1, never);
     long long& last = _barTimes[_productIndex];
     if (last != never && !_options.takesRowsAsTheyStand) {
-        if (last == _row->time)
-            return _Reject("time", "a second bar of " + product.GetName() + " at " +
-                                       nxFeedTime::GetAsString(_row->time));
+        if (last == _row->time) return _RejectSecondBar(product);
         long long distance = 0;
         if (__builtin_sub_overflow(_row->time, last, &distance))
             distance = std::numeric_limits<long long>::max();
-        if (product.GetBarPeriod() != 0 && distance > product.GetBarPeriod()) {
-            ++_gaps.count;
-            if (distance > _gaps.longest) _gaps = {_gaps.count, distance, _row->line};
-        }
+        if (product.GetBarPeriod() != 0 && distance > product.GetBarPeriod()) _NoteGap(distance);
     }
     if (_barsBearStart && !_FindBarEnd(product)) return false;
     last = _row->time;
     return true;
+}
+
+bool nxFeedReader::_RejectSecondBar(const nxFeedProduct& product)
+{
+    return _Reject("time",
+                   "a second bar of " + product.GetName() + " at " + nxFeedTime::GetAsString(_row->time));
+}
+
+void nxFeedReader::_NoteGap(long long distance)
+{
+    ++_gaps.count;
+    if (distance > _gaps.longest) _gaps = {_gaps.count, distance, _row->line};
 }
 
 bool nxFeedReader::_FindBarEnd(const nxFeedProduct& product)
@@ -235,45 +269,45 @@ bool nxFeedReader::_Reject(std::string_view column, const std::string& reason)
 // A cell left empty is no change. Always true, so that the cells of a row read as one condition.
 bool nxFeedReader::_GetPrice(nxFeedProduct& product, unsigned int slot, nxDecimal& price)
 {
-    const nxCsvNumber& number = _row->numbers[slot];
-    if (!number.isGiven) {
-        price.SetNoChange();
-        return true;
-    }
-    product.NotePrice(number);
-    price = nxDecimal::FromMantissa(number.mantissa, number.places);
+    price = _row->numbers[slot];
+    product.NotePrice(price);
     return true;
 }
 
 bool nxFeedReader::_GetLots(nxFeedProduct& product, unsigned int slot, nxVolume& lots)
 {
-    const nxCsvNumber& number = _row->numbers[slot];
-    if (!number.isGiven) {
+    const nxDecimal& size = _row->numbers[slot];
+    if (!size.IsValid()) {
         lots.SetNoChange();
         return true;
     }
     unsigned int count = 0;
-    if (_options.takesRowsAsTheyStand && number.mantissa >= 0) {
-        lots.SetValue(number.mantissa != 0 ? 1 : 0);
+    if (size.GetMantissa() < 0 || _options.takesRowsAsTheyStand ||
+        !product.GetLots().GetLots(size.GetMantissa(), size.GetDecimalPlaces(), count))
+        return _GetOtherLots(product, slot, lots);
+    lots.SetValue(count);
+    return true;
+}
+
+// Of a size that is none, counts for something else, or is no whole number of lots.
+bool nxFeedReader::_GetOtherLots(nxFeedProduct& product, unsigned int slot, nxVolume& lots)
+{
+    const nxDecimal& size = _row->numbers[slot];
+    const long long mantissa = size.GetMantissa();
+    const unsigned char places = size.GetDecimalPlaces();
+    if (mantissa < 0) return _Reject(_GetColumnName(slot), "size " + size.GetAsString() + " is negative");
+    if (_options.takesRowsAsTheyStand) {
+        lots.SetValue(mantissa != 0 ? 1 : 0);
         return true;
     }
-    if (number.mantissa >= 0 && product.GetLots().GetLots(number.mantissa, number.places, count)) [[likely]] {
-        lots.SetValue(count);
-        return true;
-    }
-    if (number.mantissa >= 0 && _options.roundsVolumes) {
-        count = product.GetLots().GetRounded(number.mantissa, number.places);
-        lots.SetValue(count);
-        const double size = nxDecimal::FromMantissa(number.mantissa, number.places).GetAsDouble();
-        product.NoteRounded(size, std::abs(size - count * product.GetLotSize().GetAsDouble()));
-        return true;
-    }
-    if (number.mantissa < 0)
-        return _Reject(
-            _GetColumnName(slot),
-            "size " + nxDecimal::FromMantissa(number.mantissa, number.places).GetAsString() + " is negative");
-    return _Reject(_GetColumnName(slot),
-                   product.GetLots().GetRefusal(number.mantissa, number.places, product.GetSizePlaces()));
+    if (!_options.roundsVolumes)
+        return _Reject(_GetColumnName(slot),
+                       product.GetLots().GetRefusal(mantissa, places, product.GetSizePlaces()));
+    const unsigned int count = product.GetLots().GetRounded(mantissa, places);
+    lots.SetValue(count);
+    product.NoteRounded(size.GetAsDouble(),
+                        std::abs(size.GetAsDouble() - count * product.GetLotSize().GetAsDouble()));
+    return true;
 }
 
 std::string_view nxFeedReader::_GetColumnName(unsigned int slot) const

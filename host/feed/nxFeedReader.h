@@ -60,7 +60,6 @@ public:
         unsigned long long count = 0;
         long long longest = 0;        // nanoseconds between the bars on either side
         unsigned long long line = 0;  // behind the longest
-        bool operator==(const Gaps&) const = default;
     };
     // What a person should hear of the rows that were read.
     struct Tally
@@ -70,11 +69,15 @@ public:
         unsigned long long badRows = 0;
         unsigned long long skipped = 0;
         Gaps gaps;
-        bool operator==(const Tally&) const = default;
     };
     [[nodiscard]] Tally GetTally() const
     {
         return {_rowCount != 0, HasOpenEnd(), _badRowCount, GetSkippedCount(), _gaps};
+    }
+    // Greater whenever the tally is another one.
+    [[nodiscard]] unsigned long long GetTallyVersion() const
+    {
+        return (_rowCount != 0) + HasOpenEnd() + _badRowCount + GetSkippedCount() + _gaps.count;
     }
     // What of a foreign file was taken for what; empty for one of our own formats.
     [[nodiscard]] std::string GetDescription() const;
@@ -90,15 +93,21 @@ public:
 private:
     void _Peek();
     bool _NextRow();
+    [[gnu::cold]] bool _PassOver(nxCsvReader::Result result);
     bool _Judge();
     bool _JudgeQuote(nxFeedProduct& product);
     bool _JudgeLevel(nxFeedProduct& product);
     bool _JudgeBar(nxFeedProduct& product);
     bool _JudgeBarTime(const nxFeedProduct& product);
+    [[gnu::cold]] void _NoteGap(long long distance);
     bool _FindBarEnd(const nxFeedProduct& product);
-    bool _Reject(std::string_view column, const std::string& reason);
+    [[gnu::cold]] bool _Reject(std::string_view column, const std::string& reason);
+    [[gnu::cold]] bool _RejectEmpty();
+    [[gnu::cold]] bool _RejectBar(const nxFeedBar& bar);
+    [[gnu::cold]] bool _RejectSecondBar(const nxFeedProduct& product);
     bool _GetPrice(nxFeedProduct& product, unsigned int slot, nxDecimal& price);
     bool _GetLots(nxFeedProduct& product, unsigned int slot, nxVolume& lots);
+    [[gnu::cold]] bool _GetOtherLots(nxFeedProduct& product, unsigned int slot, nxVolume& lots);
     std::string_view _GetColumnName(unsigned int slot) const;
     const nxFeedEvent* _NextDepth();
     void _NoteProduct(nxFeedProduct& product) const;

@@ -31,12 +31,6 @@ std::string GetSafeName(const std::string& product)
     return name.starts_with('.') ? "_" + name : name;
 }
 
-void AppendNumber(std::string& text, const nxCsvNumber& number)
-{
-    if (!number.isGiven) return;
-    text += nxDecimal::FromMantissa(number.mantissa, number.places).GetAsString();
-}
-
 // For a person.
 std::string GetSource(const nxFeedReader& reader)
 {
@@ -126,17 +120,17 @@ nxImportedProduct::Row nxImportWriter::_MakeRow(const nxFeedReader& reader, cons
     const nxFeedFormat& format = nxFeedFormat::Get(event.kind);
     for (const nxFeedColumn& column : format.columns) {
         if (column.type != nxFeedColumnType::Number || (isOfTrades && column.slot < Last)) continue;
-        const nxCsvNumber& number = numbers.numbers[column.slot];
+        const nxDecimal& number = numbers.numbers[column.slot];
         row.text += ',';
-        AppendNumber(row.text, number);
-        if (event.kind == nxFeedKind::Bar && column.isSize && !number.isGiven) row.text += '0';
-        if (column.isSize && number.isGiven) to.NoteSize(number);
+        row.text += number.GetAsString();
+        if (event.kind == nxFeedKind::Bar && column.isSize && !number.IsValid()) row.text += '0';
+        if (column.isSize && number.IsValid()) to.NoteSize(number);
     }
     if (event.kind == nxFeedKind::Quote) row.text += fmt::format(",{}", side);
     row.text += '\n';
-    if (event.kind == nxFeedKind::Quote && !numbers.numbers[Last].isGiven) price = Bid;
-    if (numbers.numbers[price].isGiven && event.kind != nxFeedKind::Depth)
-        row.price = nxDecimal::FromMantissa(numbers.numbers[price].mantissa, numbers.numbers[price].places);
+    if (event.kind == nxFeedKind::Quote && !numbers.numbers[Last].IsValid()) price = Bid;
+    if (numbers.numbers[price].IsValid() && event.kind != nxFeedKind::Depth)
+        row.price = numbers.numbers[price];
     return row;
 }
 

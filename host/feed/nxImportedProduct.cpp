@@ -160,12 +160,11 @@ void nxImportedProduct::_WatchPrice(const Row& row)
     _median = sorted[MoveCount / 2];
 }
 
-void nxImportedProduct::NoteSize(const nxCsvNumber& size)
+void nxImportedProduct::NoteSize(const nxDecimal& size)
 {
-    const nxDecimal value = nxDecimal::FromMantissa(size.mantissa, size.places);
-    if (_largestSize < value) _largestSize = value;
-    if (size.places <= _sizePlaces) return;
-    nxDecimal significant = value;
+    if (_largestSize < size) _largestSize = size;
+    if (size.GetDecimalPlaces() <= _sizePlaces) return;
+    nxDecimal significant = size;
     significant.Normalise(_sizePlaces);
     _sizePlaces = significant.GetDecimalPlaces();
     const nxDecimal lot = nxDecimal::FromMantissa(1, _sizePlaces);

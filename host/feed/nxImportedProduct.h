@@ -32,7 +32,7 @@ public:
     // Why one of them was false.
     const std::string& GetError() const { return _error; }
 
-    void NoteSize(const nxCsvNumber& size);
+    void NoteSize(const nxDecimal& size);
     const nxDataSet::File& GetFile() const { return _file; }
     nxDataSet::File& GetFile() { return _file; }
     const std::string& GetPath() const { return _packed.GetPath(); }

@@ -27,7 +27,10 @@ public:
         unsigned long long product = 0;
         if (__builtin_mul_overflow(static_cast<unsigned long long>(mantissa), ratio.multiplier, &product))
             return _GetLotsSlow(mantissa, ratio, lots);
-        const unsigned long long count = ratio.divisor == 1 ? product : product / ratio.divisor;
+        lots = static_cast<unsigned int>(product);
+        if (ratio.divisor == 1) [[likely]]  // a division takes longer than all else here
+            return product <= MaxLots;
+        const unsigned long long count = product / ratio.divisor;
         lots = static_cast<unsigned int>(count);
         return count <= MaxLots && count * ratio.divisor == product;
     }

@@ -29,7 +29,7 @@ nxFeedEvent GetEvent(const nxMarket& strategy, const nxPrice& update, long long 
     quote.bidVolume.SetNoChange();
     quote.askVolume.SetNoChange();
     quote.lastVolume.SetNoChange();
-    quote.side.SetNoChange();
+    quote.side = nxEnum_NoChange;
     return event;
 }
 

@@ -32,7 +32,7 @@ void nxLateFeed::_Grow()
 void nxLateFeed::_TakeNext()
 {
     Row& row = _rows[_first];
-    row.event.levels = row.levels;
+    if (row.event.kind == nxFeedKind::Depth) row.event.levels = row.levels;
     _take(row.event);
     _first = _first + 1 < _rows.size() ? _first + 1 : 0;
     --_count;

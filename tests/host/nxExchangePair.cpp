@@ -206,14 +206,15 @@ void nxExchangePair::TellRow()
         _hasTraded = true;
         if (!isAtLast) row.last = Near(4);
         if (isAtLast || !OneOf(8)) row.lastVolume = 1 + Below(12);
-        const nxBuySellEnum sides[] = {{}, nxBuySellEnum(nxBuySell_Buy), nxBuySellEnum(nxBuySell_Sell)};
+        constexpr unsigned int sides[] = {nxEnum_Undefined, nxBuySell_Buy, nxBuySell_Sell};
         row.side = sides[Below(3)];
     }
     if (_data != Data::Depth && (!isTrade || OneOf(2))) {
         Quote(nxSide::Buy, row.bid, row.bidVolume);
         Quote(nxSide::Sell, row.ask, row.askVolume);
     }
-    Note("row", row.last, row.lastVolume, row.side, row.bid, row.bidVolume, row.ask, row.askVolume);
+    Note("row", row.last, row.lastVolume, nxBuySellEnum(row.side), row.bid, row.bidVolume, row.ask,
+         row.askVolume);
     _real->Quote(row, _time);
     _naive->OnQuote(row, _time);
 }

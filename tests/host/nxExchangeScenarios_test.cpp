@@ -276,7 +276,7 @@ private:
             _market->Quote(quote, _time);
         } else if (action == "trade") {
             price(quote.last), volume(quote.lastVolume);
-            quote.side = nxBuySellEnum();
+            quote.side = nxEnum_Undefined;
             if (words >> word && word != "quote") {
                 quote.side = word == "BUY" ? nxBuySell_Buy : nxBuySell_Sell;
                 words >> word;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <random>
 #include <sstream>
 
 #include "tests/host/nxFeedFixture.h"
@@ -85,6 +86,46 @@ TEST(nxFeedReaderTest, RowsBecomeEvents)
     // With byte order mark, CRLF, blank lines and no last line end.
     EXPECT_EQ(Read("\xEF\xBB\xBF\r\nproduct,time,bid\r\n\r\nA,@1,5\r\n\n\r\nA,@2,6").text,
               Expand("@1 A bid 5\n@2 A bid 6\n"));
+}
+
+// Rows of columns in the listed order are read at once where they can be, and cell by cell otherwise; those
+// of another order always cell by cell.
+TEST(nxFeedReaderTest, RowsAreTheSameInWhateverOrderTheirColumnsStand)
+{
+    std::mt19937 random(7);
+    const auto oneOf = [&](const std::vector<std::string>& cells) { return cells[random() % cells.size()]; };
+    const std::vector<std::string> names = {"A", "AB", "ABCDEFGH", "ABCDEFGHI", "\"A,B\"", "\"A\""};
+    const std::vector<std::string> odd = {"",    "-1", "+2", "x",  "0.5",      "BUY",          "buy",
+                                          "\"A", "5 ", "5.", ".5", "12345678", "123456789.25", "1234567.8"};
+    for (const std::string& header : {Quotes, Depth, Bars}) {
+        std::string listed = header;
+        std::string other = "product,time" + header.substr(std::strlen("time,product"));
+        std::string name = "A";
+        for (unsigned int row = 0; row < 3000; ++row) {
+            if (random() % 50 == 0) name = oneOf(names);
+            std::vector<std::string> cells = {At(row), name};
+            if (header == Quotes)
+                for (const char* cell : {"5.25", "2", "5.5", "3", "", "", ""})
+                    cells.emplace_back(cell);
+            if (header == Depth) cells.insert(cells.end(), {oneOf({"BUY", "SELL"}), "5.25", "7"});
+            if (header == Bars) cells.insert(cells.end(), {"5", "7.5", "4", "6", "70000"});
+            if (random() % 4 == 0) cells[random() % cells.size()] = oneOf(odd);
+            if (random() % 40 == 0) cells.pop_back();
+            if (random() % 40 == 0) cells.emplace_back("1");
+            const std::string end = random() % 5 == 0 ? "\r\n" : "\n";
+            const auto write = [&](std::string& content) {
+                for (const std::string& cell : cells)
+                    content += cell + (&cell == &cells.back() ? end : ",");
+            };
+            write(listed);
+            std::swap(cells[0], cells[1]);
+            write(other);
+        }
+        const Outcome read = Read(listed, true);
+        EXPECT_EQ(read.text, Read(other, true).text);
+        EXPECT_GT(std::ranges::count(read.text, '\n'), 2000);
+        EXPECT_EQ(read.remarks, Read(other, true).remarks);
+    }
 }
 
 TEST(nxFeedReaderTest, AnEventTellsItsRows)
