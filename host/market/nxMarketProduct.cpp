@@ -50,12 +50,21 @@ bool nxMarketProduct::GetTradeVolumesUpdate(nxPriceTradeVolumes& update) const
     return true;
 }
 
-void nxMarketProduct::_BeginUpdate()
+// Most events change what the one before changed, and all fields are many.
+void nxMarketProduct::_BeginUpdate(Changed changes)
 {
     static const nxPrice noChange = MakeNoChange();
-    _update = noChange;
     _traded.SetNull();
     _volumesCleared = false;
+    if (_changed != changes || changes == Changed::Any) {
+        _update = noChange;
+    } else if (changes == Changed::BestQuote) {
+        _update.SetBidPrice(nxNoChangeInitalizer());
+        _update.SetBidVolume(nxNoChangeInitalizer());
+        _update.SetAskPrice(nxNoChangeInitalizer());
+        _update.SetAskVolume(nxNoChangeInitalizer());
+    }  // a bar sets all that the bar before has set
+    _changed = changes;
 }
 
 void nxMarketProduct::_CountSize(nxSide side)
@@ -68,7 +77,8 @@ void nxMarketProduct::_CountSize(nxSide side)
 
 void nxMarketProduct::ApplyQuote(const nxFeedQuote& quote, long long time)
 {
-    _BeginUpdate();
+    _BeginUpdate(quote.last.IsNoChange() && quote.lastVolume.IsNoChange() ? Changed::BestQuote
+                                                                          : Changed::Any);
     const auto set = [this](auto setter, const auto& value) {
         if (value.IsNoChange()) return;
         (_price.*setter)(value);
@@ -102,6 +112,7 @@ void nxMarketProduct::_BeginDay(long long time)
 {
     const long long day = FloorDay(time);
     if (day == _day) return;
+    _changed = Changed::Any;
     const nxDecimal previousClose = _day ? _price.GetClosePrice() : nxDecimal();
     if (_day) _daily.AddDay(_price.GetTotalTradedVolume().GetValue(), previousClose.GetAsDouble());
     _day = day;
@@ -147,7 +158,7 @@ void nxMarketProduct::_AddTrade(const nxDecimal& price, const nxVolume& volume, 
 
 void nxMarketProduct::ApplyBar(const nxFeedBar& bar, long long time)
 {
-    _BeginUpdate();
+    _BeginUpdate(bar.volume.IsValid() ? Changed::Bar : Changed::Any);
     _BeginDay(time);
     for (nxPrice* record : {&_price, &_update}) {
         record->SetOpenPrice(bar.open);
@@ -195,7 +206,7 @@ bool nxMarketProduct::_Change(const Value& (nxPrice::*getter)() const, void (nxP
 
 bool nxMarketProduct::QuoteFromDepth()
 {
-    _BeginUpdate();
+    _BeginUpdate(Changed::BestQuote);
     const auto getBest = [&](nxSide side) {
         return _book[side].IsEmpty() ? nxBookSide::Level() : _book[side].GetBest();
     };
@@ -220,7 +231,7 @@ bool nxMarketProduct::ApplyImplied(const nxImpliedQuote& quote)
     before.askVolume = _price.GetImpliedAskVolume();
     // The update stays that of the latest event.
     if (before == quote) return false;
-    _BeginUpdate();
+    _BeginUpdate(Changed::Any);
     bool bid = _Change(&nxPrice::GetImpliedBidPrice, &nxPrice::SetImpliedBidPrice, quote.bid);
     bid |= _Change(&nxPrice::GetImpliedBidVolume, &nxPrice::SetImpliedBidVolume, quote.bidVolume);
     bool ask = _Change(&nxPrice::GetImpliedAskPrice, &nxPrice::SetImpliedAskPrice, quote.ask);
@@ -232,7 +243,7 @@ bool nxMarketProduct::ApplyImplied(const nxImpliedQuote& quote)
 
 void nxMarketProduct::Adjust(const nxAdjustment& adjustment)
 {
-    _BeginUpdate();
+    _BeginUpdate(Changed::Any);
     for (const nxSide side : nxSides)
         _book[side].Clear();
     _depth.Clear();

@@ -80,7 +80,11 @@ private:
         unsigned int GetMean() const { return count == 0 ? 0 : static_cast<unsigned int>(sum / count); }
     };
 
-    void _BeginUpdate();
+    // What _update has beside no-change.
+    enum class Changed : unsigned char { Any, BestQuote, Bar };
+
+    // Of an event that changes these.
+    void _BeginUpdate(Changed changes);
     void _CountSize(nxSide side);
     template <class Value>
     bool _Change(const Value& (nxPrice::*getter)() const, void (nxPrice::*setter)(const Value&),
@@ -93,6 +97,7 @@ private:
     bool _isStrategy = false;
     nxPrice _price;
     nxPrice _update;  // no-change in every field the latest event left alone
+    Changed _changed = Changed::Any;
     nxBySide<nxBookSide> _book{nxBookSide(nxSide::Buy), nxBookSide(nxSide::Sell)};
     mutable nxMarketDepth _depth;  // the same, once it is kept
     mutable bool _keepsDepth = false;

@@ -76,6 +76,40 @@ TEST_F(nxMarketProductTest, TheVolumeOfADayStopsAtTheLargestAndNeverBecomesAMark
         << "an equal high or low is no news";
 }
 
+// Whatever came before it.
+TEST_F(nxMarketProductTest, AnUpdateTellsWhatItsEventChangedAndNothingElse)
+{
+    const auto showUpdate = [this] {
+        return ShowBest(product.GetPriceUpdate()) + " | " + ShowDay(product.GetPriceUpdate());
+    };
+    const auto quote = [&](const char* bid, const char* ask) {
+        nxFeedQuote row = MakeNoQuote();
+        if (*bid != '\0') row.bid = Dec(bid);
+        if (*ask != '\0') row.ask = Dec(ask);
+        product.ApplyQuote(row, Day);
+        return showUpdate();
+    };
+    const auto bar = [&](long long time) {
+        product.ApplyBar({Dec("5"), Dec("7"), Dec("4"), Dec("6"), nxVolume(3)}, time);
+        return showUpdate();
+    };
+    for (int round = 0; round < 2; ++round) {
+        const std::string tick = round == 0 ? "" : "0";  // another one than in the round before
+        EXPECT_EQ(bar(2 * round * Day),
+                  std::string("= x = / = x = | 5 7 4 6 ") + (round == 0 ? "- 3" : "6 3"));
+        EXPECT_EQ(bar(2 * round * Day + 1), "= x = / = x = | 5 7 4 6 = 6");
+        EXPECT_EQ(quote(("1" + tick).c_str(), ""), "1" + tick + " x = / = x = | = = = = = =");
+        EXPECT_EQ(quote("", ("9" + tick).c_str()), "= x = / 9" + tick + " x = | = = = = = =");
+        product.ApplyQuote(Trade("5", 1u), 2 * round * Day + 2);
+        EXPECT_EQ(showUpdate(), "= x = / = x = | = = = 5 = 7");
+        EXPECT_EQ(quote("", ("8" + tick).c_str()), "= x = / 8" + tick + " x = | = = = = = =");
+        EXPECT_EQ(bar(2 * round * Day + 3), "= x = / = x = | 5 7 4 6 = 10");
+        product.ApplyDepth({});
+        EXPECT_EQ(product.QuoteFromDepth(), true);
+        EXPECT_EQ(showUpdate(), "- x = / - x = | = = = = = =");
+    }
+}
+
 TEST_F(nxMarketProductTest, QuotesFromDepthTellTheBestLevelsAsTheyChange)
 {
     nxExpectRows("host/quotes.txt", [this](const std::string& row) {
