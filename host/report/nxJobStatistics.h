@@ -21,8 +21,8 @@ struct nxJobStatistics
                                        // a twentieth of a small callback
         long long nanoseconds = 0;     // of these calls
 
-        // The first calls, then one in seventeen, which keeps time with no round number of a script.
-        bool IsToBeTimed() const { return count < 64 || count % 17 == 0; }
+        // The first calls, then one in 61, which keeps time with no round number of a script.
+        bool IsToBeTimed() const { return count < 64 || count % 61 == 0; }
         double GetMeanNanoseconds() const
         {
             return timed == 0 ? 0.0 : static_cast<double>(nanoseconds) / static_cast<double>(timed);

@@ -246,6 +246,12 @@ bool nxAlgoTickDataCollectionObject::get(nxLuaParameters& parameters, nxLuaResul
     return true;
 }
 
+std::vector<nxAlgoTickDataCollectionObject::NamedIndicator>::iterator
+nxAlgoTickDataCollectionObject::_FindPlace(const std::string& name)
+{
+    return std::ranges::lower_bound(_indicators, name, {}, &NamedIndicator::first);
+}
+
 bool nxAlgoTickDataCollectionObject::createIndicator(nxLuaParameters& parameters, nxLuaResults& results)
 {
     if (parameters.Count() != 1)
@@ -258,8 +264,7 @@ bool nxAlgoTickDataCollectionObject::createIndicator(nxLuaParameters& parameters
         return results.Fail("createIndicator incorrect collection of parameters");
     const auto name = values.find("name");
     if (name == values.end()) return results.Fail("createIndicator Name not specified");
-    if (_indicators.contains(name->second))
-        return results.Fail("createIndicator " + name->second + " already exists");
+    if (_Has(name->second)) return results.Fail("createIndicator " + name->second + " already exists");
     const auto type = values.find("type");
     if (type == values.end()) return results.Fail("createIndicator Type not specified");
     std::string error;
@@ -267,7 +272,7 @@ bool nxAlgoTickDataCollectionObject::createIndicator(nxLuaParameters& parameters
     if (indicator == nullptr) return results.Fail("createIndicator " + error);
     indicator->SetName(name->second);
     nxAlgoIndicatorObject* const created = indicator.get();
-    _indicators[name->second] = std::move(indicator);
+    _indicators.emplace(_FindPlace(name->second), name->second, std::move(indicator));
     if (!SetAccount(results)) return false;
     results.AddObject(created);
     return true;
@@ -278,10 +283,8 @@ bool nxAlgoTickDataCollectionObject::getIndicator(nxLuaParameters& parameters, n
     if (parameters.Count() != 1)
         return results.Fail("tickDataCollection:getIndicator requires one argument [name]");
     const std::string name = parameters.Parameter(1).GetString();
-    const auto found = _indicators.find(name);
-    if (found == _indicators.end())
-        return results.Fail("tickDataCollection:getIndicator indicator " + name + " not found");
-    results.AddObject(found->second.get());
+    if (!_Has(name)) return results.Fail("tickDataCollection:getIndicator indicator " + name + " not found");
+    results.AddObject(_FindPlace(name)->second.get());
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/enums/nxBuySellEnum.h"
@@ -90,6 +91,15 @@ protected:
     void _Calculate(nxAlgoIndicatorObject& indicator);
 
 private:
+    using NamedIndicator = std::pair<std::string, std::unique_ptr<nxAlgoIndicatorObject>>;
+
+    // Where it is, or would be.
+    std::vector<NamedIndicator>::iterator _FindPlace(const std::string& name);
+    bool _Has(const std::string& name)
+    {
+        const auto place = _FindPlace(name);
+        return place != _indicators.end() && place->first == name;
+    }
     // The raw series in the order in which indicators take them; an entry's place is that of its bar. As long
     // as there are bars, or longer by the one under construction.
     void _AppendRaw(const nxIndicatorBar& bar);
@@ -108,7 +118,7 @@ private:
     std::string _period;
     nxTickDataPeriodEnum _periodEnum;
     unsigned int _tickCount;
-    std::map<std::string, std::unique_ptr<nxAlgoIndicatorObject>> _indicators;
+    std::vector<NamedIndicator> _indicators;  // in the order of their names
     std::unique_ptr<nxTickData> _realTimeTick;
     bool _enableRealTime = false;
     nxAlgoTickDataObject _realTimeObject;
