@@ -41,7 +41,7 @@ bool nxCsvReader::Open()
         if (!_parser.ReadHeader(*_current, _stream.GetEntryName())) return false;
     } while (!_parser.HasHeader());
     if (_parser.GetForm().isNewestFirst && !_TurnAround()) return false;
-    _parser.Parse(*_current);
+    _parser.Parse(*_current, FirstRows);
     return true;
 }
 
@@ -73,7 +73,10 @@ nxCsvReader::Result nxCsvReader::_NextRows()
             _skipped += _current->skipped;
             _readsAhead ? _WaitForNext(_freed + 1) : _FillNext();
         }
-        if (!_readsAhead) _parser.Parse(*_current, atOnce);
+        if (!_readsAhead || _current->begin != _current->end) {
+            if (_current->rows.size() > atOnce) _current->rows = std::vector<nxCsvRow>(atOnce);
+            _parser.Parse(*_current, atOnce);
+        }
         _position = _refusal = 0;
     }
     return Result::Row;

@@ -38,8 +38,10 @@ public:
     nxCsvReader(const nxCsvReader&) = delete;
     nxCsvReader& operator=(const nxCsvReader&) = delete;
 
-    // Opens the file, reads the header row and as many rows as fit the first block. False: GetError() tells
-    // why.
+    static constexpr std::size_t FirstRows = 4096;
+
+    // Opens the file, reads the header row and the first rows: FirstRows, or as many as fit the first block.
+    // False: GetError() tells why.
     [[nodiscard]] bool Open();
     // Where the rows are taken by a thread that is ahead of all else, a file in one of our own formats needs
     // none to be parsed: to hand its rows over costs as much. To be called before the first Next().

@@ -150,6 +150,7 @@ void nxFeedAhead::_Fill(Block& block)
 
 void nxFeedAhead::_Read(Block& block)
 {
+    block.events.Reserve(MostEvents);
     while (!block.IsFull()) {
         const nxFeedEvent* const event = _feed.Next();
         if (_HasChanges()) _NoteChanges(block);

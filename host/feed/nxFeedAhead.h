@@ -68,7 +68,7 @@ private:
         bool IsFull() const;
         void Clear();
     };
-    static constexpr std::size_t BlockCount = 8;
+    static constexpr std::size_t BlockCount = 4;
 
     // On the thread, but for the first block.
     void _ReadAhead();

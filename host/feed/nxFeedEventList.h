@@ -9,6 +9,7 @@
 class nxFeedEventList
 {
 public:
+    void Reserve(std::size_t events) { _events.reserve(events); }
     void Clear()
     {
         _events.clear();

@@ -48,8 +48,7 @@ const nxFeedEvent* nxFeedReader::Next()
 void nxFeedReader::_Peek()
 {
     using enum nxFeedColumnType;
-    const std::span<const nxCsvRow> rows = _csv.GetFirstRows();
-    for (const nxCsvRow& row : rows.first(std::min<std::size_t>(rows.size(), PeekRows))) {
+    for (const nxCsvRow& row : _csv.GetFirstRows()) {
         if (row.isBad || row.product.empty()) continue;
         if (!_firstTime) _firstTime = row.time;
         nxFeedProduct& product = _products.Get(_products.Add(row.product));

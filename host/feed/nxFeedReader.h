@@ -19,7 +19,7 @@
 class nxFeedReader
 {
 public:
-    static constexpr unsigned int PeekRows = 4096;
+    static constexpr unsigned int PeekRows = nxCsvReader::FirstRows;
     static constexpr unsigned int MaxLevels =
         65536;  // what keeps memory flat; the next event goes on behind them
     static constexpr std::size_t MaxKeptErrors = 10;
