@@ -1,5 +1,7 @@
 #include "scriptFramework/analytics/nxAlgoIndicatorObject.h"
 
+#include <cstring>
+
 using Self = nxAlgoIndicatorObject;
 
 constexpr nxLuaWrapper<Self>::FunctionType Self::Functions[] = {
@@ -27,21 +29,11 @@ void AddResult(nxLuaResults& results, bool isKnown, double value)
     }
 }
 
-// Names of results are a few letters: to call for a comparison takes longer than to compare.
-bool IsSame(const std::string& text, const char* other)
-{
-    const char* const own = text.c_str();
-    std::size_t i = 0;
-    while (i < text.size() && own[i] == other[i])
-        ++i;
-    return own[i] == other[i];
-}
-
 }  // namespace
 
 const std::string& nxAlgoIndicatorObject::_Keep(const char* name)
 {
-    if (!IsSame(_asked, name)) _asked = name;
+    if (std::strcmp(_asked.c_str(), name) != 0) _asked = name;
     return _asked;
 }
 
