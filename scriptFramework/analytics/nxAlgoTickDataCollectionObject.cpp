@@ -62,14 +62,8 @@ const nxGenericProductID& nxAlgoTickDataCollectionObject::GetProductID() const
 
 void nxAlgoTickDataCollectionObject::_AppendRaw(const nxIndicatorBar& bar)
 {
-    // In steps of four, since memory that is set aside and not touched costs nothing, but each move does.
-    if (_closeValues.size() == _closeValues.capacity()) [[unlikely]] {
-        for (std::vector<double>* values :
-             {&_closeValues, &_openValues, &_highValues, &_lowValues, &_volumeValues})
-            values->reserve(std::max<std::size_t>(256, 4 * values->size()));
-        _times.reserve(_closeValues.capacity());
-        _charge.SetAnyway(_GetBytes());
-    }
+    if (_closeValues.size() == _chargedBars) [[unlikely]]
+        _MakeRoom();
     _closeValues.push_back(bar.close);
     _openValues.push_back(bar.open);
     _highValues.push_back(bar.high);
@@ -77,12 +71,28 @@ void nxAlgoTickDataCollectionObject::_AppendRaw(const nxIndicatorBar& bar)
     _volumeValues.push_back(bar.volume);
 }
 
+// Charged are twice the bars there are. Room is made in steps of eight, since memory that is set aside and not
+// touched costs nothing, but each move touches new memory for all that was there.
+void nxAlgoTickDataCollectionObject::_MakeRoom()
+{
+    constexpr std::size_t first = 256;
+    _chargedBars = std::max(first, 2 * _chargedBars);
+    if (_chargedBars > _closeValues.capacity()) {
+        const std::size_t room = std::max(first, 8 * _closeValues.capacity());
+        for (std::vector<double>* values :
+             {&_closeValues, &_openValues, &_highValues, &_lowValues, &_volumeValues})
+            values->reserve(room);
+        _times.reserve(room);
+    }
+    _charge.SetAnyway(_GetBytes());
+}
+
 std::size_t nxAlgoTickDataCollectionObject::_GetBytes() const
 {
     std::size_t values = 5;
     for (const auto& [name, indicator] : _indicators)
         values += indicator->GetLineCount();
-    return _closeValues.capacity() * (values * sizeof(double) + sizeof(nxDateTime)) + _ticks.GetBytes();
+    return _chargedBars * (values * sizeof(double) + sizeof(nxDateTime)) + _ticks.GetBytes();
 }
 
 // To be called under the mutex.

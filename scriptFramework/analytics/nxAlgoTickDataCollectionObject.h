@@ -103,15 +103,17 @@ private:
     // The raw series in the order in which indicators take them; an entry's place is that of its bar. As long
     // as there are bars, or longer by the one under construction.
     void _AppendRaw(const nxIndicatorBar& bar);
+    void _MakeRoom();
     void _ReplaceRaw(const nxIndicatorBar& bar);
     void _CalculateRealTime();
-    // Of the bars, for which room is made ahead, and the lines of the indicators.
+    // Of the bars that are charged, and the lines of the indicators.
     std::size_t _GetBytes() const;
     nxAlgoTickDataObject& _GetTick(std::size_t place);
 
     std::vector<double> _closeValues, _openValues, _highValues, _lowValues, _volumeValues;
     std::vector<nxDateTime> _times;            // of the completed bars
     nxLazyArray<nxAlgoTickDataObject> _ticks;  // those of them that somebody asked for
+    std::size_t _chargedBars = 0;              // of which there are as many or fewer
     nxScriptCharge _charge;                    // guarded by _mutex once bars come
     nxAlgoProductObject* _product;
     nxMutex _mutex;
