@@ -13,7 +13,7 @@ PACKAGES = packages.txt
 # Whence test-deb takes the bare Debian.
 MIRROR ?= http://deb.debian.org/debian
 
-.PHONY: help demo test test-cluster soak faults fuzz build asan tsan luajit bench bench-check count-check format check-format install deb test-deb packages clean
+.PHONY: help demo test test-cluster soak faults fuzz build training trained asan tsan luajit bench bench-check count-check format check-format install deb test-deb packages clean
 
 help:
 	@echo "make demo     install what is missing, build, run an algorithm over a recorded day, show it on a page"
@@ -25,6 +25,7 @@ help:
 	@echo "make asan     the tests under AddressSanitizer and UBSan"
 	@echo "make tsan     the tests with threads under ThreadSanitizer"
 	@echo "make luajit   the tests on LuaJIT"
+	@echo "make trained  algoserver as it is installed, laid out by what it executes most, in build/trained"
 	@echo "make bench    the benchmarks"
 	@echo "make bench-check  the benchmarks' ratios against those in docs/performance.md"
 	@echo "make count-check  instructions for an event, against tools/instruction_counts.txt"
@@ -51,6 +52,17 @@ demo: build
 	@echo
 	@echo '$$ algoserver $(DEMO)'
 	@build/release/apps/algoserver/algoserver $(DEMO)
+
+# What is installed, packed and measured is laid out by what training runs have counted (cmake/Training.cmake), for which it is built twice.
+training: packages
+	@echo 'Building algoserver in build/counting, and running it over examples and recipes ...'
+	@cmake --preset counting >/dev/null
+	@cmake --build --preset counting -j $(JOBS)
+
+trained: training
+	@echo 'Building algoserver in build/trained ...'
+	@cmake --preset trained >/dev/null
+	@cmake --build --preset trained -j $(JOBS) --target algoserver
 
 test: packages
 	cmake --preset dev
@@ -100,15 +112,13 @@ luajit: packages
 	cmake --build --preset luajit -j $(JOBS)
 	ctest --preset luajit
 
-bench: packages
-	cmake --preset release
-	cmake --build --preset release -j $(JOBS) --target nx_bench
-	tools/run_benchmarks build/release
+bench: trained
+	cmake --build --preset trained -j $(JOBS) --target nx_bench
+	tools/run_benchmarks build/trained
 
-bench-check: packages
-	cmake --preset release
-	cmake --build --preset release -j $(JOBS) --target nx_bench nx_bare_run algoserver
-	tools/bench_check build/release
+bench-check: trained
+	cmake --build --preset trained -j $(JOBS) --target nx_bench nx_bare_run
+	tools/bench_check build/trained
 
 # Without link-time optimisation, whose choices move with code far away from what is counted.
 count-check: packages
@@ -122,13 +132,13 @@ format: packages
 check-format: packages
 	$(SOURCES) | xargs clang-format-14 --dry-run --Werror
 
-install: build
-	$(SUDO) cmake --install build/release --prefix $(PREFIX)
+install: trained
+	$(SUDO) cmake --install build/trained --prefix $(PREFIX)
 
-# The time of the last commit is that of the packages, so that they are the same whenever they are built. They are not uploaded to Debian, so there
-# is no bug of Debian's that the first of them closes.
+# The time of the last commit is that of the packages and all in them. Two builds differ no further than by the counts of two trainings, which are not
+# the same where threads wait for each other. They are not uploaded to Debian, so there is no bug of Debian's that the first of them closes.
 deb: PACKAGES += packages-deb.txt
-deb: packages
+deb: training
 	@cmake --preset deb >/dev/null
 	@cmake --build --preset deb -j $(JOBS)
 	@rm -f build/deb/*.deb

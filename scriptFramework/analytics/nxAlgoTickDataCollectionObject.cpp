@@ -71,8 +71,8 @@ void nxAlgoTickDataCollectionObject::_AppendRaw(const nxIndicatorBar& bar)
     _volumeValues.push_back(bar.volume);
 }
 
-// Charged are twice the bars there are. Room is made in steps of eight, since memory that is set aside and not
-// touched costs nothing, but each move touches new memory for all that was there.
+// Charged are twice the bars there are. Room is made in steps of eight, since memory that is set aside and
+// not touched costs nothing, but each move touches new memory for all that was there.
 void nxAlgoTickDataCollectionObject::_MakeRoom()
 {
     constexpr std::size_t first = 256;
