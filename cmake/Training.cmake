@@ -20,7 +20,7 @@ elseif(SCRIPTFRAMEWORK_TRAINING STREQUAL "use")
     if(NOT EXISTS ${SCRIPTFRAMEWORK_TRAINING_DIR}/done)
         message(FATAL_ERROR "There are no counts in ${SCRIPTFRAMEWORK_TRAINING_DIR}: run `make training`")
     endif()
-    # Part of each command, so that all is compiled anew when something else is trained. Where only sources have changed, counts of the others still hold.
+    # Part of each command, so that all is compiled anew when tools/train has changed. Where only sources or scripts have changed, counts of the other sources still hold.
     file(SHA256 ${PROJECT_SOURCE_DIR}/tools/train training)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/train)
     add_compile_definitions(NX_TRAINING=${training})

@@ -71,19 +71,20 @@ void nxAlgoTickDataCollectionObject::_AppendRaw(const nxIndicatorBar& bar)
     _volumeValues.push_back(bar.volume);
 }
 
-// Charged are twice the bars there are. Room is made in steps of eight, since memory that is set aside and
-// not touched costs nothing, but each move touches new memory for all that was there.
+// Charged are up to twice the bars there are, or 256. Room is made in steps of eight, since memory that is
+// set aside and not touched costs nothing, but each move touches new memory for all that was there.
 void nxAlgoTickDataCollectionObject::_MakeRoom()
 {
     constexpr std::size_t first = 256;
-    _chargedBars = std::max(first, 2 * _chargedBars);
-    if (_chargedBars > _closeValues.capacity()) {
+    const std::size_t charged = std::max(first, 2 * _chargedBars);
+    if (charged > _closeValues.capacity()) {
         const std::size_t room = std::max(first, 8 * _closeValues.capacity());
         for (std::vector<double>* values :
              {&_closeValues, &_openValues, &_highValues, &_lowValues, &_volumeValues})
             values->reserve(room);
         _times.reserve(room);
     }
+    _chargedBars = charged;
     _charge.SetAnyway(_GetBytes());
 }
 

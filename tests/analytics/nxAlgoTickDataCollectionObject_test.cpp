@@ -74,6 +74,7 @@ private:
 class nxTestCollection : public nxAlgoTickDataCollectionObject
 {
 public:
+    using nxAlgoTickDataCollectionObject::_AddBar;
     using nxAlgoTickDataCollectionObject::_HaveRealTime;
     using nxAlgoTickDataCollectionObject::nxAlgoTickDataCollectionObject;
 
@@ -231,6 +232,20 @@ TEST_F(nxAlgoTickDataCollectionObjectTest, ASubscriptionThatTheHostRefusesIsAnEr
     collection->accepts = false;
     ExpectRows({{"c:subscribe()", "error: "}});
     EXPECT_EQ(TakeCalls(), "subscribe live;subscribe live;");
+}
+
+// Whatever room it makes ahead, which is not touched.
+TEST_F(nxAlgoTickDataCollectionObjectTest, TheScriptIsChargedForAtMostTwiceItsBars)
+{
+    constexpr std::size_t bar = 5 * sizeof(double) + sizeof(nxDateTime);
+    EXPECT_EQ(script.Evaluate("c = p:createTickDataCollection{period = 'MINUTE', ticks = 9}"), "");
+    const std::size_t before = script.job.GetMemory().GetBytesInUse();
+    for (std::size_t bars = 1; bars <= 3000; ++bars) {
+        collection->_AddBar(MakeBar(1, 2, 0, 1, 5), false);
+        const std::size_t charged = script.job.GetMemory().GetBytesInUse() - before;
+        ASSERT_GE(charged, bars * bar) << bars;
+        ASSERT_LE(charged, std::max<std::size_t>(256, 2 * bars) * bar) << bars;
+    }
 }
 
 }  // namespace
