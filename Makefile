@@ -122,9 +122,9 @@ bench-check: trained
 
 # Without link-time optimisation, whose choices move with code far away from what is counted.
 count-check: packages
-	cmake --preset count
-	cmake --build --preset count -j $(JOBS) --target algoserver
-	tools/instruction_counts build/count/apps/algoserver/algoserver
+	cmake --preset instructions
+	cmake --build --preset instructions -j $(JOBS) --target algoserver
+	tools/instruction_counts build/instructions/apps/algoserver/algoserver
 
 format: packages
 	$(SOURCES) | xargs clang-format-14 -i
