@@ -143,6 +143,7 @@ nxFeedTally nxFeed::GetTally() const
     nxFeedTally tally;
     for (const auto& reader : _readers)
         tally.files.push_back(reader->GetTally());
+    tally.products.reserve(_products.GetCount());
     for (unsigned int i = 0; i < _products.GetCount(); ++i)
         tally.products.push_back(_products.Get(i).GetTally());
     tally.overlaps = _overlaps;

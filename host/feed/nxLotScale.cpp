@@ -15,22 +15,24 @@ nxLotScale::nxLotScale()
 
 nxLotScale::nxLotScale(const nxDecimal& lotSize) : _lotSize(lotSize)
 {
+    const auto ratios = std::make_shared<Ratios>();
     _lotSize.Normalise(0);
     const auto size = static_cast<unsigned long long>(_lotSize.GetMantissa());
     const unsigned int sizePlaces = _lotSize.GetDecimalPlaces();
     const auto getPower = [](unsigned int exponent) {
         return static_cast<unsigned long long>(nxPowersOfTen[exponent]);
     };
-    for (unsigned int places = 0; places < _ratios.size(); ++places) {
+    for (unsigned int places = 0; places < ratios->size(); ++places) {
         const unsigned long long up = getPower(sizePlaces - std::min(places, sizePlaces));
         const unsigned long long down = getPower(places - std::min(places, sizePlaces));
         const unsigned long long common = std::gcd(up * 1ULL, size);
         const nxUInt128 divisor = static_cast<nxUInt128>(size / common) * down;
         // No recorded size reaches 2^64 - 1, so where the divisor does not fit only 0 is a whole number of
         // lots, as it should be.
-        _ratios[places] = {up / common,
-                           divisor > ULLONG_MAX ? ULLONG_MAX : static_cast<unsigned long long>(divisor)};
+        (*ratios)[places] = {up / common,
+                             divisor > ULLONG_MAX ? ULLONG_MAX : static_cast<unsigned long long>(divisor)};
     }
+    _ratios = ratios;
 }
 
 bool nxLotScale::_GetLotsSlow(long long mantissa, const Ratio& ratio, unsigned int& lots)
@@ -43,7 +45,7 @@ bool nxLotScale::_GetLotsSlow(long long mantissa, const Ratio& ratio, unsigned i
 
 unsigned int nxLotScale::GetRounded(long long mantissa, unsigned char places) const
 {
-    const Ratio& ratio = _ratios[places];
+    const Ratio& ratio = (*_ratios)[places];
     const nxUInt128 product = static_cast<nxUInt128>(mantissa) * ratio.multiplier;
     const nxUInt128 count = (product + ratio.divisor / 2) / ratio.divisor;
     if (count > MaxLots) return MaxLots;
@@ -55,7 +57,7 @@ std::string nxLotScale::GetRefusal(long long mantissa, unsigned char places, uns
     const nxDecimal size = nxDecimal::FromMantissa(mantissa, places);
     nxDecimal significant = size;
     significant.Normalise(0);
-    const Ratio& ratio = _ratios[places];
+    const Ratio& ratio = (*_ratios)[places];
     const bool isWhole = static_cast<nxUInt128>(mantissa) * ratio.multiplier % ratio.divisor == 0;
     std::string reason = "size " + size.GetAsString();
     reason += isWhole ? " is more than " + std::to_string(MaxLots) + " lots of " + _lotSize.GetAsString()

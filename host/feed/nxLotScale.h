@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <memory>
 #include <string>
 
 #include "base/values/nxDecimal.h"
@@ -23,7 +24,7 @@ public:
     // number or above MaxLots.
     [[nodiscard]] bool GetLots(long long mantissa, unsigned char places, unsigned int& lots) const
     {
-        const Ratio& ratio = _ratios[places];
+        const Ratio& ratio = (*_ratios)[places];
         unsigned long long product = 0;
         if (__builtin_mul_overflow(static_cast<unsigned long long>(mantissa), ratio.multiplier, &product))
             return _GetLotsSlow(mantissa, ratio, lots);
@@ -52,6 +53,8 @@ private:
 
     static bool _GetLotsSlow(long long mantissa, const Ratio& ratio, unsigned int& lots);
 
+    using Ratios = std::array<Ratio, nxDecimal::MaxDecimalPlaces + 1>;
+
     nxDecimal _lotSize;
-    std::array<Ratio, nxDecimal::MaxDecimalPlaces + 1> _ratios;
+    std::shared_ptr<const Ratios> _ratios;  // of copies the same, since a run may know thousands of products
 };

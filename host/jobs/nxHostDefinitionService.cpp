@@ -59,14 +59,15 @@ nxHostDefinitionService::~nxHostDefinitionService()
     nxProductCache::GetInstance().Destroy();
 }
 
-void nxHostDefinitionService::SetProducts(const std::vector<nxProductDescription>& products)
+void nxHostDefinitionService::SetProducts(nxProductDescriptions products)
 {
+    const bool isEmpty = products->empty();
     std::vector<std::unique_ptr<nxProductDefinition>> updates;
     {
         const nxMutexGuard guard(_mutex);
         _byName.clear();
-        _products = products;
-        for (const nxProductDescription& product : _products)
+        _products = std::move(products);
+        for (const nxProductDescription& product : *_products)
             _byName.emplace(product.name, &product);
         for (const auto& [key, productID] : _subscribed) {
             const auto found = _byName.find(productID.GetName());
@@ -77,7 +78,7 @@ void nxHostDefinitionService::SetProducts(const std::vector<nxProductDescription
     for (const auto& update : updates)
         views.push_back(update.get());
     if (!views.empty()) nxProductCache::GetInstance().DeliverUpdates(views);
-    if (_isInService || products.empty()) return;
+    if (_isInService || isEmpty) return;
     _isInService = true;
     nxProductCache::GetInstance().SetDefinitionService(this);
 }

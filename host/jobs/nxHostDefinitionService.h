@@ -28,7 +28,7 @@ public:
     ~nxHostDefinitionService() override;
 
     // What is described from now on; without products nothing is served.
-    void SetProducts(const std::vector<nxProductDescription>& products);
+    void SetProducts(nxProductDescriptions products);
 
     nxErrorEnum Subscribe(const nxGenericProductID& productID) override;
     nxErrorEnum Unsubscribe(const nxGenericProductID& productID) override;
@@ -38,7 +38,7 @@ public:
 private:
     // The mutex guards what is below, and is not held while the cache is called.
     nxMutex _mutex;
-    std::vector<nxProductDescription> _products;
+    nxProductDescriptions _products;
     std::unordered_map<std::string_view, const nxProductDescription*> _byName;  // into the products
     std::map<std::string, nxGenericProductID> _subscribed;                      // by their keys
     bool _isInService = false;  // on the server's thread alone

@@ -13,8 +13,8 @@ unsigned int GetStateBits(bool isOpen)
 
 }  // namespace
 
-nxMarkets::nxMarkets(nxEventSource& source, std::vector<nxProductDescription> products,
-                     nxMarketObserver& observer, bool isAhead)
+nxMarkets::nxMarkets(nxEventSource& source, nxProductDescriptions products, nxMarketObserver& observer,
+                     bool isAhead)
     : _source(source), _products(std::move(products)), _observer(observer), _isAhead(isAhead)
 {
 }
@@ -26,8 +26,8 @@ void nxMarkets::_Make(unsigned int index, long long now)
     _markets[index] = std::make_unique<nxMarket>(index, known.GetName(), known.GetTickSize());
     nxMarket& market = *_markets[index];
     if (_isAhead) market.ahead = std::make_unique<nxMarketProduct>(known.GetName());
-    if (index < _products.size()) {
-        market.description = _products[index];
+    if (index < _products->size()) {
+        market.description = (*_products)[index];
     } else if (known.HasFoundLots()) {
         // Prices are of one unit, so a lot moves by its share of it.
         market.description.lotSize = market.description.pointValue = known.GetLotSize();

@@ -16,7 +16,7 @@ class nxMarkets
 public:
     // The first of the source's table are the described products, in their order. Source and observer outlive
     // the markets. isAhead: the venue has rows before the scripts, and so markets of its own.
-    nxMarkets(nxEventSource& source, std::vector<nxProductDescription> products, nxMarketObserver& observer,
+    nxMarkets(nxEventSource& source, nxProductDescriptions products, nxMarketObserver& observer,
               bool isAhead = false);
 
     nxMarket& Get(unsigned int index, long long now)
@@ -53,8 +53,8 @@ public:
     // The same at a venue that is ahead.
     void PriceStrategiesAhead(const nxMarket& leg, long long now) { _Price(leg.strategies, now, true); }
     // The descriptions as they stand now, and another version of them: the same products in the same order.
-    const std::vector<nxProductDescription>& GetDescriptions() const { return _products; }
-    void ChangeDescriptions(std::vector<nxProductDescription> products, long long now);
+    const nxProductDescriptions& GetDescriptions() const { return _products; }
+    void ChangeDescriptions(nxProductDescriptions products, long long now);
 
 private:
     void _Make(unsigned int index, long long now);
@@ -65,7 +65,7 @@ private:
     void _Price(const std::vector<nxMarket*>& strategies, long long now, bool ahead);
 
     nxEventSource& _source;
-    std::vector<nxProductDescription> _products;
+    nxProductDescriptions _products;
     nxMarketObserver& _observer;
     const bool _isAhead;
     std::vector<std::unique_ptr<nxMarket>> _markets;  // null until the product is met

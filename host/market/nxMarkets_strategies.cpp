@@ -50,16 +50,18 @@ unsigned int GetStateOfLegs(const nxMarket& strategy)
 
 void nxMarkets::MakeStrategies(long long now)
 {
+    const nxStrategyOrder order(*_products);
+    if (order.strategies.empty()) return;
     // The described products are the first of the source's, in their order.
     std::unordered_map<std::string_view, unsigned int> indexes;
-    for (const nxProductDescription& product : _products)
+    for (const nxProductDescription& product : *_products)
         indexes.emplace(product.name, static_cast<unsigned int>(indexes.size()));
     std::unordered_map<const nxMarket*, std::vector<nxMarket*>> below;  // legs at any depth
-    for (const std::size_t i : nxStrategyOrder(_products).strategies) {
+    for (const std::size_t i : order.strategies) {
         nxMarket& strategy = Get(static_cast<unsigned int>(i), now);
         strategy.product.SetStrategy();
         std::vector<nxMarket*>& legs = below[&strategy];
-        for (const nxProductLegDescription& description : _products[i].legs) {
+        for (const nxProductLegDescription& description : (*_products)[i].legs) {
             assert(indexes.contains(description.product));
             nxMarket& leg = Get(indexes.at(description.product), now);
             strategy.terms.legs.push_back({&leg.product, description.side, {}, 1, leg.ahead.get()});
@@ -80,7 +82,7 @@ void nxMarkets::MakeStrategies(long long now)
 
 void nxMarkets::_SetTerms(nxMarket& strategy)
 {
-    const nxProductDescription& description = _products[strategy.index];
+    const nxProductDescription& description = (*_products)[strategy.index];
     strategy.terms.priceOffset = description.priceOffset;
     for (std::size_t i = 0; i < description.legs.size(); ++i) {
         strategy.terms.legs[i].priceRatio = description.legs[i].priceRatio;
@@ -122,7 +124,7 @@ void nxMarkets::_FollowLegs(const nxMarket& leg)
         SetState(*strategy, GetStateOfLegs(*strategy));
 }
 
-void nxMarkets::ChangeDescriptions(std::vector<nxProductDescription> products, long long now)
+void nxMarkets::ChangeDescriptions(nxProductDescriptions products, long long now)
 {
     _products = std::move(products);
     for (nxMarket* strategy : _strategies)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -57,6 +58,9 @@ struct nxProductDescription
 
     [[nodiscard]] bool IsStrategy() const { return !legs.empty(); }
 };
+
+// Those of a run, which all who need them share: there may be thousands. Never null.
+using nxProductDescriptions = std::shared_ptr<const std::vector<nxProductDescription>>;
 
 // What the feed has to know of them, in their order.
 [[nodiscard]] std::vector<nxFeedProductTerms> nxGetFeedTerms(

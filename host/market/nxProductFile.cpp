@@ -18,7 +18,8 @@ public:
 
     Entries GetEntries(const toml::node& table, const std::string& name) const
     {
-        return nxTomlFile::GetEntries(table, name + " is no table; write [[" + name + "]]");
+        if (!table.is_table()) Refuse(table, name + " is no table; write [[" + name + "]]");
+        return nxTomlFile::GetEntries(table, {});
     }
 
     const toml::array& GetTables(const toml::node& value, const std::string& name) const
@@ -169,6 +170,7 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
                                 const toml::node& table)
 {
     nxProductDescription product;
+    bool hasHours = false;
     for (const auto& [key, value] : reader.GetEntries(table, "product")) {
         if (key == "name")
             product.name = reader.GetText(*value, key);
@@ -202,7 +204,9 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
             ReadLegs(reader, *value, product);
         } else if (key == "priceOffset")
             product.priceOffset = reader.GetNumber(*value, key);
-        else if (!nxCalendarReader::IsKey(key))
+        else if (nxCalendarReader::IsKey(key))
+            hasHours = true;
+        else
             reader.RefuseKey(
                 *value, key,
                 "name, tickSize, lotSize, pointValue, currency, exchange, description, tradingHours, zone, "
@@ -217,7 +221,7 @@ nxProductDescription GetProduct(const Reader& reader, const nxCalendarReader& ca
         for (const auto& [key, value] : reader.GetEntries(table, "product"))
             if (nxCalendarReader::IsKey(key))
                 reader.Refuse(*value, "a strategy has no " + key + ": it is open while its legs are");
-    product.tradingHours = calendars.GetHours(table);
+    if (hasHours) product.tradingHours = calendars.GetHours(table);
     return product;
 }
 

@@ -3,7 +3,7 @@
 #include "host/market/nxProductFile.h"
 #include "host/market/nxProductUpdate.h"
 
-bool nxProductWatch::Look(std::vector<nxProductDescription>& products, std::vector<std::string>& lines)
+bool nxProductWatch::Look(nxProductDescriptions& products, std::vector<std::string>& lines)
 {
     if (!_file.HasChanged()) return false;
     std::vector<nxProductDescription> written;
@@ -12,13 +12,14 @@ bool nxProductWatch::Look(std::vector<nxProductDescription>& products, std::vect
         lines.push_back(error.GetText() + "; the products stay as they were");
         return false;
     }
-    nxProductUpdate update(products, written);
+    nxProductUpdate update(*products, written);
     if (update.refusal) {
         lines.push_back(_file.GetPath() + ": " + *update.refusal + "; the products stay as they were");
         return false;
     }
     for (const std::string& change : update.changes)
         lines.push_back(_file.GetPath() + ": " + change);
-    if (!update.changes.empty()) products = std::move(update.products);
-    return !update.changes.empty();
+    if (update.changes.empty()) return false;
+    products = std::make_shared<const std::vector<nxProductDescription>>(std::move(update.products));
+    return true;
 }

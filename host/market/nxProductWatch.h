@@ -17,7 +17,7 @@ public:
     // When the file was written anew: takes what may change during a run over into the products and gives
     // lines for the person who watches it, of what changed or why nothing did. False: the products are as
     // they were.
-    [[nodiscard]] bool Look(std::vector<nxProductDescription>& products, std::vector<std::string>& lines);
+    [[nodiscard]] bool Look(nxProductDescriptions& products, std::vector<std::string>& lines);
 
 private:
     nxFileWatch _file;

@@ -6,6 +6,7 @@
 
 nxStrategyOrder::nxStrategyOrder(const std::vector<nxProductDescription>& products)
 {
+    if (std::ranges::none_of(products, &nxProductDescription::IsStrategy)) return;
     std::unordered_map<std::string_view, std::size_t> indexes;
     for (std::size_t i = 0; i < products.size(); ++i)
         indexes.emplace(products[i].name, i);

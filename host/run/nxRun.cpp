@@ -55,7 +55,8 @@ nxRun::nxRun(nxRunOptions options, std::ostream& out, std::ostream& err)
           _options.blocks),
       _lateFeed(_options, _schedule,
                 [this](const nxFeedEvent& event) { _Show(_markets.Get(event.product), event); }),
-      _markets(_source, _options.products, *this, _lateFeed.IsOn()),
+      _markets(_source, std::make_shared<const std::vector<nxProductDescription>>(_options.products), *this,
+               _lateFeed.IsOn()),
       _jobs(_state, _clock, _output, _watch),
       _trading(_state, _clock, _output, _results, _jobs, _source, _schedule,
                [this](bool reportQueue, nxExchangeObservers observers) {
@@ -184,7 +185,7 @@ void nxRun::_Begin(std::vector<nxScriptSource> sources)
     _jobs.Make({&_delivery, &_timers, &_trading, &_bars, &_output, &_news, &_stores}, std::move(sources),
                _life);
     if (_profiler) _profiler->Follow(_jobs);
-    _definitions.SetProducts(_options.products);
+    _definitions.SetProducts(_markets.GetDescriptions());
     if (_options.watchProducts) _productWatch.emplace(_options.productFile, _options.watchInterval);
     _markets.MakeStrategies(_clock.Get());
     _parameters.Begin();
@@ -423,7 +424,7 @@ void nxRun::OnImpliedQuoteAhead(nxMarket& strategy, const nxFeedEvent& event)
 
 void nxRun::_FollowProducts()
 {
-    std::vector<nxProductDescription> products = _markets.GetDescriptions();
+    nxProductDescriptions products = _markets.GetDescriptions();
     std::vector<std::string> lines;
     const bool isChanged = _productWatch->Look(products, lines);
     for (const std::string& line : lines)
