@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/memory/nxLargePages.h"
+
 // An array that grows at its end, in pieces each twice as large as the one before: what it holds never
 // moves, and no element pays for moving those in front. Finding a place takes a few instructions more than in
 // a vector. Memory behind the end of the last piece is not touched.
@@ -48,10 +50,12 @@ private:
 
     void _AddPiece()
     {
+        const std::size_t room = FirstSize << _pieces.size();
         std::vector<T> piece;
-        piece.reserve(FirstSize << _pieces.size());
-        _left = FirstSize << _pieces.size();
+        piece.reserve(room);
+        nxUseLargePages(piece.data(), room * sizeof(T));
         _pieces.push_back(std::move(piece));
+        _left = room;
     }
 
     std::vector<std::vector<T>> _pieces;  // with room for all that each is to hold

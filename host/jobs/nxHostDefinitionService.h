@@ -38,7 +38,7 @@ public:
 private:
     // The mutex guards what is below, and is not held while the cache is called.
     nxMutex _mutex;
-    nxProductDescriptions _products;
+    nxProductDescriptions _products;                                            // null before there were any
     std::unordered_map<std::string_view, const nxProductDescription*> _byName;  // into the products
     std::map<std::string, nxGenericProductID> _subscribed;                      // by their keys
     bool _isInService = false;  // on the server's thread alone

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/log/nxLogMessage.h"
+#include "base/memory/nxLargePages.h"
 #include "base/threads/nxMutexGuard.h"
 #include "scriptFramework/job/nxAlgoJobInterface.h"
 #include "scriptFramework/market/nxAlgoProductObject.h"
@@ -31,6 +32,16 @@ nxIndicatorBar ReadValues(const nxTickData& tick)
 {
     return {tick.GetOpen().GetAsDouble(), tick.GetHigh().GetAsDouble(), tick.GetLow().GetAsDouble(),
             tick.GetClose().GetAsDouble(), static_cast<double>(tick.GetVolume())};
+}
+
+template <class T>
+void Reserve(std::vector<T>& values, std::size_t room)
+{
+    std::vector<T> moved;
+    moved.reserve(room);
+    nxUseLargePages(moved.data(), room * sizeof(T));
+    moved.assign(values.begin(), values.end());
+    values.swap(moved);
 }
 
 }  // namespace
@@ -81,8 +92,8 @@ void nxAlgoTickDataCollectionObject::_MakeRoom()
         const std::size_t room = std::max(first, 8 * _closeValues.capacity());
         for (std::vector<double>* values :
              {&_closeValues, &_openValues, &_highValues, &_lowValues, &_volumeValues})
-            values->reserve(room);
-        _times.reserve(room);
+            Reserve(*values, room);
+        Reserve(_times, room);
     }
     _chargedBars = charged;
     _charge.SetAnyway(_GetBytes());
