@@ -9,7 +9,7 @@
 
 // An array that grows at its end, in pieces each twice as large as the one before: what it holds never
 // moves, and no element pays for moving those in front. Finding a place takes a few instructions more than in
-// a vector. Memory behind the end of the last piece is not touched.
+// a vector. Memory behind the end is not touched, but for the rest of a large page.
 template <class T>
 class nxGrowingArray
 {
