@@ -7,10 +7,13 @@
 
 namespace {
 
-// Zero times an infinity or NaN is NaN, and so is every sum with it.
+// An infinity or NaN makes every sum with it one; else the sum is one only where it is too large.
 bool IsFinite(const nxIndicatorBar& bar)
 {
-    return 0 * bar.open + 0 * bar.high + 0 * bar.low + 0 * bar.close + 0 * bar.volume == 0;
+    if (std::isfinite(bar.open + bar.high + bar.low + bar.close + bar.volume)) [[likely]]
+        return true;
+    return std::isfinite(bar.open) && std::isfinite(bar.high) && std::isfinite(bar.low) &&
+           std::isfinite(bar.close) && std::isfinite(bar.volume);
 }
 
 }  // namespace

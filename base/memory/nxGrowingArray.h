@@ -19,6 +19,7 @@ public:
     T& operator[](std::size_t place) { return const_cast<T&>(std::as_const(*this)[place]); }
     const T& operator[](std::size_t place) const
     {
+        if (place < FirstSize) return _pieces.front()[place];
         const auto piece = static_cast<std::size_t>(std::bit_width(place / FirstSize + 1)) - 1;
         return _pieces[piece][place - _CountBefore(piece)];
     }
@@ -26,18 +27,17 @@ public:
     template <class... Arguments>
     T& Append(Arguments&&... arguments)
     {
-        if (_left == 0) [[unlikely]]
+        if (_size == _room) [[unlikely]]
             _AddPiece();
         T& added = _pieces.back().emplace_back(std::forward<Arguments>(arguments)...);
         ++_size;
-        --_left;
         return added;
     }
 
     void Clear()
     {
         _pieces.clear();
-        _size = _left = 0;
+        _size = _room = 0;
     }
 
 private:
@@ -55,10 +55,10 @@ private:
         piece.reserve(room);
         nxUseLargePages(piece.data(), room * sizeof(T));
         _pieces.push_back(std::move(piece));
-        _left = room;
+        _room = _CountBefore(_pieces.size());
     }
 
     std::vector<std::vector<T>> _pieces;  // with room for all that each is to hold
     std::size_t _size = 0;
-    std::size_t _left = 0;  // places of the last piece that are free
+    std::size_t _room = 0;  // places in all pieces
 };

@@ -102,11 +102,10 @@ bool nxHostTickDataCollection::_Subscribe(bool realTime)
     return true;
 }
 
-void nxHostTickDataCollection::_Add(const nxTickData* bar)
+void nxHostTickDataCollection::_AddCompleted(const nxTickData& bar)
 {
-    if (bar == nullptr) return;
     ++_completed;
-    if (_IsWanted(*bar)) _AddBar(*bar, true);
+    if (_IsWanted(bar)) _AddBar(bar, true);
 }
 
 void nxHostTickDataCollection::Close(long long time)

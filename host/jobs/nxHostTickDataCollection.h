@@ -65,7 +65,12 @@ private:
     bool _IsWanted(const nxTickData& bar) const;
     // All that belongs to a bar has come by so much after its end.
     long long _GetDelay() const { return _source.hasRows ? _source.rowDelay : 0; }
-    void _Add(const nxTickData* bar);
+    // One that is complete; null: none is.
+    void _Add(const nxTickData* bar)
+    {
+        if (bar != nullptr) _AddCompleted(*bar);
+    }
+    void _AddCompleted(const nxTickData& bar);
     // The trade of a quote, its price perhaps that of an earlier one; false when it is none.
     bool _ReadTrade(const nxFeedQuote& quote);
 

@@ -10,8 +10,10 @@ void nxDelivery::NoteSubscription(nxLaunchedJob& job, nxHostProduct& product, nx
     audience.products.resize(_jobs.GetCount());
     audience.products[job.GetIndex()] = &product;
     if (event == nxMarketEvent::TradeWindow) audience.hasWindows = true;
-    if (event == nxMarketEvent::TradeVolumes)
+    if (event == nxMarketEvent::TradeVolumes) {
+        audience.hasTradeVolumes = true;
         product.UpdateTradeVolumes(product.GetMarket().GetTradeVolumes());
+    }
     if (event == nxMarketEvent::Position) _trading.AddPositionNews(_jobs.Get(job), product);
 }
 
@@ -62,22 +64,23 @@ void nxDelivery::DeliverState(const nxMarket& market)
 void nxDelivery::UpdateTradeVolumes(const nxMarket& market)
 {
     Audience* const audience = _Find(market);
-    if (audience == nullptr) return;
-    audience->hasTradeVolumes = false;
+    if (audience == nullptr || !audience->hasTradeVolumes) return;
+    audience->haveTradeVolumesChanged = false;
     const auto wants = [](const nxHostProduct* product) {
         return product != nullptr && product->Wants(nxMarketEvent::TradeVolumes);
     };
     if (std::ranges::none_of(audience->products, wants)) return;
     nxPriceTradeVolumes update;
-    audience->hasTradeVolumes = market.product.GetTradeVolumesUpdate(update);
-    if (!audience->hasTradeVolumes) return;
+    audience->haveTradeVolumesChanged = market.product.GetTradeVolumesUpdate(update);
+    if (!audience->haveTradeVolumesChanged) return;
     for (nxHostProduct* product : audience->products)
         if (wants(product)) product->UpdateTradeVolumes(update);
 }
 
 void nxDelivery::DeliverTradeVolumes(const nxMarket& market)
 {
-    if (const Audience* audience = _Find(market); audience == nullptr || !audience->hasTradeVolumes) return;
+    if (const Audience* audience = _Find(market); audience == nullptr || !audience->haveTradeVolumesChanged)
+        return;
     _Deliver(
         market, nxMarketEvent::TradeVolumes, nxCallback::OnPriceTradeVolumes,
         &nxAlgoJobObject::OnPriceTradeVolumes,

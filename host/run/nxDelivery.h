@@ -45,7 +45,8 @@ private:
     struct Audience
     {
         std::vector<nxHostProduct*> products;  // by the index of the job; null: the job asked for nothing
-        bool hasTradeVolumes = false;          // the latest event changed them
+        bool hasTradeVolumes = false;          // a script has asked for the traded volumes
+        bool haveTradeVolumesChanged = false;  // by the latest event
         bool hasWindows = false;               // a script has started a trade window
     };
 

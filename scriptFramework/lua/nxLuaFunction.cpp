@@ -1,6 +1,7 @@
 #include "scriptFramework/lua/nxLuaFunction.h"
 
 #include <lua.hpp>
+#include <optional>
 #include <utility>
 
 #include "scriptFramework/lua/nxLuaClass.h"
@@ -105,13 +106,14 @@ bool nxLuaFunction::Call(unsigned int first, const std::string& second)
 bool nxLuaFunction::_CallWithObject(const nxLuaClass& type, void* object, bool endsWithCall)
 {
     nxLuaState& state = _engine._state;
-    const nxLuaFrames::Frame frame(state.frames);
+    std::optional<nxLuaFrames::Frame> frame;
     nxLuaClass::Loan loan(type, state);
     return _Call([&](lua_State* L) {
-        const nxLuaFrames::Life life = endsWithCall ? frame.GetLife() : state.frames.GetLasting();
         const nxLuaParameterUse use =
             state.AreMetatablesExposed() ? nxLuaParameterUse::Any : _FindUse(L, type);
         if (use == nxLuaParameterUse::None) return 0u;
+        const nxLuaFrames::Life life =
+            endsWithCall ? frame.emplace(state.frames).GetLife() : nxLuaFrames::GetLasting();
         if (use == nxLuaParameterUse::Reads) {
             loan.Push(L, object, life);
         } else {
