@@ -5,6 +5,8 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <string>
+#include <vector>
 
 #include "apps/algoserver/check.h"
 #include "apps/algoserver/debug.h"
@@ -44,6 +46,14 @@ void Tell(const char* what)
     _exit(Failed);
 }
 
+// What nobody knows goes before what is missing: an option that is mistyped is both.
+std::string Explain(const CLI::App& app, const CLI::ParseError& error)
+{
+    const std::vector<std::string> unknown = app.remaining(true);
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    return isMissing && !unknown.empty() ? CLI::ExtrasError(unknown).what() : error.what();
+}
+
 int Run(int argc, char** argv)
 {
     CLI::App app(
@@ -73,7 +83,7 @@ int Run(int argc, char** argv)
     } catch (const CLI::CallForVersion& version) {
         return app.exit(version);
     } catch (const CLI::ParseError& error) {
-        std::cerr << "algoserver: " << error.what() << "\n";
+        std::cerr << "algoserver: " << Explain(app, error) << "\n";
         if (!app.get_subcommands().empty()) {
             std::cerr << "Try 'algoserver " << app.get_subcommands().front()->get_name() << " --help'.\n";
             return 2;
