@@ -69,6 +69,12 @@ def run_once(command):
     return seconds, usage.ru_maxrss, said[:1]
 
 
+def time_silent(command):
+    begin = time.perf_counter()
+    subprocess.run(command, stdout=subprocess.DEVNULL, check=True)
+    return time.perf_counter() - begin
+
+
 class Roads:
     """What is run for each, over data that are made in a folder; book: a recorded one in place of a made one."""
 
@@ -128,9 +134,11 @@ class Roads:
         return count_rows(data), self.run(script("quotes"), "--data", data), self.run(script("quotes"), "--data", self.packed(name))
 
     def race(self, name, rounds):
-        """Its rows, the times of "floor" and "own" in turns, and the peak of the latter in MiB."""
+        """Its rows, the times of "floor" and "own" in turns, and the peak of the latter in MiB. Of packed data also those of "unpacker", the packer's own
+        program: nothing that reads them is faster."""
         rows, floor, own = self.get(name)
-        times = {"floor": [], "own": []}
+        unpacker = [PACKERS[name], "-dc", own[-1]] if name in PACKERS else None
+        times = {"floor": [], "own": []} | ({"unpacker": []} if unpacker else {})
         peak, said = 0, set()
         for _ in range(rounds):
             for which, command in (("floor", floor), ("own", own)):
@@ -138,6 +146,8 @@ class Roads:
                 times[which].append(seconds)
                 said.update(words)
                 peak = max(peak, memory) if which == "own" else peak
+            if unpacker:
+                times["unpacker"].append(time_silent(unpacker))
         if name in AGREE and len(said) != 1:
             sys.exit(f"{name}: they do not agree: {', '.join(sorted(said))}")
         return rows, times, peak / 1024
