@@ -5,6 +5,7 @@ import os
 import random
 import subprocess
 import sys
+import tempfile
 import time
 
 TOP = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..")
@@ -57,14 +58,16 @@ def count_rows(path):
 
 def run_once(command):
     """Seconds, KiB at the peak, and what the script's last words count, if it says so."""
-    begin = time.perf_counter()
-    process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-    text = process.stdout.read()
-    _, status, usage = os.wait4(process.pid, 0)
-    seconds = time.perf_counter() - begin
-    process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode != 0:
-        sys.exit(f"{' '.join(command)} failed")
+    with tempfile.TemporaryFile("w+") as errors:
+        begin = time.perf_counter()
+        process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=errors, text=True)
+        text = process.stdout.read()
+        _, status, usage = os.wait4(process.pid, 0)
+        seconds = time.perf_counter() - begin
+        process.returncode = os.waitstatus_to_exitcode(status)
+        if process.returncode != 0:
+            errors.seek(0)
+            sys.exit(f"{' '.join(command)} failed: {errors.read().strip()}")
     said = [word + line.split(word)[1].split()[0] for line in text.splitlines() for word in SAYS if line.split("  ")[-1].startswith(word)]
     return seconds, usage.ru_maxrss, said[:1]
 
